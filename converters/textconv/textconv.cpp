@@ -1,0 +1,1 @@
+// Plain text in and out of a rich text.

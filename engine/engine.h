@@ -1,0 +1,18 @@
+// The engine boundary: everything that crosses between the class library and an engine.
+#ifndef QUILLON_ENGINE_ENGINE_H
+#define QUILLON_ENGINE_ENGINE_H
+
+#include "engine/database.h"
+#include "engine/idtable.h"
+#include "engine/later.h"
+#include "engine/memory.h"
+#include "engine/number.h"
+#include "engine/ods.h"
+#include "engine/process.h"
+#include "engine/slate.h"
+#include "engine/status.h"
+#include "engine/text.h"
+#include "engine/time.h"
+#include "engine/types.h"
+
+#endif

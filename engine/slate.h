@@ -1,0 +1,113 @@
+// Slates and their items.
+//
+// An open slate is a private copy: changes stay in the handle until EngSlateUpdate, which writes all or nothing.
+// Values start with their type word. A value's BLOCKID stays good until the item is reallocated, replaced or
+// deleted, or the slate is updated or closed; after an update ask for it again.
+#ifndef QUILLON_ENGINE_SLATE_H
+#define QUILLON_ENGINE_SLATE_H
+
+#include "engine/types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+// EngSlateGetHeader and EngSlateSetHeader members. Only 0 to 3 and 7 can be set.
+#define ENG_SLATE_DB 0               // ENGHANDLE
+#define ENG_SLATE_ID 1               // uint32_t, 0 before the first update
+#define ENG_SLATE_ORIGINATOR 2       // ORIGINATORID
+#define ENG_SLATE_CLASS 3            // uint16_t
+#define ENG_SLATE_MODIFIED 4         // TIMEDATE, last update anywhere
+#define ENG_SLATE_MODIFIED_HERE 5    // TIMEDATE, last update in this file
+#define ENG_SLATE_ACCESSED 6         // TIMEDATE, kept to the day
+#define ENG_SLATE_FLAGS 7            // uint16_t, ENG_SLATE_FLAG_...
+#define ENG_SLATE_ADDED 9            // TIMEDATE, first update in this file
+#define ENG_SLATE_PARENT 10          // uint32_t, 0 when $REF names no slate of this database
+#define ENG_SLATE_RESPONSE_COUNT 11  // uint32_t
+#define ENG_SLATE_RESPONSES 12       // ENGHANDLE of an ID table that the slate handle owns
+#define ENG_SLATE_SIZE 13            // uint32_t, bytes of all values, objects included
+#define ENG_SLATE_IS_MODIFIED 14     // uint16_t, 1 when the handle holds changes
+
+#define ENG_SLATE_FLAG_SIGNED 0x0001
+#define ENG_SLATE_FLAG_ENCRYPTED 0x0002
+#define ENG_SLATE_FLAG_ABSTRACTED 0x0080
+
+// EngSlateUpdate flags
+#define ENG_UPDATE_FORCE 0x0001    // overwrite what another handle or process has saved since the open
+#define ENG_UPDATE_NO_STUB 0x0004  // accepted with deletes: leave no deletion stub behind
+
+// Item flags
+#define ENG_ITEM_SIGN 0x0001
+#define ENG_ITEM_SEAL 0x0002
+#define ENG_ITEM_SUMMARY 0x0004
+#define ENG_ITEM_READERS_WRITERS 0x0020
+#define ENG_ITEM_NAMES 0x0040
+#define ENG_ITEM_PLACEHOLDER 0x0100
+#define ENG_ITEM_PROTECTED 0x0200
+#define ENG_ITEM_READERS 0x0400
+
+ENG_API ENGSTATUS EngSlateCreate(ENGHANDLE db, ENGHANDLE* slate);
+// ENG_ERR_SLATE_DELETED for a deletion stub, ENG_ERR_NO_SLATE for an ID that was never given out.
+ENG_API ENGSTATUS EngSlateOpen(ENGHANDLE db, uint32_t id, uint16_t flags, ENGHANDLE* slate);
+ENG_API ENGSTATUS EngSlateClose(ENGHANDLE slate);
+ENG_API ENGSTATUS EngSlateCopy(ENGHANDLE slate, ENGHANDLE* copy);
+// One transaction, durable when it returns. ENG_ERR_SLATE_CONFLICT when someone saved in between (unless forced),
+// ENG_ERR_SLATE_DELETED when someone deleted it. After any failure the handle still holds its changes.
+ENG_API ENGSTATUS EngSlateUpdate(ENGHANDLE slate, uint16_t flags);
+ENG_API ENGSTATUS EngSlateDelete(ENGHANDLE db, uint32_t id, uint16_t flags);
+ENG_API ENGSTATUS EngSlateGetHeader(ENGHANDLE slate, uint16_t member, void* target);
+ENG_API ENGSTATUS EngSlateSetHeader(ENGHANDLE slate, uint16_t member, const void* source);
+// Null outputs are passed over. ENG_ERR_SLATE_DELETED for a deletion stub, with the outputs filled.
+ENG_API ENGSTATUS EngSlateGetInfo(ENGHANDLE db, uint32_t id, ORIGINATORID* origin, TIMEDATE* modified,
+                                  uint16_t* slate_class);
+ENG_API ENGSTATUS EngSlateGetInfoByUniversalID(ENGHANDLE db, const UNIVERSALSLATEID* universal, uint32_t* id,
+                                               ORIGINATORID* origin, TIMEDATE* modified, uint16_t* slate_class);
+
+// The first item of a name; names compare without ASCII case. ENG_ERR_NO_ITEM. Null outputs are passed over.
+ENG_API ENGSTATUS EngSlateGetItemInfo(ENGHANDLE slate, const ENGCHAR* name, uint16_t name_length, BLOCKID* item,
+                                      uint16_t* type, BLOCKID* value, uint32_t* value_size);
+// The next item of that name behind `previous`.
+ENG_API ENGSTATUS EngSlateGetNextItemInfo(ENGHANDLE slate, BLOCKID previous, const ENGCHAR* name, uint16_t name_length,
+                                          BLOCKID* item, uint16_t* type, BLOCKID* value, uint32_t* value_size);
+ENG_API ENGSTATUS EngSlateItemCount(ENGHANDLE slate, uint32_t* count);
+// Items in the order in which they were added.
+ENG_API ENGSTATUS EngSlateItemAt(ENGHANDLE slate, uint32_t index, BLOCKID* item);
+// `name` gets at most name_size bytes without a terminator, *name_length the full length.
+ENG_API ENGSTATUS EngItemQuery(ENGHANDLE slate, BLOCKID item, ENGCHAR* name, uint16_t name_size, uint16_t* name_length,
+                               uint16_t* flags, uint16_t* type, BLOCKID* value, uint32_t* value_size);
+// The item's own change time; for one that was never saved the time of the call.
+ENG_API ENGSTATUS EngItemGetModified(ENGHANDLE slate, BLOCKID item, TIMEDATE* modified);
+
+// `data` lies behind the type word; names are 1 to 65,535 bytes without NUL.
+ENG_API ENGSTATUS EngItemAppend(ENGHANDLE slate, uint16_t flags, const ENGCHAR* name, uint16_t name_length,
+                                uint16_t type, const void* data, uint32_t size, BLOCKID* item);
+// The slate takes the block, whose first two bytes are the type word; on failure it stays the caller's.
+ENG_API ENGSTATUS EngItemAppendBlock(ENGHANDLE slate, uint16_t flags, const ENGCHAR* name, uint16_t name_length,
+                                     ENGHANDLE memory, uint32_t size, BLOCKID* item);
+// Puts a block in place of the item's value; ownership as with EngItemAppendBlock.
+ENG_API ENGSTATUS EngItemReplaceBlock(ENGHANDLE slate, BLOCKID item, ENGHANDLE memory, uint32_t size);
+// Keeps the bytes up to the smaller size; *value is the value's new place.
+ENG_API ENGSTATUS EngItemReallocate(ENGHANDLE slate, BLOCKID item, BLOCKID* value, uint32_t new_size);
+// Tells the engine that the value's bytes were changed in place; without it a change may not be written.
+ENG_API ENGSTATUS EngItemTouch(ENGHANDLE slate, BLOCKID item);
+ENG_API ENGSTATUS EngItemSetFlags(ENGHANDLE slate, BLOCKID item, uint16_t flags);
+ENG_API ENGSTATUS EngItemDelete(ENGHANDLE slate, BLOCKID item);
+// All items of the name.
+ENG_API ENGSTATUS EngItemDeleteByName(ENGHANDLE slate, const ENGCHAR* name, uint16_t name_length);
+// ENG_ERR_ITEM_EXISTS when the new name is in use.
+ENG_API ENGSTATUS EngItemRename(ENGHANDLE slate, BLOCKID item, const ENGCHAR* name, uint16_t name_length);
+
+ENG_API int EngItemGetNumber(ENGHANDLE slate, const ENGCHAR* name, double* number);
+// First text entry, cut to size - 1 bytes and terminated; the length written.
+ENG_API uint16_t EngItemGetText(ENGHANDLE slate, const ENGCHAR* name, ENGCHAR* buffer, uint16_t size);
+ENG_API uint16_t EngItemGetTextAtIndex(ENGHANDLE slate, const ENGCHAR* name, uint16_t index, ENGCHAR* buffer,
+                                       uint16_t size);
+ENG_API int EngItemIsPresent(ENGHANDLE slate, const ENGCHAR* name, uint16_t name_length);
+// Replaces all items of the name by one summary text item of at most `limit` bytes.
+ENG_API ENGSTATUS EngItemSetText(ENGHANDLE slate, const ENGCHAR* name, const ENGCHAR* text, uint16_t limit);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,75 @@
+// Engine status numbers. The two top bits of a 16-bit result are flags; the number is result & ENG_ERROR_MASK.
+#ifndef QUILLON_ENGINE_STATUS_H
+#define QUILLON_ENGINE_STATUS_H
+
+#include "engine/types.h"
+
+#define ENG_OK 0
+
+// process, memory, handles
+#define ENG_ERR_MEMORY 257
+#define ENG_ERR_INVALID_HANDLE 258
+#define ENG_ERR_MEMORY_LOCKED 259
+#define ENG_ERR_TOO_MANY_HANDLES 260
+#define ENG_ERR_NOT_STARTED 261
+#define ENG_ERR_ARGUMENT 262
+#define ENG_ERR_INTERNAL 263
+#define ENG_ERR_BUFFER_SIZE 264
+#define ENG_ERR_ODS_CODE 265
+#define ENG_ERR_LOAD_LIBRARY 266
+#define ENG_ERR_THREAD 267
+#define ENG_ERR_NO_CONFIG 421
+#define ENG_ERR_CONFIG_WRITE 422
+#define ENG_ERR_CONFIG_READ 423
+
+// databases and slates
+#define ENG_ERR_DB_NOT_FOUND 512
+#define ENG_ERR_DB_EXISTS 513
+#define ENG_ERR_DB_NOT_STORE 514
+#define ENG_ERR_DB_DAMAGED 515
+#define ENG_ERR_DB_NEWER 516
+#define ENG_ERR_DB_IN_USE 517
+#define ENG_ERR_DB_READ_ONLY 518
+#define ENG_ERR_DB_FULL 519
+#define ENG_ERR_DB_IO 520
+#define ENG_ERR_DB_TRANSACTION 521
+#define ENG_ERR_DB_FAILED_SYNC 522  // an earlier sync failed: reopen before writing
+#define ENG_ERR_DB_IS_DIRECTORY 523
+#define ENG_ERR_PATH 524
+#define ENG_ERR_SERVER 525
+#define ENG_ERR_NO_ITEM 546
+#define ENG_ERR_ITEM_EXISTS 547
+#define ENG_ERR_ITEM_DAMAGED 548
+#define ENG_ERR_SLATE_DELETED 549
+#define ENG_ERR_NO_SLATE 550
+#define ENG_ERR_SLATE_CONFLICT 551
+#define ENG_ERR_HEADER_MEMBER 552
+#define ENG_ERR_ITEM_NAME 553
+#define ENG_ERR_ITEM_SIZE 554
+#define ENG_ERR_NO_SPECIAL_SLATE 578
+#define ENG_ERR_NO_OBJECT 579
+#define ENG_ERR_OBJECT_RANGE 580
+
+// collections, values
+#define ENG_ERR_TOO_MANY_KEYS 816
+#define ENG_ERR_NO_ENTRY 1028
+#define ENG_ERR_NUMBER_PARSE 1029
+#define ENG_ERR_NO_DESIGN_ELEMENT 1030
+#define ENG_ERR_TIME_PARSE 1031
+#define ENG_ERR_TIME_VALUE 1032
+#define ENG_ERR_LIST_DAMAGED 1033
+#define ENG_ERR_LIST_INDEX 1034
+#define ENG_ERR_LIST_FULL 1035
+#define ENG_ERR_COUNT_UNSUPPORTED 1099
+#define ENG_ERR_NO_FULL_TEXT 3842
+#define ENG_ERR_NO_HITS 3874
+
+// text
+#define ENG_ERR_TEXT_NOT_FOUND 0x1005
+#define ENG_ERR_TEXT_END 0x1006
+#define ENG_ERR_RECORD_DAMAGED 0x1007
+
+// An operation that this release does not have yet: the base plus its place in engine/later.h.
+#define ENG_ERR_NOT_AVAILABLE 0x2000
+
+#endif

@@ -1,0 +1,60 @@
+// VQMemoryBlock: a piece of engine memory, or up to 24 bytes in the object itself.
+//
+// A block is empty, inline, owned or attached; attached memory stays good only as long as its owner keeps it.
+// Locks do not nest, and operations that need the bytes lock for themselves.
+#ifndef QUILLON_VQ_FRAME_VQMBLOCK_H
+#define QUILLON_VQ_FRAME_VQMBLOCK_H
+
+#include "vq/frame/vqcommon.h"
+
+class VQ_API VQMemoryBlock {
+ public:
+  static constexpr unsigned long kInlineSize = 24;
+
+  VQMemoryBlock();
+  virtual ~VQMemoryBlock();
+  VQMemoryBlock(const VQMemoryBlock&) = delete;
+  VQMemoryBlock& operator=(const VQMemoryBlock&) = delete;
+
+  // Unlocks, frees what this object owns, clears everything. Always 0.
+  virtual VQSTATUS Reset();
+
+  VQSTATUS Allocate(unsigned long size, int engine_memory);
+  VQSTATUS Free();
+  VQSTATUS Attach(ENGHANDLE handle, unsigned long offset, unsigned long size);
+  VQSTATUS Detach();
+  VQSTATUS AttachPart(VQMemoryBlock& source, unsigned long size, unsigned long offset);
+  VQSTATUS GetBlockID(BLOCKID* blockid) const;
+  // Gives engine memory that this object owns to the caller and becomes empty; 0 when it owns none.
+  ENGHANDLE Release();
+
+  int IsEmpty() const;
+  int IsInline() const { return PoolHandle == 0; }
+  int IsLocked() const { return Locked; }
+  int OwnsMemory() const { return AllocatedByThisClass; }
+  unsigned long GetSize() const { return Size; }
+  ENGHANDLE GetPool() const { return PoolHandle; }
+  unsigned long GetOffset() const { return BlockOffset; }
+
+  void* Lock(unsigned long offset = 0);
+  VQSTATUS Unlock();
+  VQSTATUS Read(unsigned long size, void* buffer, unsigned long offset);
+  VQSTATUS Write(unsigned long size, const void* buffer, unsigned long offset);
+  VQSTATUS ReadODS(unsigned short type, void* target, unsigned long offset);
+  VQSTATUS WriteODS(unsigned short type, const void* source, unsigned long offset);
+  // Shrinks only.
+  VQSTATUS Resize(unsigned long new_size, int engine_memory);
+  VQSTATUS Move(unsigned long size, long delta, unsigned long offset);
+  VQSTATUS CopyFrom(VQMemoryBlock& source, unsigned long offset, unsigned long size);
+  VQSTATUS Swap(VQMemoryBlock& other);
+
+ private:
+  std::uint32_t PoolHandle;
+  std::uint32_t BlockOffset;
+  unsigned char InlineBuffer[kInlineSize];
+  std::uint32_t Size;
+  int Locked;
+  int AllocatedByThisClass;
+};
+
+#endif
