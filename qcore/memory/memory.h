@@ -1,0 +1,80 @@
+// Engine memory: blocks behind handles. The rules for callers stand in engine/memory.h.
+//
+// A block's bytes are one heap allocation; its size and its locks stand in the handle's slot, so that a lock touches
+// one cache line and never memory that another thread frees.
+#ifndef QUILLON_QCORE_MEMORY_MEMORY_H
+#define QUILLON_QCORE_MEMORY_MEMORY_H
+
+#include <cstdint>
+
+#include "engine/status.h"
+#include "engine/types.h"
+#include "qcore/handles/handles.h"
+
+namespace qcore::memory {
+
+enum class Fill { kNone, kZero };
+
+// `kind` is kMemory, or another kind up to kLastMemory whose blocks clients may lock but not free.
+[[nodiscard]] ENGSTATUS Allocate(Kind kind, std::uint32_t size, Fill fill, ENGHANDLE* handle);
+[[nodiscard]] ENGSTATUS Free(Kind kind, ENGHANDLE handle);
+// Never gives up the handle; on failure the block is as it was.
+[[nodiscard]] ENGSTATUS Resize(Kind kind, ENGHANDLE handle, std::uint32_t size);
+// Frees every block of every memory kind, locked or not.
+void FreeAll();
+
+struct Statistics {
+  std::uint32_t blocks;
+  std::uint64_t bytes;
+};
+Statistics Live();
+
+inline HandleTable::Slot* FindBlock(ENGHANDLE handle) {
+  return HandleTable::KindOf(handle) <= Kind::kLastMemory ? handle_table.FindSlot(handle) : nullptr;
+}
+
+inline void* Lock(ENGHANDLE handle) {
+  HandleTable::Slot* slot = FindBlock(handle);
+  if (!slot) return nullptr;
+  slot->Pin();
+  return slot->object.load(std::memory_order_relaxed);
+}
+
+// ENG_ERR_ARGUMENT for a block that is not locked.
+[[nodiscard]] inline ENGSTATUS Unlock(ENGHANDLE handle) {
+  HandleTable::Slot* slot = FindBlock(handle);
+  if (!slot) return ENG_ERR_INVALID_HANDLE;
+  return slot->Unpin() ? ENG_OK : ENG_ERR_ARGUMENT;
+}
+
+[[nodiscard]] inline ENGSTATUS Size(ENGHANDLE handle, std::uint32_t* size) {
+  const HandleTable::Slot* slot = FindBlock(handle);
+  if (!slot) return ENG_ERR_INVALID_HANDLE;
+  *size = slot->size.load(std::memory_order_relaxed);
+  return ENG_OK;
+}
+
+// Holds a block locked. `bytes()` is null when the handle is not a live block.
+class LockedBlock {
+ public:
+  explicit LockedBlock(ENGHANDLE handle) : handle_(handle), bytes_(static_cast<unsigned char*>(Lock(handle))) {
+    if (bytes_ && Size(handle, &size_) != ENG_OK) size_ = 0;
+  }
+  ~LockedBlock() {
+    if (bytes_) static_cast<void>(Unlock(handle_));
+  }
+  LockedBlock(const LockedBlock&) = delete;
+  LockedBlock& operator=(const LockedBlock&) = delete;
+
+  unsigned char* bytes() const { return bytes_; }
+  std::uint32_t size() const { return size_; }
+
+ private:
+  ENGHANDLE handle_;
+  unsigned char* bytes_;
+  std::uint32_t size_ = 0;
+};
+
+}  // namespace qcore::memory
+
+#endif
