@@ -28,11 +28,12 @@ ENG_API ENGSTATUS EngEnvSetInt(const char* key, long value);
 ENG_API ENGSTATUS EngEnvSetString(const char* key, const char* value);
 
 // The directory that relative database paths start from: key Directory, else the settings file's own.
-// Writes up to 256 bytes with terminator, gives the length.
+// Absolute, up to 256 bytes with terminator; gives the length. A longer path gives an empty one and 0.
 ENG_API uint16_t EngDataDirectory(char* buffer);
 
 // Shared libraries with one entry point named "ConverterMain"; a name without a slash is looked up in the
-// directories of key ConverterPath, then beside the engine. ENG_ERR_LOAD_LIBRARY if it cannot be loaded.
+// directories of key ConverterPath, then beside the engine and in the folder "quillon" there, as it stands, with ".so"
+// and with "lib" and ".so". ENG_ERR_LOAD_LIBRARY if it cannot be loaded.
 ENG_API ENGSTATUS EngOsLoadLibrary(const char* name, uint32_t reserved, ENGHANDLE* handle, void** entry);
 ENG_API ENGSTATUS EngOsFreeLibrary(ENGHANDLE handle);
 // Slots 0 to 15. A converter reads them back with EngOsGetCallback.

@@ -1,0 +1,148 @@
+#include "qcore/records/layouts.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <iterator>
+#include <utility>
+
+#include "engine/records.h"
+
+namespace qcore::records {
+
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "runs of bytes are copied as they are stored");
+
+struct Field {
+  std::size_t offset;
+  std::size_t length;
+};
+
+template <std::size_t N>
+struct Runs {
+  std::array<Run, N> run{};
+  std::size_t count = 0;
+  std::uint16_t stored = 0;
+};
+
+template <std::size_t N>
+consteval Runs<N> Join(const std::array<Field, N>& fields) {
+  Runs<N> result;
+  for (const Field& field : fields) {
+    Run* last = result.count == 0 ? nullptr : &result.run[result.count - 1];
+    if (last && last->host + last->length == field.offset) {
+      last->length = static_cast<std::uint16_t>(last->length + field.length);
+    } else {
+      result.run[result.count++] = {static_cast<std::uint16_t>(field.offset), result.stored,
+                                    static_cast<std::uint16_t>(field.length)};
+    }
+    result.stored = static_cast<std::uint16_t>(result.stored + field.length);
+  }
+  return result;
+}
+
+#define FIELD(structure, member) \
+  Field { offsetof(structure, member), sizeof(std::declval<structure&>().member) }
+#define HEADER(structure) FIELD(structure, Header.Signature), FIELD(structure, Header.Length)
+
+// `length` is the number that the format gives, against which the fields are checked.
+#define STORED(structure, size, ...)                                       \
+  constexpr auto k##structure = Join(std::to_array<Field>({__VA_ARGS__})); \
+  static_assert(k##structure.stored == (size), #structure " has lost a byte")
+
+STORED(RANGE, 4, FIELD(RANGE, ListCount), FIELD(RANGE, RangeCount));
+STORED(TIMEDATE, 8, FIELD(TIMEDATE, TimeWord), FIELD(TIMEDATE, DateWord));
+STORED(IDTABLEHEADER, 16, FIELD(IDTABLEHEADER, Step), FIELD(IDTABLEHEADER, RunCount), FIELD(IDTABLEHEADER, Flags),
+       FIELD(IDTABLEHEADER, Count), FIELD(IDTABLEHEADER, Capacity));
+STORED(CDPARAGRAPH, 2, HEADER(CDPARAGRAPH));
+STORED(CDPABDEFINITION, 70, HEADER(CDPABDEFINITION), FIELD(CDPABDEFINITION, PABID), FIELD(CDPABDEFINITION, JustifyMode),
+       FIELD(CDPABDEFINITION, LineSpacing), FIELD(CDPABDEFINITION, SpacingAbove), FIELD(CDPABDEFINITION, SpacingBelow),
+       FIELD(CDPABDEFINITION, LeftMargin), FIELD(CDPABDEFINITION, RightMargin), FIELD(CDPABDEFINITION, FirstLineMargin),
+       FIELD(CDPABDEFINITION, TabCount), FIELD(CDPABDEFINITION, Tabs), FIELD(CDPABDEFINITION, Flags),
+       FIELD(CDPABDEFINITION, TabTypes), FIELD(CDPABDEFINITION, Flags2));
+STORED(CDPABREFERENCE, 4, HEADER(CDPABREFERENCE), FIELD(CDPABREFERENCE, PABID));
+STORED(CDPABFORMULAREF, 6, HEADER(CDPABFORMULAREF), FIELD(CDPABFORMULAREF, SourcePABID),
+       FIELD(CDPABFORMULAREF, DestPABID));
+STORED(CDPABHIDE, 14, HEADER(CDPABHIDE), FIELD(CDPABHIDE, PABID), FIELD(CDPABHIDE, Reserved));
+STORED(CDTEXT, 8, HEADER(CDTEXT), FIELD(CDTEXT, FontID));
+STORED(CDTEXTSTYLEEXT, 8, HEADER(CDTEXTSTYLEEXT), FIELD(CDTEXTSTYLEEXT, FontID));
+STORED(CDSTYLENAME, 44, HEADER(CDSTYLENAME), FIELD(CDSTYLENAME, Flags), FIELD(CDSTYLENAME, PABID),
+       FIELD(CDSTYLENAME, StyleName));
+STORED(CDFONTTABLE, 6, HEADER(CDFONTTABLE), FIELD(CDFONTTABLE, Fonts));
+STORED(CDFACE, 34, FIELD(CDFACE, Face), FIELD(CDFACE, Family), FIELD(CDFACE, Name));
+STORED(CDTABLEBEGIN, 14, HEADER(CDTABLEBEGIN), FIELD(CDTABLEBEGIN, LeftMargin), FIELD(CDTABLEBEGIN, HorizCellSpace),
+       FIELD(CDTABLEBEGIN, VertCellSpace), FIELD(CDTABLEBEGIN, V4HorizCellSpace), FIELD(CDTABLEBEGIN, V4VertCellSpace),
+       FIELD(CDTABLEBEGIN, Flags));
+STORED(CDTABLECELL, 18, HEADER(CDTABLECELL), FIELD(CDTABLECELL, Row), FIELD(CDTABLECELL, Column),
+       FIELD(CDTABLECELL, LeftMargin), FIELD(CDTABLECELL, RightMargin), FIELD(CDTABLECELL, FractionalWidth),
+       FIELD(CDTABLECELL, Border), FIELD(CDTABLECELL, Flags), FIELD(CDTABLECELL, BorderWidth),
+       FIELD(CDTABLECELL, RowSpan), FIELD(CDTABLECELL, ColumnSpan), FIELD(CDTABLECELL, BackgroundColor));
+STORED(CDTABLEEND, 6, HEADER(CDTABLEEND), FIELD(CDTABLEEND, Reserved));
+STORED(CDHOTSPOTBEGIN, 12, HEADER(CDHOTSPOTBEGIN), FIELD(CDHOTSPOTBEGIN, Type), FIELD(CDHOTSPOTBEGIN, Flags),
+       FIELD(CDHOTSPOTBEGIN, DataLength));
+STORED(CDHOTSPOTEND, 2, HEADER(CDHOTSPOTEND));
+STORED(CDACTIVEOBJECT, 6, FIELD(CDACTIVEOBJECT, Version), FIELD(CDACTIVEOBJECT, Type), FIELD(CDACTIVEOBJECT, Reserved));
+
+constexpr Run kWordRun[] = {{0, 0, 2}};
+constexpr Run kDwordRun[] = {{0, 0, 4}};
+
+#define LAYOUT(structure)                                                                                          \
+  Layout {                                                                                                         \
+    ODS_##structure, k##structure.stored, sizeof(structure), std::span(k##structure.run).first(k##structure.count) \
+  }
+
+constexpr Layout kLayouts[] = {
+    Layout{ODS_WORD, 2, 2, kWordRun},
+    Layout{ODS_DWORD, 4, 4, kDwordRun},
+    LAYOUT(TIMEDATE),
+    LAYOUT(RANGE),
+    LAYOUT(IDTABLEHEADER),
+    LAYOUT(CDPARAGRAPH),
+    LAYOUT(CDPABDEFINITION),
+    LAYOUT(CDPABREFERENCE),
+    LAYOUT(CDTEXT),
+    LAYOUT(CDFONTTABLE),
+    LAYOUT(CDFACE),
+    LAYOUT(CDTABLEBEGIN),
+    LAYOUT(CDTABLECELL),
+    LAYOUT(CDTABLEEND),
+    LAYOUT(CDSTYLENAME),
+    LAYOUT(CDHOTSPOTBEGIN),
+    LAYOUT(CDHOTSPOTEND),
+    LAYOUT(CDPABHIDE),
+    LAYOUT(CDPABFORMULAREF),
+    LAYOUT(CDTEXTSTYLEEXT),
+    LAYOUT(CDACTIVEOBJECT),
+};
+static_assert(std::ranges::is_sorted(kLayouts, std::ranges::less{}, &Layout::code));
+
+}  // namespace
+
+const Layout* Find(std::uint16_t code) {
+  const Layout* found = std::ranges::lower_bound(kLayouts, code, {}, &Layout::code);
+  return found != std::end(kLayouts) && found->code == code ? found : nullptr;
+}
+
+std::span<const Layout> All() { return kLayouts; }
+
+void Read(const Layout& layout, const std::byte* stored, void* host, std::uint16_t count) {
+  auto* target = static_cast<std::byte*>(host);
+  for (; count > 0; --count) {
+    for (const Run& run : layout.runs) std::memcpy(target + run.host, stored + run.stored, run.length);
+    stored += layout.length;
+    target += layout.host_size;
+  }
+}
+
+void Write(const Layout& layout, const void* host, std::byte* stored, std::uint16_t count) {
+  const auto* source = static_cast<const std::byte*>(host);
+  for (; count > 0; --count) {
+    for (const Run& run : layout.runs) std::memcpy(stored + run.stored, source + run.host, run.length);
+    stored += layout.length;
+    source += layout.host_size;
+  }
+}
+
+}  // namespace qcore::records
