@@ -1,0 +1,77 @@
+// What the command families share: the options of the whole tool, exit codes, failures, and the way to a store.
+#ifndef QUILLON_TOOLS_QUILLON_COMMAND_H
+#define QUILLON_TOOLS_QUILLON_COMMAND_H
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <string_view>
+
+#include "vq/vq.h"
+
+namespace tool {
+
+enum ExitCode {
+  kExitDone = 0,
+  kExitFailed = 1,     // the words of the status are on standard error
+  kExitUsage = 2,      // the command line was wrong; nothing was done
+  kExitNotFound = 3,   // no such document, or the word isn't in it; nothing was changed
+  kExitDifferent = 4,  // check found damage, or diff a difference
+};
+
+struct Options {
+  std::string config;  // QUILLON.INI or its directory; empty lets the engine search
+  bool json = false;
+  bool progress = false;
+};
+
+// Thrown by commands where no status says what is wrong.
+struct Failure {
+  ExitCode code;
+  std::string words;
+};
+
+// A session that is up, and stores opened in it. Operations throw statuses as long as one of these lives.
+class Store {
+ public:
+  explicit Store(const Options& options);
+  Store(const Options& options, const std::string& path);
+
+  VQQuillonSession& session() { return session_; }
+  VQDatabase& database() { return database_; }
+  void Open(const std::string& path, VQDatabase* database);
+
+ private:
+  vq::ThrowScope throwing_;
+  VQQuillonSession session_;
+  VQDatabase database_;
+};
+
+// A path of the file system as the library takes it: absolute, unless it names a server.
+VQString StorePath(const std::string& path);
+
+// The document with that number, or whose Subject is that text; Failure{kExitNotFound}.
+void FindDocument(VQDatabase& database, const std::string& key, VQDocument* document);
+
+std::string ToText(const VQString& text);
+VQString FromText(std::string_view text);
+// Fit for a terminal: control characters come out as "?".
+std::string Printable(std::string_view text);
+// First entry of a text item, empty without one.
+std::string TextOf(VQDocument& document, const char* item);
+// 2026-11-21T02:31:34Z; empty for no time.
+std::string TimeText(const TIMEDATE& time);
+std::string StatusWords(VQSTATUS status);
+
+// Each family adds its commands; what runs returns an exit code through *result.
+void AddSettingsCommands(CLI::App& app, Options& options, int* result);  // init
+void AddStoreCommands(CLI::App& app, Options& options, int* result);     // create, info, check
+void AddImportCommand(CLI::App& app, Options& options, int* result);
+void AddExportCommand(CLI::App& app, Options& options, int* result);
+void AddListCommand(CLI::App& app, Options& options, int* result);
+void AddShowCommand(CLI::App& app, Options& options, int* result);
+void AddReplaceCommand(CLI::App& app, Options& options, int* result);
+void AddDiffCommand(CLI::App& app, Options& options, int* result);
+
+}  // namespace tool
+
+#endif
