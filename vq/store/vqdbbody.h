@@ -1,0 +1,282 @@
+// VQDatabase: one store file, local or on a server, and everything that is reached through it.
+//
+// Handles share a body that holds the engine's database; the last handle to go closes it, and closing closes every
+// slate that is open in it. A session keeps its databases in a list and closes them at its end.
+//
+// Operations on a handle without a body give VQERR_OBJECT_NOT_INITIALIZED, those that need the open database on a
+// closed one VQERR_DATABASE_NOT_OPEN; thrown where the result is no status. A null output gives VQERR_NULL_POINTER.
+#ifndef QUILLON_VQ_STORE_VQDBBODY_H
+#define QUILLON_VQ_STORE_VQDBBODY_H
+
+#include <string>
+#include <string_view>
+
+#include "vq/frame/objlist.h"
+#include "vq/frame/vqcommon.h"
+
+class VQACL;
+class VQDatabaseBody;
+class VQDatetime;
+class VQDocument;
+class VQDocumentArray;
+class VQSlate;
+class VQSlateArray;
+class VQSlateBody;
+class VQString;
+class VQText;
+enum VQENCRYPTOPTION : unsigned int;
+
+// The value of GetReplicationPriority, in place in the replication flags.
+enum VQREPLICATIONPRIORITY : unsigned int {
+  VQREPLICATIONPRIORITY_MEDIUM = 0x0000,
+  VQREPLICATIONPRIORITY_HIGH = 0x4000,
+  VQREPLICATIONPRIORITY_LOW = 0xC000,
+};
+
+// VQDatabase::Open flags: the bits of this mask.
+inline constexpr unsigned long VQDBOPENFLAGS_MASK = 0x103BF;
+inline constexpr unsigned long VQDBOPENFLAGS_FAILOVER = 0x80;       // GetServer asks where the database really is
+inline constexpr unsigned long VQDBOPENFLAGS_NO_STUBS = 0x10000;    // deletions and saves leave no deletion stubs
+inline constexpr unsigned long VQDBOPENFLAGS_OF_SESSION = 0x20000;  // stands for no argument
+
+class VQ_API VQDatabase : public VQSmartPtr {
+ public:
+  VQDatabase();
+  VQDatabase(const VQDatabase& other);
+  explicit VQDatabase(VQDatabaseBody* body);
+  VQDatabase& operator=(const VQDatabase& other);
+  VQDatabase& operator=(VQDatabaseBody* body);
+  VQCLASSID GetClassID() const override;
+
+  // VQWARN_ALREADY_OPEN on an open database. A bit outside VQDBOPENFLAGS_MASK gives VQERR_INVALID_PARAMETER, a
+  // directory VQERR_PATH_IS_DIRECTORY; a file that is no store, is damaged or newer the engine's status. After a
+  // failure the database is closed.
+  VQSTATUS Open();
+  VQSTATUS Open(unsigned long flags);
+  // VQWARN_NOT_OPEN on a closed database and on a null handle.
+  VQSTATUS Close();
+  int IsOpen() const;
+  int IsRemote() const;
+  // The engine's database. With keep 0 it becomes the caller's (EngDbClose): open slates are closed, and this handle
+  // lets go of its body.
+  void* GetDatabaseHandle(int keep = 1);
+  unsigned long GetDatabaseOpenFlags() const;
+  // Known while closed too.
+  VQString GetFilename() const;
+  VQString GetFilepath() const;
+  VQString GetServer() const;
+  VQString GetPort() const;
+
+  // An addition to the open and save operations: several saves and deletions as one. A crash inside leaves the state
+  // before BeginTransaction, and so do RollbackTransaction and closing the database. Transactions do not nest (the
+  // engine's status 521). Slates that are open across a rollback keep their handles: close them.
+  VQSTATUS BeginTransaction();
+  // After a failure the transaction is still open: commit again or roll back.
+  VQSTATUS CommitTransaction();
+  VQSTATUS RollbackTransaction();
+
+  // Bind without opening.
+  VQSTATUS GetSlate(const unsigned long id, VQSlate* slate) const;
+  VQSTATUS GetSlate(const UNIVERSALSLATEID* universal, VQSlate* slate) const;
+  // An open engine slate, which the handle takes over.
+  VQSTATUS GetSlate(void* handle, VQSlate* slate) const;
+  // A design element by type (class and design kind, as VQSlate::GetSlateType gives it) and name: any of the names
+  // in its $TITLE, compared exactly. Of a name with several synonyms the first counts. VQERR_NOT_FOUND;
+  // VQERR_SLATE_NAME_TOO_LONG above 64 bytes, VQERR_INVALID_PARAMETER for an empty one.
+  VQSTATUS GetDesignSlate(unsigned long type, const VQString& name, VQSlate* slate) const;
+  VQSTATUS GetDocument(const unsigned long id, VQDocument* document) const;
+  VQSTATUS GetDocument(const UNIVERSALSLATEID* universal, VQDocument* document) const;
+  VQSTATUS GetDocument(void* handle, VQDocument* document) const;
+  VQSTATUS GetSlates(VQSlateArray* slates) const;
+  VQSTATUS GetDocuments(VQDocumentArray* documents) const;
+  // The slates of the classes that changed at or after `since`; the deleted ones among them have bit 31 set in their
+  // identifiers. `until`, which may be null, is the moment to pass as `since` the next time.
+  VQSTATUS GetModifiedSlates(const VQDatetime& since, VQSlateArray* slates, unsigned long classes,
+                             VQDatetime* until) const;
+  int AgentExists(const VQString& name) const;
+  int FormExists(const VQString& name) const;
+  int SubformExists(const VQString& name) const;
+  int SharedFieldExists(const VQString& name) const;
+  int ViewFolderExists(const VQString& name) const;
+
+  // A new, open, unsaved slate of the type.
+  VQSTATUS CreateSlate(unsigned long type, VQSlate* slate);
+  VQSTATUS CreateDocument(VQDocument* document);
+  // A saved copy of any open database's slate, new in this database; `target` may be null. Pending item changes of
+  // the source are copied too, and a source that is closed is opened for the copy and closed again.
+  VQSTATUS CreateSlate(VQSlate& source, VQSlate* target);
+  VQSTATUS CreateDocument(VQDocument& source, VQDocument* target);
+  // A copy that is encrypted with the named keys; see VQSlate::Encrypt.
+  VQSTATUS CreateEncryptedSlate(VQSlate& source, VQENCRYPTOPTION option, VQSlate* target);
+  VQSTATUS CreateEncryptedSlate(VQSlate& source, const VQString& key, VQSlate* target);
+  VQSTATUS CreateEncryptedSlate(VQSlate& source, const VQText& keys, VQSlate* target);
+  // Closes the slate, deletes it and unbinds the handle, whatever the result.
+  VQSTATUS DeleteSlate(VQSlate* slate);
+  VQSTATUS DeleteDocument(VQDocument* document);
+  // One step for all of them. VQERR_EMPTY_ARRAY for an empty array.
+  VQSTATUS DeleteSlates(const VQSlateArray& slates);
+
+  // VQWARN_NOT_FOUND when the database has none.
+  VQSTATUS GetAboutDatabaseDocument(VQDocument* document) const;
+  VQSTATUS GetUsingDatabaseDocument(VQDocument* document) const;
+  VQSTATUS GetIcon(VQSlate* slate) const;
+  VQSTATUS GetDefaultForm(VQSlate* form) const;
+  VQSTATUS GetDefaultViewFolder(VQSlate* view) const;
+  // Made anew after a present one is deleted: open and unsaved, or a saved copy of the source.
+  VQSTATUS CreateAboutDatabaseDocument(VQDocument* document);
+  VQSTATUS CreateAboutDatabaseDocument(VQDocument& source, VQDocument* document);
+  VQSTATUS CreateUsingDatabaseDocument(VQDocument* document);
+  VQSTATUS CreateUsingDatabaseDocument(VQDocument& source, VQDocument* document);
+  VQSTATUS CreateIcon(VQSlate* icon);
+  VQSTATUS CreateIcon(VQSlate& source, VQSlate* icon);
+
+  // Properties. Setters give VQERR_DATABASE_NOT_OPEN on a closed database, getters throw it. Texts that are too long
+  // for the database's info block (127 bytes for all four) are cut at a character.
+  VQString GetTitle() const;
+  VQSTATUS SetTitle(const VQString& title);
+  VQText GetDatabaseCatalogCategories() const;
+  VQSTATUS SetDatabaseCatalogCategories(const VQText& categories);
+  VQString GetTemplateName() const;
+  VQSTATUS SetTemplateName(const VQString& name);
+  VQString GetInheritsFromTemplateName() const;
+  VQSTATUS SetInheritsFromTemplateName(const VQString& name);
+  // Kept in this object only.
+  VQString GetOwnerName() const;
+  VQSTATUS SetOwnerName(const VQString& name);
+  VQDatetime GetDatabaseID() const;
+  VQDatetime GetReplicaID() const;
+  VQDatetime GetCreated() const;
+  VQDatetime GetDataLastModified() const;
+  VQDatetime GetDesignLastModified() const;
+  VQDatetime GetLastModified() const;
+  double GetPercentageUsed() const;
+  // Bytes.
+  double GetSize() const;
+  unsigned long GetType() const;
+  unsigned short GetBuild() const;
+  int GetDisableReplication() const;
+  VQSTATUS SetDisableReplication(int flag);
+  int GetHideDesign() const;
+  VQSTATUS SetHideDesign(int flag);
+  int GetListInDatabaseCatalog() const;
+  VQSTATUS SetListInDatabaseCatalog(int flag);
+  int GetRemoveOldDocuments() const;
+  VQSTATUS SetRemoveOldDocuments(int flag);
+  unsigned long GetRemoveOldDocumentsDays() const;
+  // 0 to 65,535, else VQERR_OUT_OF_RANGE.
+  VQSTATUS SetRemoveOldDocumentsDays(unsigned long days);
+  int GetNeverReplicate() const;
+  VQSTATUS SetNeverReplicate(int flag);
+  int GetReplicateReceiveSummaries() const;
+  VQSTATUS SetReplicateReceiveSummaries(int flag);
+  int GetShowInOpenDatabaseDialog() const;
+  VQSTATUS SetShowInOpenDatabaseDialog(int flag);
+  int GetDisableBackgroundAgents() const;
+  VQSTATUS SetDisableBackgroundAgents(int flag);
+  int GetReplicateSendDeletions() const;
+  VQSTATUS SetReplicateSendDeletions(int flag);
+  VQREPLICATIONPRIORITY GetReplicationPriority() const;
+  // A value with other bits than 0xC000 gives VQERR_INVALID_PARAMETER.
+  VQSTATUS SetReplicationPriority(VQREPLICATIONPRIORITY priority);
+  int GetReplicateSendTitleAndCatalogInfo() const;
+  VQSTATUS SetReplicateSendTitleAndCatalogInfo(int flag);
+  int IsFTIndexed() const;
+  // The engine's status when there is no full text index.
+  VQSTATUS GetLastFTIndexed(VQDatetime* moment) const;
+  VQSTATUS GetFTIndexFlags(unsigned short* flags) const;
+
+  // For the library's own code: the body, or null.
+  VQDatabaseBody* GetDatabaseBody() const;
+  // Makes a closed body for a path; VQERR_INVALID_DATABASE_PATH for an empty one.
+  VQSTATUS CreateDatabaseBody(VQQuillonSession* session, const VQString& path, const VQString& server);
+
+ private:
+  VQDatabaseBody* RequireBody() const;
+  VQDatabaseBody* RequireOpen() const;
+  VQSTATUS CheckOpen(VQDatabaseBody** body) const;
+  VQSTATUS GetSpecial(unsigned short selector, VQSlate* slate) const;
+  VQSTATUS CreateSpecial(unsigned short selector, unsigned short slate_class, VQSlate* source, VQSlate* target);
+  int DesignExists(unsigned long type, const VQString& name) const;
+};
+
+// The open database. Operations return their status and leave the throw rule to the handle.
+class VQ_API VQDatabaseBody : public VQBody {
+ public:
+  // A closed body; what is wrong with the path goes to *status.
+  VQDatabaseBody(VQQuillonSession* session, std::string_view path, std::string_view server, std::string_view port,
+                 VQSTATUS* status);
+  // For an engine database that is open, which the body takes over.
+  VQDatabaseBody(VQQuillonSession* session, std::string_view full_path, ENGHANDLE handle, VQSTATUS* status);
+  ~VQDatabaseBody() override;
+
+  VQSTATUS Close() override;
+  VQCLASSID GetClassID() const override;
+
+  VQSTATUS Open(unsigned long flags);
+  // As Close, without closing the engine's database.
+  ENGHANDLE GiveHandleAway();
+  // Finds a design element of class and kind by its exact name. VQERR_NOT_FOUND.
+  VQSTATUS FindDesign(unsigned short slate_class, unsigned short kind, std::string_view name, std::uint32_t* id);
+  // VQERR_SLATE_NAME_TOO_LONG, VQERR_INVALID_PARAMETER; else the first synonym.
+  static VQSTATUS FirstSynonym(std::string_view name, std::string* first);
+  // VQWARN_NOT_FOUND.
+  VQSTATUS FindSpecial(unsigned short selector, std::uint32_t* id);
+  VQSTATUS CreateSlate(unsigned long type, VQSlateBody** body);
+  // Saved in this database; *copy is an open engine slate, which the caller closes.
+  VQSTATUS CopySlate(VQSlateBody* source, ENGHANDLE* copy);
+  VQSTATUS DeleteSlate(std::uint32_t id);
+  VQSTATUS ReadInfo(unsigned short selector, std::string* text);
+  VQSTATUS WriteInfo(unsigned short selector, std::string_view text);
+  // Replication flags: the bits of `mask` become those of `value`.
+  VQSTATUS ChangeReplicaFlags(unsigned short mask, unsigned short value);
+
+  bool IsOpen() const { return Handle != 0; }
+  ENGHANDLE GetHandle() const { return Handle; }
+  VQQuillonSession* GetOwnerSession() const { return BodySession; }
+  unsigned long GetOpenFlags() const { return OpenFlags; }
+  // ENG_UPDATE_NO_STUB in a database opened with VQDBOPENFLAGS_NO_STUBS, else 0.
+  unsigned short GetUpdateFlags() const;
+  std::string_view GetFilename() const;
+  const std::string& GetFilepath() const { return Filepath; }
+  const std::string& GetFullPath() const { return FullPath; }
+  const std::string& GetPort() const { return Port; }
+  std::string GetServer() const;
+  bool IsRemote() const { return !Server.empty(); }
+  VQObjectList& GetObjects() { return Objects; }
+  std::string& GetCachedTitle() { return Title; }
+  std::string& GetOwnerName() { return OwnerName; }
+  unsigned short GetFTFlags() const { return FTFlags; }
+
+ private:
+  VQSTATUS SplitPath(std::string_view full_path);
+  VQSTATUS MirrorInfo(const ENGCHAR* info);
+  bool HasName(std::uint32_t id, unsigned short slate_class, unsigned short kind, std::string_view name);
+
+  VQACL* ACL;  // the one object handed out, null if none
+  ENGHANDLE Handle;
+  std::uint16_t BodyFlags;
+  std::string Filepath;  // as it stands on its server
+  std::uint16_t FTFlags;
+  std::string FullPath;
+  VQObjectList Objects;  // slates open in this database
+  std::uint32_t OpenFlags;
+  std::string OwnerName;
+  std::string Port;
+  std::string Server;
+  VQQuillonSession* BodySession;
+  std::string Title;  // empty until read
+};
+
+inline VQDatabaseBody* VQDatabase::GetDatabaseBody() const { return static_cast<VQDatabaseBody*>(Body); }
+
+namespace vq {
+
+// Engine handles where a client signature has void*.
+inline void* FromHandle(ENGHANDLE handle) { return reinterpret_cast<void*>(static_cast<std::uintptr_t>(handle)); }
+inline ENGHANDLE ToHandle(const void* pointer) {
+  return static_cast<ENGHANDLE>(reinterpret_cast<std::uintptr_t>(pointer));
+}
+
+}  // namespace vq
+
+#endif
