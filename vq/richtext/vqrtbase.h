@@ -1,0 +1,95 @@
+// VQRTBaseContainerBody and VQRTElementBody: objects that can hold others.
+#ifndef QUILLON_VQ_RICHTEXT_VQRTBASE_H
+#define QUILLON_VQ_RICHTEXT_VQRTBASE_H
+
+#include "vq/richtext/vqrtobjb.h"
+
+// Children in order, with a range of index values that covers the subtree. Finds go through the subtree in stream
+// order, an object before its children; VQRTTYPE_ELEMENT and VQRTTYPE_CHAR also give the characters of text runs,
+// as handles with an offset. A find without a hit gives VQWARN_NOT_FOUND and leaves its output alone.
+class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
+ public:
+  VQRTBaseContainerBody(VQRTTYPE type, vq::RecordSource* source, std::uint32_t offset, std::uint32_t length);
+  VQRTBaseContainerBody(VQRTTYPE type, unsigned short signature);
+  ~VQRTBaseContainerBody() override;
+
+  // Closes and releases the children first.
+  VQSTATUS Close() override;
+  VQCLASSID GetClassID() const override;
+
+  VQSTATUS ConvertLinks(VQRichText* source, VQRichText* target) override;
+  VQSTATUS ConvertObjects(VQRichText* source, VQRichText* target) override;
+  VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) override;
+  unsigned long GetEndIndexValue() const override;
+  unsigned long GetIndexCount() const override;
+  using VQRTObjectBody::GetText;
+  VQSTATUS GetText(VQString* text) override;
+  VQSTATUS GetText(const VQRTCursor& start, const VQRTCursor& end, VQString* text) override;
+  VQSTATUS RemoveThis(int keepInTree) override;
+  VQSTATUS ShiftLinkIndex(int kind, unsigned long delta) override;
+  using VQRTObjectBody::SetFontStyle;
+  VQSTATUS SetFontStyle(const VQRTCursor& start, const VQRTCursor& end, const VQFontStyle& style,
+                        unsigned long mask) override;
+  unsigned long GetSize() const override;
+  int IsValid() const override;
+  VQSTATUS ConvertFonts(VQItem* table) override;
+  VQSTATUS SetDirty(int dirty) override;
+  VQSTATUS Update(vq::RecordWriter& writer) override;
+
+  virtual VQSTATUS AppendChild(VQRTObject* child);
+  // Appends copies of what lies between the cursors in `source`, or puts them before `before` when it is given.
+  virtual VQSTATUS CopyChildren(const VQRTCursor& start, const VQRTCursor& end, VQRTBaseContainerBody* source,
+                                VQRTObject* before);
+  virtual VQSTATUS FindFirst(VQRTTYPE type, VQRTObject* found);
+  virtual VQSTATUS FindLast(VQRTTYPE type, VQRTObject* found);
+  virtual VQSTATUS FindNext(const VQRTObject& from, VQRTTYPE type, VQRTObject* found);
+  virtual VQSTATUS FindPrevious(const VQRTObject& from, VQRTTYPE type, VQRTObject* found);
+  // At the first element.
+  virtual VQSTATUS GetCursor(VQRTCursor* cursor);
+  virtual int HasChildren() const;
+  virtual VQSTATUS DeleteAllChildren();
+
+  VQRTObjectBody* GetFirstChild() const { return FirstChild; }
+  VQRTObjectBody* GetLastChild() const { return LastChild; }
+  std::uint32_t GetChildCount() const { return ChildCount; }
+  // Whether the object lies in this subtree, by its index value.
+  int Contains(const VQRTObjectBody* object) const;
+
+  // As AppendChild, for bodies: VQERR_RT_ALREADY_MEMBER when it has a parent.
+  [[nodiscard]] VQSTATUS Append(VQRTObjectBody* child);
+
+  // The object behind (before) one in stream order inside this subtree; null at the end. Descends into children.
+  VQRTObjectBody* NextInTree(const VQRTObjectBody* object) const;
+  VQRTObjectBody* PreviousInTree(const VQRTObjectBody* object) const;
+  // The next (previous) object of a type in stream order; characters play no part. Null when there is none.
+  VQRTObjectBody* NextOfType(const VQRTObjectBody* object, VQRTTYPE type) const;
+  VQRTObjectBody* PreviousOfType(const VQRTObjectBody* object, VQRTTYPE type) const;
+  VQRTObjectBody* FirstOfType(VQRTTYPE type) const;
+  VQRTObjectBody* LastOfType(VQRTTYPE type) const;
+
+ protected:
+  friend class VQRTObjectBody;
+  friend class VQRichTextParser;
+
+  // Puts a detached object between two neighbours of this container and gives it its place in the order.
+  [[nodiscard]] VQSTATUS Link(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next, bool countBack);
+  void Unlink(VQRTObjectBody* child);
+  // Spreads the subtree evenly over this container's range.
+  [[nodiscard]] VQSTATUS Renumber();
+
+  std::uint32_t ChildCount;
+  std::uint32_t EndIndexValue;
+  VQRTObjectBody* FirstChild;
+  VQRTObjectBody* LastChild;
+  VQRichTextBody* RichText;  // in the top container alone
+};
+
+// A leaf element, with room for the parts that some kinds have.
+class VQ_API VQRTElementBody : public VQRTBaseContainerBody {
+ public:
+  VQRTElementBody(VQRTTYPE type, vq::RecordSource* source, std::uint32_t offset, std::uint32_t length);
+  VQRTElementBody(VQRTTYPE type, unsigned short signature);
+  VQCLASSID GetClassID() const override;
+};
+
+#endif

@@ -1,0 +1,87 @@
+// VQRTContainerBody: a container with the editing operations.
+#ifndef QUILLON_VQ_RICHTEXT_VQRTCONT_H
+#define QUILLON_VQ_RICHTEXT_VQRTCONT_H
+
+#include "vq/richtext/vqrtbase.h"
+
+// Edits check their arguments first and change nothing when they refuse. Cursors that an edit takes by pointer are
+// moved behind what was inserted, or to where something was deleted; null ones give VQERR_INVALID_PARAMETER,
+// invalid ones VQERR_CURSOR_INVALID. Operations that create objects of later kinds stand with those kinds.
+class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
+ public:
+  VQRTContainerBody(VQRTTYPE type, vq::RecordSource* source, std::uint32_t offset, std::uint32_t length);
+  VQRTContainerBody(VQRTTYPE type, unsigned short signature);
+  VQCLASSID GetClassID() const override;
+  VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) override;
+
+  // Takes the style that a client gave and makes of it what suits the paragraphs of this container.
+  virtual VQSTATUS AdjustParagraphStyle(const VQParagraphStyle& style, VQParagraphStyle* adjusted);
+  // With convertNewlines each newline starts a paragraph, without it becomes a line break in the paragraph.
+  using VQRTBaseContainerBody::Append;
+  virtual VQSTATUS Append(const VQString& text, int convertNewlines);
+  virtual VQSTATUS Append(const VQRichText& richText);
+  virtual VQSTATUS Append(const VQRTObject& object, VQRTObject* appended);
+  // The two cursors end up at the place of the deletion. VQERR_CURSOR_ORDER, VQERR_RT_SELECTION_INVALID.
+  virtual VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);
+  virtual VQSTATUS Delete(VQRTCursor* start, unsigned long count);
+  virtual VQSTATUS Delete(VQRTObject* object);
+  using VQRTObjectBody::Delete;
+  // Before the objects from `first` up to `behind` (null: to the end) go: definitions in between that references
+  // further right still use move in front of the first such reference, with the hide or name that follows them.
+  virtual VQSTATUS DeleteRepairLinks(VQRTObjectBody* first, VQRTObjectBody* behind);
+  virtual VQSTATUS FindParagraphStyle(const VQRTObject& object, VQParagraphStyle* style);
+  virtual VQSTATUS FindParagraphStyle(const VQRTCursor& cursor, VQParagraphStyle* style);
+  // An equal style's definition in this container and, if any, the hide or style name that belongs to it.
+  virtual VQSTATUS FindSameParagraphStyle(const VQParagraphStyle& style, VQPABDefinition* definition,
+                                          VQRTObject* companion);
+  virtual VQSTATUS GetEndCursor(VQRTCursor* cursor);
+  virtual VQSTATUS GetNewPABID(unsigned short* pabid);
+  // A range as a rich text of its own: every reference in it comes with its definition.
+  virtual VQSTATUS GetRichText(const VQRTCursor& start, const VQRTCursor& end, VQRichText* richText);
+  virtual VQSTATUS GetRichText(const VQRTCursor& start, unsigned long count, VQRichText* richText);
+  virtual VQSTATUS GetRichText(const VQRTCursor& start, VQRTTYPE type, VQRichText* richText);
+  virtual VQSTATUS GetRichText(const VQRTObject& object, VQRichText* richText);
+  using VQRTObjectBody::GetRichText;
+  virtual VQSTATUS Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines);
+  virtual VQSTATUS Insert(const VQRichText& richText, VQRTCursor* cursor);
+  // A copy of the object; `inserted` may be null.
+  virtual VQSTATUS Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted);
+  // Inserts `object` itself (a detached one) when `copy` is 0, else a deep copy. The core of all object insertion:
+  // splits the run that the cursor stands in and repairs the neighbours.
+  virtual VQSTATUS InsertAt(const VQRTObject& object, int copy, VQRTObject* inserted, VQRTCursor* cursor);
+  virtual int CanInsertType(VQRTTYPE type) const;
+  virtual int IsSelectionValid(const VQRTCursor& start, const VQRTCursor& end, VQRTSelection* selection);
+  virtual int IsSelectionValid(const VQRTCursor& start, unsigned long count, VQRTSelection* selection);
+  virtual int IsSelectionValid(const VQRTCursor& start, VQRTTYPE type, VQRTSelection* selection);
+  int IsSelectionValid(const VQRTObject& object, VQRTSelection* selection) override;
+  virtual VQSTATUS MergeNextParagraph(VQRTCursor* cursor);
+  virtual VQSTATUS MergeParagraphs(VQRTCursor* start, VQRTCursor* end);
+  virtual VQSTATUS MergePreviousParagraph(VQRTCursor* cursor);
+  // Gives every identifier in this container a new number behind `highest`; references without a definition here
+  // take the identifier of the first reference in `target`.
+  virtual VQSTATUS ReassignPABIDs(unsigned short highest, unsigned short* newHighestPABID, VQRTContainerBody* target);
+  // Sets the references from `start` up to, not with, `end` (null: to the last) to the pair of identifiers.
+  virtual VQSTATUS ResetPABReferences(VQRTObjectBody* start, VQRTObjectBody* end, unsigned short pabid,
+                                      unsigned short companion);
+  virtual VQSTATUS SetParagraphStyle(const VQRTCursor& start, const VQRTCursor& end, const VQParagraphStyle& style);
+  virtual VQSTATUS SetParagraphStyle(const VQRTCursor& cursor, const VQParagraphStyle& style);
+  // Replaces the whole content by the text.
+  virtual VQSTATUS SetValue(const VQString& text, int convertNewlines);
+  virtual VQSTATUS StartNewParagraph(VQRTCursor* cursor);
+  virtual VQSTATUS SetTopContainer(VQRichTextBody* richText);
+
+  // After a deletion: a reference stands at the start and at least one text, empty if need be, is left.
+  [[nodiscard]] VQSTATUS RestoreParagraphs();
+
+  unsigned short GetHighestPABID() const { return HighestPABID; }
+  void SetHighestPABID(unsigned short pabid) { HighestPABID = pabid; }
+  // Remembers an identifier that was met, if it is the highest so far.
+  void RegisterPABID(unsigned short pabid) {
+    if (pabid > HighestPABID) HighestPABID = pabid;
+  }
+
+ private:
+  std::uint16_t HighestPABID;  // in the top container
+};
+
+#endif

@@ -1,0 +1,187 @@
+// Handles on rich text objects: VQRTObject, VQRTElement, VQRTContainer, VQCompositeData, VQNewParagraph.
+#ifndef QUILLON_VQ_RICHTEXT_VQRTOBJ_H
+#define QUILLON_VQ_RICHTEXT_VQRTOBJ_H
+
+#include "vq/richtext/rtfwd.h"
+#include "vq/richtext/rttype.h"
+
+// Any object of a rich text, or a character of a run when Offset is not 0: a character is a place, not a node, and
+// shares the body of its run. Handles share; Copy and CopyRTObject make separate objects. A null handle gives
+// VQERR_OBJECT_NOT_INITIALIZED, one whose object has gone VQERR_OBJECT_CLOSED. Getters of neighbours and finds give
+// VQWARN_NOT_FOUND and a null (finds: an untouched) output when there is none. Assigning an object of the wrong
+// type to a typed handle throws VQERR_CONVERSION_FAILED.
+class VQ_API VQRTObject : public VQSmartPtr {
+ public:
+  VQRTObject() = default;
+  VQRTObject(const VQRTObject& other);
+  explicit VQRTObject(VQRTObjectBody* body);
+  VQRTObject(VQStylizedTextBody* body, unsigned long offset);
+  ~VQRTObject();
+  VQRTObject& operator=(const VQRTObject& other);
+  VQRTObject& operator=(VQRTObjectBody* body);
+
+  int DeleteBody() override;
+  VQCLASSID GetClassID() const override;
+  int operator==(const VQRTObject& other) const { return Body == other.Body && Offset == other.Offset; }
+  int operator!=(const VQRTObject& other) const { return !(*this == other); }
+
+  // A deep copy into a handle that is null or whose object stands in no container; links and stored objects are
+  // carried over to this object's rich text.
+  VQSTATUS Copy(const VQRTObject& source);
+  VQSTATUS CopyRTObject(const VQRTObject& source, VQRTCOPYOPTIONS options);
+  VQSTATUS FindContainer(VQRTTYPE type, VQRTObject* container) const;
+  VQSTATUS GetNextSibling(VQRTObject* sibling) const;
+  VQSTATUS GetPreviousSibling(VQRTObject* sibling) const;
+  VQSTATUS GetParentContainer(VQRTObject* parent) const;
+  VQSTATUS GetParentContainer(VQRTTYPE type, VQRTObject* parent) const;
+  VQSTATUS GetRichText(VQRichText* richText) const;
+  // Null when the object cannot hold others.
+  VQRTBaseContainerBody* GetRTBaseContainerBody() const;
+  unsigned long GetSize() const;
+  VQSTATUS GetText(VQString* text) const;
+  VQSTATUS GetText(const VQRTCursor& start, const VQRTCursor& end, VQString* text) const;
+  VQRTTYPE GetType() const;
+  int HasOffset() const { return Offset != 0; }
+  unsigned long GetOffset() const { return Offset; }
+  VQSTATUS InsertNextSibling(VQRTObject* object);
+  VQSTATUS InsertPreviousSibling(VQRTObject* object);
+  int IsDirty() const;
+  int IsLeftOf(const VQRTObject& other) const;
+  // Whether the object is of the type or of one below it. VQERR_OUT_OF_RANGE (thrown) for types outside 1 to 69.
+  int IsType(VQRTTYPE type) const;
+  int IsValid() const;
+  VQSTATUS RemoveThis(int keepInTree = 1);
+  VQSTATUS SetDirty(int dirty);
+  // VQERR_CORRUPTED for a change between zero and non-zero.
+  VQSTATUS SetOffset(unsigned long offset);
+  // Makes this a handle on a character.
+  VQSTATUS SetRTChar(VQStylizedTextBody* body, unsigned long offset);
+
+  VQRTObjectBody* GetRTObjectBody() const;
+
+ protected:
+  friend class VQStylizedTextBody;
+
+  void ValidateRTType(const VQRTObject& object) const;
+  virtual void ValidateRTType(const VQRTObjectBody* body) const;
+  // Shares a body without the type check; for constructors and for finds.
+  void Attach(VQRTObjectBody* body, unsigned long offset);
+
+  unsigned long Offset = 0;
+};
+
+// An element: a character of a run, or a leaf object of type VQRTTYPE_ELEMENT.
+class VQ_API VQRTElement : public VQRTObject {
+ public:
+  VQRTElement() = default;
+  VQRTElement(const VQRTObject& object);
+  VQRTElement(const VQRTElement& other) : VQRTObject(other) {}
+  VQRTElement(VQStylizedTextBody* body, unsigned long offset) : VQRTObject(body, offset) {}
+  using VQRTObject::operator=;
+  VQRTElement& operator=(const VQRTElement& other) = default;
+  VQCLASSID GetClassID() const override;
+
+ protected:
+  using VQRTObject::ValidateRTType;
+  void ValidateRTType(const VQRTObjectBody* body) const override;
+};
+
+// A container that can be edited. See VQRTContainerBody for what edits do to cursors. Append and Insert put copies.
+class VQ_API VQRTContainer : public VQRTElement {
+ public:
+  VQRTContainer() = default;
+  VQRTContainer(const VQRTObject& object);
+  VQRTContainer(const VQRTContainer& other) : VQRTElement(other) {}
+  using VQRTObject::operator=;
+  VQRTContainer& operator=(const VQRTContainer& other) = default;
+  VQCLASSID GetClassID() const override;
+
+  // Text with its newlines as paragraphs; these throw.
+  VQRTContainer& operator<<(const VQString& text);
+  VQRTContainer& operator<<(const VQRichText& richText);
+  VQRTContainer& operator<<(const VQRTObject& object);
+
+  VQSTATUS Append(const VQString& text, int convertNewlines = 1);
+  VQSTATUS Append(const VQRichText& richText);
+  VQSTATUS Append(const VQRTObject& object, VQRTObject* appended = nullptr);
+  VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);
+  VQSTATUS Delete(VQRTCursor* start, unsigned long count);
+  VQSTATUS Delete(VQRTObject* object);
+  VQSTATUS FindFirst(VQRTTYPE type, VQRTObject* found) const;
+  VQSTATUS FindLast(VQRTTYPE type, VQRTObject* found) const;
+  VQSTATUS FindNext(const VQRTObject& from, VQRTTYPE type, VQRTObject* found) const;
+  VQSTATUS FindPrevious(const VQRTObject& from, VQRTTYPE type, VQRTObject* found) const;
+  VQSTATUS FindParagraphStyle(const VQRTObject& object, VQParagraphStyle* style) const;
+  VQSTATUS FindParagraphStyle(const VQRTCursor& cursor, VQParagraphStyle* style) const;
+  VQSTATUS GetCursor(VQRTCursor* cursor) const;
+  VQSTATUS GetEndCursor(VQRTCursor* cursor) const;
+  VQSTATUS GetRichText(const VQRTCursor& start, const VQRTCursor& end, VQRichText* richText) const;
+  VQSTATUS GetRichText(const VQRTCursor& start, unsigned long count, VQRichText* richText) const;
+  VQSTATUS GetRichText(const VQRTCursor& start, VQRTTYPE type, VQRichText* richText) const;
+  VQSTATUS GetRichText(const VQRTObject& object, VQRichText* richText) const;
+  using VQRTObject::GetRichText;
+  VQSTATUS Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines = 1);
+  VQSTATUS Insert(const VQRichText& richText, VQRTCursor* cursor);
+  VQSTATUS Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted = nullptr);
+  int CanInsertType(VQRTTYPE type) const;
+  VQSTATUS MergeNextParagraph(VQRTCursor* cursor);
+  VQSTATUS MergeParagraphs(VQRTCursor* start, VQRTCursor* end);
+  VQSTATUS MergePreviousParagraph(VQRTCursor* cursor);
+  VQSTATUS SetFontStyle(const VQRTCursor& start, const VQRTCursor& end, const VQFontStyle& style,
+                        unsigned long mask = 0xFFFFFFFFUL);
+  VQSTATUS SetParagraphStyle(const VQRTCursor& start, const VQRTCursor& end, const VQParagraphStyle& style);
+  VQSTATUS SetParagraphStyle(const VQRTCursor& cursor, const VQParagraphStyle& style);
+  VQSTATUS SetValue(const VQString& text, int convertNewlines = 1);
+  VQSTATUS StartNewParagraph(VQRTCursor* cursor);
+
+  VQRTContainerBody* GetRTContainerBody() const;
+
+ protected:
+  using VQRTObject::ValidateRTType;
+  void ValidateRTType(const VQRTObjectBody* body) const override;
+};
+
+// One record that the library has no class for, as bytes. Offsets are from the record's start, header included.
+class VQ_API VQCompositeData : public VQRTElement {
+ public:
+  VQCompositeData() = default;
+  VQCompositeData(const VQRTObject& object);
+  VQCompositeData(const VQCompositeData& other) : VQRTElement(other) {}
+  using VQRTObject::operator=;
+  VQCompositeData& operator=(const VQCompositeData& other) = default;
+  VQCLASSID GetClassID() const override;
+
+  unsigned short GetCDSignature() const;
+  VQSTATUS Read(unsigned long offset, void* buffer, unsigned long size) const;
+  VQSTATUS ReadODS(unsigned short structureCode, void* target, unsigned long offset) const;
+  // Overwrites or extends, and makes a record where there is none. VQERR_INVALID_PARAMETER for a null buffer and an
+  // offset behind the end. VQWARN_CD_OTHER_CLASS when the record now has a signature that a load gives to another
+  // class.
+  VQSTATUS Write(unsigned long size, void* buffer, unsigned long offset);
+  VQSTATUS WriteODS(unsigned short structureCode, void* source, unsigned long offset);
+
+ protected:
+  using VQRTObject::ValidateRTType;
+  void ValidateRTType(const VQRTObjectBody* body) const override;
+
+ private:
+  VQSTATUS CheckWrite(const void* buffer, unsigned long offset);
+  VQSTATUS WriteResult(unsigned long offset) const;
+};
+
+// The record that ends one paragraph and starts the next. A default handle is null.
+class VQ_API VQNewParagraph : public VQRTElement {
+ public:
+  VQNewParagraph() = default;
+  VQNewParagraph(const VQRTObject& object);
+  VQNewParagraph(const VQNewParagraph& other) : VQRTElement(other) {}
+  using VQRTObject::operator=;
+  VQNewParagraph& operator=(const VQNewParagraph& other) = default;
+  VQCLASSID GetClassID() const override;
+
+ protected:
+  using VQRTObject::ValidateRTType;
+  void ValidateRTType(const VQRTObjectBody* body) const override;
+};
+
+#endif

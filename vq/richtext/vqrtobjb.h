@@ -1,0 +1,153 @@
+// VQRTObjectBody: one record of a rich text tree.
+#ifndef QUILLON_VQ_RICHTEXT_VQRTOBJB_H
+#define QUILLON_VQ_RICHTEXT_VQRTOBJB_H
+
+#include <memory>
+#include <vector>
+
+#include "vq/richtext/recsrc.h"
+#include "vq/richtext/rtfwd.h"
+#include "vq/richtext/rttype.h"
+#include "vq/richtext/signature.h"
+
+namespace vq {
+class RecordBytes;
+class RecordWriter;
+}  // namespace vq
+
+// A leaf of the tree, and base of all other bodies. Its content is a view on a loaded block until the first change
+// makes a value block of its own; the value block always has an even size. A parent counts each of its children
+// once; links to parent and siblings are not counted, so that a tree goes when its owner goes, and a handle that
+// is left on one of its objects then sits on a closed body.
+//
+// Operations return their status and leave the throw rule to the handles. Nearly all of them give
+// VQERR_OBJECT_CLOSED on a closed body.
+class VQ_API VQRTObjectBody : public VQBody {
+ public:
+  // A record in a loaded block; `length` may be odd where the block ends. Counts on the source.
+  VQRTObjectBody(VQRTTYPE type, vq::RecordSource* source, std::uint32_t offset, std::uint32_t length);
+  // A new record: the header alone, in the form of the signature. Signature 0 makes no record.
+  VQRTObjectBody(VQRTTYPE type, unsigned short signature);
+  ~VQRTObjectBody() override;
+
+  // Leaves the tree, drops the content and the session's view of it. VQWARN_NOT_OPEN when repeated.
+  VQSTATUS Close() override;
+  VQCLASSID GetClassID() const override;
+
+  // The virtual operations that subclasses replace, in slot order.
+  virtual VQSTATUS ConvertLinks(VQRichText* source, VQRichText* target);
+  virtual VQSTATUS ConvertObjects(VQRichText* source, VQRichText* target);
+  // Takes the content of an object of the same type; reopens a closed body. VQERR_INVALID_PARAMETER for null or
+  // itself, VQERR_INAPPROPRIATE for another type.
+  virtual VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options);
+  virtual VQSTATUS Delete();
+  virtual VQSTATUS FindContainer(VQRTTYPE type, VQRTObject* container);
+  virtual unsigned long GetEndIndexValue() const;
+  virtual unsigned long GetIndexCount() const;
+  virtual unsigned long GetIndexValue() const;
+  virtual VQSTATUS GetRichText(VQRichText* richText);
+  virtual VQSTATUS GetText(VQString* text);
+  virtual VQSTATUS GetText(const VQRTCursor& start, const VQRTCursor& end, VQString* text);
+  // Keeps paragraph records and tables apart from their neighbours after an insert; `cursor` may be null.
+  virtual VQSTATUS AdjustNeighbours(int before, int after, VQRTCursor* cursor);
+  virtual int IsClosable() const;
+  virtual int IsSelectionValid(const VQRTObject& object, VQRTSelection* selection);
+  // Takes the object out of its tree with its content kept; with keepInTree 0 a container loses its children.
+  virtual VQSTATUS RemoveThis(int keepInTree);
+  virtual VQSTATUS ShiftLinkIndex(int kind, unsigned long delta);
+  virtual VQSTATUS SetFontStyle(const VQRTCursor& start, const VQRTCursor& end, const VQFontStyle& style,
+                                unsigned long mask);
+  virtual VQSTATUS SetFontStyle(const VQRTCursor& cursor, const VQFontStyle& style);
+  // Padded bytes of the record, of a container with all that is in it.
+  virtual unsigned long GetSize() const;
+  virtual int IsValid() const;
+  virtual VQSTATUS ConvertFonts(VQItem* table);
+  virtual VQSTATUS SetDirty(int dirty);
+  virtual void SetIndexValue(unsigned long value);
+  // Hands the record to the writer, a container's children behind it.
+  virtual VQSTATUS Update(vq::RecordWriter& writer);
+  virtual VQSTATUS WriteValueBlock();
+
+  int IsClosed() const { return Closed; }
+  int IsDirty() const { return Dirty; }
+  VQRTTYPE GetType() const { return static_cast<VQRTTYPE>(Type); }
+  // For objects that change their kind in place, as paragraph references do.
+  void SetType(VQRTTYPE type) { Type = static_cast<unsigned char>(type); }
+  int IsType(VQRTTYPE type) const { return vq::IsRTType(Type, type); }
+  int UseValueBlock() const { return Value != nullptr; }
+
+  VQRTBaseContainerBody* GetParent() const { return Parent; }
+  VQRTObjectBody* GetPrevious() const { return Previous; }
+  VQRTObjectBody* GetNext() const { return Next; }
+  // The container at the top of the tree, of any kind; null for an object outside one.
+  VQRTBaseContainerBody* GetTop() const;
+  // The rich text that owns the tree, null when none does.
+  VQRichTextBody* GetRichTextBody() const;
+  // Null objects are right of everything. Other than at handles, characters play no part.
+  int IsLeftOf(const VQRTObjectBody* other) const;
+
+  // A detached object is put beside this one, which must stand in a container: VQERR_RT_ALREADY_MEMBER,
+  // VQERR_RT_NOT_MEMBER, VQERR_CORRUPTED when the index range is used up.
+  [[nodiscard]] VQSTATUS InsertNextSibling(VQRTObjectBody* object);
+  [[nodiscard]] VQSTATUS InsertPreviousSibling(VQRTObjectBody* object);
+
+  // The record as it stands. Sizes are padded, offsets from the record's start.
+  unsigned short GetCDSignature() const;
+  std::uint32_t GetRecordSize() const;
+  [[nodiscard]] VQSTATUS ReadRecord(std::uint32_t offset, void* buffer, std::uint32_t size) const;
+  [[nodiscard]] VQSTATUS ReadODS(unsigned short code, void* target, std::uint32_t offset) const;
+  // Write into the value block, which grows as needed. The header's length is the caller's to keep right.
+  [[nodiscard]] VQSTATUS WriteRecord(std::uint32_t offset, const void* bytes, std::uint32_t size);
+  [[nodiscard]] VQSTATUS WriteODS(unsigned short code, const void* source, std::uint32_t offset);
+  // Replaces the whole record; `length` bytes, padded here.
+  [[nodiscard]] VQSTATUS SetRecord(const void* bytes, std::uint32_t length);
+
+ protected:
+  friend class VQRTBaseContainerBody;
+  friend class VQRTContainerBody;
+  friend class VQRichTextBody;
+  friend class vq::RecordWriter;
+  friend class vq::RecordBytes;
+
+  // Copies the record into a value block of at least `size` bytes and marks the object dirty.
+  void MakeValue(std::uint32_t size);
+  // Points at the same bytes in their new place and drops the value block.
+  void Rebind(vq::RecordSource* source, std::uint32_t offset, std::uint32_t size);
+  void DropContent();
+  // Dirty bit and that of all above.
+  void MarkDirty();
+  void DetachLinks();
+
+  bool Closed;
+  bool Dirty;
+  unsigned char Type;
+  bool Outdated;  // the bytes in the stream are not those of the value block
+  std::uint32_t IndexValue;
+  VQRTBaseContainerBody* Parent;
+  VQRTObjectBody* Previous;
+  VQRTObjectBody* Next;
+  vq::RecordSource* Source;
+  std::uint32_t Offset;
+  std::uint32_t Length;
+  std::unique_ptr<std::vector<unsigned char>> Value;
+};
+
+namespace vq {
+
+// The bytes of a record for as long as this object lives; the body must not change meanwhile.
+class RecordBytes {
+ public:
+  explicit RecordBytes(const VQRTObjectBody& body);
+
+  const unsigned char* Get() const { return Bytes; }
+  std::uint32_t GetSize() const { return Size; }
+
+ private:
+  MemoryLock Lock;
+  const unsigned char* Bytes;
+  std::uint32_t Size;
+};
+
+}  // namespace vq
+
+#endif

@@ -1,0 +1,105 @@
+// VQStylizedText: a run of characters in one font.
+#ifndef QUILLON_VQ_RICHTEXT_VQSTYLTX_H
+#define QUILLON_VQ_RICHTEXT_VQSTYLTX_H
+
+#include "vq/richtext/vqrtcont.h"
+#include "vq/richtext/vqrtobj.h"
+
+inline constexpr unsigned long VQ_DEFAULT_FONT_ID = 0x0A000001;
+
+// One text record, with a style extension as its only child where the font needs one. Offsets are in characters,
+// from 1 for the first. A NUL byte in the record is a line break and reads as a newline.
+class VQ_API VQStylizedTextBody : public VQRTContainerBody {
+ public:
+  VQStylizedTextBody(vq::RecordSource* source, std::uint32_t offset, std::uint32_t length);
+  // An empty run in the default font.
+  VQStylizedTextBody();
+  ~VQStylizedTextBody() override;
+
+  // Cuts every character handle loose.
+  VQSTATUS Close() override;
+  VQCLASSID GetClassID() const override;
+  using VQRTContainerBody::Append;
+  using VQRTContainerBody::GetRichText;
+  using VQRTContainerBody::GetText;
+  using VQRTContainerBody::Insert;
+  VQSTATUS GetText(VQString* text) override;
+  VQSTATUS SetFontStyle(const VQRTCursor& start, const VQRTCursor& end, const VQFontStyle& style,
+                        unsigned long mask) override;
+  VQSTATUS SetFontStyle(const VQRTCursor& cursor, const VQFontStyle& style) override;
+  VQSTATUS ConvertFonts(VQItem* table) override;
+  VQSTATUS Update(vq::RecordWriter& writer) override;
+  VQSTATUS AppendChild(VQRTObject* child) override;
+  VQSTATUS CopyChildren(const VQRTCursor& start, const VQRTCursor& end, VQRTBaseContainerBody* source,
+                        VQRTObject* before) override;
+  VQSTATUS FindFirst(VQRTTYPE type, VQRTObject* found) override;
+  VQSTATUS FindLast(VQRTTYPE type, VQRTObject* found) override;
+  VQSTATUS GetCursor(VQRTCursor* cursor) override;
+  VQSTATUS Append(const VQString& text, int convertNewlines) override;
+  VQSTATUS GetEndCursor(VQRTCursor* cursor) override;
+  VQSTATUS Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines) override;
+  int CanInsertType(VQRTTYPE type) const override;
+  VQSTATUS SetValue(const VQString& text, int convertNewlines) override;
+
+  // The search slot. On a hit in this run *offset is the character found. `start` is the first character that a
+  // match may start at; backwards the last one. Options are VQRTSEARCH bits.
+  virtual VQSTATUS FindText(const VQString& text, unsigned long options, unsigned long start, int backwards,
+                            unsigned long* offset);
+
+  unsigned long GetByteCount() const;
+  unsigned long GetCharacterCount() const;
+  // VQWARN_TEXT_OVER_20K above 20 KB, VQERR_TEXT_TOO_LONG above 40 KB with nothing changed.
+  [[nodiscard]] VQSTATUS InsertText(unsigned long charOffset, const VQString& text);
+  // Cuts characters [first, first + count) out; handles in them move to `first`.
+  [[nodiscard]] VQSTATUS RemoveText(unsigned long first, unsigned long count);
+  // The character at `offset`, 2 to the count, becomes the first of a new run behind this one.
+  [[nodiscard]] VQSTATUS SplitText(unsigned long offset);
+
+  // With all its bits: those of the extension, if there is one.
+  unsigned long GetFontID() const;
+  // Writes the record's font and makes, updates or drops the extension.
+  [[nodiscard]] VQSTATUS SetFontID(unsigned long fontID);
+  // The run's font as a style that writes through to this run.
+  [[nodiscard]] VQSTATUS GetFontStyle(VQFontStyle* style);
+  // Applies the masked part of a style to the whole run; a table face is added to the rich text's font table.
+  [[nodiscard]] VQSTATUS ApplyFontStyle(const VQFontStyle& style, unsigned long mask);
+
+  // Character handles announce themselves. An offset of 0 makes a handle dead.
+  void AddRTChar(VQRTObject* character);
+  void RemoveRTChar(VQRTObject* character);
+  unsigned long GetRTCharCount() const { return RTCharArray ? RTCharArray->size() : 0; }
+
+ private:
+  std::unique_ptr<std::vector<VQRTObject*>> RTCharArray;
+};
+
+// Handle on a run. Offsets and failures as with the body; a null handle gives VQERR_OBJECT_NOT_INITIALIZED.
+class VQ_API VQStylizedText : public VQRTContainer {
+ public:
+  VQStylizedText() = default;
+  // A run of its own that holds the text; newlines become line breaks.
+  explicit VQStylizedText(const VQString& text);
+  VQStylizedText(const VQRTObject& object);
+  VQStylizedText(const VQStylizedText& other) : VQRTContainer(other) {}
+  explicit VQStylizedText(VQStylizedTextBody* body);
+  using VQRTObject::operator=;
+  VQStylizedText& operator=(const VQStylizedText& other) = default;
+
+  VQCLASSID GetClassID() const override;
+  using VQRTContainer::Append;
+  // Makes a run where the handle has none. VQERR_TEXT_NEWLINES for a newline with convertNewlines.
+  VQSTATUS Append(const VQString& text, int convertNewlines = 0);
+  unsigned long GetByteCount() const;
+  unsigned long GetCharacterCount() const;
+  VQSTATUS GetFontStyle(VQFontStyle* style) const;
+  VQSTATUS SetFontStyle(const VQFontStyle& style);
+  VQSTATUS SplitText(unsigned long offset);
+
+  VQStylizedTextBody* GetStylizedTextBody() const;
+
+ protected:
+  using VQRTContainer::ValidateRTType;
+  void ValidateRTType(const VQRTObjectBody* body) const override;
+};
+
+#endif
