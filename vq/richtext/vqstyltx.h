@@ -59,7 +59,7 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
   unsigned long GetFontID() const;
   // Writes the record's font and makes, updates or drops the extension.
   [[nodiscard]] VQSTATUS SetFontID(unsigned long fontID);
-  // The run's font as a style that writes through to this run.
+  // The run's font as a style that writes through to this run; made on first need and kept.
   [[nodiscard]] VQSTATUS GetFontStyle(VQFontStyle* style);
   // Applies the masked part of a style to the whole run; a table face is added to the rich text's font table.
   [[nodiscard]] VQSTATUS ApplyFontStyle(const VQFontStyle& style, unsigned long mask);
@@ -71,6 +71,7 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
 
  private:
   std::unique_ptr<std::vector<VQRTObject*>> RTCharArray;
+  VQFontStyleBody* FontStyle;  // counted, null until asked for; Close takes this run out of it as its owner
 };
 
 // Handle on a run. Offsets and failures as with the body; a null handle gives VQERR_OBJECT_NOT_INITIALIZED.
