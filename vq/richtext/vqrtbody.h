@@ -1,0 +1,153 @@
+// VQRichText: the rich text of an item, and of the later items of its name.
+#ifndef QUILLON_VQ_RICHTEXT_VQRTBODY_H
+#define QUILLON_VQ_RICHTEXT_VQRTBODY_H
+
+#include <string_view>
+#include <vector>
+
+#include "vq/richtext/vqrtcont.h"
+#include "vq/richtext/vqrtobj.h"
+#include "vq/store/vqcomposite.h"
+
+namespace vq {
+
+// What the session's parser error handler is told. It gives 0 to go on, or a status to fail with.
+struct RTParserError {
+  VQRichText* RichText;
+  std::uint32_t Offset;  // in the stream, over all items
+  std::uint16_t Signature;
+  std::uint32_t RecordLength;
+  VQSTATUS Status;
+};
+
+// Builds the body for a composite item that is in the slate.
+VQItemBody* MakeRichTextBody(VQSlateBody* slate, std::string_view name, const ItemPlace& place);
+
+}  // namespace vq
+
+// Parsed on first use. A clean tree is never written; a dirty one goes back into items of at most 40,960 bytes, a
+// longer record alone in its item.
+class VQ_API VQRichTextBody : public VQCompositeItemBody {
+ public:
+  enum InitStates : std::uint8_t { kNotParsed = 0, kParsing = 1, kParsed = 2 };
+
+  // An empty rich text that stands alone.
+  VQRichTextBody();
+  // A rich text that stands alone over a composite value in engine memory (type word first), which it takes over.
+  VQRichTextBody(ENGHANDLE memory, unsigned long size);
+  VQRichTextBody(VQSlateBody* slate, std::string_view name, const vq::ItemPlace& place);
+  ~VQRichTextBody() override;
+
+  VQSTATUS Close() override;
+  VQCLASSID GetClassID() const override;
+  VQSTATUS Clear() override;
+  int IsDirty() override;
+  VQSTATUS Rebound() override;
+  VQSTATUS AddBlockID(const BLOCKID& item, const BLOCKID& value, unsigned long size) override;
+  // Writes a dirty tree into the items. On failure the tree stays dirty and the items are what they were.
+  VQSTATUS Flush() override;
+  VQSTATUS Free() override;
+
+  int IsInitialized() const { return InitState == kParsed; }
+  // Parses if that has not been done. A failure leaves the body unparsed and the items alone.
+  [[nodiscard]] VQSTATUS Initialize();
+  // The top of the tree; null until parsed.
+  VQRTContainerBody* GetTop() const { return Top; }
+  // Runs the font work of a style that enters this rich text: a table face goes into the slate's font table.
+  [[nodiscard]] VQSTATUS AddFontToTable(VQFontStyleBody& style);
+  // The value blocks of a rich text that stands alone: the first, and further ones after an update. As for an
+  // export: type word first.
+  [[nodiscard]] VQSTATUS WriteBlocks(std::vector<vq::ItemBlock>* blocks);
+
+ private:
+  friend class VQRichTextParser;
+
+  [[nodiscard]] VQSTATUS Parse();
+  [[nodiscard]] VQSTATUS StoreTree();
+  void DropTree();
+  void BindSources();
+
+  VQRTContainerBody* Top;  // counted
+  InitStates InitState;
+  bool ClosedTree;
+  // One for each item, in order; shared with the objects that look into them.
+  std::vector<vq::RecordSource*> Sources;
+  std::vector<vq::ItemBlock> OwnBlocks;  // of a rich text that stands alone: the blocks behind the first
+};
+
+// Handle on a rich text. The first navigation or edit parses it; a stream that cannot be parsed gives its status each
+// time. Container operations work on the whole text: see VQRTContainer for what they do, and for cursors.
+class VQ_API VQRichText : public VQItem {
+ public:
+  VQRichText() = default;
+  VQRichText(const VQRichText& other) : VQItem(other) {}
+  // Throws VQERR_INCORRECT_ITEM_TYPE for an item that is no rich text.
+  VQRichText(const VQItem& item);
+  explicit VQRichText(VQRichTextBody* body);
+  VQRichText& operator=(const VQRichText& other) = default;
+  VQCLASSID GetClassID() const override;
+
+  // Gives the handle an empty rich text that stands alone.
+  VQSTATUS Create();
+
+  VQRichText& operator<<(const VQString& text);
+  VQRichText& operator<<(const VQRichText& richText);
+  VQRichText& operator<<(const VQRTObject& object);
+  VQSTATUS Append(const VQString& text, int convertNewlines = 1);
+  VQSTATUS Append(const VQRichText& richText);
+  VQSTATUS Append(const VQRTObject& object, VQRTObject* appended = nullptr);
+  VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);
+  VQSTATUS Delete(VQRTCursor* start, unsigned long count);
+  VQSTATUS Delete(VQRTObject* object);
+  // Runs the range through a converter that the EDITEXP settings name for the file's extension, or through the
+  // library named.
+  VQSTATUS Export(const VQString& filename, const VQRTCursor& start, const VQRTCursor& end, unsigned long options = 0);
+  VQSTATUS Export(const VQString& filename, const VQString& library, const VQRTCursor& start, const VQRTCursor& end,
+                  unsigned long options = 0);
+  VQSTATUS FindFirst(VQRTTYPE type, VQRTObject* found) const;
+  VQSTATUS FindLast(VQRTTYPE type, VQRTObject* found) const;
+  VQSTATUS FindNext(const VQRTObject& from, VQRTTYPE type, VQRTObject* found) const;
+  VQSTATUS FindPrevious(const VQRTObject& from, VQRTTYPE type, VQRTObject* found) const;
+  VQSTATUS FindParagraphStyle(const VQRTObject& object, VQParagraphStyle* style) const;
+  VQSTATUS FindParagraphStyle(const VQRTCursor& cursor, VQParagraphStyle* style) const;
+  // At the start (end) of the text; an empty rich text gets an empty run to stand on.
+  VQSTATUS GetCursor(VQRTCursor* cursor) const;
+  VQSTATUS GetEndCursor(VQRTCursor* cursor) const;
+  VQSTATUS GetFontTable(VQFontTable* table) const;
+  VQSTATUS GetRichText(const VQRTCursor& start, const VQRTCursor& end, VQRichText* richText) const;
+  VQSTATUS GetRichText(const VQRTCursor& start, unsigned long count, VQRichText* richText) const;
+  VQSTATUS GetRichText(const VQRTCursor& start, VQRTTYPE type, VQRichText* richText) const;
+  VQSTATUS GetRichText(const VQRTObject& object, VQRichText* richText) const;
+  // Bytes of all records.
+  unsigned long GetSize() const;
+  VQSTATUS GetText(VQString* text) const;
+  VQSTATUS GetText(const VQRTCursor& start, const VQRTCursor& end, VQString* text) const;
+  // Runs the file through a converter that the EDITIMP settings name for its extension, or through the library
+  // named, and inserts the result at the cursor.
+  VQSTATUS Import(const VQString& filename, VQRTCursor* cursor, unsigned long options = 0);
+  VQSTATUS Import(const VQString& filename, const VQString& library, VQRTCursor* cursor, unsigned long options = 0);
+  VQSTATUS Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines = 1);
+  VQSTATUS Insert(const VQRichText& richText, VQRTCursor* cursor);
+  VQSTATUS Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted = nullptr);
+  VQSTATUS MergeNextParagraph(VQRTCursor* cursor);
+  VQSTATUS MergeParagraphs(VQRTCursor* start, VQRTCursor* end);
+  VQSTATUS MergePreviousParagraph(VQRTCursor* cursor);
+  VQSTATUS SetFontStyle(const VQRTCursor& start, const VQRTCursor& end, const VQFontStyle& style,
+                        unsigned long mask = 0xFFFFFFFFUL);
+  VQSTATUS SetParagraphStyle(const VQRTCursor& start, const VQRTCursor& end, const VQParagraphStyle& style);
+  VQSTATUS SetParagraphStyle(const VQRTCursor& cursor, const VQParagraphStyle& style);
+  VQSTATUS SetValue(const VQString& text, int convertNewlines = 1);
+  VQSTATUS StartNewParagraph(VQRTCursor* cursor);
+  // Writes a dirty tree into the items of the open slate, as saving the slate does.
+  VQSTATUS Update();
+
+  VQRichTextBody* GetRichTextBody() const { return static_cast<VQRichTextBody*>(Body); }
+  // The parsed top container.
+  VQSTATUS GetTopContainer(VQRTContainer* container) const;
+
+ private:
+  // The top of the parsed tree, or the status that says why there is none.
+  VQSTATUS Top(VQRTContainerBody** top) const;
+};
+
+#endif
