@@ -72,7 +72,7 @@ class VQ_API VQFontStyle : public VQSmartPtr {
   // 1 fixed, 2 variable. Faces 2 and 3 as with GetFamily.
   unsigned char GetPitch() const;
   unsigned long GetPointSize() const;
-  // In pixels, by the point size; 0 without an effect attribute.
+  // By the point size; 0 without an effect attribute.
   unsigned long GetShadowOffset() const;
   int IsMonospaced() const;
   int IsTrueType() const;
@@ -97,6 +97,10 @@ class VQ_API VQFontStyle : public VQSmartPtr {
  private:
   VQFontStyleBody& Checked() const;
   VQFontStyleBody& Ready();
+  template <typename Setter>
+  VQSTATUS Replace(Setter set);
+  template <typename Setter>
+  VQSTATUS Change(Setter set);
 };
 
 // The body. Inner operations give statuses and leave the throw rule to the handle.
@@ -107,31 +111,39 @@ class VQFontStyleBody : public VQBody {
   VQCLASSID GetClassID() const override { return VQCLASSID_VQFONTSTYLEBODY; }
 
   std::uint32_t GetFontID() const { return FontID; }
-  CDFACE GetFace() const;
+  // The entry that the packed face stands for; VQERR_INVALID_PARAMETER for faces 2 and 3.
+  [[nodiscard]] VQSTATUS GetFace(CDFACE* face) const;
   bool IsValid() const;
   bool IsEqual(const VQFontStyleBody& other) const;
 
-  // Replaces the font. Not passed on to the owner: this is how a reader and the owner itself set it.
+  // Replace the font without telling the owner: for readers, and for the owner itself.
   [[nodiscard]] VQSTATUS Assign(std::uint32_t fontID, const VQFontTable* table);
   [[nodiscard]] VQSTATUS AssignName(unsigned family, unsigned pitch, const VQString& name, int trueType,
                                     int monospaced);
+  [[nodiscard]] VQSTATUS AssignFace(const CDFACE& face);
   void CopyFont(const VQFontStyleBody& source);
 
-  // Changes of the font, passed on to the owner.
+  // Changes that the owner is told of.
   [[nodiscard]] VQSTATUS ChangeFontID(std::uint32_t fontID);
   [[nodiscard]] VQSTATUS ChangeFace(const CDFACE& face);
   [[nodiscard]] VQSTATUS ChangeFaceID(std::uint8_t face);
   [[nodiscard]] VQSTATUS ChangeFont(const VQFontStyleBody& source, std::uint32_t mask);
-  [[nodiscard]] VQSTATUS FindTable(VQFontTable* table) const;
+  // Takes the owner's font anew, since others may have changed it.
+  [[nodiscard]] VQSTATUS Refresh();
 
-  // The text or style name that the style is in. Not counted: the owner takes itself out before it goes.
+  // The text run or style name that the style writes through to. Not counted: it takes itself out before it goes.
   VQRTObjectBody* GetOwner() const { return Owner; }
   void SetOwner(VQRTObjectBody* owner) { Owner = owner; }
 
  private:
-  // Enters a table face into the owner's table and marks the owner dirty.
-  [[nodiscard]] VQSTATUS TellOwner();
-  void ClearFace();
+  struct Font {
+    std::uint32_t FontID;
+    CDFACE Entry;  // all zero for a standard face
+  };
+  Font Current() const;
+  void Store(const Font& font);
+  // Gives the font to the owner, its face entered in the owner's table, and keeps it.
+  [[nodiscard]] VQSTATUS Change(Font font);
 
   std::uint32_t FontID;
   std::uint8_t Face;  // 0 for a standard face

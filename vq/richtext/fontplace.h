@@ -1,0 +1,27 @@
+// Where the faces of a rich text object are looked up and entered.
+#ifndef QUILLON_VQ_RICHTEXT_FONTPLACE_H
+#define QUILLON_VQ_RICHTEXT_FONTPLACE_H
+
+#include "engine/records.h"
+#include "vq/frame/vqcommon.h"
+
+class VQFontTable;
+class VQRTObjectBody;
+class VQRichTextBody;
+class VQSlateBody;
+
+namespace vq {
+
+// The slate's "$Fonts"; VQWARN_NOT_FOUND when it has none.
+[[nodiscard]] VQSTATUS FindFontTable(VQSlateBody* slate, VQFontTable* table);
+// The same, made when there is none. The new item is stored once it has a face.
+[[nodiscard]] VQSTATUS FindOrMakeFontTable(VQSlateBody* slate, VQFontTable* table);
+// The table that the faces in this object's rich text refer to; VQWARN_NOT_FOUND when there is none.
+[[nodiscard]] VQSTATUS FontTableOf(const VQRTObjectBody& object, VQFontTable* table);
+// Gives the number of a table face in the table of the object's rich text, entering the face if it is new. Outside a
+// rich text the face keeps its number.
+[[nodiscard]] VQSTATUS EnterFace(const VQRTObjectBody& object, const CDFACE& face, unsigned char* number);
+
+}  // namespace vq
+
+#endif
