@@ -15,7 +15,6 @@ class VQDatabase;
 class VQDatabaseArray;
 class VQDatetime;
 class VQInternational;
-class VQServerAddin;
 struct VQRTPARSERERRORDATA;
 
 // Called where the rich text parser meets a damaged record: 0 goes on, a status ends the parse with it.
@@ -87,6 +86,7 @@ class VQ_API VQQuillonSession : public VQQuillonClass {
   VQSTATUS SetEnvironmentValue(const VQString& key, long value) const;
 
   VQString GetDataDirectory();
+  // Asked of the engine each time.
   VQString GetUserNameText();
   // Key MailSystem, read once.
   long GetMailProgram();
@@ -116,8 +116,7 @@ class VQ_API VQQuillonSession : public VQQuillonClass {
   VQString PortName;
   VQObjectList Objects;
   VQRTPARSERERRORHANDLER RTParserErrorHandler;
-  VQServerAddin* ServerAddin;
-  std::unique_ptr<char[]> UserName;
+  VQQuillonClass* ServerAddin;  // the one add-in, closed at the end
 };
 
 #endif

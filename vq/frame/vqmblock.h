@@ -21,8 +21,10 @@ class VQ_API VQMemoryBlock {
 
   VQSTATUS Allocate(unsigned long size, int engine_memory);
   VQSTATUS Free();
+  // Looks at somebody else's memory. Size 0 changes nothing but the lock, which it takes off; Detach is that.
   VQSTATUS Attach(ENGHANDLE handle, unsigned long offset, unsigned long size);
   VQSTATUS Detach();
+  // A window on a stretch of the source. An inline source is copied instead, from its start whatever the offset.
   VQSTATUS AttachPart(VQMemoryBlock& source, unsigned long size, unsigned long offset);
   VQSTATUS GetBlockID(BLOCKID* blockid) const;
   // Gives engine memory that this object owns to the caller and becomes empty; 0 when it owns none.
@@ -36,19 +38,29 @@ class VQ_API VQMemoryBlock {
   ENGHANDLE GetPool() const { return PoolHandle; }
   unsigned long GetOffset() const { return BlockOffset; }
 
+  // Throws VQERR_CORRUPTED for memory whose owner has freed it.
   void* Lock(unsigned long offset = 0);
   VQSTATUS Unlock();
   VQSTATUS Read(unsigned long size, void* buffer, unsigned long offset);
   VQSTATUS Write(unsigned long size, const void* buffer, unsigned long offset);
   VQSTATUS ReadODS(unsigned short type, void* target, unsigned long offset);
   VQSTATUS WriteODS(unsigned short type, const void* source, unsigned long offset);
-  // Shrinks only.
+  // Shrinks only. Attached memory is cut with the block where the block is all of it; a window only narrows.
   VQSTATUS Resize(unsigned long new_size, int engine_memory);
   VQSTATUS Move(unsigned long size, long delta, unsigned long offset);
   VQSTATUS CopyFrom(VQMemoryBlock& source, unsigned long offset, unsigned long size);
   VQSTATUS Swap(VQMemoryBlock& other);
 
  private:
+  // Start of the data, locked; null, and not locked, for memory that is gone.
+  unsigned char* LockData();
+  bool IsInside(unsigned long offset, unsigned long size) const;
+  void ClearPlace();
+  [[nodiscard]] VQSTATUS ObtainMemory(unsigned long size);
+  [[nodiscard]] VQSTATUS MoveInline(unsigned long new_size);
+  [[nodiscard]] VQSTATUS MoveToEngine(unsigned long new_size);
+  [[nodiscard]] VQSTATUS CutEngineMemory(unsigned long new_size);
+
   std::uint32_t PoolHandle;
   std::uint32_t BlockOffset;
   unsigned char InlineBuffer[kInlineSize];

@@ -29,6 +29,8 @@ class VQ_API VQStringBody : public VQBody {
   const char* GetPlatformTextPtr();
   // Byte offset of a character; throws VQERR_NOT_FOUND behind the end. A walk forward costs one step a character.
   unsigned long GetOffset(unsigned long position);
+  // Position of the character that starts at `place` of GetBuf.
+  unsigned long GetPosition(const VQCHAR* place);
 
   // The text given replaces all; failures leave the old text.
   [[nodiscard]] VQSTATUS TakeStoreText(const VQCHAR* text, unsigned long bytes);
@@ -138,7 +140,6 @@ class VQ_API VQString : public VQSmartPtr {
   VQStringBody* PrepareToModify();
   VQSTATUS TranslateWith(unsigned short mode);
   [[nodiscard]] VQSTATUS BeginSearch(int argument_missing, unsigned long start, const unsigned long* found) const;
-  void StoreFound(const VQCHAR* where, unsigned long* found) const;
   using WordStep = int (*)(const ENGCHAR** text, const VQStringBody& body);
   VQSTATUS FindWord(WordStep step, unsigned long start, unsigned long* found) const;
 };
