@@ -58,8 +58,6 @@ VQString FromText(std::string_view text);
 std::string Printable(std::string_view text);
 // First entry of a text item, empty without one.
 std::string TextOf(VQDocument& document, const char* item);
-// 2026-11-21T02:31:34Z; empty for no time.
-std::string TimeText(const TIMEDATE& time);
 std::string StatusWords(VQSTATUS status);
 
 // Each family adds its commands; what runs returns an exit code through *result.

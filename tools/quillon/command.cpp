@@ -1,0 +1,91 @@
+#include "tools/quillon/command.h"
+
+#include <charconv>
+#include <filesystem>
+
+#include "tools/quillon/json.h"
+
+namespace tool {
+
+namespace {
+
+void Start(VQQuillonSession& session, const Options& options) {
+  if (options.config.empty()) {
+    session.Init();
+  } else {
+    session.Init(options.config.c_str());
+  }
+}
+
+bool ParseNumber(const std::string& text, unsigned long* number) {
+  const char* const end = text.data() + text.size();
+  const auto parsed = std::from_chars(text.data(), end, *number);
+  return parsed.ec == std::errc() && parsed.ptr == end;
+}
+
+}  // namespace
+
+Store::Store(const Options& options) { Start(session_, options); }
+
+Store::Store(const Options& options, const std::string& path) : Store(options) { Open(path, &database_); }
+
+void Store::Open(const std::string& path, VQDatabase* database) {
+  vq::ThrowIfError(session_.GetDatabase(StorePath(path), database));
+  vq::ThrowIfError(database->Open());
+}
+
+VQString StorePath(const std::string& path) {
+  if (path.empty() || path.find("!!") != std::string::npos) return FromText(path);
+  return FromText(std::filesystem::absolute(path).lexically_normal().string());
+}
+
+void FindDocument(VQDatabase& database, const std::string& key, VQDocument* document) {
+  unsigned long number = 0;
+  const bool is_number = ParseNumber(key, &number);
+  VQDocumentArray documents;
+  database.GetDocuments(&documents);
+  for (unsigned long i = 0; i < documents.GetCount(); ++i) {
+    if (is_number && documents.GetSlateID(i) != number) continue;
+    VQDocument candidate(documents[i]);
+    candidate.Open();
+    if (!is_number && TextOf(candidate, "Subject") != key) continue;
+    *document = candidate;
+    return;
+  }
+  throw Failure{kExitNotFound, "no document " + Printable(key)};
+}
+
+std::string ToText(const VQString& text) {
+  return std::string(reinterpret_cast<const char*>(text.GetBuf()), text.GetBufLength());
+}
+
+VQString FromText(std::string_view text) {
+  return VQString(reinterpret_cast<const VQCHAR*>(text.data()), text.size());
+}
+
+std::string Printable(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const std::size_t length = Utf8Length(text);
+    const auto byte = static_cast<unsigned char>(text[0]);
+    // C0 and C1 controls could drive the terminal.
+    const bool control = byte < 0x20 || byte == 0x7F || (byte == 0xC2 && length == 2 && (text[1] & 0xE0) == 0x80);
+    result += length == 0 || control ? "?" : text.substr(0, length);
+    text.remove_prefix(length == 0 ? 1 : length);
+  }
+  return result;
+}
+
+std::string TextOf(VQDocument& document, const char* item) {
+  VQText text;
+  if (document.GetItem(item, &text) != VQ_OK || text.GetCount() == 0) return {};
+  return ToText(text[0]);
+}
+
+std::string StatusWords(VQSTATUS status) {
+  char words[512];
+  VQGetErrorMessageText(status, words, sizeof words);
+  return words;
+}
+
+}  // namespace tool

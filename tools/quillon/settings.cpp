@@ -1,0 +1,55 @@
+// quillon init: the settings file.
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "tools/quillon/command.h"
+
+namespace tool {
+
+namespace {
+
+constexpr char kFileName[] = "QUILLON.INI";
+constexpr char kRows[] =
+    "; Settings of the Quillon engine, found through QUILLON_HOME, in the working directory or along PATH.\n"
+    "; EDITIMPn and EDITEXPn: name,reserved,library,argument,extensions of one converter each.\n"
+    "EDITIMP1=Text,0,textconv,,TXT,TEXT,MD,RST,LOG,CSV,INI,C,CPP,H,PY,SH\n"
+    "EDITEXP1=Text,0,textconv,,TXT,TEXT,MD,LOG\n";
+
+struct Arguments {
+  std::string directory = ".";
+  std::string converters;
+  std::string user;
+  bool force = false;
+};
+
+int Run(const Arguments& arguments) {
+  namespace fs = std::filesystem;
+  const fs::path path = fs::path(arguments.directory) / kFileName;
+  if (fs::exists(path) && !arguments.force) {
+    throw Failure{kExitFailed, path.string() + " is there already; --force replaces it"};
+  }
+  fs::create_directories(arguments.directory);
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file << kRows;
+  if (!arguments.converters.empty()) file << "ConverterPath=" << fs::absolute(arguments.converters).string() << '\n';
+  if (!arguments.user.empty()) file << "UserName=" << arguments.user << '\n';
+  file.close();
+  if (!file) throw Failure{kExitFailed, path.string() + " could not be written"};
+  std::cout << path.string() << '\n';
+  return kExitDone;
+}
+
+}  // namespace
+
+void AddSettingsCommands(CLI::App& app, Options&, int* result) {
+  auto arguments = std::make_shared<Arguments>();
+  CLI::App* init = app.add_subcommand("init", "Make a settings file QUILLON.INI with the text converter's rows");
+  init->add_option("directory", arguments->directory, "Where (default: here)");
+  init->add_option("--converters", arguments->converters, "Directory of converter libraries");
+  init->add_option("--user", arguments->user, "Name of the user, for what is saved");
+  init->add_flag("--force", arguments->force, "Replace a file that is there");
+  init->callback([arguments, result] { *result = Run(*arguments); });
+}
+
+}  // namespace tool

@@ -1,0 +1,254 @@
+#include "tools/quillon/values.h"
+
+#include <bit>
+#include <chrono>
+#include <cinttypes>
+#include <cstdio>
+#include <variant>
+
+#include "tools/quillon/command.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::int64_t kUnixDayNumber = 2440588;  // of 1970-01-01
+constexpr std::int64_t kSecondsADay = 86400;
+constexpr std::uint32_t kTicksADay = 8640000;
+
+// Reads a value from its start and notes when it ends too early.
+class Cursor {
+ public:
+  explicit Cursor(const std::vector<unsigned char>& bytes) : bytes_(bytes) {}
+
+  std::uint64_t Number(std::size_t width) {
+    if (!Has(width)) return 0;
+    std::uint64_t value = 0;
+    for (std::size_t i = width; i-- > 0;) value = value << 8 | bytes_[at_ + i];
+    at_ += width;
+    return value;
+  }
+  std::string Text(std::size_t length) {
+    if (!Has(length)) return {};
+    std::string text(reinterpret_cast<const char*>(bytes_.data()) + at_, length);
+    at_ += length;
+    for (char& c : text) {
+      if (c == '\0') c = '\n';  // a line break is stored as NUL
+    }
+    return text;
+  }
+  std::size_t rest() const { return bytes_.size() - at_; }
+  bool good() const { return good_; }
+
+ private:
+  bool Has(std::size_t count) {
+    good_ = good_ && count <= rest();
+    return good_;
+  }
+
+  const std::vector<unsigned char>& bytes_;
+  std::size_t at_ = 2;
+  bool good_ = true;
+};
+
+struct Range {
+  std::string lower;
+  std::string upper;
+};
+using Entry = std::variant<std::string, double, Range>;
+
+Entry NumberEntry(Cursor& in) { return std::bit_cast<double>(in.Number(8)); }
+
+std::string TimeAt(Cursor& in) {
+  TIMEDATE time;
+  time.TimeWord = static_cast<std::uint32_t>(in.Number(4));
+  time.DateWord = static_cast<std::uint32_t>(in.Number(4));
+  return TimeText(time);
+}
+Entry TimeEntry(Cursor& in) { return TimeAt(in); }
+
+std::string NumberText(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.15g", value);
+  return text;
+}
+
+Entry TimeRange(Cursor& in) {
+  std::string lower = TimeAt(in);
+  return Range{std::move(lower), TimeAt(in)};
+}
+Entry NumberRange(Cursor& in) {
+  std::string lower = NumberText(std::bit_cast<double>(in.Number(8)));
+  return Range{std::move(lower), NumberText(std::bit_cast<double>(in.Number(8)))};
+}
+
+using Read = Entry (*)(Cursor&);
+
+std::vector<Entry> ReadList(Cursor& in, Read single, Read range) {
+  const std::size_t singles = in.Number(2);
+  const std::size_t ranges = in.Number(2);
+  std::vector<Entry> entries;
+  for (std::size_t i = 0; i < singles && in.good(); ++i) entries.push_back(single(in));
+  for (std::size_t i = 0; i < ranges && in.good(); ++i) entries.push_back(range(in));
+  return entries;
+}
+
+std::vector<Entry> ReadTexts(Cursor& in) {
+  std::vector<std::size_t> lengths(in.Number(2));
+  for (std::size_t& length : lengths) length = in.Number(2);
+  std::vector<Entry> entries;
+  for (const std::size_t length : lengths) {
+    if (!in.good()) break;
+    entries.emplace_back(in.Text(length));
+  }
+  return entries;
+}
+
+struct Decoded {
+  std::vector<Entry> entries;
+  bool list;
+};
+
+// False for types that aren't decoded here, and for a value that ends too early.
+bool Decode(const StoredItem& item, Decoded* out) {
+  Cursor in(item.value);
+  out->list = (item.type & 0xFF) == 1;
+  if (in.rest() == 0 && item.type >= TYPE_NUMBER && item.type <= TYPE_TEXT_LIST) return true;
+  switch (item.type) {
+    case TYPE_NUMBER:
+      out->entries.push_back(NumberEntry(in));
+      break;
+    case TYPE_NUMBER_RANGE:
+      out->entries = ReadList(in, NumberEntry, NumberRange);
+      break;
+    case TYPE_TIME:
+      out->entries.push_back(TimeEntry(in));
+      break;
+    case TYPE_TIME_RANGE:
+      out->entries = ReadList(in, TimeEntry, TimeRange);
+      break;
+    case TYPE_TEXT:
+      out->entries.emplace_back(in.Text(in.rest()));
+      break;
+    case TYPE_TEXT_LIST:
+      out->entries = ReadTexts(in);
+      break;
+    default:
+      return false;
+  }
+  return in.good();
+}
+
+std::string EntryText(const Entry& entry) {
+  if (const auto* text = std::get_if<std::string>(&entry)) return Printable(*text);
+  if (const auto* range = std::get_if<Range>(&entry)) return range->lower + " .. " + range->upper;
+  return NumberText(std::get<double>(entry));
+}
+
+void WriteEntry(JsonWriter& json, const Entry& entry) {
+  if (const auto* text = std::get_if<std::string>(&entry)) return json.String(*text);
+  if (const auto* number = std::get_if<double>(&entry)) return json.Number(*number);
+  const auto& range = std::get<Range>(entry);
+  json.BeginArray();
+  json.String(range.lower);
+  json.String(range.upper);
+  json.EndArray();
+}
+
+StoredItem ReadItem(const VQItem& item) {
+  StoredItem stored;
+  stored.name = ToText(item.GetName());
+  stored.type = static_cast<std::uint16_t>(item.GetType());
+  stored.flags = item.GetFlags();
+  const unsigned long size = item.GetValueSize();
+  stored.value.resize(size);
+  if (size < 2) return stored;
+  stored.value[0] = static_cast<unsigned char>(stored.type & 0xFF);
+  stored.value[1] = static_cast<unsigned char>(stored.type >> 8);
+  vq::ThrowIfError(item.Read(0, size - 2, stored.value.data() + 2));
+  return stored;
+}
+
+}  // namespace
+
+std::vector<StoredItem> ReadItems(const VQSlate& slate) {
+  VQItemArray array;
+  vq::ThrowIfError(slate.GetItems(&array));
+  std::vector<StoredItem> items;
+  items.reserve(array.GetCount());
+  for (unsigned long i = 0; i < array.GetCount(); ++i) items.push_back(ReadItem(array[i]));
+  return items;
+}
+
+std::string TypeName(std::uint16_t type) {
+  switch (type) {
+    case TYPE_COMPOSITE:
+      return "rich text";
+    case TYPE_OBJECT:
+      return "object";
+    case TYPE_NUMBER:
+      return "number";
+    case TYPE_NUMBER_RANGE:
+      return "number list";
+    case TYPE_TIME:
+      return "time";
+    case TYPE_TIME_RANGE:
+      return "time list";
+    case TYPE_TEXT:
+      return "text";
+    case TYPE_TEXT_LIST:
+      return "text list";
+    default: {
+      char number[8];
+      std::snprintf(number, sizeof number, "0x%04X", static_cast<unsigned>(type));
+      return number;
+    }
+  }
+}
+
+std::string TimeText(const TIMEDATE& time) {
+  char text[48];
+  std::string date = "*";
+  if (time.DateWord != ENG_TIME_WILD) {
+    const auto days = static_cast<std::int64_t>(time.DateWord & ENG_DATE_MAXIMUM) - kUnixDayNumber;
+    const std::chrono::year_month_day day{std::chrono::sys_days{std::chrono::days{days}}};
+    std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
+                  static_cast<unsigned>(day.day()));
+    date = text;
+  }
+  if (time.TimeWord == ENG_TIME_WILD) return date + "T*";
+  const std::uint32_t ticks = time.TimeWord % kTicksADay;
+  std::snprintf(text, sizeof text, "T%02" PRIu32 ":%02" PRIu32 ":%02" PRIu32 ".%02" PRIu32 "Z", ticks / 360000,
+                ticks / 6000 % 60, ticks / 100 % 60, ticks % 100);
+  return date + text;
+}
+
+TIMEDATE TimeFromUnix(std::int64_t seconds) {
+  const std::int64_t days = seconds / kSecondsADay - (seconds % kSecondsADay < 0 ? 1 : 0);
+  TIMEDATE time;
+  time.TimeWord = static_cast<std::uint32_t>(seconds - days * kSecondsADay) * 100;
+  time.DateWord = static_cast<std::uint32_t>(days + kUnixDayNumber);
+  return time;
+}
+
+std::string ValueText(const StoredItem& item) {
+  Decoded decoded;
+  if (!Decode(item, &decoded)) return std::to_string(item.value.size()) + " bytes";
+  std::string text;
+  for (const Entry& entry : decoded.entries) {
+    if (!text.empty()) text += "; ";
+    text += EntryText(entry);
+  }
+  return text;
+}
+
+void WriteValue(JsonWriter& json, const StoredItem& item) {
+  Decoded decoded;
+  if (!Decode(item, &decoded)) return json.Null();
+  if (!decoded.list && decoded.entries.size() == 1) return WriteEntry(json, decoded.entries[0]);
+  json.BeginArray();
+  for (const Entry& entry : decoded.entries) WriteEntry(json, entry);
+  json.EndArray();
+}
+
+}  // namespace tool
