@@ -35,8 +35,8 @@ void Store::Open(const std::string& path, VQDatabase* database) {
 }
 
 VQString StorePath(const std::string& path) {
-  if (path.empty() || path.find("!!") != std::string::npos) return FromText(path);
-  return FromText(std::filesystem::absolute(path).lexically_normal().string());
+  if (path.empty() || path.find("!!") != std::string::npos) return VQString(path.c_str());
+  return VQString(std::filesystem::absolute(path).lexically_normal().c_str());
 }
 
 void FindDocument(VQDatabase& database, const std::string& key, VQDocument* document) {
@@ -55,13 +55,32 @@ void FindDocument(VQDatabase& database, const std::string& key, VQDocument* docu
   throw Failure{kExitNotFound, "no document " + Printable(key)};
 }
 
+std::string RichTextOf(const VQRichText& body) {
+  std::string text;
+  VQRTObject object;
+  VQSTATUS found = body.FindFirst(VQRTTYPE_OBJECT, &object);
+  while (found == VQ_OK) {
+    if (object.IsType(VQRTTYPE_STYLIZED_TEXT) || object.IsType(VQRTTYPE_NEW_PARAGRAPH)) {
+      VQString piece;
+      object.GetText(&piece);
+      text += ToText(piece);
+    }
+    const VQRTObject from = object;
+    found = body.FindNext(from, VQRTTYPE_OBJECT, &object);
+  }
+  return text;
+}
+
+void FindRichText(const VQDocument& document, const std::string& name, VQRichText* body) {
+  if (document.GetItem(FromText(name), body) == VQ_OK) return;
+  throw Failure{kExitNotFound, "no rich text item " + Printable(name)};
+}
+
 std::string ToText(const VQString& text) {
   return std::string(reinterpret_cast<const char*>(text.GetBuf()), text.GetBufLength());
 }
 
-VQString FromText(std::string_view text) {
-  return VQString(reinterpret_cast<const VQCHAR*>(text.data()), text.size());
-}
+VQString FromText(std::string_view text) { return VQString(reinterpret_cast<const VQCHAR*>(text.data()), text.size()); }
 
 std::string Printable(std::string_view text) {
   std::string result;

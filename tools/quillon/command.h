@@ -18,6 +18,9 @@ enum ExitCode {
   kExitDifferent = 4,  // check found damage, or diff a difference
 };
 
+// Name of the converter library for plain text.
+inline constexpr char kTextConverter[] = "textconv";
+
 struct Options {
   std::string config;  // QUILLON.INI or its directory; empty lets the engine search
   bool json = false;
@@ -51,6 +54,11 @@ VQString StorePath(const std::string& path);
 
 // The document with that number, or whose Subject is that text; Failure{kExitNotFound}.
 void FindDocument(VQDatabase& database, const std::string& key, VQDocument* document);
+
+// All the text of a rich text, of any length: runs, and a line feed for each paragraph record.
+std::string RichTextOf(const VQRichText& body);
+// The rich text item of that name; Failure{kExitNotFound}.
+void FindRichText(const VQDocument& document, const std::string& name, VQRichText* body);
 
 std::string ToText(const VQString& text);
 VQString FromText(std::string_view text);

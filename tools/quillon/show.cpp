@@ -148,13 +148,7 @@ int ShowRecords(const Options& options, const Arguments& arguments, const VQDocu
 
 int ShowText(const Options& options, const Arguments& arguments, const VQDocument& document) {
   VQRichText body;
-  if (document.GetItem(FromText(arguments.item), &body) == VQWARN_NOT_FOUND) {
-    throw Failure{kExitNotFound, "no rich text item " + Printable(arguments.item)};
-  }
-  VQRTCursor start;
-  body.GetCursor(&start);
-  VQRTCursor end;
-  body.GetEndCursor(&end);
+  FindRichText(document, arguments.item, &body);
   const std::string text = RichTextOf(body);
   if (!options.json) {
     std::cout << text;
@@ -210,7 +204,8 @@ void AddShowCommand(CLI::App& app, Options& options, int* result) {
   show->add_option("document", arguments->document, "Number, or the whole Subject")->required();
   auto* items = show->add_flag("--items", arguments->items, "Items with their values (the default)");
   auto* text = show->add_flag("--text", arguments->text, "The rich text as plain text")->excludes(items);
-  auto* records = show->add_flag("--records", arguments->records, "Each stored record: item:offset, name, length, fields");
+  auto* records =
+      show->add_flag("--records", arguments->records, "Each stored record: item:offset, name, length, fields");
   records->excludes(text)->excludes(items);
   show->add_flag("--bytes", arguments->bytes, "With --records: the record's bytes too")->needs(records);
   show->add_option("--item", arguments->item, "The rich text item (default: Body)");

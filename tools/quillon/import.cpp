@@ -1,0 +1,229 @@
+// quillon import: text files into a store, one document a file.
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <bit>
+#include <cctype>
+#include <chrono>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "tools/quillon/command.h"
+#include "tools/quillon/progress.h"
+#include "tools/quillon/styles.h"
+#include "tools/quillon/values.h"
+
+namespace tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Arguments {
+  std::string store;
+  std::vector<std::string> sources;
+  std::string form = "Text";
+  bool plain = false;
+};
+
+struct Source {
+  fs::path path;
+  std::string subject;
+  std::uint64_t size;
+};
+
+struct Found {
+  std::vector<Source> files;
+  std::uint64_t bytes = 0;
+  std::int64_t skipped = 0;  // no text, no plain file, or not readable
+};
+
+// A file is text unless a NUL stands in its first 8 KB.
+bool IsText(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  char head[8192];
+  file.read(head, sizeof head);
+  const auto count = file.gcount();
+  return (count > 0 || file.eof()) && std::memchr(head, 0, static_cast<std::size_t>(count)) == nullptr;
+}
+
+void AddFile(const fs::path& path, const std::string& subject, Found* found) {
+  std::error_code error;
+  const std::uint64_t size = fs::file_size(path, error);
+  if (error || !IsText(path)) {
+    ++found->skipped;
+    return;
+  }
+  found->files.push_back({path, subject, size});
+  found->bytes += size;
+}
+
+// Links below a folder are passed over: what they point to would come twice.
+void AddFolder(const fs::path& folder, Found* found) {
+  const auto options = fs::directory_options::skip_permission_denied;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder, options)) {
+    if (entry.is_symlink() || !(entry.is_regular_file() || entry.is_directory())) {
+      ++found->skipped;
+    } else if (entry.is_regular_file()) {
+      AddFile(entry.path(), entry.path().lexically_relative(folder).string(), found);
+    }
+  }
+}
+
+Found FindFiles(const std::vector<std::string>& sources) {
+  Found found;
+  for (const std::string& source : sources) {
+    const fs::path path(source);
+    if (fs::is_directory(path)) {
+      AddFolder(path, &found);
+    } else if (fs::exists(path)) {
+      AddFile(path, path.filename().string(), &found);
+    } else {
+      throw Failure{kExitNotFound, "no file or folder " + Printable(source)};
+    }
+  }
+  std::ranges::sort(found.files, {}, &Source::subject);
+  return found;
+}
+
+void AddText(VQDocument& document, const char* name, const std::string& value) {
+  VQText text;
+  document.CreateItem(name, &text, VQITEMFLAGS_SUMMARY);
+  text.SetValue(FromText(value));
+}
+
+// The folders that the file lies in, or its ending.
+void AddCategories(VQDocument& document, const Source& source) {
+  VQText categories;
+  document.CreateItem("Categories", &categories, VQITEMFLAGS_SUMMARY);
+  const fs::path subject(source.subject);
+  for (const fs::path& part : subject.parent_path()) categories << FromText(part.string());
+  const std::string ending = subject.extension().string();
+  categories << FromText(ending.size() > 1 ? ending.substr(1) : "text");
+}
+
+template <typename Value>
+void AddRaw(VQDocument& document, const char* name, unsigned short type, const Value& value) {
+  document.CreateItem(name, type, &value, sizeof value, VQITEMFLAGS_SUMMARY);
+}
+
+// Data of a time list with one range: how many single times and ranges, then the range.
+struct OneRange {
+  std::uint16_t singles;
+  std::uint16_t ranges;
+  TIMEDATE_PAIR range;
+};
+static_assert(sizeof(OneRange) == 20);
+static_assert(std::endian::native == std::endian::little, "values are written as they lie in memory");
+
+void AddTimes(VQDocument& document, const Source& source) {
+  struct stat state;
+  if (stat(source.path.c_str(), &state) != 0) throw Failure{kExitFailed, source.path.string() + " is gone"};
+  const TIMEDATE changed = TimeFromUnix(state.st_mtime);
+  const TIMEDATE now = TimeFromUnix(std::time(nullptr));
+  AddRaw(document, "FileTime", TYPE_TIME, changed);
+  AddRaw(document, "Covers", TYPE_TIME_RANGE, OneRange{0, 1, {changed, now}});
+}
+
+// An ending that no settings row knows is read as plain text: everything that gets here is.
+void ImportBody(VQRichText& body, const fs::path& path) {
+  const VQString file(fs::absolute(path).c_str());
+  VQRTCursor cursor;
+  body.GetCursor(&cursor);
+  try {
+    body.Import(file, &cursor);
+  } catch (VQSTATUS status) {
+    if (status != VQERR_NO_IMPORT_LIBRARY) throw;
+    body.Import(file, kTextConverter, &cursor);
+  }
+}
+
+void ImportFile(VQDatabase& database, const Arguments& arguments, const Source& source) {
+  VQDocument document;
+  database.CreateDocument(&document);
+  AddText(document, "Form", arguments.form);
+  AddText(document, "Subject", source.subject);
+  AddCategories(document, source);
+  AddRaw(document, "Size", TYPE_NUMBER, static_cast<double>(source.size));
+  AddTimes(document, source);
+  VQRichText body;
+  document.CreateItem("Body", &body);
+  ImportBody(body, source.path);
+  if (!arguments.plain) StyleText(body);
+  document.Save();
+}
+
+void ImportFiles(VQDatabase& database, const Options& options, const Arguments& arguments, const Found& found) {
+  Progress progress(options.progress, "importing", found.files.size());
+  std::uint64_t done = 0;
+  for (const Source& source : found.files) {
+    try {
+      ImportFile(database, arguments, source);
+    } catch (VQSTATUS status) {
+      throw Failure{kExitFailed, Printable(source.path.string()) + ": " + StatusWords(status)};
+    }
+    progress.Advance(++done);
+  }
+}
+
+// All or none: a failure takes back what was imported before it.
+void ImportAll(VQDatabase& database, const Options& options, const Arguments& arguments, const Found& found) {
+  database.BeginTransaction();
+  try {
+    ImportFiles(database, options, arguments, found);
+    database.CommitTransaction();
+  } catch (...) {
+    const bool was_throwing = VQGetThrowAllErrors() != 0;
+    VQSetThrowAllErrors(0);
+    database.RollbackTransaction();  // the first failure is the one to tell
+    VQSetThrowAllErrors(was_throwing);
+    throw;
+  }
+}
+
+void Report(const Options& options, const Found& found, double seconds) {
+  const auto documents = static_cast<std::int64_t>(found.files.size());
+  const double megabytes = static_cast<double>(found.bytes) / 1e6;
+  if (options.json) {
+    JsonWriter json(std::cout);
+    json.BeginObject();
+    json.Field("documents", documents);
+    json.Field("bytes", static_cast<std::int64_t>(found.bytes));
+    json.Field("skipped", found.skipped);
+    json.Key("seconds");
+    json.Number(seconds);
+    json.EndObject();
+    return;
+  }
+  std::printf("imported %lld documents, %.2f MB, in %.2f s", static_cast<long long>(documents), megabytes, seconds);
+  if (found.skipped > 0) std::printf(" (passed over %lld: links, or no text)", static_cast<long long>(found.skipped));
+  std::printf("\n");
+}
+
+int Run(const Options& options, const Arguments& arguments) {
+  const Found found = FindFiles(arguments.sources);
+  if (found.files.empty()) throw Failure{kExitNotFound, "no text files there"};
+  Store store(options, arguments.store);
+  const auto start = std::chrono::steady_clock::now();
+  ImportAll(store.database(), options, arguments, found);
+  Report(options, found, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+  return kExitDone;
+}
+
+}  // namespace
+
+void AddImportCommand(CLI::App& app, Options& options, int* result) {
+  auto arguments = std::make_shared<Arguments>();
+  CLI::App* import = app.add_subcommand("import", "Import text files, one document a file, in one transaction");
+  import->add_option("store", arguments->store, "The store")->required();
+  import->add_option("sources", arguments->sources, "Files, and folders with all below them")->required();
+  import->add_option("--form", arguments->form, "Item Form of the documents (default: Text)");
+  import->add_flag("--plain", arguments->plain, "One font and one paragraph style throughout");
+  import->callback([&options, arguments, result] { *result = Run(options, *arguments);
+});
+}  // namespace tool
+
+}  // namespace tool
