@@ -7,6 +7,18 @@
 #include "vq/frame/status.h"
 #include "vq/frame/vqcommon.h"
 #include "vq/frame/vqmblock.h"
+#include "vq/richtext/font.h"
+#include "vq/richtext/fonttable.h"
+#include "vq/richtext/vqparstl.h"
+#include "vq/richtext/vqrtbody.h"
+#include "vq/richtext/vqrtchar.h"
+#include "vq/richtext/vqrtcrsr.h"
+#include "vq/richtext/vqrtobj.h"
+#include "vq/richtext/vqstyltx.h"
+#include "vq/store/vqcreate.h"
+#include "vq/store/vqdbbody.h"
+#include "vq/store/vqitem.h"
+#include "vq/store/vqslate.h"
 #include "vq/values/vqstring.h"
 
 #endif

@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "vq/frame/objlist.h"
+#include "vq/frame/session.h"
 #include "vq/frame/vqcommon.h"
 
 class VQACL;
@@ -33,8 +34,7 @@ enum VQREPLICATIONPRIORITY : unsigned int {
   VQREPLICATIONPRIORITY_LOW = 0xC000,
 };
 
-// VQDatabase::Open flags: the bits of this mask.
-inline constexpr unsigned long VQDBOPENFLAGS_MASK = 0x103BF;
+// VQDatabase::Open flags: the bits of VQDBOPENFLAGS_MASK (vq/frame/session.h).
 inline constexpr unsigned long VQDBOPENFLAGS_FAILOVER = 0x80;       // GetServer asks where the database really is
 inline constexpr unsigned long VQDBOPENFLAGS_NO_STUBS = 0x10000;    // deletions and saves leave no deletion stubs
 inline constexpr unsigned long VQDBOPENFLAGS_OF_SESSION = 0x20000;  // stands for no argument
@@ -74,6 +74,10 @@ class VQ_API VQDatabase : public VQSmartPtr {
   // After a failure the transaction is still open: commit again or roll back.
   VQSTATUS CommitTransaction();
   VQSTATUS RollbackTransaction();
+
+  // Reads every page and value chain of the file and changes nothing. Damage gives the engine's status 515
+  // (ENG_ERR_DB_DAMAGED), and *report, which may be null, then says what was wrong first.
+  VQSTATUS Check(VQString* report) const;
 
   // Bind without opening.
   VQSTATUS GetSlate(const unsigned long id, VQSlate* slate) const;
