@@ -37,7 +37,8 @@ ENG_API ENGSTATUS EngTextCountChars(const ENGCHAR* text, uint16_t length, uint16
 // The two spans below are EngTextCountBytes and EngTextCountChars over an exact length, in 32 bits.
 ENG_API ENGSTATUS EngTextSpanBytes(const ENGCHAR* text, uint32_t length, uint32_t n, uint32_t* size);
 ENG_API ENGSTATUS EngTextSpanChars(const ENGCHAR* text, uint32_t length, uint32_t* count);
-// On success *text stands at the match; ENG_ERR_TEXT_NOT_FOUND leaves it alone. An empty pattern matches.
+// On success *text stands at the match; ENG_ERR_TEXT_NOT_FOUND leaves it alone. An empty pattern matches. A NUL ends
+// the pattern.
 ENG_API ENGSTATUS EngTextFind(const ENGCHAR** text, uint16_t length, const ENGCHAR* pattern, uint16_t pattern_length,
                               ENGHANDLE charset);
 // As EngTextFind with comparison options, over an exact length in 32 bits; *match_length gets the bytes matched.
@@ -73,14 +74,17 @@ ENG_API int EngCharIsUpper(const ENGCHAR* character, ENGHANDLE charset);
 
 // Text list values: [type word if `prefixed`], entry count, one length per entry, the texts back to back.
 // `size` arguments are the value's bytes as `prefixed` says; damaged values give ENG_ERR_LIST_DAMAGED.
+// `count` empty entries; `flags` non-zero puts the type word in front. With a non-null `value` the block comes locked,
+// and *value is its address.
 ENG_API ENGSTATUS EngTextListCreate(uint16_t count, uint16_t flags, ENGHANDLE* handle, void** value, uint16_t* size);
 ENG_API uint16_t EngTextListCount(const void* value, int prefixed);
 ENG_API ENGSTATUS EngTextListGetEntry(const void* value, int prefixed, uint16_t index, const ENGCHAR** text,
                                       uint16_t* length);
-// For the entries of a list that EngTextListCreate made, in order; the block grows.
+// Replaces the text of one entry. As EngTextListAddEntry otherwise.
 ENG_API ENGSTATUS EngTextListSetEntry(ENGHANDLE handle, int prefixed, uint16_t* size, uint16_t index,
                                       const ENGCHAR* text, uint16_t length);
-// `handle` must be unlocked; it is reallocated. Past 65,535 bytes: ENG_ERR_LIST_FULL and nothing changes.
+// `handle` must be unlocked; it is reallocated. `text` lies outside the block. Past 65,535 bytes: ENG_ERR_LIST_FULL and
+// nothing changes.
 ENG_API ENGSTATUS EngTextListAddEntry(ENGHANDLE handle, int prefixed, uint16_t* size, uint16_t index,
                                       const ENGCHAR* text, uint16_t length);
 ENG_API ENGSTATUS EngTextListRemoveEntry(ENGHANDLE handle, int prefixed, uint16_t* size, uint16_t index);
