@@ -19,6 +19,11 @@
 #include "vq/store/vqdbbody.h"
 #include "vq/store/vqitem.h"
 #include "vq/store/vqslate.h"
+#include "vq/values/vqdtime.h"
+#include "vq/values/vqdts.h"
+#include "vq/values/vqintl.h"
+#include "vq/values/vqnumber.h"
 #include "vq/values/vqstring.h"
+#include "vq/values/vqtext.h"
 
 #endif

@@ -12,6 +12,7 @@ namespace {
 
 constexpr char kFile[] = "SESSION";
 constexpr std::uint16_t kTextSize = 256;
+constexpr unsigned long kOpenFlagsMask = 0x103BF;
 
 // A status that a Close raises on the way down is lost, and must not cut the way short.
 class QuietScope {
@@ -158,7 +159,7 @@ unsigned long VQQuillonSession::GetDatabaseOpenFlags() const {
 
 VQSTATUS VQQuillonSession::SetDatabaseOpenFlags(unsigned long flags) {
   if (const VQSTATUS status = CheckInitialized()) return vq::Apply(status);
-  if (flags != 0 && (flags & VQDBOPENFLAGS_MASK) == 0) return vq::Apply(VQERR_INVALID_PARAMETER);
+  if (flags != 0 && (flags & kOpenFlagsMask) == 0) return vq::Apply(VQERR_INVALID_PARAMETER);
   DatabaseOpenFlags = static_cast<std::uint32_t>(flags);
   return VQ_OK;
 }

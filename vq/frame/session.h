@@ -20,9 +20,6 @@ struct VQRTPARSERERRORDATA;
 // Called where the rich text parser meets a damaged record: 0 goes on, a status ends the parse with it.
 using VQRTPARSERERRORHANDLER = VQSTATUS (*)(const VQRTPARSERERRORDATA& data);
 
-// SetDatabaseOpenFlags takes 0 or a value with at least one of these bits.
-inline constexpr unsigned long VQDBOPENFLAGS_MASK = 0x103BF;
-
 class VQ_API VQQuillonSession : public VQQuillonClass {
  public:
   VQQuillonSession();
@@ -75,6 +72,7 @@ class VQ_API VQQuillonSession : public VQQuillonClass {
   // `out` has room for 256 bytes with the terminator.
   VQSTATUS ConstructNetPathname(const VQString& server, const VQString& file, char* out) const;
   unsigned long GetDatabaseOpenFlags() const;
+  // For databases that are opened without flags of their own: 0, or a value with a bit that VQDatabase::Open knows.
   VQSTATUS SetDatabaseOpenFlags(unsigned long flags);
   // Build number of the engine behind the server's names.vlt, or the data directory's.
   VQSTATUS GetQuillonVersion(unsigned short* build, const VQString& server = VQString());
