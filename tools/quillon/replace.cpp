@@ -2,7 +2,6 @@
 #include <iostream>
 
 #include "tools/quillon/command.h"
-#include "tools/quillon/json.h"
 
 namespace tool {
 

@@ -148,6 +148,17 @@ VQSTATUS VQFontStyleBody::Change(Font font) {
   return VQ_OK;
 }
 
+VQSTATUS VQFontStyleBody::Renumber(std::uint8_t face) {
+  Font font = Current();
+  font.FontID = WithFace(FontID, face);
+  if (IsTableFace(face)) font.Entry.Face = face;
+  if (Owner != nullptr && OwnerFont(*Owner) != font.FontID) {
+    if (VQSTATUS status = SetOwnerFont(*Owner, font.FontID)) return status;
+  }
+  Store(font);
+  return VQ_OK;
+}
+
 VQSTATUS VQFontStyleBody::ChangeFontID(std::uint32_t fontID) {
   if (VQSTATUS status = ChangeFaceID(vq::fontid::Face(fontID))) return status;
   Font font = Current();

@@ -128,6 +128,8 @@ class VQFontStyleBody : public VQBody {
   [[nodiscard]] VQSTATUS ChangeFace(const CDFACE& face);
   [[nodiscard]] VQSTATUS ChangeFaceID(std::uint8_t face);
   [[nodiscard]] VQSTATUS ChangeFont(const VQFontStyleBody& source, std::uint32_t mask);
+  // The same face under another number; the owner's record follows.
+  [[nodiscard]] VQSTATUS Renumber(std::uint8_t face);
   // Takes the owner's font anew, since others may have changed it.
   [[nodiscard]] VQSTATUS Refresh();
 

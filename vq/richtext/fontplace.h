@@ -5,7 +5,9 @@
 #include "engine/records.h"
 #include "vq/frame/vqcommon.h"
 
+class VQFontStyle;
 class VQFontTable;
+class VQItem;
 class VQRTObjectBody;
 class VQRichTextBody;
 class VQSlateBody;
@@ -21,6 +23,10 @@ namespace vq {
 // Gives the number of a table face in the table of the object's rich text, entering the face if it is new. Outside a
 // rich text the face keeps its number.
 [[nodiscard]] VQSTATUS EnterFace(const VQRTObjectBody& object, const CDFACE& face, unsigned char* number);
+
+// Carries the font of a run or style name over to another font table, or to the table of another rich text: the face
+// is entered there, and its number there is written into the record.
+[[nodiscard]] VQSTATUS ConvertFont(const VQFontStyle& style, VQItem* target);
 
 }  // namespace vq
 

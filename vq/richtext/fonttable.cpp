@@ -7,11 +7,12 @@
 #include "engine/ods.h"
 #include "vq/richtext/fontid.h"
 #include "vq/richtext/signature.h"
+#include "vq/store/vqslate.h"
 #include "vq/values/vqstring.h"
 
 namespace {
 
-std::string_view Name(const ENGCHAR* name) {
+std::string_view Text(const ENGCHAR* name) {
   const char* text = reinterpret_cast<const char*>(name);
   return {text, strnlen(text, sizeof(CDFACE::Name))};
 }
@@ -28,7 +29,23 @@ VQSTATUS MakeFace(unsigned face, unsigned family, const char* name, CDFACE* targ
 
 }  // namespace
 
+VQItemBody* vq::MakeFontTableBody(VQSlateBody* slate, std::string_view name, const ItemPlace& place) {
+  return new VQFontTableBody(slate, name, place);
+}
+
+VQFontTableBody::VQFontTableBody(VQSlateBody* slate, std::string_view name, const vq::ItemPlace& place)
+    : VQCompositeItemBody(slate, name, place) {
+  if (slate->GetFontTable() == nullptr) slate->SetFontTable(this);
+}
+
 VQFontTableBody::~VQFontTableBody() { Close(); }
+
+VQSTATUS VQFontTableBody::Close() {
+  VQSlateBody* slate = GetSlateBody();
+  bool registered = slate != nullptr && slate->GetFontTable() == this;
+  if (registered) slate->SetFontTable(nullptr);
+  return VQCompositeItemBody::Close();
+}
 
 VQSTATUS VQFontTableBody::Load() { return HighestFace != 0 ? VQ_OK : ReadEntries(); }
 
@@ -65,14 +82,14 @@ unsigned long VQFontTableBody::PositionOf(unsigned face) const {
 }
 
 unsigned long VQFontTableBody::PositionOf(const ENGCHAR* name) const {
-  auto found = std::ranges::find_if(Entries, [&](const CDFACE& entry) { return Name(entry.Name) == Name(name); });
+  auto found = std::ranges::find_if(Entries, [&](const CDFACE& entry) { return Text(entry.Name) == Text(name); });
   return static_cast<unsigned long>(found - Entries.begin());
 }
 
 VQSTATUS VQFontTableBody::CheckRoom(const CDFACE& face) const {
   if (face.Face != 0 && !vq::fontid::IsTableFace(face.Face)) return VQERR_INVALID_PARAMETER;
-  if (Name(face.Name).empty()) return VQERR_NULL_STRING;
-  if (Name(face.Name).size() == sizeof face.Name) return VQERR_STRING_TOO_LONG;
+  if (Text(face.Name).empty()) return VQERR_NULL_STRING;
+  if (Text(face.Name).size() == sizeof face.Name) return VQERR_STRING_TOO_LONG;
   if (face.Face != 0 && PositionOf(face.Face) < Entries.size()) return VQERR_FONT_EXISTS;
   if (PositionOf(face.Name) < Entries.size()) return VQERR_FONT_EXISTS;
   return Entries.size() >= kMaxFonts || HighestFace >= kMaxFonts ? VQERR_TOO_MANY_FONTS : VQ_OK;
@@ -99,7 +116,7 @@ VQSTATUS VQFontTableBody::AddFace(unsigned family, const ENGCHAR* name, unsigned
   unsigned long position = PositionOf(name);
   if (position == Entries.size()) {
     CDFACE face{0, static_cast<uint8_t>(family), {}};
-    std::string_view text = Name(name);
+    std::string_view text = Text(name);
     std::memcpy(face.Name, text.data(), text.size());
     if (VQSTATUS status = Insert(position, face)) return status;
   }
@@ -200,7 +217,7 @@ int VQFontTable::operator==(const VQFontTable& other) const {
   if (Body == other.Body) return 1;
   if (Body == nullptr || other.Body == nullptr) return 0;
   auto same = [](const CDFACE& a, const CDFACE& b) {
-    return a.Face == b.Face && a.Family == b.Family && Name(a.Name) == Name(b.Name);
+    return a.Face == b.Face && a.Family == b.Family && Text(a.Name) == Text(b.Name);
   };
   return std::ranges::equal(Checked().Faces(), other.Checked().Faces(), same);
 }

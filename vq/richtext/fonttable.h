@@ -74,8 +74,12 @@ class VQ_API VQFontTableBody : public VQCompositeItemBody {
  public:
   static constexpr unsigned kMaxFonts = 255;
 
-  using VQCompositeItemBody::VQCompositeItemBody;
+  // A table that stands alone.
+  VQFontTableBody() = default;
+  // The table of a slate, which then saves it behind all other items.
+  VQFontTableBody(VQSlateBody* slate, std::string_view name, const vq::ItemPlace& place);
   ~VQFontTableBody() override;
+  VQSTATUS Close() override;
 
   VQCLASSID GetClassID() const override { return VQCLASSID_VQFONTTABLEBODY; }
   VQSTATUS Flush() override;
@@ -103,5 +107,12 @@ class VQ_API VQFontTableBody : public VQCompositeItemBody {
   unsigned HighestFace = 0;  // 0: not read yet; 4 when the table is empty
   std::vector<CDFACE> Entries;
 };
+
+namespace vq {
+
+// Builds the body for the item "$Fonts" of a slate.
+VQItemBody* MakeFontTableBody(VQSlateBody* slate, std::string_view name, const ItemPlace& place);
+
+}  // namespace vq
 
 #endif

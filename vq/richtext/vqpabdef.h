@@ -68,15 +68,18 @@ class VQ_API VQPABDefinitionBody : public VQRTObjectBody {
   // The header is set here.
   [[nodiscard]] VQSTATUS SetRecord(const CDPABDEFINITION& record);
 
-  std::uint16_t GetIndentation() const { return IndentationValue; }
+  // Twips. A definition that was read has the distance between its margins, the default where they are equal.
+  std::uint16_t GetIndentation() const;
   void SetIndentation(std::uint16_t twips) { IndentationValue = twips; }
-  VQUNITS GetUnits() const { return Units; }
-  void SetUnits(VQUNITS units) { Units = vq::ResolveUnits(units); }
-  VQUNITS GetTabUnits() const { return TabUnits; }
-  void SetTabUnits(VQUNITS units) { TabUnits = vq::ResolveUnits(units); }
+  VQUNITS GetUnits() const { return vq::ResolveUnits(Units); }
+  void SetUnits(VQUNITS units) { Units = units; }
+  VQUNITS GetTabUnits() const { return vq::ResolveUnits(TabUnits); }
+  void SetTabUnits(VQUNITS units) { TabUnits = units; }
 
  private:
-  std::uint16_t IndentationValue;  // twips
+  static constexpr std::uint16_t kFromRecord = 0xFFFF;
+
+  std::uint16_t IndentationValue;
   VQUNITS Units;
   VQUNITS TabUnits;
 };
@@ -99,6 +102,7 @@ class VQ_API VQPABStyleNameBody : public VQRTObjectBody {
 
   VQCLASSID GetClassID() const override { return VQCLASSID_VQPABSTYLENAMEBODY; }
   VQSTATUS Close() override;
+  VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) override;
   VQSTATUS ConvertFonts(VQItem* table) override;
 
   [[nodiscard]] VQSTATUS Read(Fields* fields) const;
@@ -115,6 +119,7 @@ class VQ_API VQPABStyleNameBody : public VQRTObjectBody {
 
  private:
   void DropFontStyle();
+  VQFontStyleBody* OwnFontStyle();
 
   VQFontStyleBody* FontStyle;  // counted, null until asked for
 };
@@ -131,9 +136,9 @@ struct PABIDs {
 // equal, in place.
 [[nodiscard]] VQSTATUS WritePABIDs(VQRTObjectBody& object, PABIDs ids);
 
-// New records outside a tree, with a count of 0.
-VQRTObjectBody* MakePABReference(PABIDs ids);
-VQRTObjectBody* MakePABHide(std::uint16_t pabid);
+// New records outside a tree.
+VQRTObject MakePABReference(PABIDs ids);
+VQRTObject MakePABHide(std::uint16_t pabid);
 
 [[nodiscard]] VQSTATUS ReadHideFormula(const VQRTObjectBody& hide, std::string* code);
 // The record's length word holds the low eight bits of its length; the code is stored whole.

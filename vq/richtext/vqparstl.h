@@ -7,9 +7,12 @@
 #ifndef QUILLON_VQ_RICHTEXT_VQPARSTL_H
 #define QUILLON_VQ_RICHTEXT_VQPARSTL_H
 
+#include "vq/richtext/font.h"
 #include "vq/richtext/vqpabdef.h"
+#include "vq/values/vqstring.h"
 
 class VQNamedStyleBody;
+class VQParagraphStyle;
 
 enum VQLISTSTYLE {
   VQLISTSTYLE_NONE = 0,
@@ -31,8 +34,8 @@ class VQ_API VQParagraphStyleBody : public VQBody {
   [[nodiscard]] VQSTATUS CopySettings(VQPABDefinitionBody* definition, VQRTObjectBody* hide);
   // Sets the identifier in every record of the style.
   [[nodiscard]] virtual VQSTATUS SetPABID(std::uint16_t pabid);
-  // A separate body of the same class.
-  virtual VQParagraphStyleBody* Clone();
+  // A separate style of the same class.
+  virtual VQParagraphStyle Clone();
 
  private:
   VQPABHide PABHide;
@@ -146,7 +149,7 @@ class VQ_API VQNamedStyleBody : public VQParagraphStyleBody {
   VQCLASSID GetClassID() const override { return VQCLASSID_VQNAMEDSTYLEBODY; }
   VQPABStyleNameBody& StyleName() { return *PABStyleName.GetPABStyleNameBody(); }
   [[nodiscard]] VQSTATUS SetPABID(std::uint16_t pabid) override;
-  VQParagraphStyleBody* Clone() override;
+  VQParagraphStyle Clone() override;
   // Takes name, flags and font from a record.
   [[nodiscard]] VQSTATUS CopyName(VQPABStyleNameBody* name);
 
@@ -169,7 +172,8 @@ class VQ_API VQNamedStyle : public VQParagraphStyle {
   VQNamedStyle& operator=(const VQNamedStyle&) = default;
   VQCLASSID GetClassID() const override { return VQCLASSID_VQNAMEDSTYLE; }
 
-  // From a plain style the settings alone: name and font stay.
+  // From a plain style the settings alone: name and font stay. VQERR_INAPPROPRIATE, here and in Redefine, for settings
+  // with a hide formula, which a named style cannot have.
   VQSTATUS Copy(const VQParagraphStyle& source);
   // The settings of any style; name and font stay.
   VQSTATUS Redefine(const VQParagraphStyle& style);

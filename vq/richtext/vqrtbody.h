@@ -53,6 +53,12 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   [[nodiscard]] VQSTATUS Initialize();
   // The top of the tree; null until parsed.
   VQRTContainerBody* GetTop() const { return Top; }
+  // The slate's font table, or one of its own where the rich text stands alone. VQWARN_NOT_FOUND when there is none.
+  [[nodiscard]] VQSTATUS FindFontTable(VQFontTable* table);
+  // The same, made when there is none.
+  [[nodiscard]] VQSTATUS FindOrMakeFontTable(VQFontTable* table);
+  // For a rich text that stands alone: the table that its faces refer to.
+  void SetOwnFonts(const VQItem& table) { OwnFonts = table; }
   // Runs the font work of a style that enters this rich text: a table face goes into the slate's font table.
   [[nodiscard]] VQSTATUS AddFontToTable(VQFontStyleBody& style);
   // The value blocks of a rich text that stands alone: the first, and further ones after an update. As for an
@@ -72,6 +78,7 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   bool ClosedTree;
   // One for each item, in order; shared with the objects that look into them.
   std::vector<vq::RecordSource*> Sources;
+  VQItem OwnFonts;                       // font table of a rich text that stands alone, null until it has one
   std::vector<vq::ItemBlock> OwnBlocks;  // of a rich text that stands alone: the blocks behind the first
 };
 

@@ -21,10 +21,15 @@ VQUNITS ResolveUnits(VQUNITS units) {
   return settings.Flags & ENG_INTL_METRIC ? VQUNITS_CENTIMETERS : VQUNITS_INCHES;
 }
 
-long ToTwips(double value, VQUNITS units) {
+double ExactTwips(double value, VQUNITS units) {
   VQUNITS unit = ResolveUnits(units);
-  double twips = unit == VQUNITS_TWIPS ? value : value * kTwipsPerInch;
-  if (unit == VQUNITS_CENTIMETERS) twips /= kCentimetersPerInch;
+  if (unit == VQUNITS_TWIPS) return value;
+  double twips = value * kTwipsPerInch;
+  return unit == VQUNITS_CENTIMETERS ? twips / kCentimetersPerInch : twips;
+}
+
+long ToTwips(double value, VQUNITS units) {
+  double twips = ExactTwips(value, units);
   if (!(std::fabs(twips) < kBeyondEveryLimit)) twips = twips < 0 ? -kBeyondEveryLimit : kBeyondEveryLimit;
   return std::lround(twips);
 }

@@ -19,6 +19,8 @@ namespace vq {
 VQ_API VQUNITS ResolveUnits(VQUNITS units);
 // Rounded to the nearest twip. Values that no measure of a record can hold give a number beyond every limit.
 VQ_API long ToTwips(double value, VQUNITS units);
+// Without rounding.
+VQ_API double ExactTwips(double value, VQUNITS units);
 VQ_API double FromTwips(long twips, VQUNITS units);
 
 }  // namespace vq

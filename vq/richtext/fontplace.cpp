@@ -1,0 +1,100 @@
+#include "vq/richtext/fontplace.h"
+
+#include "vq/richtext/fontid.h"
+#include "vq/richtext/fonttable.h"
+#include "vq/richtext/vqrtbody.h"
+#include "vq/store/vqslate.h"
+
+namespace vq {
+
+namespace {
+
+VQSTATUS AsFontTable(VQItemBody* body, VQFontTable* table) {
+  if (body->GetClassID() != VQCLASSID_VQFONTTABLEBODY) return VQERR_INCORRECT_ITEM_TYPE;
+  *table = VQFontTable(static_cast<VQFontTableBody*>(body));
+  return VQ_OK;
+}
+
+VQSTATUS AddFaceTo(const VQFontTable& table, const CDFACE& face, unsigned char* number) {
+  VQFontTableBody& body = *table.GetFontTableBody();
+  if (VQSTATUS status = body.Load()) return status;
+  return body.AddFace(face.Family, face.Name, number);
+}
+
+VQSTATUS TableOfItem(VQItem* item, VQFontTable* table) {
+  if (item == nullptr || item->IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
+  VQItemBody* body = item->GetItemBody();
+  if (body->GetClassID() != VQCLASSID_VQRICHTEXTBODY) return AsFontTable(body, table);
+  return static_cast<VQRichTextBody*>(body)->FindOrMakeFontTable(table);
+}
+
+}  // namespace
+
+VQSTATUS FindFontTable(VQSlateBody* slate, VQFontTable* table) {
+  if (slate == nullptr) return VQERR_UNINITIALIZED_ARGUMENT;
+  if (!slate->IsOpen()) return VQERR_SLATE_NOT_OPEN;
+  VQItemBody* body = nullptr;
+  if (VQSTATUS status = slate->FindItem(VQ_FONT_TABLE_ITEM, &body)) return status;
+  return AsFontTable(body, table);
+}
+
+VQSTATUS FindOrMakeFontTable(VQSlateBody* slate, VQFontTable* table) {
+  VQSTATUS status = FindFontTable(slate, table);
+  if (status != VQWARN_NOT_FOUND) return status;
+  ItemPlace place;
+  status = slate->CreateItem(VQ_FONT_TABLE_ITEM, TYPE_COMPOSITE, nullptr, 0, 0, VQITEMOPTION_UNIQUE, &place);
+  return status != VQ_OK ? status : FindFontTable(slate, table);
+}
+
+VQSTATUS FontTableOf(const VQRTObjectBody& object, VQFontTable* table) {
+  VQRichTextBody* richText = object.GetRichTextBody();
+  return richText == nullptr ? VQWARN_NOT_FOUND : richText->FindFontTable(table);
+}
+
+VQSTATUS EnterFace(const VQRTObjectBody& object, const CDFACE& face, unsigned char* number) {
+  *number = face.Face;
+  VQRichTextBody* richText = object.GetRichTextBody();
+  if (richText == nullptr) return VQ_OK;
+  VQFontTable table;
+  if (VQSTATUS status = richText->FindOrMakeFontTable(&table)) return status;
+  return AddFaceTo(table, face, number);
+}
+
+VQSTATUS ConvertFont(const VQFontStyle& style, VQItem* target) {
+  VQFontStyleBody& body = *style.GetFontStyleBody();
+  if (VQSTATUS status = body.Refresh()) return status;
+  unsigned char number = fontid::Face(body.GetFontID());
+  if (fontid::IsTableFace(number)) {
+    CDFACE face{};
+    if (VQSTATUS status = body.GetFace(&face)) return status;
+    VQFontTable table;
+    if (VQSTATUS status = TableOfItem(target, &table)) return status;
+    if (VQSTATUS status = AddFaceTo(table, face, &number)) return status;
+  }
+  return body.Renumber(number);
+}
+
+}  // namespace vq
+
+VQSTATUS VQRichTextBody::FindFontTable(VQFontTable* table) {
+  if (IsSlateItem()) return vq::FindFontTable(GetSlateBody(), table);
+  if (OwnFonts.IsNull()) return VQWARN_NOT_FOUND;
+  *table = VQFontTable(OwnFonts);
+  return VQ_OK;
+}
+
+VQSTATUS VQRichTextBody::FindOrMakeFontTable(VQFontTable* table) {
+  if (IsSlateItem()) return vq::FindOrMakeFontTable(GetSlateBody(), table);
+  if (OwnFonts.IsNull()) OwnFonts = new VQFontTableBody;
+  return FindFontTable(table);
+}
+
+VQSTATUS VQRichTextBody::AddFontToTable(VQFontStyleBody& style) {
+  if (!vq::fontid::IsTableFace(vq::fontid::Face(style.GetFontID()))) return VQ_OK;
+  CDFACE face{};
+  if (VQSTATUS status = style.GetFace(&face)) return status;
+  VQFontTable table;
+  if (VQSTATUS status = FindOrMakeFontTable(&table)) return status;
+  if (VQSTATUS status = vq::AddFaceTo(table, face, &face.Face)) return status;
+  return style.AssignFace(face);
+}
