@@ -60,7 +60,7 @@ std::uint8_t DateOrder(const std::string& name) {
 
 }  // namespace
 
-INTLFORMAT International() {
+INTLFORMAT ReadInternational() {
   INTLFORMAT format{};
   for (const TextKey& text : kTexts) {
     const std::string value = Get(text.key);
@@ -72,7 +72,6 @@ INTLFORMAT International() {
   const long digits = GetInt("CurrencyDigits", 2);
   format.CurrencyDigits = static_cast<std::uint8_t>(digits >= 0 && digits <= 15 ? digits : 2);
   format.DateOrder = DateOrder(Get("DateOrder"));
-  format.TimeZone = static_cast<std::int32_t>(GetInt("TimeZone", 0));
   return format;
 }
 

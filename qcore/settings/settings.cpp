@@ -22,6 +22,7 @@ namespace {
 std::shared_mutex mutex;
 IniFile file;
 std::string file_path;  // empty while down
+INTLFORMAT international;
 
 std::string AccountName() {
   std::array<char, 4096> buffer{};
@@ -38,10 +39,23 @@ std::string AccountName() {
 ENGSTATUS Load(const std::string& path) {
   std::optional<std::string> bytes = ReadSmallFile(path);
   if (!bytes) return ENG_ERR_CONFIG_READ;
+  {
+    std::unique_lock lock(mutex);
+    file = IniFile(*bytes);
+    file_path = path;
+  }
+  const INTLFORMAT read = ReadInternational();
   std::unique_lock lock(mutex);
-  file = IniFile(*bytes);
-  file_path = path;
+  international = read;
   return ENG_OK;
+}
+
+INTLFORMAT International() {
+  {
+    std::shared_lock lock(mutex);
+    if (!file_path.empty()) return international;
+  }
+  return ReadInternational();
 }
 
 void Unload() {

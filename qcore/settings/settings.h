@@ -30,8 +30,9 @@ long GetInt(std::string_view key, long missing);
 std::string DataDirectory();
 // Key UserName, else the account's name.
 std::string UserName();
-// From keys, with the defaults of a United States locale; listed in docs/formats/dates-and-numbers.md. The zone is 0
-// unless a key sets it.
+// From keys, with the defaults of a United States locale; listed in docs/formats/dates-and-numbers.md. The zone is 0.
+INTLFORMAT ReadInternational();
+// As they were when the settings were loaded.
 INTLFORMAT International();
 
 // Copies what fits, never a part of a UTF-8 character, and terminates. Gives the length; 0 for no buffer.

@@ -1,5 +1,7 @@
 #include "qcore/settings/startup.h"
 
+#include <time.h>
+
 #include <atomic>
 #include <mutex>
 #include <string>
@@ -14,15 +16,24 @@ std::mutex mutex;
 std::atomic<unsigned> starts{0};
 thread_local unsigned thread_starts = 0;
 
+ENGSTATUS FirstStart(const char* named_settings, const std::function<ENGSTATUS()>& open_all) {
+  tzset();  // the zone may have changed since the C library last looked
+  const std::string path = settings::Locate(named_settings);
+  if (path.empty()) return ENG_ERR_NO_CONFIG;
+  const ENGSTATUS status = settings::Load(path);
+  return status == ENG_OK ? open_all() : status;
+}
+
 }  // namespace
 
-ENGSTATUS Start(const char* named_settings) {
+ENGSTATUS Start(const char* named_settings, const std::function<ENGSTATUS()>& open_all) {
   std::lock_guard lock(mutex);
   if (starts == 0) {
-    const std::string path = settings::Locate(named_settings);
-    if (path.empty()) return ENG_ERR_NO_CONFIG;
-    const ENGSTATUS status = settings::Load(path);
-    if (status != ENG_OK) return status;
+    const ENGSTATUS status = FirstStart(named_settings, open_all);
+    if (status != ENG_OK) {
+      settings::Unload();
+      return status;
+    }
   }
   ++starts;
   return ENG_OK;

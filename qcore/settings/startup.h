@@ -9,8 +9,9 @@
 
 namespace qcore::startup {
 
-// The first start finds and reads the settings file; a failed one leaves the engine down. Later ones only count.
-[[nodiscard]] ENGSTATUS Start(const char* named_settings);
+// The first start finds and reads the settings file and runs `open_all`; if one fails the engine stays down. Later ones
+// only count.
+[[nodiscard]] ENGSTATUS Start(const char* named_settings, const std::function<ENGSTATUS()>& open_all);
 // The last end runs `close_all` while the engine still counts as up. An end without a start does nothing.
 void End(const std::function<void()>& close_all);
 bool IsUp();
