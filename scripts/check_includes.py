@@ -16,7 +16,7 @@ TOP = ("engine", "vq", "qcore", "converters", "tools", "examples", "tests", "fuz
 ROOMS = {
     "engine": ["engine"],
     "vq": ["engine", "vq"],  # vq/vq.h and vq/library.cpp name every room
-    "vq/frame": ["engine", "vq/frame"],
+    "vq/frame": ["engine", "vq/frame", "vq/values/vqstring.h"],  # the session's paths and names
     "vq/values": ["engine", "vq/frame", "vq/store"],
     "vq/store": ["engine", "vq/frame", "vq/values"],
     "vq/richtext": ["engine", "vq/frame", "vq/values", "vq/store"],
