@@ -1,0 +1,3 @@
+#include "bench/empty_call.h"
+
+int EmptyCall(int value) { return value; }
