@@ -15,6 +15,7 @@
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqrtobj.h"
 #include "vq/richtext/vqstyltx.h"
+#include "vq/richtext/vqunits.h"
 #include "vq/store/vqcreate.h"
 #include "vq/store/vqdbbody.h"
 #include "vq/store/vqitem.h"

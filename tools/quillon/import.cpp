@@ -2,8 +2,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <bit>
-#include <cctype>
 #include <chrono>
 #include <cstring>
 #include <ctime>
@@ -105,27 +103,23 @@ void AddCategories(VQDocument& document, const Source& source) {
   categories << FromText(ending.size() > 1 ? ending.substr(1) : "text");
 }
 
-template <typename Value>
-void AddRaw(VQDocument& document, const char* name, unsigned short type, const Value& value) {
-  document.CreateItem(name, type, &value, sizeof value, VQITEMFLAGS_SUMMARY);
+void AddSize(VQDocument& document, std::uint64_t size) {
+  VQNumbers number;
+  document.CreateItem("Size", &number, VQITEMFLAGS_SUMMARY);
+  number.SetValue(static_cast<double>(size));
 }
 
-// Data of a time list with one range: how many single times and ranges, then the range.
-struct OneRange {
-  std::uint16_t singles;
-  std::uint16_t ranges;
-  TIMEDATE_PAIR range;
-};
-static_assert(sizeof(OneRange) == 20);
-static_assert(std::endian::native == std::endian::little, "values are written as they lie in memory");
-
+// When the file changed, and from then to now as a range.
 void AddTimes(VQDocument& document, const Source& source) {
   struct stat state;
   if (stat(source.path.c_str(), &state) != 0) throw Failure{kExitFailed, source.path.string() + " is gone"};
   const TIMEDATE changed = TimeFromUnix(state.st_mtime);
-  const TIMEDATE now = TimeFromUnix(std::time(nullptr));
-  AddRaw(document, "FileTime", TYPE_TIME, changed);
-  AddRaw(document, "Covers", TYPE_TIME_RANGE, OneRange{0, 1, {changed, now}});
+  VQDatetimes time;
+  document.CreateItem("FileTime", &time, VQITEMFLAGS_SUMMARY);
+  time.SetValue(VQDatetime(changed));
+  VQDatetimes covers;
+  document.CreateItem("Covers", &covers, VQITEMFLAGS_SUMMARY);
+  covers.SetValue(VQDatetimeRange(TIMEDATE_PAIR{changed, TimeFromUnix(std::time(nullptr))}));
 }
 
 // An ending that no settings row knows is read as plain text: everything that gets here is.
@@ -147,7 +141,7 @@ void ImportFile(VQDatabase& database, const Arguments& arguments, const Source& 
   AddText(document, "Form", arguments.form);
   AddText(document, "Subject", source.subject);
   AddCategories(document, source);
-  AddRaw(document, "Size", TYPE_NUMBER, static_cast<double>(source.size));
+  AddSize(document, source.size);
   AddTimes(document, source);
   VQRichText body;
   document.CreateItem("Body", &body);

@@ -2,6 +2,7 @@
 #include <iostream>
 
 #include "tools/quillon/command.h"
+#include "tools/quillon/json.h"
 
 namespace tool {
 
