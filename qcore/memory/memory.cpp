@@ -50,6 +50,11 @@ ENGSTATUS Free(Kind kind, ENGHANDLE handle) {
   return ENG_OK;
 }
 
+void Release(Kind kind, ENGHANDLE handle) {
+  const HandleTable::Slot* slot = handle_table.FindSlot(kind, handle);
+  if (slot) Discard(kind, handle, slot->size.load(std::memory_order_relaxed));
+}
+
 ENGSTATUS Resize(Kind kind, ENGHANDLE handle, std::uint32_t size) {
   HandleTable::Slot* slot = handle_table.FindSlot(kind, handle);
   if (!slot) return ENG_ERR_INVALID_HANDLE;

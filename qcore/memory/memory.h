@@ -18,6 +18,8 @@ enum class Fill { kNone, kZero };
 // `kind` is kMemory, or another kind up to kLastMemory whose blocks clients may lock but not free.
 [[nodiscard]] ENGSTATUS Allocate(Kind kind, std::uint32_t size, Fill fill, ENGHANDLE* handle);
 [[nodiscard]] ENGSTATUS Free(Kind kind, ENGHANDLE handle);
+// Frees a block of the engine's own, locked or not; passes over a handle that is not live.
+void Release(Kind kind, ENGHANDLE handle);
 // Never gives up the handle; on failure the block is as it was.
 [[nodiscard]] ENGSTATUS Resize(Kind kind, ENGHANDLE handle, std::uint32_t size);
 // Frees every block of every memory kind, locked or not.

@@ -1,0 +1,106 @@
+#include "qcore/slates/packed.h"
+
+#include "qcore/store/checksum.h"
+#include "qcore/store/wire.h"
+
+namespace qcore {
+
+namespace {
+
+constexpr std::size_t kSumSize = 4;
+constexpr std::uint8_t kForm = 1;
+constexpr std::uint8_t kAside = 0x01;
+constexpr std::uint8_t kSameTime = 0x02;
+// The shortest record: length, head, name, flags, a value of two bytes.
+constexpr std::size_t kShortestRecord = 8;
+
+}  // namespace
+
+ENGSTATUS PackedReader::Start(Bytes packed, std::uint32_t id) {
+  if (packed.size() <= kSumSize) return ENG_ERR_ITEM_DAMAGED;
+  if (Checksum(packed.subspan(kSumSize), id) != LoadLittle<std::uint32_t>(packed.data())) return ENG_ERR_ITEM_DAMAGED;
+  WireReader reader(packed.subspan(kSumSize));
+  if (reader.Take<std::uint8_t>() != kForm) return ENG_ERR_ITEM_DAMAGED;
+  const std::uint64_t count = reader.TakeVarint();
+  if (!reader.good() || count > packed.size() / kShortestRecord) return ENG_ERR_ITEM_DAMAGED;
+  packed_ = packed;
+  at_ = kSumSize + reader.position();
+  count_ = static_cast<std::uint32_t>(count);
+  return ENG_OK;
+}
+
+ENGSTATUS PackedReader::Next(PackedItem* item) {
+  WireReader outer(packed_.subspan(at_));
+  const std::uint64_t length = outer.TakeVarint();
+  const std::uint8_t* start = outer.Skip(static_cast<std::size_t>(length));
+  if (!start) return ENG_ERR_ITEM_DAMAGED;
+  const Bytes record(start, static_cast<std::size_t>(length));
+  WireReader reader(record);
+  const auto head = reader.Take<std::uint8_t>();
+  item->name = static_cast<std::uint32_t>(reader.TakeVarint());
+  item->flags = reader.Take<std::uint16_t>();
+  if ((head & kSameTime) == 0) {
+    previous_.TimeWord = reader.Take<std::uint32_t>();
+    previous_.DateWord = reader.Take<std::uint32_t>();
+  }
+  item->modified = previous_;
+  std::uint64_t size = 0;
+  if (head & kAside) {
+    item->type = reader.Take<std::uint16_t>();
+    item->aside = reader.TakeVarint();
+    size = reader.TakeVarint();
+    item->value = {};
+    if (item->aside == 0 || size > UINT32_MAX) return ENG_ERR_ITEM_DAMAGED;
+  } else {
+    size = reader.TakeVarint();
+    const std::uint8_t* value = reader.Skip(static_cast<std::size_t>(size));
+    if (!value || size > UINT32_MAX) return ENG_ERR_ITEM_DAMAGED;
+    item->aside = 0;
+    item->value = Bytes(value, static_cast<std::size_t>(size));
+    item->type = size >= kSmallestValue ? LoadLittle<std::uint16_t>(value) : std::uint16_t{0};
+  }
+  if (!reader.good() || size < kSmallestValue) return ENG_ERR_ITEM_DAMAGED;
+  item->size = static_cast<std::uint32_t>(size);
+  item->kept = record.subspan(reader.position());
+  at_ += outer.position();
+  return ENG_OK;
+}
+
+PackedWriter::PackedWriter(std::uint32_t count) {
+  packed_.reserve(1024);
+  packed_.resize(kSumSize);
+  WireWriter writer(&packed_);
+  writer.Put(kForm);
+  writer.PutVarint(count);
+}
+
+void PackedWriter::Add(const PackedItem& item) {
+  const bool same_time = SameTime(item.modified, previous_);
+  record_.clear();
+  WireWriter record(&record_);
+  record.Put(static_cast<std::uint8_t>((item.aside ? kAside : 0) | (same_time ? kSameTime : 0)));
+  record.PutVarint(item.name);
+  record.Put(item.flags);
+  if (!same_time) record.PutTime(item.modified);
+  previous_ = item.modified;
+  if (item.aside) {
+    record.Put(item.type);
+    record.PutVarint(item.aside);
+    record.PutVarint(item.size);
+  } else {
+    record.PutVarint(item.value.size());
+  }
+  WireWriter writer(&packed_);
+  writer.PutVarint(record_.size() + item.value.size() + item.kept.size());
+  writer.PutBytes(record_);
+  writer.PutBytes(item.value);
+  writer.PutBytes(item.kept);
+}
+
+Bytes PackedWriter::Finish(Bytes rest, std::uint32_t id) {
+  WireWriter(&packed_).PutBytes(rest);
+  StoreLittle(packed_.data(), Checksum(Bytes(packed_).subspan(kSumSize), id));
+  return packed_;
+}
+
+}  // namespace qcore

@@ -1,0 +1,65 @@
+// The packed value of a slate row: every item with its small value, larger values by number.
+//
+//   u32 checksum of all behind it | u8 form | varint item count | records | bytes that are kept
+//   record:  varint length | u8 head | varint name | u16 flags | [time] | value | bytes that are kept
+//   head:    bit 0 the value stands aside, bit 1 the time is that of the record before
+//   value:   varint size, type word and data;  aside: u16 type, varint value number, varint size
+//
+// Bytes behind what this engine knows, in a record or at the end, are read and written back as they are.
+#ifndef QUILLON_QCORE_SLATES_PACKED_H
+#define QUILLON_QCORE_SLATES_PACKED_H
+
+#include <vector>
+
+#include "qcore/store/store.h"
+
+namespace qcore {
+
+// Values up to this size stand in the row.
+inline constexpr std::uint32_t kPackedValueLimit = 4096;
+inline constexpr std::uint32_t kSmallestValue = 2;  // the type word
+
+struct PackedItem {
+  std::uint32_t name = 0;
+  std::uint16_t flags = 0;
+  std::uint16_t type = 0;
+  TIMEDATE modified{};
+  std::uint32_t size = 0;    // of the value, type word included
+  Store::ValueId aside = 0;  // 0: `value` holds the bytes
+  Bytes value;
+  Bytes kept;
+};
+
+class PackedReader {
+ public:
+  // ENG_ERR_ITEM_DAMAGED for bytes that are no packed value of slate `id`.
+  [[nodiscard]] ENGSTATUS Start(Bytes packed, std::uint32_t id);
+  std::uint32_t count() const { return count_; }
+  // Call count() times.
+  [[nodiscard]] ENGSTATUS Next(PackedItem* item);
+  // What is behind the last record.
+  Bytes Rest() const { return packed_.subspan(at_); }
+
+ private:
+  Bytes packed_;
+  std::size_t at_ = 0;
+  std::uint32_t count_ = 0;
+  TIMEDATE previous_{};
+};
+
+class PackedWriter {
+ public:
+  explicit PackedWriter(std::uint32_t count);
+  void Add(const PackedItem& item);
+  // The whole value, with its checksum.
+  Bytes Finish(Bytes rest, std::uint32_t id);
+
+ private:
+  std::vector<std::uint8_t> packed_;
+  std::vector<std::uint8_t> record_;
+  TIMEDATE previous_{};
+};
+
+}  // namespace qcore
+
+#endif

@@ -1,0 +1,131 @@
+#include "qcore/slates/search.h"
+
+#include <algorithm>
+
+#include "qcore/idtables/idtable.h"
+#include "qcore/slates/packed.h"
+#include "qcore/slates/slate.h"
+#include "qcore/store/wire.h"
+
+namespace qcore {
+
+namespace {
+
+constexpr std::uint32_t kStubBit = 0x80000000u;
+constexpr std::string_view kTitleName = "$TITLE";
+constexpr std::uint16_t kTypeText = 0x0500;
+constexpr std::uint16_t kTypeTextList = 0x0501;
+constexpr std::uint16_t kClassForm = 0x0004;
+constexpr std::uint16_t kClassView = 0x0008;
+
+bool IsSynonym(std::string_view titles, std::string_view name) {
+  while (true) {
+    const std::size_t bar = titles.find('|');
+    if (titles.substr(0, bar) == name) return true;
+    if (bar == std::string_view::npos) return false;
+    titles.remove_prefix(bar + 1);
+  }
+}
+
+// A text is one entry; each entry of a list may hold several names.
+bool HasTitle(Bytes value, std::uint16_t type, std::string_view name) {
+  const auto text = [](const std::uint8_t* at, std::size_t size) {
+    return std::string_view(reinterpret_cast<const char*>(at), size);
+  };
+  WireReader reader(value);
+  reader.Take<std::uint16_t>();
+  if (type == kTypeText) return IsSynonym(text(value.data() + kSmallestValue, value.size() - kSmallestValue), name);
+  const std::uint16_t count = reader.Take<std::uint16_t>();
+  const std::uint8_t* lengths = reader.Skip(std::size_t{count} * 2);
+  for (std::uint16_t i = 0; lengths && i < count; ++i) {
+    const std::uint16_t length = LoadLittle<std::uint16_t>(lengths + 2 * i);
+    const std::uint8_t* entry = reader.Skip(length);
+    if (entry && IsSynonym(text(entry, length), name)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+ENGSTATUS SearchClass(Database& database, std::uint16_t mask, const TIMEDATE* since, Stubs stubs, TIMEDATE* until,
+                      ENGHANDLE* table) {
+  const auto classes = static_cast<std::uint16_t>(mask & ~kDefaultDesign);
+  std::vector<std::uint32_t> ids;
+  {
+    const std::lock_guard lock(database.mutex());
+    Store& store = database.store();
+    ENGSTATUS status = until ? store.SearchHorizon(until) : ENGSTATUS{ENG_OK};
+    if (status == ENG_OK) {
+      status = store.ReadFeed(since, [&](const FeedEntry& entry) {
+        if ((entry.slate_class & classes) == 0) return;
+        if (!entry.deleted) ids.push_back(entry.id);
+        if (entry.deleted && stubs == Stubs::kListed) ids.push_back(entry.id | kStubBit);
+      });
+    }
+    if (status != ENG_OK) return status;
+  }
+  std::sort(ids.begin(), ids.end());
+  return idtable::Make(ids, table);
+}
+
+ENGSTATUS FindSpecialSlate(Database& database, std::uint16_t selector, std::uint32_t* id) {
+  const auto slate_class = static_cast<std::uint16_t>(selector & ~kDefaultDesign);
+  std::vector<FeedEntry> entries;
+  {
+    const std::lock_guard lock(database.mutex());
+    const ENGSTATUS status = database.store().FindDesign(slate_class, &entries);
+    if (status != ENG_OK) return status;
+  }
+  const bool one_of_many = slate_class == kClassForm || slate_class == kClassView;
+  std::erase_if(entries, [&](const FeedEntry& entry) {
+    return entry.deleted || (one_of_many && (entry.slate_class & kDefaultDesign) == 0);
+  });
+  if (entries.empty()) return ENG_ERR_NO_SPECIAL_SLATE;
+  const auto marked = std::find_if(entries.begin(), entries.end(),
+                                   [](const FeedEntry& entry) { return (entry.slate_class & kDefaultDesign) != 0; });
+  *id = marked != entries.end() ? marked->id : entries.front().id;
+  return ENG_OK;
+}
+
+ENGSTATUS FindDesign(const std::shared_ptr<Database>& database, std::uint16_t slate_class, std::string_view name,
+                     std::uint32_t* id) {
+  std::vector<FeedEntry> entries;
+  {
+    const std::lock_guard lock(database->mutex());
+    const auto mask = static_cast<std::uint16_t>(slate_class & ~kDefaultDesign);
+    const ENGSTATUS status = database->store().FindDesign(mask, &entries);
+    if (status != ENG_OK) return status;
+  }
+  for (const FeedEntry& entry : entries) {
+    if (entry.deleted) continue;
+    bool found = false;
+    const ENGSTATUS status = ReadValueOf(database, entry.id, kTitleName, [&](Bytes value, std::uint16_t type) {
+      found = (type == kTypeText || type == kTypeTextList) && HasTitle(value, type, name);
+    });
+    // One deleted since the list was read is none.
+    if (status != ENG_OK && status != ENG_ERR_NO_ITEM && status != ENG_ERR_SLATE_DELETED) return status;
+    if (!found) continue;
+    *id = entry.id;
+    return ENG_OK;
+  }
+  return ENG_ERR_NO_DESIGN_ELEMENT;
+}
+
+ENGSTATUS CheckDatabase(Database& database, std::string* report) {
+  const std::lock_guard lock(database.mutex());
+  Store& store = database.store();
+  ENGSTATUS status = store.Check(report);
+  if (status != ENG_OK) return status;
+  std::vector<FeedEntry> entries;
+  status = store.ReadFeed(nullptr, [&entries](const FeedEntry& entry) { entries.push_back(entry); });
+  for (std::size_t i = 0; status == ENG_OK && i < entries.size(); ++i) {
+    if (entries[i].deleted) continue;
+    status = CheckSlate(database, entries[i].id);
+    // The report names the slate; that another process may delete one meanwhile is no fault.
+    if (status == ENG_ERR_SLATE_DELETED || status == ENG_ERR_NO_SLATE) status = ENG_OK;
+    if (status != ENG_OK) *report = "slate " + std::to_string(entries[i].id);
+  }
+  return status == ENG_ERR_ITEM_DAMAGED ? ENGSTATUS{ENG_ERR_DB_DAMAGED} : status;
+}
+
+}  // namespace qcore

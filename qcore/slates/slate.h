@@ -1,0 +1,185 @@
+// An open slate: a private copy of a slate's header and items.
+//
+// The packed value of the row lies in one block of engine memory, in which small values are addressed in place; new and
+// grown values have blocks of their own, and large ones are read when they are asked for. A slate is used by one thread
+// at a time; what touches the store takes the database's mutex.
+#ifndef QUILLON_QCORE_SLATES_SLATE_H
+#define QUILLON_QCORE_SLATES_SLATE_H
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "engine/slate.h"
+#include "qcore/slates/packed.h"
+#include "qcore/store/database.h"
+
+namespace qcore {
+
+class Slate {
+ public:
+  // The place of an item among `items_`; part of the item's identity for clients.
+  using Slot = std::uint16_t;
+  static constexpr std::size_t kMostItems = 65535;
+
+  struct Value {
+    BLOCKID place;
+    std::uint32_t size;
+    std::uint16_t type;
+  };
+
+  [[nodiscard]] static ENGSTATUS Create(std::shared_ptr<Database> database, ENGHANDLE* handle);
+  [[nodiscard]] static ENGSTATUS Open(std::shared_ptr<Database> database, std::uint32_t id, ENGHANDLE* handle);
+  [[nodiscard]] static ENGSTATUS Close(ENGHANDLE handle);
+  static Slate* Find(ENGHANDLE handle) { return handle_table.FindAs<Slate>(Kind::kSlate, handle); }
+
+  explicit Slate(std::shared_ptr<Database> database) : database_(std::move(database)) {}
+  Slate(const Slate&) = delete;
+  Slate& operator=(const Slate&) = delete;
+  ~Slate();
+
+  ENGHANDLE handle() const { return handle_; }
+  Database& database() const { return *database_; }
+  const SlateHeader& header() const { return header_; }
+  bool is_modified() const { return modified_; }
+  [[nodiscard]] ENGSTATUS Copy(ENGHANDLE* copy);
+
+  // Header.
+  void SetClass(std::uint16_t slate_class);
+  void SetFlags(std::uint16_t flags);
+  void SetOrigin(const ORIGINATORID& origin);
+  // 0 makes it a new slate; any other ID but its own is refused.
+  [[nodiscard]] ENGSTATUS SetId(std::uint32_t id);
+  [[nodiscard]] ENGSTATUS SetDatabase(std::shared_ptr<Database> database);
+  [[nodiscard]] ENGSTATUS GetParent(std::uint32_t* id);
+  // The table stays the slate's.
+  [[nodiscard]] ENGSTATUS GetResponses(ENGHANDLE* table);
+  [[nodiscard]] ENGSTATUS GetResponseCount(std::uint32_t* count);
+  [[nodiscard]] ENGSTATUS GetSize(std::uint32_t* size);
+
+  // Items. Slots come from the Find functions and SlotOf and are good until the item is deleted.
+  [[nodiscard]] ENGSTATUS SlotOf(BLOCKID item, Slot* slot) const;
+  BLOCKID IdOf(Slot slot) const { return {handle_, slot}; }
+  // ENG_ERR_NO_ITEM.
+  [[nodiscard]] ENGSTATUS FindItem(std::string_view name, Slot* slot) const;
+  [[nodiscard]] ENGSTATUS FindNextItem(Slot previous, std::string_view name, Slot* slot) const;
+  std::uint32_t ItemCount() const { return static_cast<std::uint32_t>(order_.size()); }
+  [[nodiscard]] ENGSTATUS ItemAt(std::uint32_t index, Slot* slot) const;
+  std::string_view NameOf(Slot slot) const { return items_[slot].name->text; }
+  std::uint16_t FlagsOf(Slot slot) const { return items_[slot].flags; }
+  // Type and size, without reading the value.
+  Value FactsOf(Slot slot) const { return {{0, 0}, items_[slot].size, items_[slot].type}; }
+  // Reads a value that stands aside.
+  [[nodiscard]] ENGSTATUS GetValue(Slot slot, Value* value);
+  TIMEDATE ModifiedOf(Slot slot) const;
+
+  [[nodiscard]] ENGSTATUS Append(std::uint16_t flags, std::string_view name, std::uint16_t type, Bytes data,
+                                 Slot* slot);
+  [[nodiscard]] ENGSTATUS AppendBlock(std::uint16_t flags, std::string_view name, ENGHANDLE memory, std::uint32_t size,
+                                      Slot* slot);
+  [[nodiscard]] ENGSTATUS ReplaceBlock(Slot slot, ENGHANDLE memory, std::uint32_t size);
+  [[nodiscard]] ENGSTATUS Reallocate(Slot slot, std::uint32_t size);
+  void Touch(Slot slot);
+  void SetItemFlags(Slot slot, std::uint16_t flags);
+  [[nodiscard]] ENGSTATUS Delete(Slot slot);
+  [[nodiscard]] ENGSTATUS DeleteByName(std::string_view name);
+  [[nodiscard]] ENGSTATUS Rename(Slot slot, std::string_view name);
+
+  // Replaces all items of the name by one summary text of at most `limit` bytes.
+  [[nodiscard]] ENGSTATUS SetText(std::string_view name, std::string_view text, std::size_t limit);
+
+  [[nodiscard]] ENGSTATUS Update(std::uint16_t flags);
+  // Undoes what updates of the given transaction noted in memory. With the database's mutex held.
+  void RevertTo(std::uint64_t transaction);
+
+ private:
+  friend ENGSTATUS ReadValueOf(const std::shared_ptr<Database>&, std::uint32_t, std::string_view,
+                               const std::function<void(Bytes, std::uint16_t)>&);
+
+  struct Item {
+    const ItemName* name = nullptr;
+    Store::ValueId aside = 0;  // where the stored value is, 0 when it is packed or not stored
+    TIMEDATE modified{};
+    ENGHANDLE pool = 0;  // 0 while the value is not in memory by itself
+    std::uint32_t size = 0;
+    std::uint32_t packed_at = 0;  // where an untouched small value lies in the packed block
+    std::uint32_t kept_at = 0;    // bytes that are kept, in the packed block
+    std::uint32_t kept_size = 0;
+    std::uint16_t offset = 0;  // in `pool`
+    std::uint16_t flags = 0;
+    std::uint16_t type = 0;
+    bool live = true;
+    bool own_block = false;
+    bool stored = false;   // the time is that of a stored item
+    bool changed = false;  // anything of it
+    bool touched = false;  // the value
+  };
+  // What an update leaves behind in memory, kept for a client's rollback.
+  struct Saved {
+    std::uint64_t transaction;
+    SlateHeader header;
+    std::optional<SlateHeader> base;
+    std::vector<Item> items;
+    std::vector<Store::ValueId> dropped;
+  };
+  // What an update writes for one item.
+  struct Draft {
+    Slot slot;
+    PackedItem packed;
+  };
+  static constexpr std::uint16_t kObjectType = 3;
+
+  [[nodiscard]] static ENGSTATUS Publish(std::unique_ptr<Slate> slate, ENGHANDLE* handle);
+  [[nodiscard]] ENGSTATUS Load(const SlateHeader& header, Bytes packed);
+  [[nodiscard]] ENGSTATUS LoadItem(const PackedItem& packed, const std::uint8_t* start);
+  [[nodiscard]] ENGSTATUS Materialise(Item& item);
+  [[nodiscard]] ENGSTATUS MaterialiseLocked(Item& item);
+  [[nodiscard]] ENGSTATUS MakeNew();
+  [[nodiscard]] ENGSTATUS TakeSlot(Slot* slot);
+  [[nodiscard]] ENGSTATUS AddOwned(std::uint16_t flags, std::string_view name, ENGHANDLE memory, std::uint32_t size,
+                                   Slot* slot);
+  [[nodiscard]] ENGSTATUS Search(std::size_t first, std::string_view name, Slot* slot) const;
+  [[nodiscard]] ENGSTATUS CopyItem(const Item& source);
+  bool IsLocked(const Item& item) const;
+  // The value's bytes, for a value in memory; empty when a client has freed its block.
+  Bytes BytesOf(const Item& item) const;
+  // The universal ID in $REF.
+  std::optional<UNIVERSALSLATEID> Reference() const;
+  void ReleaseValue(Item& item);
+
+  [[nodiscard]] ENGSTATUS Write(std::uint16_t flags, SlateHeader* header, std::vector<Draft>* drafts);
+  [[nodiscard]] ENGSTATUS CheckForced(SlateHeader* header, std::vector<Store::ValueId>* replaced);
+  [[nodiscard]] ENGSTATUS WriteDrafts(const SlateHeader& header, std::vector<Draft>* drafts,
+                                      std::vector<Store::ValueId>* replaced);
+  [[nodiscard]] ENGSTATUS WriteRow(std::uint16_t flags, SlateHeader* header, const std::vector<Draft>& drafts);
+  [[nodiscard]] ENGSTATUS AdoptObjects(std::uint32_t id, const std::vector<Draft>& drafts);
+  void Settle(const SlateHeader& header, const std::vector<Draft>& drafts);
+  void Drop(Slot slot);
+
+  std::shared_ptr<Database> database_;
+  ENGHANDLE handle_ = 0;
+  SlateHeader header_;
+  std::optional<SlateHeader> base_;  // the stored state that an update builds on; none for a new slate
+  ENGHANDLE packed_ = 0;
+  std::uint32_t rest_at_ = 0;  // bytes behind the records
+  std::uint32_t rest_size_ = 0;
+  std::vector<Item> items_;              // by slot
+  std::vector<Slot> order_;              // live items as they were added
+  std::vector<Store::ValueId> dropped_;  // stored values of deleted items, freed by the next update
+  ENGHANDLE responses_ = 0;
+  bool modified_ = false;
+  bool had_objects_ = false;
+  std::unique_ptr<Saved> saved_;
+};
+
+// Reads one item of a stored slate without a handle: the first of that name, while `reader` runs.
+[[nodiscard]] ENGSTATUS ReadValueOf(const std::shared_ptr<Database>& database, std::uint32_t id, std::string_view name,
+                                    const std::function<void(Bytes, std::uint16_t)>& reader);
+// Reads every value of a stored slate, with the database's mutex held.
+[[nodiscard]] ENGSTATUS CheckSlate(Database& database, std::uint32_t id);
+
+}  // namespace qcore
+
+#endif

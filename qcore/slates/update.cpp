@@ -1,0 +1,239 @@
+// Writing a slate: one change of the store, all or nothing.
+#include <algorithm>
+
+#include "qcore/memory/memory.h"
+#include "qcore/slates/slate.h"
+#include "qcore/store/moment.h"
+#include "qcore/store/wire.h"
+
+namespace qcore {
+
+namespace {
+
+constexpr std::string_view kReferenceName = "$REF";
+constexpr std::size_t kUniversalSize = 16;
+constexpr std::size_t kListCountSize = 2;
+constexpr std::size_t kObjectIdAt = 4;  // behind the type word and the object type
+
+// Opening a slate writes nothing; the day of the last save is what is kept.
+TIMEDATE DayOf(const TIMEDATE& moment) { return {ENG_TIME_WILD, moment.DateWord}; }
+
+std::optional<std::uint32_t> ObjectIn(Bytes value) {
+  if (value.size() < kObjectIdAt + sizeof(std::uint32_t)) return std::nullopt;
+  return LoadLittle<std::uint32_t>(value.data() + kObjectIdAt);
+}
+
+}  // namespace
+
+// The ID stands behind the type word, or behind a list count there.
+std::optional<UNIVERSALSLATEID> Slate::Reference() const {
+  Slot slot = 0;
+  if (FindItem(kReferenceName, &slot) != ENG_OK) return std::nullopt;
+  const Item& item = items_[slot];
+  if (item.pool == 0 && item.aside != 0) return std::nullopt;
+  const Bytes value = BytesOf(item);
+  std::size_t at = kSmallestValue;
+  if (value.size() < at + kUniversalSize) return std::nullopt;
+  if ((value.size() - at) % kUniversalSize == kListCountSize) at += kListCountSize;
+  return UNIVERSALSLATEID{LoadTime(value.data() + at), LoadTime(value.data() + at + 8)};
+}
+
+ENGSTATUS Slate::Update(std::uint16_t flags) {
+  const std::lock_guard lock(database_->mutex());
+  Change change(*database_);
+  ENGSTATUS status = change.Begin();
+  if (status != ENG_OK) return status;
+  SlateHeader header = header_;
+  std::vector<Draft> drafts;
+  status = Write(flags, &header, &drafts);
+  if (status == ENG_OK) status = change.Commit();
+  if (status == ENG_OK) Settle(header, drafts);
+  return status;
+}
+
+ENGSTATUS Slate::Write(std::uint16_t flags, SlateHeader* header, std::vector<Draft>* drafts) {
+  const bool forced = (flags & ENG_UPDATE_FORCE) != 0;
+  std::vector<Store::ValueId> replaced = dropped_;
+  ENGSTATUS status = ENG_OK;
+  if (!base_) {
+    status = database_->store().NewSlateId(&header->id);
+  } else if (forced) {
+    status = CheckForced(header, &replaced);
+  }
+  if (status != ENG_OK) return status;
+  const TIMEDATE now = Now();
+  ++header->origin.Sequence;
+  header->origin.SequenceTime = now;
+  header->modified = now;
+  header->accessed = DayOf(now);
+  if (!base_) header->added = now;
+  header->parent = Reference();
+  status = WriteDrafts(*header, drafts, &replaced);
+  if (status == ENG_OK) status = WriteRow(flags, header, *drafts);
+  for (std::size_t i = 0; status == ENG_OK && i < replaced.size(); ++i) {
+    status = database_->store().FreeValue(replaced[i]);
+  }
+  return status == ENG_OK ? AdoptObjects(header->id, *drafts) : status;
+}
+
+// What the other one stored aside goes away with its row. Values of ours that it has replaced are gone already.
+ENGSTATUS Slate::CheckForced(SlateHeader* header, std::vector<Store::ValueId>* replaced) {
+  std::vector<Store::ValueId> present;
+  ENGSTATUS status = database_->store().ReadSlate(header->id, [&](const SlateHeader& stored, Bytes packed) {
+    header->origin.Sequence = std::max(header->origin.Sequence, stored.origin.Sequence);
+    PackedReader reader;
+    ENGSTATUS read = reader.Start(packed, stored.id);
+    for (std::uint32_t i = 0; read == ENG_OK && i < reader.count(); ++i) {
+      PackedItem item;
+      read = reader.Next(&item);
+      if (read == ENG_OK && item.aside != 0) present.push_back(item.aside);
+    }
+    return read;
+  });
+  if (status != ENG_OK) return status;
+  const auto is_present = [&present](Store::ValueId value) {
+    return std::find(present.begin(), present.end(), value) != present.end();
+  };
+  std::erase_if(*replaced, [&](Store::ValueId value) { return !is_present(value); });
+  for (Slot slot : order_) {
+    Item& item = items_[slot];
+    if (item.aside == 0) continue;
+    if (is_present(item.aside)) {
+      std::erase(present, item.aside);
+      continue;
+    }
+    if (item.pool == 0) return ENG_ERR_SLATE_CONFLICT;
+    item.aside = 0;
+    item.touched = true;
+  }
+  for (Store::ValueId value : *replaced) std::erase(present, value);
+  replaced->insert(replaced->end(), present.begin(), present.end());
+  return ENG_OK;
+}
+
+ENGSTATUS Slate::WriteDrafts(const SlateHeader& header, std::vector<Draft>* drafts,
+                             std::vector<Store::ValueId>* replaced) {
+  drafts->reserve(order_.size());
+  const memory::LockedBlock block(packed_);
+  for (Slot slot : order_) {
+    const Item& item = items_[slot];
+    Draft& draft = drafts->emplace_back();
+    draft.slot = slot;
+    PackedItem& packed = draft.packed;
+    ENGSTATUS status = database_->names().Number(database_->store(), item.name, &packed.name);
+    if (status != ENG_OK) return status;
+    packed.flags = item.flags;
+    packed.type = item.type;
+    packed.size = item.size;
+    packed.modified = item.changed ? header.modified : item.modified;
+    if (item.kept_size != 0) packed.kept = Bytes(block.bytes() + item.kept_at, item.kept_size);
+    if (item.aside != 0 && !item.touched) {
+      packed.aside = item.aside;
+      continue;
+    }
+    const Bytes value = BytesOf(item);
+    if (value.empty()) return ENG_ERR_ITEM_DAMAGED;
+    if (item.aside != 0) replaced->push_back(item.aside);
+    if (item.size <= kPackedValueLimit) {
+      packed.value = value;
+      continue;
+    }
+    packed.type = LoadLittle<std::uint16_t>(value.data());
+    status = database_->store().WriteValue(value, &packed.aside);
+    if (status != ENG_OK) return status;
+  }
+  return ENG_OK;
+}
+
+ENGSTATUS Slate::WriteRow(std::uint16_t flags, SlateHeader* header, const std::vector<Draft>& drafts) {
+  PackedWriter writer(static_cast<std::uint32_t>(drafts.size()));
+  for (const Draft& draft : drafts) writer.Add(draft.packed);
+  const memory::LockedBlock block(packed_);
+  const Bytes rest = rest_size_ != 0 ? Bytes(block.bytes() + rest_at_, rest_size_) : Bytes();
+  const Bytes packed = writer.Finish(rest, header->id);
+  if (!base_) return database_->store().InsertSlate(header, packed);
+  if (flags & ENG_UPDATE_FORCE) return database_->store().UpdateSlate(header, packed, nullptr);
+  const ORIGINATORID& origin = header->origin;
+  const bool same_universal = SameTime(origin.File, base_->origin.File) && SameTime(origin.Slate, base_->origin.Slate);
+  const bool same_parent = header->parent.has_value() == base_->parent.has_value() &&
+                           (!header->parent || (SameTime(header->parent->File, base_->parent->File) &&
+                                                SameTime(header->parent->Slate, base_->parent->Slate)));
+  const SlateVersion expected{base_->origin.Sequence, base_->origin.SequenceTime, same_universal && same_parent};
+  return database_->store().UpdateSlate(header, packed, &expected);
+}
+
+// Reserved objects that an item names become the slate's; those of the slate that no item names any more go away.
+ENGSTATUS Slate::AdoptObjects(std::uint32_t id, const std::vector<Draft>& drafts) {
+  Store& store = database_->store();
+  std::vector<std::uint32_t> named;
+  for (const Draft& draft : drafts) {
+    if (draft.packed.type != kObjectType) continue;
+    const std::optional<std::uint32_t> object = ObjectIn(draft.packed.value);
+    if (object) named.push_back(*object);
+  }
+  if (named.empty() && !had_objects_) return ENG_OK;
+  std::vector<std::uint32_t> owned;
+  ENGSTATUS status = store.FindObjects(id, &owned);
+  for (std::size_t i = 0; status == ENG_OK && i < named.size(); ++i) {
+    ObjectInfo info{};
+    status = store.GetObject(named[i], &info);
+    if (status == ENG_OK && info.owner == 0) status = store.SetObjectOwner(named[i], id);
+    if (status == ENG_ERR_NO_OBJECT) status = ENG_OK;  // a record may outlive its object
+  }
+  for (std::size_t i = 0; status == ENG_OK && i < owned.size(); ++i) {
+    if (std::find(named.begin(), named.end(), owned[i]) == named.end()) status = store.FreeObject(owned[i]);
+  }
+  return status;
+}
+
+void Slate::Settle(const SlateHeader& header, const std::vector<Draft>& drafts) {
+  const std::uint64_t transaction = database_->transaction();
+  if (transaction != 0 && (!saved_ || saved_->transaction != transaction)) {
+    saved_ = std::make_unique<Saved>(Saved{transaction, header_, base_, items_, dropped_});
+  }
+  header_ = header;
+  base_ = header;
+  had_objects_ = false;
+  for (const Draft& draft : drafts) {
+    Item& item = items_[draft.slot];
+    item.aside = draft.packed.aside;
+    item.type = draft.packed.type;
+    item.modified = draft.packed.modified;
+    item.stored = true;
+    item.changed = false;
+    item.touched = false;
+    had_objects_ = had_objects_ || item.type == kObjectType;
+  }
+  dropped_.clear();
+  modified_ = false;
+}
+
+// Values changed since stay as they are; what was noted about the store goes back, and all is to be written again.
+void Slate::RevertTo(std::uint64_t transaction) {
+  if (!saved_ || saved_->transaction != transaction) return;
+  header_.id = saved_->header.id;
+  header_.added = saved_->header.added;
+  header_.origin.Sequence = saved_->header.origin.Sequence;
+  header_.origin.SequenceTime = saved_->header.origin.SequenceTime;
+  base_ = saved_->base;
+  dropped_ = saved_->dropped;
+  for (std::size_t i = 0; i < items_.size(); ++i) {
+    Item& item = items_[i];
+    const Item* before = i < saved_->items.size() ? &saved_->items[i] : nullptr;
+    item.stored = before && before->stored;
+    item.changed = true;
+    item.touched = item.pool != 0;  // one that was never read is as it was stored
+    if (!before || before->aside == 0) {
+      item.aside = 0;
+      continue;
+    }
+    if (!item.live) dropped_.push_back(before->aside);
+    if (item.live) item.aside = before->aside;
+  }
+  std::sort(dropped_.begin(), dropped_.end());
+  dropped_.erase(std::unique(dropped_.begin(), dropped_.end()), dropped_.end());
+  modified_ = true;
+  saved_.reset();
+}
+
+}  // namespace qcore

@@ -1,0 +1,42 @@
+#include "qcore/store/checksum.h"
+
+#include <cstring>
+
+namespace qcore {
+
+namespace {
+
+constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15u;
+
+std::uint64_t LoadWord(const std::uint8_t* bytes, std::size_t count) {
+  std::uint64_t word = 0;
+  for (std::size_t i = 0; i < count; ++i) word |= std::uint64_t{bytes[i]} << (8 * i);
+  return word;
+}
+
+std::uint64_t Mix(std::uint64_t state, std::uint64_t word) {
+  state = (state ^ word) * kFactor;
+  return state ^ (state >> 32);
+}
+
+}  // namespace
+
+std::uint32_t Checksum(std::span<const std::uint8_t> bytes, std::uint64_t seed) {
+  // Two lanes hide the latency of the multiplication.
+  std::uint64_t first = Mix(seed, bytes.size());
+  std::uint64_t second = Mix(~seed, bytes.size());
+  std::size_t at = 0;
+  for (; at + 16 <= bytes.size(); at += 16) {
+    first = Mix(first, LoadWord(bytes.data() + at, 8));
+    second = Mix(second, LoadWord(bytes.data() + at + 8, 8));
+  }
+  if (at + 8 <= bytes.size()) {
+    first = Mix(first, LoadWord(bytes.data() + at, 8));
+    at += 8;
+  }
+  second = Mix(second, LoadWord(bytes.data() + at, bytes.size() - at));
+  const std::uint64_t sum = Mix(Mix(first, second), kFactor);
+  return static_cast<std::uint32_t>(sum ^ (sum >> 29));
+}
+
+}  // namespace qcore

@@ -1,0 +1,15 @@
+// A 32-bit checksum over stored bytes, against decay and misplaced pages; no defence against an author.
+#ifndef QUILLON_QCORE_STORE_CHECKSUM_H
+#define QUILLON_QCORE_STORE_CHECKSUM_H
+
+#include <cstdint>
+#include <span>
+
+namespace qcore {
+
+// `seed` ties the bytes to their place, so that whole bytes at another place do not pass.
+std::uint32_t Checksum(std::span<const std::uint8_t> bytes, std::uint64_t seed);
+
+}  // namespace qcore
+
+#endif

@@ -1,0 +1,173 @@
+#include "qcore/store/database.h"
+
+#include <array>
+
+#include "qcore/settings/platform.h"
+#include "qcore/slates/slate.h"
+#include "qcore/store/moment.h"
+#include "qcore/store/paths.h"
+#include "qcore/store/sqlite_store.h"
+#include "qcore/store/wire.h"
+
+namespace qcore {
+
+namespace {
+
+using Holder = std::shared_ptr<Database>;
+
+}  // namespace
+
+ENGSTATUS Database::Open(const std::string& path, ENGHANDLE* handle) {
+  std::string file;
+  ENGSTATUS status = ResolvePath(path, &file);
+  if (status != ENG_OK) return status;
+  std::unique_ptr<SqliteStore> store;
+  if (!IsDirectory(file)) status = SqliteStore::Open(file, &store);
+  if (status != ENG_OK) return status;
+  auto holder = std::make_unique<Holder>(std::make_shared<Database>(file, std::move(store)));
+  *handle = handle_table.Insert(Kind::kDatabase, holder.get());
+  if (*handle == 0) return ENG_ERR_TOO_MANY_HANDLES;
+  (*holder)->handle_ = *handle;
+  holder.release();
+  return ENG_OK;
+}
+
+std::shared_ptr<Database> Database::Find(ENGHANDLE handle) {
+  const auto* holder = handle_table.FindAs<Holder>(Kind::kDatabase, handle);
+  return holder ? *holder : nullptr;
+}
+
+ENGSTATUS Database::FindStore(ENGHANDLE handle, std::shared_ptr<Database>* database) {
+  *database = Find(handle);
+  if (!*database) return ENG_ERR_INVALID_HANDLE;
+  return (*database)->is_directory() ? ENG_ERR_DB_IS_DIRECTORY : ENG_OK;
+}
+
+ENGSTATUS Database::Close(ENGHANDLE handle) {
+  const std::unique_ptr<Holder> holder(static_cast<Holder*>(handle_table.Remove(Kind::kDatabase, handle)));
+  if (!holder) return ENG_ERR_INVALID_HANDLE;
+  Database& database = **holder;
+  if (!database.is_directory()) {
+    if (database.transaction_ != 0) static_cast<void>(database.RollbackTransaction());
+    database.CloseSlates();
+    database.FreeReservedObjects();
+  }
+  return ENG_OK;
+}
+
+void Database::CloseAll() {
+  for (ENGHANDLE handle : handle_table.All(Kind::kDatabase)) static_cast<void>(Close(handle));
+}
+
+Database::~Database() = default;
+
+void Database::CloseSlates() {
+  std::set<Slate*> slates;
+  {
+    const std::lock_guard lock(mutex_);
+    slates = slates_;
+  }
+  for (Slate* slate : slates) static_cast<void>(Slate::Close(slate->handle()));
+}
+
+void Database::FreeReservedObjects() {
+  if (reserved_objects_.empty()) return;
+  const std::lock_guard lock(mutex_);
+  Change change(*this);
+  if (change.Begin() != ENG_OK) return;  // a compaction removes what stays behind
+  for (std::uint32_t object : reserved_objects_) {
+    ObjectInfo info;
+    if (store_->GetObject(object, &info) != ENG_OK || info.owner != 0) continue;
+    if (store_->FreeObject(object) != ENG_OK) return;
+  }
+  static_cast<void>(change.Commit());
+}
+
+ENGSTATUS Database::BeginTransaction() {
+  const std::lock_guard lock(mutex_);
+  if (transaction_ != 0) return ENG_ERR_DB_TRANSACTION;
+  const ENGSTATUS status = store_->Begin();
+  if (status != ENG_OK) return status;
+  transaction_ = ++last_transaction_;
+  names_at_begin_ = names_.stored();
+  return ENG_OK;
+}
+
+ENGSTATUS Database::CommitTransaction() {
+  const std::lock_guard lock(mutex_);
+  if (transaction_ == 0) return ENG_ERR_DB_TRANSACTION;
+  const ENGSTATUS status = store_->InTransaction() ? store_->Commit() : ENGSTATUS{ENG_ERR_DB_TRANSACTION};
+  if (status != ENG_OK) RevertMemory();
+  transaction_ = 0;
+  return status;
+}
+
+ENGSTATUS Database::RollbackTransaction() {
+  const std::lock_guard lock(mutex_);
+  if (transaction_ == 0) return ENG_ERR_DB_TRANSACTION;
+  store_->Rollback();
+  RevertMemory();
+  transaction_ = 0;
+  return ENG_OK;
+}
+
+void Database::RevertMemory() {
+  names_.ForgetBehind(names_at_begin_);
+  for (Slate* slate : slates_) slate->RevertTo(transaction_);
+}
+
+ENGSTATUS Database::CreateObject(std::uint16_t object_class, std::uint32_t* object) {
+  const std::lock_guard lock(mutex_);
+  Change change(*this);
+  ENGSTATUS status = change.Begin();
+  if (status == ENG_OK) status = store_->CreateObject(object_class, object);
+  if (status == ENG_OK) status = change.Commit();
+  if (status == ENG_OK) reserved_objects_.insert(*object);
+  return status;
+}
+
+ORIGINATORID Database::NewOrigin() {
+  const std::lock_guard lock(mutex_);
+  const TIMEDATE now = Now();
+  if (Pack(origin_file_) == 0) {
+    std::array<std::uint8_t, 8> bytes;
+    CurrentPlatform().Random(bytes);
+    origin_file_ = LoadTime(bytes.data());
+  }
+  if (Pack(now) <= Pack(last_origin_)) origin_file_ = Unpack(Pack(origin_file_) + 1);
+  last_origin_ = now;
+  return {origin_file_, now, 0, {0, 0}};
+}
+
+Change::~Change() {
+  if (!open_) return;
+  if (database_.transaction_ == 0) {
+    database_.store_->Rollback();
+  } else {
+    database_.store_->RollbackToMark();
+  }
+  database_.names_.ForgetBehind(names_);
+}
+
+ENGSTATUS Change::Begin() {
+  Store& store = *database_.store_;
+  ENGSTATUS status = ENG_ERR_DB_TRANSACTION;
+  if (database_.transaction_ == 0) {
+    status = store.Begin();
+  } else if (store.InTransaction()) {
+    status = store.Mark();
+  }
+  open_ = status == ENG_OK;
+  names_ = database_.names_.stored();
+  return status;
+}
+
+ENGSTATUS Change::Commit() {
+  const ENGSTATUS status = database_.transaction_ == 0 ? database_.store_->Commit() : database_.store_->ReleaseMark();
+  // A commit that failed has already undone the transaction.
+  if (status == ENG_OK || database_.transaction_ == 0) open_ = false;
+  if (status != ENG_OK) database_.names_.ForgetBehind(names_);
+  return status;
+}
+
+}  // namespace qcore

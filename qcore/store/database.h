@@ -1,0 +1,102 @@
+// An open database: a store, its item names, and the slates that are open in it.
+//
+// One mutex serialises the store. Slates hold their database; the handle table holds one reference for the client.
+#ifndef QUILLON_QCORE_STORE_DATABASE_H
+#define QUILLON_QCORE_STORE_DATABASE_H
+
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "engine/database.h"
+#include "qcore/handles/handles.h"
+#include "qcore/store/names.h"
+#include "qcore/store/store.h"
+
+namespace qcore {
+
+class Slate;
+
+class Database {
+ public:
+  // A database or, for a path that names one, a directory.
+  [[nodiscard]] static ENGSTATUS Open(const std::string& path, ENGHANDLE* handle);
+  // Null for a handle that is no open database.
+  static std::shared_ptr<Database> Find(ENGHANDLE handle);
+  // As Find, for operations that need a store. ENG_ERR_INVALID_HANDLE, ENG_ERR_DB_IS_DIRECTORY.
+  [[nodiscard]] static ENGSTATUS FindStore(ENGHANDLE handle, std::shared_ptr<Database>* database);
+  [[nodiscard]] static ENGSTATUS Close(ENGHANDLE handle);
+  // For the end of the engine.
+  static void CloseAll();
+
+  Database(std::string path, std::unique_ptr<Store> store) : path_(std::move(path)), store_(std::move(store)) {}
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+  ~Database();
+
+  const std::string& path() const { return path_; }
+  bool is_directory() const { return !store_; }
+  ENGHANDLE handle() const { return handle_; }
+  NameTable& names() { return names_; }
+
+  [[nodiscard]] ENGSTATUS BeginTransaction();
+  [[nodiscard]] ENGSTATUS CommitTransaction();
+  [[nodiscard]] ENGSTATUS RollbackTransaction();
+
+  [[nodiscard]] ENGSTATUS CreateObject(std::uint16_t object_class, std::uint32_t* object);
+  // A fresh universal ID with an empty sequence.
+  ORIGINATORID NewOrigin();
+
+  // The rest is used with the mutex held.
+  std::mutex& mutex() { return mutex_; }
+  Store& store() { return *store_; }
+  // Serial of the running client transaction, 0 outside of one.
+  std::uint64_t transaction() const { return transaction_; }
+  void Register(Slate* slate) { slates_.insert(slate); }
+  void Unregister(Slate* slate) { slates_.erase(slate); }
+
+ private:
+  friend class Change;
+
+  void CloseSlates();
+  void FreeReservedObjects();
+  // Puts everything in memory back to where it was before the client's transaction.
+  void RevertMemory();
+
+  std::string path_;
+  std::unique_ptr<Store> store_;
+  NameTable names_;
+  std::mutex mutex_;
+  ENGHANDLE handle_ = 0;
+  std::uint64_t transaction_ = 0;
+  std::uint64_t last_transaction_ = 0;
+  std::size_t names_at_begin_ = 0;
+  std::set<Slate*> slates_;
+  std::set<std::uint32_t> reserved_objects_;
+  TIMEDATE origin_file_{};  // random, counted up while origins fall into one hundredth of a second
+  TIMEDATE last_origin_{};
+};
+
+// A piece of writing that happens as a whole or not at all: a transaction of its own, or a part of the client's.
+// Use with the database's mutex held.
+class Change {
+ public:
+  explicit Change(Database& database) : database_(database) {}
+  Change(const Change&) = delete;
+  Change& operator=(const Change&) = delete;
+  ~Change();
+
+  [[nodiscard]] ENGSTATUS Begin();
+  [[nodiscard]] ENGSTATUS Commit();
+
+ private:
+  Database& database_;
+  std::size_t names_ = 0;
+  bool open_ = false;
+};
+
+}  // namespace qcore
+
+#endif

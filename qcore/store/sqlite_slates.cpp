@@ -1,0 +1,250 @@
+// Slate rows, the change feed and searches of the SQLite store.
+#include <algorithm>
+
+#include "qcore/store/moment.h"
+#include "qcore/store/sqlite_sql.h"
+#include "qcore/store/wire.h"
+
+namespace qcore {
+
+namespace {
+
+constexpr std::size_t kUniversalSize = 16;
+constexpr std::uint64_t kDeletedState = std::uint64_t{1} << 32;
+constexpr std::uint32_t kSlateStep = 4;
+constexpr std::uint64_t kLastSlate = 0x7FFFFFF8;  // bit 31 of an ID marks deletion in lists
+
+using UniversalBytes = std::array<std::uint8_t, kUniversalSize>;
+
+// Big-endian with the date words first, so that slates made one behind another lie together in the index.
+UniversalBytes PackUniversal(const TIMEDATE& file, const TIMEDATE& slate) {
+  UniversalBytes bytes;
+  const std::uint64_t words[] = {Pack(file), Pack(slate)};
+  for (std::size_t i = 0; i < kUniversalSize; ++i) {
+    bytes[i] = static_cast<std::uint8_t>(words[i / 8] >> (56 - 8 * (i % 8)));
+  }
+  return bytes;
+}
+
+UNIVERSALSLATEID UnpackUniversal(Bytes bytes) {
+  std::uint64_t words[2] = {0, 0};
+  for (std::size_t i = 0; i < kUniversalSize; ++i) words[i / 8] = (words[i / 8] << 8) | bytes[i];
+  return {Unpack(words[0]), Unpack(words[1])};
+}
+
+std::uint64_t PackState(const SlateHeader& header) {
+  return std::uint64_t{header.slate_class} | std::uint64_t{header.flags} << 16 | (header.deleted ? kDeletedState : 0);
+}
+
+bool TakeHeader(const Use& row, SlateHeader* header) {
+  const std::uint64_t state = row.Number(2);
+  const Bytes universal = row.Blob(3);
+  if (universal.size() != kUniversalSize) return false;
+  header->id = static_cast<std::uint32_t>(row.Number(0));
+  header->modified_here = Unpack(row.Number(1));
+  header->slate_class = static_cast<std::uint16_t>(state);
+  header->flags = static_cast<std::uint16_t>(state >> 16);
+  header->deleted = (state & kDeletedState) != 0;
+  const UNIVERSALSLATEID id = UnpackUniversal(universal);
+  header->origin = {id.File, id.Slate, static_cast<std::uint32_t>(row.Number(4)), Unpack(row.Number(5))};
+  header->modified = Unpack(row.Number(6));
+  header->added = Unpack(row.Number(7));
+  header->accessed = Unpack(row.Number(8));
+  header->parent.reset();
+  if (row.IsNull(9)) return true;
+  const Bytes parent = row.Blob(9);
+  if (parent.size() != kUniversalSize) return false;
+  header->parent = UnpackUniversal(parent);
+  return true;
+}
+
+// Parameters 1 to 9, the same in all statements that write a row.
+void BindHeader(Use& use, const SlateHeader& header, std::uint64_t feed) {
+  use.Bind(1, header.id);
+  use.Bind(2, feed);
+  use.Bind(3, Pack(header.modified_here));
+  use.Bind(4, PackState(header));
+  use.Bind(5, header.origin.Sequence);
+  use.Bind(6, Pack(header.origin.SequenceTime));
+  use.Bind(7, Pack(header.modified));
+}
+
+}  // namespace
+
+ENGSTATUS SqliteStore::ReadSlate(std::uint32_t id, const PackedReader& reader) {
+  Use use = Start(Sql::kReadSlate);
+  use.Bind(1, id);
+  if (!use.Row()) return use.code() == SQLITE_OK ? ENGSTATUS{ENG_ERR_NO_SLATE} : Result(use.code());
+  SlateHeader header;
+  if (!TakeHeader(use, &header)) return ENG_ERR_DB_DAMAGED;
+  if (header.deleted) return ENG_ERR_SLATE_DELETED;
+  return reader(header, use.Blob(10));
+}
+
+ENGSTATUS SqliteStore::ReadHeader(std::uint32_t id, SlateHeader* header) {
+  Use use = Start(Sql::kReadHeader);
+  use.Bind(1, id);
+  if (!use.Row()) return use.code() == SQLITE_OK ? ENGSTATUS{ENG_ERR_NO_SLATE} : Result(use.code());
+  return TakeHeader(use, header) ? ENG_OK : ENG_ERR_DB_DAMAGED;
+}
+
+ENGSTATUS SqliteStore::NewSlateId(std::uint32_t* id) {
+  if (counters_.slate >= kLastSlate) return ENG_ERR_DB_FULL;
+  counters_.slate = (counters_.slate / kSlateStep + 1) * kSlateStep;
+  *id = static_cast<std::uint32_t>(counters_.slate);
+  return ENG_OK;
+}
+
+// Times never fall along the feed, even when the clock is put back: a search by time relies on it.
+void SqliteStore::Stamp(SlateHeader* header) {
+  const TIMEDATE now = Now();
+  if (Pack(now) > Pack(counters_.here)) counters_.here = now;
+  header->modified_here = counters_.here;
+  ++counters_.feed;
+}
+
+ENGSTATUS SqliteStore::InsertSlate(SlateHeader* header, Bytes packed) {
+  Stamp(header);
+  Use use = Start(Sql::kInsertSlate);
+  BindHeader(use, *header, counters_.feed);
+  use.Bind(8, Pack(header->added));
+  use.Bind(9, Pack(header->accessed));
+  use.Bind(10, packed);
+  const UniversalBytes universal = PackUniversal(header->origin.File, header->origin.Slate);
+  use.Bind(11, Bytes(universal));
+  UniversalBytes parent;
+  if (header->parent) parent = PackUniversal(header->parent->File, header->parent->Slate);
+  header->parent ? use.Bind(12, Bytes(parent)) : use.BindNull(12);
+  return Finish(use);
+}
+
+ENGSTATUS SqliteStore::UpdateSlate(SlateHeader* header, Bytes packed, const SlateVersion* expected) {
+  Stamp(header);
+  const bool same_links = expected && expected->same_links;
+  {
+    // Columns that do not change stay out of the statement, and their index pages unwritten.
+    Use use = Start(same_links ? Sql::kUpdateSlate : Sql::kUpdateSlateLinks);
+    BindHeader(use, *header, counters_.feed);
+    use.Bind(8, Pack(header->added));
+    use.Bind(9, Pack(header->accessed));
+    use.Bind(10, packed);
+    const UniversalBytes universal = PackUniversal(header->origin.File, header->origin.Slate);
+    UniversalBytes parent;
+    if (header->parent) parent = PackUniversal(header->parent->File, header->parent->Slate);
+    if (!same_links) {
+      use.Bind(11, Bytes(universal));
+      header->parent ? use.Bind(12, Bytes(parent)) : use.BindNull(12);
+    }
+    if (expected) {
+      use.Bind(13, expected->sequence);
+      use.Bind(14, Pack(expected->sequence_time));
+    } else {
+      use.BindNull(13);
+      use.BindNull(14);
+    }
+    const ENGSTATUS status = Finish(use);
+    if (status != ENG_OK) return status;
+  }
+  return sqlite3_changes(connection_.get()) == 1 ? ENGSTATUS{ENG_OK} : UpdateMisses(header->id);
+}
+
+ENGSTATUS SqliteStore::UpdateMisses(std::uint32_t id) {
+  SlateHeader present;
+  const ENGSTATUS status = ReadHeader(id, &present);
+  if (status != ENG_OK) return status;
+  return present.deleted ? ENG_ERR_SLATE_DELETED : ENG_ERR_SLATE_CONFLICT;
+}
+
+ENGSTATUS SqliteStore::MakeStub(SlateHeader* header) {
+  header->deleted = true;
+  Stamp(header);
+  Use use = Start(Sql::kMakeStub);
+  BindHeader(use, *header, counters_.feed);
+  return Finish(use);
+}
+
+ENGSTATUS SqliteStore::RemoveSlate(const SlateHeader& header) {
+  SlateHeader gone = header;
+  Stamp(&gone);
+  (header.slate_class == 1 ? counters_.removed_data : counters_.removed_design) = gone.modified_here;
+  floors_changed_ = true;
+  Use use = Start(Sql::kRemoveSlate);
+  use.Bind(1, header.id);
+  return Finish(use);
+}
+
+ENGSTATUS SqliteStore::ReadFeed(const TIMEDATE* since, const FeedReader& reader) {
+  Use use = Start(Sql::kReadFeed);
+  while (use.Row()) {
+    if (since && use.Number(1) < Pack(*since)) break;
+    const std::uint64_t state = use.Number(2);
+    reader(
+        {static_cast<std::uint32_t>(use.Number(0)), static_cast<std::uint16_t>(state), (state & kDeletedState) != 0});
+  }
+  return Result(use.code());
+}
+
+ENGSTATUS SqliteStore::LastChange(Part part, TIMEDATE* moment) {
+  std::uint64_t last = 0;
+  {
+    Use use = Start(part == Part::kData ? Sql::kLastData : Sql::kLastDesign);
+    if (use.Row()) last = use.Number(0);
+    if (use.code() != SQLITE_OK) return Result(use.code());
+  }
+  std::vector<std::uint8_t> floors;
+  const ENGSTATUS status = GetSetting(Setting::kFloors, &floors);
+  if (status != ENG_OK) return status;
+  if (!floors.empty()) {
+    Counters kept;
+    WireReader reader(floors);
+    reader.Skip(4 * sizeof(std::uint64_t) + (part == Part::kData ? 0 : sizeof(std::uint64_t)));
+    last = std::max(last, reader.Take<std::uint64_t>());
+    if (!reader.good()) return ENG_ERR_DB_DAMAGED;
+  }
+  *moment = Unpack(last);
+  return ENG_OK;
+}
+
+// While no other connection writes, whatever comes later carries a later time than now. Beside an open transaction only
+// the last committed time is certain.
+ENGSTATUS SqliteStore::SearchHorizon(TIMEDATE* moment) {
+  *moment = Now();
+  std::uint64_t last = 0;
+  {
+    Use use = Start(Sql::kLastHere);
+    if (use.Row()) last = use.Number(0);
+    if (use.code() != SQLITE_OK) return Result(use.code());
+  }
+  *moment = Unpack(std::max(last, Pack(*moment)));
+  return ENG_OK;
+}
+
+ENGSTATUS SqliteStore::FindUniversal(const UNIVERSALSLATEID& universal, std::uint32_t* id) {
+  const UniversalBytes bytes = PackUniversal(universal.File, universal.Slate);
+  Use use = Start(Sql::kFindUniversal);
+  use.Bind(1, Bytes(bytes));
+  if (!use.Row()) return use.code() == SQLITE_OK ? ENGSTATUS{ENG_ERR_NO_SLATE} : Result(use.code());
+  *id = static_cast<std::uint32_t>(use.Number(0));
+  return ENG_OK;
+}
+
+ENGSTATUS SqliteStore::FindResponses(const UNIVERSALSLATEID& parent, std::vector<std::uint32_t>* ids) {
+  const UniversalBytes bytes = PackUniversal(parent.File, parent.Slate);
+  Use use = Start(Sql::kFindResponses);
+  use.Bind(1, Bytes(bytes));
+  while (use.Row()) ids->push_back(static_cast<std::uint32_t>(use.Number(0)));
+  return Result(use.code());
+}
+
+ENGSTATUS SqliteStore::FindDesign(std::uint16_t mask, std::vector<FeedEntry>* entries) {
+  Use use = Start(Sql::kFindDesign);
+  use.Bind(1, mask);
+  while (use.Row()) {
+    const std::uint64_t state = use.Number(1);
+    entries->push_back(
+        {static_cast<std::uint32_t>(use.Number(0)), static_cast<std::uint16_t>(state), (state & kDeletedState) != 0});
+  }
+  return Result(use.code());
+}
+
+}  // namespace qcore

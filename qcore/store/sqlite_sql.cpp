@@ -1,0 +1,53 @@
+#include "qcore/store/sqlite_sql.h"
+
+namespace qcore {
+
+// In the order of SqliteStore::Sql.
+const char* const SqliteStore::kSql[] = {
+    "BEGIN IMMEDIATE",
+    "BEGIN",
+    "COMMIT",
+    "ROLLBACK",
+    "SAVEPOINT part",
+    "RELEASE part",
+    "ROLLBACK TO part",
+    "PRAGMA data_version",
+    "SELECT (SELECT max(id) FROM slate),(SELECT max(feed) FROM slate),"
+    "(SELECT here FROM slate ORDER BY feed DESC LIMIT 1),(SELECT max(id) FROM chunk),(SELECT max(id) FROM object),"
+    "(SELECT value FROM setting WHERE key=1)",
+    "SELECT value FROM setting WHERE key=?",
+    "INSERT INTO setting(key,value) VALUES(?1,?2) ON CONFLICT(key) DO UPDATE SET value=?2",
+    "SELECT id,text FROM name WHERE id>=? ORDER BY id",
+    "INSERT INTO name(id,text) VALUES(?,?)",
+    "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent,packed FROM slate WHERE id=?",
+    "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent FROM slate WHERE id=?",
+    "INSERT INTO slate(id,feed,here,state,sequence,sequenced,modified,added,accessed,packed,universal,parent) "
+    "VALUES(?,?,?,?,?,?,?,?,?,?,?,?)",
+    "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,added=?8,accessed=?9,packed=?10 "
+    "WHERE id=?1 AND packed IS NOT NULL AND sequence=?13 AND sequenced=?14",
+    "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,added=?8,accessed=?9,packed=?10,"
+    "universal=?11,parent=?12 WHERE id=?1 AND packed IS NOT NULL AND (?13 IS NULL OR (sequence=?13 AND sequenced=?14))",
+    "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,packed=NULL,parent=NULL "
+    "WHERE id=?1",
+    "DELETE FROM slate WHERE id=?",
+    "SELECT id,here,state FROM slate INDEXED BY slate_feed ORDER BY feed DESC",
+    "SELECT here FROM slate INDEXED BY slate_feed WHERE state&65535=1 ORDER BY feed DESC LIMIT 1",
+    "SELECT max(here) FROM slate WHERE state&65535<>1",
+    "SELECT here FROM slate INDEXED BY slate_feed ORDER BY feed DESC LIMIT 1",
+    "SELECT id FROM slate WHERE universal=? ORDER BY state>>32,id LIMIT 1",
+    "SELECT id FROM slate WHERE parent=? ORDER BY id",
+    "SELECT id,state FROM slate WHERE state&65535<>1 AND state&?<>0 ORDER BY id",
+    "SELECT id,data FROM chunk WHERE id BETWEEN ?1 AND ?1|65535 ORDER BY id",
+    "SELECT data FROM chunk WHERE id=?",
+    "INSERT INTO chunk(id,data) VALUES(?1,?2) ON CONFLICT(id) DO UPDATE SET data=?2",
+    "DELETE FROM chunk WHERE id BETWEEN ?1 AND ?1|65535",
+    "DELETE FROM chunk WHERE id BETWEEN ?1 AND ?1|65535 AND id>=?2",
+    "INSERT INTO object(id,class,size,slate,value) VALUES(?,?,0,0,?)",
+    "SELECT size,class,slate,value FROM object WHERE id=?",
+    "UPDATE object SET size=?2 WHERE id=?1",
+    "UPDATE object SET slate=?2 WHERE id=?1",
+    "DELETE FROM object WHERE id=?",
+    "SELECT id FROM object WHERE slate=? ORDER BY id",
+};
+
+}  // namespace qcore

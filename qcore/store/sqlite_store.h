@@ -1,0 +1,146 @@
+// The store that keeps a database in one SQLite file.
+//
+// The file is in WAL mode with full syncs. SQLite releases before 3.51.3 can damage a WAL file when one connection
+// checkpoints while another restarts the log; therefore no checkpoint runs by itself, and ours holds SQLite's own write
+// lock on the log, so that no connection of any process can write meanwhile.
+#ifndef QUILLON_QCORE_STORE_SQLITE_STORE_H
+#define QUILLON_QCORE_STORE_SQLITE_STORE_H
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "qcore/store/sqlite_statement.h"
+#include "qcore/store/store.h"
+
+namespace qcore {
+
+class SqliteStore final : public Store {
+ public:
+  static constexpr std::uint32_t kApplicationId = 0x51565354;
+  static constexpr std::int64_t kSchemaVersion = 1;
+  static constexpr std::size_t kChunkSize = 65536;
+
+  // What a new database starts with.
+  struct Creation {
+    std::uint16_t database_class;
+    TIMEDATE file_id;
+    TIMEDATE replica_id;
+  };
+
+  // `file` is an absolute path.
+  [[nodiscard]] static ENGSTATUS Open(const std::string& file, std::unique_ptr<SqliteStore>* store);
+  // Makes the file aside and puts it in place when it is complete and synced.
+  [[nodiscard]] static ENGSTATUS Create(const std::string& file, const Creation& creation, bool overwrite);
+  [[nodiscard]] static ENGSTATUS Delete(const std::string& file);
+  // sizes: bytes before and after.
+  [[nodiscard]] static ENGSTATUS Compact(const std::string& file, std::array<std::uint64_t, 2>* sizes);
+
+  ENGSTATUS Begin() override;
+  ENGSTATUS Commit() override;
+  void Rollback() override;
+  ENGSTATUS Mark() override;
+  ENGSTATUS ReleaseMark() override;
+  void RollbackToMark() override;
+  bool InTransaction() const override;
+  ENGSTATUS BeginRead() override;
+  void EndRead() override;
+
+  ENGSTATUS ReadSlate(std::uint32_t id, const PackedReader& reader) override;
+  ENGSTATUS ReadHeader(std::uint32_t id, SlateHeader* header) override;
+  ENGSTATUS NewSlateId(std::uint32_t* id) override;
+  ENGSTATUS InsertSlate(SlateHeader* header, Bytes packed) override;
+  ENGSTATUS UpdateSlate(SlateHeader* header, Bytes packed, const SlateVersion* expected) override;
+  ENGSTATUS MakeStub(SlateHeader* header) override;
+  ENGSTATUS RemoveSlate(const SlateHeader& header) override;
+
+  ENGSTATUS WriteValue(Bytes bytes, ValueId* value) override;
+  ENGSTATUS ReadValue(ValueId value, std::uint32_t size, std::uint8_t* target) override;
+  ENGSTATUS FreeValue(ValueId value) override;
+
+  ENGSTATUS ReadNames(std::uint32_t first, const NameReader& reader) override;
+  ENGSTATUS AddName(std::uint32_t number, std::string_view name) override;
+
+  ENGSTATUS ReadFeed(const TIMEDATE* since, const FeedReader& reader) override;
+  ENGSTATUS LastChange(Part part, TIMEDATE* moment) override;
+  ENGSTATUS SearchHorizon(TIMEDATE* moment) override;
+  ENGSTATUS FindUniversal(const UNIVERSALSLATEID& universal, std::uint32_t* id) override;
+  ENGSTATUS FindResponses(const UNIVERSALSLATEID& parent, std::vector<std::uint32_t>* ids) override;
+  ENGSTATUS FindDesign(std::uint16_t mask, std::vector<FeedEntry>* entries) override;
+
+  ENGSTATUS GetSetting(Setting setting, std::vector<std::uint8_t>* value) override;
+  ENGSTATUS SetSetting(Setting setting, Bytes value) override;
+
+  ENGSTATUS CreateObject(std::uint16_t object_class, std::uint32_t* object) override;
+  ENGSTATUS GetObject(std::uint32_t object, ObjectInfo* info) override;
+  ENGSTATUS ReadObject(std::uint32_t object, std::uint32_t offset, std::span<std::uint8_t> out) override;
+  ENGSTATUS WriteObject(std::uint32_t object, std::uint32_t offset, Bytes bytes) override;
+  ENGSTATUS ResizeObject(std::uint32_t object, std::uint32_t size) override;
+  ENGSTATUS SetObjectOwner(std::uint32_t object, std::uint32_t slate) override;
+  ENGSTATUS FreeObject(std::uint32_t object) override;
+  ENGSTATUS FindObjects(std::uint32_t slate, std::vector<std::uint32_t>* objects) override;
+
+  ENGSTATUS GetSpace(std::uint64_t* used, std::uint64_t* unused) override;
+  ENGSTATUS Check(std::string* report) override;
+
+ private:
+  // The highest numbers given out, known while no other connection has committed.
+  struct Counters {
+    std::uint64_t slate = 0;
+    std::uint64_t feed = 0;
+    std::uint64_t value = 0;
+    std::uint64_t object = 0;
+    TIMEDATE here{};          // the last time in the change feed
+    TIMEDATE removed_data{};  // when a slate last went without a deletion stub
+    TIMEDATE removed_design{};
+  };
+  struct ObjectRow {
+    ObjectInfo info;
+    ValueId value;
+  };
+  enum class Sql : std::size_t;
+  static constexpr std::size_t kStatements = 40;
+  static const char* const kSql[];
+
+  explicit SqliteStore(Connection connection) : connection_(std::move(connection)) {}
+
+  [[nodiscard]] static ENGSTATUS CheckIdentity(const std::string& file);
+  [[nodiscard]] static ENGSTATUS Fill(const std::string& file, const Creation& creation);
+  [[nodiscard]] static ENGSTATUS Replace(const std::string& fresh, const std::string& file);
+  [[nodiscard]] ENGSTATUS Configure();
+  Use Start(Sql which);
+  // Runs a statement to its end.
+  [[nodiscard]] ENGSTATUS Finish(Use& use);
+  [[nodiscard]] ENGSTATUS Run(Sql which);
+  // Every result passes here, so that a failed sync is noticed.
+  [[nodiscard]] ENGSTATUS Result(int code);
+  [[nodiscard]] ENGSTATUS LoadCounters();
+  [[nodiscard]] ENGSTATUS ReadFloors(Bytes floors);
+  [[nodiscard]] ENGSTATUS WriteFloors();
+  [[nodiscard]] ENGSTATUS ReadObjectRow(std::uint32_t object, ObjectRow* row);
+  [[nodiscard]] ENGSTATUS ReadChunk(ValueId value, std::uint32_t number, std::vector<std::uint8_t>* bytes);
+  [[nodiscard]] ENGSTATUS WriteChunk(ValueId value, std::uint32_t number, Bytes bytes);
+  [[nodiscard]] ENGSTATUS SetObjectSize(std::uint32_t object, std::uint32_t size);
+  [[nodiscard]] ENGSTATUS CheckObjects(std::string* report);
+  [[nodiscard]] ENGSTATUS UpdateMisses(std::uint32_t id);
+  void Stamp(SlateHeader* header);
+  void CheckpointWhenDue();
+  [[nodiscard]] int CheckpointAlone();
+
+  static int OnCommit(void* store, sqlite3* connection, const char* schema, int frames);
+
+  Connection connection_;
+  std::array<Statement, kStatements> statements_;
+  Counters counters_;
+  std::int64_t seen_version_ = -1;
+  bool counters_known_ = false;
+  bool floors_changed_ = false;
+  bool writing_ = false;
+  bool sync_failed_ = false;
+  int log_frames_ = 0;
+};
+
+}  // namespace qcore
+
+#endif

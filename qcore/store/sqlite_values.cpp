@@ -1,0 +1,216 @@
+// Large values and objects of the SQLite store: chunks of 64 KB, each behind its checksum.
+#include <algorithm>
+
+#include "qcore/store/checksum.h"
+#include "qcore/store/sqlite_sql.h"
+#include "qcore/store/wire.h"
+
+namespace qcore {
+
+namespace {
+
+constexpr std::size_t kSumSize = 4;
+
+std::uint64_t ChunkId(Store::ValueId value, std::uint64_t number) { return value << 16 | number; }
+
+// The chunk's bytes behind its checksum; none when it is damaged.
+Bytes Checked(Bytes data, std::uint64_t id) {
+  if (data.size() <= kSumSize || data.size() > kSumSize + SqliteStore::kChunkSize) return {};
+  const Bytes bytes = data.subspan(kSumSize);
+  return Checksum(bytes, id) == LoadLittle<std::uint32_t>(data.data()) ? bytes : Bytes();
+}
+
+}  // namespace
+
+ENGSTATUS SqliteStore::WriteChunk(ValueId value, std::uint32_t number, Bytes bytes) {
+  const std::uint64_t id = ChunkId(value, number);
+  std::vector<std::uint8_t> data(kSumSize + bytes.size());
+  StoreLittle(data.data(), Checksum(bytes, id));
+  std::copy(bytes.begin(), bytes.end(), data.begin() + kSumSize);
+  Use use = Start(Sql::kWriteChunk);
+  use.Bind(1, id);
+  use.Bind(2, Bytes(data));
+  return Finish(use);
+}
+
+ENGSTATUS SqliteStore::ReadChunk(ValueId value, std::uint32_t number, std::vector<std::uint8_t>* bytes) {
+  const std::uint64_t id = ChunkId(value, number);
+  Use use = Start(Sql::kReadChunk);
+  use.Bind(1, id);
+  if (!use.Row()) return use.code() == SQLITE_OK ? ENGSTATUS{ENG_ERR_DB_DAMAGED} : Result(use.code());
+  const Bytes checked = Checked(use.Blob(0), id);
+  if (checked.empty()) return ENG_ERR_DB_DAMAGED;
+  bytes->assign(checked.begin(), checked.end());
+  return ENG_OK;
+}
+
+ENGSTATUS SqliteStore::WriteValue(Bytes bytes, ValueId* value) {
+  *value = ++counters_.value;
+  std::uint32_t number = 0;
+  for (std::size_t at = 0; at < bytes.size(); at += kChunkSize, ++number) {
+    const ENGSTATUS status = WriteChunk(*value, number, bytes.subspan(at, std::min(kChunkSize, bytes.size() - at)));
+    if (status != ENG_OK) return status;
+  }
+  return ENG_OK;
+}
+
+ENGSTATUS SqliteStore::ReadValue(ValueId value, std::uint32_t size, std::uint8_t* target) {
+  Use use = Start(Sql::kReadChunks);
+  use.Bind(1, ChunkId(value, 0));
+  std::size_t at = 0;
+  for (std::uint64_t id = ChunkId(value, 0); use.Row(); ++id) {
+    const Bytes bytes = use.Number(0) == id ? Checked(use.Blob(1), id) : Bytes();
+    const std::size_t expected = std::min<std::size_t>(kChunkSize, size - at);
+    if (bytes.empty() || bytes.size() != expected) return ENG_ERR_DB_DAMAGED;
+    std::copy(bytes.begin(), bytes.end(), target + at);
+    at += bytes.size();
+  }
+  if (use.code() != SQLITE_OK) return Result(use.code());
+  if (at == size) return ENG_OK;
+  return at == 0 ? ENG_ERR_SLATE_CONFLICT : ENG_ERR_DB_DAMAGED;
+}
+
+ENGSTATUS SqliteStore::FreeValue(ValueId value) {
+  // The highest number must stay known when its row goes.
+  if (value == counters_.value) floors_changed_ = true;
+  Use use = Start(Sql::kFreeChunks);
+  use.Bind(1, ChunkId(value, 0));
+  return Finish(use);
+}
+
+ENGSTATUS SqliteStore::CreateObject(std::uint16_t object_class, std::uint32_t* object) {
+  if (counters_.object >= UINT32_MAX) return ENG_ERR_DB_FULL;
+  *object = static_cast<std::uint32_t>(++counters_.object);
+  Use use = Start(Sql::kCreateObject);
+  use.Bind(1, *object);
+  use.Bind(2, object_class);
+  use.Bind(3, ++counters_.value);
+  floors_changed_ = true;  // the value has no chunk yet
+  return Finish(use);
+}
+
+ENGSTATUS SqliteStore::ReadObjectRow(std::uint32_t object, ObjectRow* row) {
+  Use use = Start(Sql::kGetObject);
+  use.Bind(1, object);
+  if (!use.Row()) return use.code() == SQLITE_OK ? ENGSTATUS{ENG_ERR_NO_OBJECT} : Result(use.code());
+  row->info = {static_cast<std::uint32_t>(use.Number(0)), static_cast<std::uint16_t>(use.Number(1)),
+               static_cast<std::uint32_t>(use.Number(2))};
+  row->value = use.Number(3);
+  return ENG_OK;
+}
+
+ENGSTATUS SqliteStore::GetObject(std::uint32_t object, ObjectInfo* info) {
+  ObjectRow row;
+  const ENGSTATUS status = ReadObjectRow(object, &row);
+  if (status == ENG_OK) *info = row.info;
+  return status;
+}
+
+ENGSTATUS SqliteStore::ReadObject(std::uint32_t object, std::uint32_t offset, std::span<std::uint8_t> out) {
+  ObjectRow row;
+  ENGSTATUS status = ReadObjectRow(object, &row);
+  if (status != ENG_OK) return status;
+  if (offset > row.info.size || out.size() > row.info.size - offset) return ENG_ERR_OBJECT_RANGE;
+  std::vector<std::uint8_t> chunk;
+  for (std::size_t at = 0; at < out.size();) {
+    const std::size_t place = offset + at;
+    status = ReadChunk(row.value, static_cast<std::uint32_t>(place / kChunkSize), &chunk);
+    if (status != ENG_OK) return status;
+    const std::size_t start = place % kChunkSize;
+    const std::size_t count = std::min(out.size() - at, kChunkSize - start);
+    if (start + count > chunk.size()) return ENG_ERR_DB_DAMAGED;
+    std::copy_n(chunk.begin() + static_cast<std::ptrdiff_t>(start), count,
+                out.begin() + static_cast<std::ptrdiff_t>(at));
+    at += count;
+  }
+  return ENG_OK;
+}
+
+ENGSTATUS SqliteStore::SetObjectSize(std::uint32_t object, std::uint32_t size) {
+  Use use = Start(Sql::kResizeObject);
+  use.Bind(1, object);
+  use.Bind(2, size);
+  return Finish(use);
+}
+
+ENGSTATUS SqliteStore::WriteObject(std::uint32_t object, std::uint32_t offset, Bytes bytes) {
+  ObjectRow row;
+  ENGSTATUS status = ReadObjectRow(object, &row);
+  if (status != ENG_OK) return status;
+  if (bytes.size() > UINT32_MAX - offset) return ENG_ERR_OBJECT_RANGE;
+  const std::size_t end = offset + bytes.size();
+  if (offset > row.info.size) {
+    status = ResizeObject(object, offset);
+    if (status != ENG_OK) return status;
+    row.info.size = offset;
+  }
+  std::vector<std::uint8_t> chunk;
+  for (std::size_t place = offset; place < end;) {
+    const auto number = static_cast<std::uint32_t>(place / kChunkSize);
+    const std::size_t start = place % kChunkSize;
+    const std::size_t count = std::min(end - place, kChunkSize - start);
+    chunk.clear();
+    if (std::size_t{number} * kChunkSize < row.info.size) {
+      status = ReadChunk(row.value, number, &chunk);
+      if (status != ENG_OK) return status;
+    }
+    if (chunk.size() < start + count) chunk.resize(start + count);
+    const Bytes part = bytes.subspan(place - offset, count);
+    std::copy(part.begin(), part.end(), chunk.begin() + static_cast<std::ptrdiff_t>(start));
+    status = WriteChunk(row.value, number, chunk);
+    if (status != ENG_OK) return status;
+    place += count;
+  }
+  return end > row.info.size ? SetObjectSize(object, static_cast<std::uint32_t>(end)) : ENGSTATUS{ENG_OK};
+}
+
+ENGSTATUS SqliteStore::ResizeObject(std::uint32_t object, std::uint32_t size) {
+  ObjectRow row;
+  ENGSTATUS status = ReadObjectRow(object, &row);
+  if (status != ENG_OK) return status;
+  // The chunk that holds the lesser end changes its length; those behind it come or go whole.
+  const std::uint32_t least = std::min(size, row.info.size);
+  const auto kept = static_cast<std::uint32_t>(least / kChunkSize);
+  std::vector<std::uint8_t> chunk;
+  if (least % kChunkSize != 0) {
+    status = ReadChunk(row.value, kept, &chunk);
+    if (status != ENG_OK) return status;
+  }
+  Use trim = Start(Sql::kTrimChunks);
+  trim.Bind(1, ChunkId(row.value, 0));
+  trim.Bind(2, ChunkId(row.value, kept));
+  status = Finish(trim);
+  for (std::size_t at = std::size_t{kept} * kChunkSize; status == ENG_OK && at < size; at += kChunkSize) {
+    chunk.resize(std::min<std::size_t>(kChunkSize, size - at));
+    status = WriteChunk(row.value, static_cast<std::uint32_t>(at / kChunkSize), chunk);
+    chunk.clear();
+  }
+  return status == ENG_OK ? SetObjectSize(object, size) : status;
+}
+
+ENGSTATUS SqliteStore::SetObjectOwner(std::uint32_t object, std::uint32_t slate) {
+  Use use = Start(Sql::kOwnObject);
+  use.Bind(1, object);
+  use.Bind(2, slate);
+  return Finish(use);
+}
+
+ENGSTATUS SqliteStore::FreeObject(std::uint32_t object) {
+  ObjectRow row;
+  ENGSTATUS status = ReadObjectRow(object, &row);
+  if (status == ENG_OK) status = FreeValue(row.value);
+  if (status != ENG_OK) return status;
+  floors_changed_ = true;
+  Use use = Start(Sql::kFreeObject);
+  use.Bind(1, object);
+  return Finish(use);
+}
+
+ENGSTATUS SqliteStore::FindObjects(std::uint32_t slate, std::vector<std::uint32_t>* objects) {
+  Use use = Start(Sql::kFindObjects);
+  use.Bind(1, slate);
+  while (use.Row()) objects->push_back(static_cast<std::uint32_t>(use.Number(0)));
+  return Result(use.code());
+}
+
+}  // namespace qcore

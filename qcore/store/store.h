@@ -1,0 +1,156 @@
+// What the engine asks of a place that keeps one database.
+//
+// Everything above this interface is the same for every kind of store. A store is used by one thread at a time: its
+// owner, `Database`, serialises. Operations that write run between Begin and Commit; a failed one leaves the
+// transaction to be rolled back unless it says otherwise.
+#ifndef QUILLON_QCORE_STORE_STORE_H
+#define QUILLON_QCORE_STORE_STORE_H
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/status.h"
+#include "engine/types.h"
+
+namespace qcore {
+
+using Bytes = std::span<const std::uint8_t>;
+
+// The header members of a slate, as they are stored.
+struct SlateHeader {
+  std::uint32_t id = 0;
+  std::uint16_t slate_class = 0;
+  std::uint16_t flags = 0;
+  bool deleted = false;  // a deletion stub: it has a header and no items
+  ORIGINATORID origin{};
+  TIMEDATE modified{};
+  TIMEDATE modified_here{};  // never falls along the change feed
+  TIMEDATE added{};
+  TIMEDATE accessed{};
+  std::optional<UNIVERSALSLATEID> parent;  // from $REF
+};
+
+// The state of a slate that an update builds on.
+struct SlateVersion {
+  std::uint32_t sequence;
+  TIMEDATE sequence_time;
+  bool same_links;  // neither the universal ID nor the parent differs from that state
+};
+
+// A row of the change feed.
+struct FeedEntry {
+  std::uint32_t id;
+  std::uint16_t slate_class;
+  bool deleted;
+};
+
+struct ObjectInfo {
+  std::uint32_t size;
+  std::uint16_t object_class;
+  std::uint32_t owner;  // slate ID, 0 while reserved
+};
+
+// Settings by number. Values are bytes in stored form.
+enum class Setting : int {
+  kFloors = 1,  // the store's own: numbers that were given out and have no row any more
+  kClass = 2,
+  kFileId = 3,
+  kReplica = 4,
+  kInfo = 5,
+  kBuild = 6,
+};
+
+class Store {
+ public:
+  // A large value's number: never used twice in a store, so that a number read earlier is either gone or still means
+  // the same bytes.
+  using ValueId = std::uint64_t;
+
+  virtual ~Store() = default;
+
+  // Takes the store's write lock. ENG_ERR_DB_IN_USE when it cannot be had in time, ENG_ERR_DB_FAILED_SYNC after a
+  // failed sync.
+  [[nodiscard]] virtual ENGSTATUS Begin() = 0;
+  // Durable when it returns ENG_OK; otherwise nothing of the transaction is left.
+  [[nodiscard]] virtual ENGSTATUS Commit() = 0;
+  virtual void Rollback() = 0;
+  // A part of a transaction that can be undone alone.
+  [[nodiscard]] virtual ENGSTATUS Mark() = 0;
+  [[nodiscard]] virtual ENGSTATUS ReleaseMark() = 0;
+  virtual void RollbackToMark() = 0;
+  // False once a failure has ended the transaction by itself.
+  virtual bool InTransaction() const = 0;
+  // Reads between these see one state. Nested use is the caller's error.
+  [[nodiscard]] virtual ENGSTATUS BeginRead() = 0;
+  virtual void EndRead() = 0;
+
+  // Slates. `packed` is given the row's packed value, valid during the call only; it is not called for a deletion
+  // stub. ENG_ERR_NO_SLATE for an ID that has no row.
+  using PackedReader = std::function<ENGSTATUS(const SlateHeader&, Bytes)>;
+  [[nodiscard]] virtual ENGSTATUS ReadSlate(std::uint32_t id, const PackedReader& reader) = 0;
+  [[nodiscard]] virtual ENGSTATUS ReadHeader(std::uint32_t id, SlateHeader* header) = 0;
+  [[nodiscard]] virtual ENGSTATUS NewSlateId(std::uint32_t* id) = 0;
+  // Both set modified_here, and put the slate at the end of the change feed.
+  [[nodiscard]] virtual ENGSTATUS InsertSlate(SlateHeader* header, Bytes packed) = 0;
+  // With `expected`, ENG_ERR_SLATE_CONFLICT when the row is not of that version; ENG_ERR_SLATE_DELETED for a deletion
+  // stub; ENG_ERR_NO_SLATE. These three change nothing.
+  [[nodiscard]] virtual ENGSTATUS UpdateSlate(SlateHeader* header, Bytes packed, const SlateVersion* expected) = 0;
+  // Turns the row into a deletion stub with the header's origin.
+  [[nodiscard]] virtual ENGSTATUS MakeStub(SlateHeader* header) = 0;
+  [[nodiscard]] virtual ENGSTATUS RemoveSlate(const SlateHeader& header) = 0;
+
+  // Large values beside the slates.
+  [[nodiscard]] virtual ENGSTATUS WriteValue(Bytes bytes, ValueId* value) = 0;
+  // Exactly `size` bytes; ENG_ERR_SLATE_CONFLICT when the value is gone, ENG_ERR_DB_DAMAGED when parts are missing.
+  [[nodiscard]] virtual ENGSTATUS ReadValue(ValueId value, std::uint32_t size, std::uint8_t* target) = 0;
+  [[nodiscard]] virtual ENGSTATUS FreeValue(ValueId value) = 0;
+
+  // Item names, numbered from 1 without gaps.
+  using NameReader = std::function<void(std::uint32_t, std::string_view)>;
+  [[nodiscard]] virtual ENGSTATUS ReadNames(std::uint32_t first, const NameReader& reader) = 0;
+  [[nodiscard]] virtual ENGSTATUS AddName(std::uint32_t number, std::string_view name) = 0;
+
+  // Searches. ID lists come in ascending order.
+  // Entries changed at or after `since` (null: all), newest first.
+  using FeedReader = std::function<void(const FeedEntry&)>;
+  [[nodiscard]] virtual ENGSTATUS ReadFeed(const TIMEDATE* since, const FeedReader& reader) = 0;
+  // The time of the last change in classes 1 (`kData`) or any other (`kDesign`); all zero when there was none.
+  enum class Part { kData, kDesign };
+  [[nodiscard]] virtual ENGSTATUS LastChange(Part part, TIMEDATE* moment) = 0;
+  // A time that no later change can lie before, for a search that has just been made.
+  [[nodiscard]] virtual ENGSTATUS SearchHorizon(TIMEDATE* moment) = 0;
+  // ENG_ERR_NO_SLATE. A row that is no deletion stub goes before one.
+  [[nodiscard]] virtual ENGSTATUS FindUniversal(const UNIVERSALSLATEID& universal, std::uint32_t* id) = 0;
+  [[nodiscard]] virtual ENGSTATUS FindResponses(const UNIVERSALSLATEID& parent, std::vector<std::uint32_t>* ids) = 0;
+  // Slates other than documents with a class bit of `mask`.
+  [[nodiscard]] virtual ENGSTATUS FindDesign(std::uint16_t mask, std::vector<FeedEntry>* entries) = 0;
+
+  // A missing setting gives ENG_OK and no bytes.
+  [[nodiscard]] virtual ENGSTATUS GetSetting(Setting setting, std::vector<std::uint8_t>* value) = 0;
+  [[nodiscard]] virtual ENGSTATUS SetSetting(Setting setting, Bytes value) = 0;
+
+  // Objects; ENG_ERR_NO_OBJECT.
+  [[nodiscard]] virtual ENGSTATUS CreateObject(std::uint16_t object_class, std::uint32_t* object) = 0;
+  [[nodiscard]] virtual ENGSTATUS GetObject(std::uint32_t object, ObjectInfo* info) = 0;
+  [[nodiscard]] virtual ENGSTATUS ReadObject(std::uint32_t object, std::uint32_t offset,
+                                             std::span<std::uint8_t> out) = 0;
+  [[nodiscard]] virtual ENGSTATUS WriteObject(std::uint32_t object, std::uint32_t offset, Bytes bytes) = 0;
+  // Cuts or extends with zero bytes.
+  [[nodiscard]] virtual ENGSTATUS ResizeObject(std::uint32_t object, std::uint32_t size) = 0;
+  [[nodiscard]] virtual ENGSTATUS SetObjectOwner(std::uint32_t object, std::uint32_t slate) = 0;
+  [[nodiscard]] virtual ENGSTATUS FreeObject(std::uint32_t object) = 0;
+  [[nodiscard]] virtual ENGSTATUS FindObjects(std::uint32_t slate, std::vector<std::uint32_t>* objects) = 0;
+
+  [[nodiscard]] virtual ENGSTATUS GetSpace(std::uint64_t* used, std::uint64_t* unused) = 0;
+  // Checks the store's own structure; ENG_ERR_DB_DAMAGED with the first fault in `report`.
+  [[nodiscard]] virtual ENGSTATUS Check(std::string* report) = 0;
+};
+
+}  // namespace qcore
+
+#endif
