@@ -32,8 +32,6 @@ class VQ_API VQCreateDatabaseOptions : public VQQuillonClass {
   VQSTATUS SetOverwriteExisting(int flag);
 
  private:
-  void Copy(const VQCreateDatabaseOptions& other);
-
   std::uint16_t DatabaseType;
   VQString Title;
   VQString Categories;

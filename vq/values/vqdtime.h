@@ -160,7 +160,6 @@ class VQ_API VQDatetime : public VQQuillonClass {
  private:
   static constexpr std::uint16_t kOrdinary = 3;
 
-  void Copy(const VQDatetime& other);
   [[nodiscard]] VQSTATUS CheckHalf(std::uint16_t has) const;
   const ENGTIME& DateParts() const;
   const ENGTIME& TimeParts() const;
@@ -208,7 +207,6 @@ class VQ_API VQDatetimeRange : public VQQuillonClass {
   int HasEndPart() const { return HasEnd; }
 
  private:
-  void Copy(const VQDatetimeRange& other);
   void TakeBoth(const VQDatetime& datetime);
 
   TIMEDATE_PAIR Pair;

@@ -8,6 +8,8 @@
 #ifndef QUILLON_VQ_VALUES_VQTEXT_H
 #define QUILLON_VQ_VALUES_VQTEXT_H
 
+#include <span>
+
 #include "vq/store/vqitem.h"
 #include "vq/values/vqstring.h"
 
@@ -23,6 +25,7 @@ class VQ_API VQTextBody : public VQItemBody {
   // Statuses without the throw rule.
   [[nodiscard]] VQSTATUS SetText(const VQString& text);
   [[nodiscard]] VQSTATUS SetValueOf(VQTextBody& source);
+  [[nodiscard]] VQSTATUS SetEntries(std::span<const VQString> entries);
   [[nodiscard]] VQSTATUS ReadEntry(unsigned long index, VQString* text);
   [[nodiscard]] VQSTATUS InsertEntry(unsigned long index, const VQString& text);
   [[nodiscard]] VQSTATUS InsertEntries(unsigned long index, VQTextBody& source);
@@ -63,6 +66,8 @@ class VQ_API VQText : public VQItem {
   // Replaces the value and keeps item, name and slate. A source without a body detaches this handle.
   VQSTATUS SetValue(const VQText& text);
   VQSTATUS SetValue(const VQString& text);
+  // All entries at once; needs a value.
+  VQSTATUS SetEntries(std::span<const VQString> entries);
 
  private:
   VQTextBody* TextBody() const { return static_cast<VQTextBody*>(Body); }

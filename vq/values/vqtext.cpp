@@ -1,0 +1,203 @@
+// Text bodies: entries of a stored text or text list.
+#include "vq/values/vqtext.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "engine/engine.h"
+#include "vq/frame/state.h"
+
+namespace {
+
+constexpr char kFile[] = "VQTEXT";
+constexpr unsigned long kTypeWord = 2;
+
+const void* CheckedValue(unsigned short type, const void* value, unsigned long length) {
+  VQ_ASSERT_TEXT(type == TYPE_TEXT || type == TYPE_TEXT_LIST, "vaulttype == TYPE_TEXT || vaulttype == TYPE_TEXT_LIST",
+                 kFile);
+  if (length != 0) VQ_ASSERT(value, kFile);
+  return value;
+}
+
+// Line breaks are zero bytes in store.
+std::vector<VQCHAR> StoredText(const VQString& text) {
+  std::vector<VQCHAR> bytes(text.GetBuf(), text.GetBuf() + text.GetBufLength());
+  std::replace(bytes.begin(), bytes.end(), VQCHAR{10}, VQCHAR{0});
+  return bytes;
+}
+
+void AppendWord(std::vector<VQCHAR>* bytes, unsigned long word) {
+  bytes->push_back(static_cast<VQCHAR>(word & 0xFF));
+  bytes->push_back(static_cast<VQCHAR>(word >> 8));
+}
+
+// A text list on its way through the engine's list operations, in a block of its own.
+class ListBlock {
+ public:
+  ListBlock() = default;
+  ~ListBlock() {
+    if (Handle != 0) EngMemFree(Handle);
+  }
+  ListBlock(const ListBlock&) = delete;
+  ListBlock& operator=(const ListBlock&) = delete;
+
+  [[nodiscard]] VQSTATUS Load(VQTextBody* body) {
+    const VQItemLock value(body);
+    if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
+    const unsigned long size = body->GetValueSize();
+    if (body->GetType() == TYPE_TEXT_LIST && size > kTypeWord) return CopyList(value.Value(), size);
+    if (const VQSTATUS status = vq::FromEngine(EngTextListCreate(0, 1, &Handle, nullptr, &Size))) return status;
+    if (size == kTypeWord) return VQ_OK;
+    return Add(0, value.Data(), size - kTypeWord);
+  }
+  [[nodiscard]] VQSTATUS Store(VQTextBody* body) {
+    const auto* bytes = static_cast<const unsigned char*>(EngMemLock(Handle));
+    if (bytes == nullptr) return VQERR_CORRUPTED;
+    const VQSTATUS status = body->ReplaceValue(TYPE_TEXT_LIST, bytes + kTypeWord, Size - kTypeWord);
+    EngMemUnlock(Handle);
+    return status;
+  }
+  [[nodiscard]] VQSTATUS Add(unsigned long index, const VQCHAR* text, unsigned long bytes) {
+    return vq::FromEngine(EngTextListAddEntry(Handle, 1, &Size, static_cast<std::uint16_t>(index), text,
+                                              static_cast<std::uint16_t>(bytes)));
+  }
+  [[nodiscard]] VQSTATUS Remove(unsigned long index) {
+    return vq::FromEngine(EngTextListRemoveEntry(Handle, 1, &Size, static_cast<std::uint16_t>(index)));
+  }
+
+ private:
+  [[nodiscard]] VQSTATUS CopyList(const unsigned char* value, unsigned long size) {
+    const auto bytes = static_cast<std::uint16_t>(size);
+    if (const VQSTATUS status = vq::FromEngine(EngTextListVerify(value, 1, bytes))) return status;
+    if (const VQSTATUS status = vq::FromEngine(EngMemAlloc(0, bytes, &Handle))) return status;
+    std::memcpy(EngMemLock(Handle), value, size);
+    EngMemUnlock(Handle);
+    Size = bytes;
+    return VQ_OK;
+  }
+
+  ENGHANDLE Handle = 0;
+  std::uint16_t Size = 0;
+};
+
+}  // namespace
+
+VQTextBody::VQTextBody(unsigned short type, const void* value, unsigned long length)
+    : VQItemBody(type, CheckedValue(type, value, length), length) {}
+
+VQTextBody::VQTextBody(VQSlateBody* slate, std::string_view name, const vq::ItemPlace& place)
+    : VQItemBody(slate, name, place) {}
+
+VQCLASSID VQTextBody::GetClassID() const { return VQCLASSID_VQTEXTBODY; }
+
+VQSTATUS VQTextBody::CheckEditable() const {
+  if (const VQSTATUS status = vq::CheckInitialized()) return status;
+  return CheckValue();
+}
+
+VQSTATUS VQTextBody::SetText(const VQString& text) {
+  if (const VQSTATUS status = CheckEditable()) return status;
+  const std::vector<VQCHAR> bytes = StoredText(text);
+  return ReplaceValue(TYPE_TEXT, bytes.data(), bytes.size());
+}
+
+VQSTATUS VQTextBody::SetValueOf(VQTextBody& source) {
+  if (const VQSTATUS status = CheckEditable()) return status;
+  if (&source == this) return VQ_OK;
+  const VQItemLock value(&source);
+  if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
+  return ReplaceValue(source.GetType(), value.Data(), source.GetValueSize() - kTypeWord);
+}
+
+// The stored form is written here in one go: entry by entry the engine would read the growing list anew each time.
+VQSTATUS VQTextBody::SetEntries(std::span<const VQString> entries) {
+  if (const VQSTATUS status = CheckEditable()) return status;
+  if (entries.empty()) return ReplaceValue(TYPE_TEXT, nullptr, 0);
+  unsigned long size = 2 * kTypeWord + 2 * entries.size();
+  for (const VQString& entry : entries) size += entry.GetBufLength();
+  if (size > 65535) return vq::FromEngine(ENG_ERR_LIST_FULL);
+  std::vector<VQCHAR> bytes;
+  bytes.reserve(size);
+  AppendWord(&bytes, entries.size());
+  for (const VQString& entry : entries) AppendWord(&bytes, entry.GetBufLength());
+  for (const VQString& entry : entries)
+    bytes.insert(bytes.end(), entry.GetBuf(), entry.GetBuf() + entry.GetBufLength());
+  std::replace(bytes.end() - static_cast<std::ptrdiff_t>(size - 2 * kTypeWord - 2 * entries.size()), bytes.end(),
+               VQCHAR{10}, VQCHAR{0});
+  return ReplaceValue(TYPE_TEXT_LIST, bytes.data(), bytes.size());
+}
+
+VQSTATUS VQTextBody::ReadEntry(unsigned long index, VQString* text) {
+  const VQItemLock value(this);
+  if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
+  const unsigned long size = GetValueSize();
+  const ENGCHAR* entry = value.Data();
+  auto length = static_cast<std::uint16_t>(size - kTypeWord);
+  if (GetType() != TYPE_TEXT && length != 0) {
+    VQ_ASSERT_TEXT(GetType() == TYPE_TEXT_LIST, "vaulttype==TYPE_TEXT_LIST", kFile);
+    if (const VQSTATUS status = vq::FromEngine(EngTextListVerify(value.Value(), 1, size))) return status;
+    const bool empty = index == 0 && EngTextListCount(value.Value(), 1) == 0;
+    const auto place = static_cast<std::uint16_t>(std::min(index, 0xFFFFUL));
+    const ENGSTATUS result = empty ? ENG_OK : EngTextListGetEntry(value.Value(), 1, place, &entry, &length);
+    if (result != ENG_OK) return vq::FromEngine(result);
+    if (empty) length = 0;
+  }
+  *text = VQString(entry, length);
+  return VQ_OK;
+}
+
+VQSTATUS VQTextBody::InsertEntry(unsigned long index, const VQString& text) {
+  if (const VQSTATUS status = CheckEditable()) return status;
+  if (index > GetEntryCount()) return VQERR_OUT_OF_RANGE;
+  ListBlock list;
+  if (const VQSTATUS status = list.Load(this)) return status;
+  const std::vector<VQCHAR> bytes = StoredText(text);
+  if (const VQSTATUS status = list.Add(index, bytes.data(), bytes.size())) return status;
+  return list.Store(this);
+}
+
+VQSTATUS VQTextBody::InsertEntries(unsigned long index, VQTextBody& source) {
+  if (const VQSTATUS status = CheckEditable()) return status;
+  if (source.CheckValue() != VQ_OK) return VQERR_UNINITIALIZED_ARGUMENT;
+  if (&source == this) return VQERR_INVALID_PARAMETER;
+  if (index > GetEntryCount()) return VQERR_OUT_OF_RANGE;
+  ListBlock list;
+  if (const VQSTATUS status = list.Load(this)) return status;
+  const unsigned long count = source.GetEntryCount();
+  for (unsigned long i = 0; i < count; ++i) {
+    VQString text;
+    if (const VQSTATUS status = source.ReadEntry(i, &text)) return status;
+    const std::vector<VQCHAR> bytes = StoredText(text);
+    if (const VQSTATUS status = list.Add(index + i, bytes.data(), bytes.size())) return status;
+  }
+  return list.Store(this);
+}
+
+VQSTATUS VQTextBody::DeleteEntries(unsigned long index, unsigned long count) {
+  if (const VQSTATUS status = CheckEditable()) return status;
+  if (count == 0) return VQ_OK;
+  const unsigned long entries = GetEntryCount();
+  if (index >= entries || count > entries - index) return VQERR_OUT_OF_RANGE;
+  if (count == entries) return ReplaceValue(TYPE_TEXT, nullptr, 0);
+  ListBlock list;
+  if (const VQSTATUS status = list.Load(this)) return status;
+  for (unsigned long i = 0; i < count; ++i) {
+    if (const VQSTATUS status = list.Remove(index)) return status;
+  }
+  return list.Store(this);
+}
+
+// The list is edited aside, so that a text that does not fit leaves the value as it was.
+VQSTATUS VQTextBody::ReplaceEntry(unsigned long index, const VQString& text) {
+  if (const VQSTATUS status = CheckEditable()) return status;
+  const unsigned long entries = GetEntryCount();
+  if (index != 0 && index >= entries) return VQERR_OUT_OF_RANGE;
+  if (GetType() == TYPE_TEXT || entries == 0) return SetText(text);
+  ListBlock list;
+  if (const VQSTATUS status = list.Load(this)) return status;
+  if (const VQSTATUS status = list.Remove(index)) return status;
+  const std::vector<VQCHAR> bytes = StoredText(text);
+  if (const VQSTATUS status = list.Add(index, bytes.data(), bytes.size())) return status;
+  return list.Store(this);
+}
