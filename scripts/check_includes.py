@@ -19,7 +19,8 @@ ROOMS = {
     "vq/frame": ["engine", "vq/frame", "vq/values/vqstring.h"],  # the session's paths and names
     "vq/values": ["engine", "vq/frame", "vq/store"],
     "vq/store": ["engine", "vq/frame", "vq/values"],
-    "vq/richtext": ["engine", "vq/frame", "vq/values", "vq/store"],
+    "vq/richtext": ["engine", "vq/frame", "vq/values", "vq/store", "vq/automation/vqformula.h"],  # hide formulas
+    "vq/automation": ["engine", "vq/frame", "vq/values", "vq/store", "vq/richtext"],
     "qcore": ["engine", "qcore"],
     "converters": ["engine"],
     "tools": ["vq/vq.h"],
@@ -31,7 +32,7 @@ ROOMS = {
 }
 
 # Lowest first. A room of the engine includes itself and those to its left; qcore/abi stands above all of them.
-QCORE_ORDER = ["handles", "memory", "settings", "records", "text", "time", "store", "slates", "idtables", "abi"]
+QCORE_ORDER = ["handles", "memory", "settings", "records", "text", "time", "store", "idtables", "slates", "abi"]
 
 # Headers in angle brackets that are not the standard library's.
 THIRD_PARTY = {

@@ -18,7 +18,7 @@
 
 namespace qcore {
 
-class Slate {
+class Slate final : public OpenSlate {
  public:
   // The place of an item among `items_`; part of the item's identity for clients.
   using Slot = std::uint16_t;
@@ -91,8 +91,8 @@ class Slate {
   [[nodiscard]] ENGSTATUS SetText(std::string_view name, std::string_view text, std::size_t limit);
 
   [[nodiscard]] ENGSTATUS Update(std::uint16_t flags);
-  // Undoes what updates of the given transaction noted in memory. With the database's mutex held.
-  void RevertTo(std::uint64_t transaction);
+  void RevertTo(std::uint64_t transaction) override;
+  void CloseWithDatabase() override { static_cast<void>(Close(handle_)); }
 
  private:
   friend ENGSTATUS ReadValueOf(const std::shared_ptr<Database>&, std::uint32_t, std::string_view,

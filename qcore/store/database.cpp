@@ -3,7 +3,6 @@
 #include <array>
 
 #include "qcore/settings/platform.h"
-#include "qcore/slates/slate.h"
 #include "qcore/store/moment.h"
 #include "qcore/store/paths.h"
 #include "qcore/store/sqlite_store.h"
@@ -62,12 +61,12 @@ void Database::CloseAll() {
 Database::~Database() = default;
 
 void Database::CloseSlates() {
-  std::set<Slate*> slates;
+  std::set<OpenSlate*> slates;
   {
     const std::lock_guard lock(mutex_);
     slates = slates_;
   }
-  for (Slate* slate : slates) static_cast<void>(Slate::Close(slate->handle()));
+  for (OpenSlate* slate : slates) slate->CloseWithDatabase();
 }
 
 void Database::FreeReservedObjects() {
@@ -113,7 +112,7 @@ ENGSTATUS Database::RollbackTransaction() {
 
 void Database::RevertMemory() {
   names_.ForgetBehind(names_at_begin_);
-  for (Slate* slate : slates_) slate->RevertTo(transaction_);
+  for (OpenSlate* slate : slates_) slate->RevertTo(transaction_);
 }
 
 ENGSTATUS Database::CreateObject(std::uint16_t object_class, std::uint32_t* object) {

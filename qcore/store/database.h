@@ -17,7 +17,16 @@
 
 namespace qcore {
 
-class Slate;
+// What a database asks of the slates that are open in it; they stand in a higher room.
+class OpenSlate {
+ public:
+  virtual void CloseWithDatabase() = 0;
+  // Undoes what updates of the given transaction noted in memory. With the database's mutex held.
+  virtual void RevertTo(std::uint64_t transaction) = 0;
+
+ protected:
+  ~OpenSlate() = default;
+};
 
 class Database {
  public:
@@ -54,8 +63,8 @@ class Database {
   Store& store() { return *store_; }
   // Serial of the running client transaction, 0 outside of one.
   std::uint64_t transaction() const { return transaction_; }
-  void Register(Slate* slate) { slates_.insert(slate); }
-  void Unregister(Slate* slate) { slates_.erase(slate); }
+  void Register(OpenSlate* slate) { slates_.insert(slate); }
+  void Unregister(OpenSlate* slate) { slates_.erase(slate); }
 
  private:
   friend class Change;
@@ -73,7 +82,7 @@ class Database {
   std::uint64_t transaction_ = 0;
   std::uint64_t last_transaction_ = 0;
   std::size_t names_at_begin_ = 0;
-  std::set<Slate*> slates_;
+  std::set<OpenSlate*> slates_;
   std::set<std::uint32_t> reserved_objects_;
   TIMEDATE origin_file_{};  // random, counted up while origins fall into one hundredth of a second
   TIMEDATE last_origin_{};
