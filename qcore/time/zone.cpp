@@ -108,7 +108,9 @@ bool ShowTime(const Offset& offset, ENGTIME* parts) {
 bool ShowMoment(const Offset* fixed, ENGTIME* parts) {
   constexpr std::uint32_t kNoon = kTicksPerDay / 2;
   const bool has_time = HasTime(parts->GM);
-  const auto ticks = TicksOf({has_time ? parts->GM.TimeWord : kNoon, parts->GM.DateWord});
+  // Without a time the date word is that of the local noon. At 12 hours east this is midnight, and so still the same
+  // day; just ahead of noon GMT the date there is the one meant.
+  const auto ticks = TicksOf({has_time ? parts->GM.TimeWord : kNoon - 1, parts->GM.DateWord});
   if (!ticks) return false;
   const std::int64_t unix_seconds = FloorDivide(*ticks - kUnixEpochTicks, kTicksPerSecond);
   const Offset offset = fixed ? *fixed : LocalOffset(unix_seconds);
