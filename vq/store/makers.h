@@ -15,15 +15,16 @@ struct ItemMakerRow {
   std::uint32_t Type;
   // The item's name when only items of that name get this body; empty for all. Named rows come first.
   std::string_view Name;
+  VQCLASSID Body;
   ItemMaker Make;
 };
 
-// The type of an empty value, by the class of the handle that asks for it.
+// What a class of item handle holds: its body, the type of an empty value, and a new body without a slate.
 struct ItemKindRow {
   VQCLASSID Handle;
   VQCLASSID Body;
   std::uint16_t Type;
-  ItemMaker Make;  // builds the body whatever the table of types says
+  VQItemBody* (*MakeEmpty)();
 };
 
 using SlateMaker = VQSlateBody* (*)(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle);
@@ -40,7 +41,8 @@ extern const std::span<const ItemMakerRow> kItemMakers;
 extern const std::span<const ItemKindRow> kItemKinds;
 extern const std::span<const SlateMakerRow> kSlateMakers;
 
-// Plain VQSlateItemBody for a type without a row.
+// VQSlateItemBody for a type without a row.
+VQCLASSID ItemBodyClass(std::uint16_t type, std::string_view name);
 VQItemBody* MakeItemBody(VQSlateBody* slate, std::string_view name, const ItemPlace& place);
 // VQSlateBody for a type without a row.
 VQSlateBody* MakeSlateBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle);

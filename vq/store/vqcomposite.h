@@ -21,6 +21,7 @@ class VQ_API VQCompositeItemBody : public VQItemBody {
   VQSTATUS MakeList() override;
   // Forgets the gathered places.
   VQSTATUS Rebound() override;
+  VQSTATUS CopyInto(VQSlateBody* slate, std::string_view name, unsigned short flags, vq::ItemPlace* first) override;
   // Told in order, once for each later item of the name.
   virtual VQSTATUS AddBlockID(const BLOCKID& item, const BLOCKID& value, unsigned long size);
 
@@ -30,12 +31,15 @@ class VQ_API VQCompositeItemBody : public VQItemBody {
   // Makes the blocks, at least one, the values of this name's items, in order: the first takes this item's place,
   // further ones the places of the later items, then new items behind all others; later items left over are
   // deleted. Blocks that the slate took are zero in `blocks`. This body and the gathered places are bound anew.
-  // On failure the slate holds what it held before, and blocks that are not zero stay the caller's.
+  // On failure blocks that are not zero stay the caller's, and the item must stay dirty: its values may be partly
+  // new, which the next call puts right.
   VQSTATUS StoreBlocks(std::span<vq::ItemBlock> blocks);
 
  private:
   VQSTATUS AppendBlocks(std::span<vq::ItemBlock> blocks, std::vector<vq::ItemPlace>& appended);
+  VQSTATUS ReplaceBlocks(std::span<vq::ItemBlock> blocks, std::span<const vq::ItemPlace> places);
   VQSTATUS PlaceOf(const BLOCKID& item, vq::ItemPlace* place) const;
+  VQSTATUS BindPlaces(std::span<vq::ItemPlace> places);
 
   std::vector<vq::ItemPlace> ExtraPlaces;
 };

@@ -123,6 +123,8 @@ class VQ_API VQItemBody : public VQBody {
   VQSTATUS Allocate(unsigned long size, unsigned long offset);
   // List form as asked for by the expand-on-save bit, single form otherwise. Runs once per item and save.
   VQSTATUS PrepareForSave();
+  // Adds the value to another slate as an item of that name, behind all items; *first tells where.
+  virtual VQSTATUS CopyInto(VQSlateBody* slate, std::string_view name, unsigned short flags, vq::ItemPlace* first);
   // Takes the item's new place in the open slate.
   VQSTATUS Rebind(const vq::ItemPlace& place);
   // The slate no longer has the item.
@@ -139,9 +141,12 @@ class VQ_API VQItemBody : public VQBody {
   VQSlateBody* GetSlateBody() const { return Slate; }
   const BLOCKID& GetItemBlock() const { return ItemBlockID; }
   const BLOCKID& GetValueBlock() const { return ValueBlockID; }
-  std::string_view GetNameText() const { return Name; }
+  // Store text, as the slate spells it.
+  std::string_view GetNameText() const;
   // Takes effect in the slate at once for an item that is in one.
   VQSTATUS SetName(std::string_view name);
+  // The name only, where the slate has it already.
+  void TakeName(std::string_view name) { Name = name; }
   // Forgets the cached entry count after a change of the bytes.
   void ForgetEntryCount() { EntryCount = -1; }
 
@@ -149,20 +154,27 @@ class VQ_API VQItemBody : public VQBody {
   // Whether [offset, offset + size) lies in the data.
   [[nodiscard]] VQSTATUS CheckRange(unsigned long offset, unsigned long size) const;
   VQSTATUS ReallocateValue(unsigned long size);
-  void DetachFromSlate();
 
+ private:
+  void BindSlate(VQSlateBody* slate);
+  void DetachFromSlate();
+  void QueryItem() const;
+  VQSTATUS KeepChanges();
+  bool IsSingleEntryList();
+
+ protected:
   std::int32_t EntryCount;  // -1: not known
   std::uint16_t State;
-  std::uint16_t Flags;
+  mutable std::uint16_t Flags;
   std::uint16_t ValueType;
-  bool FlagsKnown;
+  mutable bool QueryDone;  // name and flags are the engine's
   BLOCKID ItemBlockID;
   VQSlateBody* Slate;  // counted; null for a value that stands alone
   BLOCKID ValueBlockID;
   unsigned char* ValuePtr;  // null while unlocked
   std::int32_t LockCount;
   std::uint32_t ValueSize;
-  std::string Name;
+  mutable std::string Name;
 };
 
 // Pairs Lock with Unlock.

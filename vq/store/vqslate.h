@@ -69,7 +69,6 @@ class VQ_API VQSlate : public VQSmartPtr {
   VQSlate& operator=(const VQSlate& other);
   VQSlate& operator=(VQSlateBody* body);
 
-  int DeleteBody() override;
   VQCLASSID GetClassID() const override;
   const VQQuillonSession* GetSession() const override;
   // Whether the handle is unbound. A deletion stub and a bound, closed slate are not null.
@@ -102,10 +101,11 @@ class VQ_API VQSlate : public VQSmartPtr {
   // With keep 0 the engine's slate becomes the caller's (EngSlateClose), with the item changes in it, and this
   // handle is unbound.
   void* GetSlateHandle(int keep = 1);
-  // 0 before the first save; bit 31 marks a deleted slate.
-  unsigned long GetSlateID() const;
+  // The two below are good as long as the handle is bound to the slate.
   const UNIVERSALSLATEID* GetUniversalID() const;
   const ORIGINATORID* GetOriginatorID() const;
+  // 0 before the first save; bit 31 marks a deleted slate.
+  unsigned long GetSlateID() const;
   // Class bits in the low word, design kind in the high word.
   unsigned long GetSlateType() const;
   // The first and the last of the names in $TITLE; an alias only when there are several.
@@ -118,9 +118,6 @@ class VQ_API VQSlate : public VQSmartPtr {
   VQDatetime GetLastModified() const;
   // Who saved it: the entries of $UpdatedBy, else of From; empty when neither is there.
   VQText GetAuthor() const;
-  // Empty when the slate isn't signed.
-  VQString GetSigner() const;
-  VQString GetVerifier() const;
   // Bytes of all values, attached objects with them.
   unsigned long GetSize() const;
   // Asks the engine, 1 also when a handle elsewhere deleted it.
@@ -170,7 +167,11 @@ class VQ_API VQSlate : public VQSmartPtr {
   // Drops what the items hold and reads them afresh from the engine's slate.
   VQSTATUS RefreshObjectFromSlateHandle();
 
-  // For the library's own code.
+  // For the library's own code. Bind as Assign does, and give the status; on failure an engine slate stays the
+  // caller's.
+  VQSTATUS BindTo(VQDatabaseBody* database, unsigned long id);
+  VQSTATUS BindTo(VQDatabaseBody* database, const UNIVERSALSLATEID* universal);
+  VQSTATUS BindToHandle(VQDatabaseBody* database, ENGHANDLE handle);
   VQSlateBody* GetSlateBody() const;
   VQDatabaseBody* GetDatabaseBody() const { return Database.GetDatabaseBody(); }
   // Registers the handle with a table: an opened body is shared through it. Null takes it off.
@@ -186,8 +187,15 @@ class VQ_API VQSlate : public VQSmartPtr {
   void CopyFields(const VQSlate& other);
   void TakeFields(const VQSlateBody* body);
   void Unbind();
-  void Bind(VQDatabaseBody* database, unsigned long id);
+  void LeaveBody();
+  VQSTATUS Bind(VQDatabaseBody* database, unsigned long id);
+  VQSTATUS AttachHandle(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle);
   void Attach(VQSlateBody* body);
+  VQDatetime HeaderTime(unsigned short member) const;
+  int HeaderFlag(unsigned short mask) const;
+  VQSTATUS EncryptWith(VQSlateBody* body, VQENCRYPTOPTION option);
+  VQSTATUS HandOut(VQSlateBody* body, VQItemBody* item, VQItem* target) const;
+  VQSTATUS HandOutPlace(VQSlateBody* body, std::string_view name, const vq::ItemPlace& place, VQItem* item) const;
 
   VQDatabase Database;
   VQIDTable* IDTable;  // counted
@@ -196,6 +204,7 @@ class VQ_API VQSlate : public VQSmartPtr {
   std::uint16_t SlateClass;
   std::uint16_t DesignKind;
   ORIGINATORID Originator;
+  mutable UNIVERSALSLATEID Universal;  // what GetUniversalID points at
 };
 
 // The open slate. Operations return their status and leave the throw rule to the handle.
@@ -217,11 +226,19 @@ class VQ_API VQSlateBody : public VQBody {
   virtual int IsModified();
   virtual VQSTATUS Open(unsigned long flags);
   virtual VQSTATUS Save(unsigned short flags);
-  // The table that the body was registered with goes away.
+  // The table that the body is registered with goes away.
   virtual void TableGone(VQIDTable* table);
+  void SetTable(VQIDTable* table);
 
   VQSTATUS CreateItem(std::string_view name, unsigned short type, const void* data, unsigned long size,
                       unsigned short flags, VQITEMOPTION option, vq::ItemPlace* place);
+  VQSTATUS AppendItem(std::string_view name, unsigned short type, const void* data, unsigned long size,
+                      unsigned short flags, vq::ItemPlace* place);
+  // A copy of a value that lies in any engine memory.
+  VQSTATUS AppendCopy(std::string_view name, unsigned short flags, const vq::ItemPlace& source);
+  // As CreateItem; the source's pending changes go along.
+  VQSTATUS CreateCopy(std::string_view name, VQItemBody* source, unsigned short flags, VQITEMOPTION option,
+                      vq::ItemPlace* place);
   // Takes the body of an item that it has given out already, else builds it. VQWARN_NOT_FOUND.
   VQSTATUS FindItem(std::string_view name, VQItemBody** body);
   VQSTATUS BodyFor(std::string_view name, const vq::ItemPlace& place, VQItemBody** body);
@@ -234,8 +251,11 @@ class VQ_API VQSlateBody : public VQBody {
   VQSTATUS DeleteItems(std::string_view name);
   VQSTATUS DeleteOneItem(VQItemBody* item);
   VQSTATUS DeleteAllItems();
-  VQSTATUS RenameItem(VQItemBody* item, std::string_view new_name);
+  // All items of the name.
+  VQSTATUS RenameItems(std::string_view name, std::string_view new_name);
   unsigned long ItemCount() const;
+  // Texts of a text item: none when it is missing, of another type or damaged.
+  void ReadTexts(std::string_view name, std::vector<std::string>* texts) const;
   std::string TextOf(std::string_view name) const;
   std::vector<std::string> NamesInTitle() const;
   // Pending item changes into the engine's slate, the font table's last.
@@ -280,9 +300,23 @@ class VQ_API VQSlateBody : public VQBody {
     VQElement* GetFirstElement() const { return First; }
   };
 
-  VQSTATUS JoinItem(std::string_view name, unsigned short type, const void* data, unsigned long size,
-                    vq::ItemPlace* place);
+  void TakeHandle(ENGHANDLE handle);
+  void LeaveLists();
+  void LeaveTable();
+  VQSTATUS PlacesOf(std::string_view name, std::vector<vq::ItemPlace>* places) const;
+  VQItemBody* CachedItem(const BLOCKID& item) const;
+  VQSTATUS ResolveOption(std::string_view name, VQITEMOPTION option, std::vector<vq::ItemPlace>* present,
+                         bool* join) const;
+  VQSTATUS JoinItem(std::string_view name, const vq::ItemPlace& present, unsigned short type, const void* data,
+                    unsigned long size, vq::ItemPlace* place);
+  VQSTATUS JoinEntries(VQItemBody* body, unsigned short type, const void* data, unsigned long size);
+  VQSTATUS DropItems(const std::vector<vq::ItemPlace>& places);
+  VQSTATUS RenameSeveral(const std::vector<vq::ItemPlace>& places, VQItemBody* first, std::string_view new_name);
   VQSTATUS GatherMore(VQItemBody* item);
+  VQSTATUS ForEachItem(VQSTATUS (VQSlateBody::*step)(VQItemBody*));
+  VQSTATUS FlushOne(VQItemBody* item);
+  VQSTATUS PrepareOne(VQItemBody* item);
+  VQSTATUS RebindOne(VQItemBody* item);
   VQSTATUS PrepareItems();
   VQSTATUS Write(unsigned short flags);
 
@@ -290,7 +324,7 @@ class VQ_API VQSlateBody : public VQBody {
   std::uint32_t OLEObjectCount;
   VQDatabaseBody* Database;  // counted
   int DeleteOnClose;
-  int Dirty;
+  int Dirty;  // a change went through this body
   int Detached;
   VQItemBody* FontTable;
   ItemList Items;
@@ -300,6 +334,7 @@ class VQ_API VQSlateBody : public VQBody {
   std::uint16_t SlateClass;
   std::uint16_t DesignKind;
   VQObjectList ObjectLists;
+  VQIDTable* Table;  // knows this body, uncounted
   std::uint32_t OpenFlags;
   ORIGINATORID Originator;
   VQSTATUS LostChange;
@@ -319,6 +354,8 @@ class VQ_API VQItemArrayBody : public VQBody {
   VQSlateBody* GetSlateBody() const { return Slate; }
 
  private:
+  void TakeItems(unsigned long flags);
+  bool IsTaken(const BLOCKID& block) const;
   void Take(VQItemBody* item);
   void ReleaseAll();
 

@@ -1,0 +1,35 @@
+// Store text between VQString and the plain texts that bodies keep.
+#ifndef QUILLON_VQ_STORE_STORETEXT_H
+#define QUILLON_VQ_STORE_STORETEXT_H
+
+#include <string>
+#include <string_view>
+
+#include "vq/values/vqstring.h"
+
+namespace vq {
+
+inline const ENGCHAR* EngineText(std::string_view text) { return reinterpret_cast<const ENGCHAR*>(text.data()); }
+
+// Good as long as the string is unchanged.
+inline std::string_view ViewOf(const VQString& text) {
+  return {reinterpret_cast<const char*>(text.GetBuf()), text.GetBufLength()};
+}
+
+inline VQString StringOf(std::string_view text) {
+  return {reinterpret_cast<const VQCHAR*>(text.data()), static_cast<unsigned long>(text.size())};
+}
+
+// Little-endian words of a stored value.
+inline std::uint16_t LoadWord(const unsigned char* bytes) {
+  return static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8);
+}
+
+inline void StoreWord(unsigned char* bytes, unsigned value) {
+  bytes[0] = static_cast<unsigned char>(value);
+  bytes[1] = static_cast<unsigned char>(value >> 8);
+}
+
+}  // namespace vq
+
+#endif

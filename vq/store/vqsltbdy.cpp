@@ -1,0 +1,206 @@
+// VQSlateBody: lifetime, header and saving of an open slate.
+#include <algorithm>
+
+#include "engine/slate.h"
+#include "engine/status.h"
+#include "vq/store/storetext.h"
+#include "vq/store/vqidtab.h"
+#include "vq/store/vqslate.h"
+
+VQSlateBody::VQSlateBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle)
+    : VQBody(database->GetSession()),
+      AttachmentCount(0),
+      OLEObjectCount(0),
+      Database(database),
+      DeleteOnClose(0),
+      Dirty(0),
+      Detached(0),
+      FontTable(nullptr),
+      Modified{},
+      SlateHandle(0),
+      SlateID(0),
+      SlateClass(static_cast<std::uint16_t>(type)),
+      DesignKind(static_cast<std::uint16_t>(type >> 16)),
+      Table(nullptr),
+      OpenFlags(0),
+      Originator{},
+      LostChange(VQ_OK) {
+  Database->AddReference();
+  TakeHandle(handle);
+}
+
+// Handles that Close builds and lets go must not bring the count to zero again.
+VQSlateBody::~VQSlateBody() {
+  ++RefCount;
+  try {
+    VQSlateBody::Close();
+  } catch (...) {
+    // The status of a close that a destructor runs is lost.
+  }
+  LeaveLists();
+  Database->Release();
+}
+
+VQCLASSID VQSlateBody::GetClassID() const { return VQCLASSID_VQSLATEBODY; }
+
+// A body that is open stands in its database's list, so that closing the database reaches it.
+void VQSlateBody::TakeHandle(ENGHANDLE handle) {
+  SlateHandle = handle;
+  Detached = 0;
+  VQElement* element = nullptr;
+  if (handle != 0 && Database->GetObjects().GetElement(this, &element) != VQ_OK) {
+    VQ_ASSERT_TEXT(Database->GetObjects().AddObject(this) == VQ_OK, "error == 0", "VQSLATE");
+  }
+}
+
+void VQSlateBody::LeaveLists() {
+  VQElement* element = nullptr;
+  if (Database->GetObjects().GetElement(this, &element) == VQ_OK) Database->GetObjects().DeleteElement(element);
+  LeaveTable();
+}
+
+void VQSlateBody::LeaveTable() {
+  VQIDTable* table = Table;
+  Table = nullptr;
+  if (table != nullptr) table->RemoveBody(this);
+}
+
+void VQSlateBody::SetTable(VQIDTable* table) { Table = table; }
+
+void VQSlateBody::TableGone(VQIDTable* table) {
+  if (Table == table) Table = nullptr;
+}
+
+VQSTATUS VQSlateBody::Close() {
+  if (SlateHandle == 0) return VQWARN_NOT_OPEN;
+  const ENGHANDLE handle = SlateHandle;
+  SlateHandle = 0;
+  Items.DeleteAllObjects();
+  ObjectLists.DeleteAllObjects();
+  AttachmentCount = OLEObjectCount = 0;
+  FontTable = nullptr;
+  Dirty = 0;
+  OpenFlags = 0;
+  LostChange = VQ_OK;
+  VQSTATUS status = VQ_OK;
+  if (Detached == 0) {
+    status = vq::FromEngine(EngSlateClose(handle));
+    if (status == VQ_OK && DeleteOnClose != 0 && SlateID != 0) status = Database->DeleteSlate(SlateID);
+  }
+  DeleteOnClose = 0;
+  // The table's count on this body may be the last one.
+  ++RefCount;
+  LeaveTable();
+  --RefCount;
+  return status;
+}
+
+VQSTATUS VQSlateBody::Open(unsigned long flags) {
+  if (SlateHandle != 0) return VQWARN_ALREADY_OPEN;
+  if (!Database->IsOpen()) return VQERR_DATABASE_NOT_OPEN;
+  if (flags > 0xFFFF) return VQERR_INVALID_PARAMETER;
+  ENGHANDLE handle = 0;
+  VQSTATUS status =
+      vq::FromEngine(EngSlateOpen(Database->GetHandle(), SlateID, static_cast<std::uint16_t>(flags), &handle));
+  if (status != VQ_OK) return status;
+  TakeHandle(handle);
+  OpenFlags = static_cast<std::uint32_t>(flags);
+  status = ReadHeader();
+  if (status != VQ_OK) VQSlateBody::Close();
+  return status;
+}
+
+void VQSlateBody::SetBinding(std::uint32_t id, const ORIGINATORID& originator, const TIMEDATE& modified) {
+  SlateID = id;
+  Originator = originator;
+  Modified = modified;
+}
+
+VQSTATUS VQSlateBody::ReadHeader() {
+  std::uint16_t slate_class = 0;
+  ENGSTATUS result = EngSlateGetHeader(SlateHandle, ENG_SLATE_ID, &SlateID);
+  if (result == ENG_OK) result = EngSlateGetHeader(SlateHandle, ENG_SLATE_ORIGINATOR, &Originator);
+  if (result == ENG_OK) result = EngSlateGetHeader(SlateHandle, ENG_SLATE_MODIFIED, &Modified);
+  if (result == ENG_OK) result = EngSlateGetHeader(SlateHandle, ENG_SLATE_CLASS, &slate_class);
+  if (result == ENG_OK) SlateClass = slate_class;
+  return vq::FromEngine(result);
+}
+
+int VQSlateBody::HasPendingChanges() { return 0; }
+
+int VQSlateBody::IsModified() {
+  if (Dirty != 0 || HasPendingChanges() != 0) return 1;
+  for (VQElement* e = Items.GetFirstElement(); e != nullptr; e = e->Next) {
+    if (e->Object != nullptr && static_cast<VQItemBody*>(e->Object)->IsDirty()) return 1;
+  }
+  std::uint16_t modified = 0;
+  vq::ThrowIfError(vq::FromEngine(EngSlateGetHeader(SlateHandle, ENG_SLATE_IS_MODIFIED, &modified)));
+  return modified != 0;
+}
+
+VQSTATUS VQSlateBody::Save(unsigned short flags) {
+  if (SlateHandle == 0) return VQERR_SLATE_NOT_OPEN;
+  if (VQIsError(LostChange)) {
+    const VQSTATUS lost = LostChange;
+    LostChange = VQ_OK;
+    return lost;
+  }
+  VQSTATUS status = FlushItems();
+  if (status == VQ_OK) status = PrepareItems();
+  if (status == VQ_OK) status = Write(flags | Database->GetUpdateFlags());
+  if (status != VQ_OK) return status;
+  DeleteOnClose = 0;
+  Dirty = 0;
+  status = ReadHeader();
+  const VQSTATUS bound = RebindItems();
+  return status == VQ_OK ? bound : status;
+}
+
+VQSTATUS VQSlateBody::Write(unsigned short flags) {
+  if (!Database->IsOpen()) return VQERR_DATABASE_NOT_OPEN;
+  return vq::FromEngine(EngSlateUpdate(SlateHandle, flags));
+}
+
+ENGHANDLE VQSlateBody::Detach() {
+  Detached = 1;
+  return SlateHandle;
+}
+
+VQSTATUS VQSlateBody::ReplaceHandle(ENGHANDLE handle) {
+  const ENGHANDLE old = SlateHandle;
+  SlateHandle = handle;
+  Dirty = 1;
+  const VQSTATUS bound = RebindItems();
+  const VQSTATUS closed = vq::FromEngine(EngSlateClose(old));
+  return bound == VQ_OK ? closed : bound;
+}
+
+std::string VQSlateBody::TextOf(std::string_view name) const {
+  std::vector<std::string> texts;
+  ReadTexts(name, &texts);
+  return texts.empty() ? std::string() : texts.front();
+}
+
+std::vector<std::string> VQSlateBody::NamesInTitle() const {
+  std::vector<std::string> texts;
+  ReadTexts("$TITLE", &texts);
+  std::vector<std::string> names;
+  for (const std::string& text : texts) {
+    for (std::size_t from = 0; from <= text.size();) {
+      const std::size_t bar = std::min(text.find('|', from), text.size());
+      names.push_back(text.substr(from, bar - from));
+      from = bar + 1;
+    }
+  }
+  return names;
+}
+
+VQString VQSlateBody::GetName() {
+  const std::vector<std::string> names = NamesInTitle();
+  return vq::StringOf(names.empty() ? std::string_view() : names.front());
+}
+
+VQString VQSlateBody::GetAlias() {
+  const std::vector<std::string> names = NamesInTitle();
+  return vq::StringOf(names.size() < 2 ? std::string_view() : names.back());
+}
