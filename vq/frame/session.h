@@ -13,6 +13,7 @@
 class VQCreateDatabaseOptions;
 class VQDatabase;
 class VQDatabaseArray;
+class VQDatabaseBody;
 class VQDatetime;
 class VQInternational;
 struct VQRTPARSERERRORDATA;
@@ -102,6 +103,10 @@ class VQ_API VQQuillonSession : public VQQuillonClass {
   // VQERR_NOT_INITIALIZED unless this session is initialised for the process or a thread.
   [[nodiscard]] VQSTATUS CheckInitialized() const;
   [[nodiscard]] VQSTATUS BuildPath(const VQString& server, const VQString& file, char* out) const;
+  VQSTATUS AdoptDatabase(VQDatabaseBody* body, VQDatabase* database);
+  VQSTATUS SearchDirectory(VQDatabaseArray* databases, const VQString& server, const VQString& directory,
+                           unsigned short kinds);
+  static VQSTATUS WriteOptions(VQDatabaseBody* body, const VQCreateDatabaseOptions& options);
   [[nodiscard]] VQSTATUS StartEngine(unsigned long version, int argc, char** argv, const char* configpath);
   VQSTATUS TearDown();
   void FreeCaches();

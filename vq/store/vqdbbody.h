@@ -12,7 +12,6 @@
 #include <string_view>
 
 #include "vq/frame/objlist.h"
-#include "vq/frame/session.h"
 #include "vq/frame/vqcommon.h"
 
 class VQACL;
@@ -34,7 +33,8 @@ enum VQREPLICATIONPRIORITY : unsigned int {
   VQREPLICATIONPRIORITY_LOW = 0xC000,
 };
 
-// VQDatabase::Open flags: the bits of VQDBOPENFLAGS_MASK (vq/frame/session.h).
+// VQDatabase::Open flags: the bits of this mask.
+inline constexpr unsigned long VQDBOPENFLAGS_MASK = 0x103BF;
 inline constexpr unsigned long VQDBOPENFLAGS_FAILOVER = 0x80;       // GetServer asks where the database really is
 inline constexpr unsigned long VQDBOPENFLAGS_NO_STUBS = 0x10000;    // deletions and saves leave no deletion stubs
 inline constexpr unsigned long VQDBOPENFLAGS_OF_SESSION = 0x20000;  // stands for no argument
@@ -195,11 +195,22 @@ class VQ_API VQDatabase : public VQSmartPtr {
   VQSTATUS CreateDatabaseBody(VQQuillonSession* session, const VQString& path, const VQString& server);
 
  private:
+  friend class VQQuillonSession;
+
   VQDatabaseBody* RequireBody() const;
   VQDatabaseBody* RequireOpen() const;
   VQSTATUS CheckOpen(VQDatabaseBody** body) const;
   VQSTATUS GetSpecial(unsigned short selector, VQSlate* slate) const;
-  VQSTATUS CreateSpecial(unsigned short selector, unsigned short slate_class, VQSlate* source, VQSlate* target);
+  VQSTATUS CreateBody(VQQuillonSession* session, const VQString& path, const VQString& server, const VQString& port);
+  VQSTATUS CreateSpecial(unsigned short selector, VQSlate* source, VQSlate* target);
+  VQSTATUS CopyInto(VQSlate& source, unsigned short slate_class, VQSlate* target);
+  VQSTATUS FinishEncrypted(VQSTATUS encrypted, VQSlate* target);
+  VQSTATUS RemoveSlate(VQSlate* slate);
+  VQString GetInfoText(unsigned short selector) const;
+  VQSTATUS SetInfoText(unsigned short selector, const VQString& text);
+  VQSTATUS ChangeFlags(unsigned short mask, unsigned short value);
+  VQSTATUS FillArray(ENGHANDLE table, unsigned long slate_class, VQSlateArray* slates) const;
+  VQSTATUS ListClass(unsigned short classes, VQSlateArray* slates) const;
   int DesignExists(unsigned long type, const VQString& name) const;
 };
 
@@ -226,8 +237,9 @@ class VQ_API VQDatabaseBody : public VQBody {
   // VQWARN_NOT_FOUND.
   VQSTATUS FindSpecial(unsigned short selector, std::uint32_t* id);
   VQSTATUS CreateSlate(unsigned long type, VQSlateBody** body);
-  // Saved in this database; *copy is an open engine slate, which the caller closes.
-  VQSTATUS CopySlate(VQSlateBody* source, ENGHANDLE* copy);
+  // Saved in this database, with the source's class unless one is given; *copy is an open engine slate, which the
+  // caller closes.
+  VQSTATUS CopySlate(VQSlateBody* source, std::uint16_t slate_class, ENGHANDLE* copy);
   VQSTATUS DeleteSlate(std::uint32_t id);
   VQSTATUS ReadInfo(unsigned short selector, std::string* text);
   VQSTATUS WriteInfo(unsigned short selector, std::string_view text);
@@ -254,6 +266,7 @@ class VQ_API VQDatabaseBody : public VQBody {
  private:
   VQSTATUS SplitPath(std::string_view full_path);
   VQSTATUS MirrorInfo(const ENGCHAR* info);
+  VQSTATUS SearchDesign(unsigned short slate_class, unsigned short kind, std::string_view name, std::uint32_t* id);
   bool HasName(std::uint32_t id, unsigned short slate_class, unsigned short kind, std::string_view name);
 
   VQACL* ACL;  // the one object handed out, null if none

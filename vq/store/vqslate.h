@@ -171,6 +171,9 @@ class VQ_API VQSlate : public VQSmartPtr {
   // caller's.
   VQSTATUS BindTo(VQDatabaseBody* database, unsigned long id);
   VQSTATUS BindTo(VQDatabaseBody* database, const UNIVERSALSLATEID* universal);
+  // Encrypt without the throw rule, on an open slate.
+  VQSTATUS EncryptCopy(VQENCRYPTOPTION option) { return EncryptWith(GetSlateBody(), option); }
+  VQSTATUS EncryptCopy(const VQText& keys) { return EncryptWith(GetSlateBody(), keys); }
   VQSTATUS BindToHandle(VQDatabaseBody* database, ENGHANDLE handle);
   VQSlateBody* GetSlateBody() const;
   VQDatabaseBody* GetDatabaseBody() const { return Database.GetDatabaseBody(); }
@@ -194,6 +197,7 @@ class VQ_API VQSlate : public VQSmartPtr {
   VQDatetime HeaderTime(unsigned short member) const;
   int HeaderFlag(unsigned short mask) const;
   VQSTATUS EncryptWith(VQSlateBody* body, VQENCRYPTOPTION option);
+  VQSTATUS EncryptWith(VQSlateBody* body, const VQText& keys);
   VQSTATUS HandOut(VQSlateBody* body, VQItemBody* item, VQItem* target) const;
   VQSTATUS HandOutPlace(VQSlateBody* body, std::string_view name, const vq::ItemPlace& place, VQItem* item) const;
 

@@ -116,29 +116,26 @@ VQSTATUS VQSlate::Encrypt(VQENCRYPTOPTION option) {
   return vq::Apply(status == VQ_OK ? EncryptWith(body, option) : status);
 }
 
-VQSTATUS VQSlate::Encrypt(const VQString& key) {
-  VQSlateBody* body = nullptr;
-  VQSTATUS status = CheckOpen(&body);
-  if (status == VQ_OK && key.IsNull()) status = VQERR_NULL_STRING;
-  const std::string_view name = vq::ViewOf(key);
-  if (status == VQ_OK) {
-    status = body->CreateItem(kKeysItem, TYPE_TEXT, name.data(), name.size(), VQITEMFLAGS_SUMMARY, VQITEMOPTION_REPLACE,
-                              nullptr);
+VQSTATUS VQSlate::EncryptWith(VQSlateBody* body, const VQText& keys) {
+  if (keys.GetCount() == 0) return VQERR_NULL_STRING;
+  for (unsigned long i = 0; i < keys.GetCount(); ++i) {
+    if (VQString(keys[i]).IsNull()) return VQERR_NULL_STRING;
   }
-  return vq::Apply(status == VQ_OK ? EncryptWith(body, VQENCRYPTOPTION_SECRET_KEYS) : status);
+  const VQSTATUS status =
+      body->CreateCopy(kKeysItem, keys.GetItemBody(), VQITEMFLAGS_SUMMARY, VQITEMOPTION_REPLACE, nullptr);
+  return status == VQ_OK ? EncryptWith(body, VQENCRYPTOPTION_SECRET_KEYS) : status;
+}
+
+VQSTATUS VQSlate::Encrypt(const VQString& key) {
+  VQText keys;
+  if (!key.IsNull()) keys << key;
+  return Encrypt(keys);
 }
 
 VQSTATUS VQSlate::Encrypt(const VQText& keys) {
   VQSlateBody* body = nullptr;
-  VQSTATUS status = CheckOpen(&body);
-  if (status == VQ_OK && keys.GetCount() == 0) status = VQERR_NULL_STRING;
-  for (unsigned long i = 0; status == VQ_OK && i < keys.GetCount(); ++i) {
-    if (VQString(keys[i]).IsNull()) status = VQERR_NULL_STRING;
-  }
-  if (status == VQ_OK) {
-    status = body->CreateCopy(kKeysItem, keys.GetItemBody(), VQITEMFLAGS_SUMMARY, VQITEMOPTION_REPLACE, nullptr);
-  }
-  return vq::Apply(status == VQ_OK ? EncryptWith(body, VQENCRYPTOPTION_SECRET_KEYS) : status);
+  const VQSTATUS status = CheckOpen(&body);
+  return vq::Apply(status == VQ_OK ? EncryptWith(body, keys) : status);
 }
 
 VQSTATUS VQSlate::Decrypt() {

@@ -1,0 +1,60 @@
+// Which body is built for what: the one place that names every subsystem.
+#include "vq/richtext/fonttable.h"
+#include "vq/richtext/vqrtbody.h"
+#include "vq/store/makers.h"
+#include "vq/store/vqdoc.h"
+#include "vq/values/vqdts.h"
+#include "vq/values/vqnumber.h"
+#include "vq/values/vqtext.h"
+
+namespace vq {
+
+namespace {
+
+template <class Body>
+VQItemBody* Make(VQSlateBody* slate, std::string_view name, const ItemPlace& place) {
+  return new Body(slate, name, place);
+}
+
+template <class Body>
+VQSlateBody* MakeSlate(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle) {
+  return new Body(database, type, handle);
+}
+
+constexpr ItemMakerRow kItemRows[] = {
+    {TYPE_COMPOSITE, "$Fonts", VQCLASSID_VQFONTTABLEBODY, Make<VQFontTableBody>},
+    {TYPE_COMPOSITE, {}, VQCLASSID_VQRICHTEXTBODY, Make<VQRichTextBody>},
+    {TYPE_NUMBER, {}, VQCLASSID_VQNUMBERSBODY, Make<VQNumbersBody>},
+    {TYPE_NUMBER_RANGE, {}, VQCLASSID_VQNUMBERSBODY, Make<VQNumbersBody>},
+    {TYPE_TIME, {}, VQCLASSID_VQDATETIMESBODY, Make<VQDatetimesBody>},
+    {TYPE_TIME_RANGE, {}, VQCLASSID_VQDATETIMESBODY, Make<VQDatetimesBody>},
+    {TYPE_TEXT, {}, VQCLASSID_VQTEXTBODY, Make<VQTextBody>},
+    {TYPE_TEXT_LIST, {}, VQCLASSID_VQTEXTBODY, Make<VQTextBody>},
+};
+
+constexpr ItemKindRow kKindRows[] = {
+    {VQCLASSID_VQTEXT, VQCLASSID_VQTEXTBODY, TYPE_TEXT,
+     []() -> VQItemBody* { return new VQTextBody(TYPE_TEXT, nullptr, 0); }},
+    {VQCLASSID_VQNUMBERS, VQCLASSID_VQNUMBERSBODY, TYPE_NUMBER,
+     []() -> VQItemBody* { return new VQNumbersBody(TYPE_NUMBER, nullptr, 0); }},
+    {VQCLASSID_VQDATETIMES, VQCLASSID_VQDATETIMESBODY, TYPE_TIME,
+     []() -> VQItemBody* { return new VQDatetimesBody(TYPE_TIME, nullptr, 0); }},
+    {VQCLASSID_VQRICHTEXT, VQCLASSID_VQRICHTEXTBODY, TYPE_COMPOSITE,
+     []() -> VQItemBody* { return new VQRichTextBody(); }},
+    {VQCLASSID_VQFONTTABLE, VQCLASSID_VQFONTTABLEBODY, TYPE_COMPOSITE,
+     []() -> VQItemBody* { return new VQFontTableBody(); }},
+};
+
+constexpr std::uint16_t kDocumentClasses = VQSLATECLASS_DOCUMENT | VQSLATECLASS_INFO | VQSLATECLASS_HELP;
+
+constexpr SlateMakerRow kSlateRows[] = {
+    {kDocumentClasses, 0, VQCLASSID_VQDOCUMENTBODY, MakeSlate<VQDocumentBody>},
+};
+
+}  // namespace
+
+constexpr std::span<const ItemMakerRow> kItemMakers(kItemRows);
+constexpr std::span<const ItemKindRow> kItemKinds(kKindRows);
+constexpr std::span<const SlateMakerRow> kSlateMakers(kSlateRows);
+
+}  // namespace vq
