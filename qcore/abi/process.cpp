@@ -11,6 +11,7 @@
 #include "qcore/settings/settings.h"
 #include "qcore/settings/startup.h"
 #include "qcore/settings/statustext.h"
+#include "qcore/store/database.h"
 #include "qcore/text/translate.h"
 #include "qcore/time/zone.h"
 
@@ -23,6 +24,7 @@ namespace {
 
 // Rooms go down from the top one.
 void CloseEverything() {
+  qcore::Database::CloseAll();
   libraries::CloseAll();
   qcore::memory::FreeAll();
 }
