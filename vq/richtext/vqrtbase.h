@@ -35,6 +35,7 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   VQSTATUS ConvertFonts(VQItem* table) override;
   VQSTATUS SetDirty(int dirty) override;
   VQSTATUS Update(vq::RecordWriter& writer) override;
+  VQRTObjectBody* MakeSame() const override;
 
   virtual VQSTATUS AppendChild(VQRTObject* child);
   // Appends copies of what lies between the cursors in `source`, or puts them before `before` when it is given.
@@ -74,8 +75,9 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   // Puts a detached object between two neighbours of this container and gives it its place in the order.
   [[nodiscard]] VQSTATUS Link(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next, bool countBack);
   void Unlink(VQRTObjectBody* child);
-  // Spreads the subtree evenly over this container's range.
-  [[nodiscard]] VQSTATUS Renumber();
+  void LinkPointers(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next);
+  // Spreads the subtree evenly over this container's range, or over its first half to leave room for appending.
+  [[nodiscard]] VQSTATUS Renumber(bool leaveRoom = false);
 
   std::uint32_t ChildCount;
   std::uint32_t EndIndexValue;
@@ -90,6 +92,14 @@ class VQ_API VQRTElementBody : public VQRTBaseContainerBody {
   VQRTElementBody(VQRTTYPE type, vq::RecordSource* source, std::uint32_t offset, std::uint32_t length);
   VQRTElementBody(VQRTTYPE type, unsigned short signature);
   VQCLASSID GetClassID() const override;
+  VQRTObjectBody* MakeSame() const override;
 };
+
+inline VQRTBaseContainerBody* VQRTObjectBody::AsBase() {
+  return HoldsChildren ? static_cast<VQRTBaseContainerBody*>(this) : nullptr;
+}
+inline const VQRTBaseContainerBody* VQRTObjectBody::AsBase() const {
+  return HoldsChildren ? static_cast<const VQRTBaseContainerBody*>(this) : nullptr;
+}
 
 #endif

@@ -92,6 +92,7 @@ class VQ_API VQRichText : public VQItem {
   VQRichText(const VQItem& item);
   explicit VQRichText(VQRichTextBody* body);
   VQRichText& operator=(const VQRichText& other) = default;
+  VQRichText& operator=(const VQItem& item);
   VQCLASSID GetClassID() const override;
 
   // Gives the handle an empty rich text that stands alone.
@@ -154,7 +155,9 @@ class VQ_API VQRichText : public VQItem {
 
  private:
   // The top of the parsed tree, or the status that says why there is none.
-  VQSTATUS Top(VQRTContainerBody** top) const;
+  [[nodiscard]] VQSTATUS Top(VQRTContainerBody** top) const;
+  template <typename Operation>
+  VQSTATUS Run(Operation operation) const;
 };
 
 #endif

@@ -12,6 +12,7 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   VQRTContainerBody(VQRTTYPE type, vq::RecordSource* source, std::uint32_t offset, std::uint32_t length);
   VQRTContainerBody(VQRTTYPE type, unsigned short signature);
   VQCLASSID GetClassID() const override;
+  VQRTObjectBody* MakeSame() const override;
   VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) override;
 
   // Takes the style that a client gave and makes of it what suits the paragraphs of this container.

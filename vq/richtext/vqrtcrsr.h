@@ -106,6 +106,23 @@ class VQ_API VQRTCursor : public VQSmartPtr {
   VQRTCursorBody* GetCursorBody() const;
   // The body of the element that the cursor stands on; null for an empty cursor.
   VQRTObjectBody* GetElementBody() const;
+  // Spells the position as before an element where that is the same place.
+  void Normalize() const;
+
+ private:
+  void Require() const;
+  // What motion stays inside: the scope, else the top container, else the element itself.
+  VQRTBaseContainerBody* ScopeBody() const;
+  bool AtEmptyText() const;
+  // Goes to the element that stands for an object that was found.
+  void Adopt(const VQRTObject& object);
+  static bool Crosses(const VQRTBaseContainerBody& scope, const VQRTObjectBody* left, VQRTObjectBody* right);
+  [[nodiscard]] VQSTATUS CheckMotion(VQRTTYPE type) const;
+  [[nodiscard]] VQSTATUS CheckSearch(const VQString& text) const;
+  VQSTATUS Arrive(VQSTATUS status, const VQRTObject& found, VQRTObject* object);
+  [[nodiscard]] VQSTATUS GotoContainerEnd(VQRTObjectBody* container, bool end);
+  [[nodiscard]] VQSTATUS GotoTypeEnd(VQRTTYPE type, bool end);
+  [[nodiscard]] VQSTATUS SearchFrom(VQRTObjectBody* object, const VQString& text, unsigned long start, bool backwards);
 };
 
 #endif

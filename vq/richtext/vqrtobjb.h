@@ -52,7 +52,8 @@ class VQ_API VQRTObjectBody : public VQBody {
   virtual VQSTATUS AdjustNeighbours(int before, int after, VQRTCursor* cursor);
   virtual int IsClosable() const;
   virtual int IsSelectionValid(const VQRTObject& object, VQRTSelection* selection);
-  // Takes the object out of its tree with its content kept; with keepInTree 0 a container loses its children.
+  // Takes the object out of its tree with its content kept, and with it the tree's count: hold a handle; with
+  // keepInTree 0 a container loses its children.
   virtual VQSTATUS RemoveThis(int keepInTree);
   virtual VQSTATUS ShiftLinkIndex(int kind, unsigned long delta);
   virtual VQSTATUS SetFontStyle(const VQRTCursor& start, const VQRTCursor& end, const VQFontStyle& style,
@@ -68,6 +69,11 @@ class VQ_API VQRTObjectBody : public VQBody {
   virtual VQSTATUS Update(vq::RecordWriter& writer);
   virtual VQSTATUS WriteValueBlock();
 
+  // An empty body of the same class and type, for copies.
+  [[nodiscard]] virtual VQRTObjectBody* MakeSame() const;
+  // A record that stands ahead of its parent's in the stream.
+  int LeadsParent() const { return Type == VQRTTYPE_TEXT_STYLE_EXT || Type == VQRTTYPE_FIELD_EXTENSION; }
+
   int IsClosed() const { return Closed; }
   int IsDirty() const { return Dirty; }
   VQRTTYPE GetType() const { return static_cast<VQRTTYPE>(Type); }
@@ -76,6 +82,9 @@ class VQ_API VQRTObjectBody : public VQBody {
   int IsType(VQRTTYPE type) const { return vq::IsRTType(Type, type); }
   int UseValueBlock() const { return Value != nullptr; }
 
+  // This body as one that can hold others; null when it cannot.
+  VQRTBaseContainerBody* AsBase();
+  const VQRTBaseContainerBody* AsBase() const;
   VQRTBaseContainerBody* GetParent() const { return Parent; }
   VQRTObjectBody* GetPrevious() const { return Previous; }
   VQRTObjectBody* GetNext() const { return Next; }
@@ -114,14 +123,18 @@ class VQ_API VQRTObjectBody : public VQBody {
   // Points at the same bytes in their new place and drops the value block.
   void Rebind(vq::RecordSource* source, std::uint32_t offset, std::uint32_t size);
   void DropContent();
+  // Takes the bytes along before the object leaves the block that they lie in.
+  void KeepContent();
   // Dirty bit and that of all above.
   void MarkDirty();
-  void DetachLinks();
+  // A copy of another object's bytes, whatever the types.
+  void TakeRecord(const VQRTObjectBody& source);
 
-  bool Closed;
-  bool Dirty;
+  bool Closed : 1;
+  bool Dirty : 1;
+  bool Outdated : 1;       // the bytes in the stream are not those of the value block
+  bool HoldsChildren : 1;  // this is a VQRTBaseContainerBody
   unsigned char Type;
-  bool Outdated;  // the bytes in the stream are not those of the value block
   std::uint32_t IndexValue;
   VQRTBaseContainerBody* Parent;
   VQRTObjectBody* Previous;

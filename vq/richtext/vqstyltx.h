@@ -19,6 +19,7 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
   // Cuts every character handle loose.
   VQSTATUS Close() override;
   VQCLASSID GetClassID() const override;
+  VQRTObjectBody* MakeSame() const override;
   using VQRTContainerBody::Append;
   using VQRTContainerBody::GetRichText;
   using VQRTContainerBody::GetText;
@@ -28,7 +29,6 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
                         unsigned long mask) override;
   VQSTATUS SetFontStyle(const VQRTCursor& cursor, const VQFontStyle& style) override;
   VQSTATUS ConvertFonts(VQItem* table) override;
-  VQSTATUS Update(vq::RecordWriter& writer) override;
   VQSTATUS AppendChild(VQRTObject* child) override;
   VQSTATUS CopyChildren(const VQRTCursor& start, const VQRTCursor& end, VQRTBaseContainerBody* source,
                         VQRTObject* before) override;
@@ -70,6 +70,24 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
   unsigned long GetRTCharCount() const { return RTCharArray ? RTCharArray->size() : 0; }
 
  private:
+  // The characters of a run while it stays as it is.
+  struct TextBytes {
+    explicit TextBytes(const VQStylizedTextBody& run);
+
+    vq::RecordBytes Record;
+    const unsigned char* Text;
+    std::uint32_t Size;
+  };
+
+  // The limit and the warning for a run of so many bytes.
+  [[nodiscard]] static VQSTATUS CheckRoom(unsigned long byteCount);
+  // Bytes of the first characters; VQERR_INVALID_PARAMETER when there are fewer.
+  [[nodiscard]] VQSTATUS SpanBytes(unsigned long characters, std::uint32_t* size) const;
+  // Bytes for bytes, with the record's length kept right.
+  [[nodiscard]] VQSTATUS Replace(std::uint32_t offset, std::uint32_t oldBytes, const unsigned char* text,
+                                 std::uint32_t newBytes);
+  void MoveCharacters(unsigned long offset, VQStylizedTextBody* target);
+
   std::unique_ptr<std::vector<VQRTObject*>> RTCharArray;
   VQFontStyleBody* FontStyle;  // counted, null until asked for; Close takes this run out of it as its owner
 };

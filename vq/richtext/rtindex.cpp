@@ -1,0 +1,109 @@
+// Index values and links of a tree: how children get their places in the order.
+#include <limits>
+
+#include "vq/richtext/vqrtbase.h"
+
+namespace {
+
+constexpr std::uint32_t kDetached = static_cast<std::uint32_t>(VQRT_DETACHED_INDEX_VALUE);
+constexpr unsigned long kSmallestGap = 1000;
+constexpr unsigned long kLargestGap = 1000000;
+constexpr unsigned long kWideGap = 100000;
+
+}  // namespace
+
+VQSTATUS VQRTBaseContainerBody::Link(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next,
+                                     bool countBack) {
+  if (child->Parent) return VQERR_RT_ALREADY_MEMBER;
+  VQRTBaseContainerBody* top = this;
+  while (top->Parent) top = top->Parent;
+  if (top == child) return VQERR_INVALID_PARAMETER;
+  if (top->IndexValue == kDetached) {  // a tree of its own gets the full range
+    top->IndexValue = VQRT_MIN_INDEX_VALUE;
+    top->EndIndexValue = VQRT_MAX_INDEX_VALUE;
+    if (top->FirstChild) {
+      const VQSTATUS status = top->Renumber();
+      if (status != VQ_OK) return status;
+    }
+  }
+
+  const unsigned long slots = child->GetIndexCount() + 2;
+  unsigned long lower = 0, upper = 0, gap = 0;
+  for (int round = 0;; ++round) {
+    lower = previous ? previous->GetEndIndexValue() : IndexValue;
+    upper = next ? next->GetIndexValue() : EndIndexValue;
+    gap = upper > lower ? (upper - lower) / slots : 0;
+    if (gap >= kSmallestGap) break;
+    if (round == 2) {
+      if (gap < 2 || upper - lower < slots) return VQERR_CORRUPTED;
+      break;
+    }
+    // A range that is used up here may still be widened from the top.
+    const VQSTATUS status = round == 0 ? Renumber(next == nullptr) : top->Renumber(next == nullptr);
+    if (round == 1 && status != VQ_OK) return status;
+  }
+  if (gap > kLargestGap) gap = kWideGap;
+
+  const unsigned long first = countBack ? upper - (slots - 1) * gap : lower + gap;
+  const unsigned long last = countBack ? upper - gap : lower + (slots - 1) * gap;
+  if (first <= lower || last >= upper) return VQERR_CORRUPTED;
+  child->IndexValue = static_cast<std::uint32_t>(first);
+  LinkPointers(child, previous, next);
+  MarkDirty();
+  VQRTBaseContainerBody* container = child->AsBase();
+  if (!container) return VQ_OK;
+  container->EndIndexValue = static_cast<std::uint32_t>(last);
+  if (!container->FirstChild) return VQ_OK;
+  const VQSTATUS status = container->Renumber();
+  if (status != VQ_OK) Unlink(child);
+  return status;
+}
+
+void VQRTBaseContainerBody::LinkPointers(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next) {
+  child->AddReference();
+  child->Parent = this;
+  child->Previous = previous;
+  child->Next = next;
+  (previous ? previous->Next : FirstChild) = child;
+  (next ? next->Previous : LastChild) = child;
+  ++ChildCount;
+}
+
+void VQRTBaseContainerBody::Unlink(VQRTObjectBody* child) {
+  MarkDirty();
+  if (child == FirstChild) VQ_ASSERT_TEXT(!child->Previous, "PreviousSibling.IsNull()", "VQRTOBJB");
+  (child->Previous ? child->Previous->Next : FirstChild) = child->Next;
+  (child->Next ? child->Next->Previous : LastChild) = child->Previous;
+  --ChildCount;
+  child->Parent = nullptr;
+  child->Previous = nullptr;
+  child->Next = nullptr;
+  child->IndexValue = kDetached;
+  if (VQRTBaseContainerBody* container = child->AsBase()) container->EndIndexValue = kDetached;
+  child->Release();
+}
+
+VQSTATUS VQRTBaseContainerBody::Renumber(bool leaveRoom) {
+  const unsigned long count = GetIndexCount();
+  unsigned long range = EndIndexValue - IndexValue;
+  if (leaveRoom && range / 2 > count) range /= 2;
+  const unsigned long gap = range / count;
+  if (gap == 0) return VQERR_CORRUPTED;
+  unsigned long value = IndexValue;
+  for (VQRTObjectBody* child = FirstChild; child; child = child->Next) {
+    child->IndexValue = static_cast<std::uint32_t>(value + gap);
+    value += gap + child->GetIndexCount() * gap;
+    VQRTBaseContainerBody* container = child->AsBase();
+    if (!container) continue;
+    container->EndIndexValue = static_cast<std::uint32_t>(value);
+    if (!container->FirstChild) continue;
+    const VQSTATUS status = container->Renumber();
+    if (status != VQ_OK) return status;
+  }
+  return VQ_OK;
+}
+
+int VQRTBaseContainerBody::Contains(const VQRTObjectBody* object) const {
+  while (object && object != this) object = object->GetParent();
+  return object == this;
+}

@@ -1,0 +1,97 @@
+// The record side of VQRTObjectBody: reading and writing its bytes.
+#include <algorithm>
+#include <cstring>
+
+#include "engine/ods.h"
+#include "vq/richtext/vqrtobjb.h"
+
+unsigned short VQRTObjectBody::GetCDSignature() const {
+  const vq::RecordBytes bytes(*this);
+  if (bytes.GetSize() < 2) return 0;
+  const std::uint16_t word = vq::LoadWord(bytes.Get());
+  return (word >> 8) == 0xFF ? word : static_cast<unsigned short>(word & 0xFF);
+}
+
+std::uint32_t VQRTObjectBody::GetRecordSize() const {
+  return Value ? static_cast<std::uint32_t>(Value->size()) : Source ? Length : 0;
+}
+
+VQSTATUS VQRTObjectBody::ReadRecord(std::uint32_t offset, void* buffer, std::uint32_t size) const {
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  if (!buffer) return VQERR_INVALID_PARAMETER;
+  const vq::RecordBytes bytes(*this);
+  if (offset > bytes.GetSize() || size > bytes.GetSize() - offset) return VQERR_RT_INVALID;
+  std::memcpy(buffer, bytes.Get() + offset, size);
+  return VQ_OK;
+}
+
+VQSTATUS VQRTObjectBody::ReadODS(unsigned short code, void* target, std::uint32_t offset) const {
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  const std::uint32_t size = EngOdsLength(code);
+  if (!target || size == 0) return VQERR_INVALID_PARAMETER;
+  const vq::RecordBytes bytes(*this);
+  if (offset > bytes.GetSize() || size > bytes.GetSize() - offset) return VQERR_RT_INVALID;
+  void* cursor = const_cast<unsigned char*>(bytes.Get() + offset);
+  return vq::FromEngine(EngOdsRead(&cursor, code, target, 1));
+}
+
+VQSTATUS VQRTObjectBody::WriteRecord(std::uint32_t offset, const void* bytes, std::uint32_t size) {
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  if (!bytes && size > 0) return VQERR_INVALID_PARAMETER;
+  if (offset > GetRecordSize() || size > vq::kRecordLimit) return VQERR_INVALID_PARAMETER;
+  MakeValue(offset + size);
+  if (size > 0) std::memcpy(Value->data() + offset, bytes, size);
+  return VQ_OK;
+}
+
+VQSTATUS VQRTObjectBody::WriteODS(unsigned short code, const void* source, std::uint32_t offset) {
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  const std::uint32_t size = EngOdsLength(code);
+  if (!source || size == 0 || offset > GetRecordSize()) return VQERR_INVALID_PARAMETER;
+  MakeValue(offset + size);
+  void* cursor = Value->data() + offset;
+  return vq::FromEngine(EngOdsWrite(&cursor, code, source, 1));
+}
+
+VQSTATUS VQRTObjectBody::SetRecord(const void* bytes, std::uint32_t length) {
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  if (!bytes || length < 2 || length > vq::kRecordLimit) return VQERR_INVALID_PARAMETER;
+  const auto* from = static_cast<const unsigned char*>(bytes);
+  auto value = std::make_unique<std::vector<unsigned char>>(from, from + length);
+  value->resize(vq::Padded(length));
+  DropContent();
+  Value = std::move(value);
+  Outdated = true;
+  MarkDirty();
+  return VQ_OK;
+}
+
+void VQRTObjectBody::MakeValue(std::uint32_t size) {
+  if (!Value) TakeRecord(*this);
+  if (!Value) Value = std::make_unique<std::vector<unsigned char>>();
+  if (Value->size() < size) Value->resize(vq::Padded(size));
+  Outdated = true;
+  MarkDirty();
+}
+
+void VQRTObjectBody::KeepContent() {
+  if (!Value && Source) TakeRecord(*this);
+}
+
+void VQRTObjectBody::Rebind(vq::RecordSource* source, std::uint32_t offset, std::uint32_t size) {
+  source->AddReference();
+  DropContent();
+  Source = source;
+  Offset = offset;
+  Length = size;
+  Dirty = false;
+}
+
+void VQRTObjectBody::DropContent() {
+  Value.reset();
+  Outdated = false;
+  if (Source) Source->Release();
+  Source = nullptr;
+  Offset = 0;
+  Length = 0;
+}

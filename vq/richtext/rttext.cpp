@@ -1,0 +1,115 @@
+#include "vq/richtext/rttext.h"
+
+#include <algorithm>
+#include <string>
+
+#include "engine/text.h"
+#include "vq/richtext/vqrtcrsr.h"
+#include "vq/richtext/vqstyltx.h"
+#include "vq/values/vqstring.h"
+
+namespace vq {
+
+TextPlace::TextPlace(const VQRTCursor& cursor) : Node(cursor.GetElementBody()), Before(0) {
+  const unsigned long offset = cursor.GetOffset();
+  if (offset == 0) {
+    Before = cursor.GetRightEdge() ? 1 : 0;
+  } else if (Run()->GetByteCount() > 0) {
+    Before = cursor.GetRightEdge() ? offset : offset - 1;
+  }
+}
+
+VQStylizedTextBody* TextPlace::Run() const {
+  return Node && Node->GetType() == VQRTTYPE_STYLIZED_TEXT ? static_cast<VQStylizedTextBody*>(Node) : nullptr;
+}
+
+VQRTBaseContainerBody* EnclosingContainer(const VQRTObjectBody* object) { return object->GetParent(); }
+
+const VQRTObjectBody* EnclosingTable(const VQRTObjectBody* object) {
+  while (object && object->GetType() != VQRTTYPE_TABLE) object = object->GetParent();
+  return object;
+}
+
+namespace {
+
+class Collector {
+ public:
+  Collector(const VQRTBaseContainerBody& container, const TextPlace* start, const TextPlace* end)
+      : Container(container), Start(start), End(end) {}
+
+  VQSTATUS Run(VQString* text) {
+    const VQRTObjectBody* object = Start ? Start->Node : Container.GetFirstChild();
+    while (object) {
+      Enter(*object);
+      if (Text.size() > VQStringBody::kMaximumBytes) return VQERR_STRING_TOO_LONG;
+      if (End && object == End->Node) break;
+      object = Next(object);
+    }
+    if (Text.size() > VQStringBody::kMaximumBytes) return VQERR_STRING_TOO_LONG;
+    *text = VQString(reinterpret_cast<const VQCHAR*>(Text.data()), Text.size());
+    return VQ_OK;
+  }
+
+ private:
+  const VQRTObjectBody* Next(const VQRTObjectBody* object) {
+    const VQRTBaseContainerBody* inside = object->AsBase();
+    if (inside && inside->GetFirstChild()) return inside->GetFirstChild();
+    while (object && object != &Container) {
+      Leave(*object);
+      if (object->GetNext()) return object->GetNext();
+      object = object->GetParent();
+    }
+    return nullptr;
+  }
+
+  void Enter(const VQRTObjectBody& object) {
+    if (object.GetType() == VQRTTYPE_NEW_PARAGRAPH) {
+      Text += '\n';
+    } else if (object.GetType() == VQRTTYPE_STYLIZED_TEXT) {
+      AddRun(object);
+    }
+  }
+
+  void Leave(const VQRTObjectBody& object) {
+    if (object.GetType() != VQRTTYPE_TABLE_CELL) return;
+    Text += '\t';
+    const VQRTObjectBody* next = object.GetNext();
+    if (!next || next->GetType() != VQRTTYPE_TABLE_CELL || Row(*next) != Row(object)) Text += '\n';
+  }
+
+  static int Row(const VQRTObjectBody& cell) {
+    unsigned char row = 0;
+    return cell.ReadRecord(2, &row, 1) == VQ_OK ? row : -1;
+  }
+
+  void AddRun(const VQRTObjectBody& object) {
+    const RecordBytes record(object);
+    const auto* run = static_cast<const VQStylizedTextBody*>(&object);
+    const auto bytes = static_cast<std::uint32_t>(run->GetByteCount());
+    if (bytes == 0) return;
+    const unsigned char* text = record.Get() + 8;
+    const std::uint32_t from = Start && Start->Node == &object ? Span(text, bytes, Start->Before) : 0;
+    const std::uint32_t to = End && End->Node == &object ? Span(text, bytes, End->Before) : bytes;
+    for (std::uint32_t i = from; i < to; ++i) Text += text[i] == 0 ? '\n' : static_cast<char>(text[i]);
+  }
+
+  static std::uint32_t Span(const unsigned char* text, std::uint32_t length, unsigned long count) {
+    std::uint32_t size = 0;
+    EngTextSpanBytes(text, length, static_cast<std::uint32_t>(count), &size);  // fewer characters: all bytes
+    return size;
+  }
+
+  const VQRTBaseContainerBody& Container;
+  const TextPlace* Start;
+  const TextPlace* End;
+  std::string Text;
+};
+
+}  // namespace
+
+VQSTATUS CollectText(const VQRTBaseContainerBody& container, const TextPlace* start, const TextPlace* end,
+                     VQString* text) {
+  return Collector(container, start, end).Run(text);
+}
+
+}  // namespace vq

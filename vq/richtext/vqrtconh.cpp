@@ -1,0 +1,166 @@
+// The handle on a container: checks, then the body's operation.
+#include "vq/richtext/vqrtcont.h"
+#include "vq/richtext/vqrtcrsr.h"
+#include "vq/richtext/vqrtobj.h"
+#include "vq/values/vqstring.h"
+
+VQRTContainer::VQRTContainer(const VQRTObject& object) {
+  if (object.HasOffset()) vq::Throw(VQERR_CONVERSION_FAILED);
+  VQRTContainer::ValidateRTType(object.GetRTObjectBody());
+  Attach(object.GetRTObjectBody(), 0);
+}
+
+VQCLASSID VQRTContainer::GetClassID() const { return VQCLASSID_VQRTCONTAINER; }
+
+void VQRTContainer::ValidateRTType(const VQRTObjectBody* body) const {
+  if (body && !body->IsType(VQRTTYPE_CONTAINER)) vq::Throw(VQERR_CONVERSION_FAILED);
+}
+
+VQRTContainerBody* VQRTContainer::GetRTContainerBody() const { return static_cast<VQRTContainerBody*>(Body); }
+
+namespace {
+
+template <typename Operation>
+VQSTATUS Run(const VQRTContainer& container, Operation operation) {
+  if (container.IsNull()) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
+  VQRTContainerBody* body = container.GetRTContainerBody();
+  return vq::Apply(body->IsClosed() ? VQERR_OBJECT_CLOSED : operation(*body));
+}
+
+}  // namespace
+
+VQRTContainer& VQRTContainer::operator<<(const VQString& text) {
+  vq::ThrowIfError(Append(text));
+  return *this;
+}
+VQRTContainer& VQRTContainer::operator<<(const VQRichText& richText) {
+  vq::ThrowIfError(Append(richText));
+  return *this;
+}
+VQRTContainer& VQRTContainer::operator<<(const VQRTObject& object) {
+  vq::ThrowIfError(Append(object));
+  return *this;
+}
+
+VQSTATUS VQRTContainer::Append(const VQString& text, int convertNewlines) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.Append(text, convertNewlines); });
+}
+
+VQSTATUS VQRTContainer::Append(const VQRichText& richText) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.Append(richText); });
+}
+
+VQSTATUS VQRTContainer::Append(const VQRTObject& object, VQRTObject* appended) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.Append(object, appended); });
+}
+
+VQSTATUS VQRTContainer::Delete(VQRTCursor* start, VQRTCursor* end) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.Delete(start, end); });
+}
+
+VQSTATUS VQRTContainer::Delete(VQRTCursor* start, unsigned long count) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.Delete(start, count); });
+}
+
+VQSTATUS VQRTContainer::Delete(VQRTObject* object) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.Delete(object); });
+}
+
+VQSTATUS VQRTContainer::FindFirst(VQRTTYPE type, VQRTObject* found) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.FindFirst(type, found); });
+}
+
+VQSTATUS VQRTContainer::FindLast(VQRTTYPE type, VQRTObject* found) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.FindLast(type, found); });
+}
+
+VQSTATUS VQRTContainer::FindNext(const VQRTObject& from, VQRTTYPE type, VQRTObject* found) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.FindNext(from, type, found); });
+}
+
+VQSTATUS VQRTContainer::FindPrevious(const VQRTObject& from, VQRTTYPE type, VQRTObject* found) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.FindPrevious(from, type, found); });
+}
+
+VQSTATUS VQRTContainer::FindParagraphStyle(const VQRTObject& object, VQParagraphStyle* style) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.FindParagraphStyle(object, style); });
+}
+
+VQSTATUS VQRTContainer::FindParagraphStyle(const VQRTCursor& cursor, VQParagraphStyle* style) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.FindParagraphStyle(cursor, style); });
+}
+
+VQSTATUS VQRTContainer::GetCursor(VQRTCursor* cursor) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.GetCursor(cursor); });
+}
+
+VQSTATUS VQRTContainer::GetEndCursor(VQRTCursor* cursor) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.GetEndCursor(cursor); });
+}
+
+VQSTATUS VQRTContainer::GetRichText(const VQRTCursor& start, const VQRTCursor& end, VQRichText* richText) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.GetRichText(start, end, richText); });
+}
+
+VQSTATUS VQRTContainer::GetRichText(const VQRTCursor& start, unsigned long count, VQRichText* richText) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.GetRichText(start, count, richText); });
+}
+
+VQSTATUS VQRTContainer::GetRichText(const VQRTCursor& start, VQRTTYPE type, VQRichText* richText) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.GetRichText(start, type, richText); });
+}
+
+VQSTATUS VQRTContainer::GetRichText(const VQRTObject& object, VQRichText* richText) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.GetRichText(object, richText); });
+}
+
+VQSTATUS VQRTContainer::Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.Insert(text, cursor, convertNewlines); });
+}
+
+VQSTATUS VQRTContainer::Insert(const VQRichText& richText, VQRTCursor* cursor) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.Insert(richText, cursor); });
+}
+
+VQSTATUS VQRTContainer::Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.Insert(object, cursor, inserted); });
+}
+
+VQSTATUS VQRTContainer::MergeNextParagraph(VQRTCursor* cursor) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.MergeNextParagraph(cursor); });
+}
+
+VQSTATUS VQRTContainer::MergeParagraphs(VQRTCursor* start, VQRTCursor* end) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.MergeParagraphs(start, end); });
+}
+
+VQSTATUS VQRTContainer::MergePreviousParagraph(VQRTCursor* cursor) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.MergePreviousParagraph(cursor); });
+}
+
+VQSTATUS VQRTContainer::SetFontStyle(const VQRTCursor& start, const VQRTCursor& end, const VQFontStyle& style,
+                                     unsigned long mask) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.SetFontStyle(start, end, style, mask); });
+}
+
+VQSTATUS VQRTContainer::SetParagraphStyle(const VQRTCursor& start, const VQRTCursor& end,
+                                          const VQParagraphStyle& style) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.SetParagraphStyle(start, end, style); });
+}
+
+VQSTATUS VQRTContainer::SetParagraphStyle(const VQRTCursor& cursor, const VQParagraphStyle& style) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.SetParagraphStyle(cursor, style); });
+}
+
+VQSTATUS VQRTContainer::SetValue(const VQString& text, int convertNewlines) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.SetValue(text, convertNewlines); });
+}
+
+VQSTATUS VQRTContainer::StartNewParagraph(VQRTCursor* cursor) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.StartNewParagraph(cursor); });
+}
+
+int VQRTContainer::CanInsertType(VQRTTYPE type) const {
+  if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
+  return GetRTContainerBody()->CanInsertType(type);
+}
