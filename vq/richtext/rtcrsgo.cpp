@@ -88,8 +88,7 @@ VQSTATUS VQRTCursor::GotoContainerEnd(VQRTObjectBody* container, bool end) {
   if (!scope.IsNull() && !scope.GetRTContainerBody()->Contains(container)) return VQERR_RT_NOT_MEMBER;
   VQRTObject found;
   VQRTBaseContainerBody* base = container->AsBase();
-  const VQSTATUS status =
-      end ? base->FindLast(VQRTTYPE_ELEMENT, &found) : base->FindFirst(VQRTTYPE_ELEMENT, &found);
+  const VQSTATUS status = end ? base->FindLast(VQRTTYPE_ELEMENT, &found) : base->FindFirst(VQRTTYPE_ELEMENT, &found);
   if (status != VQ_OK) return status == VQWARN_NOT_FOUND ? VQERR_RT_NOT_MEMBER : status;
   GetCursorBody()->RTElement = found;
   GetCursorBody()->RightEdge = end && !AtEmptyText();
@@ -155,8 +154,8 @@ VQSTATUS VQRTCursor::GotoLast(const VQString& text) {
   const VQSTATUS status = CheckSearch(text);
   if (status != VQ_OK) return vq::Apply(status);
   const VQRTBaseContainerBody* scope = ScopeBody();
-  VQRTObjectBody* last = scope->GetType() == VQRTTYPE_STYLIZED_TEXT ? ScopeBody()
-                                                                    : scope->LastOfType(VQRTTYPE_STYLIZED_TEXT);
+  VQRTObjectBody* last =
+      scope->GetType() == VQRTTYPE_STYLIZED_TEXT ? ScopeBody() : scope->LastOfType(VQRTTYPE_STYLIZED_TEXT);
   return vq::Apply(SearchFrom(last, text, ~0U, true));
 }
 

@@ -11,6 +11,7 @@
 namespace vq {
 
 TextPlace::TextPlace(const VQRTCursor& cursor) : Node(cursor.GetElementBody()), Before(0) {
+  if (!Node) return;
   const unsigned long offset = cursor.GetOffset();
   if (offset == 0) {
     Before = cursor.GetRightEdge() ? 1 : 0;

@@ -9,16 +9,16 @@
 #include "vq/richtext/vqrtobj.h"
 #include "vq/store/vqcomposite.h"
 
-namespace vq {
-
-// What the session's parser error handler is told. It gives 0 to go on, or a status to fail with.
-struct RTParserError {
+// What the session's parser error handler is told.
+struct VQRTPARSERERRORDATA {
   VQRichText* RichText;
   std::uint32_t Offset;  // in the stream, over all items
   std::uint16_t Signature;
   std::uint32_t RecordLength;
   VQSTATUS Status;
 };
+
+namespace vq {
 
 // Builds the body for a composite item that is in the slate.
 VQItemBody* MakeRichTextBody(VQSlateBody* slate, std::string_view name, const ItemPlace& place);
@@ -46,7 +46,6 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   VQSTATUS AddBlockID(const BLOCKID& item, const BLOCKID& value, unsigned long size) override;
   // Writes a dirty tree into the items. On failure the tree stays dirty and the items are what they were.
   VQSTATUS Flush() override;
-  VQSTATUS Free() override;
 
   int IsInitialized() const { return InitState == kParsed; }
   // Parses if that has not been done. A failure leaves the body unparsed and the items alone.
@@ -61,25 +60,33 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   void SetOwnFonts(const VQItem& table) { OwnFonts = table; }
   // Runs the font work of a style that enters this rich text: a table face goes into the slate's font table.
   [[nodiscard]] VQSTATUS AddFontToTable(VQFontStyleBody& style);
-  // The value blocks of a rich text that stands alone: the first, and further ones after an update. As for an
-  // export: type word first.
+  // The values as they would be stored, in engine memory that becomes the caller's; the tree stays as it is.
   [[nodiscard]] VQSTATUS WriteBlocks(std::vector<vq::ItemBlock>* blocks);
 
  private:
   friend class VQRichTextParser;
 
+  // A loaded block: the source that objects look through, and the value's size.
+  struct Loaded {
+    vq::RecordSource* Source;  // counted
+    std::uint32_t Size;
+  };
+
   [[nodiscard]] VQSTATUS Parse();
+  void LoadBlocks();
+  static void ReleaseBlocks(std::vector<Loaded>& blocks);
   [[nodiscard]] VQSTATUS StoreTree();
+  // Makes the blocks the value of a rich text that stands alone.
+  [[nodiscard]] VQSTATUS TakeBlocks(std::vector<vq::ItemBlock>& blocks);
+  void FreeExtraBlocks();
   void DropTree();
-  void BindSources();
+  // A block's value has moved; a value of another size means other content.
+  void MoveBlock(std::size_t index, const BLOCKID& value, std::uint32_t size);
 
   VQRTContainerBody* Top;  // counted
   InitStates InitState;
-  bool ClosedTree;
-  // One for each item, in order; shared with the objects that look into them.
-  std::vector<vq::RecordSource*> Sources;
-  VQItem OwnFonts;                       // font table of a rich text that stands alone, null until it has one
-  std::vector<vq::ItemBlock> OwnBlocks;  // of a rich text that stands alone: the blocks behind the first
+  std::vector<Loaded> Blocks;  // of the parsed tree, one for each item, in order
+  VQItem OwnFonts;             // font table of a rich text that stands alone, null until it has one
 };
 
 // Handle on a rich text. The first navigation or edit parses it; a stream that cannot be parsed gives its status each

@@ -14,6 +14,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   VQCLASSID GetClassID() const override;
   VQRTObjectBody* MakeSame() const override;
   VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) override;
+  // In an empty container these make an empty run to stand on, which is no edit.
+  VQSTATUS GetCursor(VQRTCursor* cursor) override;
 
   // Takes the style that a client gave and makes of it what suits the paragraphs of this container.
   virtual VQSTATUS AdjustParagraphStyle(const VQParagraphStyle& style, VQParagraphStyle* adjusted);
@@ -82,6 +84,13 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   }
 
  private:
+  [[nodiscard]] VQSTATUS EnsureElement();
+  [[nodiscard]] VQSTATUS CheckInsert(const VQRTObject& object, int copy, const VQRTCursor* cursor) const;
+  [[nodiscard]] VQSTATUS PlaceAt(VQRTObjectBody* object, const VQRTCursor& cursor);
+  [[nodiscard]] VQSTATUS CheckLines(const VQString& text, const VQRTCursor& cursor) const;
+  [[nodiscard]] VQSTATUS InsertLine(const VQString& line, VQRTCursor* cursor);
+  [[nodiscard]] VQSTATUS DeleteAcross(VQRTCursor* start, VQRTCursor* end);
+
   std::uint16_t HighestPABID;  // in the top container
 };
 

@@ -115,6 +115,7 @@ class VQ_API VQRTObjectBody : public VQBody {
   friend class VQRTBaseContainerBody;
   friend class VQRTContainerBody;
   friend class VQRichTextBody;
+  friend class VQRichTextParser;
   friend class vq::RecordWriter;
   friend class vq::RecordBytes;
 

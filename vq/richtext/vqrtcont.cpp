@@ -1,0 +1,257 @@
+#include "vq/richtext/vqrtcont.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "vq/richtext/rttext.h"
+#include "vq/richtext/vqrtbody.h"
+#include "vq/richtext/vqrtcrsr.h"
+#include "vq/richtext/vqstyltx.h"
+#include "vq/values/vqstring.h"
+
+VQRTContainerBody::VQRTContainerBody(VQRTTYPE type, vq::RecordSource* source, std::uint32_t offset,
+                                     std::uint32_t length)
+    : VQRTBaseContainerBody(type, source, offset, length), HighestPABID(0) {}
+
+VQRTContainerBody::VQRTContainerBody(VQRTTYPE type, unsigned short signature)
+    : VQRTBaseContainerBody(type, signature), HighestPABID(0) {}
+
+VQCLASSID VQRTContainerBody::GetClassID() const { return VQCLASSID_VQRTCONTAINERBODY; }
+
+VQRTObjectBody* VQRTContainerBody::MakeSame() const {
+  return new VQRTContainerBody(GetType(), static_cast<unsigned short>(0));
+}
+
+VQSTATUS VQRTContainerBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) {
+  const VQSTATUS status = VQRTBaseContainerBody::Copy(source, options);
+  if (status == VQ_OK && source->IsType(VQRTTYPE_CONTAINER)) {
+    HighestPABID = static_cast<VQRTContainerBody*>(source)->HighestPABID;
+  }
+  return status;
+}
+
+VQSTATUS VQRTContainerBody::SetTopContainer(VQRichTextBody* richText) {
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  if (Parent) return VQERR_RT_ALREADY_MEMBER;
+  SetType(VQRTTYPE_RICH_TEXT);
+  IndexValue = static_cast<std::uint32_t>(VQRT_MIN_INDEX_VALUE);
+  EndIndexValue = static_cast<std::uint32_t>(VQRT_MAX_INDEX_VALUE);
+  RichText = richText;
+  return VQ_OK;
+}
+
+int VQRTContainerBody::CanInsertType(VQRTTYPE type) const {
+  const bool table = vq::IsRTType(type, VQRTTYPE_TABLE);
+  if (IsType(VQRTTYPE_TABLE)) return 0;
+  if (IsType(VQRTTYPE_HOTSPOT)) return !table && !vq::IsRTType(type, VQRTTYPE_HOTSPOT);
+  if (vq::IsRTType(type, VQRTTYPE_RICH_TEXT) || vq::IsRTType(type, VQRTTYPE_CHAR)) return 0;
+  return !table || !vq::EnclosingTable(this);
+}
+
+VQSTATUS VQRTContainerBody::EnsureElement() {
+  VQRTObject first;
+  const VQSTATUS status = FindFirst(VQRTTYPE_ELEMENT, &first);
+  if (status != VQWARN_NOT_FOUND || !CanInsertType(VQRTTYPE_STYLIZED_TEXT)) return status;
+  const bool dirty = Dirty;
+  const VQRTObject run(new VQStylizedTextBody());
+  VQRTObjectBody* before = LastChild && LastChild->GetType() == VQRTTYPE_HOTSPOT_END ? LastChild : nullptr;
+  const VQSTATUS linked = before ? before->InsertPreviousSibling(run.GetRTObjectBody()) : Append(run.GetRTObjectBody());
+  if (!dirty && !Parent) Dirty = false;
+  return linked;
+}
+
+VQSTATUS VQRTContainerBody::GetCursor(VQRTCursor* cursor) {
+  if (!cursor) return VQERR_INVALID_PARAMETER;
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  const VQSTATUS status = EnsureElement();
+  return status != VQ_OK ? status : VQRTBaseContainerBody::GetCursor(cursor);
+}
+
+VQSTATUS VQRTContainerBody::GetEndCursor(VQRTCursor* cursor) {
+  if (!cursor) return VQERR_INVALID_PARAMETER;
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  VQSTATUS status = EnsureElement();
+  VQRTObject last;
+  if (status == VQ_OK) status = FindLast(VQRTTYPE_ELEMENT, &last);
+  if (status != VQ_OK) return status;
+  const VQRTElement element(last);
+  const bool empty =
+      element.HasOffset() && static_cast<VQStylizedTextBody*>(element.GetRTObjectBody())->GetByteCount() == 0;
+  return cursor->Assign(element, !empty);
+}
+
+VQSTATUS VQRTContainerBody::Append(const VQString& text, int convertNewlines) {
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  if (!CanInsertType(VQRTTYPE_STYLIZED_TEXT)) return VQERR_CANT_INSERT_TYPE;
+  VQRTObjectBody* last = LastChild;
+  if (!last || last->GetType() != VQRTTYPE_STYLIZED_TEXT) {
+    last = new VQStylizedTextBody();
+    const VQRTObject hold(last);
+    VQRTObjectBody* before = LastChild && LastChild->GetType() == VQRTTYPE_HOTSPOT_END ? LastChild : nullptr;
+    const VQSTATUS status = before ? before->InsertPreviousSibling(last) : Append(last);
+    if (status != VQ_OK) return status;
+  }
+  VQRTCursor cursor;
+  const VQSTATUS status = static_cast<VQStylizedTextBody*>(last)->GetEndCursor(&cursor);
+  return status != VQ_OK ? status : Insert(text, &cursor, convertNewlines);
+}
+
+VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appended) {
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  if (object.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
+  if (object.HasOffset()) return VQERR_RT_CHARACTERS;
+  if (!CanInsertType(object.GetType())) return VQERR_CANT_INSERT_TYPE;
+  VQRTObject copy;
+  VQSTATUS status = copy.CopyRTObject(object, VQRTCOPYOPTIONS_DEEP);
+  if (status == VQ_OK) status = Append(copy.GetRTObjectBody());
+  if (status == VQ_OK) status = copy.GetRTObjectBody()->AdjustNeighbours(1, 1, nullptr);
+  if (status == VQ_OK && appended) *appended = copy;
+  return status;
+}
+
+VQSTATUS VQRTContainerBody::Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted) {
+  return InsertAt(object, 1, inserted, cursor);
+}
+
+VQSTATUS VQRTContainerBody::CheckInsert(const VQRTObject& object, int copy, const VQRTCursor* cursor) const {
+  if (!cursor) return VQERR_INVALID_PARAMETER;
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  if (object.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
+  if (object.HasOffset()) return VQERR_RT_CHARACTERS;
+  if (object.GetRTObjectBody()->IsClosed()) return VQERR_OBJECT_CLOSED;
+  if (!copy && object.GetRTObjectBody()->GetParent()) return VQERR_RT_ALREADY_MEMBER;
+  if (!cursor->IsValid()) return VQERR_CURSOR_INVALID;
+  if (!Contains(cursor->GetElementBody())) return VQERR_RT_NOT_MEMBER;
+  const VQRTTYPE type = object.GetType();
+  for (const VQRTObjectBody* around = cursor->GetElementBody()->GetParent(); around; around = around->GetParent()) {
+    if (!around->IsType(VQRTTYPE_CONTAINER)) continue;
+    const auto* container = static_cast<const VQRTContainerBody*>(around);
+    if (container->CanInsertType(type)) break;
+    return container->IsType(VQRTTYPE_HOTSPOT) ? VQERR_RT_HOTSPOT_CONTENT : VQERR_CANT_INSERT_TYPE;
+  }
+  return cursor->IsInsertablePosition(type) ? VQ_OK : VQERR_CANT_INSERT_TYPE;
+}
+
+VQSTATUS VQRTContainerBody::PlaceAt(VQRTObjectBody* object, const VQRTCursor& cursor) {
+  const vq::TextPlace place(cursor);
+  VQStylizedTextBody* run = place.Run();
+  const unsigned long count = run ? run->GetCharacterCount() : 1;
+  if (!run && !place.Node->GetParent()) return VQERR_CURSOR_NO_PARENT;
+  if (run && !run->GetParent()) return VQERR_CURSOR_NO_PARENT;
+  if (place.Before == 0) return place.Node->InsertPreviousSibling(object);
+  if (run && place.Before < count) {
+    const VQSTATUS status = run->SplitText(place.Before + 1);
+    if (status != VQ_OK) return status;
+  }
+  return place.Node->InsertNextSibling(object);
+}
+
+VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObject* inserted, VQRTCursor* cursor) {
+  VQSTATUS status = CheckInsert(object, copy, cursor);
+  if (status != VQ_OK) return status;
+  VQRTObject placed;
+  if (copy) {
+    status = placed.CopyRTObject(object, VQRTCOPYOPTIONS_DEEP);
+    if (status != VQ_OK) return status;
+  } else {
+    placed = object;
+  }
+  VQRTObjectBody* body = placed.GetRTObjectBody();
+  status = PlaceAt(body, *cursor);
+  if (status != VQ_OK) return status;
+
+  // Behind what was inserted: on its last element, or before what follows a record that is no place.
+  VQRTObject element;
+  VQRTBaseContainerBody* container = body->IsType(VQRTTYPE_CONTAINER) ? body->AsBase() : nullptr;
+  if (container && container->FindLast(VQRTTYPE_ELEMENT, &element) == VQ_OK) {
+    status = cursor->GotoEnd(VQRTContainer(placed));
+  } else if (body->IsType(VQRTTYPE_ELEMENT)) {
+    status = cursor->Assign(VQRTElement(placed), 1);
+  } else if (FindNext(placed, VQRTTYPE_ELEMENT, &element) == VQ_OK) {
+    status = cursor->Assign(VQRTElement(element), 0);
+  }
+  if (status == VQ_OK) status = body->AdjustNeighbours(1, 1, cursor);
+  if (status == VQ_OK && inserted) *inserted = placed;
+  return status;
+}
+
+namespace {
+
+// Runs `work` over the lines of the text; -1 for the line behind the last newline.
+template <typename Work>
+VQSTATUS ForEachLine(const VQString& text, Work work) {
+  const VQCHAR* at = text.GetBuf();
+  const VQCHAR* end = at + text.GetBufLength();
+  for (;;) {
+    const VQCHAR* stop = std::find(at, end, static_cast<VQCHAR>('\n'));
+    const VQSTATUS status = work(at, static_cast<unsigned long>(stop - at), stop == end);
+    if (VQIsError(status) || stop == end) return status;
+    at = stop + 1;
+  }
+}
+
+}  // namespace
+
+VQSTATUS VQRTContainerBody::CheckLines(const VQString& text, const VQRTCursor& cursor) const {
+  constexpr unsigned long kMost = vq::kItemTarget - 8;
+  VQStylizedTextBody* run = vq::TextPlace(cursor).Run();
+  // The first line and the last one may share a run with what stands there: held to the whole of it.
+  const unsigned long present = run ? run->GetByteCount() : 0;
+  bool first = true;
+  return ForEachLine(text, [&](const VQCHAR*, unsigned long bytes, bool last) {
+    const unsigned long with = first || last ? present : 0;
+    first = false;
+    return bytes + with > kMost ? VQERR_TEXT_TOO_LONG : VQ_OK;
+  });
+}
+
+VQSTATUS VQRTContainerBody::InsertLine(const VQString& line, VQRTCursor* cursor) {
+  if (line.GetBufLength() == 0) return VQ_OK;
+  if (VQStylizedTextBody* run = vq::TextPlace(*cursor).Run()) return run->Insert(line, cursor, 0);
+  auto* run = new VQStylizedTextBody();
+  const VQRTObject hold(run);
+  const VQSTATUS status = run->InsertText(0, line);
+  if (VQIsError(status)) return status;
+  const VQSTATUS placed = InsertAt(hold, 0, nullptr, cursor);
+  return placed != VQ_OK ? placed : status;
+}
+
+VQSTATUS VQRTContainerBody::Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines) {
+  if (!cursor) return VQERR_INVALID_PARAMETER;
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  if (!cursor->IsValid()) return VQERR_CURSOR_INVALID;
+  if (!Contains(cursor->GetElementBody())) return VQERR_RT_NOT_MEMBER;
+  if (!convertNewlines || !std::memchr(text.GetBuf(), '\n', text.GetBufLength())) return InsertLine(text, cursor);
+  VQSTATUS status = CheckLines(text, *cursor);
+  VQSTATUS result = VQ_OK;
+  if (status != VQ_OK) return status;
+  status = ForEachLine(text, [&](const VQCHAR* line, unsigned long bytes, bool last) {
+    const VQSTATUS inserted = bytes > 0 ? InsertLine(VQString(line, bytes), cursor) : VQ_OK;
+    if (VQIsError(inserted)) return inserted;
+    if (inserted != VQ_OK) result = inserted;
+    return last ? VQ_OK : StartNewParagraph(cursor);
+  });
+  return VQIsError(status) ? status : result;
+}
+
+VQSTATUS VQRTContainerBody::SetValue(const VQString& text, int convertNewlines) {
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  if (!CanInsertType(VQRTTYPE_STYLIZED_TEXT)) return VQERR_CANT_INSERT_TYPE;
+  const VQRTCursor nowhere;
+  VQSTATUS status = VQ_OK;
+  if (convertNewlines) {
+    status = CheckLines(text, nowhere);
+  } else if (text.GetBufLength() > vq::kItemTarget - 8) {
+    status = VQERR_TEXT_TOO_LONG;
+  }
+  if (status != VQ_OK) return status;
+  // A hotspot's end and its parts belong to the container, not to its text.
+  for (VQRTObjectBody *child = FirstChild, *next; child; child = next) {
+    next = child->GetNext();
+    const VQRTTYPE type = child->GetType();
+    if (type == VQRTTYPE_HOTSPOT_END || type == VQRTTYPE_ACTION_PART || type == VQRTTYPE_BUTTON_PART) continue;
+    status = child->Delete();
+    if (status != VQ_OK) return status;
+  }
+  return Append(text, convertNewlines);
+}

@@ -1,0 +1,273 @@
+#include "vq/richtext/vqrtinit.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "engine/records.h"
+#include "vq/frame/session.h"
+#include "vq/richtext/vqpabdef.h"
+#include "vq/richtext/vqstyltx.h"
+
+namespace {
+
+constexpr std::uint32_t kTypeWord = 2;
+
+}  // namespace
+
+VQRichTextParser::VQRichTextParser(VQRichTextBody& body) : Body(body), Stack{} {}
+
+// Sorted by signature.
+const VQRichTextParser::Rule VQRichTextParser::kRules[] = {
+    {SIG_CD_PARAGRAPH, &VQRichTextParser::AddPlain, VQRTTYPE_NEW_PARAGRAPH},
+    {SIG_CD_PABREFERENCE, &VQRichTextParser::AddPABObject, VQRTTYPE_PAB_REFERENCE},
+    {SIG_CD_BITMAPHEADER, &VQRichTextParser::AddGraphicHeader, VQRTTYPE_BITMAP},
+    {SIG_CD_BITMAPSEGMENT, &VQRichTextParser::AddGraphicPart, VQRTTYPE_BITMAP_SEGMENT},
+    {SIG_CD_COLORTABLE, &VQRichTextParser::AddGraphicPart, VQRTTYPE_BITMAP_COLOR_TABLE},
+    {SIG_CD_PATTERNTABLE, &VQRichTextParser::AddGraphicPart, VQRTTYPE_BITMAP_PATTERN_TABLE},
+    {SIG_CD_GRAPHIC, &VQRichTextParser::BeginGraphic, VQRTTYPE_GRAPHIC},
+    {SIG_CD_PMMETASEG, &VQRichTextParser::AddGraphicPart, VQRTTYPE_PM_METAFILE_SEGMENT},
+    {SIG_CD_WINMETASEG, &VQRichTextParser::AddGraphicPart, VQRTTYPE_WIN_METAFILE_SEGMENT},
+    {SIG_CD_MACMETASEG, &VQRichTextParser::AddGraphicPart, VQRTTYPE_MAC_METAFILE_SEGMENT},
+    {SIG_CD_CGMMETA, &VQRichTextParser::AddGraphicHeader, VQRTTYPE_CGM_METAFILE},
+    {SIG_CD_PMMETAHEADER, &VQRichTextParser::AddGraphicHeader, VQRTTYPE_PM_METAFILE},
+    {SIG_CD_WINMETAHEADER, &VQRichTextParser::AddGraphicHeader, VQRTTYPE_WIN_METAFILE},
+    {SIG_CD_MACMETAHEADER, &VQRichTextParser::AddGraphicHeader, VQRTTYPE_MAC_METAFILE},
+    {SIG_CD_TABLEBEGIN, &VQRichTextParser::BeginTable, VQRTTYPE_TABLE},
+    {SIG_CD_TABLECELL, &VQRichTextParser::AddCell, VQRTTYPE_TABLE_CELL},
+    {SIG_CD_TABLEEND, &VQRichTextParser::EndTable, VQRTTYPE_TABLE_END},
+    {SIG_CD_STYLENAME, &VQRichTextParser::AddStyleName, VQRTTYPE_PAB_STYLE_NAME},
+    {SIG_CD_HOTSPOTEND_OLD, &VQRichTextParser::EndHotspot, VQRTTYPE_HOTSPOT_END},
+    {SIG_CD_HOTSPOTEND, &VQRichTextParser::EndHotspot, VQRTTYPE_HOTSPOT_END},
+    {SIG_CD_PABFORMULAREF, &VQRichTextParser::AddPABObject, VQRTTYPE_PAB_FORMULA_REFERENCE},
+    {SIG_CD_TRANSPARENCYTABLE, &VQRichTextParser::AddGraphicPart, VQRTTYPE_BITMAP_TRANSPARENCY_TABLE},
+    {SIG_CD_PABDEFINITION, &VQRichTextParser::AddDefinition, VQRTTYPE_PAB_DEFINITION},
+    {SIG_CD_FIELD_OLD, &VQRichTextParser::AddField, VQRTTYPE_FORM_FIELD},
+    {SIG_CD_TEXT, &VQRichTextParser::AddText, VQRTTYPE_STYLIZED_TEXT},
+    {SIG_CD_FIELD, &VQRichTextParser::AddField, VQRTTYPE_FORM_FIELD},
+    {SIG_CD_LINK_A, &VQRichTextParser::AddElement, VQRTTYPE_LINK},
+    {SIG_CD_LINK_B, &VQRichTextParser::AddElement, VQRTTYPE_LINK},
+    {SIG_CD_OLEBEGIN, &VQRichTextParser::BeginOLE, VQRTTYPE_OLE_OBJECT},
+    {SIG_CD_OLEEND, &VQRichTextParser::EndOLE, VQRTTYPE_OLE_OBJECT_END},
+    {SIG_CD_HOTSPOTBEGIN, &VQRichTextParser::BeginHotspot, VQRTTYPE_HOTSPOT},
+    {SIG_CD_BUTTON, &VQRichTextParser::AddPart, VQRTTYPE_BUTTON_PART},
+    {SIG_CD_V4HOTSPOTBEGIN, &VQRichTextParser::BeginHotspot, VQRTTYPE_HOTSPOT},
+    {SIG_CD_FIELD_EXTENSION, &VQRichTextParser::AddFieldExtension, VQRTTYPE_FIELD_EXTENSION},
+    {SIG_CD_ACTION_PART, &VQRichTextParser::AddPart, VQRTTYPE_ACTION_PART},
+    {SIG_CD_PABHIDE, &VQRichTextParser::AddPABObject, VQRTTYPE_PAB_HIDE},
+    {SIG_CD_TEXT_STYLE_EXT, &VQRichTextParser::AddTextStyle, VQRTTYPE_TEXT_STYLE_EXT},
+    {SIG_CD_ACTIVEOBJECT_PART, &VQRichTextParser::AddPart, VQRTTYPE_ACTIVE_PART},
+    {SIG_CD_ANCHOR, &VQRichTextParser::AddElement, VQRTTYPE_ANCHOR_LOCATION},
+};
+
+const VQRichTextParser::Rule* VQRichTextParser::FindRule(std::uint16_t signature) {
+  const Rule* rule = std::lower_bound(std::begin(kRules), std::end(kRules), signature,
+                                      [](const Rule& r, std::uint16_t s) { return r.Signature < s; });
+  return rule != std::end(kRules) && rule->Signature == signature ? rule : nullptr;
+}
+
+VQSTATUS VQRichTextParser::Run() {
+  VQSTATUS status = VQ_OK;
+  for (std::size_t i = 0; i < Body.Blocks.size() && status == VQ_OK; ++i) {
+    status = ParseBlock(i);
+    StreamOffset += Body.Blocks[i].Size;
+  }
+  if (status == VQ_OK) status = Finish();
+  if (Pending) Pending->Release();
+  if (status != VQ_OK || !Body.Top->HasChildren()) return status;
+  return Body.Top->Renumber(true);
+}
+
+VQSTATUS VQRichTextParser::ParseBlock(std::size_t index) {
+  const VQRichTextBody::Loaded& block = Body.Blocks[index];
+  const vq::MemoryLock lock(block.Source->GetPool());
+  std::uint32_t capacity = 0;
+  if (!lock.GetBytes() || EngMemGetSize(block.Source->GetPool(), &capacity) != 0) return VQERR_ITEM_UNINITIALIZED;
+  if (block.Source->GetBase() > capacity || block.Size > capacity - block.Source->GetBase()) return VQERR_CORRUPTED;
+  const unsigned char* value = lock.GetBytes() + block.Source->GetBase();
+  for (std::uint32_t offset = kTypeWord; offset < block.Size;) {
+    vq::RecordHeader header;
+    if (!vq::ReadRecordHeader(value + offset, block.Size - offset, &header)) return VQERR_RT_INVALID;
+    if (header.Length > vq::kRecordLimit) return VQERR_CORRUPTED;
+    const std::uint32_t padded = vq::Padded(header.Length);
+    const Record record = {block.Source, offset, std::min(padded, block.Size - offset), header.Signature,
+                           value + offset};
+    offset += padded;
+    Next = NextSignature(index, value, offset);
+    const VQSTATUS status = Dispatch(record);
+    if (status != VQ_OK) return status;
+  }
+  return VQ_OK;
+}
+
+std::uint16_t VQRichTextParser::NextSignature(std::size_t index, const unsigned char* value,
+                                              std::uint32_t offset) const {
+  vq::RecordHeader header;
+  if (offset < Body.Blocks[index].Size) {
+    return vq::ReadRecordHeader(value + offset, Body.Blocks[index].Size - offset, &header) ? header.Signature : 0;
+  }
+  for (++index; index < Body.Blocks.size(); ++index) {
+    const VQRichTextBody::Loaded& next = Body.Blocks[index];
+    if (next.Size <= kTypeWord) continue;
+    const vq::MemoryLock lock(next.Source->GetPool());
+    if (!lock.GetBytes()) return 0;
+    const unsigned char* bytes = lock.GetBytes() + next.Source->GetBase() + kTypeWord;
+    return vq::ReadRecordHeader(bytes, next.Size - kTypeWord, &header) ? header.Signature : 0;
+  }
+  return 0;
+}
+
+VQSTATUS VQRichTextParser::Dispatch(const Record& record) {
+  const Rule* rule = FindRule(record.Signature);
+  if (Pending && record.Signature != SIG_CD_TEXT && record.Signature != SIG_CD_FIELD &&
+      record.Signature != SIG_CD_FIELD_OLD) {
+    FlushPending();
+  }
+  const bool graphicRecord = rule && (rule->Handle == &VQRichTextParser::AddGraphicHeader ||
+                                      rule->Handle == &VQRichTextParser::AddGraphicPart);
+  if (!graphicRecord) CloseGraphic();
+  if (!rule) return AddOpaque(record);
+  RuleType = rule->Type;
+  return (this->*rule->Handle)(record);
+}
+
+VQSTATUS VQRichTextParser::Finish() {
+  FlushPending();
+  CloseGraphic();
+  if (Depth == 0) return VQ_OK;
+  const VQSTATUS status = Report(VQERR_RT_TRUNCATED, nullptr);
+  if (status != VQ_OK) return status;
+  VQRTBaseContainerBody* outermost = Stack[0].Object;
+  Depth = 0;
+  return outermost->Delete();
+}
+
+VQSTATUS VQRichTextParser::Report(VQSTATUS status, const Record* record) {
+  const VQQuillonSession* session = Body.GetSession();
+  const VQRTPARSERERRORHANDLER handler = session ? session->GetRTParserErrorHandler() : nullptr;
+  if (!handler) return status;
+  VQRichText richText(&Body);
+  VQRTPARSERERRORDATA data = {&richText, StreamOffset, 0, 0, status};
+  if (record) {
+    data.Offset += record->Offset;
+    data.Signature = record->Signature;
+    data.RecordLength = record->Size;
+  }
+  return handler(data);
+}
+
+VQRTBaseContainerBody* VQRichTextParser::Container() const { return Depth == 0 ? Body.Top : Stack[Depth - 1].AddTo; }
+
+void VQRichTextParser::Add(VQRTObjectBody* object) {
+  VQRTBaseContainerBody* container = Container();
+  container->LinkPointers(object, container->LastChild, nullptr);
+  LastAdded = object;
+}
+
+VQSTATUS VQRichTextParser::Push(VQRTBaseContainerBody* object) {
+  if (Depth == kStackSize) return VQERR_RT_STACK_OVERFLOW;
+  Stack[Depth++] = {object, object};
+  return VQ_OK;
+}
+
+void VQRichTextParser::Pop() { --Depth; }
+
+VQSTATUS VQRichTextParser::AddAndPush(VQRTBaseContainerBody* object) {
+  Add(object);
+  return Push(object);
+}
+
+VQSTATUS VQRichTextParser::AddPlain(const Record& record) {
+  Add(new VQRTObjectBody(static_cast<VQRTTYPE>(RuleType), record.Source, record.Offset, record.Size));
+  return VQ_OK;
+}
+
+VQSTATUS VQRichTextParser::AddElement(const Record& record) {
+  Add(new VQRTElementBody(static_cast<VQRTTYPE>(RuleType), record.Source, record.Offset, record.Size));
+  return VQ_OK;
+}
+
+VQSTATUS VQRichTextParser::AddOpaque(const Record& record) {
+  Add(new VQRTElementBody(VQRTTYPE_COMPOSITE_DATA, record.Source, record.Offset, record.Size));
+  return VQ_OK;
+}
+
+void VQRichTextParser::FlushPending() {
+  if (!Pending) return;
+  // Nothing took it: it is a record like any other that has no place.
+  auto* opaque = new VQRTElementBody(VQRTTYPE_COMPOSITE_DATA, Pending->Source, Pending->Offset, Pending->Length);
+  std::exchange(Pending, nullptr)->Release();
+  Add(opaque);
+}
+
+void VQRichTextParser::Register(const VQRTObjectBody& object) {
+  vq::PABIDs ids;
+  if (vq::ReadPABIDs(object, &ids) != VQ_OK) return;  // too short for an identifier: nothing to keep count of
+  Body.Top->RegisterPABID(ids.First);
+  Body.Top->RegisterPABID(ids.Second);
+}
+
+VQSTATUS VQRichTextParser::AddDefinition(const Record& record) {
+  auto* object = new VQPABDefinitionBody(record.Source, record.Offset, record.Size);
+  Add(object);
+  Register(*object);
+  return VQ_OK;
+}
+
+VQSTATUS VQRichTextParser::AddStyleName(const Record& record) {
+  auto* object = new VQPABStyleNameBody(record.Source, record.Offset, record.Size);
+  Add(object);
+  Register(*object);
+  return VQ_OK;
+}
+
+VQSTATUS VQRichTextParser::AddPABObject(const Record& record) {
+  auto* object = new VQRTObjectBody(static_cast<VQRTTYPE>(RuleType), record.Source, record.Offset, record.Size);
+  Add(object);
+  Register(*object);
+  return VQ_OK;
+}
+
+VQSTATUS VQRichTextParser::AddTextStyle(const Record& record) {
+  if (TopIs(VQRTTYPE_FORM_FIELD) || Next != SIG_CD_TEXT) return AddOpaque(record);
+  Pending = new VQRTObjectBody(VQRTTYPE_TEXT_STYLE_EXT, record.Source, record.Offset, record.Size);
+  Pending->AddReference();
+  return VQ_OK;
+}
+
+VQSTATUS VQRichTextParser::AddText(const Record& record) {
+  if (Pending && Pending->GetType() != VQRTTYPE_TEXT_STYLE_EXT) FlushPending();
+  if (TopIs(VQRTTYPE_SUBFORM)) {
+    FlushPending();
+    return AddOpaque(record);
+  }
+  auto* text = new VQStylizedTextBody(record.Source, record.Offset, record.Size);
+  if (Pending) {
+    text->LinkPointers(Pending, nullptr, nullptr);
+    std::exchange(Pending, nullptr)->Release();
+  }
+  // A subform takes the empty text that stands for it.
+  if (LastAdded && LastAdded->IsType(VQRTTYPE_SUBFORM) && text->GetByteCount() == 0) {
+    VQRTBaseContainerBody* subform = LastAdded->AsBase();
+    subform->LinkPointers(text, subform->LastChild, nullptr);
+    return VQ_OK;
+  }
+  Add(text);
+  return VQ_OK;
+}
+
+VQSTATUS VQRichTextParser::AddFieldExtension(const Record& record) {
+  Pending = new VQRTObjectBody(VQRTTYPE_FIELD_EXTENSION, record.Source, record.Offset, record.Size);
+  Pending->AddReference();
+  return VQ_OK;
+}
+
+VQSTATUS VQRichTextParser::AddField(const Record& record) {
+  if (Pending && Pending->GetType() != VQRTTYPE_FIELD_EXTENSION) FlushPending();
+  auto* field = new VQRTElementBody(VQRTTYPE_FORM_FIELD, record.Source, record.Offset, record.Size);
+  if (Pending) {
+    field->LinkPointers(Pending, nullptr, nullptr);
+    std::exchange(Pending, nullptr)->Release();
+  }
+  Add(field);
+  return VQ_OK;
+}

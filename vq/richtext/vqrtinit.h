@@ -1,0 +1,100 @@
+// VQRichTextParser: turns the record stream of a rich text into its tree.
+#ifndef QUILLON_VQ_RICHTEXT_VQRTINIT_H
+#define QUILLON_VQ_RICHTEXT_VQRTINIT_H
+
+#include <array>
+
+#include "vq/richtext/vqrtbody.h"
+
+// One load. Records become views on the loaded blocks; those that no rule knows, or that stand where no rule expects
+// them, become VQRTTYPE_COMPOSITE_DATA. No record is dropped or moved, so that a tree writes back what was read.
+class VQRichTextParser {
+ public:
+  explicit VQRichTextParser(VQRichTextBody& body);
+
+  [[nodiscard]] VQSTATUS Run();
+
+ private:
+  static constexpr unsigned kStackSize = 10;
+
+  struct Record {
+    vq::RecordSource* Source;
+    std::uint32_t Offset;  // in the value
+    std::uint32_t Size;    // padded, as far as bytes are there
+    std::uint16_t Signature;
+    const unsigned char* Bytes;
+  };
+  // What to do with a signature; the table is in the source.
+  using Handler = VQSTATUS (VQRichTextParser::*)(const Record&);
+  struct Rule {
+    std::uint16_t Signature;
+    Handler Handle;
+    unsigned char Type;
+  };
+  static const Rule kRules[];
+  static const Rule* FindRule(std::uint16_t signature);
+
+  // An open container. New objects go into AddTo, which differs for a link hotspot that spans table cells.
+  struct Open {
+    VQRTBaseContainerBody* Object;
+    VQRTBaseContainerBody* AddTo;
+  };
+
+  [[nodiscard]] VQSTATUS ParseBlock(std::size_t index);
+  [[nodiscard]] VQSTATUS Dispatch(const Record& record);
+  [[nodiscard]] VQSTATUS Finish();
+  std::uint16_t NextSignature(std::size_t index, const unsigned char* value, std::uint32_t offset) const;
+
+  // Handlers.
+  VQSTATUS AddPlain(const Record& record);
+  VQSTATUS AddElement(const Record& record);
+  VQSTATUS AddDefinition(const Record& record);
+  VQSTATUS AddStyleName(const Record& record);
+  VQSTATUS AddPABObject(const Record& record);
+  VQSTATUS AddText(const Record& record);
+  VQSTATUS AddTextStyle(const Record& record);
+  VQSTATUS AddFieldExtension(const Record& record);
+  VQSTATUS AddField(const Record& record);
+  VQSTATUS BeginTable(const Record& record);
+  VQSTATUS AddCell(const Record& record);
+  VQSTATUS EndTable(const Record& record);
+  VQSTATUS BeginHotspot(const Record& record);
+  VQSTATUS EndHotspot(const Record& record);
+  VQSTATUS BeginOLE(const Record& record);
+  VQSTATUS EndOLE(const Record& record);
+  VQSTATUS AddPart(const Record& record);
+  VQSTATUS BeginGraphic(const Record& record);
+  VQSTATUS AddGraphicHeader(const Record& record);
+  VQSTATUS AddGraphicPart(const Record& record);
+  VQSTATUS AddOpaque(const Record& record);
+
+  // Adding: without index values, which one pass gives at the end.
+  void Add(VQRTObjectBody* object);
+  [[nodiscard]] VQSTATUS Push(VQRTBaseContainerBody* object);
+  void Pop();
+  [[nodiscard]] VQSTATUS AddAndPush(VQRTBaseContainerBody* object);
+  VQRTBaseContainerBody* Container() const;
+  VQRTBaseContainerBody* StackTop() const { return Depth == 0 ? nullptr : Stack[Depth - 1].Object; }
+  bool TopIs(VQRTTYPE type) const { return StackTop() && StackTop()->IsType(type); }
+
+  VQRTTYPE HotspotType(const Record& record) const;
+  void Register(const VQRTObjectBody& object);
+  void FlushPending();
+  void CloseGraphic();
+  [[nodiscard]] VQSTATUS GraphicFailed(const Record& record);
+  // The session's handler decides; without one the status stands.
+  [[nodiscard]] VQSTATUS Report(VQSTATUS status, const Record* record);
+
+  VQRichTextBody& Body;
+  std::array<Open, kStackSize> Stack;
+  unsigned Depth = 0;
+  VQRTObjectBody* Pending = nullptr;    // a record that goes to the object behind it, counted
+  VQRTObjectBody* LastAdded = nullptr;  // into whatever container
+  std::uint16_t Next = 0;               // signature of the record behind the present one
+  unsigned char RuleType = 0;
+  bool HotspotEndSeen = true;
+  bool GraphicGood = true;
+  std::uint32_t StreamOffset = 0;  // of the present block over all items
+};
+
+#endif
