@@ -74,6 +74,13 @@ VQSTATUS ConvertFont(const VQFontStyle& style, VQItem* target) {
   return body.Renumber(number);
 }
 
+VQSTATUS EnterFonts(VQRTObjectBody& object) {
+  VQRichTextBody* owner = object.GetRichTextBody();
+  if (owner == nullptr) return VQ_OK;
+  VQRichText target(owner);
+  return object.ConvertFonts(&target);
+}
+
 }  // namespace vq
 
 VQSTATUS VQRichTextBody::FindFontTable(VQFontTable* table) {
@@ -89,6 +96,17 @@ VQSTATUS VQRichTextBody::FindOrMakeFontTable(VQFontTable* table) {
   return FindFontTable(table);
 }
 
+VQSTATUS VQRichTextBody::TakeFonts(VQRichTextBody& source) {
+  VQFontTable theirs;
+  VQSTATUS status = source.FindFontTable(&theirs);
+  if (status != VQ_OK) return status == VQWARN_NOT_FOUND ? VQ_OK : status;
+  VQFontTableBody* copy = new VQFontTableBody;
+  VQFontTable own(copy);
+  if (VQSTATUS taken = copy->TakeFaces(*theirs.GetFontTableBody())) return taken;
+  OwnFonts = own;
+  return VQ_OK;
+}
+
 VQSTATUS VQRichTextBody::AddFontToTable(VQFontStyleBody& style) {
   if (!vq::fontid::IsTableFace(vq::fontid::Face(style.GetFontID()))) return VQ_OK;
   CDFACE face{};
@@ -97,4 +115,10 @@ VQSTATUS VQRichTextBody::AddFontToTable(VQFontStyleBody& style) {
   if (VQSTATUS status = FindOrMakeFontTable(&table)) return status;
   if (VQSTATUS status = vq::AddFaceTo(table, face, &face.Face)) return status;
   return style.AssignFace(face);
+}
+
+VQSTATUS VQRichText::GetFontTable(VQFontTable* table) const {
+  if (IsNull()) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
+  if (table == nullptr) return vq::Apply(VQERR_INVALID_PARAMETER);
+  return vq::Apply(GetRichTextBody()->FindFontTable(table));
 }

@@ -28,6 +28,9 @@ namespace vq {
 // is entered there, and its number there is written into the record.
 [[nodiscard]] VQSTATUS ConvertFont(const VQFontStyle& style, VQItem* target);
 
+// The table fonts of an object that has come into a rich text, and of all in it, refer to that one's table afterwards.
+[[nodiscard]] VQSTATUS EnterFonts(VQRTObjectBody& object);
+
 }  // namespace vq
 
 #endif

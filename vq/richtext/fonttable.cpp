@@ -156,6 +156,14 @@ VQSTATUS VQFontTableBody::Merge(VQFontTableBody& other) {
   return VQ_OK;
 }
 
+VQSTATUS VQFontTableBody::TakeFaces(VQFontTableBody& other) {
+  if (VQSTATUS status = other.Load()) return status;
+  Entries = other.Entries;
+  HighestFace = other.HighestFace;
+  SetDirty(1);
+  return VQ_OK;
+}
+
 VQSTATUS VQFontTableBody::FindFace(unsigned face, CDFACE* target) {
   if (target == nullptr) return VQERR_INVALID_PARAMETER;
   if (!vq::fontid::IsTableFace(face)) {

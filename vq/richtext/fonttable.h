@@ -94,6 +94,8 @@ class VQ_API VQFontTableBody : public VQCompositeItemBody {
   [[nodiscard]] VQSTATUS AddFace(unsigned family, const ENGCHAR* name, unsigned char* faceOut);
   [[nodiscard]] VQSTATUS Erase(unsigned long position, unsigned long count);
   [[nodiscard]] VQSTATUS Merge(VQFontTableBody& other);
+  // The other table's faces with their numbers, in place of those here.
+  [[nodiscard]] VQSTATUS TakeFaces(VQFontTableBody& other);
   [[nodiscard]] VQSTATUS FindFace(unsigned face, CDFACE* target);
   [[nodiscard]] VQSTATUS FindName(const ENGCHAR* name, CDFACE* target);
   // Position of a face or name, or the count.

@@ -62,6 +62,7 @@ class VQ_API VQPABDefinitionBody : public VQRTObjectBody {
   VQPABDefinitionBody(vq::RecordSource* source, std::uint32_t offset, std::uint32_t length);
 
   VQCLASSID GetClassID() const override { return VQCLASSID_VQPABDEFINITIONBODY; }
+  VQRTObjectBody* MakeSame() const override { return new VQPABDefinitionBody(); }
   VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) override;
 
   [[nodiscard]] VQSTATUS GetRecord(CDPABDEFINITION* record) const;
@@ -101,6 +102,7 @@ class VQ_API VQPABStyleNameBody : public VQRTObjectBody {
   ~VQPABStyleNameBody() override;
 
   VQCLASSID GetClassID() const override { return VQCLASSID_VQPABSTYLENAMEBODY; }
+  VQRTObjectBody* MakeSame() const override { return new VQPABStyleNameBody(); }
   VQSTATUS Close() override;
   VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) override;
   VQSTATUS ConvertFonts(VQItem* table) override;

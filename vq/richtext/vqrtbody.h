@@ -56,8 +56,8 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   [[nodiscard]] VQSTATUS FindFontTable(VQFontTable* table);
   // The same, made when there is none.
   [[nodiscard]] VQSTATUS FindOrMakeFontTable(VQFontTable* table);
-  // For a rich text that stands alone: the table that its faces refer to.
-  void SetOwnFonts(const VQItem& table) { OwnFonts = table; }
+  // For a rich text that stands alone: a copy of the other one's font table, face numbers included.
+  [[nodiscard]] VQSTATUS TakeFonts(VQRichTextBody& source);
   // Runs the font work of a style that enters this rich text: a table face goes into the slate's font table.
   [[nodiscard]] VQSTATUS AddFontToTable(VQFontStyleBody& style);
   // The values as they would be stored, in engine memory that becomes the caller's; the tree stays as it is.

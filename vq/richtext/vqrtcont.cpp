@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "vq/richtext/fontplace.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
@@ -104,6 +105,7 @@ VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appende
   VQRTObject copy;
   VQSTATUS status = copy.CopyRTObject(object, VQRTCOPYOPTIONS_DEEP);
   if (status == VQ_OK) status = Append(copy.GetRTObjectBody());
+  if (status == VQ_OK) status = vq::EnterFonts(*copy.GetRTObjectBody());
   if (status == VQ_OK) status = copy.GetRTObjectBody()->AdjustNeighbours(1, 1, nullptr);
   if (status == VQ_OK && appended) *appended = copy;
   return status;
@@ -158,6 +160,7 @@ VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObj
   }
   VQRTObjectBody* body = placed.GetRTObjectBody();
   status = PlaceAt(body, *cursor);
+  if (status == VQ_OK) status = vq::EnterFonts(*body);
   if (status != VQ_OK) return status;
 
   // Behind what was inserted: on its last element, or before what follows a record that is no place.

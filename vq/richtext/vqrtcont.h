@@ -63,9 +63,10 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   // Gives every identifier in this container a new number behind `highest`; references without a definition here
   // take the identifier of the first reference in `target`.
   virtual VQSTATUS ReassignPABIDs(unsigned short highest, unsigned short* newHighestPABID, VQRTContainerBody* target);
-  // Sets the references from `start` up to, not with, `end` (null: to the last) to the pair of identifiers.
-  virtual VQSTATUS ResetPABReferences(VQRTObjectBody* start, VQRTObjectBody* end, unsigned short pabid,
-                                      unsigned short companion);
+  // Sets the references from `start` up to, not with, `end` (null: to the last) to the pair of identifiers: that of
+  // the hide formula or style name, and that of the definition.
+  virtual VQSTATUS ResetPABReferences(VQRTObjectBody* start, VQRTObjectBody* end, unsigned short source,
+                                      unsigned short destination);
   virtual VQSTATUS SetParagraphStyle(const VQRTCursor& start, const VQRTCursor& end, const VQParagraphStyle& style);
   virtual VQSTATUS SetParagraphStyle(const VQRTCursor& cursor, const VQParagraphStyle& style);
   // Replaces the whole content by the text.

@@ -29,6 +29,8 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
                         unsigned long mask) override;
   VQSTATUS SetFontStyle(const VQRTCursor& cursor, const VQFontStyle& style) override;
   VQSTATUS ConvertFonts(VQItem* table) override;
+  // Takes the face along that a table font of the source stands for.
+  VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) override;
   VQSTATUS AppendChild(VQRTObject* child) override;
   VQSTATUS CopyChildren(const VQRTCursor& start, const VQRTCursor& end, VQRTBaseContainerBody* source,
                         VQRTObject* before) override;
@@ -87,6 +89,9 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
   [[nodiscard]] VQSTATUS Replace(std::uint32_t offset, std::uint32_t oldBytes, const unsigned char* text,
                                  std::uint32_t newBytes);
   void MoveCharacters(unsigned long offset, VQStylizedTextBody* target);
+
+  VQFontStyleBody& OwnFontStyle();
+  void DropFontStyle();
 
   std::unique_ptr<std::vector<VQRTObject*>> RTCharArray;
   VQFontStyleBody* FontStyle;  // counted, null until asked for; Close takes this run out of it as its owner

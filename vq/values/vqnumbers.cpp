@@ -2,7 +2,6 @@
 #include <bit>
 
 #include "vq/frame/state.h"
-#include "vq/values/entrycount.h"
 #include "vq/values/vqnumber.h"
 
 namespace {
@@ -94,8 +93,7 @@ VQSTATUS VQNumbers::Delete(unsigned long index, unsigned long count) {
 }
 
 VQSTATUS VQNumbers::DeleteAll() {
-  unsigned long count = 0;
-  if (const VQSTATUS status = vq::CountEntries(GetItemBody(), &count)) return vq::Apply(status);
+  const unsigned long count = GetCount();
   return count == 0 ? VQ_OK : Delete(0, count);
 }
 
@@ -106,8 +104,7 @@ VQSTATUS VQNumbers::JoinText(VQString* out, const VQString& separator, const VQN
   if (const VQSTATUS status = vq::CheckInitialized()) return vq::Apply(status);
   if (out == nullptr) return vq::Apply(VQERR_NULL_POINTER);
   VQString joined;
-  unsigned long count = 0;
-  if (const VQSTATUS status = vq::CountEntries(GetItemBody(), &count)) return vq::Apply(status);
+  const unsigned long count = GetCount();
   for (unsigned long i = 0; i < count; ++i) {
     VQNumber number;
     if (const VQSTATUS status = ReadNumber(NumbersBody(), i, &number.Value)) return vq::Apply(status);
@@ -142,10 +139,8 @@ VQSTATUS VQNumbers::Insert(unsigned long index, const VQNumbers& numbers) {
 
 VQSTATUS VQNumbers::Insert(unsigned long index, const double& number) {
   if (Body == nullptr) return index == 0 ? SetValue(number) : vq::Apply(VQERR_OUT_OF_RANGE);
-  vq::RangeListBody::Counts counts;
   if (const VQSTATUS status = NumbersBody()->CheckEditable()) return vq::Apply(status);
-  if (const VQSTATUS status = NumbersBody()->GetCounts(&counts)) return vq::Apply(status);
-  if (index > counts.Total()) return vq::Apply(VQERR_OUT_OF_RANGE);
+  if (index > GetCount()) return vq::Apply(VQERR_OUT_OF_RANGE);
   return vq::Apply(NumbersBody()->InsertSingles(index, StoredNumber(number).Bytes, 1));
 }
 

@@ -1,0 +1,31 @@
+// Plain text in and out of composite records.
+//
+// In: UTF-8 (a byte order mark is dropped, invalid bytes are kept), lines ended by LF, CR LF or CR. Lines that follow
+// one another are one paragraph with line breaks; an empty line stands for itself as an empty paragraph. Out: a line
+// feed for each paragraph record and line break, a tab behind each table cell, a line feed behind each row.
+#ifndef QUILLON_CONVERTERS_TEXTCONV_TEXTCONV_H
+#define QUILLON_CONVERTERS_TEXTCONV_TEXTCONV_H
+
+#include <cstdio>
+#include <memory>
+
+#include "engine/types.h"
+
+namespace textconv {
+
+// Option bits.
+inline constexpr std::uint32_t kEachLineAParagraph = 0x0001;
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+// Both stream: memory does not grow with the file.
+ENGSTATUS WriteRecords(std::FILE* text, std::FILE* composite, std::uint32_t fontID, std::uint32_t options);
+// ENG_ERR_RECORD_DAMAGED when the records don't add up.
+ENGSTATUS WriteText(std::FILE* composite, std::FILE* text);
+
+}  // namespace textconv
+
+#endif

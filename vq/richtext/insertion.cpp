@@ -1,0 +1,136 @@
+// Container operations that put whole rich texts in.
+#include "vq/richtext/fonttable.h"
+#include "vq/richtext/pabtree.h"
+#include "vq/richtext/rttext.h"
+#include "vq/richtext/vqrtbody.h"
+#include "vq/richtext/vqstyltx.h"
+
+namespace pab = vq::pab;
+
+namespace {
+
+VQSTATUS CheckCursor(const VQRTBaseContainerBody& container, const VQRTCursor* cursor) {
+  if (!cursor || cursor->IsNull()) return VQERR_INVALID_PARAMETER;
+  if (!cursor->IsValid()) return VQERR_CURSOR_INVALID;
+  return cursor->IsValid(&container) ? VQ_OK : VQERR_RT_NOT_MEMBER;
+}
+
+// Whether the container around the cursor takes all that comes in.
+VQSTATUS CheckTypes(const VQRTCursor& cursor, const VQRTContainerBody& incoming) {
+  const VQRTBaseContainerBody* around = vq::EnclosingContainer(cursor.GetElementBody());
+  if (!around || !around->IsType(VQRTTYPE_CONTAINER)) return VQERR_CANT_INSERT_TYPE;
+  const VQRTContainerBody& container = static_cast<const VQRTContainerBody&>(*around);
+  for (const VQRTObjectBody* child = incoming.GetFirstChild(); child; child = child->GetNext()) {
+    if (!container.CanInsertType(child->GetType())) return VQERR_CANT_INSERT_TYPE;
+  }
+  return VQ_OK;
+}
+
+// The end of the text; an empty container gets a paragraph to stand in first.
+VQSTATUS EndOf(VQRTContainerBody& container, VQRTCursor* cursor) {
+  if (container.GetChildCount() == 0) {
+    if (VQSTATUS status = container.RestoreParagraphs()) return status;
+  }
+  return container.GetEndCursor(cursor);
+}
+
+// A rich text that stands alone, with copies of all that the source's top holds and the source's faces.
+VQSTATUS CopyWhole(const VQRichText& source, VQRichText* copy) {
+  VQRichTextBody* from = source.GetRichTextBody();
+  if (VQSTATUS status = from->Initialize()) return status;
+  VQRichTextBody* body = new VQRichTextBody;
+  *copy = VQRichText(body);
+  if (VQSTATUS status = body->Initialize()) return status;
+  for (VQRTObjectBody* child = from->GetTop()->GetFirstChild(); child; child = child->GetNext()) {
+    VQRTObject object;
+    if (VQSTATUS status = pab::CopyOf(child, &object)) return status;
+    if (VQSTATUS status = body->GetTop()->Append(object.GetRTObjectBody())) return status;
+  }
+  return body->TakeFonts(*from);
+}
+
+// What in `incoming` refers to its own tables refers to the target's afterwards.
+VQSTATUS Adapt(VQRichText& incoming, VQRTContainerBody& root) {
+  VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
+  unsigned short highest = 0;
+  VQSTATUS status = top.ReassignPABIDs(root.GetHighestPABID(), &highest, &root);
+  if (status != VQ_OK) return status;
+  if (VQRichTextBody* owner = root.GetRichTextBody()) {
+    VQRichText target(owner);
+    if ((status = top.ConvertFonts(&target)) != VQ_OK) return status;
+    if ((status = top.ConvertLinks(&incoming, &target)) != VQ_OK) return status;
+    if ((status = top.ConvertObjects(&incoming, &target)) != VQ_OK) return status;
+  }
+  root.SetHighestPABID(highest);
+  return VQ_OK;
+}
+
+// Content behind the insertion keeps the style that it had: where the next paragraph relies on the reference in force,
+// it gets one of its own.
+VQSTATUS KeepStyleBehind(const VQRTObjectBody* last, vq::PABIDs inForce) {
+  VQRTObjectBody* object = last->GetNext();
+  while (object && !object->IsType(VQRTTYPE_NEW_PARAGRAPH) && !object->IsType(VQRTTYPE_PAB_REFERENCE)) {
+    object = object->GetNext();
+  }
+  if (!object || object->IsType(VQRTTYPE_PAB_REFERENCE)) return VQ_OK;
+  VQRTObjectBody* first = object->GetNext();
+  while (first && first->IsType(VQRTTYPE_PAB_OBJECT) && !first->IsType(VQRTTYPE_PAB_REFERENCE))
+    first = first->GetNext();
+  if (!first || first->IsType(VQRTTYPE_PAB_REFERENCE)) return VQ_OK;
+  return object->InsertNextSibling(vq::MakePABReference(inForce).GetRTObjectBody());
+}
+
+VQSTATUS MoveIn(VQRTContainerBody& incoming, const pab::Place& place, VQRTObject* first, VQRTObject* last) {
+  while (VQRTObjectBody* child = incoming.GetFirstChild()) {
+    *last = VQRTObject(child);
+    if (first->IsNull()) *first = *last;
+    if (VQSTATUS status = child->RemoveThis(1)) return status;
+    if (VQSTATUS status = pab::InsertAt(place, child)) return status;
+  }
+  return VQ_OK;
+}
+
+// Behind what was put in: its last element, or what follows a last paragraph record.
+VQSTATUS CursorBehind(VQRTContainerBody& root, VQRTObjectBody* last, VQRTCursor* cursor) {
+  VQRTObjectBody* object = last;
+  while (object && !pab::IsContent(object)) object = object->GetNext();
+  if (object == last || !object) {
+    if (!object) object = root.PreviousOfType(last, VQRTTYPE_STYLIZED_TEXT);
+    return object ? pab::PutCursor(cursor, object, true) : VQERR_RT_INVALID;
+  }
+  return pab::PutCursor(cursor, object, false);
+}
+
+}  // namespace
+
+VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* cursor) {
+  if (richText.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
+  if (VQSTATUS status = CheckCursor(*this, cursor)) return status;
+  if (IsType(VQRTTYPE_STYLIZED_TEXT)) return VQERR_CANT_INSERT_TYPE;
+  VQRTContainerBody& root = pab::Root(*this);
+  VQRichText incoming;
+  if (VQSTATUS status = CopyWhole(richText, &incoming)) return status;
+  VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
+  if (top.GetChildCount() == 0) return VQ_OK;
+  if (VQSTATUS status = CheckTypes(*cursor, top)) return status;
+  if (VQSTATUS status = Adapt(incoming, root)) return status;
+
+  VQRTObjectBody* inForce = pab::ReferenceFor(root, cursor->GetElementBody());
+  pab::Place place;
+  if (VQSTATUS status = pab::SplitAt(*cursor, &place)) return status;
+  VQRTObject first, last;
+  if (VQSTATUS status = MoveIn(top, place, &first, &last)) return status;
+  if (inForce) {
+    if (VQSTATUS status = KeepStyleBehind(last.GetRTObjectBody(), pab::IDsOf(*inForce))) return status;
+  }
+  if (VQSTATUS status = CursorBehind(root, last.GetRTObjectBody(), cursor)) return status;
+  if (VQSTATUS status = first.GetRTObjectBody()->AdjustNeighbours(1, 0, nullptr)) return status;
+  return last.GetRTObjectBody()->AdjustNeighbours(0, 1, cursor);
+}
+
+VQSTATUS VQRTContainerBody::Append(const VQRichText& richText) {
+  if (richText.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
+  VQRTCursor cursor;
+  if (VQSTATUS status = EndOf(*this, &cursor)) return status;
+  return Insert(richText, &cursor);
+}

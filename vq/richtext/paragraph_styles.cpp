@@ -1,0 +1,227 @@
+// Container operations that find, compare and set paragraph styles.
+#include "vq/richtext/fontplace.h"
+#include "vq/richtext/pabtree.h"
+#include "vq/richtext/rttext.h"
+#include "vq/richtext/vqparstl.h"
+#include "vq/richtext/vqrtbody.h"
+#include "vq/richtext/vqstyltx.h"
+
+namespace pab = vq::pab;
+
+namespace {
+
+VQSTATUS ObjectAt(const VQRTCursor& cursor, bool right, VQRTObject* object) {
+  if (!cursor.IsValid()) return VQERR_CURSOR_INVALID;
+  VQSTATUS status = right ? cursor.GetNextObject(object) : cursor.GetPreviousObject(object);
+  if (status != VQWARN_NOT_FOUND) return status;
+  return right ? cursor.GetPreviousObject(object) : cursor.GetNextObject(object);
+}
+
+VQSTATUS StyleOf(VQPABDefinitionBody* definition, VQRTObjectBody* hide, VQRTObjectBody* name, VQParagraphStyle* style) {
+  if (!name) {
+    VQParagraphStyleBody* body = new VQParagraphStyleBody;
+    VQParagraphStyle made(body);
+    VQSTATUS status = body->CopySettings(definition, hide);
+    if (status == VQ_OK) *style = made;
+    return status;
+  }
+  VQNamedStyleBody* body = new VQNamedStyleBody;
+  VQNamedStyle made(body);
+  if (VQSTATUS status = body->CopySettings(definition, hide)) return status;
+  if (VQSTATUS status = body->CopyName(static_cast<VQPABStyleNameBody*>(name))) return status;
+  *style = made;
+  return VQ_OK;
+}
+
+// Where a style is set: the container, the references that it is set on.
+struct StyleRange {
+  VQRTContainerBody* Container = nullptr;
+  VQRTObjectBody* First = nullptr;
+  VQRTObjectBody* Last = nullptr;
+  VQRTObjectBody* Behind = nullptr;  // the reference behind the last one, null at the end
+};
+
+// A table's end counts as the table's last cell.
+VQRTObjectBody* CellOf(VQRTObjectBody* object) {
+  if (object->IsType(VQRTTYPE_TABLE_END)) {
+    while (object && !object->IsType(VQRTTYPE_TABLE_CELL)) object = object->GetPrevious();
+    return object;
+  }
+  while (object && !object->IsType(VQRTTYPE_TABLE_CELL)) object = object->GetParent();
+  return object;
+}
+
+VQSTATUS FindRange(VQRTContainerBody& root, const VQRTCursor& start, const VQRTCursor& end, StyleRange* range) {
+  VQRTObject first, last;
+  if (VQSTATUS status = ObjectAt(start, true, &first)) return status;
+  if (VQSTATUS status = ObjectAt(end, false, &last)) return status;
+  VQRTObjectBody* firstCell = CellOf(first.GetRTObjectBody());
+  if (firstCell && firstCell != CellOf(last.GetRTObjectBody())) return VQERR_INVALID_PARAMETER;
+  range->Container = firstCell ? static_cast<VQRTContainerBody*>(firstCell) : &root;
+  range->First = pab::ReferenceFor(root, first.GetRTObjectBody());
+  if (!range->First) return VQERR_RT_NOT_MEMBER;
+  range->Last = pab::ReferenceFor(root, last.GetRTObjectBody());
+  if (!range->Last || range->Last->IsLeftOf(range->First)) range->Last = range->First;
+  range->Behind = range->Container->NextOfType(range->Last, VQRTTYPE_PAB_REFERENCE);
+  return VQ_OK;
+}
+
+VQSTATUS SetFonts(const StyleRange& range, const VQFontStyle& font) {
+  VQRTObjectBody* object = range.Container->NextInTree(range.First);
+  for (; object && object != range.Behind; object = range.Container->NextInTree(object)) {
+    if (!object->IsType(VQRTTYPE_STYLIZED_TEXT)) continue;
+    VQSTATUS status = static_cast<VQStylizedTextBody*>(object)->ApplyFontStyle(font, VQFONTMASK_ALL);
+    if (VQIsError(status)) return status;
+  }
+  return VQ_OK;
+}
+
+// Takes an object that stands right of the first reference out and puts it in front, so that it precedes its use.
+VQSTATUS MoveInFront(VQRTObjectBody* object, VQRTObjectBody* reference) {
+  if (!object || object->IsLeftOf(reference)) return VQ_OK;
+  VQRTObject hold(object);
+  if (VQSTATUS status = object->RemoveThis(1)) return status;
+  return reference->InsertPreviousSibling(object);
+}
+
+VQSTATUS PutCopy(VQRTObjectBody* source, std::uint16_t pabid, VQRTObjectBody* reference) {
+  VQRTObject copy;
+  if (VQSTATUS status = pab::CopyOf(source, &copy)) return status;
+  VQRTObjectBody* body = copy.GetRTObjectBody();
+  if (VQSTATUS status = vq::WritePABIDs(*body, {pabid, pabid})) return status;
+  if (VQSTATUS status = reference->InsertPreviousSibling(body)) return status;
+  return body->IsType(VQRTTYPE_PAB_STYLE_NAME) ? vq::EnterFonts(*body) : VQ_OK;
+}
+
+// Puts the style's records in front of the reference under a new identifier.
+VQSTATUS PutRecords(VQParagraphStyleBody& style, std::uint16_t pabid, VQRTObjectBody* reference) {
+  bool named = style.GetClassID() == VQCLASSID_VQNAMEDSTYLEBODY;
+  VQPABStyleNameBody* name = named ? &static_cast<VQNamedStyleBody&>(style).StyleName() : nullptr;
+  VQRTObjectBody* hide = style.Hide().GetRTObjectBody();
+  if (hide) VQ_ASSERT_TEXT(name == nullptr, "stylename.IsNull()", "VQRTCONT");
+  if (name) VQ_ASSERT_TEXT(hide == nullptr, "pabhide.IsNull()", "VQRTCONT");
+  if (VQSTATUS status = PutCopy(&style.Definition(), pabid, reference)) return status;
+  VQRTObjectBody* companion = hide ? hide : static_cast<VQRTObjectBody*>(name);
+  return companion ? PutCopy(companion, pabid, reference) : VQ_OK;
+}
+
+// A named style is redefined wherever the text uses its name.
+VQSTATUS Redefine(VQNamedStyleBody& style, VQPABDefinitionBody* definition, VQPABStyleNameBody* name) {
+  vq::PABIDs definitionIDs = pab::IDsOf(*definition);
+  vq::PABIDs nameIDs = pab::IDsOf(*name);
+  if (VQSTATUS status = definition->Copy(&style.Definition(), VQRTCOPYOPTIONS_KEEP_LINKS)) return status;
+  if (VQSTATUS status = vq::WritePABIDs(*definition, definitionIDs)) return status;
+  if (VQSTATUS status = name->Copy(&style.StyleName(), VQRTCOPYOPTIONS_KEEP_LINKS)) return status;
+  if (VQSTATUS status = vq::WritePABIDs(*name, nameIDs)) return status;
+  return vq::EnterFonts(*name);
+}
+
+// Whether this definition of the text is the style; a style of the same name is made to be it.
+VQSTATUS Matches(const VQParagraphStyle& style, VQPABDefinitionBody* definition, VQRTObjectBody* companion,
+                 bool* matches) {
+  bool isName = companion && companion->IsType(VQRTTYPE_PAB_STYLE_NAME);
+  *matches = false;
+  if (style.IsNamed() != isName) return VQ_OK;
+  VQPABDefinition candidate(definition);
+  if (!isName) {
+    *matches = style.IsEqual(candidate, companion ? VQPABHide(VQRTObject(companion)) : VQPABHide()) != 0;
+    return VQ_OK;
+  }
+  VQNamedStyle named(style);
+  VQPABStyleName name(static_cast<VQPABStyleNameBody*>(companion));
+  *matches = named.IsEqual(candidate, name) != 0;
+  if (*matches || VQStringCompare(named.GetName(), name.GetName(), 0) != 0) return VQ_OK;
+  *matches = true;
+  return Redefine(*named.GetNamedStyleBody(), definition, name.GetPABStyleNameBody());
+}
+
+}  // namespace
+
+VQSTATUS VQRTContainerBody::AdjustParagraphStyle(const VQParagraphStyle& style, VQParagraphStyle* adjusted) {
+  if (style.IsNull() || !adjusted) return VQERR_INVALID_PARAMETER;
+  *adjusted = style.GetParagraphStyleBody()->Clone();
+  return VQ_OK;
+}
+
+VQSTATUS VQRTContainerBody::FindParagraphStyle(const VQRTObject& object, VQParagraphStyle* style) {
+  if (object.IsNull() || !style) return VQERR_INVALID_PARAMETER;
+  VQRTContainerBody& root = pab::Root(*this);
+  VQRTObjectBody* body = object.GetRTObjectBody();
+  if (body->IsClosed()) return VQERR_OBJECT_CLOSED;
+  VQRTObjectBody* reference = pab::ReferenceFor(root, body);
+  if (!reference && !root.PreviousInTree(body)) reference = root.NextOfType(body, VQRTTYPE_PAB_REFERENCE);
+  vq::PABIDs ids;
+  VQRTObjectBody* definition = nullptr;
+  if (reference) {
+    if (VQSTATUS status = vq::ReadPABIDs(*reference, &ids)) return status;
+    definition = pab::FindByPABID(root, reference, VQRTTYPE_PAB_DEFINITION, ids.Second);
+  }
+  if (!definition) {
+    *style = VQParagraphStyle(new VQParagraphStyleBody);
+    return VQ_OK;
+  }
+  VQRTObjectBody* hide = pab::FindByPABID(root, reference, VQRTTYPE_PAB_HIDE, ids.First);
+  VQRTObjectBody* name = pab::FindByPABID(root, reference, VQRTTYPE_PAB_STYLE_NAME, ids.Second);
+  return StyleOf(static_cast<VQPABDefinitionBody*>(definition), hide, name, style);
+}
+
+VQSTATUS VQRTContainerBody::FindParagraphStyle(const VQRTCursor& cursor, VQParagraphStyle* style) {
+  VQRTObject object;
+  if (VQSTATUS status = ObjectAt(cursor, true, &object)) return status;
+  return FindParagraphStyle(object, style);
+}
+
+VQSTATUS VQRTContainerBody::FindSameParagraphStyle(const VQParagraphStyle& style, VQPABDefinition* definition,
+                                                   VQRTObject* companion) {
+  if (style.IsNull() || !definition || !companion) return VQERR_INVALID_PARAMETER;
+  VQRTObjectBody* object = FirstOfType(VQRTTYPE_PAB_DEFINITION);
+  for (; object; object = NextOfType(object, VQRTTYPE_PAB_DEFINITION)) {
+    const VQRTObjectBody* table = vq::EnclosingTable(object);
+    if (table && Contains(table)) continue;
+    VQPABDefinitionBody* candidate = static_cast<VQPABDefinitionBody*>(object);
+    VQRTObjectBody* behind = pab::Companion(*candidate);
+    bool matches = false;
+    if (VQSTATUS status = Matches(style, candidate, behind, &matches)) return status;
+    if (!matches) continue;
+    *definition = VQPABDefinition(candidate);
+    *companion = behind ? VQRTObject(behind) : VQRTObject();
+    return VQ_OK;
+  }
+  return VQWARN_NOT_FOUND;
+}
+
+VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& start, const VQRTCursor& end,
+                                              const VQParagraphStyle& style) {
+  if (style.IsNull() || start.IsNull() || end.IsNull()) return VQERR_INVALID_PARAMETER;
+  if (!start.IsValid() || !end.IsValid()) return VQERR_CURSOR_INVALID;
+  if (start > end) return VQERR_INVALID_PARAMETER;
+  StyleRange range;
+  if (VQSTATUS status = FindRange(pab::Root(*this), start, end, &range)) return status;
+  VQParagraphStyle adjusted;
+  if (VQSTATUS status = range.Container->AdjustParagraphStyle(style, &adjusted)) return status;
+  VQFontStyle font;
+  if (adjusted.IsNamed() && VQNamedStyle(adjusted).GetFontStyle(&font) == VQ_OK) {
+    if (VQSTATUS status = SetFonts(range, font)) return status;
+  }
+  VQPABDefinition definition;
+  VQRTObject companion;
+  vq::PABIDs ids;
+  VQSTATUS found = range.Container->FindSameParagraphStyle(adjusted, &definition, &companion);
+  if (VQIsError(found)) return found;
+  if (found == VQ_OK) {
+    ids = pab::IDsOf(*definition.GetRTObjectBody());
+    if (!companion.IsNull()) ids.First = pab::IDsOf(*companion.GetRTObjectBody()).First;
+    if (VQSTATUS status = MoveInFront(definition.GetRTObjectBody(), range.First)) return status;
+    if (VQSTATUS status = MoveInFront(companion.GetRTObjectBody(), range.First)) return status;
+  } else {
+    unsigned short pabid = 0;
+    if (VQSTATUS status = GetNewPABID(&pabid)) return status;
+    if (VQSTATUS status = PutRecords(*adjusted.GetParagraphStyleBody(), pabid, range.First)) return status;
+    ids = {pabid, pabid};
+  }
+  return range.Container->ResetPABReferences(range.First, range.Behind, ids.First, ids.Second);
+}
+
+VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& cursor, const VQParagraphStyle& style) {
+  return SetParagraphStyle(cursor, cursor, style);
+}
