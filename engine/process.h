@@ -16,6 +16,7 @@ ENG_API ENGSTATUS EngInit(int argc, char** argv);
 ENG_API ENGSTATUS EngInitWithConfig(const char* path);
 // The last end closes every database, loaded library and memory block that is still open.
 ENG_API void EngTerm(void);
+// Counted for each thread. ENG_ERR_NOT_STARTED while the engine is down; an end without a start is ENG_ERR_THREAD.
 ENG_API ENGSTATUS EngThreadInit(void);
 ENG_API ENGSTATUS EngThreadTerm(void);
 
@@ -23,7 +24,9 @@ ENG_API ENGSTATUS EngThreadTerm(void);
 // `size` counts the terminator; a longer value is cut at a character boundary.
 ENG_API long EngEnvGetInt(const char* key);
 ENG_API uint16_t EngEnvGetString(const char* key, char* buffer, uint16_t size);
-// Writes replace the file as a whole (write aside, sync, rename); an empty value removes the key.
+// Writes replace the file as a whole (write aside, sync, rename) and keep what other processes wrote meanwhile; an empty
+// value removes the key. ENG_ERR_ARGUMENT for a key or value that would not read back as it is, ENG_ERR_CONFIG_WRITE;
+// both leave file and settings as they were.
 ENG_API ENGSTATUS EngEnvSetInt(const char* key, long value);
 ENG_API ENGSTATUS EngEnvSetString(const char* key, const char* value);
 

@@ -62,6 +62,7 @@ ENG_API uint16_t EngTextTranslate(uint16_t mode, const void* input, uint16_t inp
 ENG_API ENGSTATUS EngTextFromComposite(BLOCKID block, uint32_t offset, uint32_t length, const ENGCHAR* separator,
                                        uint16_t line_width, ENGHANDLE* text, uint32_t* text_length);
 
+// Classes of Unicode; an invalid byte is in none. Arithmetic signs are + - * / % ^ < = > and mathematical symbols.
 ENG_API int EngCharIsAlnum(const ENGCHAR* character, ENGHANDLE charset);
 ENG_API int EngCharIsAlpha(const ENGCHAR* character, ENGHANDLE charset);
 ENG_API int EngCharIsArith(const ENGCHAR* character, ENGHANDLE charset);

@@ -3,7 +3,10 @@
 // Zones are numbers: the low two decimal digits are hours, the next two are minutes, positive west of
 // Greenwich (5 is Eastern, -1 is Central European, -3005 is India). The local zone follows the machine's
 // rules for daylight saving; fixed zones have none unless Dst is set in the structure.
-// Operations marked "non-zero on failure" change nothing when they fail.
+// Operations with an int result give non-zero on failure, but for EngTimeCompare, and change nothing then.
+//
+// Parts whose Year, Month and Day are all 0 have no date; their moment has a wild date word. Without a date the local
+// zone counts at its standard distance. A moment without a time breaks down to noon of its day.
 #ifndef QUILLON_ENGINE_TIME_H
 #define QUILLON_ENGINE_TIME_H
 
@@ -37,25 +40,36 @@ extern "C" {
 #define ENG_TIME_MAXIMUM 1
 #define ENG_TIME_WILDCARD 2
 
+// Years and months by the local calendar, held at the month's end, then days; the local time of day stays. Then the rest
+// as time that passes. A time alone wraps at midnight and takes no days; a date alone takes nothing below days.
 ENG_API int EngTimeAdjust(TIMEDATE* moment, int32_t seconds, int32_t minutes, int32_t hours, int32_t days,
                           int32_t months, int32_t years);
 ENG_API int EngTimeAdjustTicks(TIMEDATE* moment, int32_t hundredths);
+// Negative, zero or positive. A half that either side lacks counts as equal.
 ENG_API int EngTimeCompare(const TIMEDATE* first, const TIMEDATE* second);
 ENG_API void EngTimeCompose(uint32_t date_word, uint32_t time_word, TIMEDATE* moment);
+// An unknown selector leaves *moment alone.
 ENG_API void EngTimeConstant(uint16_t selector, TIMEDATE* moment);
 ENG_API uint32_t EngTimeDateWord(const TIMEDATE* moment);
 ENG_API int32_t EngTimeDifference(const TIMEDATE* first, const TIMEDATE* second);  // seconds, held at 32 bits
+// From the fields, in Zone, to GM. Where clocks are set back Dst picks the moment.
 ENG_API int EngTimeFromParts(ENGTIME* parts);
+// Of the year, month and day; 0 for a date that the calendar does not have.
 ENG_API uint32_t EngTimeJulianDay(const ENGTIME* parts);
 ENG_API void EngTimeLocalZone(int32_t* zone, int32_t* dst);
 ENG_API void EngTimeNow(TIMEDATE* moment);
+// Null settings or format mean the engine's own, and date and time in full. On success the cursor stands behind what was
+// taken; ENG_ERR_TIME_PARSE leaves cursor and result alone. A half that the text lacks becomes a wild card.
 ENG_API ENGSTATUS EngTimeParse(const INTLFORMAT* settings, const TFMT* format, const ENGCHAR** text, uint16_t length,
                                TIMEDATE* moment);
 ENG_API ENGSTATUS EngTimeRangeParse(const INTLFORMAT* settings, const TFMT* format, const ENGCHAR** text,
                                     uint16_t length, TIMEDATE_PAIR* pair);
+// Terminated where `size` leaves room. ENG_ERR_BUFFER_SIZE and ENG_ERR_TIME_VALUE, for a moment without the half asked
+// for or outside the calendar, write nothing.
 ENG_API ENGSTATUS EngTimeRangeToText(const INTLFORMAT* settings, const TFMT* format, const TIMEDATE_PAIR* pair,
                                      ENGCHAR* buffer, uint16_t size, uint16_t* length);
 ENG_API uint32_t EngTimeTimeWord(const TIMEDATE* moment);
+// From GM to the fields, in Zone as it stands or in the local zone.
 ENG_API int EngTimeToPartsInZone(ENGTIME* parts);
 ENG_API int EngTimeToPartsLocal(ENGTIME* parts);
 ENG_API ENGSTATUS EngTimeToText(const INTLFORMAT* settings, const TFMT* format, const TIMEDATE* moment, ENGCHAR* buffer,
