@@ -3,21 +3,15 @@
 #define QUILLON_FUZZ_SUPPORT_H
 
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "fuzz/claim.h"
 #include "vq/vq.h"
 
 namespace fuzz {
-
-inline void Claim(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "doesn't hold: %s\n", what);
-  std::abort();
-}
 
 class World {
  public:

@@ -2,6 +2,7 @@
 #ifndef QUILLON_VQ_VQ_H
 #define QUILLON_VQ_VQ_H
 
+#include "vq/automation/vqformula.h"
 #include "vq/frame/objlist.h"
 #include "vq/frame/session.h"
 #include "vq/frame/status.h"
@@ -9,6 +10,7 @@
 #include "vq/frame/vqmblock.h"
 #include "vq/richtext/font.h"
 #include "vq/richtext/fonttable.h"
+#include "vq/richtext/vqpabdef.h"
 #include "vq/richtext/vqparstl.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtchar.h"
@@ -16,8 +18,12 @@
 #include "vq/richtext/vqrtobj.h"
 #include "vq/richtext/vqstyltx.h"
 #include "vq/richtext/vqunits.h"
+#include "vq/store/dbarray.h"
+#include "vq/store/desflags.h"
 #include "vq/store/vqcreate.h"
 #include "vq/store/vqdbbody.h"
+#include "vq/store/vqdoc.h"
+#include "vq/store/vqidtab.h"
 #include "vq/store/vqitem.h"
 #include "vq/store/vqslate.h"
 #include "vq/values/vqdtime.h"

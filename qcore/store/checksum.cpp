@@ -1,11 +1,14 @@
 #include "qcore/store/checksum.h"
 
-#include <cstring>
+#include <algorithm>
+
+#include "qcore/store/wire.h"
 
 namespace qcore {
 
 namespace {
 
+constexpr std::size_t kSumSize = 4;
 constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15u;
 
 std::uint64_t LoadWord(const std::uint8_t* bytes, std::size_t count) {
@@ -37,6 +40,19 @@ std::uint32_t Checksum(std::span<const std::uint8_t> bytes, std::uint64_t seed) 
   second = Mix(second, LoadWord(bytes.data() + at, bytes.size() - at));
   const std::uint64_t sum = Mix(Mix(first, second), kFactor);
   return static_cast<std::uint32_t>(sum ^ (sum >> 29));
+}
+
+std::vector<std::uint8_t> Sealed(std::span<const std::uint8_t> bytes, std::uint64_t seed) {
+  std::vector<std::uint8_t> sealed(kSumSize + bytes.size());
+  StoreLittle(sealed.data(), Checksum(bytes, seed));
+  std::copy(bytes.begin(), bytes.end(), sealed.begin() + kSumSize);
+  return sealed;
+}
+
+bool Unseal(std::span<const std::uint8_t> sealed, std::uint64_t seed, std::span<const std::uint8_t>* bytes) {
+  if (sealed.size() < kSumSize) return false;
+  *bytes = sealed.subspan(kSumSize);
+  return Checksum(*bytes, seed) == LoadLittle<std::uint32_t>(sealed.data());
 }
 
 }  // namespace qcore

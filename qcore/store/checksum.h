@@ -4,11 +4,17 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace qcore {
 
 // `seed` ties the bytes to their place, so that whole bytes at another place do not pass.
 std::uint32_t Checksum(std::span<const std::uint8_t> bytes, std::uint64_t seed);
+
+// Bytes behind their checksum, for small stored values.
+std::vector<std::uint8_t> Sealed(std::span<const std::uint8_t> bytes, std::uint64_t seed);
+// The bytes of a sealed value; false when the checksum does not fit.
+bool Unseal(std::span<const std::uint8_t> sealed, std::uint64_t seed, std::span<const std::uint8_t>* bytes);
 
 }  // namespace qcore
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "qcore/store/moment.h"
+#include "qcore/store/checksum.h"
 #include "qcore/store/sqlite_sql.h"
 #include "qcore/store/wire.h"
 
@@ -103,7 +103,12 @@ ENGSTATUS SqliteStore::LoadCounters() {
   counters_.here = Unpack(std::max(Pack(counters_.here), use.Number(2)));
   counters_.value = std::max(counters_.value, use.Number(3) >> 16);
   counters_.object = std::max(counters_.object, use.Number(4));
-  const ENGSTATUS status = use.IsNull(5) ? ENGSTATUS{ENG_OK} : ReadFloors(use.Blob(5));
+  ENGSTATUS status = ENG_OK;
+  if (!use.IsNull(5)) {
+    Bytes floors;
+    const bool good = Unseal(use.Blob(5), static_cast<std::uint64_t>(Setting::kFloors), &floors);
+    status = good ? ReadFloors(floors) : ENGSTATUS{ENG_ERR_DB_DAMAGED};
+  }
   counters_known_ = status == ENG_OK;
   return status;
 }
@@ -193,19 +198,22 @@ int SqliteStore::CheckpointAlone() {
 
 ENGSTATUS SqliteStore::GetSetting(Setting setting, std::vector<std::uint8_t>* value) {
   value->clear();
+  const auto key = static_cast<std::uint64_t>(setting);
   Use use = Start(Sql::kGetSetting);
-  use.Bind(1, static_cast<std::uint64_t>(setting));
-  if (use.Row()) {
-    const Bytes bytes = use.Blob(0);
-    value->assign(bytes.begin(), bytes.end());
-  }
-  return Result(use.code());
+  use.Bind(1, key);
+  if (!use.Row()) return Result(use.code());
+  Bytes bytes;
+  if (!Unseal(use.Blob(0), key, &bytes)) return ENG_ERR_DB_DAMAGED;
+  value->assign(bytes.begin(), bytes.end());
+  return ENG_OK;
 }
 
 ENGSTATUS SqliteStore::SetSetting(Setting setting, Bytes value) {
+  const auto key = static_cast<std::uint64_t>(setting);
+  const std::vector<std::uint8_t> sealed = Sealed(value, key);
   Use use = Start(Sql::kSetSetting);
-  use.Bind(1, static_cast<std::uint64_t>(setting));
-  use.Bind(2, value);
+  use.Bind(1, key);
+  use.Bind(2, Bytes(sealed));
   return Finish(use);
 }
 
@@ -213,7 +221,8 @@ ENGSTATUS SqliteStore::ReadNames(std::uint32_t first, const NameReader& reader) 
   Use use = Start(Sql::kReadNames);
   use.Bind(1, first);
   while (use.Row()) {
-    const Bytes text = use.Blob(1);
+    Bytes text;
+    if (!Unseal(use.Blob(1), use.Number(0), &text)) return ENG_ERR_DB_DAMAGED;
     reader(static_cast<std::uint32_t>(use.Number(0)),
            std::string_view(reinterpret_cast<const char*>(text.data()), text.size()));
   }
@@ -221,9 +230,11 @@ ENGSTATUS SqliteStore::ReadNames(std::uint32_t first, const NameReader& reader) 
 }
 
 ENGSTATUS SqliteStore::AddName(std::uint32_t number, std::string_view name) {
+  const std::vector<std::uint8_t> sealed =
+      Sealed(Bytes(reinterpret_cast<const std::uint8_t*>(name.data()), name.size()), number);
   Use use = Start(Sql::kAddName);
   use.Bind(1, number);
-  use.Bind(2, Bytes(reinterpret_cast<const std::uint8_t*>(name.data()), name.size()));
+  use.Bind(2, Bytes(sealed));
   return Finish(use);
 }
 

@@ -9,24 +9,19 @@ namespace qcore {
 
 namespace {
 
-constexpr std::size_t kSumSize = 4;
-
 std::uint64_t ChunkId(Store::ValueId value, std::uint64_t number) { return value << 16 | number; }
 
-// The chunk's bytes behind its checksum; none when it is damaged.
+// The chunk's bytes; none when it is damaged.
 Bytes Checked(Bytes data, std::uint64_t id) {
-  if (data.size() <= kSumSize || data.size() > kSumSize + SqliteStore::kChunkSize) return {};
-  const Bytes bytes = data.subspan(kSumSize);
-  return Checksum(bytes, id) == LoadLittle<std::uint32_t>(data.data()) ? bytes : Bytes();
+  Bytes bytes;
+  return Unseal(data, id, &bytes) && bytes.size() <= SqliteStore::kChunkSize ? bytes : Bytes();
 }
 
 }  // namespace
 
 ENGSTATUS SqliteStore::WriteChunk(ValueId value, std::uint32_t number, Bytes bytes) {
   const std::uint64_t id = ChunkId(value, number);
-  std::vector<std::uint8_t> data(kSumSize + bytes.size());
-  StoreLittle(data.data(), Checksum(bytes, id));
-  std::copy(bytes.begin(), bytes.end(), data.begin() + kSumSize);
+  const std::vector<std::uint8_t> data = Sealed(bytes, id);
   Use use = Start(Sql::kWriteChunk);
   use.Bind(1, id);
   use.Bind(2, Bytes(data));

@@ -162,6 +162,7 @@ VQSTATUS VQRichTextBody::StoreTree() {
   std::vector<vq::RecordSource*> sources;
   for (const Loaded& block : Blocks) sources.push_back(block.Source);
   writer.Commit(sources);
+  Top->Dirty = false;  // the one object without a record
   ReleaseBlocks(old);
   SetState(kDirty, false);
   return VQ_OK;

@@ -4,6 +4,7 @@
 #include "engine/engine.h"
 #include "engine/records.h"
 #include "vq/frame/state.h"
+#include "vq/values/entrycount.h"
 
 namespace {
 
@@ -49,6 +50,10 @@ const VQItem& TimeItem(const VQItem& item) {
 VQSTATUS ReadCounts(VQDatetimesBody* body, List::Counts* counts) {
   if (const VQSTATUS status = body->CheckEditable()) return status;
   return body->GetCounts(counts);
+}
+
+VQSTATUS CountKinds(VQDatetimesBody* body, List::Counts* counts) {
+  return body == nullptr ? VQ_OK : ReadCounts(body, counts);
 }
 
 VQSTATUS InsertMoment(VQDatetimesBody* body, unsigned long index, const TIMEDATE& moment) {
@@ -148,10 +153,16 @@ VQSTATUS VQDatetimes::Append(const VQDatetimes& datetimes) {
 }
 
 VQSTATUS VQDatetimes::Append(const VQDatetimeRange& range) {
-  return Insert(range.HasEndPart() ? GetCount() : GetDatetimeCount(), range);
+  List::Counts counts;
+  if (const VQSTATUS status = CountKinds(DatetimesBody(), &counts)) return vq::Apply(status);
+  return Insert(range.HasEndPart() ? counts.Total() : counts.Singles, range);
 }
 
-VQSTATUS VQDatetimes::Append(const VQDatetime& datetime) { return Insert(GetDatetimeCount(), datetime); }
+VQSTATUS VQDatetimes::Append(const VQDatetime& datetime) {
+  List::Counts counts;
+  if (const VQSTATUS status = CountKinds(DatetimesBody(), &counts)) return vq::Apply(status);
+  return Insert(counts.Singles, datetime);
+}
 
 VQSTATUS VQDatetimes::Delete(unsigned long index, unsigned long count) {
   if (Body == nullptr) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
@@ -159,7 +170,8 @@ VQSTATUS VQDatetimes::Delete(unsigned long index, unsigned long count) {
 }
 
 VQSTATUS VQDatetimes::DeleteAll() {
-  const unsigned long count = GetCount();
+  unsigned long count = 0;
+  if (const VQSTATUS status = vq::CountEntries(GetItemBody(), &count)) return vq::Apply(status);
   return count == 0 ? VQ_OK : Delete(0, count);
 }
 
@@ -181,7 +193,8 @@ VQSTATUS VQDatetimes::JoinText(VQString* out, const VQString& separator, const V
                                const VQInternational* international) const {
   if (out == nullptr) return vq::Apply(VQERR_NULL_POINTER);
   VQString joined;
-  const unsigned long count = GetCount();
+  unsigned long count = 0;
+  if (const VQSTATUS status = vq::CountEntries(GetItemBody(), &count)) return vq::Apply(status);
   for (unsigned long i = 0; i < count; ++i) {
     VQDatetimeRange range;
     if (const VQSTATUS status = ReadRange(DatetimesBody(), i, &range)) return vq::Apply(status);

@@ -2,6 +2,7 @@
 #include <bit>
 
 #include "vq/frame/state.h"
+#include "vq/values/entrycount.h"
 #include "vq/values/vqnumber.h"
 
 namespace {
@@ -93,7 +94,8 @@ VQSTATUS VQNumbers::Delete(unsigned long index, unsigned long count) {
 }
 
 VQSTATUS VQNumbers::DeleteAll() {
-  const unsigned long count = GetCount();
+  unsigned long count = 0;
+  if (const VQSTATUS status = vq::CountEntries(GetItemBody(), &count)) return vq::Apply(status);
   return count == 0 ? VQ_OK : Delete(0, count);
 }
 
@@ -104,7 +106,8 @@ VQSTATUS VQNumbers::JoinText(VQString* out, const VQString& separator, const VQN
   if (const VQSTATUS status = vq::CheckInitialized()) return vq::Apply(status);
   if (out == nullptr) return vq::Apply(VQERR_NULL_POINTER);
   VQString joined;
-  const unsigned long count = GetCount();
+  unsigned long count = 0;
+  if (const VQSTATUS status = vq::CountEntries(GetItemBody(), &count)) return vq::Apply(status);
   for (unsigned long i = 0; i < count; ++i) {
     VQNumber number;
     if (const VQSTATUS status = ReadNumber(NumbersBody(), i, &number.Value)) return vq::Apply(status);
@@ -139,8 +142,10 @@ VQSTATUS VQNumbers::Insert(unsigned long index, const VQNumbers& numbers) {
 
 VQSTATUS VQNumbers::Insert(unsigned long index, const double& number) {
   if (Body == nullptr) return index == 0 ? SetValue(number) : vq::Apply(VQERR_OUT_OF_RANGE);
+  vq::RangeListBody::Counts counts;
   if (const VQSTATUS status = NumbersBody()->CheckEditable()) return vq::Apply(status);
-  if (index > GetCount()) return vq::Apply(VQERR_OUT_OF_RANGE);
+  if (const VQSTATUS status = NumbersBody()->GetCounts(&counts)) return vq::Apply(status);
+  if (index > counts.Total()) return vq::Apply(VQERR_OUT_OF_RANGE);
   return vq::Apply(NumbersBody()->InsertSingles(index, StoredNumber(number).Bytes, 1));
 }
 

@@ -7,6 +7,7 @@
 
 #include "engine/engine.h"
 #include "vq/frame/state.h"
+#include "vq/values/entrycount.h"
 
 namespace {
 
@@ -149,7 +150,9 @@ VQSTATUS VQTextBody::ReadEntry(unsigned long index, VQString* text) {
 
 VQSTATUS VQTextBody::InsertEntry(unsigned long index, const VQString& text) {
   if (const VQSTATUS status = CheckEditable()) return status;
-  if (index > GetEntryCount()) return VQERR_OUT_OF_RANGE;
+  unsigned long entries = 0;
+  if (const VQSTATUS status = vq::CountEntries(this, &entries)) return status;
+  if (index > entries) return VQERR_OUT_OF_RANGE;
   ListBlock list;
   if (const VQSTATUS status = list.Load(this)) return status;
   const std::vector<VQCHAR> bytes = StoredText(text);
@@ -161,10 +164,13 @@ VQSTATUS VQTextBody::InsertEntries(unsigned long index, VQTextBody& source) {
   if (const VQSTATUS status = CheckEditable()) return status;
   if (source.CheckValue() != VQ_OK) return VQERR_UNINITIALIZED_ARGUMENT;
   if (&source == this) return VQERR_INVALID_PARAMETER;
-  if (index > GetEntryCount()) return VQERR_OUT_OF_RANGE;
+  unsigned long entries = 0;
+  unsigned long count = 0;
+  if (const VQSTATUS status = vq::CountEntries(this, &entries)) return status;
+  if (const VQSTATUS status = vq::CountEntries(&source, &count)) return status;
+  if (index > entries) return VQERR_OUT_OF_RANGE;
   ListBlock list;
   if (const VQSTATUS status = list.Load(this)) return status;
-  const unsigned long count = source.GetEntryCount();
   for (unsigned long i = 0; i < count; ++i) {
     VQString text;
     if (const VQSTATUS status = source.ReadEntry(i, &text)) return status;
@@ -177,7 +183,8 @@ VQSTATUS VQTextBody::InsertEntries(unsigned long index, VQTextBody& source) {
 VQSTATUS VQTextBody::DeleteEntries(unsigned long index, unsigned long count) {
   if (const VQSTATUS status = CheckEditable()) return status;
   if (count == 0) return VQ_OK;
-  const unsigned long entries = GetEntryCount();
+  unsigned long entries = 0;
+  if (const VQSTATUS status = vq::CountEntries(this, &entries)) return status;
   if (index >= entries || count > entries - index) return VQERR_OUT_OF_RANGE;
   if (count == entries) return ReplaceValue(TYPE_TEXT, nullptr, 0);
   ListBlock list;
@@ -191,7 +198,8 @@ VQSTATUS VQTextBody::DeleteEntries(unsigned long index, unsigned long count) {
 // The list is edited aside, so that a text that does not fit leaves the value as it was.
 VQSTATUS VQTextBody::ReplaceEntry(unsigned long index, const VQString& text) {
   if (const VQSTATUS status = CheckEditable()) return status;
-  const unsigned long entries = GetEntryCount();
+  unsigned long entries = 0;
+  if (const VQSTATUS status = vq::CountEntries(this, &entries)) return status;
   if (index != 0 && index >= entries) return VQERR_OUT_OF_RANGE;
   if (GetType() == TYPE_TEXT || entries == 0) return SetText(text);
   ListBlock list;

@@ -1,6 +1,7 @@
 // Handles on text items, and their entries.
 #include "engine/engine.h"
 #include "vq/frame/state.h"
+#include "vq/values/entrycount.h"
 #include "vq/values/vqtext.h"
 
 namespace {
@@ -63,13 +64,16 @@ VQSTATUS VQText::Delete(unsigned long index, unsigned long count) {
 
 VQSTATUS VQText::DeleteAll() {
   if (Body == nullptr) return VQ_OK;
-  return vq::Apply(TextBody()->DeleteEntries(0, TextBody()->GetEntryCount()));
+  unsigned long count = 0;
+  if (const VQSTATUS status = vq::CountEntries(TextBody(), &count)) return vq::Apply(status);
+  return vq::Apply(TextBody()->DeleteEntries(0, count));
 }
 
 VQSTATUS VQText::FindEntry(const VQString& text, unsigned long* index) const {
   if (Body == nullptr) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
   if (index == nullptr) return vq::Apply(VQERR_INVALID_PARAMETER);
-  const unsigned long count = GetCount();
+  unsigned long count = 0;
+  if (const VQSTATUS status = vq::CountEntries(GetItemBody(), &count)) return vq::Apply(status);
   for (unsigned long i = 0; i < count; ++i) {
     VQString entry;
     if (const VQSTATUS status = TextBody()->ReadEntry(i, &entry)) return vq::Apply(status);
@@ -85,7 +89,8 @@ unsigned long VQText::GetCount() const { return Body == nullptr ? 0 : TextBody()
 VQSTATUS VQText::GetText(VQString* out, const VQString& separator) const {
   if (out == nullptr) return vq::Apply(VQERR_INVALID_PARAMETER);
   VQString joined;
-  const unsigned long count = GetCount();
+  unsigned long count = 0;
+  if (const VQSTATUS status = vq::CountEntries(GetItemBody(), &count)) return vq::Apply(status);
   for (unsigned long i = 0; i < count; ++i) {
     VQString entry;
     if (const VQSTATUS status = TextBody()->ReadEntry(i, &entry)) return vq::Apply(status);

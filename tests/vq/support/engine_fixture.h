@@ -20,7 +20,8 @@
 
 namespace vqtest {
 
-// The status of an operation, returned or thrown; 0 for one that has none.
+// The status of an operation, returned or thrown; 0 for one that has none. An operation with a status result that
+// throws while the switch is off fails the test, but for assertions.
 template <class Operation>
 VQSTATUS StatusOf(Operation&& operation) {
   try {
@@ -31,6 +32,9 @@ VQSTATUS StatusOf(Operation&& operation) {
       return VQ_OK;
     }
   } catch (VQSTATUS status) {
+    if constexpr (std::same_as<decltype(operation()), VQSTATUS>) {
+      EXPECT_TRUE(VQGetThrowAllErrors() != 0 || status == VQERR_ASSERTION_FAILED) << std::hex << status << " thrown";
+    }
     return status;
   }
 }

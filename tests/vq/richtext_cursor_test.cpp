@@ -1,0 +1,140 @@
+// Positions, motion, finds.
+#include "tests/vq/support/records.h"
+
+namespace {
+
+using namespace vqtest;
+
+class RichTextCursor : public EngineFixture {};
+
+// Two paragraphs, the second of two runs.
+std::string Sample() { return Reference(1) + Text("ab") + Paragraph() + Reference(1) + Text("cd") + Text("e\xC3\xA9"); }
+
+TEST_F(RichTextCursor, WalksThereAndBack) {
+  const VQRichText text = RichText(Sample());
+  VQRTCursor end;
+  ASSERT_EQ(text.GetEndCursor(&end), VQ_OK);
+  const VQRTCursor start = At(text, 0);
+  // One position between each two characters, one more where the paragraph ends.
+  EXPECT_EQ(end - start, 7);
+  EXPECT_EQ(start - end, -7);
+  for (unsigned long n = 0; n <= 7; ++n) {
+    SCOPED_TRACE(n);
+    EXPECT_TRUE(start + n - n == start);
+    EXPECT_TRUE(end - (7 - n) == start + n);
+    EXPECT_EQ(start<start + n, n> 0);
+  }
+  EXPECT_TRUE(start.IsAtStart());
+  EXPECT_TRUE((start + 7).IsAtEnd());
+  EXPECT_FALSE((start + 6).IsAtEnd());
+}
+
+TEST_F(RichTextCursor, KnowsOnePlaceBySeveralNames) {
+  const VQRichText text = RichText(Sample());
+  VQRTObject first, second, third;
+  ASSERT_EQ(text.FindFirst(VQRTTYPE_STYLIZED_TEXT, &first), VQ_OK);
+  ASSERT_EQ(text.FindNext(first, VQRTTYPE_STYLIZED_TEXT, &second), VQ_OK);
+  ASSERT_EQ(text.FindNext(second, VQRTTYPE_STYLIZED_TEXT, &third), VQ_OK);
+  const auto run = [](const VQRTObject& object) { return VQStylizedText(object).GetStylizedTextBody(); };
+  // Neighbouring runs of one paragraph meet in one place; a paragraph record makes two of it.
+  EXPECT_TRUE(VQRTCursor(run(second), 2, 1) == VQRTCursor(run(third), 1, 0));
+  EXPECT_FALSE(VQRTCursor(run(first), 2, 1) == VQRTCursor(run(second), 1, 0));
+  EXPECT_FALSE(first.IsLeftOf(first));
+  EXPECT_TRUE(first.IsLeftOf(third));
+}
+
+TEST_F(RichTextCursor, StandsInAnEmptyRichText) {
+  const VQRichText text = RichText("");
+  EXPECT_EQ(text.GetSize(), 0u);
+  VQRTCursor start, end;
+  ASSERT_EQ(text.GetCursor(&start), VQ_OK);
+  ASSERT_EQ(text.GetEndCursor(&end), VQ_OK);
+  EXPECT_TRUE(start == end);
+  EXPECT_EQ(start - end, 0);
+  EXPECT_FALSE(text.IsDirty());
+}
+
+struct FindRow {
+  const char* Pattern;
+  unsigned long Options;
+  std::vector<unsigned long> Positions;  // of all matches
+};
+
+TEST_F(RichTextCursor, FindsText) {
+  const VQRichText text =
+      RichText(Text("one two one") + Paragraph() + Unknown("one") + Text("One \xC3\x89t\xC3\xA9 aaa"));
+  const FindRow rows[] = {
+      {"one", 0, {0, 8}},
+      {"one", VQRTSEARCH_IGNORE_CASE, {0, 8, 12}},
+      {"aa", 0, {20, 21}},
+      {"\xC3\xA9", 0, {18}},
+      {"ete", VQRTSEARCH_IGNORE_CASE | VQRTSEARCH_IGNORE_ACCENTS, {16}},
+      {"neither", 0, {}},
+      {"e", VQRTSEARCH_FROM_CURSOR, {2, 10, 14}},
+  };
+  for (const FindRow& row : rows) {
+    SCOPED_TRACE(row.Pattern);
+    VQRTCursor cursor = At(text, 0);
+    const VQRTCursor start = At(text, 0);
+    ASSERT_EQ(cursor.SetSearchOptions(row.Options & ~VQRTSEARCH_FROM_CURSOR), VQ_OK);
+    std::vector<unsigned long> forwards, backwards;
+    for (VQSTATUS s = cursor.GotoFirst(row.Pattern); s == VQ_OK; s = cursor.GotoNext(row.Pattern)) {
+      forwards.push_back(static_cast<unsigned long>(cursor - start));
+    }
+    for (VQSTATUS s = cursor.GotoLast(row.Pattern); s == VQ_OK; s = cursor.GotoPrevious(row.Pattern)) {
+      backwards.insert(backwards.begin(), static_cast<unsigned long>(cursor - start));
+    }
+    // The unknown record between the paragraphs is an element: one position.
+    std::vector<unsigned long> expected = row.Positions;
+    for (unsigned long& position : expected) position += position > 11 ? 1 : 0;
+    EXPECT_EQ(forwards, expected);
+    EXPECT_EQ(backwards, expected);
+    if (row.Options & VQRTSEARCH_FROM_CURSOR) {
+      ASSERT_EQ(cursor.GotoFirst(row.Pattern), VQ_OK);
+      ASSERT_EQ(cursor.SetSearchOptions(row.Options), VQ_OK);
+      ASSERT_EQ(cursor.GotoNext(row.Pattern), VQ_OK);
+      EXPECT_EQ(static_cast<unsigned long>(cursor - start), expected[0]);
+    }
+  }
+}
+
+TEST_F(RichTextCursor, GoesToTheEndsOfContainers) {
+  const VQRichText text =
+      RichText(Text("x") + TableBegin() + Cell(0, 0) + Text("ab") + Cell(0, 1) + Text("cd") + TableEnd() + Text("y"));
+  VQRTCursor cursor = At(text, 0);
+  VQRTObject cell;
+  ASSERT_EQ(cursor.GotoNext(VQRTTYPE_TABLE_CELL, &cell), VQ_OK);
+  EXPECT_TRUE(cursor.IsValid(cell));
+  ASSERT_EQ(cursor.GotoEnd(VQRTTYPE_TABLE_CELL), VQ_OK);
+  VQRTCursor next;
+  ASSERT_EQ(next.Copy(cursor), VQ_OK);
+  ++next;
+  EXPECT_FALSE(next.IsValid(cell));
+  // Back over the cell's border lands behind its last character.
+  --next;
+  EXPECT_TRUE(next == cursor);
+  EXPECT_FALSE(cursor.IsInsertablePosition(VQRTTYPE_TABLE));
+  ASSERT_EQ(cursor.SetScope(VQRTContainer(cell)), VQ_OK);
+  EXPECT_TRUE(cursor.IsAtEnd());
+  EXPECT_EQ(cursor.GotoNext("c"), VQWARN_NOT_FOUND);
+  ASSERT_EQ(cursor.RemoveScope(), VQ_OK);
+  EXPECT_EQ(cursor.GotoNext("c"), VQ_OK);
+  EXPECT_EQ(cursor.GotoEnd(VQRTTYPE_HOTSPOT), VQWARN_NOT_FOUND);
+}
+
+TEST_F(RichTextCursor, RefusesWhatHasGone) {
+  VQRichText text = RichText(Text("a") + Unknown("u") + Text("b"));
+  VQRTCursor empty, cursor = At(text, 0);
+  EXPECT_EQ(empty.GotoFirst(VQRTTYPE_ELEMENT), VQERR_CURSOR_INVALID);
+  EXPECT_EQ(StatusOf([&] { ++empty; }), VQERR_CURSOR_INVALID);
+  const VQRTCursor other = At(text, 0);
+  VQRTObject object;
+  ASSERT_EQ(cursor.GotoFirst(VQRTTYPE_COMPOSITE_DATA, &object), VQ_OK);
+  ASSERT_EQ(text.Delete(&object), VQ_OK);
+  EXPECT_FALSE(cursor.IsValid());
+  EXPECT_EQ(StatusOf([&] { return cursor == other; }), VQERR_CURSOR_INVALID);
+  text = VQRichText();
+  EXPECT_EQ(StatusOf([&] { return other < other; }), VQERR_CURSOR_INVALID);
+}
+
+}  // namespace
