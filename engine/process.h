@@ -24,9 +24,9 @@ ENG_API ENGSTATUS EngThreadTerm(void);
 // `size` counts the terminator; a longer value is cut at a character boundary.
 ENG_API long EngEnvGetInt(const char* key);
 ENG_API uint16_t EngEnvGetString(const char* key, char* buffer, uint16_t size);
-// Writes replace the file as a whole (write aside, sync, rename) and keep what other processes wrote meanwhile; an empty
-// value removes the key. ENG_ERR_ARGUMENT for a key or value that would not read back as it is, ENG_ERR_CONFIG_WRITE;
-// both leave file and settings as they were.
+// Writes replace the file as a whole (write aside, sync, rename) and keep what other processes wrote meanwhile; an
+// empty value removes the key. ENG_ERR_ARGUMENT for a key or value that would not read back as it is,
+// ENG_ERR_CONFIG_WRITE; both leave file and settings as they were.
 ENG_API ENGSTATUS EngEnvSetInt(const char* key, long value);
 ENG_API ENGSTATUS EngEnvSetString(const char* key, const char* value);
 

@@ -40,8 +40,8 @@ extern "C" {
 #define ENG_TIME_MAXIMUM 1
 #define ENG_TIME_WILDCARD 2
 
-// Years and months by the local calendar, held at the month's end, then days; the local time of day stays. Then the rest
-// as time that passes. A time alone wraps at midnight and takes no days; a date alone takes nothing below days.
+// Years and months by the local calendar, held at the month's end, then days; the local time of day stays. Then the
+// rest as time that passes. A time alone wraps at midnight and takes no days; a date alone takes nothing below days.
 ENG_API int EngTimeAdjust(TIMEDATE* moment, int32_t seconds, int32_t minutes, int32_t hours, int32_t days,
                           int32_t months, int32_t years);
 ENG_API int EngTimeAdjustTicks(TIMEDATE* moment, int32_t hundredths);
@@ -58,8 +58,8 @@ ENG_API int EngTimeFromParts(ENGTIME* parts);
 ENG_API uint32_t EngTimeJulianDay(const ENGTIME* parts);
 ENG_API void EngTimeLocalZone(int32_t* zone, int32_t* dst);
 ENG_API void EngTimeNow(TIMEDATE* moment);
-// Null settings or format mean the engine's own, and date and time in full. On success the cursor stands behind what was
-// taken; ENG_ERR_TIME_PARSE leaves cursor and result alone. A half that the text lacks becomes a wild card.
+// Null settings or format mean the engine's own, and date and time in full. On success the cursor stands behind what
+// was taken; ENG_ERR_TIME_PARSE leaves cursor and result alone. A half that the text lacks becomes a wild card.
 ENG_API ENGSTATUS EngTimeParse(const INTLFORMAT* settings, const TFMT* format, const ENGCHAR** text, uint16_t length,
                                TIMEDATE* moment);
 ENG_API ENGSTATUS EngTimeRangeParse(const INTLFORMAT* settings, const TFMT* format, const ENGCHAR** text,
