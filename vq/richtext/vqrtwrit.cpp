@@ -9,8 +9,11 @@ namespace {
 
 constexpr std::uint16_t kMemoryFlags = 16384;
 constexpr std::uint32_t kTypeWord = 2;
+constexpr unsigned long kUsualRecord = 32;  // bytes, as a first guess of how many come
 
 }  // namespace
+
+RecordWriter::RecordWriter(unsigned long total) : Remaining(total) { Objects.reserve(total / kUsualRecord); }
 
 RecordWriter::~RecordWriter() {
   if (Bytes) EngMemUnlock(Blocks.back().Memory);
@@ -39,7 +42,7 @@ VQSTATUS RecordWriter::Add(VQRTObjectBody& object) {
   }
   std::memcpy(Bytes + Used, from, size);
   if (padded != size) Bytes[Used + size] = 0;
-  Objects.push_back({&object, static_cast<std::uint32_t>(Blocks.size() - 1), Used, padded});
+  Objects.push_back(&object);
   Used += padded;
   Remaining -= std::min<unsigned long>(Remaining, padded);
   return VQ_OK;
@@ -54,6 +57,7 @@ VQSTATUS RecordWriter::OpenBlock(std::uint32_t size) {
   status = FromEngine(EngMemAlloc(kMemoryFlags, room, &block.Memory));
   if (status != VQ_OK) return status;
   Blocks.push_back(block);
+  FirstObjects.push_back(Objects.size());
   Bytes = static_cast<unsigned char*>(EngMemLock(block.Memory));
   if (!Bytes) return VQERR_INSUFFICIENT_MEMORY;
   Bytes[0] = 1;
@@ -83,7 +87,14 @@ VQSTATUS RecordWriter::Finish() {
 }
 
 void RecordWriter::Commit(const std::vector<RecordSource*>& sources) {
-  for (const Placed& placed : Objects) placed.Object->Rebind(sources[placed.Block], placed.Offset, placed.Size);
+  for (std::size_t block = 0, i = 0; block < FirstObjects.size(); ++block) {
+    const std::size_t end = block + 1 < FirstObjects.size() ? FirstObjects[block + 1] : Objects.size();
+    for (std::uint32_t offset = kTypeWord; i < end; ++i) {
+      const std::uint32_t size = Padded(Objects[i]->GetRecordSize());
+      Objects[i]->Rebind(sources[block], offset, size);
+      offset += size;
+    }
+  }
 }
 
 }  // namespace vq

@@ -14,7 +14,7 @@ namespace vq {
 class RecordWriter {
  public:
   // `total` is the size of all records that will come.
-  explicit RecordWriter(unsigned long total) : Remaining(total) {}
+  explicit RecordWriter(unsigned long total);
   ~RecordWriter();
   RecordWriter(const RecordWriter&) = delete;
   RecordWriter& operator=(const RecordWriter&) = delete;
@@ -27,18 +27,12 @@ class RecordWriter {
   void Commit(const std::vector<RecordSource*>& sources);
 
  private:
-  struct Placed {
-    VQRTObjectBody* Object;
-    std::uint32_t Block;
-    std::uint32_t Offset;
-    std::uint32_t Size;
-  };
-
   [[nodiscard]] VQSTATUS OpenBlock(std::uint32_t size);
   [[nodiscard]] VQSTATUS CloseBlock();
 
   std::vector<ItemBlock> Blocks;
-  std::vector<Placed> Objects;
+  std::vector<VQRTObjectBody*> Objects;   // that have a record, in stream order
+  std::vector<std::size_t> FirstObjects;  // of each block
   unsigned long Remaining;
   unsigned char* Bytes = nullptr;  // of the block that is being filled, locked
   std::uint32_t Used = 0;
