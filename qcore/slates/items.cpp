@@ -110,7 +110,7 @@ void Slate::ReleaseValue(Item& item) {
   item.pool = 0;
 }
 
-// Places of deleted items are used again only when no new one is left, and the update has put them away.
+// Places of deleted items are used again only when no new one is left, so that an old item ID stays stale for long.
 ENGSTATUS Slate::TakeSlot(Slot* slot) {
   if (items_.size() < kMostItems) {
     *slot = static_cast<Slot>(items_.size());

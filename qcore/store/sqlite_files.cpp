@@ -3,11 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 
+#include "qcore/settings/platform.h"
 #include "qcore/store/sqlite_sql.h"
 #include "qcore/store/wire.h"
 
@@ -17,6 +17,8 @@ namespace {
 
 constexpr std::size_t kFileHeaderSize = 100;
 constexpr char kMagic[] = "SQLite format 3";  // with its terminator
+constexpr char kFreeUnowned[] =
+    "DELETE FROM chunk WHERE id>>16 IN (SELECT value FROM object WHERE slate=0);DELETE FROM object WHERE slate=0";
 constexpr std::size_t kUserVersionAt = 60;
 constexpr std::size_t kApplicationIdAt = 68;
 
@@ -81,6 +83,12 @@ ENGSTATUS HoldAlone(const std::string& file, Connection* connection) {
                    "PRAGMA cell_size_check=ON;PRAGMA trusted_schema=OFF;PRAGMA synchronous=FULL;"
                    "PRAGMA locking_mode=EXCLUSIVE;PRAGMA journal_mode=DELETE;BEGIN EXCLUSIVE");
   return status;
+}
+
+std::string RandomName() {
+  std::array<std::uint8_t, 8> bytes;
+  CurrentPlatform().Random(bytes);
+  return std::to_string(LoadLittle<std::uint64_t>(bytes.data()));
 }
 
 ENGSTATUS FileSize(sqlite3* connection, std::uint64_t* size) {
@@ -153,12 +161,13 @@ ENGSTATUS SqliteStore::Replace(const std::string& fresh, const std::string& file
 }
 
 ENGSTATUS SqliteStore::Create(const std::string& file, const Creation& creation, bool overwrite) {
-  static std::atomic<unsigned> count{0};
   struct stat facts;
+  const std::string directory = std::filesystem::path(file).parent_path().string();
+  if (stat(directory.c_str(), &facts) != 0) return StatusOfErrno(errno);
   const bool exists = stat(file.c_str(), &facts) == 0;
   if (exists && S_ISDIR(facts.st_mode)) return ENG_ERR_DB_IS_DIRECTORY;
   if (exists && !overwrite) return ENG_ERR_DB_EXISTS;
-  const std::string fresh = file + ".new-" + std::to_string(getpid()) + "-" + std::to_string(++count);
+  const std::string fresh = file + ".new-" + RandomName();
   ENGSTATUS status = Fill(fresh, creation);
   if (status == ENG_OK && exists) {
     status = Replace(fresh, file);
@@ -187,6 +196,8 @@ ENGSTATUS SqliteStore::Compact(const std::string& file, std::array<std::uint64_t
   if (identity != ENG_OK) return identity;
   Connection alone;
   ENGSTATUS status = HoldAlone(file, &alone);
+  // Nobody has it open, so that an object without an owner is left from a process that died.
+  if (status == ENG_OK) status = Execute(alone.get(), kFreeUnowned);
   if (status == ENG_OK) status = FileSize(alone.get(), &(*sizes)[0]);
   if (status == ENG_OK) status = Execute(alone.get(), "COMMIT;VACUUM");
   if (status == ENG_OK) status = FileSize(alone.get(), &(*sizes)[1]);

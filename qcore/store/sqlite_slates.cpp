@@ -205,18 +205,25 @@ ENGSTATUS SqliteStore::LastChange(Part part, TIMEDATE* moment) {
   return ENG_OK;
 }
 
-// While no other connection writes, whatever comes later carries a later time than now. Beside an open transaction only
-// the last committed time is certain.
+// A change takes its time while it holds the write lock. Whoever gets the lock knows that every later change carries a
+// later time than now; beside an open transaction only the last committed time is certain.
 ENGSTATUS SqliteStore::SearchHorizon(TIMEDATE* moment) {
-  *moment = Now();
   std::uint64_t last = 0;
   {
     Use use = Start(Sql::kLastHere);
     if (use.Row()) last = use.Number(0);
     if (use.code() != SQLITE_OK) return Result(use.code());
   }
-  *moment = Unpack(std::max(last, Pack(*moment)));
-  return ENG_OK;
+  ENGSTATUS status = ENG_OK;
+  if (!InTransaction()) {
+    sqlite3_busy_timeout(connection_.get(), 0);
+    status = Run(Sql::kBegin);
+    sqlite3_busy_timeout(connection_.get(), BusyMilliseconds());
+    if (status == ENG_OK) status = Run(Sql::kCommit);
+  }
+  const bool others_write = status == ENG_ERR_DB_IN_USE;
+  *moment = others_write ? Unpack(last) : Unpack(std::max(last, Pack(Now())));
+  return others_write || status == ENG_ERR_DB_READ_ONLY ? ENGSTATUS{ENG_OK} : status;
 }
 
 ENGSTATUS SqliteStore::FindUniversal(const UNIVERSALSLATEID& universal, std::uint32_t* id) {

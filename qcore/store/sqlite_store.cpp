@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "qcore/settings/settings.h"
 #include "qcore/store/checksum.h"
 #include "qcore/store/sqlite_sql.h"
 #include "qcore/store/wire.h"
@@ -11,7 +12,7 @@ namespace qcore {
 
 namespace {
 
-constexpr int kBusyMilliseconds = 10000;
+constexpr long kBusyMilliseconds = 10000;
 constexpr int kCheckpointFrames = 1000;
 // The place of the write lock among the locks of the shared log index, as SQLite's file format lays it down.
 constexpr int kLogWriteLock = 0;
@@ -42,9 +43,13 @@ ENGSTATUS SqliteStore::Run(Sql which) {
   return Finish(use);
 }
 
+int SqliteStore::BusyMilliseconds() {
+  return static_cast<int>(std::clamp(settings::GetInt("StoreBusyTimeout", kBusyMilliseconds), 0L, 3600000L));
+}
+
 ENGSTATUS SqliteStore::Configure() {
   sqlite3* connection = connection_.get();
-  sqlite3_busy_timeout(connection, kBusyMilliseconds);
+  sqlite3_busy_timeout(connection, BusyMilliseconds());
   sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   // The cell check must be on before the first page is read.
   ENGSTATUS status = Execute(connection,
@@ -60,7 +65,7 @@ ENGSTATUS SqliteStore::Configure() {
   // A file cut short or a damaged schema shows here.
   std::int64_t tables = 0;
   status = QueryNumber(connection, "SELECT count(*) FROM sqlite_schema WHERE type='table'", &tables);
-  if (status == ENG_OK && tables != kTables) status = ENG_ERR_DB_DAMAGED;
+  if (status == ENG_OK && tables < kTables) status = ENG_ERR_DB_DAMAGED;
   return status == ENG_ERR_DB_NOT_STORE ? ENG_ERR_DB_DAMAGED : status;
 }
 

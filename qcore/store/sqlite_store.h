@@ -108,6 +108,8 @@ class SqliteStore final : public Store {
   [[nodiscard]] static ENGSTATUS CheckIdentity(const std::string& file);
   [[nodiscard]] static ENGSTATUS Fill(const std::string& file, const Creation& creation);
   [[nodiscard]] static ENGSTATUS Replace(const std::string& fresh, const std::string& file);
+  // How long a writer waits for another: settings key StoreBusyTimeout, else 10 seconds.
+  static int BusyMilliseconds();
   [[nodiscard]] ENGSTATUS Configure();
   Use Start(Sql which);
   // Runs a statement to its end.

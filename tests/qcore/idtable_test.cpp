@@ -64,8 +64,8 @@ TEST_F(IdTables, AgreesWithASet) {
     }
     EXPECT_TRUE(std::ranges::equal(Ids(table), expected));
     while (expected.size() > 20000) {
-      ASSERT_EQ(EngIdTableDelete(table, *expected.begin(), nullptr), ENG_OK);
-      expected.erase(expected.begin());
+      ASSERT_EQ(EngIdTableDelete(table, *expected.rbegin(), nullptr), ENG_OK);
+      expected.erase(std::prev(expected.end()));
     }
     EXPECT_TRUE(std::ranges::equal(Ids(table), expected));
     EXPECT_EQ(EngIdTableDestroy(table), ENG_OK);

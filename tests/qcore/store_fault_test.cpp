@@ -196,6 +196,33 @@ TEST_F(Crashes, ThreadsCountTogether) {
   EXPECT_EQ(EngSlateClose(slate), ENG_OK);
 }
 
+// Another process holds the write lock: writers wait and then say so; a search still reads.
+struct Busy : qtest::Database {
+  Busy() : Database("Directory=data\nStoreBusyTimeout=30\n") {}
+};
+
+TEST_F(Busy, BesideAnOpenTransaction) {
+  qtest::StandingClock clock;
+  const std::uint32_t id = Make({{"A", "1"}});
+  const ENGHANDLE other = Open();
+  ASSERT_EQ(EngDbBegin(other), ENG_OK);
+  ENGHANDLE theirs = 0;
+  ASSERT_EQ(EngSlateCreate(other, &theirs), ENG_OK);
+  clock.Sleep(std::chrono::seconds(1));
+  ASSERT_EQ(EngSlateUpdate(theirs, 0), ENG_OK);
+  const std::uint32_t late = qtest::IdOf(theirs);
+  clock.Sleep(std::chrono::seconds(1));
+  const ENGHANDLE mine = OpenSlate(id);
+  EXPECT_EQ(EngSlateUpdate(mine, 0), ENG_ERR_DB_IN_USE);
+  EXPECT_EQ(EngDbBegin(db_), ENG_ERR_DB_IN_USE);
+  TIMEDATE until{};
+  EXPECT_EQ(Search(1, nullptr, &until), std::vector<std::uint32_t>{id});
+  ASSERT_EQ(EngDbCommit(other), ENG_OK);
+  EXPECT_EQ(Search(1, &until), (std::vector<std::uint32_t>{id, late})) << "committed after the search, saved before it";
+  EXPECT_EQ(EngSlateUpdate(mine, 0), ENG_OK);
+  EXPECT_EQ(EngDbClose(other), ENG_OK);
+}
+
 // A store of several pages and kinds of rows, to be damaged.
 struct Damage : qtest::Database {
   Damage() {

@@ -91,7 +91,7 @@ inline std::string Repeated(std::size_t size, char seed) {
 
 class Database : public Engine {
  protected:
-  Database() {
+  explicit Database(const std::string& settings = "Directory=data\n") : Engine(settings) {
     std::filesystem::create_directory(folder_.File("data"));
     EXPECT_EQ(EngDbCreate("main", 255, 0), ENG_OK);
     db_ = Open();
