@@ -35,10 +35,15 @@ ENGSTATUS Write(Database& database, Setting setting, Bytes value) {
   return status == ENG_OK ? change.Commit() : status;
 }
 
+// A replica identifier reads as a moment, so its words stay within a day and within the days that calendars know.
 TIMEDATE RandomId() {
+  constexpr std::uint32_t kTicksADay = 8640000;
+  constexpr std::uint32_t kFirstDay = 2000000;
+  constexpr std::uint32_t kDays = 1 << 20;
   std::array<std::uint8_t, 8> bytes;
   CurrentPlatform().Random(bytes);
-  return LoadTime(bytes.data());
+  const TIMEDATE random = LoadTime(bytes.data());
+  return {random.TimeWord % kTicksADay, kFirstDay + random.DateWord % kDays};
 }
 
 // One level of a directory in the order of names.

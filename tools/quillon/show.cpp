@@ -2,6 +2,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <iostream>
+#include <sstream>
 
 #include "tools/quillon/command.h"
 #include "tools/quillon/records.h"
@@ -30,6 +31,13 @@ std::string Hexadecimal(Bytes bytes) {
     text += kDigits[byte & 15];
   }
   return text;
+}
+
+// With JSON's escapes, so that line breaks and what isn't UTF-8 can be seen.
+std::string Quoted(const std::string& text) {
+  std::ostringstream out;
+  JsonWriter(out).String(text);
+  return out.str();
 }
 
 std::string HexNumber(std::uint32_t value, int digits) {
@@ -71,7 +79,7 @@ std::size_t ShownCount(Bytes bytes, const Field& field) {
 }
 
 std::string FieldText(Bytes bytes, const Field& field) {
-  if (field.kind == FieldKind::kName) return "\"" + Printable(NameAt(bytes, field)) + "\"";
+  if (field.kind == FieldKind::kName) return Quoted(NameAt(bytes, field));
   if (field.kind == FieldKind::kHex) return HexNumber(ReadNumber(bytes, field.offset, field.width), field.width * 2);
   std::string text;
   for (std::size_t i = 0; i < ShownCount(bytes, field); ++i) {
@@ -89,7 +97,7 @@ void PrintRecord(std::size_t item, const Record& record, const Arguments& argume
       std::printf(" %.*s=%s", static_cast<int>(field.name.size()), field.name.data(),
                   FieldText(record.bytes, field).c_str());
     }
-    if (kind->text) std::printf(" \"%s\"", Printable(CharactersOf(record, *kind)).c_str());
+    if (kind->text) std::printf(" %s", Quoted(CharactersOf(record, *kind)).c_str());
   }
   if (arguments.bytes) std::printf(" %s", Hexadecimal(record.bytes).c_str());
   std::printf("\n");
