@@ -1,4 +1,6 @@
 // Documents: binding, opening, the item cache, saving and what stands in its way.
+#include <cstring>
+
 #include "engine/engine.h"
 #include "tests/vq/support/store_fixture.h"
 #include "vq/store/storetext.h"
@@ -222,7 +224,7 @@ TEST_F(Slates, CopiesGoIntoAnotherDatabaseAsNewSlates) {
   VQDocument copy;
   ASSERT_EQ(other.CreateDocument(source, &copy), VQ_OK);
   EXPECT_EQ(TextAt(copy, "Subject"), "pending");
-  EXPECT_NE(copy.GetUniversalID()->Slate.TimeWord, source.GetUniversalID()->Slate.TimeWord);
+  EXPECT_NE(std::memcmp(copy.GetUniversalID(), source.GetUniversalID(), sizeof(UNIVERSALSLATEID)), 0);
   EXPECT_EQ(copy.GetDatabaseBody(), other.GetDatabaseBody());
   EXPECT_EQ(StoredText(source, "Subject"), "saved");
   ASSERT_EQ(source.Close(), VQ_OK);
