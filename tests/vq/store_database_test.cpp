@@ -213,7 +213,7 @@ TEST_F(Databases, DirectoriesAreSearched) {
   ASSERT_EQ(Session->GetDatabases(&found, "", "", 4), VQ_OK);
   EXPECT_EQ(found.GetCount(), 2U);
   EXPECT_EQ(StatusOf([&] { return found[2]; }), VQERR_BAD_SUBSCRIPT);
-  const TIMEDATE replica = *deep.GetReplicaID().GetTIMEDATE();
+  const TIMEDATE replica = deep.GetReplicaID();
   VQDatabase same;
   ASSERT_EQ(Session->GetDatabase(replica, &same), VQ_OK);
   EXPECT_EQ(TextOf(same.GetFilename()), "deep.vlt");

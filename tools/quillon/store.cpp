@@ -1,4 +1,5 @@
 // quillon create, info, check: a store as a whole.
+#include <cstdio>
 #include <iostream>
 
 #include "tools/quillon/command.h"
@@ -64,6 +65,13 @@ Totals CountAll(const Options& options, VQDatabase& database) {
 
 std::string MomentText(const VQDatetime& moment) { return TimeText(*moment.GetTIMEDATE()); }
 
+// Two words, the date word first, as identifiers are written.
+std::string IdentifierText(const TIMEDATE& id) {
+  char text[18];
+  std::snprintf(text, sizeof text, "%08X:%08X", id.DateWord, id.TimeWord);
+  return text;
+}
+
 struct Info {
   std::vector<std::pair<std::string, std::string>> texts;
   std::vector<std::pair<std::string, std::int64_t>> numbers;
@@ -73,7 +81,7 @@ Info ReadInfo(const Options& options, const Arguments& arguments, VQDatabase& da
   Info info;
   info.texts = {{"path", ToText(database.GetFilepath())},
                 {"title", ToText(database.GetTitle())},
-                {"replica", MomentText(database.GetReplicaID())},
+                {"replica", IdentifierText(database.GetReplicaID())},
                 {"created", MomentText(database.GetCreated())},
                 {"modified", MomentText(database.GetLastModified())}};
   info.numbers = {{"bytes", static_cast<std::int64_t>(database.GetSize())},

@@ -147,8 +147,10 @@ class VQ_API VQDatabase : public VQSmartPtr {
   // Kept in this object only.
   VQString GetOwnerName() const;
   VQSTATUS SetOwnerName(const VQString& name);
-  VQDatetime GetDatabaseID() const;
-  VQDatetime GetReplicaID() const;
+  // When the file was made, which tells it from any other.
+  TIMEDATE GetDatabaseID() const;
+  // The same in every replica; not a moment of any meaning.
+  TIMEDATE GetReplicaID() const;
   VQDatetime GetCreated() const;
   VQDatetime GetDataLastModified() const;
   VQDatetime GetDesignLastModified() const;

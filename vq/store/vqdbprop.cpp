@@ -176,14 +176,14 @@ VQSTATUS VQDatabase::SetOwnerName(const VQString& name) {
   return vq::Apply(status);
 }
 
-VQDatetime VQDatabase::GetDatabaseID() const {
+TIMEDATE VQDatabase::GetDatabaseID() const {
   TIMEDATE id{};
   vq::ThrowIfError(vq::FromEngine(EngDbGetID(RequireOpen()->GetHandle(), &id)));
-  return VQDatetime(id);
+  return id;
 }
 
-VQDatetime VQDatabase::GetCreated() const { return GetDatabaseID(); }
-VQDatetime VQDatabase::GetReplicaID() const { return VQDatetime(ReplicaOf(RequireOpen()).ID); }
+VQDatetime VQDatabase::GetCreated() const { return VQDatetime(GetDatabaseID()); }
+TIMEDATE VQDatabase::GetReplicaID() const { return ReplicaOf(RequireOpen()).ID; }
 
 VQDatetime VQDatabase::GetDataLastModified() const {
   TIMEDATE data{};
