@@ -127,6 +127,11 @@ VQSTATUS VQRTContainerBody::Delete(VQRTObject* object) {
     return run->GetByteCount() == 0 ? VQ_OK : run->RemoveText(object->GetOffset(), 1);
   }
   if (body->IsType(VQRTTYPE_PAB_OBJECT)) return VQERR_WRONG_SITUATION;
+  // The end of a structure goes with it.
+  if (body->GetType() == VQRTTYPE_TABLE_END || body->GetType() == VQRTTYPE_HOTSPOT_END ||
+      body->GetType() == VQRTTYPE_OLE_OBJECT_END) {
+    return VQERR_INAPPROPRIATE;
+  }
   VQSTATUS status = DeleteRepairLinks(body, body->GetNext());
   if (status == VQ_OK) status = body->Delete();
   if (status == VQ_OK) object->DeleteBody();

@@ -24,7 +24,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS Append(const VQString& text, int convertNewlines);
   virtual VQSTATUS Append(const VQRichText& richText);
   virtual VQSTATUS Append(const VQRTObject& object, VQRTObject* appended);
-  // The two cursors end up at the place of the deletion. VQERR_CURSOR_ORDER, VQERR_RT_SELECTION_INVALID.
+  // The two cursors end up at the place of the deletion. VQERR_CURSOR_ORDER, VQERR_RT_SELECTION_INVALID. A paragraph
+  // record of its own is refused with VQERR_WRONG_SITUATION, the end record of a structure with VQERR_INAPPROPRIATE.
   virtual VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);
   virtual VQSTATUS Delete(VQRTCursor* start, unsigned long count);
   virtual VQSTATUS Delete(VQRTObject* object);

@@ -91,6 +91,11 @@ bool VQRTCursor::AtEmptyText() const {
   return element.HasOffset() && static_cast<VQStylizedTextBody*>(element.GetRTObjectBody())->GetByteCount() == 0;
 }
 
+bool VQRTCursor::OnAttachment() const {
+  const VQRTElement& element = GetCursorBody()->RTElement;
+  return !element.HasOffset() && element.IsType(VQRTTYPE_ATTACHMENT);
+}
+
 void VQRTCursor::Normalize() const {
   VQRTCursorBody& cursor = *GetCursorBody();
   if (!cursor.RightEdge) return;
@@ -139,8 +144,7 @@ VQRTCursor& VQRTCursor::operator++() {
   Normalize();
   VQRTCursorBody& cursor = *GetCursorBody();
   const bool emptyText = AtEmptyText();
-  const bool attachment = !cursor.RTElement.HasOffset() && cursor.RTElement.IsType(VQRTTYPE_ATTACHMENT);
-  if (!attachment && !cursor.RightEdge && !emptyText) {
+  if (!OnAttachment() && !cursor.RightEdge && !emptyText) {
     cursor.RightEdge = 1;
     return *this;
   }
@@ -166,7 +170,7 @@ VQRTCursor& VQRTCursor::operator--() {
   if (!scope || scope->FindPrevious(cursor.RTElement, VQRTTYPE_ELEMENT, &previous) != VQ_OK) return *this;
   const bool crossing = Crosses(*scope, previous.GetRTObjectBody(), cursor.RTElement.GetRTObjectBody());
   Adopt(previous);
-  if (crossing && !AtEmptyText()) cursor.RightEdge = 1;
+  if (crossing && !AtEmptyText() && !OnAttachment()) cursor.RightEdge = 1;
   return *this;
 }
 

@@ -114,6 +114,8 @@ class VQ_API VQRTCursor : public VQSmartPtr {
   // What motion stays inside: the scope, else the top container, else the element itself.
   VQRTBaseContainerBody* ScopeBody() const;
   bool AtEmptyText() const;
+  // Which has no right edge to step on, except at the very end.
+  bool OnAttachment() const;
   // Goes to the element that stands for an object that was found.
   void Adopt(const VQRTObject& object);
   static bool Crosses(const VQRTBaseContainerBody& scope, const VQRTObjectBody* left, VQRTObjectBody* right);
