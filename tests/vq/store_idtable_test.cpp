@@ -24,7 +24,7 @@ TEST_F(Tables, EveryWalkGivesTheSameIdentifiers) {
     at = (at * 31 + 257) % ids.size();
     ASSERT_EQ(array.GetSlateID(at), ids[at]) << at;
   }
-  EXPECT_EQ(StatusOf([&] { return array.GetSlateID(ids.size()); }), VQERR_BAD_SUBSCRIPT);
+  EXPECT_EQ(StatusOf([&] { static_cast<void>(array.GetSlateID(ids.size())); }), VQERR_BAD_SUBSCRIPT);
   EXPECT_EQ(array.GetSlateID(ids.size() - 1), ids.back());
   ASSERT_EQ(array.Remove(ids[3]), VQ_OK);
   EXPECT_EQ(array.GetSlateID(3), ids[4]);

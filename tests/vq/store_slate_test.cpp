@@ -264,7 +264,7 @@ TEST_F(Slates, OperationsNameTheStateTheyMiss) {
       {"CreateItem", [](VQSlate& s) { return s.CreateItem("x", TYPE_TEXT, "x", 1); }},
       {"DeleteItem", [](VQSlate& s) { return s.DeleteItem(VQString("x")); }},
       {"HasItem", [](VQSlate& s) { return StatusOf([&] { return s.HasItem("x"); }); }},
-      {"GetSize", [](VQSlate& s) { return StatusOf([&] { return s.GetSize(); }); }},
+      {"GetSize", [](VQSlate& s) { return StatusOf([&] { static_cast<void>(s.GetSize()); }); }},
   };
   VQDocument closed = NewDocument("x");
   closed.Close();
