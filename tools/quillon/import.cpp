@@ -25,7 +25,11 @@ struct Arguments {
   std::vector<std::string> sources;
   std::string form = "Text";
   bool plain = false;
+  bool join_lines = false;
 };
+
+// The text converter's option.
+constexpr unsigned long kEachLineAParagraph = 1;
 
 struct Source {
   fs::path path;
@@ -123,15 +127,15 @@ void AddTimes(VQDocument& document, const Source& source) {
 }
 
 // An ending that no settings row knows is read as plain text: everything that gets here is.
-void ImportBody(VQRichText& body, const fs::path& path) {
+void ImportBody(VQRichText& body, const fs::path& path, unsigned long options) {
   const VQString file(fs::absolute(path).c_str());
   VQRTCursor cursor;
   body.GetCursor(&cursor);
   try {
-    body.Import(file, &cursor);
+    body.Import(file, &cursor, options);
   } catch (VQSTATUS status) {
     if (status != VQERR_NO_IMPORT_LIBRARY) throw;
-    body.Import(file, kTextConverter, &cursor);
+    body.Import(file, kTextConverter, &cursor, options);
   }
 }
 
@@ -145,7 +149,7 @@ void ImportFile(VQDatabase& database, const Arguments& arguments, const Source& 
   AddTimes(document, source);
   VQRichText body;
   document.CreateItem("Body", &body);
-  ImportBody(body, source.path);
+  ImportBody(body, source.path, arguments.join_lines ? 0 : kEachLineAParagraph);
   if (!arguments.plain) StyleText(body);
   document.Save();
 }
@@ -216,6 +220,7 @@ void AddImportCommand(CLI::App& app, Options& options, int* result) {
   import->add_option("sources", arguments->sources, "Files, and folders with all below them")->required();
   import->add_option("--form", arguments->form, "Item Form of the documents (default: Text)");
   import->add_flag("--plain", arguments->plain, "One font and one paragraph style throughout");
+  import->add_flag("--join-lines", arguments->join_lines, "Lines without an empty one between are one paragraph");
   import->callback([&options, arguments, result] { *result = Run(options, *arguments);
 });
 }  // namespace tool
