@@ -48,6 +48,10 @@ grep -q '^1 documents changed, 0 added, 0 removed, ' "$place/diff.txt" || fail "
 sed "0,/$word/s//$new/" "$place/before.txt" | cmp - "$place/after.txt" || fail "the text isn't what it should be"
 "$tool" check "$store"
 
+# A long body is stored as several items of its name.
+bodies=$("$tool" show "$store" "$id" | grep -c '^Body ')
+echo "the body of document $id stands in $bodies items"
+
 echo "== the store"
 "$tool" info "$store" --count
 cat <<END

@@ -114,6 +114,21 @@ TEST_F(Commands, ReplaceChangesOneRecordAndNothingElse) {
   EXPECT_THAT(Run("show s.vlt one.txt --text").output, HasSubstr("The color of the first colour."));
 }
 
+TEST_F(Commands, LongBodiesAreReadToTheirEnd) {
+  std::string text;
+  for (int i = 0; i < 3000; ++i) text += "line number " + std::to_string(i) + " of many\n";
+  Write("long.txt", text + "the last word\n");
+  ASSERT_EQ(Run("create s.vlt").code, 0);
+  ASSERT_EQ(Run("import s.vlt long.txt").code, 0);
+  fs::copy_file(folder_ / "s.vlt", folder_ / "before.vlt");
+  EXPECT_THAT(Run("show s.vlt long.txt").output, testing::ContainsRegex("Body .*\nBody .*\nBody "));
+  EXPECT_THAT(Run("show s.vlt long.txt --records").output, HasSubstr("\"the last word\""));
+  EXPECT_EQ(Run("replace s.vlt long.txt last first").code, 0);
+  EXPECT_THAT(Run("diff before.vlt s.vlt").output, HasSubstr("Body: 1 -> 1 records changed"));
+  ASSERT_EQ(Run("export s.vlt long.txt out.txt").code, 0);
+  EXPECT_EQ(Read("out.txt"), text + "the first word\n");
+}
+
 struct ReplaceRow {
   const char* arguments;  // behind the document
   const char* before;

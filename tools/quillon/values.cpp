@@ -169,6 +169,19 @@ StoredItem ReadItem(const VQItem& item) {
   return stored;
 }
 
+// A long rich text stands in further items of the name behind the first, which has their places.
+void AddLaterItems(const VQItem& item, std::vector<StoredItem>* items) {
+  const auto* composite = dynamic_cast<const VQCompositeItemBody*>(item.GetItemBody());
+  if (!composite) return;
+  for (const vq::ItemPlace& place : composite->GetExtraPlaces()) {
+    StoredItem later = {items->back().name, place.Type, items->back().flags, std::vector<unsigned char>(place.Size)};
+    VQMemoryBlock block;
+    vq::ThrowIfError(block.Attach(place.Value.Pool, place.Value.Block, place.Size));
+    vq::ThrowIfError(block.Read(place.Size, later.value.data(), 0));
+    items->push_back(std::move(later));
+  }
+}
+
 }  // namespace
 
 std::vector<StoredItem> ReadItems(const VQSlate& slate) {
@@ -176,7 +189,11 @@ std::vector<StoredItem> ReadItems(const VQSlate& slate) {
   vq::ThrowIfError(slate.GetItems(&array));
   std::vector<StoredItem> items;
   items.reserve(array.GetCount());
-  for (unsigned long i = 0; i < array.GetCount(); ++i) items.push_back(ReadItem(array[i]));
+  for (unsigned long i = 0; i < array.GetCount(); ++i) {
+    const VQItem item = array[i];
+    items.push_back(ReadItem(item));
+    AddLaterItems(item, &items);
+  }
   return items;
 }
 
