@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "qcore/abi/guard.h"
+#include "qcore/abi/lookup.h"
 #include "qcore/settings/settings.h"
 #include "qcore/slates/search.h"
 #include "qcore/store/info.h"
@@ -15,20 +15,12 @@
 using qcore::Database;
 using qcore::PathParts;
 using qcore::abi::Guard;
+using qcore::abi::WithStore;
 
 namespace {
 
 constexpr uint16_t kAgentClass = 0x0200;
 constexpr uint16_t kBuild = 1;
-
-template <typename Body>
-ENGSTATUS WithStore(ENGHANDLE db, Body&& body) {
-  return Guard([&]() -> ENGSTATUS {
-    std::shared_ptr<Database> database;
-    const ENGSTATUS status = Database::FindStore(db, &database);
-    return status == ENG_OK ? body(*database) : status;
-  });
-}
 
 std::string_view Text(const ENGCHAR* text) { return reinterpret_cast<const char*>(text); }
 
@@ -45,8 +37,9 @@ ENGSTATUS Search(ENGHANDLE db, uint16_t class_mask, const TIMEDATE* since, qcore
                  ENGHANDLE* id_table) {
   if (!id_table) return ENG_ERR_ARGUMENT;
   *id_table = 0;
-  return WithStore(
-      db, [&](Database& database) { return qcore::SearchClass(database, class_mask, since, stubs, until, id_table); });
+  return WithStore(db, [&](const auto& database) {
+    return qcore::SearchClass(*database, class_mask, since, stubs, until, id_table);
+  });
 }
 
 }  // namespace
@@ -124,20 +117,20 @@ ENGSTATUS EngDbClose(ENGHANDLE db) {
 }
 
 ENGSTATUS EngDbBegin(ENGHANDLE db) {
-  return WithStore(db, [](Database& database) { return database.BeginTransaction(); });
+  return WithStore(db, [](const auto& database) { return database->BeginTransaction(); });
 }
 
 ENGSTATUS EngDbCommit(ENGHANDLE db) {
-  return WithStore(db, [](Database& database) { return database.CommitTransaction(); });
+  return WithStore(db, [](const auto& database) { return database->CommitTransaction(); });
 }
 
 ENGSTATUS EngDbRollback(ENGHANDLE db) {
-  return WithStore(db, [](Database& database) { return database.RollbackTransaction(); });
+  return WithStore(db, [](const auto& database) { return database->RollbackTransaction(); });
 }
 
 ENGSTATUS EngDbGetClass(ENGHANDLE db, uint16_t* db_class) {
   if (!db_class) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [&](Database& database) { return qcore::GetDatabaseClass(database, db_class); });
+  return WithStore(db, [&](const auto& database) { return qcore::GetDatabaseClass(*database, db_class); });
 }
 
 ENGSTATUS EngDbGetFullPath(ENGHANDLE db, uint16_t, char* path) {
@@ -153,14 +146,14 @@ ENGSTATUS EngDbGetFullPath(ENGHANDLE db, uint16_t, char* path) {
 
 ENGSTATUS EngDbGetID(ENGHANDLE db, TIMEDATE* id) {
   if (!id) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [&](Database& database) { return qcore::GetDatabaseId(database, id); });
+  return WithStore(db, [&](const auto& database) { return qcore::GetDatabaseId(*database, id); });
 }
 
 ENGSTATUS EngDbGetInfo(ENGHANDLE db, ENGCHAR* buffer) {
   if (!buffer) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [&](Database& database) -> ENGSTATUS {
+  return WithStore(db, [&](const auto& database) -> ENGSTATUS {
     std::string info;
-    const ENGSTATUS status = qcore::GetInfoText(database, &info);
+    const ENGSTATUS status = qcore::GetInfoText(*database, &info);
     if (status == ENG_OK) std::memcpy(buffer, info.c_str(), info.size() + 1);
     return status;
   });
@@ -168,7 +161,8 @@ ENGSTATUS EngDbGetInfo(ENGHANDLE db, ENGCHAR* buffer) {
 
 ENGSTATUS EngDbSetInfo(ENGHANDLE db, const ENGCHAR* buffer) {
   if (!buffer) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [&](Database& database) { return qcore::SetInfoText(database, Text(buffer, ENG_INFO_SIZE)); });
+  return WithStore(db,
+                   [&](const auto& database) { return qcore::SetInfoText(*database, Text(buffer, ENG_INFO_SIZE)); });
 }
 
 ENGSTATUS EngDbGetKind(ENGHANDLE db, uint16_t* kind) {
@@ -182,9 +176,9 @@ ENGSTATUS EngDbGetKind(ENGHANDLE db, uint16_t* kind) {
 }
 
 ENGSTATUS EngDbGetModifiedTime(ENGHANDLE db, TIMEDATE* data, TIMEDATE* design) {
-  return WithStore(db, [&](Database& database) -> ENGSTATUS {
+  return WithStore(db, [&](const auto& database) -> ENGSTATUS {
     TIMEDATE times[2] = {};
-    const ENGSTATUS status = qcore::GetModifiedTimes(database, &times[0], &times[1]);
+    const ENGSTATUS status = qcore::GetModifiedTimes(*database, &times[0], &times[1]);
     if (status != ENG_OK) return status;
     if (data) *data = times[0];
     if (design) *design = times[1];
@@ -194,25 +188,25 @@ ENGSTATUS EngDbGetModifiedTime(ENGHANDLE db, TIMEDATE* data, TIMEDATE* design) {
 
 ENGSTATUS EngDbGetReplicaInfo(ENGHANDLE db, REPLICAINFO* info) {
   if (!info) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [&](Database& database) { return qcore::GetReplicaInfo(database, info); });
+  return WithStore(db, [&](const auto& database) { return qcore::GetReplicaInfo(*database, info); });
 }
 
 ENGSTATUS EngDbSetReplicaInfo(ENGHANDLE db, const REPLICAINFO* info) {
   if (!info) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [&](Database& database) { return qcore::SetReplicaInfo(database, *info); });
+  return WithStore(db, [&](const auto& database) { return qcore::SetReplicaInfo(*database, *info); });
 }
 
 ENGSTATUS EngDbGetSpace(ENGHANDLE db, uint64_t* used, uint64_t* unused) {
   if (!used || !unused) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [&](Database& database) {
-    const std::lock_guard lock(database.mutex());
-    return database.store().GetSpace(used, unused);
+  return WithStore(db, [&](const auto& database) {
+    const std::lock_guard lock(database->mutex());
+    return database->store().GetSpace(used, unused);
   });
 }
 
 ENGSTATUS EngDbGetBuild(ENGHANDLE db, uint16_t* build) {
   if (!build) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [&](Database&) -> ENGSTATUS {
+  return WithStore(db, [&](const auto&) -> ENGSTATUS {
     *build = kBuild;
     return ENG_OK;
   });
@@ -224,13 +218,13 @@ ENGSTATUS EngDbGetSpecialSlate(ENGHANDLE db, uint16_t selector, uint32_t* id) {
   if (!id || std::find(std::begin(kSelectors), std::end(kSelectors), selector) == std::end(kSelectors)) {
     return ENG_ERR_ARGUMENT;
   }
-  return WithStore(db, [&](Database& database) { return qcore::FindSpecialSlate(database, selector, id); });
+  return WithStore(db, [&](const auto& database) { return qcore::FindSpecialSlate(*database, selector, id); });
 }
 
 ENGSTATUS EngDbNewOrigin(ENGHANDLE db, ORIGINATORID* origin) {
   if (!origin) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [&](Database& database) -> ENGSTATUS {
-    *origin = database.NewOrigin();
+  return WithStore(db, [&](const auto& database) -> ENGSTATUS {
+    *origin = database->NewOrigin();
     return ENG_OK;
   });
 }
@@ -277,11 +271,7 @@ ENGSTATUS EngDbSearch(ENGHANDLE directory, uint16_t flags, ENGDBFOUND callback, 
 
 ENGSTATUS EngDesignFind(ENGHANDLE db, uint16_t slate_class, const ENGCHAR* name, uint32_t* id) {
   if (!name || !id) return ENG_ERR_ARGUMENT;
-  return Guard([&]() -> ENGSTATUS {
-    std::shared_ptr<Database> database;
-    const ENGSTATUS status = Database::FindStore(db, &database);
-    return status == ENG_OK ? qcore::FindDesign(database, slate_class, Text(name), id) : status;
-  });
+  return WithStore(db, [&](const auto& database) { return qcore::FindDesign(database, slate_class, Text(name), id); });
 }
 
 ENGSTATUS EngDesignFindAgent(ENGHANDLE db, const ENGCHAR* name, uint32_t* id) {
@@ -291,13 +281,13 @@ ENGSTATUS EngDesignFindAgent(ENGHANDLE db, const ENGCHAR* name, uint32_t* id) {
 // No operation of this release makes a full-text index.
 ENGSTATUS EngFtGetInfo(ENGHANDLE db, TIMEDATE* last_indexed) {
   if (!last_indexed) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [](Database&) -> ENGSTATUS { return ENG_ERR_NO_FULL_TEXT; });
+  return WithStore(db, [](const auto&) -> ENGSTATUS { return ENG_ERR_NO_FULL_TEXT; });
 }
 
 ENGSTATUS EngDbCheck(ENGHANDLE db, char* report, uint16_t size) {
-  return WithStore(db, [&](Database& database) {
+  return WithStore(db, [&](const auto& database) {
     std::string text;
-    const ENGSTATUS status = qcore::CheckDatabase(database, &text);
+    const ENGSTATUS status = qcore::CheckDatabase(*database, &text);
     qcore::settings::CopyText(text, report, size);
     return status;
   });

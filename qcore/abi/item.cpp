@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "engine/records.h"
-#include "qcore/abi/guard.h"
+#include "qcore/abi/lookup.h"
 #include "qcore/memory/memory.h"
 #include "qcore/settings/settings.h"
 #include "qcore/slates/slate.h"
@@ -13,8 +13,9 @@
 using qcore::Bytes;
 using qcore::LoadLittle;
 using qcore::Slate;
-using qcore::abi::Guard;
 using qcore::abi::GuardValue;
+using qcore::abi::WithItem;
+using qcore::abi::WithSlate;
 
 namespace {
 
@@ -29,23 +30,6 @@ std::string_view Text(const ENGCHAR* text, size_t length) {
 
 std::string_view Text(const ENGCHAR* text) {
   return text ? std::string_view(reinterpret_cast<const char*>(text)) : std::string_view();
-}
-
-template <typename Body>
-ENGSTATUS WithSlate(ENGHANDLE handle, Body&& body) {
-  return Guard([&]() -> ENGSTATUS {
-    Slate* slate = Slate::Find(handle);
-    return slate ? body(*slate) : ENGSTATUS{ENG_ERR_INVALID_HANDLE};
-  });
-}
-
-template <typename Body>
-ENGSTATUS WithItem(ENGHANDLE handle, BLOCKID item, Body&& body) {
-  return WithSlate(handle, [&](Slate& slate) -> ENGSTATUS {
-    Slate::Slot slot = 0;
-    const ENGSTATUS status = slate.SlotOf(item, &slot);
-    return status == ENG_OK ? body(slate, slot) : status;
-  });
 }
 
 // A value that stands aside is read only when its place is asked for.

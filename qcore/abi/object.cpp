@@ -1,31 +1,22 @@
 #include <memory>
 
 #include "engine/database.h"
-#include "qcore/abi/guard.h"
+#include "qcore/abi/lookup.h"
 #include "qcore/memory/memory.h"
 #include "qcore/store/objects.h"
 
 using qcore::Database;
 using qcore::ObjectEnd;
-using qcore::abi::Guard;
+using qcore::abi::WithStore;
 
 namespace {
 
-template <typename Body>
-ENGSTATUS WithStore(ENGHANDLE db, Body&& body) {
-  return Guard([&]() -> ENGSTATUS {
-    std::shared_ptr<Database> database;
-    const ENGSTATUS status = Database::FindStore(db, &database);
-    return status == ENG_OK ? body(*database) : status;
-  });
-}
-
 ENGSTATUS Write(ENGHANDLE db, uint32_t object, uint32_t offset, ENGHANDLE memory, uint32_t size, ObjectEnd end) {
-  return WithStore(db, [&](Database& database) -> ENGSTATUS {
+  return WithStore(db, [&](const auto& database) -> ENGSTATUS {
     const qcore::memory::LockedBlock block(memory);
     if (!block.bytes()) return ENG_ERR_INVALID_HANDLE;
     if (size > block.size()) return ENG_ERR_BUFFER_SIZE;
-    return qcore::WriteObject(database, object, offset, qcore::Bytes(block.bytes(), size), end);
+    return qcore::WriteObject(*database, object, offset, qcore::Bytes(block.bytes(), size), end);
   });
 }
 
@@ -33,17 +24,17 @@ ENGSTATUS Write(ENGHANDLE db, uint32_t object, uint32_t offset, ENGHANDLE memory
 
 ENGSTATUS EngObjectCreate(ENGHANDLE db, uint16_t object_class, uint32_t* object) {
   if (!object) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [&](Database& database) { return database.CreateObject(object_class, object); });
+  return WithStore(db, [&](const auto& database) { return database->CreateObject(object_class, object); });
 }
 
 ENGSTATUS EngObjectFree(ENGHANDLE db, uint32_t object) {
-  return WithStore(db, [&](Database& database) { return qcore::FreeObject(database, object); });
+  return WithStore(db, [&](const auto& database) { return qcore::FreeObject(*database, object); });
 }
 
 ENGSTATUS EngObjectGetSize(ENGHANDLE db, uint32_t object, uint32_t* size, uint16_t* object_class) {
-  return WithStore(db, [&](Database& database) -> ENGSTATUS {
+  return WithStore(db, [&](const auto& database) -> ENGSTATUS {
     qcore::ObjectInfo info{};
-    const ENGSTATUS status = qcore::GetObjectInfo(database, object, &info);
+    const ENGSTATUS status = qcore::GetObjectInfo(*database, object, &info);
     if (status != ENG_OK) return status;
     if (size) *size = info.size;
     if (object_class) *object_class = info.object_class;
@@ -54,7 +45,8 @@ ENGSTATUS EngObjectGetSize(ENGHANDLE db, uint32_t object, uint32_t* size, uint16
 ENGSTATUS EngObjectRead(ENGHANDLE db, uint32_t object, uint32_t offset, uint32_t length, ENGHANDLE* memory) {
   if (!memory) return ENG_ERR_ARGUMENT;
   *memory = 0;
-  return WithStore(db, [&](Database& database) { return qcore::ReadObject(database, object, offset, length, memory); });
+  return WithStore(db,
+                   [&](const auto& database) { return qcore::ReadObject(*database, object, offset, length, memory); });
 }
 
 ENGSTATUS EngObjectWrite(ENGHANDLE db, uint32_t object, ENGHANDLE memory, uint32_t size) {

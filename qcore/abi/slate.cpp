@@ -2,33 +2,17 @@
 
 #include <cstring>
 
-#include "qcore/abi/guard.h"
+#include "qcore/abi/lookup.h"
 #include "qcore/slates/remove.h"
 
 using qcore::Database;
 using qcore::Slate;
 using qcore::SlateHeader;
 using qcore::abi::Guard;
+using qcore::abi::WithSlate;
+using qcore::abi::WithStore;
 
 namespace {
-
-// Runs `body` with the store of a database handle.
-template <typename Body>
-ENGSTATUS WithStore(ENGHANDLE db, Body&& body) {
-  return Guard([&]() -> ENGSTATUS {
-    std::shared_ptr<Database> database;
-    const ENGSTATUS status = Database::FindStore(db, &database);
-    return status == ENG_OK ? body(database) : status;
-  });
-}
-
-template <typename Body>
-ENGSTATUS WithSlate(ENGHANDLE handle, Body&& body) {
-  return Guard([&]() -> ENGSTATUS {
-    Slate* slate = Slate::Find(handle);
-    return slate ? body(*slate) : ENGSTATUS{ENG_ERR_INVALID_HANDLE};
-  });
-}
 
 template <typename T>
 ENGSTATUS Give(void* target, const T& value) {

@@ -153,6 +153,7 @@ class Slate final : public OpenSlate {
   [[nodiscard]] ENGSTATUS CheckForced(SlateHeader* header, std::vector<Store::ValueId>* replaced);
   [[nodiscard]] ENGSTATUS WriteDrafts(const SlateHeader& header, std::vector<Draft>* drafts,
                                       std::vector<Store::ValueId>* replaced);
+  [[nodiscard]] ENGSTATUS WriteValue(const Item& item, PackedItem* packed, std::vector<Store::ValueId>* replaced);
   [[nodiscard]] ENGSTATUS WriteRow(std::uint16_t flags, SlateHeader* header, const std::vector<Draft>& drafts);
   [[nodiscard]] ENGSTATUS AdoptObjects(std::uint32_t id, const std::vector<Draft>& drafts);
   void Settle(const SlateHeader& header, const std::vector<Draft>& drafts);

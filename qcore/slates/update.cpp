@@ -117,9 +117,7 @@ ENGSTATUS Slate::WriteDrafts(const SlateHeader& header, std::vector<Draft>* draf
   const memory::LockedBlock block(packed_);
   for (Slot slot : order_) {
     const Item& item = items_[slot];
-    Draft& draft = drafts->emplace_back();
-    draft.slot = slot;
-    PackedItem& packed = draft.packed;
+    PackedItem packed;
     ENGSTATUS status = database_->names().Number(database_->store(), item.name, &packed.name);
     if (status != ENG_OK) return status;
     packed.flags = item.flags;
@@ -127,21 +125,24 @@ ENGSTATUS Slate::WriteDrafts(const SlateHeader& header, std::vector<Draft>* draf
     packed.size = item.size;
     packed.modified = item.changed ? header.modified : item.modified;
     if (item.kept_size != 0) packed.kept = Bytes(block.bytes() + item.kept_at, item.kept_size);
-    if (item.aside != 0 && !item.touched) {
-      packed.aside = item.aside;
-      continue;
-    }
-    const Bytes value = BytesOf(item);
-    if (value.empty()) return ENG_ERR_ITEM_DAMAGED;
-    if (item.aside != 0) replaced->push_back(item.aside);
-    if (item.size <= kPackedValueLimit) {
-      packed.value = value;
-      continue;
-    }
-    packed.type = LoadLittle<std::uint16_t>(value.data());
-    status = database_->store().WriteValue(value, &packed.aside);
+    status = WriteValue(item, &packed, replaced);
     if (status != ENG_OK) return status;
+    drafts->push_back({slot, packed});
   }
+  return ENG_OK;
+}
+
+ENGSTATUS Slate::WriteValue(const Item& item, PackedItem* packed, std::vector<Store::ValueId>* replaced) {
+  if (item.aside != 0 && !item.touched) {
+    packed->aside = item.aside;
+    return ENG_OK;
+  }
+  const Bytes value = BytesOf(item);
+  if (value.empty()) return ENG_ERR_ITEM_DAMAGED;
+  if (item.aside != 0) replaced->push_back(item.aside);
+  packed->type = LoadLittle<std::uint16_t>(value.data());
+  if (item.size > kPackedValueLimit) return database_->store().WriteValue(value, &packed->aside);
+  packed->value = value;
   return ENG_OK;
 }
 

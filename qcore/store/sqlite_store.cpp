@@ -62,9 +62,15 @@ ENGSTATUS SqliteStore::Configure() {
     if (status != ENG_OK) return status;
   }
   sqlite3_wal_hook(connection, &SqliteStore::OnCommit, this);
-  // A file cut short or a damaged schema shows here.
+  // A trigger or a view would run within our statements, and this engine makes none.
+  std::int64_t foreign = 0;
+  status = QueryNumber(connection, "SELECT count(*) FROM sqlite_schema WHERE type IN ('trigger','view')", &foreign);
+  if (status == ENG_OK && foreign != 0) return ENG_ERR_DB_DAMAGED;
+  // A file cut short or a damaged schema shows here at the latest.
   std::int64_t tables = 0;
-  status = QueryNumber(connection, "SELECT count(*) FROM sqlite_schema WHERE type='table'", &tables);
+  if (status == ENG_OK) {
+    status = QueryNumber(connection, "SELECT count(*) FROM sqlite_schema WHERE type='table'", &tables);
+  }
   if (status == ENG_OK && tables < kTables) status = ENG_ERR_DB_DAMAGED;
   return status == ENG_ERR_DB_NOT_STORE ? ENG_ERR_DB_DAMAGED : status;
 }
