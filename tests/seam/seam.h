@@ -1,0 +1,22 @@
+// The fault switch of the wrapped engine operations: counts calls and fails one of them.
+#ifndef QUILLON_TESTS_SEAM_SEAM_H
+#define QUILLON_TESTS_SEAM_SEAM_H
+
+#include "engine/types.h"
+
+namespace seam {
+
+inline constexpr ENGSTATUS kFailure = 520;  // ENG_ERR_DB_IO
+
+// The n-th call from now fails, once; 0 only counts.
+void Arm(unsigned long n);
+// Calls since Arm.
+unsigned long Calls();
+// The operation that failed, null while none has.
+const char* Failed();
+
+bool Fails(const char* operation);
+
+}  // namespace seam
+
+#endif
