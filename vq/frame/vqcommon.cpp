@@ -10,20 +10,7 @@ const char* VQGetAPILibraryVersionText(int) { return "Tamarin C++ API Release 2.
 
 int VQIsQuillonInitialized() { return vq::IsInitialized(); }
 
-VQQuillonClass::VQQuillonClass() : Element(nullptr), Session(nullptr) {}
-
-VQQuillonClass::VQQuillonClass(const VQQuillonSession* session) : Element(nullptr), Session(session) {}
-
-VQQuillonClass::VQQuillonClass(const VQQuillonClass& other) : Element(nullptr), Session(other.Session) {}
-
-VQQuillonClass& VQQuillonClass::operator=(const VQQuillonClass& other) {
-  Session = other.Session;
-  return *this;
-}
-
-VQQuillonClass::~VQQuillonClass() {
-  if (Element != nullptr) Element->Object = nullptr;
-}
+void VQQuillonClass::LeaveElement() { Element->Object = nullptr; }
 
 VQSTATUS VQQuillonClass::Close() { return VQ_OK; }
 
@@ -41,9 +28,9 @@ VQBody::~VQBody() = default;
 
 int VQBody::IsBody() const { return 1; }
 
-int VQBody::Release() {
+int VQBody::ReleaseLast() {
   if (RefCount <= 0) vq::AssertionFailed("RefCount > 0", "VQCOMMON", 349);
-  if (--RefCount != 0) return 0;
+  RefCount = 0;
   delete this;
   return 1;
 }
@@ -58,14 +45,6 @@ int VQBody::ForceClose() {
   }
   return Release();
 }
-
-VQSmartPtr::VQSmartPtr(VQBody* body) : Body(body) {
-  if (Body != nullptr) Body->AddReference();
-}
-
-VQSmartPtr::VQSmartPtr(const VQSmartPtr& other) : VQSmartPtr(other.Body) {}
-
-VQSmartPtr::~VQSmartPtr() { VQSmartPtr::DeleteBody(); }
 
 VQSmartPtr& VQSmartPtr::operator=(const VQSmartPtr& other) {
   if (this == &other) return *this;

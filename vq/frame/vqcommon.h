@@ -35,7 +35,9 @@ VQ_API void VQDelete(void* object);
 // Root of bodies and plain objects.
 class VQ_API VQQuillonClass {
  public:
-  virtual ~VQQuillonClass();
+  virtual ~VQQuillonClass() {
+    if (Element != nullptr) LeaveElement();
+  }
   // 0; bodies with open resources override it, and a second Close gives VQWARN_NOT_OPEN.
   virtual VQSTATUS Close();
   virtual VQCLASSID GetClassID() const = 0;
@@ -51,16 +53,22 @@ class VQ_API VQQuillonClass {
   static void operator delete(void*, void*) {}
 
  protected:
-  VQQuillonClass();
-  explicit VQQuillonClass(const VQQuillonSession* session);
+  VQQuillonClass() : Element(nullptr), Session(nullptr) {}
+  explicit VQQuillonClass(const VQQuillonSession* session) : Element(nullptr), Session(session) {}
   // Copies the session; list membership never passes.
-  VQQuillonClass(const VQQuillonClass& other);
-  VQQuillonClass& operator=(const VQQuillonClass& other);
+  VQQuillonClass(const VQQuillonClass& other) : Element(nullptr), Session(other.Session) {}
+  VQQuillonClass& operator=(const VQQuillonClass& other) {
+    Session = other.Session;
+    return *this;
+  }
 
  private:
   friend class VQElement;
   friend class VQObjectList;
   friend class VQSortedObjectList;
+
+  // The list keeps an empty element and never a dangling one.
+  void LeaveElement();
 
   VQElement* Element;  // the list element that holds this object, null in no list
 
@@ -76,7 +84,11 @@ class VQ_API VQBody : public VQQuillonClass {
   // The three steps by which everything that counts a body holds and releases it. Release destroys at zero and
   // tells whether it did.
   void AddReference() { ++RefCount; }
-  int Release();
+  int Release() {
+    if (RefCount <= 1) return ReleaseLast();
+    --RefCount;
+    return 0;
+  }
   std::int32_t GetRefCount() const { return RefCount; }
   // Close of a body that handles may still hold: afterwards it is destroyed unless they do; 1 if destroyed.
   int ForceClose();
@@ -86,12 +98,17 @@ class VQ_API VQBody : public VQQuillonClass {
   explicit VQBody(const VQQuillonSession* session);
 
   std::int32_t RefCount;
+
+ private:
+  int ReleaseLast();
 };
 
 // Base of all handles.
 class VQ_API VQSmartPtr {
  public:
-  ~VQSmartPtr();
+  ~VQSmartPtr() {
+    if (Body != nullptr) Body->Release();
+  }
 
   // Detaches; 1 if that destroyed the body.
   virtual int DeleteBody();
@@ -102,8 +119,10 @@ class VQ_API VQSmartPtr {
 
  protected:
   VQSmartPtr() : Body(nullptr) {}
-  explicit VQSmartPtr(VQBody* body);
-  VQSmartPtr(const VQSmartPtr& other);
+  explicit VQSmartPtr(VQBody* body) : Body(body) {
+    if (Body != nullptr) Body->AddReference();
+  }
+  VQSmartPtr(const VQSmartPtr& other) : VQSmartPtr(other.Body) {}
   VQSmartPtr& operator=(const VQSmartPtr& other);
   VQSmartPtr& operator=(VQBody* body);
 

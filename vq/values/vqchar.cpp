@@ -14,6 +14,11 @@ constexpr char kLineFeed = 10;
 
 VQChar::VQChar() : StringBody(nullptr), Position(0) {}
 
+// A string's own: the position is below the length.
+VQChar::VQChar(VQStringBody& body, std::uint32_t position) : StringBody(&body), Position(position) {
+  body.AddReference();
+}
+
 VQChar::VQChar(VQStringBody* body, unsigned long position)
     : StringBody(nullptr), Position(static_cast<std::uint32_t>(position)) {
   if (body == nullptr) vq::AssertionFailed("string", kFile, 104);
@@ -25,7 +30,9 @@ VQChar::VQChar(const VQChar& other) : VQQuillonClass(other), StringBody(nullptr)
   Attach(other.StringBody);
 }
 
-VQChar::~VQChar() { Attach(nullptr); }
+VQChar::~VQChar() {
+  if (StringBody != nullptr) StringBody->Release();
+}
 
 void VQChar::Attach(VQStringBody* body) {
   VQStringBody* old = StringBody;
@@ -146,3 +153,19 @@ VQChar& VQChar::ToLower() { return TranslateWith(ENG_TRANSLATE_LOWER); }
 VQChar& VQChar::ToUpper() { return TranslateWith(ENG_TRANSLATE_UPPER); }
 
 VQChar& VQChar::RemoveAccent() { return TranslateWith(ENG_TRANSLATE_STRIP_ACCENTS); }
+
+VQChar VQString::operator[](unsigned long position) {
+  vq::ThrowIfError(vq::CheckInitialized());
+  VQStringBody* body = Body != nullptr && Body->GetRefCount() == 1 ? StringBody() : PrepareToModify();
+  if (position >= body->GetLength()) vq::Throw(VQERR_INVALID_PARAMETER);
+  return VQChar(*body, static_cast<std::uint32_t>(position));
+}
+
+VQChar VQString::operator[](int position) {
+  if (position < 0) vq::Throw(VQERR_INVALID_PARAMETER);
+  return (*this)[static_cast<unsigned long>(position)];
+}
+
+VQChar VQString::operator[](unsigned long position) const { return (*const_cast<VQString*>(this))[position]; }
+
+VQChar VQString::operator[](int position) const { return (*const_cast<VQString*>(this))[position]; }

@@ -69,7 +69,8 @@ std::unique_ptr<VQStringBody> MakePlatformBody(const char* text, unsigned long b
 
 }  // namespace
 
-VQStringBody::VQStringBody() : CharCount(0), CursorOffset(0), CursorPosition(0), ByteLength(0), Capacity(0) {}
+VQStringBody::VQStringBody()
+    : CharCount(0), CursorOffset(0), CursorPosition(0), ByteLength(0), Capacity(0), SingleEnd(0), StepWindow(1) {}
 
 VQStringBody::~VQStringBody() = default;
 
@@ -82,6 +83,7 @@ void VQStringBody::DropCaches() {
   CharCount = 0;
   CursorOffset = 0;
   CursorPosition = 0;
+  SingleEnd = 0;
 }
 
 void VQStringBody::Clear() {
@@ -160,11 +162,9 @@ VQSTATUS VQStringBody::Translate(unsigned short mode) {
   return TakeStoreText(work.get(), total);
 }
 
-unsigned long VQStringBody::GetLength() {
+unsigned long VQStringBody::CountCharacters() {
   if (ByteLength == 0) return 0;
-  if (CharCount == 0) {
-    if (EngTextSpanChars(Text.get(), ByteLength, &CharCount) != ENG_OK) vq::Throw(VQERR_STRING_SIZE);
-  }
+  if (EngTextSpanChars(Text.get(), ByteLength, &CharCount) != ENG_OK) vq::Throw(VQERR_STRING_SIZE);
   return CharCount;
 }
 
@@ -179,14 +179,46 @@ const char* VQStringBody::GetPlatformTextPtr() {
   return PlatformText.get();
 }
 
+// A scan asks for one character after the other: where the engine finds a stretch of one-byte characters, the steps
+// through it need no further call.
+void VQStringBody::StepOne() {
+  const VQCHAR* text = GetBuf() + CursorOffset;
+  const std::uint32_t rest = ByteLength - CursorOffset;
+  std::uint32_t span = 0;
+  if (StepWindow > 1) {
+    if (EngTextSpanBytes(text, rest, StepWindow, &span) == ENG_OK && span == StepWindow) {
+      SingleEnd = CursorOffset + span;
+      StepWindow = std::min(2 * StepWindow, kLargestWindow);
+      span = 1;
+    } else {
+      StepWindow = 1;
+    }
+  }
+  if (StepWindow == 1) {
+    if (EngTextSpanBytes(text, rest, 1, &span) != ENG_OK) vq::Throw(VQERR_NOT_FOUND);
+    if (span == 1) StepWindow = 2;
+  }
+  CursorOffset += span;
+  ++CursorPosition;
+}
+
 unsigned long VQStringBody::GetOffset(unsigned long position) {
   vq::ThrowIfError(vq::CheckInitialized());
   if (position == 0) return 0;
   if (position == CursorPosition) return CursorOffset;
-  if (position < CursorPosition) CursorPosition = CursorOffset = 0;
+  if (position < CursorPosition) CursorPosition = CursorOffset = SingleEnd = 0;
   if (position > ByteLength) vq::Throw(VQERR_NOT_FOUND);
   std::uint32_t span = 0;
   const auto steps = static_cast<std::uint32_t>(position - CursorPosition);
+  if (CursorOffset + steps <= SingleEnd) {
+    CursorOffset += steps;
+    CursorPosition += steps;
+    return CursorOffset;
+  }
+  if (steps == 1) {
+    StepOne();
+    return CursorOffset;
+  }
   if (EngTextSpanBytes(GetBuf() + CursorOffset, ByteLength - CursorOffset, steps, &span) != ENG_OK) {
     vq::Throw(VQERR_NOT_FOUND);
   }
@@ -197,7 +229,7 @@ unsigned long VQStringBody::GetOffset(unsigned long position) {
 
 unsigned long VQStringBody::GetPosition(const VQCHAR* place) {
   const auto offset = static_cast<std::uint32_t>(place - GetBuf());
-  if (offset < CursorOffset) CursorPosition = CursorOffset = 0;
+  if (offset < CursorOffset) CursorPosition = CursorOffset = SingleEnd = 0;
   std::uint32_t count = 0;
   if (EngTextSpanChars(GetBuf() + CursorOffset, offset - CursorOffset, &count) != ENG_OK) vq::Throw(VQERR_STRING_SIZE);
   CursorOffset = offset;
@@ -342,18 +374,3 @@ VQSTATUS VQString::ToLower() { return TranslateWith(ENG_TRANSLATE_LOWER); }
 VQSTATUS VQString::ToUpper() { return TranslateWith(ENG_TRANSLATE_UPPER); }
 
 VQSTATUS VQString::RemoveAccent() { return TranslateWith(ENG_TRANSLATE_STRIP_ACCENTS); }
-
-VQChar VQString::operator[](unsigned long position) {
-  VQStringBody* body = PrepareToModify();
-  if (position >= GetLength()) vq::Throw(VQERR_INVALID_PARAMETER);
-  return VQChar(body, position);
-}
-
-VQChar VQString::operator[](int position) {
-  if (position < 0) vq::Throw(VQERR_INVALID_PARAMETER);
-  return (*this)[static_cast<unsigned long>(position)];
-}
-
-VQChar VQString::operator[](unsigned long position) const { return (*const_cast<VQString*>(this))[position]; }
-
-VQChar VQString::operator[](int position) const { return (*const_cast<VQString*>(this))[position]; }

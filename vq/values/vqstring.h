@@ -25,7 +25,7 @@ class VQ_API VQStringBody : public VQBody {
 
   const VQCHAR* GetBuf() const;
   unsigned long GetBufLength() const { return ByteLength; }
-  unsigned long GetLength();
+  unsigned long GetLength() { return CharCount != 0 ? CharCount : CountCharacters(); }
   const char* GetPlatformTextPtr();
   // Byte offset of a character; throws VQERR_NOT_FOUND behind the end. A walk forward costs one step a character.
   unsigned long GetOffset(unsigned long position);
@@ -43,7 +43,11 @@ class VQ_API VQStringBody : public VQBody {
   void Clear();
 
  private:
+  static constexpr std::uint32_t kLargestWindow = 256;
+
   void DropCaches();
+  unsigned long CountCharacters();
+  void StepOne();
   [[nodiscard]] VQSTATUS SpliceAside(unsigned long offset, unsigned long old_bytes, const VQCHAR* text,
                                      unsigned long new_bytes);
 
@@ -53,7 +57,9 @@ class VQ_API VQStringBody : public VQBody {
   std::unique_ptr<char[]> PlatformText;
   std::unique_ptr<VQCHAR[]> Text;
   std::uint32_t ByteLength;
-  std::uint32_t Capacity;  // bytes that Text can hold beside the terminator
+  std::uint32_t Capacity;    // bytes that Text can hold beside the terminator
+  std::uint32_t SingleEnd;   // up to this offset every character from the cursor on is one byte
+  std::uint32_t StepWindow;  // characters that the next single step asks the engine for
 };
 
 // A string. Copies share the text until one of them is changed. Operations with a status result leave the text as it
@@ -185,6 +191,9 @@ class VQ_API VQChar : public VQQuillonClass {
   VQChar& RemoveAccent();
 
  private:
+  friend class VQString;
+
+  VQChar(VQStringBody& body, std::uint32_t position);
   void Attach(VQStringBody* body);
   void CheckBody() const;
   [[nodiscard]] VQSTATUS ReplaceBytes(const VQCHAR* text, unsigned long bytes);
