@@ -1,5 +1,6 @@
 // Edits: what they make of the records, what they refuse, what becomes of the store.
 #include "tests/vq/support/records.h"
+#include "vq/richtext/fonttable.h"
 #include "vq/store/vqcreate.h"
 #include "vq/store/vqdbbody.h"
 #include "vq/store/vqdoc.h"
@@ -217,6 +218,33 @@ TEST_F(RichTextEdit, SavesAWordThroughTheStore) {
   const std::string before = Text("line of text number 700"), after = Text("line of text no. 700");
   expected.replace(expected.find(before), before.size(), after);
   EXPECT_EQ(Written(body), expected);
+}
+
+// The same face has another number in the other document.
+TEST_F(RichTextEdit, TakesItsFontsToAnotherDocument) {
+  VQDatabase database;
+  ASSERT_EQ(Session->CreateDatabase("fonts", &database, VQCreateDatabaseOptions()), VQ_OK);
+  VQDocument source, target;
+  const auto make = [&](VQDocument* document, const char* face) {
+    EXPECT_EQ(database.CreateDocument(document), VQ_OK);
+    VQFontTable table;
+    EXPECT_EQ(document->CreateItem("$Fonts", &table), VQ_OK);
+    unsigned char number = 0;
+    EXPECT_EQ(table.AddFace(0x22, face, &number), VQ_OK);
+    EXPECT_EQ(number, 5);
+  };
+  make(&source, "Alpha");
+  make(&target, "Beta");
+  const std::string run = Record(SIG_CD_TEXT, Bytes({5, 0, 0, 10}) + "ab");
+  ASSERT_EQ(source.CreateItem("Body", TYPE_COMPOSITE, run.data(), run.size()), VQ_OK);
+  VQRichText body, copy;
+  ASSERT_EQ(source.GetItem("Body", &body), VQ_OK);
+  ASSERT_EQ(target.CreateItem(body, VQITEMOPTION_UNIQUE, &copy), VQ_OK);
+  EXPECT_EQ(Written(copy), Record(SIG_CD_TEXT, Bytes({6, 0, 0, 10}) + "ab"));
+  EXPECT_EQ(Written(body), run);
+  VQFontTable merged;
+  ASSERT_EQ(target.GetItem("$Fonts", &merged), VQ_OK);
+  EXPECT_EQ(merged.GetCount(), 2u);
 }
 
 }  // namespace
