@@ -1,4 +1,5 @@
 # Installs vq/vq.h and every header of vq/ that it reaches; the ones that only the library's own sources use stay here.
+cmake_policy(VERSION 3.25)
 set(waiting vq/vq.h)
 set(taken)
 while(waiting)

@@ -53,6 +53,10 @@ class VQ_API VQQuillonSession : public VQQuillonClass {
 
   // Databases. Those handed out are unopened unless told otherwise, and are closed by the end of this session.
   VQSTATUS GetDatabase(const VQString& path, VQDatabase* database, const VQString& server = VQString());
+  // A plain char* would else be taken for an engine handle.
+  VQSTATUS GetDatabase(const char* path, VQDatabase* database, const VQString& server = VQString()) {
+    return GetDatabase(VQString(path), database, server);
+  }
   // The first database in the server's data directory with that replica identifier; VQWARN_NOT_FOUND.
   VQSTATUS GetDatabase(const TIMEDATE& replicaid, VQDatabase* database, const VQString& server = VQString());
   // Takes over an open engine handle.
