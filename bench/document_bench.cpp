@@ -39,7 +39,7 @@ const std::string& Filler() {
   return text;
 }
 
-TIMEDATE MomentOf(std::uint32_t number) { return {number * 100u, 2460000u + number / 1000}; }
+TIMEDATE MomentOf(std::uint32_t number) { return {number % 86400 * 100u, 2460000u + number / 1000}; }
 
 // Through the class library.
 
