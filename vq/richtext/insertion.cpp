@@ -15,23 +15,14 @@ VQSTATUS CheckCursor(const VQRTBaseContainerBody& container, const VQRTCursor* c
   return cursor->IsValid(&container) ? VQ_OK : VQERR_RT_NOT_MEMBER;
 }
 
-// Whether the container around the cursor takes all that comes in.
-VQSTATUS CheckTypes(const VQRTCursor& cursor, const VQRTContainerBody& incoming) {
-  const VQRTBaseContainerBody* around = vq::EnclosingContainer(cursor.GetElementBody());
+// Whether the container takes all that comes in.
+VQSTATUS CheckTypes(const VQRTBaseContainerBody* around, const VQRTContainerBody& incoming) {
   if (!around || !around->IsType(VQRTTYPE_CONTAINER)) return VQERR_CANT_INSERT_TYPE;
   const VQRTContainerBody& container = static_cast<const VQRTContainerBody&>(*around);
   for (const VQRTObjectBody* child = incoming.GetFirstChild(); child; child = child->GetNext()) {
     if (!container.CanInsertType(child->GetType())) return VQERR_CANT_INSERT_TYPE;
   }
   return VQ_OK;
-}
-
-// The end of the text; an empty container gets a paragraph to stand in first.
-VQSTATUS EndOf(VQRTContainerBody& container, VQRTCursor* cursor) {
-  if (container.GetChildCount() == 0) {
-    if (VQSTATUS status = container.RestoreParagraphs()) return status;
-  }
-  return container.GetEndCursor(cursor);
 }
 
 // A rich text that stands alone, with copies of all that the source's top holds and the source's faces.
@@ -112,7 +103,7 @@ VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* curso
   if (VQSTATUS status = CopyWhole(richText, &incoming)) return status;
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   if (top.GetChildCount() == 0) return VQ_OK;
-  if (VQSTATUS status = CheckTypes(*cursor, top)) return status;
+  if (VQSTATUS status = CheckTypes(vq::EnclosingContainer(cursor->GetElementBody()), top)) return status;
   if (VQSTATUS status = Adapt(incoming, root)) return status;
 
   VQRTObjectBody* inForce = pab::ReferenceFor(root, cursor->GetElementBody());
@@ -130,7 +121,17 @@ VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* curso
 
 VQSTATUS VQRTContainerBody::Append(const VQRichText& richText) {
   if (richText.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
+  if (IsType(VQRTTYPE_STYLIZED_TEXT)) return VQERR_CANT_INSERT_TYPE;
   VQRTCursor cursor;
-  if (VQSTATUS status = EndOf(*this, &cursor)) return status;
-  return Insert(richText, &cursor);
+  if (GetChildCount() > 0) {
+    VQSTATUS status = GetEndCursor(&cursor);
+    return status != VQ_OK ? status : Insert(richText, &cursor);
+  }
+  VQRichText incoming;
+  if (VQSTATUS status = CopyWhole(richText, &incoming)) return status;
+  VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
+  if (VQSTATUS status = CheckTypes(this, top)) return status;
+  if (VQSTATUS status = Adapt(incoming, pab::Root(*this))) return status;
+  VQRTObject first, last;
+  return MoveIn(top, {this, nullptr}, &first, &last);
 }

@@ -1,0 +1,128 @@
+// Import and export through the text converter, as a client sees them.
+#include <fstream>
+#include <sstream>
+
+#include "tests/vq/support/engine_fixture.h"
+#include "vq/vq.h"
+
+namespace {
+
+using namespace vqtest;
+
+class Convert : public HomeFixture {
+ protected:
+  void SetUp() override {
+    WriteSettings("ConverterPath=" QUILLON_CONVERTERS
+                  "\n"
+                  "EDITIMP1=Other,0,missing,,.XYZ\n"
+                  "EDITIMP2=Text,0,textconv,,TXT, .md\n"
+                  "EDITEXP1=Text,0,textconv,,.TXT\n");
+    ASSERT_EQ(Session.Init(), VQ_OK);
+  }
+  void TearDown() override {
+    VQSetThrowAllErrors(0);
+    EXPECT_EQ(Session.Term(1), VQ_OK);
+  }
+  VQString File(const std::string& name) const { return Home.Path(name).c_str(); }
+  void Write(const std::string& name, const std::string& bytes) const {
+    std::ofstream(Home.Path(name), std::ios::binary) << bytes;
+  }
+  std::string Read(const std::string& name) const {
+    std::ostringstream bytes;
+    bytes << std::ifstream(Home.Path(name), std::ios::binary).rdbuf();
+    return bytes.str();
+  }
+  static VQSTATUS Import(VQRichText& text, const VQString& file, unsigned long options = 0) {
+    VQRTCursor cursor;
+    if (VQSTATUS status = text.GetEndCursor(&cursor)) return status;
+    return text.Import(file, &cursor, options);
+  }
+  static VQSTATUS Export(VQRichText& text, const VQString& file) {
+    VQRTCursor start, end;
+    if (VQSTATUS status = text.GetCursor(&start)) return status;
+    if (VQSTATUS status = text.GetEndCursor(&end)) return status;
+    return text.Export(file, start, end);
+  }
+  static unsigned CountOf(const VQRichText& text, VQRTTYPE type) {
+    unsigned count = 0;
+    VQRTObject object;
+    VQSTATUS status = text.FindFirst(type, &object);
+    for (; status == VQ_OK; ++count) status = text.FindNext(VQRTObject(object), type, &object);
+    return count;
+  }
+
+  VQQuillonSession Session;
+};
+
+TEST_F(Convert, TextComesBackAsItWas) {
+  const std::string longLine(50000, 'x'), accents = [] {
+    std::string text;
+    for (int i = 0; i < 30000; ++i) text += "\xC3\xA9";
+    return text;
+  }();
+  const struct {
+    const char* What;
+    std::string In, Out;
+    unsigned Paragraphs;
+  } rows[] = {
+      {"nothing", "", "", 0},
+      {"no line end", "one", "one", 0},
+      {"one line end", "one\n", "one\n", 1},
+      {"lines of a paragraph", "a\nb\nc", "a\nb\nc", 0},
+      {"an empty line", "a\n\nb\nc\n", "a\n\nb\nc\n", 3},
+      {"empty lines alone", "\n\n\n", "\n\n\n", 3},
+      {"other line ends", "a\r\nb\rc\r\n\r\nd", "a\nb\nc\n\nd", 2},
+      {"byte order mark", "\xEF\xBB\xBFtext", "text", 0},
+      {"half a mark", "\xEF\xBB", "\xEF\xBB", 0},
+      {"invalid bytes", "a\xFF\x80z\xC3", "a\xFF\x80z\xC3", 0},
+      {"a line longer than a run", longLine, longLine, 0},
+      {"characters across runs", accents, accents, 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    Write("in.txt", row.In);
+    VQRichText text;
+    ASSERT_EQ(text.Create(), VQ_OK);
+    ASSERT_EQ(Import(text, File("in.txt")), VQ_OK);
+    EXPECT_EQ(CountOf(text, VQRTTYPE_NEW_PARAGRAPH), row.Paragraphs);
+    ASSERT_EQ(Export(text, File("out.txt")), VQ_OK);
+    EXPECT_EQ(Read("out.txt"), row.Out);
+  }
+}
+
+TEST_F(Convert, OptionsMakeEachLineAParagraph) {
+  Write("in.md", "a\nb\nc\n");
+  VQRichText text;
+  ASSERT_EQ(text.Create(), VQ_OK);
+  ASSERT_EQ(Import(text, File("in.md"), 1), VQ_OK);
+  EXPECT_EQ(CountOf(text, VQRTTYPE_NEW_PARAGRAPH), 3U);
+  ASSERT_EQ(Import(text, File("in.md")), VQ_OK) << "at the end of what is there";
+  VQString plain;
+  ASSERT_EQ(text.GetText(&plain), VQ_OK);
+  EXPECT_EQ(TextOf(plain), "a\nb\nc\na\nb\nc\n");
+}
+
+TEST_F(Convert, RefusalsLeaveTextAndFilesAlone) {
+  VQRichText text;
+  ASSERT_EQ(text.Create(), VQ_OK);
+  ASSERT_EQ(text.Append("kept"), VQ_OK);
+  Write("in.abc", "x");
+  Write("in.xyz", "x");
+  Write("out.txt", "old");
+  EXPECT_EQ(Import(text, ""), VQERR_IMPORT_NAME);
+  EXPECT_EQ(Import(text, File("in.abc")), VQERR_NO_IMPORT_LIBRARY);
+  EXPECT_EQ(Import(text, File("in.xyz")), static_cast<VQSTATUS>(ENG_ERR_LOAD_LIBRARY));
+  EXPECT_EQ(Import(text, File("absent.txt")), static_cast<VQSTATUS>(ENG_ERR_FILE_OPEN));
+  EXPECT_EQ(text.Import(File("in.abc"), nullptr), VQERR_NO_IMPORT_LIBRARY);
+  EXPECT_EQ(Export(text, ""), VQERR_EXPORT_NAME);
+  EXPECT_EQ(Export(text, File("out.doc")), VQERR_NO_EXPORT_LIBRARY);
+  EXPECT_EQ(Export(text, File("absent/out.txt")), static_cast<VQSTATUS>(ENG_ERR_FILE_WRITE));
+  VQString plain;
+  ASSERT_EQ(text.GetText(&plain), VQ_OK);
+  EXPECT_EQ(TextOf(plain), "kept");
+  EXPECT_EQ(Read("out.txt"), "old");
+  ASSERT_EQ(Export(text, File("out.txt")), VQ_OK);
+  EXPECT_EQ(Read("out.txt"), "kept");
+}
+
+}  // namespace

@@ -1,0 +1,158 @@
+// Packed fonts, font styles, font tables, and faces that follow their runs.
+#include "vq/richtext/font.h"
+
+#include "tests/vq/support/records.h"
+#include "vq/richtext/fontid.h"
+#include "vq/richtext/fonttable.h"
+#include "vq/store/vqcreate.h"
+#include "vq/store/vqdbbody.h"
+#include "vq/store/vqdoc.h"
+
+namespace {
+
+using namespace vqtest;
+
+class Font : public EngineFixture {};
+
+TEST(FontID, PacksOneExclusiveAttribute) {
+  const struct {
+    unsigned Attributes;
+    VQSTATUS Status;
+    unsigned Packed;
+  } rows[] = {
+      {0x00F, VQ_OK, 0x0F},
+      {0x010, VQ_OK, 0x10},
+      {0x021, VQ_OK, 0x21},
+      {0x080, VQ_OK, 0x80},
+      {0x102, VQ_OK, 0x92},
+      {0x200, VQ_OK, 0xA0},
+      {0x030, VQERR_INVALID_PARAMETER, 0},
+      {0x180, VQERR_INVALID_PARAMETER, 0},
+      {0x220, VQERR_INVALID_PARAMETER, 0},
+      {0x800, VQERR_INVALID_PARAMETER, 0},
+  };
+  for (const auto& row : rows) {
+    std::uint8_t packed = 0;
+    std::uint16_t back = 0;
+    EXPECT_EQ(vq::fontid::PackAttributes(static_cast<std::uint16_t>(row.Attributes), &packed), row.Status);
+    EXPECT_EQ(packed, row.Packed) << row.Attributes;
+    if (row.Status != VQ_OK) continue;
+    EXPECT_EQ(vq::fontid::UnpackAttributes(packed, &back), VQ_OK);
+    EXPECT_EQ(back, row.Attributes);
+  }
+  std::uint16_t ignored = 0;
+  for (unsigned packed : {0xB0U, 0x30U, 0x3FU}) {
+    EXPECT_EQ(vq::fontid::UnpackAttributes(static_cast<std::uint8_t>(packed), &ignored), VQERR_INVALID_PARAMETER);
+  }
+}
+
+TEST_F(Font, StylesMergeByMaskAndRefuseWhole) {
+  VQFontStyle style, other;
+  ASSERT_EQ(style.SetAttributes(VQFONT_BOLD | VQFONT_SUPERSCRIPT), VQ_OK);
+  ASSERT_EQ(other.SetFontID(0x18078004, VQFONTMASK_ALL), VQ_OK);
+  EXPECT_EQ(style.SetFontStyle(other, VQFONT_SHADOW), VQERR_INVALID_PARAMETER);
+  EXPECT_EQ(style.GetFontID(), 0x0A001101U) << "unchanged by the refusal";
+  EXPECT_EQ(style.SetFontStyle(other, VQFONT_SUPERSCRIPT | VQFONT_SHADOW | VQFONTMASK_SIZE), VQ_OK);
+  EXPECT_EQ(style.GetFontID(), 0x18008101U);
+  EXPECT_EQ(style.GetShadowOffset(), 2U);
+  EXPECT_EQ(style.SetFontStyle(other, VQFONTMASK_FACE | VQFONTMASK_COLOR), VQ_OK);
+  EXPECT_EQ(TextOf(style.GetFaceName()), "Courier");
+  EXPECT_EQ(style.SetAttributes(0x30), VQERR_INVALID_PARAMETER);
+  EXPECT_EQ(style.SetFaceID(9), VQERR_INVALID_PARAMETER);
+  EXPECT_EQ(style.SetCDFace({4, 0x20, "Low"}), VQERR_INVALID_PARAMETER);
+  ASSERT_EQ(style.SetFaceID(2), VQ_OK);
+  EXPECT_EQ(StatusOf([&] { return style.GetPitch() > 0; }), VQERR_INVALID_PARAMETER);
+}
+
+TEST_F(Font, NamesOfStandardFacesMustFit) {
+  EXPECT_EQ(VQFontStyle(0x30, 1, "Courier", 0, 0).GetFaceID(), VQFACE_COURIER);
+  const auto made = [](unsigned char family, unsigned char pitch, const std::string& name) {
+    return StatusOf([&] { return VQFontStyle(family, pitch, Store(name), 0, 0).IsValid(); });
+  };
+  EXPECT_EQ(made(0x30, 2, "Courier"), VQERR_FONT_STANDARD_NAME);
+  EXPECT_EQ(made(0x30, 2, std::string(31, 'n')), VQ_OK);
+  EXPECT_EQ(made(0x30, 2, std::string(33, 'n')), VQERR_STRING_TOO_LONG);
+  VQFontStyle trueType(0x40, 2, "Quadrata", 1, 0);
+  EXPECT_EQ(trueType.GetFamily(), 0x40);
+  EXPECT_EQ(trueType.GetPitch(), 2);
+  EXPECT_TRUE(trueType.IsTrueType());
+  EXPECT_FALSE(trueType.IsMonospaced());
+}
+
+TEST_F(Font, TableAnswersMissesAndKeepsNumbers) {
+  VQFontTable table(new VQFontTableBody);
+  CDFACE face{};
+  EXPECT_EQ(table.GetCDFaceByFaceID(4, &face), VQ_OK);
+  EXPECT_EQ(face.Family, 0x31);
+  EXPECT_EQ(table.GetCDFaceByName("None", &face), VQWARN_NOT_FOUND);
+  EXPECT_STREQ(reinterpret_cast<const char*>(face.Name), "MS_SERIF");
+  EXPECT_EQ(table.Append(3, 0x20, "Low"), VQERR_INVALID_PARAMETER);
+  EXPECT_EQ(table.Append(9, 0x20, "Nine"), VQ_OK);
+  EXPECT_EQ(table.Append(0, 0x20, "Ten"), VQ_OK);
+  EXPECT_EQ(table.Insert(0, 9, 0x20, "Other"), VQERR_FONT_EXISTS);
+  EXPECT_EQ(table.Insert(0, 0, 0x20, "Ten"), VQERR_FONT_EXISTS);
+  EXPECT_EQ(table.Insert(5, 0, 0x20, "Far"), VQERR_OUT_OF_RANGE);
+  EXPECT_EQ(table.Insert(0, 8, 0x20, "Eight"), VQ_OK);
+  unsigned char number = 0;
+  EXPECT_EQ(table.AddFace(0x20, "New", &number), VQ_OK);
+  EXPECT_EQ(number, 11) << "9 and 10 are in use";
+  EXPECT_EQ(table.AddFace(0x20, "Eight", &number), VQ_OK);
+  EXPECT_EQ(number, 8);
+  EXPECT_EQ(table.DeleteByName("New"), VQ_OK);
+  EXPECT_EQ(table.DeleteByPosition(2, 2), VQERR_OUT_OF_RANGE);
+  EXPECT_EQ(table.AddFace(0x20, "Newer", &number), VQ_OK);
+  EXPECT_EQ(number, 11) << "a freed highest number is used again";
+  EXPECT_EQ(table.Append(255, 0x20, "Last"), VQ_OK);
+  EXPECT_EQ(table.Append(100, 0x20, "Late"), VQERR_TOO_MANY_FONTS);
+}
+
+std::string FaceOfFirstRun(const VQRichText& text) {
+  VQRTObject object;
+  EXPECT_EQ(text.FindFirst(VQRTTYPE_STYLIZED_TEXT, &object), VQ_OK);
+  VQFontStyle font;
+  EXPECT_EQ(VQStylizedText(object).GetFontStyle(&font), VQ_OK);
+  return TextOf(font.GetFaceName());
+}
+
+// A document with a body of one run in the named face.
+unsigned long Store(VQDatabase& database, const char* face) {
+  VQDocument document;
+  VQRichText body;
+  EXPECT_EQ(database.CreateDocument(&document), VQ_OK);
+  EXPECT_EQ(document.CreateItem("Body", &body), VQ_OK);
+  EXPECT_EQ(body.Append("text"), VQ_OK);
+  EXPECT_EQ(body.SetFontStyle(At(body, 0), At(body, 4), VQFontStyle(0x20, 2, face, 0, 0)), VQ_OK);
+  EXPECT_EQ(document.Save(), VQ_OK);
+  return document.GetSlateID();
+}
+
+TEST_F(Font, FacesAreSavedAndCarriedToOtherDocuments) {
+  VQDatabase database;
+  ASSERT_EQ(Session->CreateDatabase("fonts", &database, VQCreateDatabaseOptions()), VQ_OK);
+  const unsigned long first = Store(database, "Quadrata"), second = Store(database, "Ronda");
+  for (const char* way : {"append", "item"}) {
+    SCOPED_TRACE(way);
+    VQDocument from, to;
+    VQRichText source, copied;
+    VQFontTable table;
+    ASSERT_EQ(database.GetDocument(first, &from), VQ_OK);
+    ASSERT_EQ(from.Open(), VQ_OK);
+    ASSERT_EQ(database.GetDocument(second, &to), VQ_OK);
+    ASSERT_EQ(to.Open(), VQ_OK);
+    ASSERT_EQ(from.GetItem("Body", &source), VQ_OK);
+    EXPECT_EQ(FaceOfFirstRun(source), "Quadrata");
+    if (way == std::string("item")) {
+      ASSERT_EQ(to.CreateItem("Copy", source, 0, VQITEMOPTION_UNIQUE, &copied), VQ_OK);
+    } else {
+      ASSERT_EQ(to.CreateItem("Appended", &copied), VQ_OK);
+      ASSERT_EQ(copied.Append(source), VQ_OK);
+    }
+    EXPECT_EQ(FaceOfFirstRun(copied), "Quadrata");
+    ASSERT_EQ(to.Save(), VQ_OK);
+    ASSERT_EQ(to.GetItem("$Fonts", &table), VQ_OK);
+    EXPECT_EQ(table.GetCount(), 2U);
+  }
+  ASSERT_EQ(database.Close(), VQ_OK);
+}
+
+}  // namespace

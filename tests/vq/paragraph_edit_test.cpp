@@ -1,0 +1,224 @@
+// Paragraph records under edits: identifiers, references, and the rhythm of paragraph, reference, text.
+#include "tests/vq/support/records.h"
+#include "vq/richtext/fonttable.h"
+#include "vq/richtext/pabtree.h"
+#include "vq/richtext/vqparstl.h"
+
+namespace {
+
+using namespace vqtest;
+
+class Paragraphs : public EngineFixture {};
+
+std::string Definition(int pabid, int alignment = 0) {
+  std::string data(66, '\0');
+  data[0] = static_cast<char>(pabid);
+  data[2] = static_cast<char>(alignment);
+  data[59] = 1;
+  return Record(SIG_CD_PABDEFINITION, data);
+}
+std::string FormulaReference(int source, int destination) {
+  return Record(SIG_CD_PABFORMULAREF, Bytes({source, 0, destination, 0}));
+}
+std::string Hide(int pabid) { return Record(SIG_CD_PABHIDE, Bytes({pabid, 0}) + std::string(8, '\0') + "code"); }
+
+// The tree in short: D definition, H hide, N name, R reference, F formula reference, P paragraph, text in brackets.
+std::string Shape(const VQRTBaseContainerBody& container) {
+  std::string shape;
+  for (VQRTObjectBody* object = container.GetFirstChild(); object; object = object->GetNext()) {
+    vq::PABIDs ids = vq::pab::IDsOf(*object);
+    VQString text;
+    switch (object->GetType()) {
+      case VQRTTYPE_PAB_DEFINITION:
+        shape += "D" + std::to_string(ids.First);
+        break;
+      case VQRTTYPE_PAB_HIDE:
+        shape += "H" + std::to_string(ids.First);
+        break;
+      case VQRTTYPE_PAB_STYLE_NAME:
+        shape += "N" + std::to_string(ids.First);
+        break;
+      case VQRTTYPE_PAB_REFERENCE:
+        shape += "R" + std::to_string(ids.First);
+        break;
+      case VQRTTYPE_PAB_FORMULA_REFERENCE:
+        shape += "F" + std::to_string(ids.First) + "/" + std::to_string(ids.Second);
+        break;
+      case VQRTTYPE_NEW_PARAGRAPH:
+        shape += "P";
+        break;
+      default:
+        EXPECT_EQ(object->GetText(&text), VQ_OK);
+        shape += "[" + TextOf(text) + "]";
+    }
+  }
+  return shape;
+}
+std::string Shape(const VQRichText& text) {
+  VQRTContainer top;
+  EXPECT_EQ(text.GetTopContainer(&top), VQ_OK);
+  return Shape(*top.GetRTContainerBody());
+}
+
+// Puts the cursor before the first character `at`, or at the end.
+VQRTCursor Before(const VQRichText& text, const char* at) {
+  VQRTCursor cursor;
+  EXPECT_EQ(*at ? text.GetCursor(&cursor) : text.GetEndCursor(&cursor), VQ_OK);
+  if (*at) {
+    EXPECT_EQ(cursor.GotoFirst(VQString(at)), VQ_OK);
+  }
+  return cursor;
+}
+
+const std::string kTwo = Definition(3) + Reference(3) + Text("ab") + Paragraph() + Reference(3) + Text("cd");
+
+TEST_F(Paragraphs, StartAndMerge) {
+  const auto start = [](VQRichText& text, VQRTCursor& cursor) { return text.StartNewParagraph(&cursor); };
+  const auto next = [](VQRichText& text, VQRTCursor& cursor) { return text.MergeNextParagraph(&cursor); };
+  const auto previous = [](VQRichText& text, VQRTCursor& cursor) { return text.MergePreviousParagraph(&cursor); };
+  const struct {
+    const char* What;
+    std::string Records;
+    const char* At;
+    VQSTATUS (*Edit)(VQRichText&, VQRTCursor&);
+    VQSTATUS Status;
+    const char* After;
+    const char* Typed;  // after "x" goes in at the cursor
+  } rows[] = {
+      {"in a run", kTwo, "b", start, VQ_OK, "D3R3[a]PR3[b]PR3[cd]", "D3R3[a]PR3[xb]PR3[cd]"},
+      {"at the end", kTwo, "", start, VQ_OK, "D3R3[ab]PR3[cd]PR3[]", "D3R3[ab]PR3[cd]PR3[x]"},
+      {"at a start", kTwo, "c", start, VQ_OK, "D3R3[ab]PR3[]PR3[cd]", "D3R3[ab]PR3[]PR3[xcd]"},
+      {"without a reference", Text("ab"), "b", start, VQ_OK, "[a]PR1[b]", "[a]PR1[xb]"},
+      {"of a formula reference", FormulaReference(2, 1) + Text("ab"), "b", start, VQ_OK, "F2/1[a]PF2/1[b]",
+       "F2/1[a]PF2/1[xb]"},
+      {"with the next", kTwo, "a", next, VQ_OK, "D3R3[ab][cd]", "D3R3[xab][cd]"},
+      {"with the one before", kTwo, "d", previous, VQ_OK, "D3R3[ab][cd]", "D3R3[ab][cxd]"},
+      {"with none", kTwo, "d", next, VQWARN_NOT_FOUND, "D3R3[ab]PR3[cd]", "D3R3[ab]PR3[cxd]"},
+      {"with an empty one", Reference(1) + Text("a") + Paragraph() + Reference(2) + Text(""), "a", next, VQ_OK, "R1[a]",
+       "R1[xa]"},
+      {"definitions in between", Reference(1) + Text("a") + Paragraph() + Definition(2) + Reference(2) + Text("b"), "a",
+       next, VQ_OK, "R1[a]D2[b]", "R1[xa]D2[b]"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(row.Records);
+    VQRTCursor cursor = Before(text, row.At);
+    EXPECT_EQ(row.Edit(text, cursor), row.Status);
+    EXPECT_EQ(Shape(text), row.After);
+    EXPECT_EQ(text.Insert("x", &cursor), VQ_OK);
+    EXPECT_EQ(Shape(text), row.Typed);
+  }
+}
+
+TEST_F(Paragraphs, DeletingKeepsDefinitionsThatAreStillUsed) {
+  const std::string after = Paragraph() + Reference(2) + Text("z");
+  const struct {
+    const char* What;
+    std::string Records;
+    const char* After;
+  } rows[] = {
+      {"used behind",
+       Reference(1) + Text("ab") + Paragraph() + Definition(2) + Hide(2) + Reference(2) + Text("cd") + after,
+       "R1[a][d]PD2H2R2[z]"},
+      {"not used behind", Reference(1) + Text("ab") + Paragraph() + Definition(3) + Reference(3) + Text("cd") + after,
+       "R1[a][d]PR2[z]"},
+      {"defined further left",
+       Definition(2) + Reference(1) + Text("ab") + Paragraph() + Definition(2) + Reference(2) + Text("cd") + after,
+       "D2R1[a][d]PR2[z]"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(row.Records);
+    VQRTCursor start = Before(text, "b"), end = Before(text, "d");
+    EXPECT_EQ(text.Delete(&start, &end), VQ_OK);
+    EXPECT_EQ(Shape(text), row.After);
+  }
+}
+
+TEST_F(Paragraphs, InsertedTextGetsNumbersOfItsOwn) {
+  const std::string source = Definition(3) + Hide(3) + Definition(4) + FormulaReference(3, 4) + Text("s") +
+                             Paragraph() + Reference(9) + Text("t");
+  VQRichText target = RichText(kTwo);
+  VQRTCursor cursor = Before(target, "d");
+  ASSERT_EQ(target.Insert(RichText(source), &cursor), VQ_OK);
+  EXPECT_EQ(Shape(target), "D3R3[ab]PR3[c]D4H4D5F4/5[s]PR3[t][d]");
+  ASSERT_EQ(target.Insert("x", &cursor), VQ_OK);
+  ASSERT_EQ(target.Append(RichText(source)), VQ_OK);
+  EXPECT_EQ(Shape(target), "D3R3[ab]PR3[c]D4H4D5F4/5[s]PR3[tx][d]D6H6D7F6/7[s]PR3[t]");
+  ASSERT_EQ(target.Append(target), VQ_OK) << "a text into itself";
+  EXPECT_EQ(Plain(target).size(), 2 * (std::string("ab\ncs\ntxds\nt").size()));
+}
+
+TEST_F(Paragraphs, SelectionsBringTheirDefinitions) {
+  const std::string records = Definition(3) + Hide(3) + Reference(3) + Text("abc") + Paragraph() + Reference(3) +
+                              Text("def") + Paragraph() + FormulaReference(3, 5) + Text("g") + Definition(5);
+  const struct {
+    const char *From, *To, *Shape;
+  } rows[] = {
+      {"b", "c", "D3H3R3[b]"},  {"c", "f", "D3H3R3[c]PR3[de]"}, {"d", "g", "D3H3R3[def]PD5F3/5[]"},
+      {"g", "", "D5H3F3/5[g]"}, {"e", "e", "D3H3R3[]"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.Shape);
+    VQRichText text = RichText(records), selected;
+    EXPECT_EQ(text.GetRichText(Before(text, row.From), Before(text, row.To), &selected), VQ_OK);
+    EXPECT_EQ(Shape(selected), row.Shape);
+    EXPECT_FALSE(text.IsDirty());
+  }
+}
+
+TEST_F(Paragraphs, StylesAreSharedFoundAndRedefined) {
+  VQRichText text = RichText(kTwo);
+  VQParagraphStyle style, found;
+  ASSERT_EQ(style.SetAlignment(2), VQ_OK);
+  ASSERT_EQ(text.SetParagraphStyle(Before(text, "d"), style), VQ_OK);
+  EXPECT_EQ(Shape(text), "D3R3[ab]PD4R4[cd]");
+  ASSERT_EQ(text.SetParagraphStyle(Before(text, "b"), style), VQ_OK);
+  EXPECT_EQ(Shape(text), "D3D4R4[ab]PR4[cd]") << "the definition moves in front of its first use";
+  ASSERT_EQ(text.FindParagraphStyle(Before(text, "c"), &found), VQ_OK);
+  EXPECT_TRUE(found == style);
+  ASSERT_EQ(found.SetAlignment(1), VQ_OK);
+  ASSERT_EQ(text.FindParagraphStyle(Before(text, "c"), &found), VQ_OK);
+  EXPECT_EQ(found.GetAlignment(), 2) << "a found style is a value";
+
+  VQNamedStyle named(VQString("Quote"), style);
+  ASSERT_EQ(text.SetParagraphStyle(Before(text, "c"), named), VQ_OK);
+  EXPECT_EQ(Shape(text), "D3D4R4[ab]PD5N5R5[cd]");
+  ASSERT_EQ(named.SetAlignment(3), VQ_OK);
+  ASSERT_EQ(text.SetParagraphStyle(Before(text, "a"), named), VQ_OK);
+  EXPECT_EQ(Shape(text), "D3D4D5N5R5[ab]PR5[cd]");
+  ASSERT_EQ(text.FindParagraphStyle(Before(text, "d"), &found), VQ_OK);
+  ASSERT_TRUE(found.IsNamed());
+  EXPECT_EQ(found.GetAlignment(), 3);
+  EXPECT_EQ(text.SetParagraphStyle(Before(text, "d"), Before(text, "a"), style), VQERR_INVALID_PARAMETER);
+  VQRichText bare = RichText(Text("ab"));
+  EXPECT_EQ(bare.SetParagraphStyle(Before(bare, "b"), style), VQERR_RT_NOT_MEMBER);
+}
+
+TEST_F(Paragraphs, FacesFollowTheirRuns) {
+  VQRichText source, target;
+  ASSERT_EQ(source.Create(), VQ_OK);
+  ASSERT_EQ(target.Create(), VQ_OK);
+  ASSERT_EQ(source.Append("one"), VQ_OK);
+  ASSERT_EQ(target.Append("two"), VQ_OK);
+  VQFontStyle quadrata(0x20, 2, "Quadrata", 0, 0), ronda(0x20, 2, "Ronda", 0, 0), found;
+  ASSERT_EQ(source.SetFontStyle(Before(source, "o"), Before(source, ""), quadrata), VQ_OK);
+  ASSERT_EQ(target.SetFontStyle(Before(target, "t"), Before(target, ""), ronda), VQ_OK);
+  VQRichText part;
+  ASSERT_EQ(source.GetRichText(Before(source, "n"), Before(source, ""), &part), VQ_OK);
+  ASSERT_EQ(target.Append(part), VQ_OK);
+  VQFontTable table;
+  ASSERT_EQ(target.GetFontTable(&table), VQ_OK);
+  EXPECT_EQ(table.GetCount(), 2U);
+  VQRTCursor cursor = Before(target, "n");
+  ASSERT_EQ(cursor.GetFontStyle(&found), VQ_OK);
+  EXPECT_EQ(TextOf(found.GetFaceName()), "Quadrata");
+  EXPECT_EQ(found.GetFaceID(), 6);
+  ASSERT_EQ(target.Append(VQStylizedText("x")), VQ_OK);
+  VQStylizedText lone("y");
+  ASSERT_EQ(lone.SetFontStyle(VQFontStyle(0x20, 2, "Tersa", 0, 0)), VQ_OK);
+  ASSERT_EQ(target.Append(lone), VQ_OK);
+  EXPECT_EQ(table.GetCount(), 3U);
+}
+
+}  // namespace
