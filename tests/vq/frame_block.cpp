@@ -49,20 +49,22 @@ TEST_P(Blocks, Refusals) {
     VQSTATUS Status;
     VQSTATUS Seen;
   } rows[] = {
-      {"allocate twice", VQERR_MEMORY_ALREADY_ALLOCATED, StatusOf([&] { return block.Allocate(5, 0); })},
+      {"allocate twice", VQERR_MEMORY_ALREADY_ALLOCATED, ReturnedStatusOf([&] { return block.Allocate(5, 0); })},
       {"allocate over inline data", VQERR_ASSERTION_FAILED, StatusOf([&] { return small.Allocate(5, 0); })},
-      {"read behind the end", VQERR_RT_INVALID, StatusOf([&] { return block.Read(8, buffer, 3); })},
-      {"read with a huge offset", VQERR_RT_INVALID, StatusOf([&] { return block.Read(2, buffer, ~0UL); })},
-      {"read into nothing", VQERR_INVALID_PARAMETER, StatusOf([&] { return block.Read(2, nullptr, 0); })},
-      {"write behind the end", VQERR_CORRUPTED, StatusOf([&] { return block.Write(11, buffer, 0); })},
-      {"write nothing", VQERR_INVALID_PARAMETER, StatusOf([&] { return block.Write(0, buffer, 0); })},
-      {"unknown structure", VQERR_INVALID_PARAMETER, StatusOf([&] { return block.ReadODS(0xFFFF, buffer, 0); })},
-      {"structure behind the end", VQERR_RT_INVALID, StatusOf([&] { return block.ReadODS(ODS_TIMEDATE, buffer, 3); })},
-      {"move out at the front", VQERR_CORRUPTED, StatusOf([&] { return block.Move(3, -5, 4); })},
-      {"move out at the end", VQERR_CORRUPTED, StatusOf([&] { return block.Move(3, 5, 4); })},
-      {"move by nothing", VQERR_OUT_OF_RANGE, StatusOf([&] { return block.Move(3, 0, 4); })},
-      {"grow", VQERR_ASSERTION_FAILED, StatusOf([&] { return block.Resize(11, 0); })},
-      {"attach over owned memory", VQERR_ASSERTION_FAILED, StatusOf([&] { return block.Attach(1, 0, 4); })},
+      {"read behind the end", VQERR_RT_INVALID, ReturnedStatusOf([&] { return block.Read(8, buffer, 3); })},
+      {"read with a huge offset", VQERR_RT_INVALID, ReturnedStatusOf([&] { return block.Read(2, buffer, ~0UL); })},
+      {"read into nothing", VQERR_INVALID_PARAMETER, ReturnedStatusOf([&] { return block.Read(2, nullptr, 0); })},
+      {"write behind the end", VQERR_CORRUPTED, ReturnedStatusOf([&] { return block.Write(11, buffer, 0); })},
+      {"write nothing", VQERR_INVALID_PARAMETER, ReturnedStatusOf([&] { return block.Write(0, buffer, 0); })},
+      {"unknown structure", VQERR_INVALID_PARAMETER,
+       ReturnedStatusOf([&] { return block.ReadODS(0xFFFF, buffer, 0); })},
+      {"structure behind the end", VQERR_RT_INVALID,
+       ReturnedStatusOf([&] { return block.ReadODS(ODS_TIMEDATE, buffer, 3); })},
+      {"move out at the front", VQERR_CORRUPTED, ReturnedStatusOf([&] { return block.Move(3, -5, 4); })},
+      {"move out at the end", VQERR_CORRUPTED, ReturnedStatusOf([&] { return block.Move(3, 5, 4); })},
+      {"move by nothing", VQERR_OUT_OF_RANGE, ReturnedStatusOf([&] { return block.Move(3, 0, 4); })},
+      {"grow", VQERR_ASSERTION_FAILED, ReturnedStatusOf([&] { return block.Resize(11, 0); })},
+      {"attach over owned memory", VQERR_ASSERTION_FAILED, ReturnedStatusOf([&] { return block.Attach(1, 0, 4); })},
       {"place of inline data", VQERR_WRONG_SITUATION, StatusOf([&] {
          BLOCKID id;
          return small.GetBlockID(&id);

@@ -53,11 +53,11 @@ TEST_P(Times, EmptyAndSpecialValues) {
     VQString text;
     EXPECT_EQ(StatusOf([&] { value.GetDay(); }), row.Status);
     EXPECT_EQ(StatusOf([&] { value.GetHour(); }), row.Status);
-    EXPECT_EQ(StatusOf([&] { return value.GetDate(nullptr, nullptr, nullptr); }), row.Status);
-    EXPECT_EQ(StatusOf([&] { return value.SetMinute(1); }), row.Status);
-    EXPECT_EQ(StatusOf([&] { return value.AdjustDate(1, 0, 0); }), row.Status);
-    EXPECT_EQ(StatusOf([&] { return value.AdjustTime(1, 0, 0, 0); }), row.Status);
-    EXPECT_EQ(StatusOf([&] { return value.GetText(&text); }), row.Status);
+    EXPECT_EQ(ReturnedStatusOf([&] { return value.GetDate(nullptr, nullptr, nullptr); }), row.Status);
+    EXPECT_EQ(ReturnedStatusOf([&] { return value.SetMinute(1); }), row.Status);
+    EXPECT_EQ(ReturnedStatusOf([&] { return value.AdjustDate(1, 0, 0); }), row.Status);
+    EXPECT_EQ(ReturnedStatusOf([&] { return value.AdjustTime(1, 0, 0, 0); }), row.Status);
+    EXPECT_EQ(ReturnedStatusOf([&] { return value.GetText(&text); }), row.Status);
   }
   VQDatetime value;
   EXPECT_EQ(StatusOf([&] { value = static_cast<VQDATETIMESPECIAL>(3); }), VQERR_INVALID_PARAMETER);
@@ -90,8 +90,8 @@ TEST_P(Times, FailedChangesLeaveTheValue) {
       [&] { return value.SetDate(1, 1, 1UL << 40); }, [&] { return value.SetMonth(2); },
       [&] { return value.SetTime(24, 0, 0, 0); },     [&] { return value.SetSecond(60); }};
   for (const auto& run : rows) EXPECT_EQ(StatusOf(run), VQERR_INVALID_PARAMETER);
-  EXPECT_EQ(StatusOf([&] { return value.AdjustDate(0, 1L << 40, 0); }), VQERR_CANT_ADJUST_DATETIME);
-  EXPECT_EQ(StatusOf([&] { return value.SetDatetime(nullptr); }), VQERR_ASSERTION_FAILED);
+  EXPECT_EQ(ReturnedStatusOf([&] { return value.AdjustDate(0, 1L << 40, 0); }), VQERR_CANT_ADJUST_DATETIME);
+  EXPECT_EQ(ReturnedStatusOf([&] { return value.SetDatetime(nullptr); }), VQERR_ASSERTION_FAILED);
   EXPECT_EQ(value.GetDay(), 31u);
   EXPECT_EQ(value.GetHour(), 10u);
 }
@@ -278,7 +278,7 @@ TEST_P(TimeItems, Edits) {
   };
   for (const Edit& row : rows) {
     VQDatetimes list = Some();
-    EXPECT_EQ(StatusOf([&] { return row.Run(list); }), row.Status) << row.Name;
+    EXPECT_EQ(ReturnedStatusOf([&] { return row.Run(list); }), row.Status) << row.Name;
     EXPECT_EQ(YearsOf(list), row.After) << row.Name;
   }
 }

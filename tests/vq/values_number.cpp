@@ -122,7 +122,7 @@ TEST_P(Numbers, Edits) {
   };
   for (const Edit& row : rows) {
     VQNumbers numbers = Make(row.Before);
-    EXPECT_EQ(StatusOf([&] { return row.Run(numbers); }), row.Status) << row.Name;
+    EXPECT_EQ(ReturnedStatusOf([&] { return row.Run(numbers); }), row.Status) << row.Name;
     EXPECT_EQ(ValuesOf(numbers), row.After) << row.Name;
   }
 }
@@ -148,7 +148,7 @@ TEST_P(Numbers, StoredRangesStay) {
 TEST_P(Numbers, DamagedListsAreRefused) {
   for (unsigned long size = 1; size < sizeof kWithRange; ++size) {
     VQNumbers numbers(new VQNumbersBody(TYPE_NUMBER_RANGE, kWithRange, size));
-    EXPECT_EQ(StatusOf([&] { return numbers.Insert(0, 9); }), VQERR_CORRUPTED) << size;
+    EXPECT_EQ(ReturnedStatusOf([&] { return numbers.Insert(0, 9); }), VQERR_CORRUPTED) << size;
     EXPECT_EQ(numbers.GetValueSize(), size + 2);
     EXPECT_NE(StatusOf([&] { static_cast<double>(numbers[2]); }), VQ_OK) << size;
   }

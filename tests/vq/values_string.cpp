@@ -70,7 +70,7 @@ TEST_P(Strings, Edits) {
   for (const Edit& row : rows) {
     VQString text(row.Before);
     const VQString sharer(text);
-    EXPECT_EQ(StatusOf([&] { return row.Run(text); }), row.Status) << row.Name;
+    EXPECT_EQ(ReturnedStatusOf([&] { return row.Run(text); }), row.Status) << row.Name;
     EXPECT_EQ(TextOf(text), row.After) << row.Name;
     EXPECT_EQ(TextOf(sharer), row.Before) << row.Name;
     EXPECT_EQ(text.GetLength(), Store(row.After).GetLength()) << row.Name;
@@ -80,9 +80,9 @@ TEST_P(Strings, Edits) {
 TEST_P(Strings, GrowToTheLimitAndNoFurther) {
   VQString text = Store(std::string(65533, 'x'));
   EXPECT_EQ(text.Append("y"), VQ_OK);
-  EXPECT_EQ(StatusOf([&] { return text.Append("z"); }), VQERR_STRING_TOO_LONG);
-  EXPECT_EQ(StatusOf([&] { return text.Insert(0, "z"); }), VQERR_STRING_TOO_LONG);
-  EXPECT_EQ(StatusOf([&] { return text.Replace(0, 1, "zz"); }), VQERR_STRING_TOO_LONG);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.Append("z"); }), VQERR_STRING_TOO_LONG);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.Insert(0, "z"); }), VQERR_STRING_TOO_LONG);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.Replace(0, 1, "zz"); }), VQERR_STRING_TOO_LONG);
   EXPECT_EQ(StatusOf([&] { text += "z"; }), VQERR_STRING_TOO_LONG);
   EXPECT_EQ(text.GetBufLength(), 65534u);
   EXPECT_EQ(text[65533UL].GetChar(), 'y');
@@ -134,7 +134,7 @@ TEST_P(Strings, Searches) {
   for (const Search& row : rows) {
     const VQString text(row.Text);
     unsigned long found = 77;
-    EXPECT_EQ(StatusOf([&] { return (text.*row.Run)(row.What, row.Start, &found); }), row.Status) << row.Text;
+    EXPECT_EQ(ReturnedStatusOf([&] { return (text.*row.Run)(row.What, row.Start, &found); }), row.Status) << row.Text;
     EXPECT_EQ(found, row.Found) << row.Text << " " << row.What;
   }
   EXPECT_EQ(StatusOf([] { return VQString("a").Find("a", 0, nullptr); }), VQERR_INVALID_PARAMETER);
@@ -156,9 +156,9 @@ TEST_P(Strings, Words) {
 
 TEST_P(Strings, SubStrings) {
   VQString text("a\xE2\x82\xACz");
-  EXPECT_EQ(StatusOf([&] { return text.GetSubString(3, 0, &text); }), VQERR_INVALID_PARAMETER);
-  EXPECT_EQ(StatusOf([&] { return text.GetSubString(2, 2, &text); }), VQERR_INVALID_PARAMETER);
-  EXPECT_EQ(StatusOf([&] { return text.GetSubString(0, 1, nullptr); }), VQERR_INVALID_PARAMETER);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.GetSubString(3, 0, &text); }), VQERR_INVALID_PARAMETER);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.GetSubString(2, 2, &text); }), VQERR_INVALID_PARAMETER);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.GetSubString(0, 1, nullptr); }), VQERR_INVALID_PARAMETER);
   EXPECT_EQ(text.GetSubString(1, 2, &text), VQ_OK);
   EXPECT_EQ(TextOf(text), "\xE2\x82\xACz");
 }

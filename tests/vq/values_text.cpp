@@ -40,9 +40,9 @@ TEST_P(Texts, Unattached) {
   VQString joined("before");
   EXPECT_EQ(text.GetCount(), 0u);
   EXPECT_EQ(text.DeleteAll(), VQ_OK);
-  EXPECT_EQ(StatusOf([&] { return text.Delete(0, 1); }), VQERR_OBJECT_NOT_INITIALIZED);
-  EXPECT_EQ(StatusOf([&] { return text.FindEntry("x", &index); }), VQERR_OBJECT_NOT_INITIALIZED);
-  EXPECT_EQ(StatusOf([&] { return text.Insert(1, "x"); }), VQERR_OUT_OF_RANGE);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.Delete(0, 1); }), VQERR_OBJECT_NOT_INITIALIZED);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.FindEntry("x", &index); }), VQERR_OBJECT_NOT_INITIALIZED);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.Insert(1, "x"); }), VQERR_OUT_OF_RANGE);
   EXPECT_EQ(StatusOf([&] { text[1]; }), VQERR_BAD_SUBSCRIPT);
   EXPECT_EQ(TextOf(text[0]), "");
   text[0] = "lost with the element";
@@ -94,7 +94,7 @@ TEST_P(Texts, Edits) {
   };
   for (const Edit& row : rows) {
     VQText text = MakeText(row.Before);
-    EXPECT_EQ(StatusOf([&] { return row.Run(text); }), row.Status) << row.Name;
+    EXPECT_EQ(ReturnedStatusOf([&] { return row.Run(text); }), row.Status) << row.Name;
     EXPECT_EQ(EntriesOf(text), row.After) << row.Name;
   }
 }
@@ -123,19 +123,19 @@ TEST_P(Texts, FindAndJoin) {
   EXPECT_EQ(index, 9u);
   EXPECT_EQ(text.FindEntry("x", &index), VQ_OK);
   EXPECT_EQ(index, 0u);
-  EXPECT_EQ(StatusOf([&] { return text.FindEntry("x", nullptr); }), VQERR_INVALID_PARAMETER);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.FindEntry("x", nullptr); }), VQERR_INVALID_PARAMETER);
   VQString joined;
   EXPECT_EQ(text.GetText(&joined, ", "), VQ_OK);
   EXPECT_EQ(TextOf(joined), "x, y, x");
   EXPECT_EQ(MakeText({"alone"}).GetText(&joined, ", "), VQ_OK);
   EXPECT_EQ(TextOf(joined), "alone");
-  EXPECT_EQ(StatusOf([&] { return text.GetText(nullptr); }), VQERR_INVALID_PARAMETER);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.GetText(nullptr); }), VQERR_INVALID_PARAMETER);
 }
 
 TEST_P(Texts, FullListStaysAsItWas) {
   VQText text = MakeText({std::string(40000, 'a'), "b"});
   const VQString big = Store(std::string(30000, 'c'));
-  EXPECT_EQ(StatusOf([&] { return text.Insert(1, big); }), VQSTATUS{ENG_ERR_LIST_FULL});
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.Insert(1, big); }), VQSTATUS{ENG_ERR_LIST_FULL});
   EXPECT_EQ(StatusOf([&] { text << big; }), VQSTATUS{ENG_ERR_LIST_FULL});
   text[0] = big;  // in place of the longer one there is room
   EXPECT_EQ(EntriesOf(text), (Entries{std::string(30000, 'c'), "b"}));
@@ -160,7 +160,7 @@ TEST_P(Texts, DamagedListsAreRefused) {
   for (const auto& row : rows) {
     VQText text(new VQTextBody(TYPE_TEXT_LIST, row.Data.data(), row.Data.size()));
     EXPECT_NE(StatusOf([&] { TextOf(text[0]); }), VQ_OK) << row.What;
-    EXPECT_NE(StatusOf([&] { return text.Insert(0, "x"); }), VQ_OK) << row.What;
+    EXPECT_NE(ReturnedStatusOf([&] { return text.Insert(0, "x"); }), VQ_OK) << row.What;
     EXPECT_EQ(RawValue(text), row.Data) << row.What;
   }
 }
