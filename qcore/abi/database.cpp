@@ -33,12 +33,12 @@ void CopyOut(std::string_view text, char* target) {
   if (target) qcore::settings::CopyText(text, target, ENG_PATH_SIZE);
 }
 
-ENGSTATUS Search(ENGHANDLE db, uint16_t class_mask, const TIMEDATE* since, qcore::Stubs stubs, TIMEDATE* until,
-                 ENGHANDLE* id_table) {
+ENGSTATUS Search(ENGHANDLE db, uint16_t class_mask, const TIMEDATE* since, qcore::DeletionStubs deleted,
+                 TIMEDATE* until, ENGHANDLE* id_table) {
   if (!id_table) return ENG_ERR_ARGUMENT;
   *id_table = 0;
   return WithStore(db, [&](const auto& database) {
-    return qcore::SearchClass(*database, class_mask, since, stubs, until, id_table);
+    return qcore::SearchClass(*database, class_mask, since, deleted, until, id_table);
   });
 }
 
@@ -248,12 +248,12 @@ void EngDbInfoModify(ENGCHAR* buffer, uint16_t selector, const ENGCHAR* value) {
 
 ENGSTATUS EngDbSearchClass(ENGHANDLE db, uint16_t class_mask, const TIMEDATE* since, TIMEDATE* until,
                            ENGHANDLE* id_table) {
-  return Search(db, class_mask, since, qcore::Stubs::kLeftOut, until, id_table);
+  return Search(db, class_mask, since, qcore::DeletionStubs::kLeftOut, until, id_table);
 }
 
 ENGSTATUS EngDbGetModifiedSlates(ENGHANDLE db, uint16_t class_mask, const TIMEDATE* since, TIMEDATE* until,
                                  ENGHANDLE* id_table) {
-  return Search(db, class_mask, since, qcore::Stubs::kListed, until, id_table);
+  return Search(db, class_mask, since, qcore::DeletionStubs::kListed, until, id_table);
 }
 
 ENGSTATUS EngDbSearch(ENGHANDLE directory, uint16_t flags, ENGDBFOUND callback, void* context) {

@@ -32,18 +32,18 @@ ENGSTATUS FreeValues(Store& store, std::uint32_t id) {
 
 ENGSTATUS DeleteLocked(Database& database, std::uint32_t id, std::uint16_t flags) {
   Store& store = database.store();
-  const bool no_stub = (flags & ENG_UPDATE_NO_STUB) != 0;
+  const bool leave_nothing = (flags & ENG_UPDATE_NO_STUB) != 0;
   SlateHeader header;
   ENGSTATUS status = store.ReadHeader(id, &header);
   if (status != ENG_OK) return status;
-  if (header.deleted) return no_stub ? store.RemoveSlate(header) : ENGSTATUS{ENG_ERR_SLATE_DELETED};
+  if (header.deleted) return leave_nothing ? store.RemoveSlate(header) : ENGSTATUS{ENG_ERR_SLATE_DELETED};
   status = FreeValues(store, id);
   if (status != ENG_OK) return status;
-  if (no_stub) return store.RemoveSlate(header);
+  if (leave_nothing) return store.RemoveSlate(header);
   ++header.origin.Sequence;
   header.origin.SequenceTime = Now();
   header.modified = header.origin.SequenceTime;
-  return store.MakeStub(&header);
+  return store.MakeDeletionStub(&header);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace qcore {
 
 namespace {
 
-constexpr std::uint32_t kStubBit = 0x80000000u;
+constexpr std::uint32_t kDeletedBit = 0x80000000u;
 constexpr std::string_view kTitleName = "$TITLE";
 constexpr std::uint16_t kTypeText = 0x0500;
 constexpr std::uint16_t kTypeTextList = 0x0501;
@@ -47,8 +47,8 @@ bool HasTitle(Bytes value, std::uint16_t type, std::string_view name) {
 
 }  // namespace
 
-ENGSTATUS SearchClass(Database& database, std::uint16_t mask, const TIMEDATE* since, Stubs stubs, TIMEDATE* until,
-                      ENGHANDLE* table) {
+ENGSTATUS SearchClass(Database& database, std::uint16_t mask, const TIMEDATE* since, DeletionStubs deleted,
+                      TIMEDATE* until, ENGHANDLE* table) {
   const auto classes = static_cast<std::uint16_t>(mask & ~kDefaultDesign);
   std::vector<std::uint32_t> ids;
   {
@@ -59,7 +59,7 @@ ENGSTATUS SearchClass(Database& database, std::uint16_t mask, const TIMEDATE* si
       status = store.ReadFeed(since, [&](const FeedEntry& entry) {
         if ((entry.slate_class & classes) == 0) return;
         if (!entry.deleted) ids.push_back(entry.id);
-        if (entry.deleted && stubs == Stubs::kListed) ids.push_back(entry.id | kStubBit);
+        if (entry.deleted && deleted == DeletionStubs::kListed) ids.push_back(entry.id | kDeletedBit);
       });
     }
     if (status != ENG_OK) return status;

@@ -12,11 +12,11 @@ namespace qcore {
 // Bit 0x8000 of a class marks the default design element of its class and takes no part in class masks.
 inline constexpr std::uint16_t kDefaultDesign = 0x8000;
 
-enum class Stubs { kLeftOut, kListed };  // listed ones have bit 31 of their ID set
+enum class DeletionStubs { kLeftOut, kListed };  // listed ones have bit 31 of their ID set
 
 // See EngDbSearchClass and EngDbGetModifiedSlates. `until` may be null; the caller owns the table.
-[[nodiscard]] ENGSTATUS SearchClass(Database& database, std::uint16_t mask, const TIMEDATE* since, Stubs stubs,
-                                    TIMEDATE* until, ENGHANDLE* table);
+[[nodiscard]] ENGSTATUS SearchClass(Database& database, std::uint16_t mask, const TIMEDATE* since,
+                                    DeletionStubs deleted, TIMEDATE* until, ENGHANDLE* table);
 // A selector is a class with bit 0x8000. Default form and view are the slates with just that class; of the icon, the
 // about and the using document there is one each, and one without the bit is found too. Of several the last one saved
 // under the lowest ID wins. ENG_ERR_NO_SPECIAL_SLATE.

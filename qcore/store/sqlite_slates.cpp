@@ -155,10 +155,10 @@ ENGSTATUS SqliteStore::UpdateMisses(std::uint32_t id) {
   return present.deleted ? ENG_ERR_SLATE_DELETED : ENG_ERR_SLATE_CONFLICT;
 }
 
-ENGSTATUS SqliteStore::MakeStub(SlateHeader* header) {
+ENGSTATUS SqliteStore::MakeDeletionStub(SlateHeader* header) {
   header->deleted = true;
   Stamp(header);
-  Use use = Start(Sql::kMakeStub);
+  Use use = Start(Sql::kMakeDeletionStub);
   BindHeader(use, *header, counters_.feed);
   return Finish(use);
 }

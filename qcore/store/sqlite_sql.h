@@ -44,7 +44,7 @@ enum class SqliteStore::Sql : std::size_t {
   kInsertSlate,
   kUpdateSlate,
   kUpdateSlateLinks,
-  kMakeStub,
+  kMakeDeletionStub,
   kRemoveSlate,
   kReadFeed,
   kLastData,

@@ -52,7 +52,7 @@ class SqliteStore final : public Store {
   ENGSTATUS NewSlateId(std::uint32_t* id) override;
   ENGSTATUS InsertSlate(SlateHeader* header, Bytes packed) override;
   ENGSTATUS UpdateSlate(SlateHeader* header, Bytes packed, const SlateVersion* expected) override;
-  ENGSTATUS MakeStub(SlateHeader* header) override;
+  ENGSTATUS MakeDeletionStub(SlateHeader* header) override;
   ENGSTATUS RemoveSlate(const SlateHeader& header) override;
 
   ENGSTATUS WriteValue(Bytes bytes, ValueId* value) override;

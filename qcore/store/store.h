@@ -101,7 +101,7 @@ class Store {
   // stub; ENG_ERR_NO_SLATE. These three change nothing.
   [[nodiscard]] virtual ENGSTATUS UpdateSlate(SlateHeader* header, Bytes packed, const SlateVersion* expected) = 0;
   // Turns the row into a deletion stub with the header's origin.
-  [[nodiscard]] virtual ENGSTATUS MakeStub(SlateHeader* header) = 0;
+  [[nodiscard]] virtual ENGSTATUS MakeDeletionStub(SlateHeader* header) = 0;
   [[nodiscard]] virtual ENGSTATUS RemoveSlate(const SlateHeader& header) = 0;
 
   // Large values beside the slates.
