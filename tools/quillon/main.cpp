@@ -13,7 +13,11 @@ constexpr char kExitCodes[] =
 
 constexpr VQSTATUS kNoSettings = 421;
 
-int Report(VQSTATUS status) {
+// The engine's own texts need a session, and the command's is gone by now.
+int Report(VQSTATUS status, const tool::Options& options) {
+  VQQuillonSession session;
+  VQSetThrowAllErrors(0);
+  options.config.empty() ? session.Init() : session.Init(options.config.c_str());
   std::fprintf(stderr, "quillon: %s (0x%08lX)\n", tool::StatusWords(status).c_str(), status);
   if (vq::EngineError(status) == kNoSettings && status <= 0xFFFF) {
     std::fputs("quillon: \"quillon init .\" makes a settings file here; --config or QUILLON_HOME names another place\n",
@@ -22,9 +26,8 @@ int Report(VQSTATUS status) {
   return tool::kExitFailed;
 }
 
-int Run(int argc, char** argv) {
+int Run(int argc, char** argv, tool::Options& options) {
   CLI::App app{"Work on Quillon document stores.", "quillon"};
-  tool::Options options;
   int result = tool::kExitDone;
   options.progress = tool::ErrorIsTerminal();
   app.add_option("--config", options.config, "QUILLON.INI or the directory that holds it");
@@ -54,13 +57,14 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  tool::Options options;
   try {
-    return Run(argc, argv);
+    return Run(argc, argv, options);
   } catch (const tool::Failure& failure) {
     std::fprintf(stderr, "quillon: %s\n", failure.words.c_str());
     return failure.code;
   } catch (VQSTATUS status) {
-    return Report(status);
+    return Report(status, options);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quillon: %s\n", error.what());
     return tool::kExitFailed;
