@@ -82,8 +82,8 @@ std::string Lines(std::size_t bytes) {
     const std::string_view word = kWords[random.Below(std::size(kWords))];
     text += word;
     line += word.size() + 1;
-    text += line > 64 ? '\n' : ' ';
-    if (line > 64) line = 0;
+    text += line > 100 ? '\n' : ' ';
+    if (line > 100) line = 0;
   }
   return text;
 }

@@ -61,7 +61,7 @@ class Random {
   std::uint64_t state_ = 2463534242u;
 };
 
-// Words of plain English and some others, lines of about 68 bytes.
+// Words of plain English and some others, lines of about 105 bytes.
 std::string Lines(std::size_t bytes);
 
 }  // namespace bench

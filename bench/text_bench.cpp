@@ -20,9 +20,8 @@ const std::string& Text() {
 VQString Store(const std::string& text) { return VQString(reinterpret_cast<const VQCHAR*>(text.data()), text.size()); }
 
 void CountCharacters(benchmark::State& state, std::int64_t characters) {
-  state.counters["ns/char"] =
-      benchmark::Counter(static_cast<double>(characters) * 1e-9,
-                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  state.counters["per_char"] = benchmark::Counter(
+      static_cast<double>(characters), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void ScanIcuU8Next(benchmark::State& state) {
