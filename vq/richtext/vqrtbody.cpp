@@ -72,7 +72,6 @@ VQSTATUS VQRichTextBody::Parse() {
   Top->AddReference();
   VQSTATUS status = Top->SetTopContainer(this);
   if (status == VQ_OK) status = VQRichTextParser(*this).Run();
-  if (status == VQ_OK && !Top->IsValid()) status = VQERR_RT_INVALID;
   // What a load takes out of the tree, by the error handler's leave, is no edit.
   if (status == VQ_OK && Top->IsDirty()) status = Top->SetDirty(0);
   if (status == VQ_OK) {

@@ -67,14 +67,25 @@ const VQRichTextParser::Rule* VQRichTextParser::FindRule(std::uint16_t signature
 
 VQSTATUS VQRichTextParser::Run() {
   VQSTATUS status = VQ_OK;
+  SpreadIndex();
   for (std::size_t i = 0; i < Body.Blocks.size() && status == VQ_OK; ++i) {
     status = ParseBlock(i);
     StreamOffset += Body.Blocks[i].Size;
   }
   if (status == VQ_OK) status = Finish();
   if (Pending) Pending->Release();
-  if (status != VQ_OK || !Body.Top->HasChildren()) return status;
-  return Body.Top->Renumber(true);
+  if (status != VQ_OK || Index < VQRT_MAX_INDEX_VALUE) return status;
+  return Body.Top->Renumber(true);  // far more records than their bytes let expect
+}
+
+// Half of the range stays free for what is appended. An object takes two gaps, three when it is left open.
+void VQRichTextParser::SpreadIndex() {
+  constexpr std::uint64_t kUsualRecord = 16, kWideGap = 100000;
+  std::uint64_t bytes = 0;
+  for (const VQRichTextBody::Loaded& block : Body.Blocks) bytes += block.Size;
+  const std::uint64_t gaps = 3 * (bytes / kUsualRecord + 1);
+  Gap = static_cast<std::uint32_t>(std::min(kWideGap, VQRT_MAX_INDEX_VALUE / 2 / gaps));
+  Index = VQRT_MIN_INDEX_VALUE;
 }
 
 VQSTATUS VQRichTextParser::ParseBlock(std::size_t index) {
@@ -88,6 +99,7 @@ VQSTATUS VQRichTextParser::ParseBlock(std::size_t index) {
     vq::RecordHeader header;
     if (!vq::ReadRecordHeader(value + offset, block.Size - offset, &header)) return VQERR_RT_INVALID;
     if (header.Length > vq::kRecordLimit) return VQERR_CORRUPTED;
+    if (header.Length > block.Size - offset) return VQERR_RT_INVALID;
     const std::uint32_t padded = vq::Padded(header.Length);
     const Record record = {block.Source, offset, std::min(padded, block.Size - offset), header.Signature,
                            value + offset};
@@ -161,6 +173,19 @@ void VQRichTextParser::Add(VQRTObjectBody* object) {
   VQRTBaseContainerBody* container = Container();
   container->LinkPointers(object, container->LastChild, nullptr);
   LastAdded = object;
+  Index += Gap;
+  object->IndexValue = static_cast<std::uint32_t>(Index);
+  if (VQRTBaseContainerBody* inside = object->AsBase()) {
+    Index += Gap;
+    inside->EndIndexValue = static_cast<std::uint32_t>(Index);
+  }
+}
+
+void VQRichTextParser::TakePending(VQRTBaseContainerBody* object) {
+  if (!Pending) return;
+  object->LinkPointers(Pending, nullptr, nullptr);
+  Pending->IndexValue = object->IndexValue + Gap / 2;
+  std::exchange(Pending, nullptr)->Release();
 }
 
 VQSTATUS VQRichTextParser::Push(VQRTBaseContainerBody* object) {
@@ -169,7 +194,13 @@ VQSTATUS VQRichTextParser::Push(VQRTBaseContainerBody* object) {
   return VQ_OK;
 }
 
-void VQRichTextParser::Pop() { --Depth; }
+void VQRichTextParser::Pop() {
+  const Open& open = Stack[--Depth];
+  // A link that spans cells ended, as a container, with its first cell.
+  if (open.AddTo != open.Object) return;
+  Index += Gap;
+  open.Object->EndIndexValue = static_cast<std::uint32_t>(Index);
+}
 
 VQSTATUS VQRichTextParser::AddAndPush(VQRTBaseContainerBody* object) {
   Add(object);
@@ -199,31 +230,27 @@ void VQRichTextParser::FlushPending() {
   Add(opaque);
 }
 
-void VQRichTextParser::Register(const VQRTObjectBody& object) {
-  vq::PABIDs ids;
-  if (vq::ReadPABIDs(object, &ids) != VQ_OK) return;  // too short for an identifier: nothing to keep count of
-  Body.Top->RegisterPABID(ids.First);
-  Body.Top->RegisterPABID(ids.Second);
+void VQRichTextParser::Register(const Record& record, std::uint32_t offset) {
+  if (offset + 2 <= record.Size) Body.Top->RegisterPABID(vq::LoadWord(record.Bytes + offset));
 }
 
 VQSTATUS VQRichTextParser::AddDefinition(const Record& record) {
-  auto* object = new VQPABDefinitionBody(record.Source, record.Offset, record.Size);
-  Add(object);
-  Register(*object);
+  Add(new VQPABDefinitionBody(record.Source, record.Offset, record.Size));
+  Register(record, 4);
   return VQ_OK;
 }
 
 VQSTATUS VQRichTextParser::AddStyleName(const Record& record) {
-  auto* object = new VQPABStyleNameBody(record.Source, record.Offset, record.Size);
-  Add(object);
-  Register(*object);
+  Add(new VQPABStyleNameBody(record.Source, record.Offset, record.Size));
+  Register(record, 6);
   return VQ_OK;
 }
 
 VQSTATUS VQRichTextParser::AddPABObject(const Record& record) {
-  auto* object = new VQRTObjectBody(static_cast<VQRTTYPE>(RuleType), record.Source, record.Offset, record.Size);
-  Add(object);
-  Register(*object);
+  const auto type = static_cast<VQRTTYPE>(RuleType);
+  Add(new VQRTObjectBody(type, record.Source, record.Offset, record.Size));
+  Register(record, type == VQRTTYPE_PAB_HIDE ? 4 : 2);
+  if (type == VQRTTYPE_PAB_FORMULA_REFERENCE) Register(record, 4);
   return VQ_OK;
 }
 
@@ -241,17 +268,15 @@ VQSTATUS VQRichTextParser::AddText(const Record& record) {
     return AddOpaque(record);
   }
   auto* text = new VQStylizedTextBody(record.Source, record.Offset, record.Size);
-  if (Pending) {
-    text->LinkPointers(Pending, nullptr, nullptr);
-    std::exchange(Pending, nullptr)->Release();
-  }
   // A subform takes the empty text that stands for it.
-  if (LastAdded && LastAdded->IsType(VQRTTYPE_SUBFORM) && text->GetByteCount() == 0) {
-    VQRTBaseContainerBody* subform = LastAdded->AsBase();
-    subform->LinkPointers(text, subform->LastChild, nullptr);
-    return VQ_OK;
+  VQRTBaseContainerBody* subform = LastAdded && LastAdded->IsType(VQRTTYPE_SUBFORM) ? LastAdded->AsBase() : nullptr;
+  if (subform && text->GetByteCount() == 0 && Push(subform) == VQ_OK) {
+    Add(text);
+    Pop();
+  } else {
+    Add(text);
   }
-  Add(text);
+  TakePending(text);
   return VQ_OK;
 }
 
@@ -264,10 +289,7 @@ VQSTATUS VQRichTextParser::AddFieldExtension(const Record& record) {
 VQSTATUS VQRichTextParser::AddField(const Record& record) {
   if (Pending && Pending->GetType() != VQRTTYPE_FIELD_EXTENSION) FlushPending();
   auto* field = new VQRTElementBody(VQRTTYPE_FORM_FIELD, record.Source, record.Offset, record.Size);
-  if (Pending) {
-    field->LinkPointers(Pending, nullptr, nullptr);
-    std::exchange(Pending, nullptr)->Release();
-  }
   Add(field);
+  TakePending(field);
   return VQ_OK;
 }

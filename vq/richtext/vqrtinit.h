@@ -68,8 +68,11 @@ class VQRichTextParser {
   VQSTATUS AddGraphicPart(const Record& record);
   VQSTATUS AddOpaque(const Record& record);
 
-  // Adding: without index values, which one pass gives at the end.
+  // Objects get their index values in passing, a fixed gap apart; see SpreadIndex.
+  void SpreadIndex();
   void Add(VQRTObjectBody* object);
+  // A record that leads its object in the stream becomes its first child.
+  void TakePending(VQRTBaseContainerBody* object);
   [[nodiscard]] VQSTATUS Push(VQRTBaseContainerBody* object);
   void Pop();
   [[nodiscard]] VQSTATUS AddAndPush(VQRTBaseContainerBody* object);
@@ -78,7 +81,7 @@ class VQRichTextParser {
   bool TopIs(VQRTTYPE type) const { return StackTop() && StackTop()->IsType(type); }
 
   VQRTTYPE HotspotType(const Record& record) const;
-  void Register(const VQRTObjectBody& object);
+  void Register(const Record& record, std::uint32_t offset);
   void FlushPending();
   void CloseGraphic();
   [[nodiscard]] VQSTATUS GraphicFailed(const Record& record);
@@ -90,7 +93,9 @@ class VQRichTextParser {
   unsigned Depth = 0;
   VQRTObjectBody* Pending = nullptr;    // a record that goes to the object behind it, counted
   VQRTObjectBody* LastAdded = nullptr;  // into whatever container
-  std::uint16_t Next = 0;               // signature of the record behind the present one
+  std::uint64_t Index = 0;              // the highest value given so far
+  std::uint32_t Gap = 0;
+  std::uint16_t Next = 0;  // signature of the record behind the present one
   unsigned char RuleType = 0;
   bool HotspotEndSeen = true;
   bool GraphicGood = true;
