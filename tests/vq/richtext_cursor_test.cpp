@@ -29,6 +29,15 @@ TEST_F(RichTextCursor, WalksThereAndBack) {
   EXPECT_FALSE((start + 6).IsAtEnd());
 }
 
+// The paragraph record in the popup separates the runs around it, on the way back as on the way there.
+TEST_F(RichTextCursor, PassesAPopupWithoutElements) {
+  const VQRichText text = RichText(Text("ab") + Hotspot(1) + Paragraph() + HotspotEnd() + Text("cd"));
+  VQRTCursor end;
+  ASSERT_EQ(text.GetEndCursor(&end), VQ_OK);
+  EXPECT_EQ(end - At(text, 0), 5);
+  EXPECT_EQ(At(text, 0) - end, -5);
+}
+
 TEST_F(RichTextCursor, KnowsOnePlaceBySeveralNames) {
   const VQRichText text = RichText(Sample());
   VQRTObject first, second, third;

@@ -102,15 +102,8 @@ void VQRTCursor::Normalize() const {
   VQRTBaseContainerBody* scope = ScopeBody();
   VQRTObject next;
   if (!scope || scope->FindNext(cursor.RTElement, VQRTTYPE_ELEMENT, &next) != VQ_OK) return;
-  VQRTObjectBody* from = cursor.RTElement.GetRTObjectBody();
-  VQRTObjectBody* to = next.GetRTObjectBody();
-  if (from != to) {
-    // Both as children of one container; from there on only a paragraph record keeps them apart.
-    if (from->GetParent() != to->GetParent()) return;
-    for (VQRTObjectBody* between = from->GetNext(); between != to; between = between->GetNext()) {
-      if (!between || between->GetType() == VQRTTYPE_NEW_PARAGRAPH) return;
-    }
-  }
+  // A paragraph record or a container's border between the two keeps them apart.
+  if (Crosses(*scope, cursor.RTElement.GetRTObjectBody(), next.GetRTObjectBody())) return;
   cursor.RTElement = next;
   cursor.RightEdge = 0;
 }
