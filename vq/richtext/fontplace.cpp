@@ -2,9 +2,7 @@
 
 #include "vq/richtext/fontid.h"
 #include "vq/richtext/fonttable.h"
-#include "vq/richtext/vqpabdef.h"
 #include "vq/richtext/vqrtbody.h"
-#include "vq/richtext/vqstyltx.h"
 #include "vq/store/vqslate.h"
 
 namespace vq {
@@ -76,22 +74,6 @@ VQSTATUS ConvertFont(const VQFontStyle& style, VQItem* target) {
   return body.Renumber(number);
 }
 
-namespace {
-
-// The font of a run or style name whose face stands in a table; null for all other objects.
-VQSTATUS TableFontOf(VQRTObjectBody& object, VQFontStyle* font) {
-  if (object.IsType(VQRTTYPE_STYLIZED_TEXT)) {
-    auto& run = static_cast<VQStylizedTextBody&>(object);
-    std::uint8_t face = fontid::Face(static_cast<std::uint32_t>(run.GetFontID()));
-    return fontid::IsTableFace(face) ? run.GetFontStyle(font) : VQ_OK;
-  }
-  if (!object.IsType(VQRTTYPE_PAB_STYLE_NAME)) return VQ_OK;
-  auto& name = static_cast<VQPABStyleNameBody&>(object);
-  return fontid::IsTableFace(fontid::Face(name.GetFontID())) ? name.GetFontStyle(font) : VQ_OK;
-}
-
-}  // namespace
-
 VQSTATUS EnterFonts(VQRTObjectBody& object) {
   VQRichTextBody* owner = object.GetRichTextBody();
   if (owner == nullptr) return VQ_OK;
@@ -102,7 +84,7 @@ VQSTATUS EnterFonts(VQRTObjectBody& object) {
 }  // namespace vq
 
 VQSTATUS VQRichTextBody::FindFontTable(VQFontTable* table) {
-  if (IsSlateItem() && OwnFonts.IsNull()) return vq::FindFontTable(GetSlateBody(), table);
+  if (IsSlateItem()) return vq::FindFontTable(GetSlateBody(), table);
   if (OwnFonts.IsNull()) return VQWARN_NOT_FOUND;
   *table = VQFontTable(OwnFonts);
   return VQ_OK;
@@ -123,39 +105,6 @@ VQSTATUS VQRichTextBody::TakeFonts(VQRichTextBody& source) {
   if (VQSTATUS taken = copy->TakeFaces(*theirs.GetFontTableBody())) return taken;
   OwnFonts = own;
   return VQ_OK;
-}
-
-// Reads every table font of the copy by the source's table, then turns them over to the slate's.
-VQSTATUS VQRichTextBody::ConvertCopiedFonts(const VQFontTable& theirs) {
-  if (VQSTATUS status = Initialize()) return status;
-  OwnFonts = theirs;
-  VQSTATUS status = VQ_OK;
-  std::vector<VQFontStyle> held;
-  for (VQRTObjectBody* object = Top->NextInTree(Top); object && status == VQ_OK; object = Top->NextInTree(object)) {
-    VQFontStyle font;
-    status = vq::TableFontOf(*object, &font);
-    if (!font.IsNull()) held.push_back(font);
-  }
-  OwnFonts = VQItem();
-  VQRichText self(this);
-  for (const VQFontStyle& font : held) {
-    if (status == VQ_OK) status = vq::ConvertFont(font, &self);
-  }
-  return status;
-}
-
-VQSTATUS VQRichTextBody::CopiedFrom(VQItemBody& source) {
-  if (source.GetClassID() != VQCLASSID_VQRICHTEXTBODY || !IsSlateItem()) return VQ_OK;
-  if (source.GetSlateBody() == GetSlateBody()) return VQ_OK;
-  VQFontTable theirs, own;
-  VQSTATUS status = static_cast<VQRichTextBody&>(source).FindFontTable(&theirs);
-  if (status != VQ_OK) return status == VQWARN_NOT_FOUND ? VQ_OK : status;
-  if (VQSTATUS loaded = theirs.GetFontTableBody()->Load()) return loaded;
-  if (theirs.GetFontTableBody()->Faces().empty()) return VQ_OK;
-  if (VQSTATUS found = FindOrMakeFontTable(&own)) return found;
-  if (VQSTATUS loaded = own.GetFontTableBody()->Load()) return loaded;
-  if (own.GetFontTableBody()->Faces().empty()) return own.GetFontTableBody()->TakeFaces(*theirs.GetFontTableBody());
-  return own == theirs ? VQ_OK : ConvertCopiedFonts(theirs);
 }
 
 VQSTATUS VQRichTextBody::AddFontToTable(VQFontStyleBody& style) {

@@ -160,7 +160,7 @@ VQSTATUS VQFontTableBody::TakeFaces(VQFontTableBody& other) {
   if (VQSTATUS status = other.Load()) return status;
   Entries = other.Entries;
   HighestFace = other.HighestFace;
-  SetDirty(1);
+  if (!Entries.empty()) SetDirty(1);
   return VQ_OK;
 }
 

@@ -69,13 +69,18 @@ VQSTATUS MoveBefore(VQRTObjectBody* object, VQRTObjectBody* place) {
   return place->InsertPreviousSibling(object);
 }
 
-VQSTATUS RescueDefinition(const VQRTBaseContainerBody& root, VQRTObjectBody* definition, VQRTObjectBody* behind) {
+VQSTATUS RescueDefinition(const VQRTBaseContainerBody& root, VQRTObjectBody* definition, VQRTObjectBody* behind,
+                          Objects* moved) {
   std::uint16_t pabid = pab::IDsOf(*definition).First;
   VQRTObjectBody* user = UserBehind(root, behind, pabid);
   if (!user || pab::FindLeft(root, definition, VQRTTYPE_PAB_DEFINITION, pabid)) return VQ_OK;
   VQRTObjectBody* companion = pab::Companion(*definition);
-  if (VQSTATUS status = MoveBefore(definition, user)) return status;
-  return companion ? MoveBefore(companion, user) : VQ_OK;
+  for (VQRTObjectBody* object : {definition, companion}) {
+    if (!object) continue;
+    if (VQSTATUS status = MoveBefore(object, user)) return status;
+    if (moved) moved->push_back(object);
+  }
+  return VQ_OK;
 }
 
 // A number that no object of the text uses, for texts that have used up the highest one.
@@ -152,7 +157,8 @@ VQSTATUS VQRTContainerBody::ResetPABReferences(VQRTObjectBody* start, VQRTObject
   return VQ_OK;
 }
 
-VQSTATUS VQRTContainerBody::DeleteRepairLinks(VQRTObjectBody* first, VQRTObjectBody* behind) {
+VQSTATUS VQRTContainerBody::DeleteRepairLinks(VQRTObjectBody* first, VQRTObjectBody* behind,
+                                              std::vector<VQRTObjectBody*>* moved) {
   if (!first) return VQERR_INVALID_PARAMETER;
   VQRTContainerBody& root = pab::Root(*this);
   Objects definitions;
@@ -160,7 +166,7 @@ VQSTATUS VQRTContainerBody::DeleteRepairLinks(VQRTObjectBody* first, VQRTObjectB
     if (object->IsType(VQRTTYPE_PAB_DEFINITION)) definitions.push_back(object);
   }
   for (VQRTObjectBody* definition : definitions) {
-    if (VQSTATUS status = RescueDefinition(root, definition, behind)) return status;
+    if (VQSTATUS status = RescueDefinition(root, definition, behind, moved)) return status;
   }
   return VQ_OK;
 }

@@ -33,6 +33,13 @@ VQSTATUS StyleOf(VQPABDefinitionBody* definition, VQRTObjectBody* hide, VQRTObje
   return VQ_OK;
 }
 
+// A search for a hide record goes through the whole text, so it is for definitions that say they have one.
+bool HasHideFormula(const VQRTObjectBody& definition) {
+  CDPABDEFINITION record{};
+  VQSTATUS status = static_cast<const VQPABDefinitionBody&>(definition).GetRecord(&record);
+  return status == VQ_OK && (record.Flags & PABFLAG_HIDE_IF_FORMULA) != 0;
+}
+
 // Where a style is set: the container, the references that it is set on.
 struct StyleRange {
   VQRTContainerBody* Container = nullptr;
@@ -160,8 +167,12 @@ VQSTATUS VQRTContainerBody::FindParagraphStyle(const VQRTObject& object, VQParag
     *style = VQParagraphStyle(new VQParagraphStyleBody);
     return VQ_OK;
   }
-  VQRTObjectBody* hide = pab::FindByPABID(root, reference, VQRTTYPE_PAB_HIDE, ids.First);
-  VQRTObjectBody* name = pab::FindByPABID(root, reference, VQRTTYPE_PAB_STYLE_NAME, ids.Second);
+  VQRTObjectBody* companion = pab::Companion(*definition);
+  VQRTObjectBody* name = companion && companion->IsType(VQRTTYPE_PAB_STYLE_NAME) ? companion : nullptr;
+  VQRTObjectBody* hide = companion && !name && ids.First == ids.Second ? companion : nullptr;
+  if (!hide && (HasHideFormula(*definition) || ids.First != ids.Second)) {
+    hide = pab::FindByPABID(root, reference, VQRTTYPE_PAB_HIDE, ids.First);
+  }
   return StyleOf(static_cast<VQPABDefinitionBody*>(definition), hide, name, style);
 }
 

@@ -1,4 +1,6 @@
 // Selections and deletions.
+#include <algorithm>
+
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtcont.h"
 #include "vq/richtext/vqrtcrsr.h"
@@ -80,12 +82,15 @@ VQSTATUS VQRTContainerBody::DeleteAcross(VQRTCursor* start, VQRTCursor* end) {
   const VQRTObject keepFrom(from.Node), keepTo(to.Node);
 
   VQSTATUS status = VQ_OK;
-  if (doomed.First != doomed.Behind) status = DeleteRepairLinks(doomed.First, doomed.Behind);
-  // The repair may have put definitions into the gap; they stand in front of what stays.
+  std::vector<VQRTObjectBody*> going, moved;
+  for (VQRTObjectBody* object = doomed.First; object && object != doomed.Behind; object = object->GetNext()) {
+    going.push_back(object);
+  }
+  if (!going.empty()) status = DeleteRepairLinks(doomed.First, doomed.Behind, &moved);
   if (status == VQ_OK) status = TrimRuns(from, to);
   if (status != VQ_OK) return status;
-  for (VQRTObjectBody *object = doomed.First, *next; object && object != doomed.Behind; object = next) {
-    next = object->GetNext();
+  for (VQRTObjectBody* object : going) {
+    if (std::ranges::find(moved, object) != moved.end()) continue;
     status = object->Delete();
     if (status != VQ_OK) return status;
   }

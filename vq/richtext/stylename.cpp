@@ -65,6 +65,7 @@ VQSTATUS VQPABStyleNameBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS option
 }
 
 VQSTATUS VQPABStyleNameBody::Read(Fields* fields) const {
+  if (IsClosed()) return VQERR_OBJECT_CLOSED;
   if (GetCDSignature() != SIG_CD_STYLENAME) return VQERR_RT_DIFFERENT_TYPE;
   CDSTYLENAME record{};
   if (VQSTATUS status = ReadODS(ODS_CDSTYLENAME, &record, 0)) return status;

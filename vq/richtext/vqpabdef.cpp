@@ -59,6 +59,7 @@ VQSTATUS VQPABDefinitionBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS optio
 }
 
 VQSTATUS VQPABDefinitionBody::GetRecord(CDPABDEFINITION* record) const {
+  if (IsClosed()) return VQERR_OBJECT_CLOSED;
   VQ_ASSERT(GetCDSignature() == SIG_CD_PABDEFINITION, "VQPABDEF");
   return ReadODS(ODS_CDPABDEFINITION, record, 0);
 }

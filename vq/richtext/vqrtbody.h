@@ -43,8 +43,6 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   VQSTATUS Clear() override;
   int IsDirty() override;
   VQSTATUS Rebound() override;
-  // Faces that the source's slate knows by other numbers are entered in this slate's table.
-  VQSTATUS CopiedFrom(VQItemBody& source) override;
   VQSTATUS AddBlockID(const BLOCKID& item, const BLOCKID& value, unsigned long size) override;
   // Writes a dirty tree into the items. On failure the tree stays dirty and the items are what they were.
   VQSTATUS Flush() override;
@@ -75,7 +73,6 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   };
 
   [[nodiscard]] VQSTATUS Parse();
-  [[nodiscard]] VQSTATUS ConvertCopiedFonts(const VQFontTable& theirs);
   void LoadBlocks();
   static void ReleaseBlocks(std::vector<Loaded>& blocks);
   [[nodiscard]] VQSTATUS StoreTree();

@@ -32,7 +32,9 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   using VQRTObjectBody::Delete;
   // Before the objects from `first` up to `behind` (null: to the end) go: definitions in between that references
   // further right still use move in front of the first such reference, with the hide or name that follows them.
-  virtual VQSTATUS DeleteRepairLinks(VQRTObjectBody* first, VQRTObjectBody* behind);
+  // `moved`, which may be null, gets what was moved: it can stand directly in front of `behind`.
+  virtual VQSTATUS DeleteRepairLinks(VQRTObjectBody* first, VQRTObjectBody* behind,
+                                     std::vector<VQRTObjectBody*>* moved = nullptr);
   virtual VQSTATUS FindParagraphStyle(const VQRTObject& object, VQParagraphStyle* style);
   virtual VQSTATUS FindParagraphStyle(const VQRTCursor& cursor, VQParagraphStyle* style);
   // An equal style's definition in this container and, if any, the hide or style name that belongs to it.

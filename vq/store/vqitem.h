@@ -101,9 +101,6 @@ class VQ_API VQItemBody : public VQBody {
   virtual VQSTATUS ReadODS(unsigned long offset, unsigned short type, void* target);
   // The whole value's new size, 2 or more; bytes up to the smaller size stay. Refused while locked.
   virtual VQSTATUS Resize(unsigned long size);
-  // Called on the body of an item that was just made as a copy of another one: what in the value refers to the other
-  // slate is made to refer to this one.
-  virtual VQSTATUS CopiedFrom(VQItemBody& source);
   // Puts what is kept outside the slate into it. The value of a plain item is there already: the engine is told that
   // it changed, and the dirty bit clears. On failure the item stays dirty.
   virtual VQSTATUS Flush();

@@ -140,8 +140,6 @@ VQSTATUS VQItemBody::Rebind(const vq::ItemPlace& place) {
 
 VQSTATUS VQItemBody::Rebound() { return VQ_OK; }
 
-VQSTATUS VQItemBody::CopiedFrom(VQItemBody&) { return VQ_OK; }
-
 void VQItemBody::MarkDeleted() {
   State |= kDeleted;
   State &= static_cast<std::uint16_t>(~kDirty);

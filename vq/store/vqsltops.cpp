@@ -224,18 +224,9 @@ VQSTATUS VQSlate::CreateItem(const VQString& name, const VQItem& source, unsigne
     return vq::Apply(VQERR_INCORRECT_ITEM_TYPE);
   }
   const VQItem hold(source);
-  const bool joins = option == VQITEMOPTION_APPEND && body->PlaceOf(text, nullptr) == VQ_OK;
   vq::ItemPlace place;
   status = body->CreateCopy(text, from, flags, option, &place);
-  if (status != VQ_OK || joins) return vq::Apply(status == VQ_OK ? HandOutPlace(body, text, place, item) : status);
-  VQItem made;
-  status = HandOutPlace(body, text, place, &made);
-  if (status == VQ_OK) status = made.GetItemBody()->CopiedFrom(*from);
-  if (status != VQ_OK) {
-    const VQSTATUS removed = body->DeleteItems(text);
-    return vq::Apply(removed == VQ_OK ? status : removed);
-  }
-  return vq::Apply(item != nullptr ? HandOut(body, made.GetItemBody(), item) : VQ_OK);
+  return vq::Apply(status == VQ_OK ? HandOutPlace(body, text, place, item) : status);
 }
 
 VQSTATUS VQSlate::GetItems(VQItemArray* items, unsigned long flags) const {
