@@ -46,6 +46,8 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   VQSTATUS AddBlockID(const BLOCKID& item, const BLOCKID& value, unsigned long size) override;
   // Writes a dirty tree into the items. On failure the tree stays dirty and the items are what they were.
   VQSTATUS Flush() override;
+  // Into another slate the fonts go along: runs get the face numbers that the faces have there.
+  VQSTATUS CopyInto(VQSlateBody* slate, std::string_view name, unsigned short flags, vq::ItemPlace* first) override;
 
   int IsInitialized() const { return InitState == kParsed; }
   // Parses if that has not been done. A failure leaves the body unparsed and the items alone.
@@ -78,6 +80,8 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   [[nodiscard]] VQSTATUS StoreTree();
   // Makes the blocks the value of a rich text that stands alone.
   [[nodiscard]] VQSTATUS TakeBlocks(std::vector<vq::ItemBlock>& blocks);
+  // A copy that stands alone, its faces numbered as in the table.
+  [[nodiscard]] VQSTATUS CopyWithFonts(VQFontTable& table, VQRichTextBody* copy);
   void FreeExtraBlocks();
   void DropTree();
   // A block's value has moved; a value of another size means other content.
