@@ -43,6 +43,7 @@ TEST_P(Blocks, Refusals) {
   Fill(block, Digits, 1);
   VQMemoryBlock small;
   Fill(small, "abc");
+  VQMemoryBlock none;
   char buffer[32];
   const struct {
     const char* What;
@@ -65,6 +66,7 @@ TEST_P(Blocks, Refusals) {
       {"move by nothing", VQERR_OUT_OF_RANGE, ReturnedStatusOf([&] { return block.Move(3, 0, 4); })},
       {"grow", VQERR_ASSERTION_FAILED, ReturnedStatusOf([&] { return block.Resize(11, 0); })},
       {"attach over owned memory", VQERR_ASSERTION_FAILED, ReturnedStatusOf([&] { return block.Attach(1, 0, 4); })},
+      {"attach no memory", VQERR_CORRUPTED, ReturnedStatusOf([&] { return none.Attach(0, 0, 100); })},
       {"place of inline data", VQERR_WRONG_SITUATION, StatusOf([&] {
          BLOCKID id;
          return small.GetBlockID(&id);
@@ -99,6 +101,16 @@ TEST_P(Blocks, ResizeKeepsTheBytes) {
   block.Lock();
   EXPECT_EQ(block.Resize(4, 0), VQ_OK);
   EXPECT_TRUE(block.IsLocked());  // destroyed while locked
+}
+
+TEST_P(Blocks, MemoryThatOthersLockStays) {
+  VQMemoryBlock block;
+  Fill(block, Digits, 1);
+  ASSERT_NE(EngMemLock(block.GetPool()), nullptr);
+  EXPECT_EQ(ReturnedStatusOf([&] { return block.Resize(5, 0); }), VQSTATUS{ENG_ERR_MEMORY_LOCKED});
+  EXPECT_EQ(ReturnedStatusOf([&] { return block.Free(); }), VQSTATUS{ENG_ERR_MEMORY_LOCKED});
+  EXPECT_EQ(Bytes(block), Digits);
+  EXPECT_EQ(EngMemUnlock(block.GetPool()), ENG_OK);
 }
 
 TEST_P(Blocks, WindowsLeaveTheOwnersBytes) {

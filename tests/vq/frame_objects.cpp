@@ -108,15 +108,20 @@ TEST_F(Objects, EndWalkClosesHeldBodiesAndDestroysTheRest) {
 class AllocatingBody : public ProbeBody {
  public:
   VQSTATUS Close() override {
-    return StatusSeen = StatusOf([] { delete new ProbeObject; });
+    ++gCloses;
+    StatusSeen = StatusOf([] { delete new ProbeObject; });
+    throw StatusSeen;
   }
   static inline VQSTATUS StatusSeen = 0;
 };
 
-TEST_F(Objects, NothingIsAllocatedDuringTheWalk) {
-  const ProbeHandle held(new AllocatingBody);
-  vq::VQDeleteAllObjects();
+TEST_F(Objects, NothingIsAllocatedDuringTheWalkAndAThrowDoesNotEndIt) {
+  const ProbeHandle first(new AllocatingBody);
+  const ProbeHandle second(new AllocatingBody);
+  EXPECT_EQ(vq::VQDeleteAllObjects(), 2u);
+  EXPECT_EQ(gCloses, 2);
   EXPECT_EQ(AllocatingBody::StatusSeen, VQERR_CANT_ALLOCATE_IN_DELETE_ALL);
+  EXPECT_EQ(first.Count(), 1);
   delete new ProbeObject;
 }
 
@@ -155,14 +160,17 @@ TEST_F(Objects, ListKeepsAnEmptyElementOfADeadObject) {
 TEST_F(Objects, ListClosesBodiesThatHandlesHold) {
   auto* body = new ProbeBody;
   ProbeHandle held(body);
+  auto* throwing = new AllocatingBody;
+  const ProbeHandle held_too(throwing);
   {
     VQObjectList list;
     list.AddObject(body);
     list.AddObject(new ProbeBody);
-    EXPECT_EQ(gBodies, 2);
+    list.AddObject(throwing);
+    EXPECT_EQ(gBodies, 3);
   }
-  EXPECT_EQ(gBodies, 1);
-  EXPECT_EQ(gCloses, 1);
+  EXPECT_EQ(gBodies, 2);
+  EXPECT_EQ(gCloses, 2);
   VQObjectList other;
   EXPECT_EQ(other.AddObject(body), VQ_OK);  // in no list any more
 }

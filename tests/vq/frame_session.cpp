@@ -112,6 +112,7 @@ TEST_P(Services, RefusedOnANewSession) {
       StatusOf([&] { fresh.GetEnvironmentString("x"); }),
       StatusOf([&] { fresh.GetDatabaseOpenFlags(); }),
       StatusOf([&] { return fresh.SetDatabaseOpenFlags(0); }),
+      StatusOf([&] { fresh.GetRTParserErrorHandler(); }),
       StatusOf([&] { return fresh.CompactDatabase("x", &size, &size); }),
       StatusOf([&] { return fresh.DeleteDatabase("x"); }),
       StatusOf([&] { return fresh.ConstructNetPathname("s", "f", path); }),

@@ -141,6 +141,8 @@ VQSTATUS VQQuillonSession::Term(int reportleaks) {
     result = TearDown();
   } catch (VQSTATUS thrown) {
     result = thrown;
+  } catch (const std::bad_alloc&) {
+    result = VQERR_INSUFFICIENT_MEMORY;
   }
   return result == VQWARN_LEAKED && !reportleaks ? VQ_OK : result;
 }
@@ -257,10 +259,13 @@ VQString VQQuillonSession::GetUserNameText() {
 long VQQuillonSession::GetMailProgram() {
   vq::ThrowIfError(CheckInitialized());
   if (MailProgram == kMailProgramUnread) MailProgram = static_cast<std::uint32_t>(EngEnvGetInt("MailSystem"));
-  return static_cast<long>(MailProgram);
+  return static_cast<std::int32_t>(MailProgram);
 }
 
-VQRTPARSERERRORHANDLER VQQuillonSession::GetRTParserErrorHandler() const { return RTParserErrorHandler; }
+VQRTPARSERERRORHANDLER VQQuillonSession::GetRTParserErrorHandler() const {
+  vq::ThrowIfError(CheckInitialized());
+  return RTParserErrorHandler;
+}
 
 VQSTATUS VQQuillonSession::SetRTParserErrorHandler(VQRTPARSERERRORHANDLER handler) {
   if (const VQSTATUS status = CheckInitialized()) return vq::Apply(status);

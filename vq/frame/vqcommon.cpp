@@ -40,8 +40,7 @@ int VQBody::ForceClose() {
   try {
     Close();
   } catch (...) {
-    --RefCount;
-    throw;
+    // Nobody is there to hear of it.
   }
   return Release();
 }

@@ -90,12 +90,19 @@ class VQ_API VQBody : public VQQuillonClass {
     return 0;
   }
   std::int32_t GetRefCount() const { return RefCount; }
-  // Close of a body that handles may still hold: afterwards it is destroyed unless they do; 1 if destroyed.
+  // Close of a body that handles may still hold: afterwards it is destroyed unless they do; 1 if destroyed. What the
+  // Close gives or throws is lost, so that a walk over many bodies reaches them all.
   int ForceClose();
 
  protected:
   VQBody();
   explicit VQBody(const VQQuillonSession* session);
+  // The handles of one body are not those of its copy.
+  VQBody(const VQBody& other) : VQQuillonClass(other), RefCount(0) {}
+  VQBody& operator=(const VQBody& other) {
+    VQQuillonClass::operator=(other);
+    return *this;
+  }
 
   std::int32_t RefCount;
 

@@ -65,10 +65,11 @@ VQSTATUS VQMemoryBlock::Allocate(unsigned long size, int engine_memory) {
 VQSTATUS VQMemoryBlock::Free() {
   VQ_ASSERT(!IsEmpty(), kFile);
   VQ_ASSERT(!IsLocked(), kFile);
-  const ENGHANDLE handle = PoolHandle;
+  const ENGSTATUS freed = IsInline() ? ENGSTATUS{ENG_OK} : EngMemFree(PoolHandle);
+  if (freed == ENG_ERR_MEMORY_LOCKED) return vq::Apply(freed);
   ClearPlace();
   Size = 0;
-  return handle == 0 ? VQ_OK : vq::Apply(vq::FromEngine(EngMemFree(handle)));
+  return vq::Apply(vq::FromEngine(freed));
 }
 
 VQSTATUS VQMemoryBlock::Attach(ENGHANDLE handle, unsigned long offset, unsigned long size) {
@@ -76,8 +77,8 @@ VQSTATUS VQMemoryBlock::Attach(ENGHANDLE handle, unsigned long offset, unsigned 
   if (AllocatedByThisClass) return vq::Apply(VQERR_CORRUPTED);
   if (size == 0) return Locked ? Unlock() : VQ_OK;
   VQ_ASSERT(!IsLocked(), kFile);
-  if (offset > std::numeric_limits<std::uint32_t>::max() || size > std::numeric_limits<std::uint32_t>::max())
-    return vq::Apply(VQERR_CORRUPTED);
+  constexpr unsigned long kMost = std::numeric_limits<std::uint32_t>::max();
+  if (handle == 0 || offset > kMost || size > kMost) return vq::Apply(VQERR_CORRUPTED);
   PoolHandle = handle;
   BlockOffset = static_cast<std::uint32_t>(offset);
   Size = static_cast<std::uint32_t>(size);
@@ -187,11 +188,13 @@ VQSTATUS VQMemoryBlock::WriteODS(unsigned short type, const void* source, unsign
 VQSTATUS VQMemoryBlock::MoveInline(unsigned long new_size) {
   const unsigned char* data = LockData();
   if (data == nullptr) return VQERR_CORRUPTED;
-  std::memcpy(InlineBuffer, data, new_size);
+  unsigned char kept[kInlineSize];
+  std::memcpy(kept, data, new_size);
   Unlock();
-  const ENGHANDLE handle = PoolHandle;
+  if (const VQSTATUS status = vq::FromEngine(EngMemFree(PoolHandle))) return status;
   ClearPlace();
-  return vq::FromEngine(EngMemFree(handle));
+  std::memcpy(InlineBuffer, kept, new_size);
+  return VQ_OK;
 }
 
 VQSTATUS VQMemoryBlock::MoveToEngine(unsigned long new_size) {
@@ -245,6 +248,7 @@ VQSTATUS VQMemoryBlock::CopyFrom(VQMemoryBlock& source, unsigned long offset, un
   if (size == 0) size = source.Size;
   if (!IsInside(offset, size)) return vq::Apply(VQERR_CORRUPTED);
   if (size == 0) return VQ_OK;
+  VQ_ASSERT(!IsLocked(), kFile);
   const unsigned char* from = source.LockData();
   if (from == nullptr) return vq::Apply(VQERR_CORRUPTED);
   unsigned char* to = LockData();

@@ -20,6 +20,7 @@ class VQ_API VQMemoryBlock {
   virtual VQSTATUS Reset();
 
   VQSTATUS Allocate(unsigned long size, int engine_memory);
+  // Memory that another lock still holds is refused with the engine's status and stays.
   VQSTATUS Free();
   // Looks at somebody else's memory. Size 0 changes nothing but the lock, which it takes off; Detach is that.
   VQSTATUS Attach(ENGHANDLE handle, unsigned long offset, unsigned long size);

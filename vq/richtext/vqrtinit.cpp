@@ -155,7 +155,8 @@ VQSTATUS VQRichTextParser::Finish() {
 
 VQSTATUS VQRichTextParser::Report(VQSTATUS status, const Record* record) {
   const VQQuillonSession* session = Body.GetSession();
-  const VQRTPARSERERRORHANDLER handler = session ? session->GetRTParserErrorHandler() : nullptr;
+  const VQRTPARSERERRORHANDLER handler =
+      session && session->IsInitialized() ? session->GetRTParserErrorHandler() : nullptr;
   if (!handler) return status;
   VQRichText richText(&Body);
   VQRTPARSERERRORDATA data = {&richText, StreamOffset, 0, 0, status};
