@@ -32,7 +32,9 @@ TEST_F(Databases, OpenAndCloseAlternate) {
   EXPECT_EQ(StatusOf([&] { return Db.GetTitle(); }), VQERR_DATABASE_NOT_OPEN);
   EXPECT_EQ(Db.SetTitle("x"), VQERR_DATABASE_NOT_OPEN);
   EXPECT_EQ(TextOf(Db.GetFilename()).substr(0, 4), "main");
+  EXPECT_EQ(Session->SetDatabaseOpenFlags(0x500), VQ_OK);  // one bit of the mask is enough, others pass
   EXPECT_EQ(Db.Open(VQDBOPENFLAGS_OF_SESSION), VQ_OK);
+  EXPECT_EQ(Db.GetDatabaseOpenFlags(), 0x500u);
   VQDatabase nothing;
   EXPECT_FALSE(nothing.IsOpen());
   EXPECT_EQ(nothing.Close(), VQWARN_NOT_OPEN);
@@ -40,12 +42,23 @@ TEST_F(Databases, OpenAndCloseAlternate) {
   EXPECT_EQ(StatusOf([&] { return nothing.IsRemote(); }), VQERR_OBJECT_NOT_INITIALIZED);
 }
 
+TEST_F(Databases, HandlesOutliveTheSessionClosed) {
+  const VQDocument document = NewDocument("x");
+  EXPECT_EQ(Session->Term(1), VQWARN_LEAKED);
+  EXPECT_FALSE(Db.IsOpen());
+  EXPECT_EQ(Db.Close(), VQWARN_NOT_OPEN);
+  EXPECT_EQ(Db.Open(), VQERR_NOT_INITIALIZED);
+  EXPECT_EQ(VQDocument(document).Save(), VQERR_SLATE_NOT_OPEN);
+  Session.reset();
+  EXPECT_EQ(Db.Open(0), VQERR_NOT_INITIALIZED);
+}
+
 TEST_F(Databases, BadFilesAreRefusedAtOpen) {
   std::filesystem::create_directory(Home.Path("folder"));
   std::ofstream(Home.Path("text.vlt")) << "this is no store at all, only a line of text";
   VQDatabase database;
   ASSERT_EQ(Session->GetDatabase("folder", &database), VQ_OK);
-  EXPECT_NE(database.Open(), VQ_OK);
+  EXPECT_EQ(database.Open(), VQERR_PATH_IS_DIRECTORY);
   ASSERT_EQ(Session->GetDatabase("text", &database), VQ_OK);
   EXPECT_EQ(vq::EngineError(database.Open()), unsigned{ENG_ERR_DB_NOT_STORE});
   EXPECT_FALSE(database.IsOpen());

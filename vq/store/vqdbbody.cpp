@@ -8,6 +8,7 @@
 #include "engine/slate.h"
 #include "engine/status.h"
 #include "vq/frame/session.h"
+#include "vq/frame/state.h"
 #include "vq/store/desflags.h"
 #include "vq/store/makers.h"
 #include "vq/store/storetext.h"
@@ -98,8 +99,13 @@ unsigned short VQDatabaseBody::GetUpdateFlags() const { return (BodyFlags & kNoS
 
 VQSTATUS VQDatabaseBody::Open(unsigned long flags) {
   if (Handle != 0) return VQWARN_ALREADY_OPEN;
-  if (flags == VQDBOPENFLAGS_OF_SESSION) flags = BodySession->GetDatabaseOpenFlags();
-  if ((flags & ~VQDBOPENFLAGS_MASK) != 0) return VQERR_INVALID_PARAMETER;
+  if (!vq::IsInitialized()) return VQERR_NOT_INITIALIZED;
+  if (flags == VQDBOPENFLAGS_OF_SESSION) {
+    if (!BodySession->IsInitialized()) return VQERR_NOT_INITIALIZED;
+    flags = BodySession->GetDatabaseOpenFlags();
+  } else if ((flags & ~VQDBOPENFLAGS_MASK) != 0) {
+    return VQERR_INVALID_PARAMETER;
+  }
   ENGHANDLE handle = 0;
   VQSTATUS status = vq::FromEngine(
       EngDbOpenExtended(FullPath.c_str(), static_cast<std::uint32_t>(flags), 0, 0, &handle, nullptr, nullptr));
