@@ -233,9 +233,11 @@ uint16_t EngItemGetTextAtIndex(ENGHANDLE slate, const ENGCHAR* name, uint16_t in
 }
 
 int EngItemIsPresent(ENGHANDLE slate, const ENGCHAR* name, uint16_t name_length) {
-  Slate* source = Slate::Find(slate);
-  Slate::Slot slot = 0;
-  return source && source->FindItem(Text(name, name_length), &slot) == ENG_OK ? 1 : 0;
+  return GuardValue(0, [&] {
+    Slate* source = Slate::Find(slate);
+    Slate::Slot slot = 0;
+    return source && source->FindItem(Text(name, name_length), &slot) == ENG_OK ? 1 : 0;
+  });
 }
 
 ENGSTATUS EngItemSetText(ENGHANDLE slate, const ENGCHAR* name, const ENGCHAR* text, uint16_t limit) {

@@ -86,21 +86,25 @@ Descriptor OpenLocked(const std::string& path) {
   }
 }
 
-bool WriteAside(int fd, std::string_view bytes, mode_t mode) {
-  return fchmod(fd, mode & 07777) == 0 && WriteAll(fd, bytes) && fsync(fd) == 0;
+// Only root may give a file to its old owner; others keep what they write.
+bool TakeOver(int fd, const struct stat& old) {
+  const bool owned = fchown(fd, old.st_uid, old.st_gid) == 0 || errno == EPERM;
+  return owned && fchmod(fd, old.st_mode & 07777) == 0;
 }
 
-bool ReplaceBytes(const std::string& path, std::string_view bytes, mode_t mode) {
+bool ReplaceBytes(const std::string& path, std::string_view bytes, const struct stat& old) {
   const std::string folder = FolderOf(path);
   std::string aside = folder + "/.quillon-XXXXXX";
   const Descriptor file(mkostemp(aside.data(), O_CLOEXEC));
   if (!file) return false;
-  if (!WriteAside(file.get(), bytes, mode) || rename(aside.c_str(), path.c_str()) != 0) {
+  const bool written = TakeOver(file.get(), old) && WriteAll(file.get(), bytes) && fsync(file.get()) == 0;
+  if (!written || rename(aside.c_str(), path.c_str()) != 0) {
     unlink(aside.c_str());
     return false;
   }
   const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  return directory && fsync(directory.get()) == 0;
+  // Some file systems can't sync a directory; the new file is in place then all the same.
+  return directory && (fsync(directory.get()) == 0 || errno == EINVAL);
 }
 
 }  // namespace
@@ -118,7 +122,7 @@ ReplaceResult ChangeFile(const std::string& path, const std::function<bool(std::
   struct stat info {};
   if (!bytes || fstat(file.get(), &info) != 0) return ReplaceResult::kFailed;
   if (!change(*bytes)) return ReplaceResult::kRefused;
-  return ReplaceBytes(target, *bytes, info.st_mode) ? ReplaceResult::kDone : ReplaceResult::kFailed;
+  return ReplaceBytes(target, *bytes, info) ? ReplaceResult::kDone : ReplaceResult::kFailed;
 }
 
 }  // namespace qcore

@@ -14,7 +14,8 @@ std::optional<std::string> ReadSmallFile(const std::string& path);
 enum class ReplaceResult { kDone, kRefused, kFailed };
 
 // Reads the file, lets `change` edit the bytes (false refuses), and puts the result in the file's place by a synced
-// rename. Processes that change the same file so wait for each other. Links are followed; the file's mode is kept.
+// rename. Processes that change the same file so wait for each other. Links are followed; mode and, as far as the
+// process may, owner are kept.
 ReplaceResult ChangeFile(const std::string& path, const std::function<bool(std::string&)>& change);
 
 }  // namespace qcore

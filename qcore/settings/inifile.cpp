@@ -7,6 +7,7 @@ namespace qcore {
 namespace {
 
 constexpr std::string_view kBlank = " \t\r\n\v\f";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string_view Trim(std::string_view text) {
   const std::size_t first = text.find_first_not_of(kBlank);
@@ -22,6 +23,7 @@ struct Setting {
 };
 
 std::optional<Setting> SettingIn(std::string_view line) {
+  if (line.starts_with(kByteOrderMark)) line.remove_prefix(kByteOrderMark.size());
   const std::string_view text = Trim(line);
   const std::size_t equals = text.find('=');
   if (text.starts_with(';') || text.starts_with('[') || equals == std::string_view::npos) return std::nullopt;

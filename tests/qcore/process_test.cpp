@@ -25,6 +25,9 @@ TEST(IniFile, EditsChangeTheirLineAndNothingElse) {
       {"a=1\nA=2\nb=3", "a", "9", "a=9\nA=2\nb=3"},
       {"a=1\nA=2\nb=3", "a", "", "b=3"},
       {"a=1\r\n", "b", "2", "a=1\r\nb=2\r\n"},
+      {"\xEF\xBB\xBF"
+       "A=1\n",
+       "a", "2", "a=2\n"},
       {std::string("\xFF\0=\xFE\n=\n;a=0\n", 12), "a", "x=y", std::string("\xFF\0=\xFE\n=\n;a=0\na=x=y\n", 18)},
   };
   for (const auto& row : rows) {
