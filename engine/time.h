@@ -6,7 +6,8 @@
 // Operations with an int result give non-zero on failure, but for EngTimeCompare, and change nothing then.
 //
 // Parts whose Year, Month and Day are all 0 have no date; their moment has a wild date word. Without a date the local
-// zone counts at its standard distance. A moment without a time breaks down to noon of its day.
+// zone counts at its standard distance. A moment without a time is a day, the same in every zone:
+// its date word is that day's number, and it breaks down to noon of it.
 #ifndef QUILLON_ENGINE_TIME_H
 #define QUILLON_ENGINE_TIME_H
 

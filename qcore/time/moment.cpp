@@ -55,6 +55,12 @@ std::optional<TIMEDATE> MomentOf(std::int64_t ticks) {
   return TIMEDATE{static_cast<std::uint32_t>(ticks % kTicksPerDay), static_cast<std::uint32_t>(ticks / kTicksPerDay)};
 }
 
+std::optional<TIMEDATE> DayAlone(const Date& date) {
+  const std::optional<std::int64_t> day = DayOf(date);
+  if (!day || *day < 0 || *day > kDayMask) return std::nullopt;
+  return TIMEDATE{ENG_TIME_WILD, static_cast<std::uint32_t>(*day)};
+}
+
 TIMEDATE Now() {
   const std::int64_t ticks = kUnixEpochDay * kTicksPerDay + CurrentPlatform().NowHundredths();
   return MomentOf(ticks).value_or(TIMEDATE{ENG_TIME_WILD, ENG_TIME_WILD});
@@ -84,8 +90,8 @@ std::optional<TIMEDATE> AddCalendar(const TIMEDATE& moment, const CalendarStep& 
   ENGTIME parts{};
   parts.GM = moment;
   if (!HasDate(moment) || !ToParts(LocalZone(), &parts) || !Move(&parts, step)) return std::nullopt;
+  if (!HasTime(moment)) return DayAlone({parts.Year, parts.Month, parts.Day});
   if (!FromParts(&parts)) return std::nullopt;
-  if (!HasTime(moment)) parts.GM.TimeWord = ENG_TIME_WILD;
   return parts.GM;
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "engine/types.h"
+#include "qcore/time/calendar.h"
 
 namespace qcore::time {
 
@@ -20,6 +21,9 @@ inline bool HasTime(const TIMEDATE& moment) { return moment.TimeWord != ENG_TIME
 std::optional<std::int64_t> TicksOf(const TIMEDATE& moment);
 // Nothing outside the day numbers that a date word holds.
 std::optional<TIMEDATE> MomentOf(std::int64_t ticks);
+
+// A date without a time: its day number, whatever the zone. Nothing for a date that the calendar does not have.
+std::optional<TIMEDATE> DayAlone(const Date& date);
 
 TIMEDATE Now();
 

@@ -116,14 +116,13 @@ class MomentParser {
   }
 
   std::optional<TIMEDATE> MomentOfPieces(const Pieces& pieces) const {
+    if (pieces.date && !pieces.time) return DayAlone(*pieces.date);
     ENGTIME parts{};
-    const std::int64_t time = pieces.time.value_or(kTicksPerDay / 2);
-    SetFields(pieces.date.value_or(Date{0, 0, 0}), time, &parts);
+    SetFields(pieces.date.value_or(Date{0, 0, 0}), pieces.time.value_or(0), &parts);
     parts.Zone = pieces.minutes_east ? 0 : settings_.TimeZone;
     if (!FromParts(&parts)) return std::nullopt;
     std::optional<TIMEDATE> moment = parts.GM;
     if (pieces.minutes_east) moment = AddTicks(*moment, -*pieces.minutes_east * 60 * kTicksPerSecond);
-    if (moment && !pieces.time) moment->TimeWord = ENG_TIME_WILD;
     return moment;
   }
 

@@ -104,19 +104,26 @@ bool ShowTime(const Offset& offset, ENGTIME* parts) {
   return true;
 }
 
-// A moment with a date. `fixed` is null where the machine's rules hold.
+// A date without a time: the day is the same in every zone. `fixed` is null where the machine's rules hold.
+bool ShowDay(const Offset* fixed, ENGTIME* parts) {
+  constexpr std::int64_t kNoon = kTicksPerDay / 2;
+  const std::int64_t day = parts->GM.DateWord & kDayMask;
+  if (!SetDate(day, parts)) return false;
+  SetTime(kNoon, parts);
+  const std::int64_t noon_as_unix = (day - kUnixEpochDay) * kSecondsPerDay + kNoon / kTicksPerSecond;
+  parts->Dst = fixed ? fixed->dst : LocalOffsetAtFields(noon_as_unix, false).dst;
+  return true;
+}
+
+// A moment with both halves.
 bool ShowMoment(const Offset* fixed, ENGTIME* parts) {
-  constexpr std::uint32_t kNoon = kTicksPerDay / 2;
-  const bool has_time = HasTime(parts->GM);
-  // Without a time the date word is that of the local noon. At 12 hours east this is midnight, and so still the same
-  // day; just ahead of noon GMT the date there is the one meant.
-  const auto ticks = TicksOf({has_time ? parts->GM.TimeWord : kNoon - 1, parts->GM.DateWord});
+  const auto ticks = TicksOf(parts->GM);
   if (!ticks) return false;
   const std::int64_t unix_seconds = FloorDivide(*ticks - kUnixEpochTicks, kTicksPerSecond);
   const Offset offset = fixed ? *fixed : LocalOffset(unix_seconds);
   const std::int64_t shown = *ticks + offset.east * kTicksPerSecond;
   if (shown < 0 || !SetDate(shown / kTicksPerDay, parts)) return false;
-  SetTime(has_time ? shown % kTicksPerDay : std::int64_t{kNoon}, parts);
+  SetTime(shown % kTicksPerDay, parts);
   parts->Dst = offset.dst;
   return true;
 }
@@ -141,7 +148,11 @@ bool ToParts(const Zone& zone, ENGTIME* parts) {
   result.Zone = zone.number;
   const bool local = zone.number == LocalZone().number;
   const Offset fixed = local ? Offset{*east, false} : FixedOffset(*east, zone.dst);
-  if (!(HasDate(parts->GM) ? ShowMoment(local ? nullptr : &fixed, &result) : ShowTime(fixed, &result))) return false;
+  const Offset* rule = local ? nullptr : &fixed;
+  const bool shown = !HasDate(parts->GM)  ? ShowTime(fixed, &result)
+                     : HasTime(parts->GM) ? ShowMoment(rule, &result)
+                                          : ShowDay(rule, &result);
+  if (!shown) return false;
   *parts = result;
   return true;
 }

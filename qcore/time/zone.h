@@ -25,7 +25,8 @@ Zone LocalZone();
 std::optional<std::int64_t> SecondsEast(std::int32_t zone);
 
 // From parts->GM to the fields, Zone and Dst with them; false, and nothing changes, for a moment outside the calendar.
-// Without a date the date fields become 0 and daylight saving does not count. Without a time they are those of noon.
+// Without a date the date fields become 0 and daylight saving does not count. Without a time they are those of
+// noon of that very day, in any zone.
 bool ToParts(const Zone& zone, ENGTIME* parts);
 
 // From the fields to parts->GM, in parts->Zone. Year, month and day all 0 mean no date. Where clocks are set back, Dst

@@ -256,14 +256,29 @@ TEST_F(Time, RangesReadBackWhatTheyPrint) {
             ENG_ERR_BUFFER_SIZE);
 }
 
-// Far from Greenwich, the date of a value without a time is that of the local noon.
-struct FarTime : Time {
-  FarTime() : Time("Pacific/Auckland") {}
+// Half a day and more from Greenwich, where noon is on another date there or at its edge.
+struct FarTime : Time, ::testing::WithParamInterface<const char*> {
+  FarTime() : Time(GetParam()) {}
 };
 
-TEST_F(FarTime, ADateWithoutATimeStaysItself) {
-  EXPECT_EQ(Parsed("1/5/1997"), "1997-01-05|");
-  EXPECT_EQ(Parsed("7/5/1997"), "1997-07-05|");
+INSTANTIATE_TEST_SUITE_P(Zones, FarTime,
+                         ::testing::Values("Pacific/Auckland", "Pacific/Kiritimati", "Etc/GMT+12", "Pacific/Apia"));
+
+TEST_P(FarTime, ADateWithoutATimeIsTheSameDayEverywhere) {
+  for (const auto& [text, result] : {std::pair{"1/5/1997", "1997-01-05|"},
+                                     {"7/5/1997", "1997-07-05|"},
+                                     {"12/30/2011", "2011-12-30|"}}) {  // Apia skipped it
+    EXPECT_EQ(Parsed(text), result);
+  }
+  const std::string text = "7/5/1997";
+  const ENGCHAR* at = Store(text);
+  TIMEDATE day{};
+  ASSERT_EQ(EngTimeParse(&settings, nullptr, &at, 80, &day), ENG_OK);
+  EXPECT_EQ(day.DateWord, At(1997, 7, 5).DateWord);
+  settings.TimeZone = 5;
+  EXPECT_EQ(Text(day), "07/05/1997");
+  EXPECT_EQ(EngTimeAdjust(&day, 0, 0, 0, -4, 1, 0), 0);
+  EXPECT_EQ(day.DateWord, At(1997, 8, 1).DateWord);
   EXPECT_EQ(Parsed("11:00"), "11:00:00|") << "no daylight saving without a date";
 }
 

@@ -127,10 +127,44 @@ TEST_P(Times, Zones) {
   EXPECT_EQ(value.SetTimeZone(VQTIMEZONE_GMT), VQ_OK);
   EXPECT_EQ(value.GetHour(), 20u);
   EXPECT_EQ(value.GetTIMEDATE()->TimeWord, (20 * 60 + 30) * 6000u);
+  EXPECT_EQ(value.AdjustTimeZone(VQTIMEZONE_EASTERN_AUSTRALIA), VQ_OK);
+  EXPECT_EQ(value.SetDate(1, 31, 1999), VQ_OK);
+  EXPECT_EQ(value.AdjustDate(1, 0, 0), VQ_OK);  // by the calendar of its own zone, not by that of New York
+  EXPECT_EQ(value.GetDay(), 28u);
+  value = Moment(7, 1, 1999, 10);
+  EXPECT_EQ(value.SetTimeZone(VQTIMEZONE_PACIFIC), VQ_OK);
+  EXPECT_EQ(value.IsDSTInEffect(), 0);
+  EXPECT_EQ(value.SetTimeZone(VQTIMEZONE_EASTERN), VQ_OK);
+  EXPECT_EQ(value.IsDSTInEffect(), 1);
+  EXPECT_EQ(value.GetHour(), 10u);
+  EXPECT_EQ(ReturnedStatusOf([&] { return value.SetTimeZone(static_cast<VQTIMEZONE>(99)); }), VQERR_INVALID_PARAMETER);
+  EXPECT_EQ(value.GetTimeZone(), VQTIMEZONE_EASTERN);
   VQDatetime date = Date(6, 15, 1999);
   EXPECT_EQ(date.AdjustTimeZone(VQTIMEZONE_GMT), VQ_OK);
   EXPECT_EQ(date.GetDay(), 15u);
   EXPECT_EQ(date.GetTIMEDATE()->TimeWord, ENG_TIME_WILD);
+}
+
+TEST_P(Times, TheDayShownIsTheDayStored) {
+  for (const char* zone :
+       {"Pacific/Auckland", "Pacific/Kiritimati", "Etc/GMT+12", "Pacific/Apia", "America/New_York"}) {
+    ::setenv("TZ", zone, 1);
+    ::tzset();
+    for (const auto& [month, day, year] : {std::tuple{1UL, 5UL, 1997UL}, {7UL, 5UL, 1997UL}, {12UL, 30UL, 2011UL}}) {
+      const VQDatetime date = Date(month, day, year);
+      const VQDatetime stored(*date.GetTIMEDATE());
+      EXPECT_EQ(stored.GetDay(), day) << zone;
+      EXPECT_EQ(stored.GetTIME()->Hour, 12) << zone;
+      EXPECT_EQ(VQDatetime(static_cast<VQString>(date)).GetDay(), day) << zone;
+    }
+    VQDatetime late = Moment(7, 4, 1997, 23);
+    EXPECT_EQ(late.SetTimeToWildCard(), VQ_OK);
+    EXPECT_EQ(TextOf(late), TextOf(Date(7, 4, 1997))) << zone;
+    VQDatetime time = Clock(10, 0);
+    EXPECT_EQ(time.AdjustTime(5000, 0, 0, 0), VQ_OK);  // more than half a year
+    EXPECT_EQ(time.GetHour(), 18u) << zone;
+    EXPECT_EQ(TextOf(time), TextOf(Clock(18, 0))) << zone;
+  }
 }
 
 TEST_P(Times, Calendar) {

@@ -28,9 +28,18 @@ void ClearDate(ENGTIME* parts) {
   EngTimeLocalZone(&parts->Zone, &parts->Dst);
 }
 
-void SetClock(ENGTIME* parts, std::int32_t hour) {
-  parts->Hour = hour;
-  parts->Minute = parts->Second = parts->Hundredth = 0;
+// The moment of parts without a time: a day, the same one in every zone. False for a date that there is not.
+bool MakeDay(ENGTIME* parts) {
+  const std::uint32_t day = EngTimeJulianDay(parts);
+  if (day == 0) return false;
+  EngTimeCompose(day, ENG_TIME_WILD, &parts->GM);
+  return true;
+}
+
+// The moment of the parts, and the parts as they are then: a time that was skipped moves on.
+VQSTATUS MakeMoment(ENGTIME* parts, std::uint16_t has_time) {
+  if (has_time ? EngTimeFromParts(parts) != 0 : !MakeDay(parts)) return VQERR_INVALID_PARAMETER;
+  return EngTimeToPartsInZone(parts) == 0 ? VQ_OK : VQERR_CANT_CONVERT_DATETIME;
 }
 
 }  // namespace
@@ -99,7 +108,7 @@ VQSTATUS VQDatetime::FromTimedate(const TIMEDATE& timedate) {
     *this = work;
     return VQ_OK;
   }
-  if (time == ENG_TIME_WILD) EngTimeCompose(date, kNoon, &work.Parts.GM);
+  if (date == ENG_TIME_WILD && time == ENG_TIME_WILD) work.Parts.GM.TimeWord = kNoon;
   EngTimeLocalZone(&work.Parts.Zone, &work.Parts.Dst);
   if (EngTimeToPartsInZone(&work.Parts) != 0) return VQERR_INVALID_PARAMETER;
   work.Parts.GM = timedate;
@@ -118,13 +127,6 @@ VQSTATUS VQDatetime::FromText(const VQString& text) {
   if (parsed != ENG_OK) return vq::FromEngine(parsed);
   if (EngTimeToPartsLocal(&work.Parts) != 0) return VQERR_CANT_CONVERT_DATETIME;
   work.TakeHalves();
-  if (!work.HasTime) {
-    EngTimeLocalZone(&work.Parts.Zone, &work.Parts.Dst);
-    SetClock(&work.Parts, 12);
-    if (EngTimeFromParts(&work.Parts) != 0) return VQERR_CANT_CONVERT_DATETIME;
-    if (EngTimeToPartsLocal(&work.Parts) != 0) return VQERR_CANT_CONVERT_DATETIME;
-    work.Parts.GM.TimeWord = ENG_TIME_WILD;
-  }
   *this = work;
   return VQ_OK;
 }
@@ -150,11 +152,9 @@ VQSTATUS VQDatetime::ChangeDate(unsigned long month, unsigned long day, unsigned
   EngTimeLocalZone(&zone, &dst);
   if (!HasDate) work.Parts.Zone = zone;
   if (work.Parts.Zone == zone) work.Parts.Dst = dst;
-  if (!HasTime) SetClock(&work.Parts, 12);
   // All zero would be parts without a date.
-  if (month == 0 || EngTimeFromParts(&work.Parts) != 0) return VQERR_INVALID_PARAMETER;
-  if (EngTimeToPartsInZone(&work.Parts) != 0) return VQERR_CANT_CONVERT_DATETIME;
-  if (!HasTime) work.Parts.GM.TimeWord = ENG_TIME_WILD;
+  if (month == 0) return VQERR_INVALID_PARAMETER;
+  if (const VQSTATUS status = MakeMoment(&work.Parts, HasTime)) return status;
   work.TakeHalves();
   *this = work;
   return VQ_OK;
@@ -230,8 +230,8 @@ VQSTATUS VQDatetime::SetDateToWildCard() {
 }
 
 VQSTATUS VQDatetime::SetTimeToWildCard() {
-  Parts.GM.TimeWord = ENG_TIME_WILD;
-  if (!HasDate) Parts.GM.DateWord = ENG_TIME_WILD;
+  // The day shown stays, also where it is another one in Greenwich.
+  if (!HasDate || !MakeDay(&Parts)) Parts.GM = {ENG_TIME_WILD, ENG_TIME_WILD};
   HasTime = 0;
   Special = VQDATETIMESPECIAL_WILDCARD;
   return VQ_OK;
@@ -241,14 +241,18 @@ VQSTATUS VQDatetime::MoveDate(long months, long days, long years) {
   if (const VQSTATUS status = vq::CheckInitialized()) return status;
   if (const VQSTATUS status = CheckHalf(HasDate)) return status;
   if (!FitsInt(months) || !FitsInt(days) || !FitsInt(years)) return VQERR_CANT_ADJUST_DATETIME;
+  // The engine would move a moment by the local zone's calendar; the day moves by that of the value's own.
   VQDatetime work(*this);
-  if (EngTimeAdjust(&work.Parts.GM, 0, 0, 0, static_cast<std::int32_t>(days), static_cast<std::int32_t>(months),
-                    static_cast<std::int32_t>(years)) != 0) {
+  ENGTIME day = Parts;
+  if (!MakeDay(&day) || EngTimeAdjust(&day.GM, 0, 0, 0, static_cast<std::int32_t>(days),
+                                      static_cast<std::int32_t>(months), static_cast<std::int32_t>(years)) != 0) {
     return VQERR_CANT_ADJUST_DATETIME;
   }
-  const TIMEDATE moved = work.Parts.GM;
-  if (EngTimeToPartsInZone(&work.Parts) != 0) return VQERR_CANT_CONVERT_DATETIME;
-  work.Parts.GM = moved;
+  if (EngTimeToPartsInZone(&day) != 0) return VQERR_CANT_CONVERT_DATETIME;
+  work.Parts.Year = day.Year;
+  work.Parts.Month = day.Month;
+  work.Parts.Day = day.Day;
+  if (MakeMoment(&work.Parts, HasTime) != VQ_OK) return VQERR_CANT_CONVERT_DATETIME;
   *this = work;
   return VQ_OK;
 }
@@ -262,10 +266,8 @@ VQSTATUS VQDatetime::MoveTime(long hours, long minutes, long seconds, long hundr
   VQDatetime work(*this);
   ENGTIME& parts = work.Parts;
   if (!HasDate) {
-    // Arithmetic on a time alone needs some day to stand on.
+    // The engine wraps a time alone; on a day to stand on it could meet a change of daylight saving.
     ClearDate(&parts);
-    parts.Year = 1997;
-    parts.Month = parts.Day = 1;
     if (EngTimeFromParts(&parts) != 0) return VQERR_CANT_ADJUST_DATETIME;
   }
   if (hundredths != 0 && EngTimeAdjustTicks(&parts.GM, static_cast<std::int32_t>(hundredths)) != 0) {
@@ -275,11 +277,6 @@ VQSTATUS VQDatetime::MoveTime(long hours, long minutes, long seconds, long hundr
                     static_cast<std::int32_t>(hours), 0, 0, 0) != 0 ||
       EngTimeToPartsInZone(&parts) != 0) {
     return VQERR_CANT_ADJUST_DATETIME;
-  }
-  if (!HasDate) {
-    ClearDate(&parts);
-    if (EngTimeFromParts(&parts) != 0) return VQERR_CANT_ADJUST_DATETIME;
-    parts.GM.DateWord = ENG_TIME_WILD;
   }
   *this = work;
   return VQ_OK;
@@ -297,7 +294,6 @@ VQSTATUS VQDatetime::AdjustTimeZone(VQTIMEZONE zone) {
   VQDatetime work(*this);
   if (zone != work.Parts.Zone) work.Parts.Dst = 0;
   work.Parts.Zone = zone;
-  if (!HasTime) EngTimeCompose(Parts.GM.DateWord, kNoon, &work.Parts.GM);
   if (EngTimeToPartsInZone(&work.Parts) != 0 || EngTimeFromParts(&work.Parts) != 0) {
     return vq::Apply(VQERR_CANT_CONVERT_DATETIME);
   }
@@ -313,8 +309,7 @@ VQSTATUS VQDatetime::SetTimeZone(VQTIMEZONE zone) {
   VQDatetime work(*this);
   work.Parts.Zone = zone;
   work.Parts.Dst = 0;
-  if (EngTimeFromParts(&work.Parts) != 0) return vq::Apply(VQERR_INVALID_PARAMETER);
-  if (!HasTime) work.Parts.GM.TimeWord = ENG_TIME_WILD;
+  if (MakeMoment(&work.Parts, HasTime) != VQ_OK) return vq::Apply(VQERR_INVALID_PARAMETER);
   *this = work;
   return VQ_OK;
 }

@@ -1,9 +1,9 @@
 // Moments and ranges of moments.
 //
 // The engine keeps moments in Greenwich time; a VQDatetime keeps the local form beside it, in its own zone, and knows
-// which halves (date, time) are meant. Everything here needs a session. A half that is missing gives
-// VQERR_SPECIAL_DATETIME for a special value and VQERR_OBJECT_NOT_INITIALIZED for a plain one, thrown by getters. A
-// failure leaves the value as it was.
+// which halves (date, time) are meant. A date without a time is the same day in every zone. Everything here needs a
+// session. A half that is missing gives VQERR_SPECIAL_DATETIME for a special value and VQERR_OBJECT_NOT_INITIALIZED for
+// a plain one, thrown by getters. A failure leaves the value as it was.
 #ifndef QUILLON_VQ_VALUES_VQDTIME_H
 #define QUILLON_VQ_VALUES_VQDTIME_H
 
