@@ -66,6 +66,12 @@ TEST_P(Numbers, ToText) {
   EXPECT_EQ(StatusOf([&] { return number.GetText(format, VQInternational(), &text); }), VQERR_UNINITIALIZED_ARGUMENT);
   EXPECT_EQ(StatusOf([&] { return number.GetText(nullptr); }), VQERR_NULL_POINTER);
   EXPECT_EQ(TextOf(text), "(1.234,50)");
+  const VQString wide = Store(std::string(65534, '-'));
+  EXPECT_EQ(ReturnedStatusOf([&] { return Make({1, 2}).GetText(&text, wide); }), VQERR_STRING_TOO_LONG);
+  EXPECT_EQ(TextOf(text), "(1.234,50)");
+  format.SetDigits(254);
+  EXPECT_EQ(VQNumber(1e308).GetText(format, settings, &text), VQ_OK);
+  EXPECT_EQ(text.GetBufLength(), 309u + 102 + 1 + 254);
 }
 
 TEST_P(Numbers, Settings) {

@@ -147,6 +147,12 @@ TEST_P(Texts, FullListStaysAsItWas) {
   EXPECT_EQ(StatusOf([&] { return Store(many + many.substr(0, 20000)).Parse(",", &pieces); }),
             VQSTATUS{ENG_ERR_LIST_FULL});
   EXPECT_EQ(pieces.GetCount(), 20000u);
+  VQString joined;
+  EXPECT_EQ(pieces.GetText(&joined, ","), VQ_OK);
+  EXPECT_EQ(TextOf(joined) + ",", many);
+  EXPECT_EQ(ReturnedStatusOf([&] { return text.Insert(1, pieces); }), VQSTATUS{ENG_ERR_LIST_FULL});
+  EXPECT_EQ(pieces.Delete(1, 19998), VQ_OK);
+  EXPECT_EQ(EntriesOf(pieces), (Entries{"e", "e"}));
 }
 
 TEST_P(Texts, DamagedListsAreRefused) {

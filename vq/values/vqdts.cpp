@@ -200,7 +200,9 @@ VQSTATUS VQDatetimes::JoinText(VQString* out, const VQString& separator, const V
     if (const VQSTATUS status = ReadRange(DatetimesBody(), i, &range)) return vq::Apply(status);
     VQString text;
     if (const VQSTATUS status = range.GetText(&text, format, international)) return status;
-    if (i != 0) text = VQString(separator) += text;
+    if (i != 0) {
+      if (const VQSTATUS status = joined.Append(separator)) return status;
+    }
     if (const VQSTATUS status = joined.Append(text)) return status;
   }
   *out = joined;
@@ -218,12 +220,14 @@ VQSTATUS VQDatetimes::GetText(const VQDatetimeFormat& format, const VQInternatio
 
 VQSTATUS VQDatetimes::Insert(unsigned long index, const VQDatetime& datetime) {
   if (Body == nullptr) return index == 0 ? SetValue(datetime) : vq::Apply(VQERR_OUT_OF_RANGE);
+  if (const VQSTATUS status = DatetimesBody()->CheckEditable()) return vq::Apply(status);
   if (datetime.IsUninitialized()) return vq::Apply(VQERR_UNINITIALIZED_ARGUMENT);
   return vq::Apply(InsertMoment(DatetimesBody(), index, *datetime.GetTIMEDATE()));
 }
 
 VQSTATUS VQDatetimes::Insert(unsigned long index, const VQDatetimeRange& range) {
   if (Body == nullptr) return index == 0 ? SetValue(range) : vq::Apply(VQERR_OUT_OF_RANGE);
+  if (const VQSTATUS status = DatetimesBody()->CheckEditable()) return vq::Apply(status);
   if (!range.HasBeginPart()) return vq::Apply(VQERR_UNINITIALIZED_ARGUMENT);
   const TIMEDATE_PAIR& pair = *range.GetTIMEDATEPAIR();
   if (!range.HasEndPart()) return vq::Apply(InsertMoment(DatetimesBody(), index, pair.Lower));
@@ -232,6 +236,7 @@ VQSTATUS VQDatetimes::Insert(unsigned long index, const VQDatetimeRange& range) 
 
 VQSTATUS VQDatetimes::Insert(unsigned long index, const VQDatetimes& datetimes) {
   if (Body == nullptr) return index == 0 ? SetValue(datetimes) : vq::Apply(VQERR_BAD_SUBSCRIPT);
+  if (const VQSTATUS status = DatetimesBody()->CheckEditable()) return vq::Apply(status);
   if (datetimes.Body == nullptr) return vq::Apply(VQERR_UNINITIALIZED_ARGUMENT);
   return vq::Apply(InsertBoth(DatetimesBody(), index, datetimes.DatetimesBody()));
 }

@@ -12,7 +12,7 @@ constexpr unsigned kPunctuated = 0x01;
 constexpr unsigned kParentheses = 0x02;
 constexpr unsigned kPercentage = 0x04;
 constexpr std::uint8_t kDefaultDigits = 8;
-constexpr std::uint16_t kTextSize = 512;
+constexpr std::uint16_t kTextSize = 2048;  // 309 digits, separators of 7 bytes, 254 digits behind the point
 
 }  // namespace
 

@@ -113,7 +113,9 @@ VQSTATUS VQNumbers::JoinText(VQString* out, const VQString& separator, const VQN
     if (const VQSTATUS status = ReadNumber(NumbersBody(), i, &number.Value)) return vq::Apply(status);
     VQString text;
     if (const VQSTATUS status = number.GetText(&text, format, international)) return status;
-    if (i != 0) text = VQString(separator) += text;
+    if (i != 0) {
+      if (const VQSTATUS status = joined.Append(separator)) return status;
+    }
     if (const VQSTATUS status = joined.Append(text)) return status;
   }
   *out = joined;
@@ -131,9 +133,9 @@ VQSTATUS VQNumbers::GetText(const VQNumberFormat& format, const VQInternational&
 
 VQSTATUS VQNumbers::Insert(unsigned long index, const VQNumbers& numbers) {
   if (Body == nullptr) return index == 0 ? SetValue(numbers) : vq::Apply(VQERR_OUT_OF_RANGE);
-  if (numbers.Body == nullptr) return vq::Apply(VQERR_UNINITIALIZED_ARGUMENT);
   vq::RangeListBody::Counts counts;
   if (const VQSTATUS status = NumbersBody()->CheckEditable()) return vq::Apply(status);
+  if (numbers.Body == nullptr) return vq::Apply(VQERR_UNINITIALIZED_ARGUMENT);
   if (const VQSTATUS status = NumbersBody()->GetCounts(&counts)) return vq::Apply(status);
   if (index > counts.Total()) return vq::Apply(VQERR_OUT_OF_RANGE);
   const unsigned long range_at = index > counts.Singles ? index - counts.Singles : 0;

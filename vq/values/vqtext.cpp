@@ -33,6 +33,13 @@ void AppendWord(std::vector<VQCHAR>* bytes, unsigned long word) {
   bytes->push_back(static_cast<VQCHAR>(word >> 8));
 }
 
+// The entry count of a list, whose lengths lie inside its bytes.
+VQSTATUS CountIn(const VQItemLock& value, unsigned long size, unsigned long* count) {
+  if (size < 2 * kTypeWord) return vq::FromEngine(ENG_ERR_LIST_DAMAGED);
+  *count = EngTextListCount(value.Value(), 1);
+  return 2 * kTypeWord + 2 * *count > size ? vq::FromEngine(ENG_ERR_LIST_DAMAGED) : VQ_OK;
+}
+
 // A text list on its way through the engine's list operations, in a block of its own.
 class ListBlock {
  public:
@@ -137,14 +144,41 @@ VQSTATUS VQTextBody::ReadEntry(unsigned long index, VQString* text) {
   auto length = static_cast<std::uint16_t>(size - kTypeWord);
   if (GetType() != TYPE_TEXT && length != 0) {
     VQ_ASSERT_TEXT(GetType() == TYPE_TEXT_LIST, "vaulttype==TYPE_TEXT_LIST", kFile);
-    if (const VQSTATUS status = vq::FromEngine(EngTextListVerify(value.Value(), 1, size))) return status;
-    const bool empty = index == 0 && EngTextListCount(value.Value(), 1) == 0;
+    unsigned long count = 0;
+    if (const VQSTATUS status = CountIn(value, size, &count)) return status;
+    length = 0;
     const auto place = static_cast<std::uint16_t>(std::min(index, 0xFFFFUL));
+    const bool empty = index == 0 && count == 0;
     const ENGSTATUS result = empty ? ENG_OK : EngTextListGetEntry(value.Value(), 1, place, &entry, &length);
     if (result != ENG_OK) return vq::FromEngine(result);
-    if (empty) length = 0;
+    if (static_cast<unsigned long>(entry - value.Value()) + length > size) return vq::FromEngine(ENG_ERR_LIST_DAMAGED);
   }
   *text = VQString(entry, length);
+  return VQ_OK;
+}
+
+// In one walk: entry by entry the engine would add up the lengths in front of each.
+VQSTATUS VQTextBody::ReadEntries(std::vector<VQString>* entries) {
+  const VQItemLock value(this);
+  if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
+  const unsigned long size = GetValueSize();
+  entries->clear();
+  if (size == kTypeWord) return VQ_OK;
+  if (GetType() == TYPE_TEXT) {
+    entries->emplace_back(value.Data(), size - kTypeWord);
+    return VQ_OK;
+  }
+  VQ_ASSERT_TEXT(GetType() == TYPE_TEXT_LIST, "vaulttype==TYPE_TEXT_LIST", kFile);
+  if (const VQSTATUS status = vq::FromEngine(EngTextListVerify(value.Value(), 1, size))) return status;
+  const unsigned long count = EngTextListCount(value.Value(), 1);
+  const VQCHAR* lengths = value.Data() + kTypeWord;
+  const VQCHAR* entry = lengths + 2 * count;
+  entries->reserve(count);
+  for (unsigned long i = 0; i < count; ++i) {
+    const unsigned long length = lengths[2 * i] | lengths[2 * i + 1] << 8;
+    entries->emplace_back(entry, length);
+    entry += length;
+  }
   return VQ_OK;
 }
 
@@ -164,35 +198,24 @@ VQSTATUS VQTextBody::InsertEntries(unsigned long index, VQTextBody& source) {
   if (const VQSTATUS status = CheckEditable()) return status;
   if (source.CheckValue() != VQ_OK) return VQERR_UNINITIALIZED_ARGUMENT;
   if (&source == this) return VQERR_INVALID_PARAMETER;
-  unsigned long entries = 0;
-  unsigned long count = 0;
-  if (const VQSTATUS status = vq::CountEntries(this, &entries)) return status;
-  if (const VQSTATUS status = vq::CountEntries(&source, &count)) return status;
-  if (index > entries) return VQERR_OUT_OF_RANGE;
-  ListBlock list;
-  if (const VQSTATUS status = list.Load(this)) return status;
-  for (unsigned long i = 0; i < count; ++i) {
-    VQString text;
-    if (const VQSTATUS status = source.ReadEntry(i, &text)) return status;
-    const std::vector<VQCHAR> bytes = StoredText(text);
-    if (const VQSTATUS status = list.Add(index + i, bytes.data(), bytes.size())) return status;
-  }
-  return list.Store(this);
+  std::vector<VQString> entries;
+  std::vector<VQString> added;
+  if (const VQSTATUS status = ReadEntries(&entries)) return status;
+  if (const VQSTATUS status = source.ReadEntries(&added)) return status;
+  if (index > entries.size()) return VQERR_OUT_OF_RANGE;
+  entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(index), added.begin(), added.end());
+  return SetEntries(entries);
 }
 
 VQSTATUS VQTextBody::DeleteEntries(unsigned long index, unsigned long count) {
   if (const VQSTATUS status = CheckEditable()) return status;
   if (count == 0) return VQ_OK;
-  unsigned long entries = 0;
-  if (const VQSTATUS status = vq::CountEntries(this, &entries)) return status;
-  if (index >= entries || count > entries - index) return VQERR_OUT_OF_RANGE;
-  if (count == entries) return ReplaceValue(TYPE_TEXT, nullptr, 0);
-  ListBlock list;
-  if (const VQSTATUS status = list.Load(this)) return status;
-  for (unsigned long i = 0; i < count; ++i) {
-    if (const VQSTATUS status = list.Remove(index)) return status;
-  }
-  return list.Store(this);
+  std::vector<VQString> entries;
+  if (const VQSTATUS status = ReadEntries(&entries)) return status;
+  if (index >= entries.size() || count > entries.size() - index) return VQERR_OUT_OF_RANGE;
+  const auto first = entries.begin() + static_cast<std::ptrdiff_t>(index);
+  entries.erase(first, first + static_cast<std::ptrdiff_t>(count));
+  return SetEntries(entries);
 }
 
 // The list is edited aside, so that a text that does not fit leaves the value as it was.

@@ -9,6 +9,7 @@
 #define QUILLON_VQ_VALUES_VQTEXT_H
 
 #include <span>
+#include <vector>
 
 #include "vq/store/vqitem.h"
 #include "vq/values/vqstring.h"
@@ -26,6 +27,7 @@ class VQ_API VQTextBody : public VQItemBody {
   [[nodiscard]] VQSTATUS SetText(const VQString& text);
   [[nodiscard]] VQSTATUS SetValueOf(VQTextBody& source);
   [[nodiscard]] VQSTATUS SetEntries(std::span<const VQString> entries);
+  [[nodiscard]] VQSTATUS ReadEntries(std::vector<VQString>* entries);
   [[nodiscard]] VQSTATUS ReadEntry(unsigned long index, VQString* text);
   [[nodiscard]] VQSTATUS InsertEntry(unsigned long index, const VQString& text);
   [[nodiscard]] VQSTATUS InsertEntries(unsigned long index, VQTextBody& source);

@@ -72,12 +72,11 @@ VQSTATUS VQText::DeleteAll() {
 VQSTATUS VQText::FindEntry(const VQString& text, unsigned long* index) const {
   if (Body == nullptr) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
   if (index == nullptr) return vq::Apply(VQERR_INVALID_PARAMETER);
-  unsigned long count = 0;
-  if (const VQSTATUS status = vq::CountEntries(GetItemBody(), &count)) return vq::Apply(status);
-  for (unsigned long i = 0; i < count; ++i) {
-    VQString entry;
-    if (const VQSTATUS status = TextBody()->ReadEntry(i, &entry)) return vq::Apply(status);
-    if (VQStringCompare(text, entry, 0) != 0) continue;
+  if (const VQSTATUS status = vq::CheckInitialized()) return vq::Apply(status);
+  std::vector<VQString> entries;
+  if (const VQSTATUS status = TextBody()->ReadEntries(&entries)) return vq::Apply(status);
+  for (unsigned long i = 0; i < entries.size(); ++i) {
+    if (VQStringCompare(text, entries[i], 0) != 0) continue;
     *index = i;
     return VQ_OK;
   }
@@ -89,15 +88,15 @@ unsigned long VQText::GetCount() const { return Body == nullptr ? 0 : TextBody()
 VQSTATUS VQText::GetText(VQString* out, const VQString& separator) const {
   if (out == nullptr) return vq::Apply(VQERR_INVALID_PARAMETER);
   VQString joined;
-  unsigned long count = 0;
-  if (const VQSTATUS status = vq::CountEntries(GetItemBody(), &count)) return vq::Apply(status);
-  for (unsigned long i = 0; i < count; ++i) {
-    VQString entry;
-    if (const VQSTATUS status = TextBody()->ReadEntry(i, &entry)) return vq::Apply(status);
+  std::vector<VQString> entries;
+  if (Body != nullptr) {
+    if (const VQSTATUS status = TextBody()->ReadEntries(&entries)) return vq::Apply(status);
+  }
+  for (unsigned long i = 0; i < entries.size(); ++i) {
     if (i != 0) {
       if (const VQSTATUS status = joined.Append(separator)) return status;
     }
-    if (const VQSTATUS status = joined.Append(entry)) return status;
+    if (const VQSTATUS status = joined.Append(entries[i])) return status;
   }
   *out = joined;
   return VQ_OK;
@@ -105,6 +104,7 @@ VQSTATUS VQText::GetText(VQString* out, const VQString& separator) const {
 
 VQSTATUS VQText::Insert(unsigned long index, const VQText& text) {
   if (Body == nullptr) return index == 0 ? SetValue(text) : vq::Apply(VQERR_OUT_OF_RANGE);
+  if (const VQSTATUS status = TextBody()->CheckEditable()) return vq::Apply(status);
   if (text.Body == nullptr) return vq::Apply(VQERR_UNINITIALIZED_ARGUMENT);
   return vq::Apply(TextBody()->InsertEntries(index, *text.TextBody()));
 }
