@@ -1,33 +1,23 @@
-#include <cstdio>
-
 #include "vq/vq.h"
 
-// Replaces the first "colour" of each document.
+// Makes the first "colour" in a store's first document a "color".
 int main(int, char** argv) {
+  VQSetThrowAllErrors(1);  // a failure is thrown as its status
   VQQuillonSession session;
-  VQSetThrowAllErrors(1);  // each failure is thrown as its status
-  try {
-    session.Init();  // finds QUILLON.INI
-    VQDatabase papers;
-    session.GetDatabase(argv[1], &papers);
-    papers.Open();
-    VQDocumentArray documents;
-    papers.GetDocuments(&documents);
-    for (unsigned long i = 0; i < documents.GetCount(); ++i) {
-      VQDocument document(documents[i]);
-      VQRichText body;
-      VQRTCursor cursor;
-      document.Open();
-      document.GetItem("Body", &body);
-      body.GetCursor(&cursor);
-      if (cursor.GotoFirst("colour") == VQWARN_NOT_FOUND) continue;
-      body.Delete(&cursor, 6);
-      body.Insert("color", &cursor);
-      document.Save();  // writes the one record anew, every other byte as it was
-    }
-  } catch (VQSTATUS status) {
-    char words[256];
-    VQGetErrorMessageText(status, words, sizeof words);
-    return std::fprintf(stderr, "%s\n", words), 1;
-  }
+  session.Init();  // finds QUILLON.INI
+  VQDatabase papers;
+  session.GetDatabase(argv[1], &papers);
+  papers.Open();
+  VQDocumentArray documents;
+  papers.GetDocuments(&documents);
+  VQDocument document(documents[0]);
+  document.Open();
+  VQRichText body;
+  document.GetItem("Body", &body);
+  VQRTCursor cursor;
+  body.GetCursor(&cursor);
+  if (cursor.GotoFirst("colour") != VQ_OK) return 3;
+  body.Delete(&cursor, 6);
+  body.Insert("color", &cursor);
+  document.Save();  // writes the one record anew, every other byte as it was
 }

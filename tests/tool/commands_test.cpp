@@ -73,6 +73,7 @@ struct CommandRow {
 TEST_F(Commands, ExitCodesAndWords) {
   Import();
   Write("no.vlt", "this is no store at all, but long enough to look at");
+  Write("cut.vlt", Read("s.vlt").substr(0, 5000));
   const CommandRow rows[] = {
       {"", 2, "subcommand"},
       {"fly s.vlt", 2, "subcommand"},
@@ -80,6 +81,10 @@ TEST_F(Commands, ExitCodesAndWords) {
       {"replace s.vlt one.txt '' x", 2, "empty word"},
       {"ls none.vlt", 1, "does not exist (0x"},
       {"ls no.vlt", 1, "not a database (0x"},
+      {"ls cut.vlt", 1, "damaged (0x"},
+      {"check cut.vlt", 4, "store: The database is damaged"},
+      {"--json check cut.vlt", 4, "{\"documents\":0,\"faults\":[{\"document\":0"},
+      {"--json create new.vlt", 0, "new.vlt\"}"},
       {"--config /nowhere ls s.vlt", 1, "quillon init"},
       {"create s.vlt", 1, "exists"},
       {"init .", 1, "--force"},

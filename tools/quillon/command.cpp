@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <filesystem>
+#include <iostream>
 
 #include "tools/quillon/json.h"
 
@@ -105,6 +106,17 @@ std::string StatusWords(VQSTATUS status) {
   char words[512];
   VQGetErrorMessageText(status, words, sizeof words);
   return words;
+}
+
+void PrintPath(const Options& options, const std::string& path) {
+  if (!options.json) {
+    std::cout << Printable(path) << '\n';
+    return;
+  }
+  JsonWriter json(std::cout);
+  json.BeginObject();
+  json.Field("path", path);
+  json.EndObject();
 }
 
 }  // namespace tool

@@ -67,6 +67,8 @@ std::string Printable(std::string_view text);
 // First entry of a text item, empty without one.
 std::string TextOf(VQDocument& document, const char* item);
 std::string StatusWords(VQSTATUS status);
+// The answer of a command that makes a file: its path.
+void PrintPath(const Options& options, const std::string& path);
 
 // Each family adds its commands; what runs returns an exit code through *result.
 void AddSettingsCommands(CLI::App& app, Options& options, int* result);  // init

@@ -1,6 +1,5 @@
 // quillon export: a document's rich text into a file.
 #include <filesystem>
-#include <iostream>
 
 #include "tools/quillon/command.h"
 
@@ -32,6 +31,7 @@ int Run(const Options& options, const Arguments& arguments) {
   } else {
     body.Export(file, start, end);
   }
+  if (options.json) PrintPath(options, ToText(file));
   return kExitDone;
 }
 

@@ -215,14 +215,13 @@ int Run(const Options& options, const Arguments& arguments) {
 
 void AddImportCommand(CLI::App& app, Options& options, int* result) {
   auto arguments = std::make_shared<Arguments>();
-  CLI::App* import = app.add_subcommand("import", "Import text files, one document a file, in one transaction");
-  import->add_option("store", arguments->store, "The store")->required();
-  import->add_option("sources", arguments->sources, "Files, and folders with all below them")->required();
-  import->add_option("--form", arguments->form, "Item Form of the documents (default: Text)");
-  import->add_flag("--plain", arguments->plain, "One font and one paragraph style throughout");
-  import->add_flag("--join-lines", arguments->join_lines, "Lines without an empty one between are one paragraph");
-  import->callback([&options, arguments, result] { *result = Run(options, *arguments);
-});
-}  // namespace tool
+  CLI::App* command = app.add_subcommand("import", "Import text files, one document a file, in one transaction");
+  command->add_option("store", arguments->store, "The store")->required();
+  command->add_option("sources", arguments->sources, "Files, and folders with all below them")->required();
+  command->add_option("--form", arguments->form, "Item Form of the documents (default: Text)");
+  command->add_flag("--plain", arguments->plain, "One font and one paragraph style throughout");
+  command->add_flag("--join-lines", arguments->join_lines, "Lines without an empty one between are one paragraph");
+  command->callback([&options, arguments, result] { *result = Run(options, *arguments); });
+}
 
 }  // namespace tool

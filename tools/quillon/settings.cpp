@@ -1,7 +1,6 @@
 // quillon init: the settings file.
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 
 #include "tools/quillon/command.h"
 
@@ -23,7 +22,7 @@ struct Arguments {
   bool force = false;
 };
 
-int Run(const Arguments& arguments) {
+int Run(const Options& options, const Arguments& arguments) {
   namespace fs = std::filesystem;
   const fs::path path = fs::path(arguments.directory) / kFileName;
   if (fs::exists(path) && !arguments.force) {
@@ -36,20 +35,20 @@ int Run(const Arguments& arguments) {
   if (!arguments.user.empty()) file << "UserName=" << arguments.user << '\n';
   file.close();
   if (!file) throw Failure{kExitFailed, path.string() + " could not be written"};
-  std::cout << path.string() << '\n';
+  PrintPath(options, path.string());
   return kExitDone;
 }
 
 }  // namespace
 
-void AddSettingsCommands(CLI::App& app, Options&, int* result) {
+void AddSettingsCommands(CLI::App& app, Options& options, int* result) {
   auto arguments = std::make_shared<Arguments>();
   CLI::App* init = app.add_subcommand("init", "Make a settings file QUILLON.INI with the text converter's rows");
   init->add_option("directory", arguments->directory, "Where (default: here)");
   init->add_option("--converters", arguments->converters, "Directory of converter libraries");
   init->add_option("--user", arguments->user, "Name of the user, for what is saved");
   init->add_flag("--force", arguments->force, "Replace a file that is there");
-  init->callback([arguments, result] { *result = Run(*arguments); });
+  init->callback([&options, arguments, result] { *result = Run(options, *arguments); });
 }
 
 }  // namespace tool

@@ -135,6 +135,7 @@ int ShowRecords(const Options& options, const Arguments& arguments, const VQDocu
   JsonWriter json(std::cout);
   if (options.json) json.BeginArray();
   std::size_t number = 0;
+  std::string damage;
   for (const StoredItem& item : ReadItems(document)) {
     if (item.name != arguments.item || item.type != TYPE_COMPOSITE) continue;
     RecordWalk walk{item.value};
@@ -143,13 +144,15 @@ int ShowRecords(const Options& options, const Arguments& arguments, const VQDocu
       options.json ? WriteRecord(json, number, record, arguments) : PrintRecord(number, record, arguments);
     }
     if (walk.damage()) {
-      throw Failure{kExitDifferent, "item " + std::to_string(number) + ", offset " + std::to_string(walk.offset()) +
-                                        ": " + walk.damage()};
+      damage = "item " + std::to_string(number) + ", offset " + std::to_string(walk.offset()) + ": " + walk.damage();
+      break;
     }
     ++number;
   }
   if (options.json) json.EndArray();
+  std::cout.flush();
   std::fflush(stdout);
+  if (!damage.empty()) throw Failure{kExitDifferent, damage};
   if (number == 0) throw Failure{kExitNotFound, "no rich text item " + Printable(arguments.item)};
   return kExitDone;
 }

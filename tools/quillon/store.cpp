@@ -25,7 +25,7 @@ int RunCreate(const Options& options, const Arguments& arguments) {
   create.SetOverwriteExisting(arguments.overwrite ? 1 : 0);
   VQDatabase database;
   vq::ThrowIfError(up.session().CreateDatabase(StorePath(arguments.store), &database, create));
-  std::cout << Printable(ToText(database.GetFilepath())) << '\n';
+  PrintPath(options, ToText(database.GetFilepath()));
   return kExitDone;
 }
 
@@ -195,9 +195,19 @@ void ReportFaults(const Options& options, const std::vector<Fault>& faults, unsi
   json.EndObject();
 }
 
+// The engine's "The database is damaged".
+constexpr VQSTATUS kDamaged = 515;
+
 int RunCheck(const Options& options, const Arguments& arguments) {
-  Store store(options, arguments.store);
+  Store store(options);
   std::vector<Fault> faults;
+  try {
+    store.Open(arguments.store, &store.database());
+  } catch (VQSTATUS status) {
+    if (status != kDamaged) throw;
+    ReportFaults(options, {{0, StatusWords(status)}}, 0);
+    return kExitDifferent;
+  }
   CheckFile(store.database(), &faults);
   VQDocumentArray documents;
   store.database().GetDocuments(&documents);
