@@ -1,25 +1,16 @@
 #include "qcore/memory/memory.h"
 
-#include <atomic>
 #include <cstdlib>
 
 namespace qcore::memory {
 
 namespace {
 
-std::atomic<std::uint32_t> live_blocks{0};
-std::atomic<std::uint64_t> live_bytes{0};
-
 // The allocator may answer null for no bytes, which would read as a failure.
 std::size_t AllocationSize(std::uint32_t size) { return size == 0 ? 1 : size; }
 
-void Discard(Kind kind, ENGHANDLE handle, std::uint32_t size) {
-  void* bytes = handle_table.Remove(kind, handle);
-  if (!bytes) return;
-  std::free(bytes);
-  --live_blocks;
-  live_bytes -= size;
-}
+// Nothing for a handle that is not live.
+void Discard(Kind kind, ENGHANDLE handle) { std::free(handle_table.Remove(kind, handle)); }
 
 }  // namespace
 
@@ -37,8 +28,6 @@ ENGSTATUS Allocate(Kind kind, std::uint32_t size, Fill fill, ENGHANDLE* handle) 
     std::free(bytes);
     return ENG_ERR_TOO_MANY_HANDLES;
   }
-  ++live_blocks;
-  live_bytes += size;
   return ENG_OK;
 }
 
@@ -46,14 +35,11 @@ ENGSTATUS Free(Kind kind, ENGHANDLE handle) {
   const HandleTable::Slot* slot = handle_table.FindSlot(kind, handle);
   if (!slot) return ENG_ERR_INVALID_HANDLE;
   if (slot->Pins() > 0) return ENG_ERR_MEMORY_LOCKED;
-  Discard(kind, handle, slot->size.load(std::memory_order_relaxed));
+  Discard(kind, handle);
   return ENG_OK;
 }
 
-void Release(Kind kind, ENGHANDLE handle) {
-  const HandleTable::Slot* slot = handle_table.FindSlot(kind, handle);
-  if (slot) Discard(kind, handle, slot->size.load(std::memory_order_relaxed));
-}
+void Release(Kind kind, ENGHANDLE handle) { Discard(kind, handle); }
 
 ENGSTATUS Resize(Kind kind, ENGHANDLE handle, std::uint32_t size) {
   HandleTable::Slot* slot = handle_table.FindSlot(kind, handle);
@@ -61,7 +47,6 @@ ENGSTATUS Resize(Kind kind, ENGHANDLE handle, std::uint32_t size) {
   if (slot->Pins() > 0) return ENG_ERR_MEMORY_LOCKED;
   void* bytes = std::realloc(slot->object.load(std::memory_order_relaxed), AllocationSize(size));
   if (!bytes) return ENG_ERR_MEMORY;
-  live_bytes += std::uint64_t{size} - slot->size.load(std::memory_order_relaxed);
   slot->object.store(bytes, std::memory_order_release);
   slot->size.store(size, std::memory_order_relaxed);
   return ENG_OK;
@@ -69,13 +54,29 @@ ENGSTATUS Resize(Kind kind, ENGHANDLE handle, std::uint32_t size) {
 
 void FreeAll() {
   for (Kind kind : {Kind::kMemory, Kind::kIdTable}) {
-    for (ENGHANDLE handle : handle_table.All(kind)) {
-      const HandleTable::Slot* slot = handle_table.FindSlot(kind, handle);
-      if (slot) Discard(kind, handle, slot->size.load(std::memory_order_relaxed));
-    }
+    for (ENGHANDLE handle : handle_table.All(kind)) Discard(kind, handle);
   }
 }
 
-Statistics Live() { return {live_blocks.load(), live_bytes.load()}; }
+LockedBlock::LockedBlock(ENGHANDLE handle) : handle_(handle), slot_(FindBlock(handle)) {
+  if (!slot_) return;
+  slot_->Pin();
+  bytes_ = static_cast<unsigned char*>(slot_->object.load(std::memory_order_relaxed));
+  size_ = slot_->size.load(std::memory_order_relaxed);
+}
+
+// Counted when asked for: counters would cost every allocation more than the rest of it.
+Statistics Live() {
+  Statistics live{0, 0};
+  for (Kind kind : {Kind::kMemory, Kind::kIdTable}) {
+    for (ENGHANDLE handle : handle_table.All(kind)) {
+      std::uint32_t size = 0;
+      if (Size(handle, &size) != ENG_OK) continue;
+      ++live.blocks;
+      live.bytes += size;
+    }
+  }
+  return live;
+}
 
 }  // namespace qcore::memory

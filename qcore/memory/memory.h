@@ -59,11 +59,10 @@ inline void* Lock(ENGHANDLE handle) {
 // Holds a block locked. `bytes()` is null when the handle is not a live block.
 class LockedBlock {
  public:
-  explicit LockedBlock(ENGHANDLE handle) : handle_(handle), bytes_(static_cast<unsigned char*>(Lock(handle))) {
-    if (bytes_ && Size(handle, &size_) != ENG_OK) size_ = 0;
-  }
+  explicit LockedBlock(ENGHANDLE handle);
+  // Slots outlive their handles; one that has lost the handle has lost the lock with it.
   ~LockedBlock() {
-    if (bytes_) static_cast<void>(Unlock(handle_));
+    if (slot_ && slot_->handle.load(std::memory_order_acquire) == handle_) slot_->Unpin();
   }
   LockedBlock(const LockedBlock&) = delete;
   LockedBlock& operator=(const LockedBlock&) = delete;
@@ -73,7 +72,8 @@ class LockedBlock {
 
  private:
   ENGHANDLE handle_;
-  unsigned char* bytes_;
+  HandleTable::Slot* slot_;
+  unsigned char* bytes_ = nullptr;
   std::uint32_t size_ = 0;
 };
 

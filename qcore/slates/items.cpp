@@ -113,6 +113,7 @@ void Slate::ReleaseValue(Item& item) {
 // Places of deleted items are used again only when no new one is left, so that an old item ID stays stale for long.
 ENGSTATUS Slate::TakeSlot(Slot* slot) {
   if (items_.size() < kMostItems) {
+    if (items_.empty()) items_.reserve(16);
     *slot = static_cast<Slot>(items_.size());
     items_.emplace_back();
     return ENG_OK;
@@ -127,7 +128,7 @@ ENGSTATUS Slate::TakeSlot(Slot* slot) {
 ENGSTATUS Slate::AddOwned(std::uint16_t flags, std::string_view name, ENGHANDLE memory, std::uint32_t size,
                           Slot* slot) {
   const ItemName* interned = database_->names().Intern(name);
-  order_.reserve(order_.size() + 1);
+  if (order_.size() == order_.capacity()) order_.reserve(std::max<std::size_t>(16, 2 * order_.size()));
   const ENGSTATUS status = TakeSlot(slot);
   if (status != ENG_OK) return status;
   const memory::LockedBlock block(memory);

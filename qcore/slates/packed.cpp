@@ -1,5 +1,7 @@
 #include "qcore/slates/packed.h"
 
+#include <array>
+
 #include "qcore/store/checksum.h"
 #include "qcore/store/wire.h"
 
@@ -66,8 +68,33 @@ ENGSTATUS PackedReader::Next(PackedItem* item) {
   return ENG_OK;
 }
 
+namespace {
+
+// What stands in front of a record's value.
+class RecordHead {
+ public:
+  template <typename T>
+  void Put(T value) {
+    StoreLittle(bytes_.data() + size_, value);
+    size_ += sizeof value;
+  }
+  void PutVarint(std::uint64_t value) {
+    for (; value >= 0x80; value >>= 7) Put(static_cast<std::uint8_t>(value | 0x80));
+    Put(static_cast<std::uint8_t>(value));
+  }
+  Bytes bytes() const { return Bytes(bytes_).first(size_); }
+
+ private:
+  static constexpr std::size_t kLongest = 1 + 5 + 2 + 8 + 2 + 10 + 5;  // an aside value's, with a time
+
+  std::array<std::uint8_t, kLongest> bytes_;
+  std::size_t size_ = 0;
+};
+
+}  // namespace
+
 PackedWriter::PackedWriter(std::uint32_t count) {
-  packed_.reserve(1024);
+  packed_.reserve(2048);
   packed_.resize(kSumSize);
   WireWriter writer(&packed_);
   writer.Put(kForm);
@@ -76,12 +103,14 @@ PackedWriter::PackedWriter(std::uint32_t count) {
 
 void PackedWriter::Add(const PackedItem& item) {
   const bool same_time = SameTime(item.modified, previous_);
-  record_.clear();
-  WireWriter record(&record_);
+  RecordHead record;
   record.Put(static_cast<std::uint8_t>((item.aside ? kAside : 0) | (same_time ? kSameTime : 0)));
   record.PutVarint(item.name);
   record.Put(item.flags);
-  if (!same_time) record.PutTime(item.modified);
+  if (!same_time) {
+    record.Put(item.modified.TimeWord);
+    record.Put(item.modified.DateWord);
+  }
   previous_ = item.modified;
   if (item.aside) {
     record.Put(item.type);
@@ -91,8 +120,8 @@ void PackedWriter::Add(const PackedItem& item) {
     record.PutVarint(item.value.size());
   }
   WireWriter writer(&packed_);
-  writer.PutVarint(record_.size() + item.value.size() + item.kept.size());
-  writer.PutBytes(record_);
+  writer.PutVarint(record.bytes().size() + item.value.size() + item.kept.size());
+  writer.PutBytes(record.bytes());
   writer.PutBytes(item.value);
   writer.PutBytes(item.kept);
 }

@@ -56,7 +56,6 @@ class PackedWriter {
 
  private:
   std::vector<std::uint8_t> packed_;
-  std::vector<std::uint8_t> record_;
   TIMEDATE previous_{};
 };
 

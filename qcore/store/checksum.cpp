@@ -11,9 +11,10 @@ namespace {
 constexpr std::size_t kSumSize = 4;
 constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15u;
 
-std::uint64_t LoadWord(const std::uint8_t* bytes, std::size_t count) {
+// Fewer than eight bytes.
+std::uint64_t LoadRest(std::span<const std::uint8_t> bytes) {
   std::uint64_t word = 0;
-  for (std::size_t i = 0; i < count; ++i) word |= std::uint64_t{bytes[i]} << (8 * i);
+  for (std::size_t i = 0; i < bytes.size(); ++i) word |= std::uint64_t{bytes[i]} << (8 * i);
   return word;
 }
 
@@ -30,14 +31,14 @@ std::uint32_t Checksum(std::span<const std::uint8_t> bytes, std::uint64_t seed) 
   std::uint64_t second = Mix(~seed, bytes.size());
   std::size_t at = 0;
   for (; at + 16 <= bytes.size(); at += 16) {
-    first = Mix(first, LoadWord(bytes.data() + at, 8));
-    second = Mix(second, LoadWord(bytes.data() + at + 8, 8));
+    first = Mix(first, LoadLittle<std::uint64_t>(bytes.data() + at));
+    second = Mix(second, LoadLittle<std::uint64_t>(bytes.data() + at + 8));
   }
   if (at + 8 <= bytes.size()) {
-    first = Mix(first, LoadWord(bytes.data() + at, 8));
+    first = Mix(first, LoadLittle<std::uint64_t>(bytes.data() + at));
     at += 8;
   }
-  second = Mix(second, LoadWord(bytes.data() + at, bytes.size() - at));
+  second = Mix(second, LoadRest(bytes.subspan(at)));
   const std::uint64_t sum = Mix(Mix(first, second), kFactor);
   return static_cast<std::uint32_t>(sum ^ (sum >> 29));
 }

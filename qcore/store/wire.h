@@ -2,6 +2,7 @@
 #ifndef QUILLON_QCORE_STORE_WIRE_H
 #define QUILLON_QCORE_STORE_WIRE_H
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <span>
@@ -12,18 +13,27 @@
 
 namespace qcore {
 
+// Compilers make no single load of the byte loops by themselves at the usual level.
 template <typename T>
 T LoadLittle(const std::uint8_t* at) {
   static_assert(std::is_unsigned_v<T>);
-  std::uint64_t value = 0;
-  for (std::size_t i = 0; i < sizeof(T); ++i) value |= std::uint64_t{at[i]} << (8 * i);
-  return static_cast<T>(value);
+  T value = 0;
+  if constexpr (std::endian::native == std::endian::little) {
+    std::memcpy(&value, at, sizeof value);
+  } else {
+    for (std::size_t i = sizeof(T); i-- > 0;) value = static_cast<T>(std::uint64_t{value} << 8 | at[i]);
+  }
+  return value;
 }
 
 template <typename T>
 void StoreLittle(std::uint8_t* at, T value) {
   static_assert(std::is_unsigned_v<T>);
-  for (std::size_t i = 0; i < sizeof(T); ++i) at[i] = static_cast<std::uint8_t>(std::uint64_t{value} >> (8 * i));
+  if constexpr (std::endian::native == std::endian::little) {
+    std::memcpy(at, &value, sizeof value);
+  } else {
+    for (std::size_t i = 0; i < sizeof(T); ++i) at[i] = static_cast<std::uint8_t>(std::uint64_t{value} >> (8 * i));
+  }
 }
 
 inline std::uint64_t Pack(const TIMEDATE& moment) { return (std::uint64_t{moment.DateWord} << 32) | moment.TimeWord; }
