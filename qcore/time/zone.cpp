@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <mutex>
 
 #include "qcore/settings/platform.h"
 #include "qcore/settings/settings.h"
@@ -32,8 +33,7 @@ Offset MachineOffset(std::int64_t unix_seconds) {
 std::int64_t UnixNow() { return CurrentPlatform().NowHundredths() / kTicksPerSecond; }
 
 // The nearest moment without daylight saving tells the standard distance, whatever the saving is.
-std::int64_t StandardEast() {
-  const std::int64_t now = UnixNow();
+std::int64_t StandardEast(std::int64_t now) {
   for (std::int64_t month = 0; month < 12; ++month) {
     const Offset offset = MachineOffset(now + month * 30 * kSecondsPerDay);
     if (!offset.dst) return offset.east;
@@ -48,7 +48,7 @@ std::int32_t ZoneNumber(std::int64_t east) {
 }
 
 Offset LocalOffset(std::int64_t unix_seconds) {
-  return unix_seconds < kFirstRule ? Offset{StandardEast(), false} : MachineOffset(unix_seconds);
+  return unix_seconds < kFirstRule ? Offset{StandardEast(UnixNow()), false} : MachineOffset(unix_seconds);
 }
 
 Offset FixedOffset(std::int64_t east, bool dst) { return {east + (dst ? kSecondsPerHour : 0), dst}; }
@@ -130,7 +130,25 @@ bool ShowMoment(const Offset* fixed, ENGTIME* parts) {
 
 }  // namespace
 
-Zone LocalZone() { return {ZoneNumber(StandardEast()), MachineOffset(UnixNow()).dst}; }
+// Kept for the quarter hour, as clocks change at full quarters only, while the C library's zone is the same.
+Zone LocalZone() {
+  struct Known {
+    std::int64_t quarter;
+    long west;
+    int has_dst;
+    Zone zone;
+  };
+  static std::mutex mutex;
+  static std::optional<Known> known;
+  const std::int64_t now = UnixNow();
+  const std::int64_t quarter = FloorDivide(now, kSecondsPerHour / 4);
+  const std::lock_guard lock(mutex);
+  if (!known || known->quarter != quarter || known->west != ::timezone || known->has_dst != ::daylight) {
+    const Zone zone{ZoneNumber(StandardEast(now)), MachineOffset(now).dst};
+    known = Known{quarter, ::timezone, ::daylight, zone};
+  }
+  return known->zone;
+}
 
 std::optional<std::int64_t> SecondsEast(std::int32_t zone) {
   const std::int64_t distance = std::abs(std::int64_t{zone});
