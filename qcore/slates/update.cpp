@@ -41,7 +41,7 @@ std::optional<UNIVERSALSLATEID> Slate::Reference() const {
 ENGSTATUS Slate::Update(std::uint16_t flags) {
   const std::lock_guard lock(database_->mutex());
   Change change(*database_);
-  ENGSTATUS status = change.Begin();
+  ENGSTATUS status = change.Begin(WritesOnlyRow(flags) ? Change::Extent::kOneStatement : Change::Extent::kSeveral);
   if (status != ENG_OK) return status;
   SlateHeader header = header_;
   std::vector<Draft> drafts;
@@ -49,6 +49,19 @@ ENGSTATUS Slate::Update(std::uint16_t flags) {
   if (status == ENG_OK) status = change.Commit();
   if (status == ENG_OK) Settle(header, drafts);
   return status;
+}
+
+// Whether an update has no names, large values or objects to write beside the row.
+bool Slate::WritesOnlyRow(std::uint16_t flags) const {
+  if ((flags & ENG_UPDATE_FORCE) != 0 || had_objects_ || !dropped_.empty()) return false;
+  return std::ranges::all_of(order_, [this](Slot slot) {
+    const Item& item = items_[slot];
+    if (item.name->number == 0) return false;
+    if (item.aside != 0 && !item.touched) return true;
+    const Bytes value = BytesOf(item);
+    return item.aside == 0 && item.size <= kPackedValueLimit && !value.empty() &&
+           LoadLittle<std::uint16_t>(value.data()) != kObjectType;
+  });
 }
 
 ENGSTATUS Slate::Write(std::uint16_t flags, SlateHeader* header, std::vector<Draft>* drafts) {

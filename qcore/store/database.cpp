@@ -142,19 +142,20 @@ Change::~Change() {
   if (!open_) return;
   if (database_.transaction_ == 0) {
     database_.store_->Rollback();
-  } else {
+  } else if (marked_) {
     database_.store_->RollbackToMark();
   }
   database_.names_.ForgetBehind(names_);
 }
 
-ENGSTATUS Change::Begin() {
+ENGSTATUS Change::Begin(Extent extent) {
   Store& store = *database_.store_;
   ENGSTATUS status = ENG_ERR_DB_TRANSACTION;
   if (database_.transaction_ == 0) {
     status = store.Begin();
   } else if (store.InTransaction()) {
-    status = store.Mark();
+    marked_ = extent == Extent::kSeveral;
+    status = marked_ ? store.Mark() : ENGSTATUS{ENG_OK};
   }
   open_ = status == ENG_OK;
   names_ = database_.names_.stored();
@@ -162,7 +163,12 @@ ENGSTATUS Change::Begin() {
 }
 
 ENGSTATUS Change::Commit() {
-  const ENGSTATUS status = database_.transaction_ == 0 ? database_.store_->Commit() : database_.store_->ReleaseMark();
+  ENGSTATUS status = ENG_OK;
+  if (database_.transaction_ == 0) {
+    status = database_.store_->Commit();
+  } else if (marked_) {
+    status = database_.store_->ReleaseMark();
+  }
   // A commit that failed has already undone the transaction.
   if (status == ENG_OK || database_.transaction_ == 0) open_ = false;
   if (status != ENG_OK) database_.names_.ForgetBehind(names_);

@@ -97,12 +97,16 @@ class Change {
   Change& operator=(const Change&) = delete;
   ~Change();
 
-  [[nodiscard]] ENGSTATUS Begin();
+  // How many statements write. One is whole or nothing by itself, and needs no mark inside a client's transaction.
+  enum class Extent { kOneStatement, kSeveral };
+
+  [[nodiscard]] ENGSTATUS Begin(Extent extent = Extent::kSeveral);
   [[nodiscard]] ENGSTATUS Commit();
 
  private:
   Database& database_;
   std::size_t names_ = 0;
+  bool marked_ = false;
   bool open_ = false;
 };
 
