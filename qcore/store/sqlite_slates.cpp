@@ -71,7 +71,14 @@ void BindHeader(Use& use, const SlateHeader& header, std::uint64_t feed) {
 
 }  // namespace
 
+std::optional<LogState> SqliteStore::Committed() const {
+  return has_log_ && !InTransaction() ? ReadLogState(connection_.get()) : std::nullopt;
+}
+
 ENGSTATUS SqliteStore::ReadSlate(std::uint32_t id, const PackedReader& reader) {
+  if (glance_.state && glance_.header.id == id && glance_.state == Committed()) {
+    return reader(glance_.header, Bytes(glance_.packed));
+  }
   Use use = Start(Sql::kReadSlate);
   use.Bind(1, id);
   if (!use.Row()) return use.code() == SQLITE_OK ? ENGSTATUS{ENG_ERR_NO_SLATE} : Result(use.code());
@@ -82,10 +89,20 @@ ENGSTATUS SqliteStore::ReadSlate(std::uint32_t id, const PackedReader& reader) {
 }
 
 ENGSTATUS SqliteStore::ReadHeader(std::uint32_t id, SlateHeader* header) {
+  const std::optional<LogState> before = Committed();
+  glance_.state.reset();
   Use use = Start(Sql::kReadHeader);
   use.Bind(1, id);
   if (!use.Row()) return use.code() == SQLITE_OK ? ENGSTATUS{ENG_ERR_NO_SLATE} : Result(use.code());
-  return TakeHeader(use, header) ? ENG_OK : ENG_ERR_DB_DAMAGED;
+  if (!TakeHeader(use, header)) return ENG_ERR_DB_DAMAGED;
+  const Bytes packed = use.Blob(10);
+  // The same state on both sides of the read is that of the read.
+  if (before && !packed.empty() && before == Committed()) {
+    glance_.packed.assign(packed.begin(), packed.end());
+    glance_.header = *header;
+    glance_.state = before;
+  }
+  return ENG_OK;
 }
 
 ENGSTATUS SqliteStore::NewSlateId(std::uint32_t* id) {

@@ -20,7 +20,8 @@ const char* const SqliteStore::kSql[] = {
     "SELECT id,text FROM name WHERE id>=? ORDER BY id",
     "INSERT INTO name(id,text) VALUES(?,?)",
     "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent,packed FROM slate WHERE id=?",
-    "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent FROM slate WHERE id=?",
+    "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent,"
+    "CASE WHEN length(packed)<=4000 THEN packed END FROM slate WHERE id=?",
     "INSERT INTO slate(id,feed,here,state,sequence,sequenced,modified,added,accessed,packed,universal,parent) "
     "VALUES(?,?,?,?,?,?,?,?,?,?,?,?)",
     "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,added=?8,accessed=?9,packed=?10 "

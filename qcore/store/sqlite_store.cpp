@@ -17,6 +17,15 @@ constexpr int kCheckpointFrames = 1000;
 // The place of the write lock among the locks of the shared log index, as SQLite's file format lays it down.
 constexpr int kLogWriteLock = 0;
 
+bool IsInLogMode(sqlite3* connection) {
+  Statement statement;
+  const int prepared = statement.Prepare(connection, "PRAGMA journal_mode");
+  Use use(statement.get(), prepared);
+  if (!use.Row()) return false;
+  const Bytes mode = use.Blob(0);
+  return std::string_view(reinterpret_cast<const char*>(mode.data()), mode.size()) == "wal";
+}
+
 bool IsFailedSync(int code) { return code == SQLITE_IOERR_FSYNC || code == SQLITE_IOERR_DIR_FSYNC; }
 
 }  // namespace
@@ -72,6 +81,7 @@ ENGSTATUS SqliteStore::Configure() {
     status = QueryNumber(connection, "SELECT count(*) FROM sqlite_schema WHERE type='table'", &tables);
   }
   if (status == ENG_OK && tables < kTables) status = ENG_ERR_DB_DAMAGED;
+  has_log_ = status == ENG_OK && IsInLogMode(connection);
   return status == ENG_ERR_DB_NOT_STORE ? ENG_ERR_DB_DAMAGED : status;
 }
 

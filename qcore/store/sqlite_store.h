@@ -8,9 +8,11 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "qcore/store/sqlite_log.h"
 #include "qcore/store/sqlite_statement.h"
 #include "qcore/store/store.h"
 
@@ -99,6 +101,12 @@ class SqliteStore final : public Store {
     ObjectInfo info;
     ValueId value;
   };
+  // The row that ReadHeader last met, for the ReadSlate that usually follows: good while nobody has committed.
+  struct Glance {
+    std::optional<LogState> state;
+    SlateHeader header;
+    std::vector<std::uint8_t> packed;
+  };
   enum class Sql : std::size_t;
   static constexpr std::size_t kStatements = 40;
   static const char* const kSql[];
@@ -126,6 +134,8 @@ class SqliteStore final : public Store {
   [[nodiscard]] ENGSTATUS SetObjectSize(std::uint32_t object, std::uint32_t size);
   [[nodiscard]] ENGSTATUS CheckObjects(std::string* report);
   [[nodiscard]] ENGSTATUS UpdateMisses(std::uint32_t id);
+  // Nothing in a transaction, whose own changes nobody else sees, and without a log.
+  std::optional<LogState> Committed() const;
   void Stamp(SlateHeader* header);
   void CheckpointWhenDue();
   [[nodiscard]] int CheckpointAlone();
@@ -138,9 +148,11 @@ class SqliteStore final : public Store {
   std::int64_t seen_version_ = -1;
   bool counters_known_ = false;
   bool floors_changed_ = false;
+  bool has_log_ = false;
   bool writing_ = false;
   bool sync_failed_ = false;
   int log_frames_ = 0;
+  Glance glance_;
 };
 
 }  // namespace qcore
