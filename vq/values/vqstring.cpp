@@ -27,7 +27,10 @@ std::unique_ptr<Element[]> Allocate(unsigned long count) {
 
 template <class Element>
 void ReplaceNuls(Element* text, unsigned long bytes) {
-  std::replace(text, text + bytes, Element{0}, static_cast<Element>(kLineFeed));
+  const auto find = [end = text + bytes](Element* from) {
+    return static_cast<Element*>(std::memchr(from, 0, static_cast<std::size_t>(end - from)));
+  };
+  for (Element* at = text; (at = find(at)) != nullptr; ++at) *at = static_cast<Element>(kLineFeed);
 }
 
 unsigned long StoreLength(const VQCHAR* text) {
@@ -70,13 +73,22 @@ std::unique_ptr<VQStringBody> MakePlatformBody(const char* text, unsigned long b
 }  // namespace
 
 VQStringBody::VQStringBody()
-    : CharCount(0), CursorOffset(0), CursorPosition(0), ByteLength(0), Capacity(0), SingleEnd(0), StepWindow(1) {}
+    : CharCount(0),
+      CursorOffset(0),
+      CursorPosition(0),
+      Short{},
+      ByteLength(0),
+      Capacity(kShortBytes),
+      SingleEnd(0),
+      StepWindow(1) {}
 
 VQStringBody::~VQStringBody() = default;
 
 VQCLASSID VQStringBody::GetClassID() const { return VQCLASSID_VQSTRINGBODY; }
 
-const VQCHAR* VQStringBody::GetBuf() const { return Text ? Text.get() : kEmptyText; }
+const VQCHAR* VQStringBody::GetBuf() const { return Text ? Text.get() : Short; }
+
+VQCHAR* VQStringBody::Contents() { return Text ? Text.get() : Short; }
 
 void VQStringBody::DropCaches() {
   PlatformText.reset();
@@ -88,8 +100,9 @@ void VQStringBody::DropCaches() {
 
 void VQStringBody::Clear() {
   Text.reset();
+  Short[0] = 0;
   ByteLength = 0;
-  Capacity = 0;
+  Capacity = kShortBytes;
   DropCaches();
 }
 
@@ -100,12 +113,20 @@ VQSTATUS VQStringBody::TakeStoreText(const VQCHAR* text, unsigned long bytes) {
     Clear();
     return VQ_OK;
   }
-  auto copy = Allocate<VQCHAR>(bytes + 1);
-  std::memcpy(copy.get(), text, bytes);
-  copy[bytes] = 0;
-  ReplaceNuls(copy.get(), bytes);
-  Text = std::move(copy);
-  ByteLength = Capacity = static_cast<std::uint32_t>(bytes);
+  // The text given may lie in this very one.
+  if (bytes <= kShortBytes) {
+    std::memmove(Short, text, bytes);
+    Text.reset();
+    Capacity = kShortBytes;
+  } else {
+    auto copy = Allocate<VQCHAR>(bytes + 1);
+    std::memcpy(copy.get(), text, bytes);
+    Text = std::move(copy);
+    Capacity = static_cast<std::uint32_t>(bytes);
+  }
+  Contents()[bytes] = 0;
+  ReplaceNuls(Contents(), bytes);
+  ByteLength = static_cast<std::uint32_t>(bytes);
   DropCaches();
   return VQ_OK;
 }
@@ -114,6 +135,9 @@ VQSTATUS VQStringBody::TakePlatformText(const char* text, unsigned long bytes) {
   if (const VQSTATUS status = vq::CheckInitialized()) return status;
   if (text == nullptr || bytes == 0) return TakeStoreText(nullptr, 0);
   if (bytes > kMaximum) return VQERR_STRING_TOO_LONG;
+  // Every platform character set contains ASCII.
+  const auto* plain = reinterpret_cast<const VQCHAR*>(text);
+  if (std::all_of(plain, plain + bytes, [](VQCHAR byte) { return byte < 0x80; })) return TakeStoreText(plain, bytes);
   const unsigned long limit = std::min(3 * bytes, kMaximum);
   auto work = Allocate<VQCHAR>(limit);
   const unsigned long length = TranslateText(ENG_TRANSLATE_PLATFORM_TO_STORE, text, bytes, work.get(), limit);
@@ -145,9 +169,9 @@ VQSTATUS VQStringBody::Splice(unsigned long offset, unsigned long old_bytes, con
   const unsigned long total = ByteLength - old_bytes + new_bytes;
   if (total > kMaximum) return VQERR_STRING_TOO_LONG;
   const std::less<const VQCHAR*> before;
-  const bool own = Text && !before(text, Text.get()) && !before(Text.get() + ByteLength, text);
-  if (!Text || total > Capacity || own) return SpliceAside(offset, old_bytes, text, new_bytes);
-  VQCHAR* place = Text.get() + offset;
+  const bool own = !before(text, Contents()) && !before(Contents() + ByteLength, text);
+  if (total > Capacity || own) return SpliceAside(offset, old_bytes, text, new_bytes);
+  VQCHAR* place = Contents() + offset;
   std::memmove(place + new_bytes, place + old_bytes, ByteLength - offset - old_bytes + 1);
   std::memcpy(place, text, new_bytes);
   ByteLength = static_cast<std::uint32_t>(total);
@@ -164,7 +188,7 @@ VQSTATUS VQStringBody::Translate(unsigned short mode) {
 
 unsigned long VQStringBody::CountCharacters() {
   if (ByteLength == 0) return 0;
-  if (EngTextSpanChars(Text.get(), ByteLength, &CharCount) != ENG_OK) vq::Throw(VQERR_STRING_SIZE);
+  if (EngTextSpanChars(GetBuf(), ByteLength, &CharCount) != ENG_OK) vq::Throw(VQERR_STRING_SIZE);
   return CharCount;
 }
 
@@ -206,8 +230,9 @@ unsigned long VQStringBody::GetOffset(unsigned long position) {
   vq::ThrowIfError(vq::CheckInitialized());
   if (position == 0) return 0;
   if (position == CursorPosition) return CursorOffset;
-  if (position < CursorPosition) CursorPosition = CursorOffset = SingleEnd = 0;
   if (position > ByteLength) vq::Throw(VQERR_NOT_FOUND);
+  if (CharCount == ByteLength) return position;  // each character is one byte
+  if (position < CursorPosition) CursorPosition = CursorOffset = SingleEnd = 0;
   std::uint32_t span = 0;
   const auto steps = static_cast<std::uint32_t>(position - CursorPosition);
   if (CursorOffset + steps <= SingleEnd) {
@@ -254,13 +279,21 @@ VQString::VQString(unsigned long number) {
 void VQString::Setup(const char* text) { Setup(text, text == nullptr ? 0 : std::strlen(text)); }
 
 void VQString::Setup(const char* text, unsigned long bytes) {
-  VQSmartPtr::operator=(MakePlatformBody(text, bytes).release());
+  if (Body != nullptr && Body->GetRefCount() == 1) {
+    vq::ThrowIfError(StringBody()->TakePlatformText(text, bytes));
+  } else {
+    VQSmartPtr::operator=(MakePlatformBody(text, bytes).release());
+  }
 }
 
 void VQString::Setup(const VQCHAR* text) { Setup(text, StoreLength(text)); }
 
 void VQString::Setup(const VQCHAR* text, unsigned long bytes) {
-  VQSmartPtr::operator=(MakeStoreBody(text, bytes).release());
+  if (Body != nullptr && Body->GetRefCount() == 1) {
+    vq::ThrowIfError(StringBody()->TakeStoreText(text, bytes));
+  } else {
+    VQSmartPtr::operator=(MakeStoreBody(text, bytes).release());
+  }
 }
 
 VQString& VQString::operator=(const VQString& other) {

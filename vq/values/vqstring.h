@@ -45,6 +45,10 @@ class VQ_API VQStringBody : public VQBody {
  private:
   static constexpr std::uint32_t kLargestWindow = 256;
 
+  // Bytes that a body holds by itself: most names and words need no second allocation.
+  static constexpr std::uint32_t kShortBytes = 23;
+
+  VQCHAR* Contents();
   void DropCaches();
   unsigned long CountCharacters();
   void StepOne();
@@ -55,9 +59,10 @@ class VQ_API VQStringBody : public VQBody {
   std::uint32_t CursorOffset;
   std::uint32_t CursorPosition;
   std::unique_ptr<char[]> PlatformText;
-  std::unique_ptr<VQCHAR[]> Text;
+  std::unique_ptr<VQCHAR[]> Text;  // null while the text is in Short
+  VQCHAR Short[kShortBytes + 1];
   std::uint32_t ByteLength;
-  std::uint32_t Capacity;    // bytes that Text can hold beside the terminator
+  std::uint32_t Capacity;    // bytes that fit beside the terminator
   std::uint32_t SingleEnd;   // up to this offset every character from the cursor on is one byte
   std::uint32_t StepWindow;  // characters that the next single step asks the engine for
 };

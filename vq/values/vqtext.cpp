@@ -21,12 +21,31 @@ const void* CheckedValue(unsigned short type, const void* value, unsigned long l
   return value;
 }
 
-// Line breaks are zero bytes in store.
-std::vector<VQCHAR> StoredText(const VQString& text) {
-  std::vector<VQCHAR> bytes(text.GetBuf(), text.GetBuf() + text.GetBufLength());
-  std::replace(bytes.begin(), bytes.end(), VQCHAR{10}, VQCHAR{0});
-  return bytes;
-}
+// A string's bytes as they are stored: line breaks are zero bytes. Good as long as the string is unchanged.
+class StoredText {
+ public:
+  explicit StoredText(const VQString& text) : Bytes(text.GetBuf()), Size(text.GetBufLength()) {
+    if (std::memchr(Bytes, kLineFeed, Size) == nullptr) return;
+    Copy.assign(Bytes, Bytes + Size);
+    Bytes = Copy.data();
+    for (VQCHAR *at = Copy.data(), *end = at + Size; (at = FindLineFeed(at, end)) != nullptr; ++at) *at = 0;
+  }
+  StoredText(const StoredText&) = delete;
+  StoredText& operator=(const StoredText&) = delete;
+  const VQCHAR* data() const { return Bytes; }
+  unsigned long size() const { return Size; }
+
+ private:
+  static constexpr VQCHAR kLineFeed = 10;
+
+  static VQCHAR* FindLineFeed(VQCHAR* from, const VQCHAR* end) {
+    return static_cast<VQCHAR*>(std::memchr(from, kLineFeed, static_cast<std::size_t>(end - from)));
+  }
+
+  const VQCHAR* Bytes;
+  unsigned long Size;
+  std::vector<VQCHAR> Copy;
+};
 
 void AppendWord(std::vector<VQCHAR>* bytes, unsigned long word) {
   bytes->push_back(static_cast<VQCHAR>(word & 0xFF));
@@ -106,7 +125,7 @@ VQSTATUS VQTextBody::CheckEditable() const {
 
 VQSTATUS VQTextBody::SetText(const VQString& text) {
   if (const VQSTATUS status = CheckEditable()) return status;
-  const std::vector<VQCHAR> bytes = StoredText(text);
+  const StoredText bytes(text);
   return ReplaceValue(TYPE_TEXT, bytes.data(), bytes.size());
 }
 
@@ -153,7 +172,7 @@ VQSTATUS VQTextBody::ReadEntry(unsigned long index, VQString* text) {
     if (result != ENG_OK) return vq::FromEngine(result);
     if (static_cast<unsigned long>(entry - value.Value()) + length > size) return vq::FromEngine(ENG_ERR_LIST_DAMAGED);
   }
-  *text = VQString(entry, length);
+  text->Setup(entry, length);
   return VQ_OK;
 }
 
@@ -189,7 +208,7 @@ VQSTATUS VQTextBody::InsertEntry(unsigned long index, const VQString& text) {
   if (index > entries) return VQERR_OUT_OF_RANGE;
   ListBlock list;
   if (const VQSTATUS status = list.Load(this)) return status;
-  const std::vector<VQCHAR> bytes = StoredText(text);
+  const StoredText bytes(text);
   if (const VQSTATUS status = list.Add(index, bytes.data(), bytes.size())) return status;
   return list.Store(this);
 }
@@ -228,7 +247,7 @@ VQSTATUS VQTextBody::ReplaceEntry(unsigned long index, const VQString& text) {
   ListBlock list;
   if (const VQSTATUS status = list.Load(this)) return status;
   if (const VQSTATUS status = list.Remove(index)) return status;
-  const std::vector<VQCHAR> bytes = StoredText(text);
+  const StoredText bytes(text);
   if (const VQSTATUS status = list.Add(index, bytes.data(), bytes.size())) return status;
   return list.Store(this);
 }
