@@ -46,8 +46,10 @@ class VQ_API VQQuillonSession : public VQQuillonClass {
   // Needs a session that is process-initialised already.
   VQSTATUS InitThread();
   // Closes what this session handed out. The last session also clears the tracked heap: VQWARN_LEAKED tells of
-  // objects that were left there, 0 instead unless `reportleaks`.
+  // objects that were left there, 0 instead unless `reportleaks`. VQERR_NOT_INITIALIZED on a new session is never
+  // thrown.
   VQSTATUS Term(int reportleaks = 0);
+  // On the thread that called InitThread.
   VQSTATUS TermThread();
   int IsInitialized() const { return (Flags & (kProcessFlag | kThreadFlag)) != 0; }
 

@@ -19,6 +19,8 @@ class VQ_API VQMemoryBlock {
   // Unlocks, frees what this object owns, clears everything. Always 0.
   virtual VQSTATUS Reset();
 
+  // Of an empty block; `engine_memory` keeps even few bytes out of the object, for memory that goes to the engine.
+  // VQERR_MEMORY_ALREADY_ALLOCATED. The bytes are not cleared.
   VQSTATUS Allocate(unsigned long size, int engine_memory);
   // Memory that another lock still holds is refused with the engine's status and stays.
   VQSTATUS Free();
@@ -27,6 +29,7 @@ class VQ_API VQMemoryBlock {
   VQSTATUS Detach();
   // A window on a stretch of the source. An inline source is copied instead, from its start whatever the offset.
   VQSTATUS AttachPart(VQMemoryBlock& source, unsigned long size, unsigned long offset);
+  // VQERR_WRONG_SITUATION for inline data, VQERR_OUT_OF_RANGE where the offset exceeds 16 bits.
   VQSTATUS GetBlockID(BLOCKID* blockid) const;
   // Gives engine memory that this object owns to the caller and becomes empty; 0 when it owns none.
   ENGHANDLE Release();
@@ -42,13 +45,18 @@ class VQ_API VQMemoryBlock {
   // Throws VQERR_CORRUPTED for memory whose owner has freed it.
   void* Lock(unsigned long offset = 0);
   VQSTATUS Unlock();
+  // No bytes or a null buffer give VQERR_INVALID_PARAMETER; past the end a read gives VQERR_RT_INVALID, anything that
+  // writes VQERR_CORRUPTED. Nothing is copied then.
   VQSTATUS Read(unsigned long size, void* buffer, unsigned long offset);
   VQSTATUS Write(unsigned long size, const void* buffer, unsigned long offset);
+  // One stored structure, from or to its host form.
   VQSTATUS ReadODS(unsigned short type, void* target, unsigned long offset);
   VQSTATUS WriteODS(unsigned short type, const void* source, unsigned long offset);
   // Shrinks only. Attached memory is cut with the block where the block is all of it; a window only narrows.
   VQSTATUS Resize(unsigned long new_size, int engine_memory);
+  // Bytes within the block; the two stretches may overlap. VQERR_OUT_OF_RANGE for no bytes or no distance.
   VQSTATUS Move(unsigned long size, long delta, unsigned long offset);
+  // From the start of the source to `offset`; size 0 takes the whole source.
   VQSTATUS CopyFrom(VQMemoryBlock& source, unsigned long offset, unsigned long size);
   VQSTATUS Swap(VQMemoryBlock& other);
 
