@@ -55,7 +55,7 @@ ENG_API uint32_t EngTimeDateWord(const TIMEDATE* moment);
 ENG_API int32_t EngTimeDifference(const TIMEDATE* first, const TIMEDATE* second);  // seconds, held at 32 bits
 // From the fields, in Zone, to GM. Where clocks are set back Dst picks the moment.
 ENG_API int EngTimeFromParts(ENGTIME* parts);
-// Of the year, month and day; 0 for a date that the calendar does not have.
+// Of the year, month and day; 0 for a date that the calendar does not have or a date word does not hold.
 ENG_API uint32_t EngTimeJulianDay(const ENGTIME* parts);
 ENG_API void EngTimeLocalZone(int32_t* zone, int32_t* dst);
 ENG_API void EngTimeNow(TIMEDATE* moment);

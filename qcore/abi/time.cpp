@@ -71,7 +71,8 @@ int EngTimeFromParts(ENGTIME* parts) {
 
 uint32_t EngTimeJulianDay(const ENGTIME* parts) {
   if (!parts) return 0;
-  return static_cast<uint32_t>(qtime::DayOf({parts->Year, parts->Month, parts->Day}).value_or(0));
+  const std::optional<TIMEDATE> day = qtime::DayAlone({parts->Year, parts->Month, parts->Day});
+  return day ? day->DateWord : 0;
 }
 
 void EngTimeLocalZone(int32_t* zone, int32_t* dst) {

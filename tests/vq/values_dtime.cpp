@@ -85,10 +85,13 @@ TEST_P(Times, HalvesComeTogether) {
 
 TEST_P(Times, FailedChangesLeaveTheValue) {
   VQDatetime value = Moment(1, 31, 1999, 10);
-  const std::function<VQSTATUS()> rows[] = {
-      [&] { return value.SetDate(2, 30, 1999); },     [&] { return value.SetDate(0, 0, 0); },
-      [&] { return value.SetDate(1, 1, 1UL << 40); }, [&] { return value.SetMonth(2); },
-      [&] { return value.SetTime(24, 0, 0, 0); },     [&] { return value.SetSecond(60); }};
+  const std::function<VQSTATUS()> rows[] = {[&] { return value.SetDate(2, 30, 1999); },
+                                            [&] { return value.SetDate(0, 0, 0); },
+                                            [&] { return value.SetDate(1, 1, 1UL << 40); },
+                                            [&] { return value.SetMonth(2); },
+                                            [&] { return VQDatetime().SetDate(1, 1, 50000); },
+                                            [&] { return value.SetTime(24, 0, 0, 0); },
+                                            [&] { return value.SetSecond(60); }};
   for (const auto& run : rows) EXPECT_EQ(StatusOf(run), VQERR_INVALID_PARAMETER);
   EXPECT_EQ(ReturnedStatusOf([&] { return value.AdjustDate(0, 1L << 40, 0); }), VQERR_CANT_ADJUST_DATETIME);
   EXPECT_EQ(ReturnedStatusOf([&] { return value.SetDatetime(nullptr); }), VQERR_ASSERTION_FAILED);

@@ -224,6 +224,7 @@ TEST_P(Strings, Parsing) {
       {"a, b ,\t", ",", 1, VQ_OK, {"a", "b", ""}},
       {" , b", ",", 1, VQ_OK, {"", "b"}},
       {"a,b,c", ",", 2, VQ_OK, {"a", "b,c"}},
+      {",,a,b", ",", 2, VQ_OK, {",a,b"}},
       {"\xC3\xA9|\xE2\x82\xAC|z", "|", 0, VQ_OK, {"\xC3\xA9", "\xE2\x82\xAC", "z"}},
   };
   for (const Parsed& row : rows) {

@@ -2,6 +2,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/engine.h"
 #include "vq/frame/state.h"
 #include "vq/values/vqstring.h"
 #include "vq/values/vqtext.h"
@@ -11,18 +12,28 @@ namespace {
 constexpr unsigned short kTrim = 1;
 constexpr unsigned short kSplitOnce = 2;
 
-VQString Piece(const VQString& text, unsigned long from, unsigned long to) {
-  VQString piece;
-  if (from < to) vq::ThrowIfError(text.GetSubString(from, to - from, &piece));
-  return piece;
+// Scanned forwards alone: a step back would count from the start again.
+VQString Trimmed(const VQString& text) {
+  const unsigned long length = text.GetLength();
+  unsigned long start = 0;
+  unsigned long end = 0;
+  for (unsigned long at = 0; at < length; ++at) {
+    if (text[at].IsSpace()) continue;
+    if (end == 0) start = at;
+    end = at + 1;
+  }
+  VQString trimmed;
+  if (end != 0) vq::ThrowIfError(text.GetSubString(start, end - start, &trimmed));
+  return trimmed;
 }
 
-VQString Trimmed(const VQString& text) {
-  unsigned long end = text.GetLength();
-  unsigned long start = 0;
-  while (start < end && text[start].IsSpace()) ++start;
-  while (end > start && text[end - 1].IsSpace()) --end;
-  return Piece(text, start, end);
+// The first separator from `at` on, or the end.
+const VQCHAR* FindSeparator(const VQCHAR* at, const VQCHAR* end, const VQString& separators) {
+  const auto length = static_cast<std::uint16_t>(end - at);
+  const ENGSTATUS result = EngTextFindAny(&at, length, separators.GetBuf(), EngTextCharset());
+  if (result == ENG_OK) return at;
+  if ((result & ENG_ERROR_MASK) != ENG_ERR_TEXT_NOT_FOUND) vq::Throw(vq::FromEngine(result));
+  return end;
 }
 
 struct Split {
@@ -32,18 +43,18 @@ struct Split {
 
 Split SplitText(const VQString& text, const VQString& separators, bool once) {
   Split split;
-  const unsigned long length = text.GetLength();
-  unsigned long start = 0;
-  unsigned long found = 0;
-  while (start < length && !(once && split.Separated)) {
-    const VQSTATUS status = text.FindChar(separators, start, &found);
-    if (status == VQWARN_NOT_FOUND) break;
-    vq::ThrowIfError(status);
+  const VQCHAR* at = text.GetBuf();
+  const VQCHAR* const end = at + text.GetBufLength();
+  while (at < end) {
+    const VQCHAR* stop = once && split.Separated ? end : FindSeparator(at, end, separators);
+    if (stop > at) split.Pieces.emplace_back(at, static_cast<unsigned long>(stop - at));
+    at = stop;
+    if (stop == end) break;
+    std::uint32_t size = 0;
+    vq::ThrowIfError(vq::FromEngine(EngTextSpanBytes(stop, static_cast<std::uint32_t>(end - stop), 1, &size)));
+    at += size;
     split.Separated = true;
-    if (found > start) split.Pieces.push_back(Piece(text, start, found));
-    start = found + 1;
   }
-  if (start < length) split.Pieces.push_back(Piece(text, start, length));
   if (split.Pieces.empty()) split.Pieces.emplace_back();
   return split;
 }
