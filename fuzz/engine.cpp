@@ -31,6 +31,17 @@ void ReadNumber(const Exact& text, const INTLFORMAT* settings, const NFMT& forma
   EngNumberToText(settings, &format, &value, buffer, sizeof buffer, &length);
 }
 
+// Seconds are the least that is shown, and years of more than four digits aren't read.
+void ReadBack(const TIMEDATE& moment, const ENGCHAR* shown, std::uint16_t length) {
+  constexpr std::uint32_t kYear10000 = 5373485;
+  if (moment.DateWord != ENG_TIME_WILD && moment.DateWord >= kYear10000) return;
+  const ENGCHAR* at = shown;
+  TIMEDATE again{};
+  Claim(EngTimeParse(nullptr, nullptr, &at, length, &again) == 0 && at == shown + length, "what is shown can be read");
+  const std::uint32_t lost = moment.TimeWord == ENG_TIME_WILD ? 0 : moment.TimeWord % 100;
+  Claim(again.DateWord == moment.DateWord && again.TimeWord == moment.TimeWord - lost, "as the same moment");
+}
+
 void ReadMoment(const Exact& text, const INTLFORMAT* settings, const TFMT& format) {
   const ENGCHAR* at = text.data();
   TIMEDATE moment;
@@ -40,6 +51,7 @@ void ReadMoment(const Exact& text, const INTLFORMAT* settings, const TFMT& forma
   if (EngTimeParse(settings, &format, &at, text.size(), &moment) == 0) {
     Claim(at > text.data() && at <= text.data() + text.size(), "a moment takes something, and stays inside");
     Claim(EngTimeToText(nullptr, nullptr, &moment, buffer, sizeof buffer, &length) == 0, "what was read can be shown");
+    ReadBack(moment, buffer, length);
   }
   at = text.data();
   if (EngTimeRangeParse(settings, &format, &at, text.size(), &pair) == 0) {

@@ -122,8 +122,11 @@ class MomentParser {
     parts.Zone = pieces.minutes_east ? 0 : settings_.TimeZone;
     if (!FromParts(&parts)) return std::nullopt;
     std::optional<TIMEDATE> moment = parts.GM;
-    if (pieces.minutes_east) moment = AddTicks(*moment, -*pieces.minutes_east * 60 * kTicksPerSecond);
-    return moment;
+    if (!pieces.minutes_east) return moment;
+    moment = AddTicks(*moment, -*pieces.minutes_east * 60 * kTicksPerSecond);
+    // The zone may move it out of the calendar.
+    if (moment) parts.GM = *moment;
+    return moment && ToParts({settings_.TimeZone, false}, &parts) ? moment : std::nullopt;
   }
 
  private:

@@ -228,7 +228,8 @@ TEST_F(Time, Parses) {
       {"3/5/97/", "1997-03-05|/"},
   };
   for (const auto& row : rows) EXPECT_EQ(Parsed(row.text), row.result) << row.text;
-  for (const char* text : {"", "x", "5", "2/30/97", "13:00 PM", "24:00", "10:60", "1997", "99999/1/1"}) {
+  for (const char* text :
+       {"", "x", "5", "2/30/97", "13:00 PM", "24:00", "10:60", "1997", "99999/1/1", "1/1/0000 1:00 GMT+6"}) {
     EXPECT_EQ(Parsed(text), "1031") << text;
   }
   settings.DateOrder = 1;
