@@ -105,6 +105,7 @@ class VQ_API VQDatetime : public VQQuillonClass {
   long operator-(const VQDatetime& other) const;
   operator VQString() const;
 
+  // By the calendar of the value's own zone, held at the month's end; the time of day stays.
   VQSTATUS AdjustDate(long months, long days, long years);
   // A time without a date wraps at midnight.
   VQSTATUS AdjustTime(long hours, long minutes, long seconds, long hundredths);
@@ -149,6 +150,7 @@ class VQ_API VQDatetime : public VQQuillonClass {
   VQSTATUS SetMinute(unsigned long minute);
   VQSTATUS SetSecond(unsigned long second);
   VQSTATUS SetHundredth(unsigned long hundredth);
+  // The half that is left stays as it is shown.
   VQSTATUS SetDateToWildCard();
   VQSTATUS SetTimeToWildCard();
 

@@ -83,7 +83,8 @@ class VQ_API VQString : public VQSmartPtr {
   // Decimal digits.
   VQString(unsigned long number);
 
-  // Give a new text to a handle; a null pointer is an empty text.
+  // Give a new text to a handle; a null pointer is an empty text. Platform text that takes all 65,534 bytes of store
+  // text counts as too long.
   void Setup(const char* text);
   void Setup(const char* text, unsigned long bytes);
   void Setup(const VQCHAR* text);
