@@ -107,6 +107,18 @@ TEST_F(RichTextCursor, FindsText) {
   }
 }
 
+TEST_F(RichTextCursor, LooksLeftOfAnElement) {
+  const std::string extension = Record(SIG_CD_TEXT_STYLE_EXT, Bytes({1, 0x80, 0, 10}));
+  const VQRichText text = RichText(extension + Text("find me") + Unknown("u"));
+  VQRTCursor cursor = At(text, 0);
+  ASSERT_EQ(cursor.GotoFirst(VQRTTYPE_COMPOSITE_DATA), VQ_OK);
+  VQRTObject previous;
+  ASSERT_EQ(cursor.GetPreviousObject(&previous), VQ_OK);
+  EXPECT_EQ(previous.GetType(), VQRTTYPE_STYLIZED_TEXT);
+  ASSERT_EQ(cursor.GotoPrevious("me"), VQ_OK);
+  EXPECT_EQ(cursor.GetOffset(), 6u);
+}
+
 TEST_F(RichTextCursor, GoesToTheEndsOfContainers) {
   const VQRichText text =
       RichText(Text("x") + TableBegin() + Cell(0, 0) + Text("ab") + Cell(0, 1) + Text("cd") + TableEnd() + Text("y"));
@@ -142,6 +154,17 @@ TEST_F(RichTextCursor, RefusesWhatHasGone) {
   ASSERT_EQ(text.Delete(&object), VQ_OK);
   EXPECT_FALSE(cursor.IsValid());
   EXPECT_EQ(StatusOf([&] { return cursor == other; }), VQERR_CURSOR_INVALID);
+  VQRTCursor copy = other;
+  EXPECT_EQ(ReturnedStatusOf([&] { return copy.Copy(cursor); }), VQERR_CURSOR_INVALID);
+  EXPECT_TRUE(copy.IsValid());
+  // A character that its run no longer has.
+  VQRTCursor end;
+  ASSERT_EQ(text.GetEndCursor(&end), VQ_OK);
+  VQRTObject run = VQRTObject(end.GetElementBody());
+  ASSERT_EQ(VQStylizedText(run).SetValue(""), VQ_OK);
+  ASSERT_EQ(text.Delete(&run), VQ_OK);
+  EXPECT_EQ(ReturnedStatusOf([&] { return copy.Copy(end); }), VQERR_CURSOR_INVALID);
+  EXPECT_EQ(StatusOf([&] { static_cast<void>(end + 1); }), VQERR_CURSOR_INVALID);
   text = VQRichText();
   EXPECT_EQ(StatusOf([&] { return other < other; }), VQERR_CURSOR_INVALID);
 }

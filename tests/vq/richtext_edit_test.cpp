@@ -100,6 +100,58 @@ TEST_F(RichTextEdit, HoldsARunToItsLimit) {
   EXPECT_TRUE(run.IsNull());
 }
 
+// As other writers may leave them: they can be cut down, not made longer.
+TEST_F(RichTextEdit, CutsARunAboveTheLimit) {
+  VQRichText text = RichText(Text(std::string(50000, 'x')));
+  VQRTCursor start = At(text, 3), end = At(text, 4), behind = At(text, 9);
+  EXPECT_EQ(text.Insert("y", &start), VQERR_TEXT_TOO_LONG);
+  ASSERT_EQ(text.Delete(&start, &end), VQ_OK);
+  EXPECT_EQ(behind.GetOffset(), 8u);
+  ASSERT_EQ(text.StartNewParagraph(&start), VQ_OK);
+  EXPECT_EQ(Plain(text), "xxx\n" + std::string(49996, 'x'));
+  VQRichText other = RichText(Unknown("u"));
+  EXPECT_EQ(other.Append(Store(std::string(40953, 'x')), 0), VQERR_TEXT_TOO_LONG);
+  EXPECT_FALSE(other.IsDirty());
+}
+
+struct UnreadableRow {
+  const char* What;
+  std::string Records;
+  VQRTTYPE Type;  // of the first object that is copied
+  VQRTCOPYOPTIONS Options;
+  VQSTATUS Append, Write, Select;
+};
+
+// What a load would not take back never gets into the store.
+TEST_F(RichTextEdit, WritesNothingThatCannotBeRead) {
+  const std::string table = TableBegin() + Cell(0, 0) + Text("a") + TableEnd(), popup = Hotspot(1) + HotspotEnd();
+  const auto deep = VQRTCOPYOPTIONS_DEEP, shallow = VQRTCOPYOPTIONS_SHALLOW;
+  const VQSTATUS refused = VQERR_CANT_INSERT_TYPE, odd = VQERR_RT_SELECTION_INVALID, bad = VQERR_RT_INVALID;
+  const std::string spanning =
+      TableBegin() + Cell(0, 0) + Hotspot(11) + Text("a") + Cell(0, 1) + Text("b") + HotspotEnd() + TableEnd();
+  const UnreadableRow rows[] = {
+      {"a cell", table, VQRTTYPE_TABLE_CELL, deep, refused, VQ_OK, VQ_OK},
+      {"a table's end", table, VQRTTYPE_TABLE_END, deep, refused, VQ_OK, odd},
+      {"a hotspot's end", popup, VQRTTYPE_HOTSPOT_END, deep, refused, VQ_OK, odd},
+      {"a table", table, VQRTTYPE_TABLE, deep, VQ_OK, VQ_OK, VQ_OK},
+      {"a table without its cells", table, VQRTTYPE_TABLE, shallow, VQ_OK, bad, VQ_OK},
+      {"a hotspot without its end", popup, VQRTTYPE_TEXT_POPUP, shallow, VQ_OK, bad, VQ_OK},
+      {"the start of a link", spanning, VQRTTYPE_LINK_HOTSPOT, deep, VQ_OK, bad, VQ_OK},
+      {"a table with a link over two cells", spanning, VQRTTYPE_TABLE, deep, VQ_OK, VQ_OK, VQ_OK},
+  };
+  for (const UnreadableRow& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText source = RichText(row.Records), target = RichText(Text("kept")), part;
+    VQRTObject object, copy;
+    ASSERT_EQ(source.FindFirst(row.Type, &object), VQ_OK);
+    ASSERT_EQ(copy.CopyRTObject(object, row.Options), VQ_OK);
+    EXPECT_EQ(target.Append(copy), row.Append);
+    EXPECT_EQ(target.Update(), row.Write);
+    EXPECT_EQ(target.GetValueSize() > 14, row.Append == VQ_OK && row.Write == VQ_OK);
+    EXPECT_EQ(source.GetRichText(object, &part), row.Select);
+  }
+}
+
 TEST_F(RichTextEdit, WritesItemsOfBoundedSize) {
   std::string records;
   while (records.size() < 90000) records += Text(std::string(990 + records.size() % 7, 'w'));
@@ -177,6 +229,16 @@ TEST_F(RichTextEdit, CompositeDataWritesAndWarns) {
   EXPECT_EQ(StatusOf([&] { VQNewParagraph wrong(copy); }), VQERR_CONVERSION_FAILED);
   VQStylizedText run(VQString("a"));
   EXPECT_EQ(run.GetStylizedTextBody()->AppendChild(&copy), VQERR_RT_CHARACTERS);
+  EXPECT_EQ(run.Append(VQStylizedText(VQString("b")), nullptr), VQERR_RT_CHARACTERS);
+  VQCompositeData none;
+  EXPECT_EQ(none.WriteODS(9999, back, 0), VQERR_INVALID_PARAMETER);
+  EXPECT_TRUE(none.IsNull());
+  // A header that claims more than there is would swallow what comes behind.
+  record = Bytes({0xE1, 0xFF, 100, 0});
+  ASSERT_EQ(data.Write(record.size(), record.data(), 0), VQ_OK);
+  VQRichText text = RichText(Text("a"));
+  ASSERT_EQ(text.Append(data), VQ_OK);
+  EXPECT_EQ(text.Update(), VQERR_RT_INVALID);
 }
 
 // The main job: another session's document, one word, saved.

@@ -2,6 +2,8 @@
 #include <random>
 
 #include "tests/vq/support/records.h"
+#include "vq/store/vqcreate.h"
+#include "vq/store/vqdoc.h"
 
 namespace {
 
@@ -112,6 +114,34 @@ TEST_F(RichTextParse, RefusesDamageAndKeepsTheValue) {
     for (int again = 0; again < 2; ++again) EXPECT_EQ(text.GetText(&string), row.Status);
     EXPECT_EQ(text.GetValueSize(), row.Records.size() + 2);
   }
+}
+
+VQSTATUS Refuse(const VQRTPARSERERRORDATA&) { throw static_cast<VQSTATUS>(VQERR_OUT_OF_RANGE); }
+VQSTATUS Clear(const VQRTPARSERERRORDATA& data) {
+  VQString text;
+  EXPECT_EQ(data.RichText->GetText(&text), VQERR_WRONG_SITUATION);
+  EXPECT_EQ(data.RichText->GetItemBody()->Close(), VQERR_WRONG_SITUATION);
+  return VQ_OK;
+}
+
+TEST_F(RichTextParse, AsksTheHandler) {
+  const std::string graphic = Record(SIG_CD_GRAPHIC, "") + Record(SIG_CD_BITMAPSEGMENT, "");
+  const std::string records = Text("a") + graphic + Text("b") + Hotspot(1) + Text("c");
+  VQDatabase database;
+  ASSERT_EQ(Session->CreateDatabase("damaged", &database, VQCreateDatabaseOptions()), VQ_OK);
+  VQDocument document;
+  ASSERT_EQ(database.CreateDocument(&document), VQ_OK);
+  ASSERT_EQ(document.CreateItem("Body", TYPE_COMPOSITE, records.data(), records.size()), VQ_OK);
+  VQRichText body;
+  ASSERT_EQ(document.GetItem("Body", &body), VQ_OK);
+  VQString text;
+  Session->SetRTParserErrorHandler(&Refuse);
+  for (int again = 0; again < 2; ++again) EXPECT_EQ(body.GetText(&text), VQERR_OUT_OF_RANGE);
+  Session->SetRTParserErrorHandler(&Clear);
+  EXPECT_EQ(body.GetText(&text), VQ_OK);
+  EXPECT_EQ(TextOf(text), "ab");
+  EXPECT_FALSE(body.IsDirty());
+  Session->SetRTParserErrorHandler(nullptr);
 }
 
 TEST_F(RichTextParse, CountsTheMissingPadByteOnlyWhereItIs) {

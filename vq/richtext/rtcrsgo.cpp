@@ -172,7 +172,7 @@ VQSTATUS VQRTCursor::GotoPrevious(const VQString& text) {
   const VQSTATUS status = CheckSearch(text);
   if (status != VQ_OK) return vq::Apply(status);
   const vq::TextPlace place(*this);
-  if (!place.Run() || place.Before > 0) return vq::Apply(SearchFrom(place.Node, text, place.Before, true));
+  if (place.Run() && place.Before > 0) return vq::Apply(SearchFrom(place.Node, text, place.Before, true));
   return vq::Apply(SearchFrom(ScopeBody()->PreviousInTree(place.Node), text, ~0U, true));
 }
 

@@ -109,7 +109,8 @@ VQSTATUS VQRTContainerBody::DeleteAcross(VQRTCursor* start, VQRTCursor* end) {
     if (!behind.IsNull() && container->FindNext(behind, VQRTTYPE_ELEMENT, &element) == VQ_OK) {
       status = start->Assign(VQRTElement(element), 0);
     } else {
-      status = static_cast<VQRTContainerBody*>(container)->GetEndCursor(start);
+      const bool editable = container->IsType(VQRTTYPE_CONTAINER);
+      status = (editable ? static_cast<VQRTContainerBody*>(container) : this)->GetEndCursor(start);
     }
   }
   return status != VQ_OK ? status : end->Copy(*start);
@@ -126,7 +127,7 @@ VQSTATUS VQRTContainerBody::Delete(VQRTObject* object) {
   if (!object || object->IsNull()) return VQERR_INVALID_PARAMETER;
   if (Closed || object->GetRTObjectBody()->IsClosed()) return VQERR_OBJECT_CLOSED;
   VQRTObjectBody* body = object->GetRTObjectBody();
-  if (!Contains(body) || body == this) return VQERR_RT_NOT_MEMBER;
+  if (!Contains(body) || (body == this && !object->HasOffset())) return VQERR_RT_NOT_MEMBER;
   if (object->HasOffset()) {
     auto* run = static_cast<VQStylizedTextBody*>(body);
     return run->GetByteCount() == 0 ? VQ_OK : run->RemoveText(object->GetOffset(), 1);

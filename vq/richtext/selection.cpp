@@ -2,6 +2,7 @@
 #include <set>
 
 #include "vq/richtext/pabtree.h"
+#include "vq/richtext/rtcheck.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqstyltx.h"
 
@@ -149,12 +150,20 @@ VQSTATUS VQRTContainerBody::GetRichText(const VQRTObject& object, VQRichText* ri
     return GetRichText(VQRTCursor(character, 0), VQRTCursor(character, 1), richText);
   }
   if (!Contains(body)) return VQERR_RT_NOT_MEMBER;
+  // Of a whole text and of a cell their content; other parts of structures are nothing of their own.
+  const bool content = body->GetType() == VQRTTYPE_RICH_TEXT || body->GetType() == VQRTTYPE_TABLE_CELL;
+  if (!content && !vq::StandsAlone(body->GetType())) return VQERR_RT_SELECTION_INVALID;
   VQRichText made;
   if (VQSTATUS status = MakeRichText(*this, &made)) return status;
   VQRTContainerBody& copy = *made.GetRichTextBody()->GetTop();
-  VQRTObject child;
-  if (VQSTATUS status = pab::CopyOf(body, &child)) return status;
-  if (VQSTATUS status = copy.Append(child.GetRTObjectBody())) return status;
+  if (vq::StandsAlone(body->GetType())) {
+    VQRTObject child;
+    if (VQSTATUS status = pab::CopyOf(body, &child)) return status;
+    if (VQSTATUS status = copy.Append(child.GetRTObjectBody())) return status;
+  } else {
+    const VQRTCursor open;
+    if (VQSTATUS status = copy.CopyChildren(open, open, body->AsBase(), nullptr)) return status;
+  }
   if (VQSTATUS status = Finish(pab::Root(*this), body, copy)) return status;
   *richText = made;
   return VQ_OK;

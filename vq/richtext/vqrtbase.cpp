@@ -74,6 +74,7 @@ VQSTATUS VQRTBaseContainerBody::ConvertFonts(VQItem* table) {
 }
 
 VQSTATUS VQRTBaseContainerBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) {
+  if (source && source != this && Contains(source)) return VQERR_INVALID_PARAMETER;
   VQSTATUS status = VQRTObjectBody::Copy(source, options);
   if (status != VQ_OK || options == VQRTCOPYOPTIONS_KEEP_LINKS) return status;
   status = VQRTBaseContainerBody::DeleteAllChildren();

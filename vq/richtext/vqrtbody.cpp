@@ -1,6 +1,7 @@
 #include "vq/richtext/vqrtbody.h"
 
 #include "engine/memory.h"
+#include "vq/richtext/rtcheck.h"
 #include "vq/richtext/vqrtinit.h"
 #include "vq/richtext/vqrtwrit.h"
 #include "vq/store/vqslate.h"
@@ -41,6 +42,7 @@ VQRichTextBody::VQRichTextBody(VQSlateBody* slate, std::string_view name, const 
 VQRichTextBody::~VQRichTextBody() { VQRichTextBody::Close(); }
 
 VQSTATUS VQRichTextBody::Close() {
+  if (InitState == kParsing) return VQERR_WRONG_SITUATION;  // by the parser's error handler
   const VQSTATUS status = VQCompositeItemBody::Close();
   if (status == VQWARN_NOT_OPEN) return status;
   DropTree();
@@ -67,11 +69,17 @@ VQSTATUS VQRichTextBody::Initialize() {
 
 VQSTATUS VQRichTextBody::Parse() {
   InitState = kParsing;
-  LoadBlocks();
-  Top = new VQRTContainerBody(VQRTTYPE_RICH_TEXT, static_cast<unsigned short>(0));
-  Top->AddReference();
-  VQSTATUS status = Top->SetTopContainer(this);
-  if (status == VQ_OK) status = VQRichTextParser(*this).Run();
+  VQSTATUS status = VQ_OK;
+  try {
+    LoadBlocks();
+    Top = new VQRTContainerBody(VQRTTYPE_RICH_TEXT, static_cast<unsigned short>(0));
+    Top->AddReference();
+    status = Top->SetTopContainer(this);
+    if (status == VQ_OK) status = VQRichTextParser(*this).Run();
+  } catch (...) {
+    DropTree();
+    throw;
+  }
   // What a load takes out of the tree, by the error handler's leave, is no edit.
   if (status == VQ_OK && Top->IsDirty()) status = Top->SetDirty(0);
   if (status == VQ_OK) {
@@ -143,6 +151,7 @@ VQSTATUS VQRichTextBody::Flush() {
 
 VQSTATUS VQRichTextBody::StoreTree() {
   VQSTATUS status = CheckValue();
+  if (status == VQ_OK) status = vq::CheckStream(*Top);
   if (status != VQ_OK) return status;
   vq::RecordWriter writer(Top->GetSize());
   status = Top->Update(writer);
@@ -186,6 +195,7 @@ VQSTATUS VQRichTextBody::TakeBlocks(std::vector<vq::ItemBlock>& blocks) {
 VQSTATUS VQRichTextBody::WriteBlocks(std::vector<vq::ItemBlock>* blocks) {
   if (!blocks) return VQERR_INVALID_PARAMETER;
   VQSTATUS status = Initialize();
+  if (status == VQ_OK) status = vq::CheckStream(*Top);
   if (status != VQ_OK) return status;
   vq::RecordWriter writer(Top->GetSize());
   status = Top->Update(writer);

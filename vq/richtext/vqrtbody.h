@@ -44,7 +44,8 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   int IsDirty() override;
   VQSTATUS Rebound() override;
   VQSTATUS AddBlockID(const BLOCKID& item, const BLOCKID& value, unsigned long size) override;
-  // Writes a dirty tree into the items. On failure the tree stays dirty and the items are what they were.
+  // Writes a dirty tree into the items. On failure the tree stays dirty and the items are what they were; so it is
+  // with a tree that could not be read again, which gives VQERR_RT_INVALID or what the parser would give.
   VQSTATUS Flush() override;
   // Into another slate the fonts go along: runs get the face numbers that the faces have there.
   VQSTATUS CopyInto(VQSlateBody* slate, std::string_view name, unsigned short flags, vq::ItemPlace* first) override;

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "vq/richtext/fontplace.h"
+#include "vq/richtext/rtcheck.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
@@ -43,9 +44,8 @@ VQSTATUS VQRTContainerBody::SetTopContainer(VQRichTextBody* richText) {
 
 int VQRTContainerBody::CanInsertType(VQRTTYPE type) const {
   const bool table = vq::IsRTType(type, VQRTTYPE_TABLE);
-  if (IsType(VQRTTYPE_TABLE)) return 0;
+  if (IsType(VQRTTYPE_TABLE) || !vq::StandsAlone(type)) return 0;
   if (IsType(VQRTTYPE_HOTSPOT)) return !table && !vq::IsRTType(type, VQRTTYPE_HOTSPOT);
-  if (vq::IsRTType(type, VQRTTYPE_RICH_TEXT) || vq::IsRTType(type, VQRTTYPE_CHAR)) return 0;
   return !table || !vq::EnclosingTable(this);
 }
 
@@ -86,6 +86,8 @@ VQSTATUS VQRTContainerBody::Append(const VQString& text, int convertNewlines) {
   if (!CanInsertType(VQRTTYPE_STYLIZED_TEXT)) return VQERR_CANT_INSERT_TYPE;
   VQRTObjectBody* last = LastChild;
   if (!last || last->GetType() != VQRTTYPE_STYLIZED_TEXT) {
+    const VQSTATUS fits = CheckNewText(text, convertNewlines);
+    if (fits != VQ_OK) return fits;
     last = new VQStylizedTextBody();
     const VQRTObject hold(last);
     VQRTObjectBody* before = LastChild && LastChild->GetType() == VQRTTYPE_HOTSPOT_END ? LastChild : nullptr;
@@ -208,6 +210,11 @@ VQSTATUS VQRTContainerBody::CheckLines(const VQString& text, const VQRTCursor& c
   });
 }
 
+VQSTATUS VQRTContainerBody::CheckNewText(const VQString& text, int convertNewlines) const {
+  if (convertNewlines) return CheckLines(text, VQRTCursor());
+  return text.GetBufLength() > vq::kItemTarget - 8 ? VQERR_TEXT_TOO_LONG : VQ_OK;
+}
+
 VQSTATUS VQRTContainerBody::InsertLine(const VQString& line, VQRTCursor* cursor) {
   if (line.GetBufLength() == 0) return VQ_OK;
   if (VQStylizedTextBody* run = vq::TextPlace(*cursor).Run()) return run->Insert(line, cursor, 0);
@@ -240,13 +247,7 @@ VQSTATUS VQRTContainerBody::Insert(const VQString& text, VQRTCursor* cursor, int
 VQSTATUS VQRTContainerBody::SetValue(const VQString& text, int convertNewlines) {
   if (Closed) return VQERR_OBJECT_CLOSED;
   if (!CanInsertType(VQRTTYPE_STYLIZED_TEXT)) return VQERR_CANT_INSERT_TYPE;
-  const VQRTCursor nowhere;
-  VQSTATUS status = VQ_OK;
-  if (convertNewlines) {
-    status = CheckLines(text, nowhere);
-  } else if (text.GetBufLength() > vq::kItemTarget - 8) {
-    status = VQERR_TEXT_TOO_LONG;
-  }
+  VQSTATUS status = CheckNewText(text, convertNewlines);
   if (status != VQ_OK) return status;
   // A hotspot's end and its parts belong to the container, not to its text.
   for (VQRTObjectBody *child = FirstChild, *next; child; child = next) {

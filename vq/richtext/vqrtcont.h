@@ -92,6 +92,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   [[nodiscard]] VQSTATUS CheckInsert(const VQRTObject& object, int copy, const VQRTCursor* cursor) const;
   [[nodiscard]] VQSTATUS PlaceAt(VQRTObjectBody* object, const VQRTCursor& cursor);
   [[nodiscard]] VQSTATUS CheckLines(const VQString& text, const VQRTCursor& cursor) const;
+  // The same for text that starts a run of its own.
+  [[nodiscard]] VQSTATUS CheckNewText(const VQString& text, int convertNewlines) const;
   [[nodiscard]] VQSTATUS InsertLine(const VQString& line, VQRTCursor* cursor);
   [[nodiscard]] VQSTATUS DeleteAcross(VQRTCursor* start, VQRTCursor* end);
 

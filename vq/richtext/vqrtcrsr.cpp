@@ -42,7 +42,7 @@ VQSTATUS VQRTCursor::Assign(const VQRTElement& element, int rightEdge) {
 }
 
 VQSTATUS VQRTCursor::Copy(const VQRTCursor& other) {
-  if (other.IsNull()) return vq::Apply(VQERR_CURSOR_INVALID);
+  if (!other.IsValid()) return vq::Apply(VQERR_CURSOR_INVALID);
   const VQRTCursor hold(other);
   VQSmartPtr::operator=(new VQRTCursorBody());
   VQRTCursorBody& body = *GetCursorBody();
@@ -326,6 +326,10 @@ VQSTATUS VQRTCursor::GetPreviousObject(VQRTObject* object) const {
   if (!cursor.RightEdge && cursor.RTElement.GetOffset() <= 1) {
     const VQRTBaseContainerBody* scope = ScopeBody();
     body = scope ? scope->PreviousInTree(body) : nullptr;
+    // The parts of a run or an element are no places.
+    for (VQRTObjectBody* owner = body; owner && !IsValid(owner->AsBase()); owner = owner->GetParent()) {
+      if (owner->IsType(VQRTTYPE_ELEMENT) || owner->GetType() == VQRTTYPE_STYLIZED_TEXT) body = owner;
+    }
   }
   *object = body;
   return body ? VQ_OK : VQWARN_NOT_FOUND;

@@ -16,6 +16,10 @@ constexpr std::uint32_t kTypeWord = 2;
 
 VQRichTextParser::VQRichTextParser(VQRichTextBody& body) : Body(body), Stack{} {}
 
+VQRichTextParser::~VQRichTextParser() {
+  if (Pending) Pending->Release();
+}
+
 // Sorted by signature.
 const VQRichTextParser::Rule VQRichTextParser::kRules[] = {
     {SIG_CD_PARAGRAPH, &VQRichTextParser::AddPlain, VQRTTYPE_NEW_PARAGRAPH},
@@ -73,7 +77,6 @@ VQSTATUS VQRichTextParser::Run() {
     StreamOffset += Body.Blocks[i].Size;
   }
   if (status == VQ_OK) status = Finish();
-  if (Pending) Pending->Release();
   if (status != VQ_OK || Index < VQRT_MAX_INDEX_VALUE) return status;
   return Body.Top->Renumber(true);  // far more records than their bytes let expect
 }
@@ -165,7 +168,11 @@ VQSTATUS VQRichTextParser::Report(VQSTATUS status, const Record* record) {
     data.Signature = record->Signature;
     data.RecordLength = record->Size;
   }
-  return handler(data);
+  try {
+    return handler(data);
+  } catch (VQSTATUS thrown) {
+    return thrown;  // by an operation that the handler called
+  }
 }
 
 VQRTBaseContainerBody* VQRichTextParser::Container() const { return Depth == 0 ? Body.Top : Stack[Depth - 1].AddTo; }

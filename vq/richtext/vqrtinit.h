@@ -10,13 +10,17 @@
 // them, become VQRTTYPE_COMPOSITE_DATA. No record is dropped or moved, so that a tree writes back what was read.
 class VQRichTextParser {
  public:
+  // Containers that may be open at one place of a stream.
+  static constexpr unsigned kStackSize = 10;
+
   explicit VQRichTextParser(VQRichTextBody& body);
+  ~VQRichTextParser();
+  VQRichTextParser(const VQRichTextParser&) = delete;
+  VQRichTextParser& operator=(const VQRichTextParser&) = delete;
 
   [[nodiscard]] VQSTATUS Run();
 
  private:
-  static constexpr unsigned kStackSize = 10;
-
   struct Record {
     vq::RecordSource* Source;
     std::uint32_t Offset;  // in the value

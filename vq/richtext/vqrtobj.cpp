@@ -1,5 +1,6 @@
 #include "vq/richtext/vqrtobj.h"
 
+#include "engine/ods.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqstyltx.h"
@@ -184,6 +185,7 @@ int VQRTObject::IsDirty() const { return Require(*this).IsDirty(); }
 int VQRTObject::IsLeftOf(const VQRTObject& other) const {
   const VQRTObjectBody& body = Require(*this);
   if (other.IsNull()) return 1;
+  Require(other);
   if (HasOffset() && other.HasOffset() && Body == other.Body) return Offset < other.Offset;
   return body.IsLeftOf(other.GetRTObjectBody());
 }
@@ -296,6 +298,8 @@ VQSTATUS VQCompositeData::Write(unsigned long size, void* buffer, unsigned long 
 }
 
 VQSTATUS VQCompositeData::WriteODS(unsigned short structureCode, void* source, unsigned long offset) {
+  const unsigned long size = EngOdsLength(structureCode);
+  if (size == 0 || offset > vq::kRecordLimit - size) return vq::Apply(VQERR_INVALID_PARAMETER);
   VQSTATUS status = CheckWrite(source, offset);
   if (status == VQ_OK) {
     status = GetRTObjectBody()->WriteODS(structureCode, source, static_cast<std::uint32_t>(offset));

@@ -118,6 +118,7 @@ unsigned long VQStylizedTextBody::GetCharacterCount() const {
 VQSTATUS VQStylizedTextBody::SpanBytes(unsigned long characters, std::uint32_t* size) const {
   *size = 0;
   if (characters == 0) return VQ_OK;
+  if (characters > vq::kRecordLimit) return VQERR_INVALID_PARAMETER;
   const TextBytes bytes(*this);
   std::uint32_t span = 0;
   const ENGSTATUS result = EngTextSpanBytes(bytes.Text, bytes.Size, static_cast<std::uint32_t>(characters), &span);
@@ -132,8 +133,8 @@ VQSTATUS VQStylizedTextBody::CheckRoom(unsigned long byteCount) {
   return total > kWarningSize ? VQWARN_TEXT_OVER_20K : VQ_OK;
 }
 
-VQSTATUS VQStylizedTextBody::Replace(std::uint32_t offset, std::uint32_t oldBytes, const unsigned char* text,
-                                     std::uint32_t newBytes) {
+void VQStylizedTextBody::Replace(std::uint32_t offset, std::uint32_t oldBytes, const unsigned char* text,
+                                 std::uint32_t newBytes) {
   const auto count = static_cast<std::uint32_t>(GetByteCount());
   MakeValue(kFixedPart);
   std::vector<unsigned char>& value = *Value;
@@ -149,7 +150,6 @@ VQSTATUS VQStylizedTextBody::Replace(std::uint32_t offset, std::uint32_t oldByte
   vq::WriteRecordLength(value.data(), static_cast<std::uint32_t>(value.size()));
   value.resize(vq::Padded(static_cast<std::uint32_t>(value.size())));
   VQ_ASSERT_TEXT(GetRecordSize() % 2 == 0, "VQRTObjectBody::GetSize()%2 == 0", "VQRTOBJB");
-  return CheckRoom(count - oldBytes + newBytes);
 }
 
 VQSTATUS VQStylizedTextBody::InsertText(unsigned long charOffset, const VQString& text) {
@@ -167,7 +167,7 @@ VQSTATUS VQStylizedTextBody::InsertText(unsigned long charOffset, const VQString
 
   std::vector<unsigned char> record(text.GetBuf(), text.GetBuf() + bytes);
   std::replace(record.begin(), record.end(), static_cast<unsigned char>('\n'), static_cast<unsigned char>(0));
-  status = Replace(prefix, 0, record.data(), static_cast<std::uint32_t>(bytes));
+  Replace(prefix, 0, record.data(), static_cast<std::uint32_t>(bytes));
   if (RTCharArray) {
     for (VQRTObject* character : *RTCharArray) {
       if (character->Offset > charOffset) character->Offset += characters;
@@ -184,8 +184,7 @@ VQSTATUS VQStylizedTextBody::RemoveText(unsigned long first, unsigned long count
   if (first == 0 || SpanBytes(first - 1, &from) != VQ_OK || SpanBytes(first - 1 + count, &to) != VQ_OK) {
     return VQERR_INVALID_PARAMETER;
   }
-  const VQSTATUS status = Replace(from, to - from, nullptr, 0);
-  if (VQIsError(status)) return status;
+  Replace(from, to - from, nullptr, 0);
   if (!RTCharArray) return VQ_OK;
   for (VQRTObject* character : *RTCharArray) {
     if (character->Offset < first) continue;
@@ -208,13 +207,19 @@ VQSTATUS VQStylizedTextBody::SetValue(const VQString& text, int convertNewlines)
     }
     std::erase_if(*RTCharArray, [](const VQRTObject* character) { return character->Offset == 0; });
   }
-  return Replace(0, static_cast<std::uint32_t>(GetByteCount()), text.GetBuf(), bytes);
+  Replace(0, static_cast<std::uint32_t>(GetByteCount()), text.GetBuf(), bytes);
+  return status;
 }
 
 VQSTATUS VQStylizedTextBody::Append(const VQString& text, int convertNewlines) {
   if (Closed) return VQERR_OBJECT_CLOSED;
   if (convertNewlines && std::memchr(text.GetBuf(), '\n', text.GetBufLength())) return VQERR_TEXT_NEWLINES;
   return InsertText(GetCharacterCount(), text);
+}
+
+VQSTATUS VQStylizedTextBody::Append(const VQRTObject& object, VQRTObject*) {
+  if (Closed) return VQERR_OBJECT_CLOSED;
+  return object.IsNull() ? VQERR_UNINITIALIZED_ARGUMENT : VQERR_RT_CHARACTERS;
 }
 
 VQSTATUS VQStylizedTextBody::Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines) {
@@ -241,13 +246,13 @@ VQSTATUS VQStylizedTextBody::SplitText(unsigned long offset) {
   auto* tail = new VQStylizedTextBody();
   const VQRTObject hold(tail);
   status = tail->Copy(this, VQRTCOPYOPTIONS_DEEP);
-  if (status == VQ_OK) status = tail->Replace(0, prefix, nullptr, 0);
-  if (VQIsError(status)) return status;
+  if (status != VQ_OK) return status;
+  tail->Replace(0, prefix, nullptr, 0);
   status = InsertNextSibling(tail);
   if (status != VQ_OK) return status;
   MoveCharacters(offset, tail);
-  status = Replace(prefix, static_cast<std::uint32_t>(GetByteCount()) - prefix, nullptr, 0);
-  return VQIsError(status) ? status : VQ_OK;
+  Replace(prefix, static_cast<std::uint32_t>(GetByteCount()) - prefix, nullptr, 0);
+  return VQ_OK;
 }
 
 void VQStylizedTextBody::MoveCharacters(unsigned long offset, VQStylizedTextBody* target) {

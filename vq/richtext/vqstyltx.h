@@ -38,6 +38,8 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
   VQSTATUS FindLast(VQRTTYPE type, VQRTObject* found) override;
   VQSTATUS GetCursor(VQRTCursor* cursor) override;
   VQSTATUS Append(const VQString& text, int convertNewlines) override;
+  // Refused with VQERR_RT_CHARACTERS.
+  VQSTATUS Append(const VQRTObject& object, VQRTObject* appended) override;
   VQSTATUS GetEndCursor(VQRTCursor* cursor) override;
   VQSTATUS Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines) override;
   int CanInsertType(VQRTTYPE type) const override;
@@ -85,9 +87,8 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
   [[nodiscard]] static VQSTATUS CheckRoom(unsigned long byteCount);
   // Bytes of the first characters; VQERR_INVALID_PARAMETER when there are fewer.
   [[nodiscard]] VQSTATUS SpanBytes(unsigned long characters, std::uint32_t* size) const;
-  // Bytes for bytes, with the record's length kept right.
-  [[nodiscard]] VQSTATUS Replace(std::uint32_t offset, std::uint32_t oldBytes, const unsigned char* text,
-                                 std::uint32_t newBytes);
+  // Bytes for bytes, with the record's length kept right; CheckRoom comes before what makes a run longer.
+  void Replace(std::uint32_t offset, std::uint32_t oldBytes, const unsigned char* text, std::uint32_t newBytes);
   void MoveCharacters(unsigned long offset, VQStylizedTextBody* target);
 
   VQFontStyleBody& OwnFontStyle();
