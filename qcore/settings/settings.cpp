@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstring>
 #include <filesystem>
 #include <limits>
 #include <mutex>
@@ -118,7 +117,7 @@ std::uint16_t CopyText(std::string_view text, char* buffer, std::uint16_t size) 
     while (start > 0 && length - start < 3 && (static_cast<unsigned char>(text[start]) & 0xC0) == 0x80) --start;
     if ((static_cast<unsigned char>(text[start]) & 0xC0) == 0xC0) length = start;
   }
-  std::memcpy(buffer, text.data(), length);
+  text.copy(buffer, length);
   buffer[length] = 0;
   return static_cast<std::uint16_t>(length);
 }
