@@ -54,6 +54,7 @@ ENG_API ENGSTATUS EngDbClose(ENGHANDLE db);
 // An addition of this engine: several updates as one. Transactions do not nest (ENG_ERR_DB_TRANSACTION).
 // A crash inside leaves the state before EngDbBegin.
 ENG_API ENGSTATUS EngDbBegin(ENGHANDLE db);
+// A failure rolls back: nothing of the transaction is stored.
 ENG_API ENGSTATUS EngDbCommit(ENGHANDLE db);
 ENG_API ENGSTATUS EngDbRollback(ENGHANDLE db);
 

@@ -40,6 +40,7 @@
 #define ENG_ERR_DB_IS_DIRECTORY 523
 #define ENG_ERR_PATH 524
 #define ENG_ERR_SERVER 525
+#define ENG_ERR_DB_NO_ACCESS 526  // the file or its directory is closed to this user
 #define ENG_ERR_NO_ITEM 546
 #define ENG_ERR_ITEM_EXISTS 547
 #define ENG_ERR_ITEM_DAMAGED 548

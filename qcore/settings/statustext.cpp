@@ -46,6 +46,7 @@ constexpr Text kTexts[] = {
     {ENG_ERR_DB_IS_DIRECTORY, "The path names a directory, not a database"},
     {ENG_ERR_PATH, "The path is not valid"},
     {ENG_ERR_SERVER, "The server cannot be reached"},
+    {ENG_ERR_DB_NO_ACCESS, "No permission for the database or its directory"},
     {ENG_ERR_NO_ITEM, "The slate has no such item"},
     {ENG_ERR_ITEM_EXISTS, "The slate has an item of that name already"},
     {ENG_ERR_ITEM_DAMAGED, "The item's value is damaged"},

@@ -321,7 +321,7 @@ ENGSTATUS ReadValueOf(const std::shared_ptr<Database>& database, std::uint32_t i
   return status;
 }
 
-ENGSTATUS CheckSlate(Database& database, std::uint32_t id) {
+ENGSTATUS CheckSlate(Database& database, std::uint32_t id, std::set<Store::ValueId>* values) {
   std::vector<PackedItem> aside;
   ENGSTATUS status = database.store().ReadSlate(id, [&aside](const SlateHeader& header, Bytes packed) {
     PackedReader reader;
@@ -337,7 +337,8 @@ ENGSTATUS CheckSlate(Database& database, std::uint32_t id) {
   for (std::size_t i = 0; status == ENG_OK && i < aside.size(); ++i) {
     value.resize(aside[i].size);
     status = database.store().ReadValue(aside[i].aside, aside[i].size, value.data());
-    if (status == ENG_ERR_SLATE_CONFLICT) status = ENG_ERR_DB_DAMAGED;
+    const bool owned_twice = !values->insert(aside[i].aside).second;
+    if (status == ENG_ERR_SLATE_CONFLICT || (status == ENG_OK && owned_twice)) status = ENG_ERR_DB_DAMAGED;
   }
   return status;
 }

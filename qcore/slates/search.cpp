@@ -1,6 +1,7 @@
 #include "qcore/slates/search.h"
 
 #include <algorithm>
+#include <set>
 
 #include "qcore/idtables/idtable.h"
 #include "qcore/slates/packed.h"
@@ -111,21 +112,35 @@ ENGSTATUS FindDesign(const std::shared_ptr<Database>& database, std::uint16_t sl
   return ENG_ERR_NO_DESIGN_ELEMENT;
 }
 
+namespace {
+
+ENGSTATUS CheckSlates(Database& database, std::set<Store::ValueId>* values, std::string* report) {
+  std::vector<FeedEntry> entries;
+  ENGSTATUS status =
+      database.store().ReadFeed(nullptr, [&entries](const FeedEntry& entry) { entries.push_back(entry); });
+  SlateHeader header;
+  for (std::size_t i = 0; status == ENG_OK && i < entries.size(); ++i) {
+    const std::uint32_t id = entries[i].id;
+    status = entries[i].deleted ? database.store().ReadHeader(id, &header) : CheckSlate(database, id, values);
+    if (status != ENG_OK) *report = "slate " + std::to_string(id);
+  }
+  return status == ENG_ERR_ITEM_DAMAGED ? ENGSTATUS{ENG_ERR_DB_DAMAGED} : status;
+}
+
+}  // namespace
+
+// All of it sees one state, whatever others save meanwhile.
 ENGSTATUS CheckDatabase(Database& database, std::string* report) {
   const std::lock_guard lock(database.mutex());
   Store& store = database.store();
-  ENGSTATUS status = store.Check(report);
+  ENGSTATUS status = store.BeginRead();
   if (status != ENG_OK) return status;
-  std::vector<FeedEntry> entries;
-  status = store.ReadFeed(nullptr, [&entries](const FeedEntry& entry) { entries.push_back(entry); });
-  for (std::size_t i = 0; status == ENG_OK && i < entries.size(); ++i) {
-    if (entries[i].deleted) continue;
-    status = CheckSlate(database, entries[i].id);
-    // The report names the slate; that another process may delete one meanwhile is no fault.
-    if (status == ENG_ERR_SLATE_DELETED || status == ENG_ERR_NO_SLATE) status = ENG_OK;
-    if (status != ENG_OK) *report = "slate " + std::to_string(entries[i].id);
-  }
-  return status == ENG_ERR_ITEM_DAMAGED ? ENGSTATUS{ENG_ERR_DB_DAMAGED} : status;
+  std::set<Store::ValueId> values;
+  status = store.Check(report);
+  if (status == ENG_OK) status = CheckSlates(database, &values, report);
+  if (status == ENG_OK) status = store.CheckOwners(values, report);
+  store.EndRead();
+  return status;
 }
 
 }  // namespace qcore

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -179,8 +180,9 @@ class Slate final : public OpenSlate {
 // Reads one item of a stored slate without a handle: the first of that name, while `reader` runs.
 [[nodiscard]] ENGSTATUS ReadValueOf(const std::shared_ptr<Database>& database, std::uint32_t id, std::string_view name,
                                     const std::function<void(Bytes, std::uint16_t)>& reader);
-// Reads every value of a stored slate, with the database's mutex held.
-[[nodiscard]] ENGSTATUS CheckSlate(Database& database, std::uint32_t id);
+// Reads every value of a stored slate, with the database's mutex held, and adds the large ones to `values`; one that is
+// there already has two owners, which is damage.
+[[nodiscard]] ENGSTATUS CheckSlate(Database& database, std::uint32_t id, std::set<Store::ValueId>* values);
 
 }  // namespace qcore
 

@@ -33,6 +33,7 @@ ENGSTATUS StatusOfErrno(int error) {
       return ENG_ERR_DB_NOT_FOUND;
     case EACCES:
     case EPERM:
+      return ENG_ERR_DB_NO_ACCESS;
     case EROFS:
       return ENG_ERR_DB_READ_ONLY;
     case ENOSPC:
@@ -57,7 +58,7 @@ ENGSTATUS ReadFileHeader(const std::string& file, std::uint8_t* header) {
   if (handle->pMethods) handle->pMethods->xClose(handle);
   sqlite3_free_filename(const_cast<char*>(name));
   if (code == SQLITE_IOERR_SHORT_READ) return ENG_ERR_DB_NOT_STORE;
-  return (code & 0xFF) == SQLITE_CANTOPEN ? ENGSTATUS{ENG_ERR_DB_READ_ONLY} : StatusOfSqlite(code);
+  return (code & 0xFF) == SQLITE_CANTOPEN ? ENGSTATUS{ENG_ERR_DB_NO_ACCESS} : StatusOfSqlite(code);
 }
 
 void RemoveCompanions(const std::string& file) {
@@ -167,6 +168,7 @@ ENGSTATUS SqliteStore::Create(const std::string& file, const Creation& creation,
   const bool exists = stat(file.c_str(), &facts) == 0;
   if (exists && S_ISDIR(facts.st_mode)) return ENG_ERR_DB_IS_DIRECTORY;
   if (exists && !overwrite) return ENG_ERR_DB_EXISTS;
+  if (faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) != 0) return StatusOfErrno(errno);
   const std::string fresh = file + ".new-" + RandomName();
   ENGSTATUS status = Fill(fresh, creation);
   if (status == ENG_OK && exists) {
@@ -260,6 +262,29 @@ ENGSTATUS SqliteStore::CheckObjects(std::string* report) {
     return status;
   }
   return ENG_OK;
+}
+
+ENGSTATUS SqliteStore::CheckOwners(const std::set<ValueId>& known, std::string* report) {
+  Statement objects;
+  const int objects_prepared = objects.Prepare(
+      connection_.get(),
+      "SELECT id FROM object WHERE slate<>0 AND slate NOT IN (SELECT id FROM slate WHERE packed IS NOT NULL)");
+  Use object(objects.get(), objects_prepared);
+  if (object.Row()) {
+    *report = "object " + std::to_string(object.Number(0)) + " has no slate";
+    return ENG_ERR_DB_DAMAGED;
+  }
+  if (object.code() != SQLITE_OK) return Result(object.code());
+  Statement values;
+  const int values_prepared = values.Prepare(
+      connection_.get(), "SELECT DISTINCT id>>16 FROM chunk WHERE id>>16 NOT IN (SELECT value FROM object)");
+  Use value(values.get(), values_prepared);
+  while (value.Row()) {
+    if (known.contains(value.Number(0))) continue;
+    *report = "value " + std::to_string(value.Number(0)) + " has no owner";
+    return ENG_ERR_DB_DAMAGED;
+  }
+  return Result(value.code());
 }
 
 }  // namespace qcore

@@ -1,6 +1,8 @@
 // Slate rows, the change feed and searches of the SQLite store.
 #include <algorithm>
+#include <array>
 
+#include "qcore/store/checksum.h"
 #include "qcore/store/moment.h"
 #include "qcore/store/sqlite_sql.h"
 #include "qcore/store/wire.h"
@@ -36,6 +38,18 @@ std::uint64_t PackState(const SlateHeader& header) {
   return std::uint64_t{header.slate_class} | std::uint64_t{header.flags} << 16 | (header.deleted ? kDeletedState : 0);
 }
 
+// Over all columns but the place in the feed, which the index on it guards, and the packed value, which has its own.
+std::uint32_t HeaderSum(const SlateHeader& header) {
+  const UNIVERSALSLATEID parent = header.parent.value_or(UNIVERSALSLATEID{});
+  const std::uint64_t words[] = {Pack(header.modified_here), PackState(header),      Pack(header.origin.File),
+                                 Pack(header.origin.Slate),  header.origin.Sequence, Pack(header.origin.SequenceTime),
+                                 Pack(header.modified),      Pack(header.added),     Pack(header.accessed),
+                                 header.parent.has_value(),  Pack(parent.File),      Pack(parent.Slate)};
+  std::array<std::uint8_t, sizeof words> bytes;
+  for (std::size_t i = 0; i < std::size(words); ++i) StoreLittle(bytes.data() + 8 * i, words[i]);
+  return Checksum(bytes, header.id);
+}
+
 bool TakeHeader(const Use& row, SlateHeader* header) {
   const std::uint64_t state = row.Number(2);
   const Bytes universal = row.Blob(3);
@@ -51,11 +65,12 @@ bool TakeHeader(const Use& row, SlateHeader* header) {
   header->added = Unpack(row.Number(7));
   header->accessed = Unpack(row.Number(8));
   header->parent.reset();
-  if (row.IsNull(9)) return true;
-  const Bytes parent = row.Blob(9);
-  if (parent.size() != kUniversalSize) return false;
-  header->parent = UnpackUniversal(parent);
-  return true;
+  if (!row.IsNull(9)) {
+    const Bytes parent = row.Blob(9);
+    if (parent.size() != kUniversalSize) return false;
+    header->parent = UnpackUniversal(parent);
+  }
+  return row.Number(10) == HeaderSum(*header);
 }
 
 // Parameters 1 to 9, the same in all statements that write a row.
@@ -85,7 +100,7 @@ ENGSTATUS SqliteStore::ReadSlate(std::uint32_t id, const PackedReader& reader) {
   SlateHeader header;
   if (!TakeHeader(use, &header)) return ENG_ERR_DB_DAMAGED;
   if (header.deleted) return ENG_ERR_SLATE_DELETED;
-  return reader(header, use.Blob(10));
+  return reader(header, use.Blob(11));
 }
 
 ENGSTATUS SqliteStore::ReadHeader(std::uint32_t id, SlateHeader* header) {
@@ -95,7 +110,7 @@ ENGSTATUS SqliteStore::ReadHeader(std::uint32_t id, SlateHeader* header) {
   use.Bind(1, id);
   if (!use.Row()) return use.code() == SQLITE_OK ? ENGSTATUS{ENG_ERR_NO_SLATE} : Result(use.code());
   if (!TakeHeader(use, header)) return ENG_ERR_DB_DAMAGED;
-  const Bytes packed = use.Blob(10);
+  const Bytes packed = use.Blob(11);
   // The same state on both sides of the read is that of the read.
   if (before && !packed.empty() && before == Committed()) {
     glance_.packed.assign(packed.begin(), packed.end());
@@ -132,6 +147,7 @@ ENGSTATUS SqliteStore::InsertSlate(SlateHeader* header, Bytes packed) {
   UniversalBytes parent;
   if (header->parent) parent = PackUniversal(header->parent->File, header->parent->Slate);
   header->parent ? use.Bind(12, Bytes(parent)) : use.BindNull(12);
+  use.Bind(13, HeaderSum(*header));
   return Finish(use);
 }
 
@@ -159,6 +175,7 @@ ENGSTATUS SqliteStore::UpdateSlate(SlateHeader* header, Bytes packed, const Slat
       use.BindNull(13);
       use.BindNull(14);
     }
+    use.Bind(15, HeaderSum(*header));
     const ENGSTATUS status = Finish(use);
     if (status != ENG_OK) return status;
   }
@@ -174,9 +191,11 @@ ENGSTATUS SqliteStore::UpdateMisses(std::uint32_t id) {
 
 ENGSTATUS SqliteStore::MakeDeletionStub(SlateHeader* header) {
   header->deleted = true;
+  header->parent.reset();
   Stamp(header);
   Use use = Start(Sql::kMakeDeletionStub);
   BindHeader(use, *header, counters_.feed);
+  use.Bind(8, HeaderSum(*header));
   return Finish(use);
 }
 
@@ -212,7 +231,6 @@ ENGSTATUS SqliteStore::LastChange(Part part, TIMEDATE* moment) {
   const ENGSTATUS status = GetSetting(Setting::kFloors, &floors);
   if (status != ENG_OK) return status;
   if (!floors.empty()) {
-    Counters kept;
     WireReader reader(floors);
     reader.Skip(4 * sizeof(std::uint64_t) + (part == Part::kData ? 0 : sizeof(std::uint64_t)));
     last = std::max(last, reader.Take<std::uint64_t>());
@@ -223,7 +241,7 @@ ENGSTATUS SqliteStore::LastChange(Part part, TIMEDATE* moment) {
 }
 
 // A change takes its time while it holds the write lock. Whoever gets the lock knows that every later change carries a
-// later time than now; beside an open transaction only the last committed time is certain.
+// later time than now; without it only the last committed time is certain.
 ENGSTATUS SqliteStore::SearchHorizon(TIMEDATE* moment) {
   std::uint64_t last = 0;
   {
@@ -231,16 +249,16 @@ ENGSTATUS SqliteStore::SearchHorizon(TIMEDATE* moment) {
     if (use.Row()) last = use.Number(0);
     if (use.code() != SQLITE_OK) return Result(use.code());
   }
-  ENGSTATUS status = ENG_OK;
-  if (!InTransaction()) {
+  ENGSTATUS status = ReadOnly() ? ENG_ERR_DB_READ_ONLY : ENG_OK;
+  if (status == ENG_OK && !InTransaction()) {
     sqlite3_busy_timeout(connection_.get(), 0);
     status = Run(Sql::kBegin);
     sqlite3_busy_timeout(connection_.get(), BusyMilliseconds());
     if (status == ENG_OK) status = Run(Sql::kCommit);
   }
-  const bool others_write = status == ENG_ERR_DB_IN_USE;
+  const bool others_write = status == ENG_ERR_DB_IN_USE || status == ENG_ERR_DB_READ_ONLY;
   *moment = others_write ? Unpack(last) : Unpack(std::max(last, Pack(Now())));
-  return others_write || status == ENG_ERR_DB_READ_ONLY ? ENGSTATUS{ENG_OK} : status;
+  return others_write ? ENGSTATUS{ENG_OK} : status;
 }
 
 ENGSTATUS SqliteStore::FindUniversal(const UNIVERSALSLATEID& universal, std::uint32_t* id) {

@@ -19,17 +19,18 @@ const char* const SqliteStore::kSql[] = {
     "INSERT INTO setting(key,value) VALUES(?1,?2) ON CONFLICT(key) DO UPDATE SET value=?2",
     "SELECT id,text FROM name WHERE id>=? ORDER BY id",
     "INSERT INTO name(id,text) VALUES(?,?)",
-    "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent,packed FROM slate WHERE id=?",
-    "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent,"
+    "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent,sum,packed FROM slate WHERE id=?",
+    "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent,sum,"
     "CASE WHEN length(packed)<=4000 THEN packed END FROM slate WHERE id=?",
-    "INSERT INTO slate(id,feed,here,state,sequence,sequenced,modified,added,accessed,packed,universal,parent) "
-    "VALUES(?,?,?,?,?,?,?,?,?,?,?,?)",
-    "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,added=?8,accessed=?9,packed=?10 "
-    "WHERE id=?1 AND packed IS NOT NULL AND sequence=?13 AND sequenced=?14",
+    "INSERT INTO slate(id,feed,here,state,sequence,sequenced,modified,added,accessed,packed,universal,parent,"
+    "sum) VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?)",
     "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,added=?8,accessed=?9,packed=?10,"
-    "universal=?11,parent=?12 WHERE id=?1 AND packed IS NOT NULL AND (?13 IS NULL OR (sequence=?13 AND sequenced=?14))",
-    "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,packed=NULL,parent=NULL "
-    "WHERE id=?1",
+    "sum=?15 WHERE id=?1 AND packed IS NOT NULL AND sequence=?13 AND sequenced=?14",
+    "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,added=?8,accessed=?9,packed=?10,"
+    "sum=?15,universal=?11,parent=?12 WHERE id=?1 AND packed IS NOT NULL AND (?13 IS NULL OR (sequence=?13 AND "
+    "sequenced=?14))",
+    "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,sum=?8,packed=NULL,"
+    "parent=NULL WHERE id=?1",
     "DELETE FROM slate WHERE id=?",
     "SELECT id,here,state FROM slate INDEXED BY slate_feed ORDER BY feed DESC",
     "SELECT here FROM slate INDEXED BY slate_feed WHERE state&65535=1 ORDER BY feed DESC LIMIT 1",

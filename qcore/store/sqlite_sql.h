@@ -15,7 +15,7 @@ inline constexpr char kSchema[] =
     "CREATE TABLE name(id INTEGER PRIMARY KEY,text BLOB NOT NULL);"
     "CREATE TABLE slate(id INTEGER PRIMARY KEY,feed INTEGER NOT NULL,here INTEGER NOT NULL,state INTEGER NOT NULL,"
     "universal BLOB NOT NULL,sequence INTEGER NOT NULL,sequenced INTEGER NOT NULL,modified INTEGER NOT NULL,"
-    "added INTEGER NOT NULL,accessed INTEGER NOT NULL,parent BLOB,packed BLOB);"
+    "added INTEGER NOT NULL,accessed INTEGER NOT NULL,sum INTEGER NOT NULL,parent BLOB,packed BLOB);"
     "CREATE INDEX slate_universal ON slate(universal);"
     "CREATE INDEX slate_feed ON slate(feed,here,state);"
     "CREATE INDEX slate_parent ON slate(parent) WHERE parent IS NOT NULL;"

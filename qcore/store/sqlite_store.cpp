@@ -66,7 +66,7 @@ ENGSTATUS SqliteStore::Configure() {
                              "PRAGMA temp_store=MEMORY;PRAGMA cache_size=-16000;PRAGMA wal_autocheckpoint=0;"
                              "PRAGMA journal_size_limit=16777216;PRAGMA synchronous=FULL");
   if (status != ENG_OK) return status;
-  if (sqlite3_db_readonly(connection, "main") == 0) {
+  if (!ReadOnly()) {
     status = Execute(connection, "PRAGMA journal_mode=WAL");
     if (status != ENG_OK) return status;
   }
@@ -94,11 +94,14 @@ ENGSTATUS SqliteStore::Open(const std::string& file, std::unique_ptr<SqliteStore
   std::unique_ptr<SqliteStore> made(new SqliteStore(std::move(connection)));
   const ENGSTATUS status = made->Configure();
   if (status == ENG_OK) *store = std::move(made);
-  return status;
+  // A file that can only be read opens; what is missing is the right to share its log in the directory.
+  return status == ENG_ERR_DB_READ_ONLY ? ENGSTATUS{ENG_ERR_DB_NO_ACCESS} : status;
 }
 
 ENGSTATUS SqliteStore::Begin() {
   if (sync_failed_) return ENG_ERR_DB_FAILED_SYNC;
+  // SQLite would begin a transaction that can only read.
+  if (ReadOnly()) return ENG_ERR_DB_READ_ONLY;
   ENGSTATUS status = Run(Sql::kBegin);
   if (status != ENG_OK) return status;
   writing_ = true;
@@ -182,6 +185,8 @@ void SqliteStore::RollbackToMark() {
   if (!InTransaction()) return;
   if (Run(Sql::kRollbackToMark) != ENG_OK || Run(Sql::kReleaseMark) != ENG_OK) Rollback();
 }
+
+bool SqliteStore::ReadOnly() const { return sqlite3_db_readonly(connection_.get(), "main") != 0; }
 
 bool SqliteStore::InTransaction() const { return sqlite3_get_autocommit(connection_.get()) == 0; }
 

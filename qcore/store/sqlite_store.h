@@ -85,6 +85,7 @@ class SqliteStore final : public Store {
 
   ENGSTATUS GetSpace(std::uint64_t* used, std::uint64_t* unused) override;
   ENGSTATUS Check(std::string* report) override;
+  ENGSTATUS CheckOwners(const std::set<ValueId>& known, std::string* report) override;
 
  private:
   // The highest numbers given out, known while no other connection has committed.
@@ -119,6 +120,7 @@ class SqliteStore final : public Store {
   // How long a writer waits for another: settings key StoreBusyTimeout, else 10 seconds.
   static int BusyMilliseconds();
   [[nodiscard]] ENGSTATUS Configure();
+  bool ReadOnly() const;
   Use Start(Sql which);
   // Runs a statement to its end.
   [[nodiscard]] ENGSTATUS Finish(Use& use);

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -89,16 +90,16 @@ class Store {
   [[nodiscard]] virtual ENGSTATUS BeginRead() = 0;
   virtual void EndRead() = 0;
 
-  // Slates. `packed` is given the row's packed value, valid during the call only; it is not called for a deletion
-  // stub. ENG_ERR_NO_SLATE for an ID that has no row.
+  // Slates. `packed` is given the row's packed value, valid during the call only; it is not called for a
+  // deletion stub. ENG_ERR_NO_SLATE for an ID that has no row.
   using PackedReader = std::function<ENGSTATUS(const SlateHeader&, Bytes)>;
   [[nodiscard]] virtual ENGSTATUS ReadSlate(std::uint32_t id, const PackedReader& reader) = 0;
   [[nodiscard]] virtual ENGSTATUS ReadHeader(std::uint32_t id, SlateHeader* header) = 0;
   [[nodiscard]] virtual ENGSTATUS NewSlateId(std::uint32_t* id) = 0;
   // Both set modified_here, and put the slate at the end of the change feed.
   [[nodiscard]] virtual ENGSTATUS InsertSlate(SlateHeader* header, Bytes packed) = 0;
-  // With `expected`, ENG_ERR_SLATE_CONFLICT when the row is not of that version; ENG_ERR_SLATE_DELETED for a deletion
-  // stub; ENG_ERR_NO_SLATE. These three change nothing.
+  // With `expected`, ENG_ERR_SLATE_CONFLICT when the row is not of that version; ENG_ERR_SLATE_DELETED for a
+  // deletion stub; ENG_ERR_NO_SLATE. These three change nothing.
   [[nodiscard]] virtual ENGSTATUS UpdateSlate(SlateHeader* header, Bytes packed, const SlateVersion* expected) = 0;
   // Turns the row into a deletion stub with the header's origin.
   [[nodiscard]] virtual ENGSTATUS MakeDeletionStub(SlateHeader* header) = 0;
@@ -149,6 +150,8 @@ class Store {
   [[nodiscard]] virtual ENGSTATUS GetSpace(std::uint64_t* used, std::uint64_t* unused) = 0;
   // Checks the store's own structure; ENG_ERR_DB_DAMAGED with the first fault in `report`.
   [[nodiscard]] virtual ENGSTATUS Check(std::string* report) = 0;
+  // The same for large values that neither an object nor `known` has, and for objects of slates that are not there.
+  [[nodiscard]] virtual ENGSTATUS CheckOwners(const std::set<ValueId>& known, std::string* report) = 0;
 };
 
 }  // namespace qcore

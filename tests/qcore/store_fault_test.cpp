@@ -1,5 +1,6 @@
 // Full disks, failed syncs, kills, two writers at once, and damaged files.
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -309,6 +310,68 @@ TEST_F(Damage, ForeignAndNewerFilesAreLeftAlone) {
     EXPECT_EQ(EngDbOpen("main", &db), status);
     EXPECT_EQ(db, 0u);
     EXPECT_EQ(folder_.Read("data/main.vlt"), bytes);
+  }
+}
+
+// Changes that no page check can see. ID 4 is the first document.
+TEST_F(Damage, RowsThatDoNotFitTogetherAreFound) {
+  const struct {
+    const char* sql;
+    ENGSTATUS open;
+    const char* report;
+  } rows[] = {
+      {"UPDATE slate SET modified=modified+1 WHERE id=4", ENG_ERR_DB_DAMAGED, "slate 4"},
+      {"UPDATE slate SET accessed=0 WHERE id=4", ENG_ERR_DB_DAMAGED, "slate 4"},
+      {"UPDATE slate SET state=8 WHERE id=4", ENG_ERR_DB_DAMAGED, "slate 4"},
+      {"UPDATE slate SET universal=zeroblob(16) WHERE id=4", ENG_ERR_DB_DAMAGED, "slate 4"},
+      {"UPDATE slate SET parent=universal WHERE id=4", ENG_ERR_DB_DAMAGED, "slate 4"},
+      {"INSERT INTO chunk VALUES(99<<16,zeroblob(9))", ENG_OK, "value 99 has no owner"},
+      {"INSERT INTO object VALUES(7,0,0,10000,98)", ENG_OK, "object 7 has no slate"},
+      {"DELETE FROM chunk WHERE id&65535=1", ENG_OK, "slate 164"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.sql);
+    folder_.Write("data/main.vlt", whole_);
+    sqlite3* connection = nullptr;
+    ASSERT_EQ(sqlite3_open(file().c_str(), &connection), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(connection, row.sql, nullptr, nullptr, nullptr), SQLITE_OK);
+    ASSERT_EQ(sqlite3_close(connection), SQLITE_OK);
+    const ENGHANDLE db = Open();
+    ENGHANDLE slate = 0;
+    EXPECT_EQ(EngSlateOpen(db, ids_[0], 0, &slate), row.open);
+    char report[200] = "";
+    EXPECT_EQ(EngDbCheck(db, report, sizeof report), ENG_ERR_DB_DAMAGED);
+    EXPECT_STREQ(report, row.report);
+    EXPECT_EQ(EngDbClose(db), ENG_OK);
+  }
+}
+
+// As somebody else where the test runs as the superuser, whom no permission stops.
+TEST_F(Damage, PermissionsThatAreMissingAreNamed) {
+  const struct {
+    mode_t directory;
+    mode_t file;
+    ENGSTATUS open;
+    ENGSTATUS create;
+  } rows[] = {{0755 & ~0200, 0644, ENG_ERR_DB_NO_ACCESS, ENG_ERR_DB_NO_ACCESS},
+              {0777, 0200, ENG_ERR_DB_NO_ACCESS, ENG_OK},
+              {0777, 0444, ENG_OK, ENG_OK}};
+  const std::string data = folder_.File("data");
+  ASSERT_EQ(chmod(folder_.File("").c_str(), 0755), 0);
+  for (const auto& row : rows) {
+    ASSERT_EQ(chmod(file().c_str(), row.file), 0);
+    ASSERT_EQ(chmod(data.c_str(), row.directory), 0);
+    const uid_t user = geteuid();
+    ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0);
+    ENGHANDLE db = 0;
+    EXPECT_EQ(EngDbOpen("main", &db), row.open);
+    if (db != 0) {
+      EXPECT_EQ(EngDbBegin(db), ENG_ERR_DB_READ_ONLY);
+      EXPECT_EQ(EngDbClose(db), ENG_OK);
+    }
+    EXPECT_EQ(EngDbCreate("fresh", 255, 1), row.create);
+    ASSERT_EQ(seteuid(user), 0);
+    ASSERT_EQ(chmod(data.c_str(), 0777), 0);
   }
 }
 
