@@ -157,6 +157,8 @@ TEST_F(Databases, ListsClassesAndWhatChangedSince) {
   ASSERT_EQ(Db.GetModifiedSlates(until, &all, VQSLATECLASS_DOCUMENT, nullptr), VQ_OK);
   EXPECT_TRUE(all.Contains(second));
   EXPECT_TRUE(all.Contains(id | 0x80000000UL));
+  EXPECT_EQ(Db.GetModifiedSlates(VQDatetime(), &all, VQSLATECLASS_DOCUMENT, nullptr), VQERR_UNINITIALIZED_ARGUMENT);
+  EXPECT_EQ(Db.GetSlate(0x100000000UL | second.GetSlateID(), &second), VQERR_INVALID_PARAMETER);
 }
 
 TEST_F(Databases, FindsDesignElementsByKindAndAnyOfTheirNames) {

@@ -101,6 +101,24 @@ TEST_F(Tables, TheLastHandleClosesItsSlate) {
   EXPECT_EQ(vqtest::Live::Now().Handles, before.Handles);
 }
 
+TEST_F(Tables, AHandleThatTakesAnotherSlateLeavesItsArray) {
+  NewDocument("mine").Close();
+  VQDatabase other;
+  ASSERT_EQ(Session->CreateDatabase("other", &other, VQCreateDatabaseOptions()), VQ_OK);
+  VQDocumentArray documents;
+  ASSERT_EQ(Db.GetDocuments(&documents), VQ_OK);
+  VQDocument document = documents[0];
+  ASSERT_EQ(other.CreateDocument(&document), VQ_OK);
+  SetText(document, "Subject", "foreign");
+  ASSERT_EQ(document.Save(), VQ_OK);
+  ASSERT_EQ(document.GetSlateID(), documents.GetSlateID(0));
+  document.Close();
+  ASSERT_EQ(document.Open(), VQ_OK);
+  VQDocument mine = documents[0];
+  ASSERT_EQ(mine.Open(), VQ_OK);
+  EXPECT_EQ(TextAt(mine, "Subject"), "mine");
+}
+
 TEST_F(Tables, ACopyIsASetOfItsOwn) {
   VQSlateArray array(Db);
   ASSERT_EQ(array.Add(4UL), VQ_OK);

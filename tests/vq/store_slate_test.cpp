@@ -83,8 +83,11 @@ TEST_F(Slates, AConflictLeavesTheSlateOpenAndDirty) {
   ASSERT_EQ(theirs.Open(), VQ_OK);
   SetText(theirs, "Subject", "theirs");
   ASSERT_EQ(theirs.Save(), VQ_OK);
-  SetText(mine, "Subject", "mine");
+  VQText subject;
+  ASSERT_EQ(mine.GetItem("Subject", &subject), VQ_OK);
+  ASSERT_EQ(subject.SetValue(VQString("mine")), VQ_OK);
   EXPECT_EQ(vq::EngineError(mine.Save()), unsigned{ENG_ERR_SLATE_CONFLICT});
+  EXPECT_TRUE(subject.IsDirty());
   EXPECT_TRUE(mine.IsOpen());
   EXPECT_TRUE(mine.IsModified());
   EXPECT_EQ(TextAt(mine, "Subject"), "mine");
@@ -212,6 +215,8 @@ TEST_F(Slates, RenamesOneItemOrAllOfAName) {
   EXPECT_EQ(TextOf(VQString(text[0])), "a");
   EXPECT_FALSE(document.HasItem("Title"));
   EXPECT_EQ(document.GetItemCount(), 3U);
+  ASSERT_EQ(document.RenameItem(text, "Alone"), VQ_OK);
+  EXPECT_EQ(TextAt(document, "Several"), "b");
 }
 
 TEST_F(Slates, CopiesGoIntoAnotherDatabaseAsNewSlates) {

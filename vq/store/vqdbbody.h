@@ -69,9 +69,9 @@ class VQ_API VQDatabase : public VQSmartPtr {
 
   // An addition to the open and save operations: several saves and deletions as one. A crash inside leaves the state
   // before BeginTransaction, and so do RollbackTransaction and closing the database. Transactions do not nest (the
-  // engine's status 521). Slates that are open across a rollback keep their handles: close them.
+  // engine's status 521). Slates that are open across a rollback hold what was rolled back as unsaved changes.
   VQSTATUS BeginTransaction();
-  // After a failure the transaction is still open: commit again or roll back.
+  // A failure rolls the transaction back: nothing of it is stored, and open slates hold their changes as unsaved ones.
   VQSTATUS CommitTransaction();
   VQSTATUS RollbackTransaction();
 
@@ -93,8 +93,9 @@ class VQ_API VQDatabase : public VQSmartPtr {
   VQSTATUS GetDocument(void* handle, VQDocument* document) const;
   VQSTATUS GetSlates(VQSlateArray* slates) const;
   VQSTATUS GetDocuments(VQDocumentArray* documents) const;
-  // The slates of the classes that changed at or after `since`; the deleted ones among them have bit 31 set in their
-  // identifiers. `until`, which may be null, is the moment to pass as `since` the next time.
+  // The slates of the classes that changed at or after `since` (VQDATETIMESPECIAL_MINIMUM: all); the deleted ones among
+  // them have bit 31 set in their identifiers. `until`, which may be null, is the moment to pass as `since` the next
+  // time.
   VQSTATUS GetModifiedSlates(const VQDatetime& since, VQSlateArray* slates, unsigned long classes,
                              VQDatetime* until) const;
   int AgentExists(const VQString& name) const;

@@ -213,6 +213,7 @@ VQSTATUS VQDatabase::GetModifiedSlates(const VQDatetime& since, VQSlateArray* sl
   VQDatabaseBody* body = nullptr;
   VQSTATUS status = CheckOpen(&body);
   if (status == VQ_OK && slates == nullptr) status = VQERR_NULL_POINTER;
+  if (status == VQ_OK && since.IsUninitialized()) status = VQERR_UNINITIALIZED_ARGUMENT;
   if (status == VQ_OK && (classes == 0 || classes > 0xFFFF)) status = VQERR_INVALID_PARAMETER;
   if (status != VQ_OK) return vq::Apply(status);
   ENGHANDLE table = 0;

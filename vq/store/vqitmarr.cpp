@@ -1,5 +1,5 @@
 // VQItemArray and its body.
-#include <algorithm>
+#include <set>
 
 #include "engine/slate.h"
 #include "engine/status.h"
@@ -35,17 +35,9 @@ void VQItemArrayBody::Take(VQItemBody* item) {
 }
 
 // The later items of a composite value belong to the body of its first.
-bool VQItemArrayBody::IsTaken(const BLOCKID& block) const {
-  return std::any_of(Entries.begin(), Entries.end(), [&](VQItemBody* item) {
-    const auto* composite = dynamic_cast<const VQCompositeItemBody*>(item);
-    if (composite == nullptr) return false;
-    const std::vector<vq::ItemPlace>& more = composite->GetExtraPlaces();
-    return std::any_of(more.begin(), more.end(),
-                       [&](const vq::ItemPlace& place) { return vq::SameBlock(place.Item, block); });
-  });
-}
-
 void VQItemArrayBody::TakeItems(unsigned long flags) {
+  std::set<std::uint16_t> gathered;
+  const std::map<std::uint16_t, VQItemBody*> cached = Slate->CachedItems();
   std::string name(0xFFFF, '\0');
   const unsigned long count = Slate->ItemCount();
   for (unsigned long i = 0; i < count; ++i) {
@@ -58,10 +50,14 @@ void VQItemArrayBody::TakeItems(unsigned long flags) {
                             &item_flags, &place.Type, &place.Value, &place.Size);
     }
     vq::ThrowIfError(vq::FromEngine(result));
-    if ((flags != 0 && (item_flags & flags) == 0) || IsTaken(place.Item)) continue;
-    VQItemBody* item = nullptr;
-    vq::ThrowIfError(Slate->BodyFor({name.data(), length}, place, &item));
+    if ((flags != 0 && (item_flags & flags) == 0) || gathered.contains(place.Item.Block)) continue;
+    const auto known = cached.find(place.Item.Block);
+    VQItemBody* item = known != cached.end() ? known->second : nullptr;
+    if (item == nullptr) vq::ThrowIfError(Slate->MakeBody({name.data(), length}, place, &item));
     Take(item);
+    const auto* composite = dynamic_cast<const VQCompositeItemBody*>(item);
+    if (composite == nullptr) continue;
+    for (const vq::ItemPlace& later : composite->GetExtraPlaces()) gathered.insert(later.Item.Block);
   }
 }
 

@@ -42,6 +42,10 @@ VQSlate& VQSlate::operator=(VQSlateBody* body) {
     return *this;
   }
   vq::ThrowIfError(ValidateSlateType(body));
+  if (body == Body) return *this;
+  const VQSlate keep(body);
+  // A table that the old slate came from knows nothing of the new one.
+  Unbind();
   Attach(body);
   return *this;
 }
@@ -135,6 +139,7 @@ VQSTATUS VQSlate::BindTo(VQDatabaseBody* database, const UNIVERSALSLATEID* unive
 // Only design classes have kinds, and only they need a look into the slate.
 VQSTATUS VQSlate::Bind(VQDatabaseBody* database, unsigned long id) {
   if (!database->IsOpen()) return VQERR_DATABASE_NOT_OPEN;
+  if (id > UINT32_MAX) return VQERR_INVALID_PARAMETER;
   const auto engine_id = static_cast<std::uint32_t>(id & ~static_cast<unsigned long>(kDeletedBit));
   ORIGINATORID originator{};
   TIMEDATE modified{};

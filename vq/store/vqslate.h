@@ -9,6 +9,7 @@
 #ifndef QUILLON_VQ_STORE_VQSLATE_H
 #define QUILLON_VQ_STORE_VQSLATE_H
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -158,7 +159,8 @@ class VQ_API VQSlate : public VQSmartPtr {
   VQSTATUS DeleteItem(VQItem* item);
   VQSTATUS DeleteAllItems();
   int HasItem(const VQString& name) const;
-  // VQERR_ITEM_EXISTS when the new name is in use, VQWARN_NOT_FOUND when the old one isn't.
+  // VQERR_ITEM_EXISTS when the new name is in use, VQWARN_NOT_FOUND when the old one isn't. By name, all items of that
+  // name are renamed; by handle, this one.
   VQSTATUS RenameItem(const VQString& name, const VQString& new_name);
   VQSTATUS RenameItem(VQItem& item, const VQString& new_name);
 
@@ -246,6 +248,10 @@ class VQ_API VQSlateBody : public VQBody {
   // Takes the body of an item that it has given out already, else builds it. VQWARN_NOT_FOUND.
   VQSTATUS FindItem(std::string_view name, VQItemBody** body);
   VQSTATUS BodyFor(std::string_view name, const vq::ItemPlace& place, VQItemBody** body);
+  // As BodyFor, for an item that is known to have no body yet.
+  VQSTATUS MakeBody(std::string_view name, const vq::ItemPlace& place, VQItemBody** body);
+  // The items that have bodies, by their places in the slate.
+  std::map<std::uint16_t, VQItemBody*> CachedItems() const;
   // VQWARN_NOT_FOUND; `place` may be null.
   VQSTATUS PlaceOf(std::string_view name, vq::ItemPlace* place) const;
   VQSTATUS NextPlaceOf(std::string_view name, const BLOCKID& item, vq::ItemPlace* place) const;
@@ -257,6 +263,7 @@ class VQ_API VQSlateBody : public VQBody {
   VQSTATUS DeleteAllItems();
   // All items of the name.
   VQSTATUS RenameItems(std::string_view name, std::string_view new_name);
+  VQSTATUS RenameOneItem(VQItemBody* item, std::string_view new_name);
   unsigned long ItemCount() const;
   // Texts of a text item: none when it is missing, of another type or damaged.
   void ReadTexts(std::string_view name, std::vector<std::string>* texts) const;
@@ -323,6 +330,8 @@ class VQ_API VQSlateBody : public VQBody {
   VQSTATUS RebindOne(VQItemBody* item);
   VQSTATUS PrepareItems();
   VQSTATUS Write(unsigned short flags);
+  std::vector<const VQItemBody*> DirtyItems() const;
+  void MarkDirty(const std::vector<const VQItemBody*>& items);
 
   std::uint32_t AttachmentCount;
   std::uint32_t OLEObjectCount;
@@ -359,7 +368,6 @@ class VQ_API VQItemArrayBody : public VQBody {
 
  private:
   void TakeItems(unsigned long flags);
-  bool IsTaken(const BLOCKID& block) const;
   void Take(VQItemBody* item);
   void ReleaseAll();
 

@@ -145,15 +145,37 @@ VQSTATUS VQSlateBody::Save(unsigned short flags) {
     LostChange = VQ_OK;
     return lost;
   }
+  const std::vector<const VQItemBody*> dirty = DirtyItems();
   VQSTATUS status = FlushItems();
   if (status == VQ_OK) status = PrepareItems();
   if (status == VQ_OK) status = Write(flags | Database->GetUpdateFlags());
-  if (status != VQ_OK) return status;
+  if (status != VQ_OK) {
+    MarkDirty(dirty);
+    return status;
+  }
   DeleteOnClose = 0;
   Dirty = 0;
   status = ReadHeader();
   const VQSTATUS bound = RebindItems();
   return status == VQ_OK ? bound : status;
+}
+
+std::vector<const VQItemBody*> VQSlateBody::DirtyItems() const {
+  std::vector<const VQItemBody*> dirty;
+  for (VQElement* e = Items.GetFirstElement(); e != nullptr; e = e->Next) {
+    auto* item = static_cast<VQItemBody*>(e->Object);
+    if (item != nullptr && item->IsDirty()) dirty.push_back(item);
+  }
+  std::sort(dirty.begin(), dirty.end());
+  return dirty;
+}
+
+// What a failed save has put into the engine's slate is in no file yet.
+void VQSlateBody::MarkDirty(const std::vector<const VQItemBody*>& items) {
+  for (VQElement* e = Items.GetFirstElement(); e != nullptr; e = e->Next) {
+    auto* item = static_cast<VQItemBody*>(e->Object);
+    if (std::binary_search(items.begin(), items.end(), item)) item->SetDirty(1);
+  }
 }
 
 VQSTATUS VQSlateBody::Write(unsigned short flags) {

@@ -86,19 +86,30 @@ VQSTATUS VQSlateBody::FindItem(std::string_view name, VQItemBody** body) {
 }
 
 VQSTATUS VQSlateBody::BodyFor(std::string_view name, const vq::ItemPlace& place, VQItemBody** body) {
-  VQItemBody* item = CachedItem(place.Item);
-  if (item == nullptr) {
-    item = vq::MakeItemBody(this, name, place);
-    VQSTATUS status = AddItem(item);
-    if (status != VQ_OK) return status;
-    status = GatherMore(item);
-    if (status != VQ_OK) {
-      delete item;
-      return status;
-    }
+  *body = CachedItem(place.Item);
+  return *body != nullptr ? VQ_OK : MakeBody(name, place, body);
+}
+
+VQSTATUS VQSlateBody::MakeBody(std::string_view name, const vq::ItemPlace& place, VQItemBody** body) {
+  VQItemBody* item = vq::MakeItemBody(this, name, place);
+  VQSTATUS status = AddItem(item);
+  if (status != VQ_OK) return status;
+  status = GatherMore(item);
+  if (status != VQ_OK) {
+    delete item;
+    return status;
   }
   *body = item;
   return VQ_OK;
+}
+
+std::map<std::uint16_t, VQItemBody*> VQSlateBody::CachedItems() const {
+  std::map<std::uint16_t, VQItemBody*> items;
+  for (const VQElement* e = Items.GetFirstElement(); e != nullptr; e = e->Next) {
+    auto* item = static_cast<VQItemBody*>(e->Object);
+    if (item != nullptr) items.emplace(item->GetItemBlock().Block, item);
+  }
+  return items;
 }
 
 VQSTATUS VQSlateBody::AddItem(VQItemBody* item) {
@@ -270,10 +281,25 @@ VQSTATUS VQSlateBody::RenameItems(std::string_view name, std::string_view new_na
   if (places.empty()) return VQWARN_NOT_FOUND;
   VQItemBody* cached = CachedItem(places.front().Item);
   if (places.size() > 1) return RenameSeveral(places, cached, new_name);
-  Dirty = 1;
-  if (cached != nullptr) return cached->SetName(new_name);
+  if (cached != nullptr) return RenameOneItem(cached, new_name);
   const ENGSTATUS result = EngItemRename(SlateHandle, places.front().Item, vq::EngineText(new_name), Length(new_name));
-  return (result & ENG_ERROR_MASK) == ENG_ERR_ITEM_EXISTS ? VQERR_ITEM_EXISTS : vq::FromEngine(result);
+  if ((result & ENG_ERROR_MASK) == ENG_ERR_ITEM_EXISTS) return VQERR_ITEM_EXISTS;
+  if (result == ENG_OK) Dirty = 1;
+  return vq::FromEngine(result);
+}
+
+// The pieces of a long composite value stay together.
+VQSTATUS VQSlateBody::RenameOneItem(VQItemBody* item, std::string_view new_name) {
+  VQSTATUS status = item->CheckValue();
+  if (status == VQ_OK) status = CheckName(new_name);
+  if (status != VQ_OK) return status;
+  const auto* composite = dynamic_cast<const VQCompositeItemBody*>(item);
+  if (composite != nullptr && !composite->GetExtraPlaces().empty()) {
+    return RenameItems(std::string(item->GetNameText()), new_name);
+  }
+  status = item->SetName(new_name);
+  if (status == VQ_OK) Dirty = 1;
+  return status;
 }
 
 VQSTATUS VQSlateBody::RenameSeveral(const std::vector<vq::ItemPlace>& places, VQItemBody* first,

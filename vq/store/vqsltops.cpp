@@ -287,8 +287,7 @@ VQSTATUS VQSlate::RenameItem(VQItem& item, const VQString& new_name) {
   if (status == VQ_OK && item.IsNull()) status = VQERR_UNINITIALIZED_ARGUMENT;
   if (status == VQ_OK && item.GetItemBody()->GetSlateBody() != body) status = VQERR_NOT_IN_SLATE;
   if (status != VQ_OK) return vq::Apply(status);
-  const std::string name(item.GetItemBody()->GetNameText());
-  return vq::Apply(body->RenameItems(name, vq::ViewOf(new_name)));
+  return vq::Apply(body->RenameOneItem(item.GetItemBody(), vq::ViewOf(new_name)));
 }
 
 VQSTATUS VQSlate::RefreshSlateHandleFromObject() {
