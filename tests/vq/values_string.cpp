@@ -98,6 +98,28 @@ TEST_P(Strings, GrowToTheLimitAndNoFurther) {
   EXPECT_EQ(TextOf(letters), wide);
 }
 
+// A platform whose characters take one byte, and two or three in store.
+class OtherPlatform : public EngineFixture {
+ protected:
+  OtherPlatform() { WriteSettings("PlatformCharset=windows-1252\n"); }
+};
+
+TEST_F(OtherPlatform, TextIsTakenWholeOrNotAtAll) {
+  const struct {
+    char Byte;
+    unsigned long Count;
+    unsigned long StoreBytes;  // 0: too long
+  } rows[] = {{'\xE9', 32766, 65532}, {'\xE9', 32768, 0}, {'\x80', 21844, 65532}, {'\x80', 21845, 0}};
+  for (const auto& row : rows) {
+    const std::string platform(row.Count, row.Byte);
+    VQString text;
+    EXPECT_EQ(StatusOf([&] { text = platform.c_str(); }), row.StoreBytes ? VQ_OK : VQERR_STRING_TOO_LONG) << row.Count;
+    EXPECT_EQ(text.GetBufLength(), row.StoreBytes) << row.Count;
+    EXPECT_EQ(text.GetPlatformTextPtr(), row.StoreBytes ? platform : "") << row.Count;
+  }
+  EXPECT_STREQ(VQString(reinterpret_cast<const VQCHAR*>("a\xF0\x9F\x98\x80z")).GetPlatformTextPtr(), "a?z");
+}
+
 TEST_P(Strings, EmptyingASharedOneLeavesTheOther) {
   VQString first("text");
   const VQString second(first);

@@ -58,6 +58,12 @@ unsigned long TranslatePieces(unsigned short mode, const VQCHAR* text, unsigned 
   return total;
 }
 
+// Whether the store text stands for all of the platform text, by the way back.
+bool IsWhole(const VQCHAR* text, unsigned long length, unsigned long platform_bytes) {
+  auto back = Allocate<char>(3 * length);
+  return TranslatePieces(ENG_TRANSLATE_STORE_TO_PLATFORM, text, length, back.get()) >= platform_bytes;
+}
+
 std::unique_ptr<VQStringBody> MakeStoreBody(const VQCHAR* text, unsigned long bytes) {
   auto body = std::make_unique<VQStringBody>();
   vq::ThrowIfError(body->TakeStoreText(text, bytes));
@@ -143,7 +149,9 @@ VQSTATUS VQStringBody::TakePlatformText(const char* text, unsigned long bytes) {
   const unsigned long length = TranslateText(ENG_TRANSLATE_PLATFORM_TO_STORE, text, bytes, work.get(), limit);
   // A cut limit may have cut the text: at the limit, or short of it where the next character had no room.
   const bool limit_was_cut = limit < 3 * bytes;
-  if (limit_was_cut && (length == limit || (length + 3 >= limit && length != bytes))) return VQERR_STRING_TOO_LONG;
+  if (limit_was_cut && length + 3 >= limit && (length == limit || !IsWhole(work.get(), length, bytes))) {
+    return VQERR_STRING_TOO_LONG;
+  }
   return TakeStoreText(work.get(), length);
 }
 
