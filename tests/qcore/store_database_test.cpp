@@ -307,6 +307,28 @@ TEST_F(Databases, ConflictsLoseNothing) {
   EXPECT_EQ(Check(), ENG_OK);
 }
 
+TEST_F(Databases, OpeningAfterALookUpSeesWhatOthersSavedBetween) {
+  const std::uint32_t id = Make({{"A", "1"}});
+  const ENGHANDLE other_db = Open();
+  TIMEDATE modified{};
+  for (const char* text : {"2", "3"}) {
+    ASSERT_EQ(EngSlateGetInfo(db_, id, nullptr, &modified, nullptr), ENG_OK);
+    ENGHANDLE other = 0;
+    ASSERT_EQ(EngSlateOpen(other_db, id, 0, &other), ENG_OK);
+    ASSERT_EQ(EngItemSetText(other, Store("A"), Store(text), 10), ENG_OK);
+    ASSERT_EQ(EngSlateUpdate(other, 0), ENG_OK);
+    ASSERT_EQ(EngSlateClose(other), ENG_OK);
+    const ENGHANDLE mine = OpenSlate(id);
+    EXPECT_EQ(Data(mine, "A"), text);
+    EXPECT_EQ(EngSlateClose(mine), ENG_OK);
+  }
+  ASSERT_EQ(EngSlateGetInfo(db_, id, nullptr, &modified, nullptr), ENG_OK);
+  ASSERT_EQ(EngSlateDelete(other_db, id, 0), ENG_OK);
+  ENGHANDLE gone = 0;
+  EXPECT_EQ(EngSlateOpen(db_, id, 0, &gone), ENG_ERR_SLATE_DELETED);
+  EXPECT_EQ(EngDbClose(other_db), ENG_OK);
+}
+
 TEST_F(Databases, ObjectsByRange) {
   std::uint32_t object = 0;
   ASSERT_EQ(EngObjectCreate(db_, 9, &object), ENG_OK);

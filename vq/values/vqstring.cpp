@@ -79,14 +79,7 @@ std::unique_ptr<VQStringBody> MakePlatformBody(const char* text, unsigned long b
 }  // namespace
 
 VQStringBody::VQStringBody()
-    : CharCount(0),
-      CursorOffset(0),
-      CursorPosition(0),
-      Short{},
-      ByteLength(0),
-      Capacity(kShortBytes),
-      SingleEnd(0),
-      StepWindow(1) {}
+    : CharCount(0), CursorOffset(0), CursorPosition(0), Short{}, ByteLength(0), Capacity(kShortBytes) {}
 
 VQStringBody::~VQStringBody() = default;
 
@@ -101,7 +94,6 @@ void VQStringBody::DropCaches() {
   CharCount = 0;
   CursorOffset = 0;
   CursorPosition = 0;
-  SingleEnd = 0;
 }
 
 void VQStringBody::Clear() {
@@ -211,48 +203,18 @@ const char* VQStringBody::GetPlatformTextPtr() {
   return PlatformText.get();
 }
 
-// A scan asks for one character after the other: where the engine finds a stretch of one-byte characters, the steps
-// through it need no further call.
-void VQStringBody::StepOne() {
-  const VQCHAR* text = GetBuf() + CursorOffset;
-  const std::uint32_t rest = ByteLength - CursorOffset;
-  std::uint32_t span = 0;
-  if (StepWindow > 1) {
-    if (EngTextSpanBytes(text, rest, StepWindow, &span) == ENG_OK && span == StepWindow) {
-      SingleEnd = CursorOffset + span;
-      StepWindow = std::min(2 * StepWindow, kLargestWindow);
-      span = 1;
-    } else {
-      StepWindow = 1;
-    }
-  }
-  if (StepWindow == 1) {
-    if (EngTextSpanBytes(text, rest, 1, &span) != ENG_OK) vq::Throw(VQERR_NOT_FOUND);
-    if (span == 1) StepWindow = 2;
-  }
-  CursorOffset += span;
-  ++CursorPosition;
-}
-
 unsigned long VQStringBody::GetOffset(unsigned long position) {
   vq::ThrowIfError(vq::CheckInitialized());
   if (position == 0) return 0;
   if (position == CursorPosition) return CursorOffset;
   if (position > ByteLength) vq::Throw(VQERR_NOT_FOUND);
   if (CharCount == ByteLength) return position;  // each character is one byte
-  if (position < CursorPosition) CursorPosition = CursorOffset = SingleEnd = 0;
-  std::uint32_t span = 0;
+  if (position < CursorPosition) CursorPosition = CursorOffset = 0;
+  // A scan steps on by one, and a step over ASCII needs no call.
   const auto steps = static_cast<std::uint32_t>(position - CursorPosition);
-  if (CursorOffset + steps <= SingleEnd) {
-    CursorOffset += steps;
-    CursorPosition += steps;
-    return CursorOffset;
-  }
-  if (steps == 1) {
-    StepOne();
-    return CursorOffset;
-  }
-  if (EngTextSpanBytes(GetBuf() + CursorOffset, ByteLength - CursorOffset, steps, &span) != ENG_OK) {
+  std::uint32_t span = 1;
+  const bool plain = steps == 1 && CursorOffset < ByteLength && GetBuf()[CursorOffset] < 0x80;
+  if (!plain && EngTextSpanBytes(GetBuf() + CursorOffset, ByteLength - CursorOffset, steps, &span) != ENG_OK) {
     vq::Throw(VQERR_NOT_FOUND);
   }
   CursorOffset += span;
@@ -262,7 +224,7 @@ unsigned long VQStringBody::GetOffset(unsigned long position) {
 
 unsigned long VQStringBody::GetPosition(const VQCHAR* place) {
   const auto offset = static_cast<std::uint32_t>(place - GetBuf());
-  if (offset < CursorOffset) CursorPosition = CursorOffset = SingleEnd = 0;
+  if (offset < CursorOffset) CursorPosition = CursorOffset = 0;
   std::uint32_t count = 0;
   if (EngTextSpanChars(GetBuf() + CursorOffset, offset - CursorOffset, &count) != ENG_OK) vq::Throw(VQERR_STRING_SIZE);
   CursorOffset = offset;

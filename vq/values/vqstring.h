@@ -43,15 +43,12 @@ class VQ_API VQStringBody : public VQBody {
   void Clear();
 
  private:
-  static constexpr std::uint32_t kLargestWindow = 256;
-
   // Bytes that a body holds by itself: most names and words need no second allocation.
   static constexpr std::uint32_t kShortBytes = 23;
 
   VQCHAR* Contents();
   void DropCaches();
   unsigned long CountCharacters();
-  void StepOne();
   [[nodiscard]] VQSTATUS SpliceAside(unsigned long offset, unsigned long old_bytes, const VQCHAR* text,
                                      unsigned long new_bytes);
 
@@ -62,9 +59,7 @@ class VQ_API VQStringBody : public VQBody {
   std::unique_ptr<VQCHAR[]> Text;  // null while the text is in Short
   VQCHAR Short[kShortBytes + 1];
   std::uint32_t ByteLength;
-  std::uint32_t Capacity;    // bytes that fit beside the terminator
-  std::uint32_t SingleEnd;   // up to this offset every character from the cursor on is one byte
-  std::uint32_t StepWindow;  // characters that the next single step asks the engine for
+  std::uint32_t Capacity;  // bytes that fit beside the terminator
 };
 
 // A string. Copies share the text until one of them is changed. Operations with a status result leave the text as it
