@@ -44,7 +44,9 @@ VQDatabase Home::Open(const std::string& name) {
 }
 
 Sqlite::Sqlite(const std::string& path) {
-  Check(sqlite3_open(path.c_str(), &connection_));
+  // Without SQLite's own mutex, as the store opens its files.
+  const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+  Check(sqlite3_open_v2(path.c_str(), &connection_, flags, nullptr));
   Run("PRAGMA journal_mode=WAL;PRAGMA synchronous=FULL;PRAGMA cell_size_check=ON;PRAGMA trusted_schema=OFF;"
       "PRAGMA mmap_size=0;PRAGMA temp_store=MEMORY;PRAGMA cache_size=-16000;PRAGMA journal_size_limit=16777216");
 }
