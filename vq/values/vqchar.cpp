@@ -30,10 +30,6 @@ VQChar::VQChar(const VQChar& other) : VQQuillonClass(other), StringBody(nullptr)
   Attach(other.StringBody);
 }
 
-VQChar::~VQChar() {
-  if (StringBody != nullptr) StringBody->Release();
-}
-
 void VQChar::Attach(VQStringBody* body) {
   VQStringBody* old = StringBody;
   StringBody = body;
@@ -89,9 +85,9 @@ const VQCHAR* VQChar::GetTextPtr() const {
   return StringBody->GetBuf() + StringBody->GetOffset(Position);
 }
 
+// The session comes first; with a body, finding the place looks for it.
 const VQCHAR* VQChar::GetCharPtr() const {
-  vq::ThrowIfError(vq::CheckInitialized());
-  CheckBody();
+  if (StringBody == nullptr) vq::Throw(vq::IsInitialized() ? VQERR_OBJECT_NOT_INITIALIZED : VQERR_NOT_INITIALIZED);
   return GetTextPtr();
 }
 
@@ -165,7 +161,5 @@ VQChar VQString::operator[](int position) {
   if (position < 0) vq::Throw(VQERR_INVALID_PARAMETER);
   return (*this)[static_cast<unsigned long>(position)];
 }
-
-VQChar VQString::operator[](unsigned long position) const { return (*const_cast<VQString*>(this))[position]; }
 
 VQChar VQString::operator[](int position) const { return (*const_cast<VQString*>(this))[position]; }

@@ -85,8 +85,6 @@ VQStringBody::~VQStringBody() = default;
 
 VQCLASSID VQStringBody::GetClassID() const { return VQCLASSID_VQSTRINGBODY; }
 
-const VQCHAR* VQStringBody::GetBuf() const { return Text ? Text.get() : Short; }
-
 VQCHAR* VQStringBody::Contents() { return Text ? Text.get() : Short; }
 
 void VQStringBody::DropCaches() {

@@ -23,7 +23,7 @@ class VQ_API VQStringBody : public VQBody {
   ~VQStringBody() override;
   VQCLASSID GetClassID() const override;
 
-  const VQCHAR* GetBuf() const;
+  const VQCHAR* GetBuf() const { return Text ? Text.get() : Short; }
   unsigned long GetBufLength() const { return ByteLength; }
   unsigned long GetLength() { return CharCount != 0 ? CharCount : CountCharacters(); }
   const char* GetPlatformTextPtr();
@@ -159,7 +159,9 @@ class VQ_API VQChar : public VQQuillonClass {
   VQChar(VQStringBody* body, unsigned long position);
   VQChar(const VQChar& other);
   explicit VQChar(char c, int store = 0) : VQChar() { Setup(c, store); }
-  ~VQChar() override;
+  ~VQChar() override {
+    if (StringBody != nullptr) StringBody->Release();
+  }
   // Writes the other character's bytes into this string.
   VQChar& operator=(const VQChar& other);
   VQChar& operator=(char c) { return Assign(c, 0); }
@@ -203,6 +205,8 @@ class VQ_API VQChar : public VQQuillonClass {
   VQStringBody* StringBody;
   std::uint32_t Position;
 };
+
+inline VQChar VQString::operator[](unsigned long position) const { return (*const_cast<VQString*>(this))[position]; }
 
 // Flags: 1 ignore case, 2 ignore accents; with 0 the order is that of the bytes. Negative, 0 or positive. Other flags
 // throw VQERR_INVALID_PARAMETER.
