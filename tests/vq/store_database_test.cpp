@@ -51,6 +51,9 @@ TEST_F(Databases, HandlesOutliveTheSessionClosed) {
   EXPECT_EQ(VQDocument(document).Save(), VQERR_SLATE_NOT_OPEN);
   Session.reset();
   EXPECT_EQ(Db.Open(0), VQERR_NOT_INITIALIZED);
+  VQQuillonSession another;
+  ASSERT_EQ(another.Init(), VQ_OK);
+  EXPECT_EQ(Db.Open(), VQERR_NOT_INITIALIZED);  // its own session is gone
 }
 
 TEST_F(Databases, BadFilesAreRefusedAtOpen) {

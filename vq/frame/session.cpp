@@ -2,8 +2,12 @@
 #include "vq/frame/session.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <mutex>
 #include <new>
+#include <vector>
 
 #include "engine/engine.h"
 #include "vq/frame/state.h"
@@ -24,6 +28,18 @@ class QuietScope {
   int Saved;
 };
 
+// Sessions that exist, so that a body which outlives its session can tell. Never destroyed: static sessions may go
+// after it.
+struct LiveSessions {
+  std::mutex Lock;
+  std::vector<const VQQuillonSession*> Sessions;
+
+  static LiveSessions& Get() {
+    static LiveSessions& live = *new LiveSessions;
+    return live;
+  }
+};
+
 std::unique_ptr<char[]> CopyText(const char* text) {
   const std::size_t size = std::strlen(text) + 1;
   std::unique_ptr<char[]> copy(new (std::nothrow) char[size]);
@@ -38,9 +54,12 @@ namespace vq {
 
 VQSTATUS StartLibrary(unsigned long version) {
   if (gState.InitCount++ != 0) return VQ_OK;
-  if (version == VQGetAPILibraryVersion()) return VQ_OK;
-  --gState.InitCount;
-  return VQERR_INCOMPATIBLE_VERSION;
+  if (version != VQGetAPILibraryVersion()) {
+    --gState.InitCount;
+    return VQERR_INCOMPATIBLE_VERSION;
+  }
+  std::srand(static_cast<unsigned>(std::time(nullptr)));
+  return VQ_OK;
 }
 
 VQSTATUS EndLibrary() {
@@ -57,7 +76,11 @@ VQQuillonSession::VQQuillonSession()
       MailProgram(kMailProgramUnread),
       LocalVersion(0),
       RTParserErrorHandler(nullptr),
-      ServerAddin(nullptr) {}
+      ServerAddin(nullptr) {
+  LiveSessions& live = LiveSessions::Get();
+  const std::lock_guard guard(live.Lock);
+  live.Sessions.push_back(this);
+}
 
 VQQuillonSession::~VQQuillonSession() {
   const QuietScope quiet;
@@ -66,6 +89,15 @@ VQQuillonSession::~VQQuillonSession() {
   } else if (Flags & kThreadFlag) {
     TermThread();
   }
+  LiveSessions& live = LiveSessions::Get();
+  const std::lock_guard guard(live.Lock);
+  std::erase(live.Sessions, this);
+}
+
+int VQQuillonSession::IsUsable(const VQQuillonSession* session) {
+  LiveSessions& live = LiveSessions::Get();
+  const std::lock_guard guard(live.Lock);
+  return std::count(live.Sessions.begin(), live.Sessions.end(), session) != 0 && session->IsInitialized();
 }
 
 void* VQQuillonSession::operator new(std::size_t size) {

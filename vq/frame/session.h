@@ -51,6 +51,8 @@ class VQ_API VQQuillonSession : public VQQuillonClass {
   VQSTATUS Term(int reportleaks = 0);
   // On the thread that called InitThread.
   VQSTATUS TermThread();
+  // Whether that session still exists and is initialised; for bodies, which outlive their session with their handles.
+  static int IsUsable(const VQQuillonSession* session);
   int IsInitialized() const { return (Flags & (kProcessFlag | kThreadFlag)) != 0; }
 
   // Databases. Those handed out are unopened unless told otherwise, and are closed by the end of this session.

@@ -101,7 +101,7 @@ VQSTATUS VQDatabaseBody::Open(unsigned long flags) {
   if (Handle != 0) return VQWARN_ALREADY_OPEN;
   if (!vq::IsInitialized()) return VQERR_NOT_INITIALIZED;
   if (flags == VQDBOPENFLAGS_OF_SESSION) {
-    if (!BodySession->IsInitialized()) return VQERR_NOT_INITIALIZED;
+    if (!VQQuillonSession::IsUsable(BodySession)) return VQERR_NOT_INITIALIZED;
     flags = BodySession->GetDatabaseOpenFlags();
   } else if ((flags & ~VQDBOPENFLAGS_MASK) != 0) {
     return VQERR_INVALID_PARAMETER;
