@@ -1,4 +1,7 @@
 // Edits: what they make of the records, what they refuse, what becomes of the store.
+#include <algorithm>
+#include <random>
+
 #include "tests/vq/support/records.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/store/vqcreate.h"
@@ -280,6 +283,87 @@ TEST_F(RichTextEdit, SavesAWordThroughTheStore) {
   const std::string before = Text("line of text number 700"), after = Text("line of text no. 700");
   expected.replace(expected.find(before), before.size(), after);
   EXPECT_EQ(Written(body), expected);
+}
+
+// The values of a body's items as the slate has them.
+std::vector<std::string> ItemValues(const VQRichText& text) {
+  const VQRichTextBody& body = *text.GetRichTextBody();
+  std::vector<vq::ItemPlace> places{{{}, body.GetValueBlock(), static_cast<std::uint32_t>(text.GetValueSize()), 0}};
+  places.insert(places.end(), body.GetExtraPlaces().begin(), body.GetExtraPlaces().end());
+  std::vector<std::string> values;
+  for (const vq::ItemPlace& place : places) {
+    const vq::MemoryLock lock(place.Value.Pool);
+    values.emplace_back(reinterpret_cast<const char*>(lock.GetBytes()) + place.Value.Block, place.Size);
+  }
+  return values;
+}
+
+void EditSomewhere(VQRichText& text, std::mt19937& random) {
+  VQRTCursor at;
+  ASSERT_EQ(text.GetCursor(&at), VQ_OK);
+  if (at.GotoFirst(("line of text " + std::to_string(random() % 4000)).c_str()) != VQ_OK) return;
+  VQFontStyle style;
+  ASSERT_EQ(at.GetFontStyle(&style), VQ_OK);
+  VQRTCursor end = at + random() % 60;
+  switch (random() % 5) {
+    case 0:
+      EXPECT_EQ(text.Insert("word ", &at, 0), VQ_OK);
+      break;
+    case 1:
+      text.Delete(&at, &end);  // refused across the edge of a table
+      break;
+    case 2:
+      EXPECT_EQ(text.StartNewParagraph(&end), VQ_OK);
+      break;
+    case 3:
+      EXPECT_EQ(text.Insert(Store(std::string(3000, 'x')), &at, 0), VQ_OK);
+      break;
+    default:
+      style.SetFontID(style.GetFontID() ^ 0x8000, 0xFFFFFFFFUL);
+      EXPECT_EQ(text.SetFontStyle(at, end, style), VQ_OK);
+  }
+}
+
+// Whatever was edited between two updates, the items hold what the tree holds, and those that no edit touched stay.
+TEST_F(RichTextEdit, UpdatesOnlyTheItemsThatChanged) {
+  const std::string bold = Record(SIG_CD_TEXT_STYLE_EXT, Bytes({1, 0x80, 0, 10}));
+  std::string records = Reference(1);
+  for (int i = 0; records.size() < 300000; ++i) {
+    records += Paragraph() + Reference(1 + i % 3) + Text("line of text " + std::to_string(i)) + bold + Text("strong");
+    if (i % 7 == 0) records += Hotspot(1) + Text("popup") + HotspotEnd() + Unknown(std::string(i % 90, 'u'));
+    if (i % 50 == 0) records += TableBegin() + Cell(0, 0) + Text("a") + Cell(0, 1) + bold + Text("b") + TableEnd();
+  }
+  VQDatabase database;
+  ASSERT_EQ(Session->CreateDatabase("items", &database, VQCreateDatabaseOptions()), VQ_OK);
+  VQDocument document;
+  ASSERT_EQ(database.CreateDocument(&document), VQ_OK);
+  VQRichText text;
+  ASSERT_EQ(document.CreateItem("Body", &text), VQ_OK);
+  ASSERT_EQ(text.Append(RichText(records)), VQ_OK);
+  ASSERT_EQ(text.Update(), VQ_OK);
+
+  std::mt19937 random(5);
+  std::vector<std::string> before = ItemValues(text);
+  std::size_t kept = 0;
+  for (int round = 0; round < 60; ++round) {
+    SCOPED_TRACE(round);
+    for (int edits = 1 + random() % 3; edits > 0; --edits) EditSomewhere(text, random);
+    const std::string expected = Written(text);
+    ASSERT_EQ(text.Update(), VQ_OK);
+    EXPECT_FALSE(text.IsDirty());
+    ASSERT_EQ(Written(text), expected) << "the tree reads other bytes now";
+    const std::vector<std::string> after = ItemValues(text);
+    std::string stored;
+    for (std::size_t i = 0; i < after.size(); ++i) {
+      EXPECT_LE(after[i].size(), 40960u);
+      stored += after[i].substr(2);
+      kept += std::count(before.begin(), before.end(), after[i]) > 0;
+    }
+    ASSERT_EQ(stored, expected);
+    before = after;
+  }
+  EXPECT_GT(kept, 60 * before.size() / 3);
+  EXPECT_LT(before.size(), 2 * text.GetSize() / 40960 + 2) << "small items are left over";
 }
 
 // The same face has another number in the other document.

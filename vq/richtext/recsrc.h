@@ -6,10 +6,15 @@
 
 #include "engine/memory.h"
 
+class VQRTObjectBody;
+
 namespace vq {
 
 // One item's value, shared and counted by the objects that look into it. When the engine moves the value the
 // owner of the items says so in one place, here, and not in every object.
+//
+// While the source is not outdated, its records stand in the tree as they stand in the value: in order, all of them,
+// with nothing in between. The writer then leaves the value as it is.
 class RecordSource {
  public:
   RecordSource(ENGHANDLE pool, std::uint32_t base) : Pool(pool), Base(base) {}
@@ -26,6 +31,14 @@ class RecordSource {
   }
   ENGHANDLE GetPool() const { return Pool; }
   std::uint32_t GetBase() const { return Base; }
+  void SetOutdated() { Outdated = true; }
+  bool IsOutdated() const { return Outdated; }
+  // The object of the last record, other than one that leads its object; of no meaning once outdated.
+  void SetLast(VQRTObjectBody* last) { Last = last; }
+  VQRTObjectBody* GetLast() const { return Last; }
+  // Its records open no structure that they do not close, and stand in none.
+  void SetBalanced(bool balanced) { Balanced = balanced; }
+  bool IsBalanced() const { return Balanced; }
 
  private:
   ~RecordSource() = default;
@@ -33,6 +46,15 @@ class RecordSource {
   ENGHANDLE Pool;
   std::uint32_t Base;  // of the value, its type word first
   std::uint32_t Count = 0;
+  bool Outdated = false;
+  bool Balanced = false;
+  VQRTObjectBody* Last = nullptr;
+};
+
+// A value that a tree looks into.
+struct LoadedBlock {
+  RecordSource* Source;  // counted
+  std::uint32_t Size;
 };
 
 // A locked engine block; Bytes is null when the handle is no good.

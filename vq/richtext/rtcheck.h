@@ -2,6 +2,8 @@
 #ifndef QUILLON_VQ_RICHTEXT_RTCHECK_H
 #define QUILLON_VQ_RICHTEXT_RTCHECK_H
 
+#include <array>
+
 #include "vq/richtext/rtfwd.h"
 #include "vq/richtext/rttype.h"
 
@@ -11,9 +13,30 @@ namespace vq {
 // it nobody could read.
 bool StandsAlone(VQRTTYPE type);
 
-// VQERR_RT_INVALID for a record whose header claims bytes that are not there, and for a structure without its end;
-// VQERR_RT_CORRUPT_TABLE for cells and table ends outside of tables; VQERR_RT_STACK_OVERFLOW for too deep a nesting.
-[[nodiscard]] VQSTATUS CheckStream(const VQRTBaseContainerBody& top);
+// Whether a record of the type opens a structure in the stream, or closes one.
+bool ChangesNesting(VQRTTYPE type);
+
+// The parser's stack as the objects make it in stream order.
+class StreamCheck {
+ public:
+  // VQERR_RT_INVALID for a record whose header claims bytes that are not there, VQERR_RT_CORRUPT_TABLE for cells and
+  // table ends outside of tables, VQERR_RT_STACK_OVERFLOW for too deep a nesting.
+  [[nodiscard]] VQSTATUS Take(const VQRTObjectBody& object);
+  // At the end, and ahead of records that open and close for themselves.
+  bool IsClosed() const { return Depth == 0; }
+
+ private:
+  static constexpr unsigned kMostOpen = 10;
+
+  VQRTTYPE Top() const { return Depth == 0 ? VQRTTYPE_NONE : Open[Depth - 1]; }
+  [[nodiscard]] VQSTATUS TakeType(VQRTTYPE type);
+  [[nodiscard]] VQSTATUS TakeCell();
+  [[nodiscard]] VQSTATUS Push(VQRTTYPE type);
+  VQSTATUS Pop();
+
+  std::array<VQRTTYPE, kMostOpen> Open{};
+  unsigned Depth = 0;
+};
 
 }  // namespace vq
 

@@ -50,6 +50,7 @@ VQSTATUS VQRTBaseContainerBody::Link(VQRTObjectBody* child, VQRTObjectBody* prev
   child->IndexValue = static_cast<std::uint32_t>(first);
   LinkPointers(child, previous, next);
   MarkDirty();
+  OutdateAround(*child, *top);
   VQRTBaseContainerBody* container = child->AsBase();
   if (!container) return VQ_OK;
   container->EndIndexValue = static_cast<std::uint32_t>(last);
@@ -57,6 +58,13 @@ VQSTATUS VQRTBaseContainerBody::Link(VQRTObjectBody* child, VQRTObjectBody* prev
   const VQSTATUS status = container->Renumber();
   if (status != VQ_OK) Unlink(child);
   return status;
+}
+
+void VQRTBaseContainerBody::OutdateAround(const VQRTObjectBody& child, const VQRTBaseContainerBody& top) {
+  const VQRTObjectBody* before = top.PreviousInTree(&child);
+  if (before && before->Source) before->Source->SetOutdated();
+  // A record that leads its object may stand in the block before the object's.
+  if (before && before->LeadsParent() && before->Parent->Source) before->Parent->Source->SetOutdated();
 }
 
 void VQRTBaseContainerBody::LinkPointers(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next) {

@@ -90,7 +90,10 @@ void VQRTObjectBody::Rebind(vq::RecordSource* source, std::uint32_t offset, std:
 void VQRTObjectBody::DropContent() {
   Value.reset();
   Outdated = false;
-  if (Source) Source->Release();
+  if (Source) {
+    Source->SetOutdated();
+    Source->Release();
+  }
   Source = nullptr;
   Offset = 0;
   Length = 0;

@@ -167,12 +167,11 @@ VQSTATUS VQRTBaseContainerBody::SetDirty(int dirty) {
 }
 
 VQSTATUS VQRTBaseContainerBody::Update(vq::RecordWriter& writer) {
-  VQRTObjectBody* child = FirstChild;
-  VQSTATUS status = VQ_OK;
-  for (; child && child->LeadsParent() && status == VQ_OK; child = child->GetNext()) status = child->Update(writer);
-  if (status == VQ_OK) status = writer.Add(*this);
-  for (; child && status == VQ_OK; child = child->GetNext()) status = child->Update(writer);
-  return status;
+  for (VQRTObjectBody* child = FirstChild; child && child->LeadsParent(); child = child->GetNext()) {
+    const VQSTATUS status = child->Update(writer);
+    if (status != VQ_OK) return status;
+  }
+  return writer.Add(*this);
 }
 
 VQSTATUS VQRTBaseContainerBody::AppendChild(VQRTObject* child) {

@@ -75,6 +75,8 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   // Puts a detached object between two neighbours of this container and gives it its place in the order.
   [[nodiscard]] VQSTATUS Link(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next, bool countBack);
   void Unlink(VQRTObjectBody* child);
+  // The block that a new child stands in, or behind, cannot stay as it is.
+  static void OutdateAround(const VQRTObjectBody& child, const VQRTBaseContainerBody& top);
   void LinkPointers(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next);
   // Spreads the subtree evenly over this container's range, or over its first half to leave room for appending.
   [[nodiscard]] VQSTATUS Renumber(bool leaveRoom = false);

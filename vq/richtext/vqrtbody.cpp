@@ -1,7 +1,6 @@
 #include "vq/richtext/vqrtbody.h"
 
 #include "engine/memory.h"
-#include "vq/richtext/rtcheck.h"
 #include "vq/richtext/vqrtinit.h"
 #include "vq/richtext/vqrtwrit.h"
 #include "vq/store/vqslate.h"
@@ -151,11 +150,11 @@ VQSTATUS VQRichTextBody::Flush() {
 
 VQSTATUS VQRichTextBody::StoreTree() {
   VQSTATUS status = CheckValue();
-  if (status == VQ_OK) status = vq::CheckStream(*Top);
   if (status != VQ_OK) return status;
-  vq::RecordWriter writer(Top->GetSize());
-  status = Top->Update(writer);
-  if (status == VQ_OK) status = writer.Finish();
+  // Values that this body owns alone are all made anew.
+  vq::RecordWriter writer(*Top, IsSlateItem() ? std::span<const Loaded>(Blocks) : std::span<const Loaded>());
+  status = writer.Check();
+  if (status == VQ_OK) status = writer.Write();
   if (status != VQ_OK) return status;
 
   // The old blocks are set aside: while the new ones are bound there is no tree to move.
@@ -167,9 +166,7 @@ VQSTATUS VQRichTextBody::StoreTree() {
     return status;
   }
   LoadBlocks();
-  std::vector<vq::RecordSource*> sources;
-  for (const Loaded& block : Blocks) sources.push_back(block.Source);
-  writer.Commit(sources);
+  writer.Commit(Blocks);
   Top->Dirty = false;  // the one object without a record
   ReleaseBlocks(old);
   SetState(kDirty, false);
@@ -195,11 +192,10 @@ VQSTATUS VQRichTextBody::TakeBlocks(std::vector<vq::ItemBlock>& blocks) {
 VQSTATUS VQRichTextBody::WriteBlocks(std::vector<vq::ItemBlock>* blocks) {
   if (!blocks) return VQERR_INVALID_PARAMETER;
   VQSTATUS status = Initialize();
-  if (status == VQ_OK) status = vq::CheckStream(*Top);
   if (status != VQ_OK) return status;
-  vq::RecordWriter writer(Top->GetSize());
-  status = Top->Update(writer);
-  if (status == VQ_OK) status = writer.Finish();
+  vq::RecordWriter writer(*Top, {});
+  status = writer.Check();
+  if (status == VQ_OK) status = writer.Write();
   if (status == VQ_OK) blocks->swap(writer.GetBlocks());
   return status;
 }

@@ -44,8 +44,9 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   int IsDirty() override;
   VQSTATUS Rebound() override;
   VQSTATUS AddBlockID(const BLOCKID& item, const BLOCKID& value, unsigned long size) override;
-  // Writes a dirty tree into the items. On failure the tree stays dirty and the items are what they were; so it is
-  // with a tree that could not be read again, which gives VQERR_RT_INVALID or what the parser would give.
+  // Writes a dirty tree into the items; those whose records are as they were read stay untouched. On failure the tree
+  // stays dirty and the items are what they were; so it is with a tree that could not be read again, which gives
+  // VQERR_RT_INVALID or what the parser would give.
   VQSTATUS Flush() override;
   // Into another slate the fonts go along: runs get the face numbers that the faces have there.
   VQSTATUS CopyInto(VQSlateBody* slate, std::string_view name, unsigned short flags, vq::ItemPlace* first) override;
@@ -69,11 +70,7 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
  private:
   friend class VQRichTextParser;
 
-  // A loaded block: the source that objects look through, and the value's size.
-  struct Loaded {
-    vq::RecordSource* Source;  // counted
-    std::uint32_t Size;
-  };
+  using Loaded = vq::LoadedBlock;
 
   [[nodiscard]] VQSTATUS Parse();
   void LoadBlocks();

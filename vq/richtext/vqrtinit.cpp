@@ -98,6 +98,11 @@ VQSTATUS VQRichTextParser::ParseBlock(std::size_t index) {
   if (!lock.GetBytes() || EngMemGetSize(block.Source->GetPool(), &capacity) != 0) return VQERR_ITEM_UNINITIALIZED;
   if (block.Source->GetBase() > capacity || block.Size > capacity - block.Source->GetBase()) return VQERR_CORRUPTED;
   const unsigned char* value = lock.GetBytes() + block.Source->GetBase();
+  if (Pending) {  // leads an object of another block: neither can stay while the other is written
+    Pending->Source->SetOutdated();
+    block.Source->SetOutdated();
+  }
+  const bool outside = Depth == 0;
   for (std::uint32_t offset = kTypeWord; offset < block.Size;) {
     vq::RecordHeader header;
     if (!vq::ReadRecordHeader(value + offset, block.Size - offset, &header)) return VQERR_RT_INVALID;
@@ -111,6 +116,8 @@ VQSTATUS VQRichTextParser::ParseBlock(std::size_t index) {
     const VQSTATUS status = Dispatch(record);
     if (status != VQ_OK) return status;
   }
+  block.Source->SetLast(LastRead);
+  block.Source->SetBalanced(outside && Depth == 0);
   return VQ_OK;
 }
 
@@ -181,6 +188,7 @@ void VQRichTextParser::Add(VQRTObjectBody* object) {
   VQRTBaseContainerBody* container = Container();
   container->LinkPointers(object, container->LastChild, nullptr);
   LastAdded = object;
+  LastRead = object;
   Index += Gap;
   object->IndexValue = static_cast<std::uint32_t>(Index);
   if (VQRTBaseContainerBody* inside = object->AsBase()) {
@@ -233,7 +241,8 @@ VQSTATUS VQRichTextParser::AddOpaque(const Record& record) {
 void VQRichTextParser::FlushPending() {
   if (!Pending) return;
   // Nothing took it: it is a record like any other that has no place.
-  auto* opaque = new VQRTElementBody(VQRTTYPE_COMPOSITE_DATA, Pending->Source, Pending->Offset, Pending->Length);
+  auto* opaque = new VQRTElementBody(VQRTTYPE_COMPOSITE_DATA, nullptr, Pending->Offset, Pending->Length);
+  opaque->Source = std::exchange(Pending->Source, nullptr);
   std::exchange(Pending, nullptr)->Release();
   Add(opaque);
 }

@@ -97,6 +97,7 @@ class VQRichTextParser {
   unsigned Depth = 0;
   VQRTObjectBody* Pending = nullptr;    // a record that goes to the object behind it, counted
   VQRTObjectBody* LastAdded = nullptr;  // into whatever container
+  VQRTObjectBody* LastRead = nullptr;   // may be gone, with the block's source then outdated
   std::uint64_t Index = 0;              // the highest value given so far
   std::uint32_t Gap = 0;
   std::uint16_t Next = 0;  // signature of the record behind the present one

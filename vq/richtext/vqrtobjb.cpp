@@ -195,7 +195,10 @@ VQSTATUS VQRTObjectBody::SetDirty(int dirty) {
 }
 
 void VQRTObjectBody::MarkDirty() {
-  for (VQRTObjectBody* object = this; object; object = object->Parent) object->Dirty = true;
+  for (VQRTObjectBody* object = this; object; object = object->Parent) {
+    object->Dirty = true;
+    if (object->Source) object->Source->SetOutdated();  // the write that takes the dirty mark off must come by
+  }
 }
 
 VQSTATUS VQRTObjectBody::Update(vq::RecordWriter& writer) { return writer.Add(*this); }

@@ -65,7 +65,7 @@ class VQ_API VQRTObjectBody : public VQBody {
   virtual VQSTATUS ConvertFonts(VQItem* table);
   virtual VQSTATUS SetDirty(int dirty);
   virtual void SetIndexValue(unsigned long value);
-  // Hands the record to the writer, a container's children behind it.
+  // Hands the record to the writer, with those ahead of it that lead it. Children are the writer's own work.
   virtual VQSTATUS Update(vq::RecordWriter& writer);
   virtual VQSTATUS WriteValueBlock();
 
@@ -126,7 +126,7 @@ class VQ_API VQRTObjectBody : public VQBody {
   void DropContent();
   // Takes the bytes along before the object leaves the block that they lie in.
   void KeepContent();
-  // Dirty bit and that of all above.
+  // Dirty bit and that of all above, whose blocks will be written anew.
   void MarkDirty();
   // A copy of another object's bytes, whatever the types.
   void TakeRecord(const VQRTObjectBody& source);

@@ -26,6 +26,7 @@ constexpr bool IsNullBlock(const BLOCKID& block) { return block.Pool == 0 && blo
 struct ItemBlock {
   ENGHANDLE Memory = 0;  // set to 0 once the slate has taken the block
   std::uint32_t Size = 0;
+  bool Kept = false;  // stands for the value that the item in this place has already; without memory
 };
 
 // Builds the body of an item that is in the slate already.

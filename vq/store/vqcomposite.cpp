@@ -55,6 +55,7 @@ VQSTATUS VQCompositeItemBody::AppendBlocks(std::span<vq::ItemBlock> blocks, std:
 
 VQSTATUS VQCompositeItemBody::ReplaceBlocks(std::span<vq::ItemBlock> blocks, std::span<const vq::ItemPlace> places) {
   for (std::size_t i = 0; i < blocks.size(); ++i) {
+    if (blocks[i].Kept) continue;
     const ENGSTATUS result = EngItemReplaceBlock(Slate->GetHandle(), places[i].Item, blocks[i].Memory, blocks[i].Size);
     if (result != ENG_OK) return vq::FromEngine(result);
     blocks[i].Memory = 0;

@@ -30,7 +30,8 @@ class VQ_API VQCompositeItemBody : public VQItemBody {
  protected:
   // Makes the blocks, at least one, the values of this name's items, in order: the first takes this item's place,
   // further ones the places of the later items, then new items behind all others; later items left over are
-  // deleted. Blocks that the slate took are zero in `blocks`. This body and the gathered places are bound anew.
+  // deleted. Only blocks in the place of a present item may be kept ones. Blocks that the slate took are zero in
+  // `blocks`. This body and the gathered places are bound anew.
   // On failure blocks that are not zero stay the caller's, and the item must stay dirty: its values may be partly
   // new, which the next call puts right.
   VQSTATUS StoreBlocks(std::span<vq::ItemBlock> blocks);
