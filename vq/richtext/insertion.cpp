@@ -1,4 +1,5 @@
 // Container operations that put whole rich texts in.
+#include "vq/richtext/fontid.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/richtext/pabtree.h"
 #include "vq/richtext/rttext.h"
@@ -56,6 +57,28 @@ VQSTATUS Adapt(VQRichText& incoming, VQRTContainerBody& root) {
   return VQ_OK;
 }
 
+// What an empty rich text was given to stand on: a reference and an empty run, neither of them styled yet.
+std::vector<VQRTObjectBody*> StandIn(const VQRTContainerBody& root) {
+  std::vector<VQRTObjectBody*> objects;
+  VQRTObjectBody* child = root.GetFirstChild();
+  if (child && child->IsType(VQRTTYPE_PAB_REFERENCE)) {
+    objects.push_back(child);
+    child = child->GetNext();
+  }
+  if (!child || child->GetNext() || child->GetType() != VQRTTYPE_STYLIZED_TEXT) return {};
+  const VQStylizedTextBody& run = static_cast<const VQStylizedTextBody&>(*child);
+  if (run.GetByteCount() > 0 || run.GetFontID() != vq::fontid::kDefault) return {};
+  objects.push_back(child);
+  return objects;
+}
+
+VQSTATUS DropStandIn(const std::vector<VQRTObjectBody*>& standIn, VQRTContainerBody& root) {
+  for (VQRTObjectBody* object : standIn) {
+    if (VQSTATUS status = object->Delete()) return status;
+  }
+  return standIn.empty() ? VQ_OK : root.RestoreParagraphs();
+}
+
 // Content behind the insertion keeps the style that it had: where the next paragraph relies on the reference in force,
 // it gets one of its own.
 VQSTATUS KeepStyleBehind(const VQRTObjectBody* last, vq::PABIDs inForce) {
@@ -107,6 +130,8 @@ VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* curso
   if (VQSTATUS status = Adapt(incoming, root)) return status;
 
   VQRTObjectBody* inForce = pab::ReferenceFor(root, cursor->GetElementBody());
+  const std::vector<VQRTObjectBody*> standIn =
+      top.FirstOfType(VQRTTYPE_STYLIZED_TEXT) ? StandIn(root) : std::vector<VQRTObjectBody*>();
   pab::Place place;
   if (VQSTATUS status = pab::SplitAt(*cursor, &place)) return status;
   VQRTObject first, last;
@@ -116,7 +141,8 @@ VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* curso
   }
   if (VQSTATUS status = CursorBehind(root, last.GetRTObjectBody(), cursor)) return status;
   if (VQSTATUS status = first.GetRTObjectBody()->AdjustNeighbours(1, 0, nullptr)) return status;
-  return last.GetRTObjectBody()->AdjustNeighbours(0, 1, cursor);
+  if (VQSTATUS status = last.GetRTObjectBody()->AdjustNeighbours(0, 1, cursor)) return status;
+  return DropStandIn(standIn, root);
 }
 
 VQSTATUS VQRTContainerBody::Append(const VQRichText& richText) {

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "vq/richtext/fontplace.h"
+#include "vq/richtext/pabtree.h"
 #include "vq/richtext/rtcheck.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtbody.h"
@@ -49,11 +50,19 @@ int VQRTContainerBody::CanInsertType(VQRTTYPE type) const {
   return !table || !vq::EnclosingTable(this);
 }
 
+VQSTATUS VQRTContainerBody::BeginText() {
+  if (FirstChild || GetType() != VQRTTYPE_RICH_TEXT) return VQ_OK;
+  unsigned short pabid = 0;
+  if (const VQSTATUS status = GetNewPABID(&pabid)) return status;
+  return Append(vq::MakePABReference({pabid, pabid}).GetRTObjectBody());
+}
+
 VQSTATUS VQRTContainerBody::EnsureElement() {
   VQRTObject first;
   const VQSTATUS status = FindFirst(VQRTTYPE_ELEMENT, &first);
   if (status != VQWARN_NOT_FOUND || !CanInsertType(VQRTTYPE_STYLIZED_TEXT)) return status;
   const bool dirty = Dirty;
+  if (const VQSTATUS begun = BeginText()) return begun;
   const VQRTObject run(new VQStylizedTextBody());
   VQRTObjectBody* before = LastChild && LastChild->GetType() == VQRTTYPE_HOTSPOT_END ? LastChild : nullptr;
   const VQSTATUS linked = before ? before->InsertPreviousSibling(run.GetRTObjectBody()) : Append(run.GetRTObjectBody());
@@ -88,6 +97,7 @@ VQSTATUS VQRTContainerBody::Append(const VQString& text, int convertNewlines) {
   if (!last || last->GetType() != VQRTTYPE_STYLIZED_TEXT) {
     const VQSTATUS fits = CheckNewText(text, convertNewlines);
     if (fits != VQ_OK) return fits;
+    if (const VQSTATUS begun = BeginText()) return begun;
     last = new VQStylizedTextBody();
     const VQRTObject hold(last);
     VQRTObjectBody* before = LastChild && LastChild->GetType() == VQRTTYPE_HOTSPOT_END ? LastChild : nullptr;
@@ -106,6 +116,7 @@ VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appende
   if (!CanInsertType(object.GetType())) return VQERR_CANT_INSERT_TYPE;
   VQRTObject copy;
   VQSTATUS status = copy.CopyRTObject(object, VQRTCOPYOPTIONS_DEEP);
+  if (status == VQ_OK && vq::pab::IsContent(copy.GetRTObjectBody())) status = BeginText();
   if (status == VQ_OK) status = Append(copy.GetRTObjectBody());
   if (status == VQ_OK) status = vq::EnterFonts(*copy.GetRTObjectBody());
   if (status == VQ_OK) status = copy.GetRTObjectBody()->AdjustNeighbours(1, 1, nullptr);

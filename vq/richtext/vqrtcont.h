@@ -14,13 +14,15 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   VQCLASSID GetClassID() const override;
   VQRTObjectBody* MakeSame() const override;
   VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) override;
-  // In an empty container these make an empty run to stand on, which is no edit.
+  // In an empty container these make an empty run to stand on, in a rich text with a paragraph reference ahead, which
+  // is no edit.
   VQSTATUS GetCursor(VQRTCursor* cursor) override;
 
   // Takes the style that a client gave and makes of it what suits the paragraphs of this container.
   virtual VQSTATUS AdjustParagraphStyle(const VQParagraphStyle& style, VQParagraphStyle* adjusted);
   // With convertNewlines each newline starts a paragraph, without it becomes a line break in the paragraph.
   using VQRTBaseContainerBody::Append;
+  // The first content of a rich text gets a paragraph reference ahead of it, so that its style can be set.
   virtual VQSTATUS Append(const VQString& text, int convertNewlines);
   virtual VQSTATUS Append(const VQRichText& richText);
   virtual VQSTATUS Append(const VQRTObject& object, VQRTObject* appended);
@@ -49,6 +51,7 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS GetRichText(const VQRTObject& object, VQRichText* richText);
   using VQRTObjectBody::GetRichText;
   virtual VQSTATUS Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines);
+  // The run that an empty rich text was given to stand on goes when content takes its place.
   virtual VQSTATUS Insert(const VQRichText& richText, VQRTCursor* cursor);
   // A copy of the object; `inserted` may be null.
   virtual VQSTATUS Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted);
@@ -88,6 +91,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   }
 
  private:
+  // In a rich text that holds nothing yet: the reference that its first paragraph is styled by.
+  [[nodiscard]] VQSTATUS BeginText();
   [[nodiscard]] VQSTATUS EnsureElement();
   [[nodiscard]] VQSTATUS CheckInsert(const VQRTObject& object, int copy, const VQRTCursor* cursor) const;
   [[nodiscard]] VQSTATUS PlaceAt(VQRTObjectBody* object, const VQRTCursor& cursor);
