@@ -130,7 +130,7 @@ TEST_F(Font, FacesAreSavedAndCarriedToOtherDocuments) {
   VQDatabase database;
   ASSERT_EQ(Session->CreateDatabase("fonts", &database, VQCreateDatabaseOptions()), VQ_OK);
   const unsigned long first = Store(database, "Quadrata"), second = Store(database, "Ronda");
-  for (const char* way : {"append", "item"}) {
+  for (const char* way : {"append", "item", "join"}) {
     SCOPED_TRACE(way);
     VQDocument from, to;
     VQRichText source, copied;
@@ -143,6 +143,11 @@ TEST_F(Font, FacesAreSavedAndCarriedToOtherDocuments) {
     EXPECT_EQ(FaceOfFirstRun(source), "Quadrata");
     if (way == std::string("item")) {
       ASSERT_EQ(to.CreateItem("Copy", source, 0, VQITEMOPTION_UNIQUE, &copied), VQ_OK);
+    } else if (way == std::string("join")) {
+      ASSERT_EQ(to.CreateItem("Empty", &copied), VQ_OK);
+      ASSERT_EQ(source.Append(std::string(20000, '\n').c_str(), 1), VQ_OK) << "several items";
+      ASSERT_EQ(to.CreateItem("Empty", source, 0, VQITEMOPTION_APPEND, &copied), VQ_OK);
+      EXPECT_EQ(Plain(copied).size(), 20004U);
     } else {
       ASSERT_EQ(to.CreateItem("Appended", &copied), VQ_OK);
       ASSERT_EQ(copied.Append(source), VQ_OK);

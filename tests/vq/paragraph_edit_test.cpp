@@ -195,6 +195,47 @@ TEST_F(Paragraphs, StylesAreSharedFoundAndRedefined) {
   EXPECT_EQ(bare.SetParagraphStyle(Before(bare, "b"), style), VQERR_RT_NOT_MEMBER);
 }
 
+TEST_F(Paragraphs, NewTextsCanBeStyledAndFilled) {
+  const struct {
+    const char* What;
+    VQSTATUS (*First)(VQRichText&);
+    const char *Shape, *Styled;
+  } rows[] = {
+      {"nothing", [](VQRichText&) -> VQSTATUS { return VQ_OK; }, "", "D2R2[]"},
+      {"text", [](VQRichText& t) { return t.Append("a\nb"); }, "R1[a]PR1[b]", "D2R2[a]PR1[b]"},
+      {"text in place of other", [](VQRichText& t) { return t.Append("z") != VQ_OK ? 1 : t.SetValue("a"); }, "R2[a]",
+       "D3R3[a]"},
+      {"an object", [](VQRichText& t) { return t.Append(VQStylizedText("a")); }, "R1[a]", "D2R2[a]"},
+      {"a paragraph with its reference", [](VQRichText& t) { return t.Append(RichText(Reference(7) + Text("a"))); },
+       "R1[a]", "D2R2[a]"},
+      {"rich text at a cursor",
+       [](VQRichText& t) {
+         VQRTCursor cursor;
+         return t.GetCursor(&cursor) != VQ_OK ? 1 : t.Insert(RichText(kTwo), &cursor);
+       },
+       "D2R2[ab]PR2[cd]", "D2D3R3[ab]PR2[cd]"},
+      {"rich text without a reference",
+       [](VQRichText& t) {
+         VQRTCursor cursor;
+         return t.GetCursor(&cursor) != VQ_OK ? 1 : t.Insert(RichText(Text("a")), &cursor);
+       },
+       "R2[a]", "D3R3[a]"},
+  };
+  VQParagraphStyle style, found;
+  ASSERT_EQ(style.SetAlignment(2), VQ_OK);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text;
+    ASSERT_EQ(text.Create(), VQ_OK);
+    ASSERT_EQ(row.First(text), VQ_OK);
+    EXPECT_EQ(Shape(text), row.Shape);
+    ASSERT_EQ(text.SetParagraphStyle(At(text, 0), style), VQ_OK);
+    EXPECT_EQ(Shape(text), row.Styled);
+    ASSERT_EQ(text.FindParagraphStyle(At(text, 0), &found), VQ_OK);
+    EXPECT_TRUE(found == style);
+  }
+}
+
 TEST_F(Paragraphs, FacesFollowTheirRuns) {
   VQRichText source, target;
   ASSERT_EQ(source.Create(), VQ_OK);

@@ -48,6 +48,13 @@ VQSTATUS VQRichTextBody::CopyInto(VQSlateBody* slate, std::string_view name, uns
   return status == VQ_OK ? CopyBlocks(slate, name, flags, blocks, first) : status;
 }
 
+VQSTATUS VQRichTextBody::Join(VQItemBody* source) {
+  if (source->GetClassID() != VQCLASSID_VQRICHTEXTBODY) return VQERR_INCORRECT_ITEM_TYPE;
+  VQSTATUS status = Initialize();
+  if (status == VQ_OK) status = Top->Append(VQRichText(static_cast<VQRichTextBody*>(source)));
+  return status == VQ_OK ? Flush() : status;
+}
+
 VQSTATUS VQRichTextBody::CopyWithFonts(VQFontTable& table, VQRichTextBody* copy) {
   VQSTATUS status = Initialize();
   if (status == VQ_OK) status = copy->Initialize();

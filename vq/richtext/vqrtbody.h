@@ -50,6 +50,8 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   VQSTATUS Flush() override;
   // Into another slate the fonts go along: runs get the face numbers that the faces have there.
   VQSTATUS CopyInto(VQSlateBody* slate, std::string_view name, unsigned short flags, vq::ItemPlace* first) override;
+  // As Append of a rich text; the items are written.
+  VQSTATUS Join(VQItemBody* source) override;
 
   int IsInitialized() const { return InitState == kParsed; }
   // Parses if that has not been done. A failure leaves the body unparsed and the items alone.

@@ -125,6 +125,8 @@ class VQ_API VQItemBody : public VQBody {
   VQSTATUS PrepareForSave();
   // Adds the value to another slate as an item of that name, behind all items; *first tells where.
   virtual VQSTATUS CopyInto(VQSlateBody* slate, std::string_view name, unsigned short flags, vq::ItemPlace* first);
+  // Adds another item's content behind this one's; VQERR_ITEM_EXISTS where values of this kind can't be joined.
+  virtual VQSTATUS Join(VQItemBody* source);
   // Takes the item's new place in the open slate.
   VQSTATUS Rebind(const vq::ItemPlace& place);
   // The slate no longer has the item.

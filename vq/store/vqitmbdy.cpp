@@ -297,3 +297,5 @@ VQSTATUS VQItemBody::CopyInto(VQSlateBody* slate, std::string_view name, unsigne
   if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
   return slate->AppendItem(name, ValueType, value.Data(), ValueSize - kTypeWord, flags, first);
 }
+
+VQSTATUS VQItemBody::Join(VQItemBody*) { return VQERR_ITEM_EXISTS; }

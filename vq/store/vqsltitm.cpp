@@ -220,6 +220,14 @@ VQSTATUS VQSlateBody::CreateCopy(std::string_view name, VQItemBody* source, unsi
   bool join = false;
   status = ResolveOption(name, option, &present, &join);
   if (status != VQ_OK) return status;
+  if (join && present.front().Type == TYPE_COMPOSITE) {
+    VQItemBody* body = nullptr;
+    status = BodyFor(name, present.front(), &body);
+    if (status != VQ_OK) return status;
+    const VQItem hold(body);
+    status = body->Join(source);
+    return status == VQ_OK && place != nullptr ? PlaceOf(name, place) : status;
+  }
   if (join) {
     const VQItemLock value(source);
     if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
