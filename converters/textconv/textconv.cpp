@@ -1,9 +1,11 @@
 // The entry point: opens and replaces files around the two conversions.
 #include "converters/textconv/textconv.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -18,12 +20,16 @@ namespace {
 // A new file that is removed again unless it is kept.
 class NewFile {
  public:
-  explicit NewFile(std::string pattern) : Name(std::move(pattern)) {
-    int descriptor = mkstemp(Name.data());
-    if (descriptor < 0) return;
-    Stream.reset(fdopen(descriptor, "wb"));
-    if (!Stream) close(descriptor);
-    Made = true;
+  // Among others' files, for the owner alone.
+  explicit NewFile(std::string pattern) : Name(std::move(pattern)) { Take(mkstemp(Name.data())); }
+  // Beside the file that it is to replace, with the mode that the process gives its files.
+  explicit NewFile(const char* target) {
+    constexpr int kMostTries = 100;
+    for (int i = 0; i < kMostTries && !Made; ++i) {
+      Name = std::string(target) + "." + std::to_string(getpid()) + "-" + std::to_string(i);
+      Take(open(Name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+      if (!Made && errno != EEXIST) return;
+    }
   }
   ~NewFile() {
     if (Made) std::remove(Name.c_str());
@@ -37,6 +43,13 @@ class NewFile {
   void Keep() { Made = false; }
 
  private:
+  void Take(int descriptor) {
+    if (descriptor < 0) return;
+    Made = true;
+    Stream.reset(fdopen(descriptor, "wb"));
+    if (!Stream) close(descriptor);
+  }
+
   std::string Name;
   File Stream;
   bool Made = false;
@@ -60,21 +73,27 @@ ENGSTATUS Import(ENGCONVERTERBUFFER* buffer, const char* file, std::uint32_t opt
   return ENG_OK;
 }
 
-// What a file that fopen makes would have.
-void UseDefaultMode(std::FILE* file) {
-  mode_t mask = umask(0);
-  umask(mask);
-  fchmod(fileno(file), 0666 & ~mask);
+// Devices, pipes and links are written through: what they stand for is not to be replaced by a plain file.
+bool IsReplaceable(const char* file) {
+  struct stat state;
+  return lstat(file, &state) != 0 || S_ISREG(state.st_mode);
+}
+
+ENGSTATUS ExportThrough(std::FILE* composite, const char* file) {
+  File text(std::fopen(file, "wb"));
+  if (!text) return ENG_ERR_FILE_WRITE;
+  if (ENGSTATUS status = WriteText(composite, text.get())) return status;
+  return std::fclose(text.release()) == 0 ? ENG_OK : ENG_ERR_FILE_WRITE;
 }
 
 ENGSTATUS Export(const ENGCONVERTERBUFFER* buffer, const char* file) {
   File composite(std::fopen(buffer->FileName, "rb"));
   if (!composite) return ENG_ERR_FILE_OPEN;
-  NewFile text(std::string(file) + ".XXXXXX");
+  if (!IsReplaceable(file)) return ExportThrough(composite.get(), file);
+  NewFile text(file);
   if (!text.Get()) return ENG_ERR_FILE_WRITE;
   ENGSTATUS status = WriteText(composite.get(), text.Get());
   if (status != ENG_OK) return status;
-  UseDefaultMode(text.Get());
   if (!text.Finish() || std::rename(text.GetName().c_str(), file) != 0) return ENG_ERR_FILE_WRITE;
   text.Keep();
   return ENG_OK;

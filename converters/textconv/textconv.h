@@ -1,8 +1,9 @@
 // Plain text in and out of composite records.
 //
-// In: UTF-8 (a byte order mark is dropped, invalid bytes are kept), lines ended by LF, CR LF or CR. Lines that follow
-// one another are one paragraph with line breaks; an empty line stands for itself as an empty paragraph. Out: a line
-// feed for each paragraph record and line break, a tab behind each table cell, a line feed behind each row.
+// In: UTF-8 (a byte order mark is dropped, invalid bytes are kept, a NUL is a line break), lines ended by LF, CR LF or
+// CR. Lines that follow one another are one paragraph with line breaks; an empty line stands for itself as an empty
+// paragraph. Out: a line feed for each paragraph record and line break, a tab behind each table cell, a line feed
+// behind each row.
 #ifndef QUILLON_CONVERTERS_TEXTCONV_TEXTCONV_H
 #define QUILLON_CONVERTERS_TEXTCONV_TEXTCONV_H
 

@@ -123,6 +123,10 @@ TEST_F(Convert, RefusalsLeaveTextAndFilesAlone) {
   EXPECT_EQ(Read("out.txt"), "old");
   ASSERT_EQ(Export(text, File("out.txt")), VQ_OK);
   EXPECT_EQ(Read("out.txt"), "kept");
+  std::filesystem::create_symlink("out.txt", Home.Path("link.txt"));
+  ASSERT_EQ(text.Append(" more"), VQ_OK);
+  ASSERT_EQ(Export(text, File("link.txt")), VQ_OK);
+  EXPECT_EQ(Read("out.txt"), "kept more") << "links and devices are written through, never replaced";
 }
 
 }  // namespace
