@@ -3,6 +3,7 @@
 #include <random>
 
 #include "tests/vq/support/records.h"
+#include "vq/richtext/font.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/store/vqcreate.h"
 #include "vq/store/vqdbbody.h"
@@ -51,6 +52,15 @@ TEST_F(RichTextEdit, ChangesOnlyWhatItMust) {
     EXPECT_FALSE(text.IsDirty());
     EXPECT_TRUE(start.IsValid());
   }
+}
+
+TEST_F(RichTextEdit, TakesEffectsOffARange) {
+  const std::string extension = Record(SIG_CD_TEXT_STYLE_EXT, Bytes({1, 0x80, 0, 10}));
+  VQRichText text = RichText(Text("a") + extension + Text("b") + extension + Text("cd") + Text("e"));
+  VQFontStyle plain;
+  ASSERT_EQ(plain.SetDefaults(), VQ_OK);
+  ASSERT_EQ(text.SetFontStyle(At(text, 0), At(text, 3), plain), VQ_OK);
+  EXPECT_EQ(Written(text), Text("a") + Text("b") + Text("c") + extension + Text("d") + Text("e"));
 }
 
 TEST_F(RichTextEdit, MovesCharactersWithTheText) {

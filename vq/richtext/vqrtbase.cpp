@@ -133,8 +133,10 @@ VQSTATUS VQRTBaseContainerBody::SetFontStyle(const VQRTCursor& start, const VQRT
   if (start > end) return VQERR_INVALID_PARAMETER;
   const vq::TextPlace from(start), to(end);
   for (VQRTObjectBody *object = from.Node, *next; object; object = next) {
-    next = NextInTree(object);  // the run may be split: the pieces are its own work
+    next = NextInTree(object);
     if (object->GetType() != VQRTTYPE_STYLIZED_TEXT) continue;
+    // The run may be split, and may lose its style extension: both are its own work.
+    if (VQRTObjectBody* extension = object->AsBase()->GetLastChild()) next = NextInTree(extension);
     if (object != from.Node && object->IsLeftOf(from.Node)) continue;
     if (object != to.Node && to.Node->IsLeftOf(object)) break;
     const VQSTATUS status = object->SetFontStyle(start, end, style, mask);

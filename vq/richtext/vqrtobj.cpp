@@ -10,7 +10,10 @@ VQRTObject::VQRTObject(const VQRTObject& other) : VQSmartPtr() { Attach(other.Ge
 
 VQRTObject::VQRTObject(VQRTObjectBody* body) : VQSmartPtr(body) {}
 
-VQRTObject::VQRTObject(VQStylizedTextBody* body, unsigned long offset) : VQSmartPtr() { Attach(body, offset); }
+VQRTObject::VQRTObject(VQStylizedTextBody* body, unsigned long offset) : VQSmartPtr() {
+  if (!body && offset != 0) vq::Throw(VQERR_INVALID_PARAMETER);
+  Attach(body, offset);
+}
 
 VQRTObject::~VQRTObject() {
   if (Offset != 0) static_cast<VQStylizedTextBody*>(Body)->RemoveRTChar(this);
