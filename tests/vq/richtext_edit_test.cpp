@@ -376,6 +376,30 @@ TEST_F(RichTextEdit, UpdatesOnlyTheItemsThatChanged) {
   EXPECT_LT(before.size(), 2 * text.GetSize() / 40960 + 2) << "small items are left over";
 }
 
+TEST_F(RichTextEdit, EndsWithTheItemThatItStoodIn) {
+  const std::string records = Text("old") + Unknown("u");
+  VQDatabase database;
+  ASSERT_EQ(Session->CreateDatabase("replaced", &database, VQCreateDatabaseOptions()), VQ_OK);
+  VQDocument document;
+  ASSERT_EQ(database.CreateDocument(&document), VQ_OK);
+  ASSERT_EQ(document.CreateItem("Body", TYPE_COMPOSITE, records.data(), records.size()), VQ_OK);
+  VQRichText old, replaced;
+  ASSERT_EQ(document.GetItem("Body", &old), VQ_OK);
+  const VQRTCursor cursor = At(old, 1);
+  VQRTContainer top;
+  ASSERT_EQ(old.GetTopContainer(&top), VQ_OK);
+  VQRichText other = RichText(Text("new"));
+  VQRTObject run;
+  ASSERT_EQ(other.FindFirst(VQRTTYPE_STYLIZED_TEXT, &run), VQ_OK);
+  EXPECT_EQ(run.InsertNextSibling(&top), VQERR_CANT_INSERT_TYPE);
+  ASSERT_EQ(document.CreateItem("Body", other, 0, VQITEMOPTION_REPLACE, &replaced), VQ_OK);
+  EXPECT_EQ(Plain(replaced), "new");
+  EXPECT_FALSE(cursor.IsValid());
+  VQString text;
+  EXPECT_EQ(old.GetText(&text), VQERR_ITEM_UNINITIALIZED);
+  EXPECT_EQ(replaced.Append(old), VQERR_ITEM_UNINITIALIZED);
+}
+
 // The same face has another number in the other document.
 TEST_F(RichTextEdit, TakesItsFontsToAnotherDocument) {
   VQDatabase database;

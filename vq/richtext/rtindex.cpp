@@ -15,6 +15,7 @@ constexpr unsigned long kWideGap = 100000;
 VQSTATUS VQRTBaseContainerBody::Link(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next,
                                      bool countBack) {
   if (child->Parent) return VQERR_RT_ALREADY_MEMBER;
+  if (child->Type == VQRTTYPE_RICH_TEXT) return VQERR_CANT_INSERT_TYPE;  // it is its rich text's own
   VQRTBaseContainerBody* top = this;
   while (top->Parent) top = top->Parent;
   if (top == child) return VQERR_INVALID_PARAMETER;

@@ -118,7 +118,7 @@ VQSTATUS VQRTContainerBody::GetRichText(const VQRTCursor& start, const VQRTCurso
   if (VQSTATUS status = MakeRichText(*this, &made)) return status;
   VQRTContainerBody& copy = *made.GetRichTextBody()->GetTop();
   if (start != end) {
-    VQRTContainerBody* container = static_cast<VQRTContainerBody*>(selection.Container.GetRTObjectBody());
+    VQRTBaseContainerBody* container = selection.Container.GetRTBaseContainerBody();
     VQRTBaseContainerBody* source = container ? container : this;
     if (VQSTATUS status = copy.CopyChildren(start, end, source, nullptr)) return status;
   }

@@ -137,6 +137,11 @@ VQSTATUS VQRichTextBody::Rebound() {
   return VQCompositeItemBody::Rebound();
 }
 
+void VQRichTextBody::MarkDeleted() {
+  VQCompositeItemBody::MarkDeleted();
+  DropTree();
+}
+
 VQSTATUS VQRichTextBody::AddBlockID(const BLOCKID& item, const BLOCKID& value, unsigned long size) {
   const VQSTATUS status = VQCompositeItemBody::AddBlockID(item, value, size);
   if (status == VQ_OK) MoveBlock(GetExtraPlaces().size(), value, static_cast<std::uint32_t>(size));

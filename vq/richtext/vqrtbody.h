@@ -43,6 +43,8 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   VQSTATUS Clear() override;
   int IsDirty() override;
   VQSTATUS Rebound() override;
+  // The tree goes with the values that it looks into.
+  void MarkDeleted() override;
   VQSTATUS AddBlockID(const BLOCKID& item, const BLOCKID& value, unsigned long size) override;
   // Writes a dirty tree into the items; those whose records are as they were read stay untouched. On failure the tree
   // stays dirty and the items are what they were; so it is with a tree that could not be read again, which gives

@@ -130,7 +130,7 @@ class VQ_API VQItemBody : public VQBody {
   // Takes the item's new place in the open slate.
   VQSTATUS Rebind(const vq::ItemPlace& place);
   // The slate no longer has the item.
-  void MarkDeleted();
+  virtual void MarkDeleted();
   // VQERR_ITEM_UNINITIALIZED unless there is a value: for an item in a slate, one whose slate is open.
   [[nodiscard]] VQSTATUS CheckValue() const;
 
