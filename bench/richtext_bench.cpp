@@ -241,6 +241,26 @@ void UpdateOneWord(benchmark::State& state, const char* to) {
   }
 }
 
+// The same with the store's part: update and durable save.
+void SaveOneWord(benchmark::State& state) {
+  VQDocument document = Shared::Get().Open(kLarge);
+  VQRichText body;
+  document.GetItem("Body", &body);
+  VQRTCursor cursor;
+  body.GetCursor(&cursor);
+  const char* from = kWord;
+  const char* to = kOther;
+  for (auto _ : state) {
+    state.PauseTiming();
+    Replace(body, &cursor, from, to);
+    std::swap(from, to);
+    state.ResumeTiming();
+    document.Save();
+  }
+  if (from != kWord) Replace(body, &cursor, from, kWord);  // other rows look for it
+  document.Save();
+}
+
 // The edits alone, in bodies of three sizes; the tree is parsed before.
 void InsertAndDeleteWord(benchmark::State& state) {
   VQDocument document = Shared::Get().Open(static_cast<std::size_t>(state.range(0)));
@@ -285,6 +305,7 @@ BENCHMARK(UpdateUntouched)->Unit(benchmark::kMicrosecond);
 BENCHMARK(SaveUntouched)->Unit(benchmark::kMicrosecond)->Iterations(20)->UseRealTime();
 BENCHMARK_CAPTURE(UpdateOneWord, SameLength, kOther)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(UpdateOneWord, OtherLength, kLonger)->Unit(benchmark::kMicrosecond);
+BENCHMARK(SaveOneWord)->Unit(benchmark::kMicrosecond)->UseRealTime();
 BENCHMARK(InsertAndDeleteWord)->Arg(100000)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kNanosecond);
 BENCHMARK(FindWordMemmem)->Unit(benchmark::kMicrosecond);
 BENCHMARK(FindWordByCursor)->Unit(benchmark::kMicrosecond);
