@@ -1,8 +1,11 @@
 #include "qcore/handles/handles.h"
 
+#include "qcore/handles/sole_thread.h"
+
 namespace qcore {
 
 constinit HandleTable handle_table;
+alignas(64) unsigned char handle_slots[HandleTable::kSlots * sizeof(HandleTable::Slot)];
 
 namespace {
 
@@ -26,7 +29,6 @@ bool HandleTable::TakeSlot(std::uint32_t* index) {
     return true;
   }
   if (used_ == kSlots) return false;
-  if (used_ % kChunkSlots == 0) chunks_[used_ / kChunkSlots].store(new Slot[kChunkSlots], std::memory_order_release);
   *index = used_++;
   return true;
 }
@@ -46,7 +48,7 @@ void HandleTable::ReleaseSlot(std::uint32_t index) {
 
 ENGHANDLE HandleTable::Insert(Kind kind, void* object, std::uint32_t size) {
   if (current_thread_number == 0) current_thread_number = NewThreadNumber();
-  std::lock_guard lock(mutex_);
+  const std::unique_lock lock = LockIfThreaded(mutex_);
   std::uint32_t index = 0;
   if (!TakeSlot(&index)) return 0;
   Slot* slot = SlotAt(index);
@@ -62,7 +64,7 @@ ENGHANDLE HandleTable::Insert(Kind kind, void* object, std::uint32_t size) {
 }
 
 void* HandleTable::Remove(Kind kind, ENGHANDLE handle) {
-  std::lock_guard lock(mutex_);
+  const std::unique_lock lock = LockIfThreaded(mutex_);
   Slot* slot = FindSlot(kind, handle);
   if (!slot) return nullptr;
   void* object = slot->object.load(std::memory_order_relaxed);
@@ -73,7 +75,7 @@ void* HandleTable::Remove(Kind kind, ENGHANDLE handle) {
 }
 
 std::vector<ENGHANDLE> HandleTable::All(Kind kind) const {
-  std::lock_guard lock(mutex_);
+  const std::unique_lock lock = LockIfThreaded(mutex_);
   std::vector<ENGHANDLE> result;
   for (std::uint32_t i = 0; i < used_; ++i) {
     const ENGHANDLE handle = SlotAt(i)->handle.load(std::memory_order_relaxed);
@@ -83,7 +85,7 @@ std::vector<ENGHANDLE> HandleTable::All(Kind kind) const {
 }
 
 std::uint32_t HandleTable::Live() const {
-  std::lock_guard lock(mutex_);
+  const std::unique_lock lock = LockIfThreaded(mutex_);
   return used_ - free_;
 }
 

@@ -1,8 +1,8 @@
 // The process's table of engine handles.
 //
 // A handle is 32 bits: 4 of kind, 7 of generation, 21 of slot. A slot holds its present handle as a whole, so one
-// comparison tells a stale or foreign handle. Look-up takes no lock: slots live in chunks that stay for the life of the
-// process, and a freed slot is used again only behind kReuseDelay others, which keeps old handles stale for long.
+// comparison tells a stale or foreign handle. Look-up takes no lock: the slots stay for the life of the process, and a
+// freed slot is used again only behind kReuseDelay others, which keeps old handles stale for long.
 //
 //   31    28 27         21 20                      0
 //   | kind  | generation  | slot                   |
@@ -12,7 +12,6 @@
 #ifndef QUILLON_QCORE_HANDLES_HANDLES_H
 #define QUILLON_QCORE_HANDLES_HANDLES_H
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <mutex>
@@ -101,12 +100,9 @@ class HandleTable {
   }
 
   Slot* FindSlot(Kind kind, ENGHANDLE handle) const { return KindOf(handle) == kind ? FindSlot(handle) : nullptr; }
-  // Of whatever kind the handle says.
+  // Of whatever kind the handle says, which is one at least: a free slot would be found for handle 0.
   Slot* FindSlot(ENGHANDLE handle) const {
-    const std::uint32_t index = handle & (kSlots - 1);
-    Slot* chunk = chunks_[index / kChunkSlots].load(std::memory_order_acquire);
-    if (!chunk || handle == 0) return nullptr;
-    Slot* slot = chunk + index % kChunkSlots;
+    Slot* slot = SlotAt(handle & (kSlots - 1));
     return slot->handle.load(std::memory_order_acquire) == handle ? slot : nullptr;
   }
 
@@ -116,15 +112,10 @@ class HandleTable {
   std::uint32_t Live() const;
 
  private:
-  static constexpr std::uint32_t kChunkSlots = 4096;
-
-  Slot* SlotAt(std::uint32_t index) const {
-    return chunks_[index / kChunkSlots].load(std::memory_order_acquire) + index % kChunkSlots;
-  }
+  static Slot* SlotAt(std::uint32_t index);
   bool TakeSlot(std::uint32_t* index);
   void ReleaseSlot(std::uint32_t index);
 
-  std::array<std::atomic<Slot*>, kSlots / kChunkSlots> chunks_{};
   mutable std::mutex mutex_;
   std::uint32_t used_ = 0;  // slots ever handed out
   std::uint32_t free_ = 0;  // of them, waiting in the queue
@@ -133,6 +124,13 @@ class HandleTable {
 };
 
 extern HandleTable handle_table;
+
+// All slots, as one stretch of zero bytes: pages come into being as slots are used, and look-up needs no pointer.
+extern unsigned char handle_slots[HandleTable::kSlots * sizeof(HandleTable::Slot)];
+
+inline HandleTable::Slot* HandleTable::SlotAt(std::uint32_t index) {
+  return reinterpret_cast<Slot*>(handle_slots) + index;
+}
 
 }  // namespace qcore
 

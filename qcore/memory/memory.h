@@ -31,8 +31,15 @@ struct Statistics {
 };
 Statistics Live();
 
+// Whether the kind, which no handle has as 0, is kMemory up to kLastMemory: one comparison.
+inline bool IsMemoryKind(ENGHANDLE handle) {
+  constexpr std::uint32_t kFirst = static_cast<std::uint32_t>(Kind::kMemory) << HandleTable::kKindShift;
+  constexpr std::uint32_t kEnd = (static_cast<std::uint32_t>(Kind::kLastMemory) + 1) << HandleTable::kKindShift;
+  return handle - kFirst < kEnd - kFirst;
+}
+
 inline HandleTable::Slot* FindBlock(ENGHANDLE handle) {
-  return HandleTable::KindOf(handle) <= Kind::kLastMemory ? handle_table.FindSlot(handle) : nullptr;
+  return IsMemoryKind(handle) ? handle_table.FindSlot(handle) : nullptr;
 }
 
 inline void* Lock(ENGHANDLE handle) {
