@@ -1,5 +1,7 @@
 // The tracked heap: every body and plain object made with `new`, in one list, so that the last session's end finds what
 // clients forgot.
+#include <sys/single_threaded.h>
+
 #include <cstdint>
 #include <limits>
 #include <mutex>
@@ -30,6 +32,12 @@ struct TrackedHeap {
 };
 constinit TrackedHeap gHeap;
 
+// A process with a single thread does without: no other can come up while this one is in here.
+std::unique_lock<std::mutex> LockHeap() {
+  if (__libc_single_threaded) return std::unique_lock(gHeap.Lock, std::defer_lock);
+  return std::unique_lock(gHeap.Lock);
+}
+
 VQQuillonClass* ObjectBehind(BlockHeader* header) { return reinterpret_cast<VQQuillonClass*>(header + 1); }
 BlockHeader* HeaderOf(void* object) { return static_cast<BlockHeader*>(object) - 1; }
 
@@ -39,7 +47,7 @@ __attribute__((no_sanitize("address", "undefined"), noinline)) bool HasMarker(co
 }
 
 void Link(BlockHeader* header) {
-  const std::lock_guard<std::mutex> guard(gHeap.Lock);
+  const std::unique_lock guard = LockHeap();
   ++gHeap.Count;
   header->Previous = nullptr;
   header->Next = gHeap.Head;
@@ -65,7 +73,7 @@ void Unlink(BlockHeader* header) {
 }
 
 BlockHeader* ReadHead() {
-  const std::lock_guard<std::mutex> guard(gHeap.Lock);
+  const std::unique_lock guard = LockHeap();
   return gHeap.Head;
 }
 
@@ -75,7 +83,7 @@ void CloseOrDestroy(BlockHeader* header) {
   if (body == nullptr || body->GetRefCount() == 0) {
     delete object;
   } else if (!body->ForceClose()) {
-    const std::lock_guard<std::mutex> guard(gHeap.Lock);
+    const std::unique_lock guard = LockHeap();
     Unlink(header);
   }
 }
@@ -102,7 +110,7 @@ void VQDelete(void* object) {
   if (!HasMarker(object)) vq::Throw(VQERR_NOT_ALLOCATED_BY_VQNEW);
   BlockHeader* header = HeaderOf(object);
   {
-    const std::lock_guard<std::mutex> guard(gHeap.Lock);
+    const std::unique_lock guard = LockHeap();
     Unlink(header);
     --gHeap.Count;
   }
@@ -132,7 +140,7 @@ unsigned long VQDeleteAllObjects() {
 }
 
 unsigned long CountTrackedObjects() {
-  const std::lock_guard<std::mutex> guard(gHeap.Lock);
+  const std::unique_lock guard = LockHeap();
   return gHeap.Count;
 }
 
