@@ -13,6 +13,7 @@ namespace {
 
 constexpr char kFile[] = "VQTEXT";
 constexpr unsigned long kTypeWord = 2;
+constexpr unsigned long kLargestList = 65535;  // with the type word
 
 const void* CheckedValue(unsigned short type, const void* value, unsigned long length) {
   VQ_ASSERT_TEXT(type == TYPE_TEXT || type == TYPE_TEXT_LIST, "vaulttype == TYPE_TEXT || vaulttype == TYPE_TEXT_LIST",
@@ -59,54 +60,39 @@ VQSTATUS CountIn(const VQItemLock& value, unsigned long size, unsigned long* cou
   return 2 * kTypeWord + 2 * *count > size ? vq::FromEngine(ENG_ERR_LIST_DAMAGED) : VQ_OK;
 }
 
-// A text list on its way through the engine's list operations, in a block of its own.
-class ListBlock {
- public:
-  ListBlock() = default;
-  ~ListBlock() {
-    if (Handle != 0) EngMemFree(Handle);
-  }
-  ListBlock(const ListBlock&) = delete;
-  ListBlock& operator=(const ListBlock&) = delete;
+using Entry = std::span<const VQCHAR>;
 
-  [[nodiscard]] VQSTATUS Load(VQTextBody* body) {
-    const VQItemLock value(body);
-    if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
-    const unsigned long size = body->GetValueSize();
-    if (body->GetType() == TYPE_TEXT_LIST && size > kTypeWord) return CopyList(value.Value(), size);
-    if (const VQSTATUS status = vq::FromEngine(EngTextListCreate(0, 1, &Handle, nullptr, &Size))) return status;
-    if (size == kTypeWord) return VQ_OK;
-    return Add(0, value.Data(), size - kTypeWord);
-  }
-  [[nodiscard]] VQSTATUS Store(VQTextBody* body) {
-    const auto* bytes = static_cast<const unsigned char*>(EngMemLock(Handle));
-    if (bytes == nullptr) return VQERR_CORRUPTED;
-    const VQSTATUS status = body->ReplaceValue(TYPE_TEXT_LIST, bytes + kTypeWord, Size - kTypeWord);
-    EngMemUnlock(Handle);
-    return status;
-  }
-  [[nodiscard]] VQSTATUS Add(unsigned long index, const VQCHAR* text, unsigned long bytes) {
-    return vq::FromEngine(EngTextListAddEntry(Handle, 1, &Size, static_cast<std::uint16_t>(index), text,
-                                              static_cast<std::uint16_t>(bytes)));
-  }
-  [[nodiscard]] VQSTATUS Remove(unsigned long index) {
-    return vq::FromEngine(EngTextListRemoveEntry(Handle, 1, &Size, static_cast<std::uint16_t>(index)));
-  }
-
- private:
-  [[nodiscard]] VQSTATUS CopyList(const unsigned char* value, unsigned long size) {
-    const auto bytes = static_cast<std::uint16_t>(size);
-    if (const VQSTATUS status = vq::FromEngine(EngTextListVerify(value, 1, bytes))) return status;
-    if (const VQSTATUS status = vq::FromEngine(EngMemAlloc(0, bytes, &Handle))) return status;
-    std::memcpy(EngMemLock(Handle), value, size);
-    EngMemUnlock(Handle);
-    Size = bytes;
+// The entries of a value where they lie, good as long as it is locked.
+VQSTATUS FindEntries(const VQItemLock& value, unsigned short type, unsigned long size, std::vector<Entry>* entries) {
+  if (size == kTypeWord) return VQ_OK;
+  if (type != TYPE_TEXT_LIST) {
+    entries->emplace_back(value.Data(), size - kTypeWord);
     return VQ_OK;
   }
+  const ENGSTATUS result = EngTextListVerify(value.Value(), 1, static_cast<std::uint32_t>(size));
+  if (result != ENG_OK) return vq::FromEngine(result);
+  const unsigned long count = EngTextListCount(value.Value(), 1);
+  const VQCHAR* lengths = value.Data() + kTypeWord;
+  const VQCHAR* at = lengths + 2 * count;
+  entries->reserve(count + 1);
+  for (unsigned long i = 0; i < count; ++i) {
+    entries->emplace_back(at, lengths[2 * i] | lengths[2 * i + 1] << 8);
+    at += entries->back().size();
+  }
+  return VQ_OK;
+}
 
-  ENGHANDLE Handle = 0;
-  std::uint16_t Size = 0;
-};
+// The stored list behind its type word.
+VQSTATUS WriteList(std::span<const Entry> entries, std::vector<VQCHAR>* bytes) {
+  unsigned long size = 2 * kTypeWord + 2 * entries.size();
+  for (const Entry& entry : entries) size += entry.size();
+  if (size > kLargestList) return vq::FromEngine(ENG_ERR_LIST_FULL);
+  bytes->reserve(size);
+  AppendWord(bytes, entries.size());
+  for (const Entry& entry : entries) AppendWord(bytes, entry.size());
+  for (const Entry& entry : entries) bytes->insert(bytes->end(), entry.begin(), entry.end());
+  return VQ_OK;
+}
 
 }  // namespace
 
@@ -206,11 +192,25 @@ VQSTATUS VQTextBody::InsertEntry(unsigned long index, const VQString& text) {
   unsigned long entries = 0;
   if (const VQSTATUS status = vq::CountEntries(this, &entries)) return status;
   if (index > entries) return VQERR_OUT_OF_RANGE;
-  ListBlock list;
-  if (const VQSTATUS status = list.Load(this)) return status;
+  return PutEntry(index, 0, text);
+}
+
+// The list is made aside, so that a text that does not fit leaves the value as it was.
+VQSTATUS VQTextBody::PutEntry(unsigned long index, unsigned long replaced, const VQString& text) {
   const StoredText bytes(text);
-  if (const VQSTATUS status = list.Add(index, bytes.data(), bytes.size())) return status;
-  return list.Store(this);
+  std::vector<VQCHAR> list;
+  {
+    const VQItemLock value(this);
+    if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
+    std::vector<Entry> entries;
+    if (const VQSTATUS status = FindEntries(value, GetType(), GetValueSize(), &entries)) return status;
+    if (index + replaced > entries.size()) return vq::FromEngine(ENG_ERR_LIST_INDEX);
+    const auto at = entries.begin() + static_cast<std::ptrdiff_t>(index);
+    if (replaced != 0) entries.erase(at, at + static_cast<std::ptrdiff_t>(replaced));
+    entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(index), Entry(bytes.data(), bytes.size()));
+    if (const VQSTATUS status = WriteList(entries, &list)) return status;
+  }
+  return ReplaceValue(TYPE_TEXT_LIST, list.data(), list.size());
 }
 
 VQSTATUS VQTextBody::InsertEntries(unsigned long index, VQTextBody& source) {
@@ -237,17 +237,11 @@ VQSTATUS VQTextBody::DeleteEntries(unsigned long index, unsigned long count) {
   return SetEntries(entries);
 }
 
-// The list is edited aside, so that a text that does not fit leaves the value as it was.
 VQSTATUS VQTextBody::ReplaceEntry(unsigned long index, const VQString& text) {
   if (const VQSTATUS status = CheckEditable()) return status;
   unsigned long entries = 0;
   if (const VQSTATUS status = vq::CountEntries(this, &entries)) return status;
   if (index != 0 && index >= entries) return VQERR_OUT_OF_RANGE;
   if (GetType() == TYPE_TEXT || entries == 0) return SetText(text);
-  ListBlock list;
-  if (const VQSTATUS status = list.Load(this)) return status;
-  if (const VQSTATUS status = list.Remove(index)) return status;
-  const StoredText bytes(text);
-  if (const VQSTATUS status = list.Add(index, bytes.data(), bytes.size())) return status;
-  return list.Store(this);
+  return PutEntry(index, 1, text);
 }

@@ -34,6 +34,10 @@ class VQ_API VQTextBody : public VQItemBody {
   [[nodiscard]] VQSTATUS DeleteEntries(unsigned long index, unsigned long count);
   [[nodiscard]] VQSTATUS ReplaceEntry(unsigned long index, const VQString& text);
   [[nodiscard]] VQSTATUS CheckEditable() const;
+
+ private:
+  // `text` in place of `replaced` entries from `index` on.
+  [[nodiscard]] VQSTATUS PutEntry(unsigned long index, unsigned long replaced, const VQString& text);
 };
 
 class VQ_API VQText : public VQItem {
