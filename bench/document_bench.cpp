@@ -403,13 +403,14 @@ void SaveOneItemSqlite(benchmark::State& state) {
   sqlite3_finalize(update);
 }
 
+// A new file each time, also in a repetition.
 void ImportQuillon(benchmark::State& state) {
-  int number = 0;
+  static int number = 0;
   for (auto _ : state) ImportStore(Numbered("import", ++number).c_str());
 }
 
 void ImportSqlite(benchmark::State& state) {
-  int number = 0;
+  static int number = 0;
   for (auto _ : state) {
     Sqlite peer(Home::Get().Path(Numbered("peer", ++number)));
     FillPeer(peer);
