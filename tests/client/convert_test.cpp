@@ -1,4 +1,5 @@
 // Import and export through the text converter, as a client sees them.
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -16,6 +17,8 @@ class Convert : public HomeFixture {
                   "\n"
                   "EDITIMP1=Other,0,missing,,.XYZ\n"
                   "EDITIMP2=Text,0,textconv,,TXT, .md\n"
+                  "EDITIMP3=Bad,0," MISBEHAVING_CONVERTER
+                  ",,.BAD\n"
                   "EDITEXP1=Text,0,textconv,,.TXT\n");
     ASSERT_EQ(Session.Init(), VQ_OK);
   }
@@ -53,6 +56,37 @@ class Convert : public HomeFixture {
 
   VQQuillonSession Session;
 };
+
+TEST_F(Convert, ConvertersThatBreakTheContractChangeNothing) {
+  const struct {
+    const char* file;
+    VQSTATUS status;
+  } rows[] = {
+      {"refuses.bad", 777},
+      {"nothing.bad", VQERR_FILE_OPEN},
+      {"source.bad", VQERR_FILE_OPEN},
+      {"garbage.bad", VQERR_RT_INVALID},
+      {"cut.bad", VQERR_RT_INVALID},
+      {"empty.bad", VQERR_CORRUPTED},
+  };
+  const auto folder = std::filesystem::current_path();
+  std::filesystem::current_path(Home.Path("."));
+  Write("DEFAULT.CD", "somebody's own");
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.file);
+    Write(row.file, "source");
+    VQRichText text;
+    ASSERT_EQ(text.Create(), VQ_OK);
+    ASSERT_EQ(text.Append("before"), VQ_OK);
+    const unsigned long size = text.GetSize();
+    EXPECT_EQ(Import(text, File(row.file)), row.status);
+    EXPECT_EQ(text.GetSize(), size);
+    EXPECT_EQ(Read(row.file), "source");
+    EXPECT_FALSE(std::filesystem::exists(Home.Path(std::string(row.file) + ".cd")));
+  }
+  EXPECT_EQ(Read("DEFAULT.CD"), "somebody's own");
+  std::filesystem::current_path(folder);
+}
 
 TEST_F(Convert, TextComesBackAsItWas) {
   const std::string longLine(50000, 'x'), accents = [] {

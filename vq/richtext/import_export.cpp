@@ -157,6 +157,10 @@ VQSTATUS ImportWith(const Converter& converter, const std::string& filename, uns
   LoadedConverter library(converter.Library);
   if (VQSTATUS status = library.Run(&buffer, ENG_CONVERT_IMPORT, filename, options)) return status;
   buffer.FileName[sizeof buffer.FileName - 1] = '\0';
+  // A name that the converter did not make is somebody's file, which the end of the import would remove.
+  if (filename == buffer.FileName || std::strcmp(buffer.FileName, ENG_CONVERTER_DEFAULT_FILE) == 0) {
+    return VQERR_FILE_OPEN;
+  }
   TemporaryFile temporary(buffer.FileName);
   ENGHANDLE block = 0;
   std::uint32_t size = 0;
