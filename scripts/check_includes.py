@@ -37,9 +37,9 @@ QCORE_ORDER = ["handles", "memory", "settings", "records", "text", "time", "stor
 # Headers in angle brackets that are not the standard library's.
 THIRD_PARTY = {
     "engine": r"$^",
-    "vq": r"unistd\.h$",  # temporary files of import and export
+    "vq": r"(unistd|sys/single_threaded)\.h$",  # temporary files of import and export; locks left out
     "qcore": r"(sqlite3\.h|unicode/.*|sys/.*|unistd\.h|fcntl\.h|dlfcn\.h|pwd\.h|signal\.h|dirent\.h)$",
-    "converters": r"(sys/.*|unistd\.h)$",
+    "converters": r"(sys/.*|unistd\.h|fcntl\.h)$",
     "examples": r"$^",
     "tools": r"(CLI/.*|sys/.*|unistd\.h)$",
 }
