@@ -1,5 +1,7 @@
 #include "qcore/slates/remove.h"
 
+#include <set>
+
 #include "engine/slate.h"
 #include "qcore/idtables/idtable.h"
 #include "qcore/slates/packed.h"
@@ -10,24 +12,52 @@ namespace qcore {
 
 namespace {
 
-// Frees what the row holds aside. A packed value that cannot be read any more keeps nothing from being deleted.
-ENGSTATUS FreeValues(Store& store, std::uint32_t id) {
-  std::vector<Store::ValueId> values;
-  ENGSTATUS status = store.ReadSlate(id, [&values](const SlateHeader& header, Bytes packed) -> ENGSTATUS {
+bool IsDamage(ENGSTATUS status) { return status == ENG_ERR_DB_DAMAGED || status == ENG_ERR_ITEM_DAMAGED; }
+
+// Adds the values that the row holds aside.
+ENGSTATUS ListValues(Store& store, std::uint32_t id, std::set<Store::ValueId>* values) {
+  return store.ReadSlate(id, [values](const SlateHeader& header, Bytes packed) {
     PackedReader reader;
     ENGSTATUS read = reader.Start(packed, header.id);
     for (std::uint32_t i = 0; read == ENG_OK && i < reader.count(); ++i) {
       PackedItem item;
       read = reader.Next(&item);
-      if (read == ENG_OK && item.aside != 0) values.push_back(item.aside);
+      if (read == ENG_OK && item.aside != 0) values->insert(item.aside);
     }
-    return ENG_OK;
+    return read;
   });
-  for (std::size_t i = 0; status == ENG_OK && i < values.size(); ++i) status = store.FreeValue(values[i]);
+}
+
+ENGSTATUS FreeObjects(Store& store, std::uint32_t id) {
   std::vector<std::uint32_t> objects;
-  if (status == ENG_OK) status = store.FindObjects(id, &objects);
+  ENGSTATUS status = store.FindObjects(id, &objects);
   for (std::size_t i = 0; status == ENG_OK && i < objects.size(); ++i) status = store.FreeObject(objects[i]);
   return status;
+}
+
+// What a row that is gone held aside can be told only by what all others hold. One of them that cannot be read may hold
+// any, so that the last damaged slate to go takes the values of all.
+ENGSTATUS FreeUnowned(Store& store) {
+  std::string fault;
+  std::vector<FeedEntry> entries;
+  ENGSTATUS status = store.Check(&fault);  // a damaged index could hide an owner
+  if (status == ENG_OK) {
+    status = store.ReadFeed(nullptr, [&entries](const FeedEntry& entry) { entries.push_back(entry); });
+  }
+  std::set<Store::ValueId> known;
+  for (std::size_t i = 0; status == ENG_OK && i < entries.size(); ++i) {
+    if (!entries[i].deleted) status = ListValues(store, entries[i].id, &known);
+  }
+  if (IsDamage(status)) return ENG_OK;
+  return status == ENG_OK ? store.FreeUnowned(known) : status;
+}
+
+// A header that cannot be trusted names no slate that others could be told of, so that nothing is left of it.
+ENGSTATUS DeleteDamaged(Store& store, const SlateHeader& header, bool leave_nothing) {
+  ENGSTATUS status = FreeObjects(store, header.id);
+  SlateHeader left = header;
+  if (status == ENG_OK) status = leave_nothing ? store.RemoveSlate(header) : store.MakeDeletionStub(&left);
+  return status == ENG_OK ? FreeUnowned(store) : status;
 }
 
 ENGSTATUS DeleteLocked(Database& database, std::uint32_t id, std::uint16_t flags) {
@@ -35,15 +65,22 @@ ENGSTATUS DeleteLocked(Database& database, std::uint32_t id, std::uint16_t flags
   const bool leave_nothing = (flags & ENG_UPDATE_NO_STUB) != 0;
   SlateHeader header;
   ENGSTATUS status = store.ReadHeader(id, &header);
+  header.id = id;
+  if (IsDamage(status)) return DeleteDamaged(store, header, true);
   if (status != ENG_OK) return status;
   if (header.deleted) return leave_nothing ? store.RemoveSlate(header) : ENGSTATUS{ENG_ERR_SLATE_DELETED};
-  status = FreeValues(store, id);
-  if (status != ENG_OK) return status;
-  if (leave_nothing) return store.RemoveSlate(header);
+  std::set<Store::ValueId> values;
+  status = ListValues(store, id, &values);
   ++header.origin.Sequence;
   header.origin.SequenceTime = Now();
   header.modified = header.origin.SequenceTime;
-  return store.MakeDeletionStub(&header);
+  if (IsDamage(status)) return DeleteDamaged(store, header, leave_nothing);
+  for (auto value = values.begin(); status == ENG_OK && value != values.end(); ++value) {
+    status = store.FreeValue(*value);
+  }
+  if (status == ENG_OK) status = FreeObjects(store, id);
+  if (status != ENG_OK) return status;
+  return leave_nothing ? store.RemoveSlate(header) : store.MakeDeletionStub(&header);
 }
 
 }  // namespace

@@ -218,11 +218,12 @@ ENGSTATUS Slate::MakeNew() {
 
 ENGSTATUS Slate::GetParent(std::uint32_t* id) {
   *id = 0;
-  const std::optional<UNIVERSALSLATEID> parent = Reference();
-  if (!parent) return ENG_OK;
   const std::lock_guard lock(database_->mutex());
+  std::optional<UNIVERSALSLATEID> parent;
+  ENGSTATUS status = Reference(&parent);
+  if (status != ENG_OK || !parent) return status;
   SlateHeader found;
-  ENGSTATUS status = database_->store().FindUniversal(*parent, &found.id);
+  status = database_->store().FindUniversal(*parent, &found.id);
   if (status == ENG_OK) status = database_->store().ReadHeader(found.id, &found);
   if (status == ENG_OK && !found.deleted) *id = found.id;
   return status == ENG_ERR_NO_SLATE ? ENGSTATUS{ENG_OK} : status;

@@ -146,8 +146,8 @@ class Slate final : public OpenSlate {
   bool IsLocked(const Item& item) const;
   // The value's bytes, for a value in memory; empty when a client has freed its block.
   Bytes BytesOf(const Item& item) const;
-  // The universal ID in $REF.
-  std::optional<UNIVERSALSLATEID> Reference() const;
+  // The universal ID in $REF, which is read if it stands aside. With the database's mutex held.
+  [[nodiscard]] ENGSTATUS Reference(std::optional<UNIVERSALSLATEID>* parent);
   void ReleaseValue(Item& item);
 
   bool WritesOnlyRow(std::uint16_t flags) const;

@@ -26,16 +26,21 @@ std::optional<std::uint32_t> ObjectIn(Bytes value) {
 }  // namespace
 
 // The ID stands behind the type word, or behind a list count there.
-std::optional<UNIVERSALSLATEID> Slate::Reference() const {
+ENGSTATUS Slate::Reference(std::optional<UNIVERSALSLATEID>* parent) {
+  parent->reset();
   Slot slot = 0;
-  if (FindItem(kReferenceName, &slot) != ENG_OK) return std::nullopt;
-  const Item& item = items_[slot];
-  if (item.pool == 0 && item.aside != 0) return std::nullopt;
+  if (FindItem(kReferenceName, &slot) != ENG_OK) return ENG_OK;
+  Item& item = items_[slot];
+  if (item.aside != 0) {
+    const ENGSTATUS status = MaterialiseLocked(item);
+    if (status != ENG_OK) return status;
+  }
   const Bytes value = BytesOf(item);
   std::size_t at = kSmallestValue;
-  if (value.size() < at + kUniversalSize) return std::nullopt;
+  if (value.size() < at + kUniversalSize) return ENG_OK;
   if ((value.size() - at) % kUniversalSize == kListCountSize) at += kListCountSize;
-  return UNIVERSALSLATEID{LoadTime(value.data() + at), LoadTime(value.data() + at + 8)};
+  *parent = UNIVERSALSLATEID{LoadTime(value.data() + at), LoadTime(value.data() + at + 8)};
+  return ENG_OK;
 }
 
 ENGSTATUS Slate::Update(std::uint16_t flags) {
@@ -80,8 +85,8 @@ ENGSTATUS Slate::Write(std::uint16_t flags, SlateHeader* header, std::vector<Dra
   header->modified = now;
   header->accessed = DayOf(now);
   if (!base_) header->added = now;
-  header->parent = Reference();
-  status = WriteDrafts(*header, drafts, &replaced);
+  status = Reference(&header->parent);
+  if (status == ENG_OK) status = WriteDrafts(*header, drafts, &replaced);
   if (status == ENG_OK) status = WriteRow(flags, header, *drafts);
   for (std::size_t i = 0; status == ENG_OK && i < replaced.size(); ++i) {
     status = database_->store().FreeValue(replaced[i]);

@@ -275,16 +275,29 @@ ENGSTATUS SqliteStore::CheckOwners(const std::set<ValueId>& known, std::string* 
     return ENG_ERR_DB_DAMAGED;
   }
   if (object.code() != SQLITE_OK) return Result(object.code());
-  Statement values;
-  const int values_prepared = values.Prepare(
+  std::vector<ValueId> values;
+  const ENGSTATUS status = FindUnowned(known, &values);
+  if (status != ENG_OK || values.empty()) return status;
+  *report = "value " + std::to_string(values.front()) + " has no owner";
+  return ENG_ERR_DB_DAMAGED;
+}
+
+ENGSTATUS SqliteStore::FindUnowned(const std::set<ValueId>& known, std::vector<ValueId>* values) {
+  Statement statement;
+  const int prepared = statement.Prepare(
       connection_.get(), "SELECT DISTINCT id>>16 FROM chunk WHERE id>>16 NOT IN (SELECT value FROM object)");
-  Use value(values.get(), values_prepared);
+  Use value(statement.get(), prepared);
   while (value.Row()) {
-    if (known.contains(value.Number(0))) continue;
-    *report = "value " + std::to_string(value.Number(0)) + " has no owner";
-    return ENG_ERR_DB_DAMAGED;
+    if (!known.contains(value.Number(0))) values->push_back(value.Number(0));
   }
   return Result(value.code());
+}
+
+ENGSTATUS SqliteStore::FreeUnowned(const std::set<ValueId>& known) {
+  std::vector<ValueId> values;
+  ENGSTATUS status = FindUnowned(known, &values);
+  for (std::size_t i = 0; status == ENG_OK && i < values.size(); ++i) status = FreeValue(values[i]);
+  return status;
 }
 
 }  // namespace qcore

@@ -86,6 +86,7 @@ class SqliteStore final : public Store {
   ENGSTATUS GetSpace(std::uint64_t* used, std::uint64_t* unused) override;
   ENGSTATUS Check(std::string* report) override;
   ENGSTATUS CheckOwners(const std::set<ValueId>& known, std::string* report) override;
+  ENGSTATUS FreeUnowned(const std::set<ValueId>& known) override;
 
  private:
   // The highest numbers given out, known while no other connection has committed.
@@ -135,6 +136,7 @@ class SqliteStore final : public Store {
   [[nodiscard]] ENGSTATUS WriteChunk(ValueId value, std::uint32_t number, Bytes bytes);
   [[nodiscard]] ENGSTATUS SetObjectSize(std::uint32_t object, std::uint32_t size);
   [[nodiscard]] ENGSTATUS CheckObjects(std::string* report);
+  [[nodiscard]] ENGSTATUS FindUnowned(const std::set<ValueId>& known, std::vector<ValueId>* values);
   [[nodiscard]] ENGSTATUS UpdateMisses(std::uint32_t id);
   // Nothing in a transaction, whose own changes nobody else sees, and without a log.
   std::optional<LogState> Committed() const;

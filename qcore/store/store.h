@@ -152,6 +152,8 @@ class Store {
   [[nodiscard]] virtual ENGSTATUS Check(std::string* report) = 0;
   // The same for large values that neither an object nor `known` has, and for objects of slates that are not there.
   [[nodiscard]] virtual ENGSTATUS CheckOwners(const std::set<ValueId>& known, std::string* report) = 0;
+  // Frees the values that neither an object nor `known` has.
+  [[nodiscard]] virtual ENGSTATUS FreeUnowned(const std::set<ValueId>& known) = 0;
 };
 
 }  // namespace qcore

@@ -246,6 +246,15 @@ TEST_F(Databases, ResponsesFollowTheReference) {
   EXPECT_EQ(Header<std::uint32_t>(slate, ENG_SLATE_PARENT), parent);
   ASSERT_EQ(EngItemDeleteByName(slate, Store("$REF"), 4), ENG_OK);
   SaveAndClose(slate);
+  // A long reference is stored apart, and not read by a save that does not change it.
+  const std::uint32_t long_one = Make({{"$REF", std::string("\1\0", 2) + reference + std::string(16 * 999, 'x')}});
+  slate = OpenSlate(long_one);
+  Append(slate, "Subject", "changed");
+  SaveAndClose(slate);
+  slate = OpenSlate(long_one);
+  EXPECT_EQ(Header<std::uint32_t>(slate, ENG_SLATE_PARENT), parent);
+  ASSERT_EQ(EngItemDeleteByName(slate, Store("$REF"), 4), ENG_OK);
+  SaveAndClose(slate);
   slate = OpenSlate(parent);
   EXPECT_EQ(Header<std::uint32_t>(slate, ENG_SLATE_RESPONSE_COUNT), 1u);
   EXPECT_EQ(EngSlateClose(slate), ENG_OK);

@@ -346,6 +346,35 @@ TEST_F(Damage, RowsThatDoNotFitTogetherAreFound) {
   }
 }
 
+// The store is clean again when the last damaged slate is gone. ID 164 is the one with a large value.
+TEST_F(Damage, DamagedSlatesCanBeDeleted) {
+  const struct {
+    const char* sql;
+    std::uint16_t flags;
+  } rows[] = {
+      {"UPDATE slate SET modified=modified+1 WHERE id=164", 0},
+      {"UPDATE slate SET packed=zeroblob(90) WHERE id=164", 0},
+      {"UPDATE slate SET packed=zeroblob(90) WHERE id=164", ENG_UPDATE_NO_STUB},
+      {"UPDATE slate SET packed=zeroblob(90) WHERE id IN (4,164)", 0},
+      {"UPDATE slate SET universal=x'00' WHERE id IN (4,164)", 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.sql);
+    folder_.Write("data/main.vlt", whole_);
+    sqlite3* connection = nullptr;
+    ASSERT_EQ(sqlite3_open(file().c_str(), &connection), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(connection, row.sql, nullptr, nullptr, nullptr), SQLITE_OK);
+    ASSERT_EQ(sqlite3_close(connection), SQLITE_OK);
+    const ENGHANDLE db = Open();
+    EXPECT_EQ(EngDbCheck(db, nullptr, 0), ENG_ERR_DB_DAMAGED);
+    EXPECT_EQ(EngSlateDelete(db, 164, row.flags), ENG_OK);
+    EXPECT_EQ(EngSlateDelete(db, 4, row.flags), ENG_OK);
+    char report[200] = "";
+    EXPECT_EQ(EngDbCheck(db, report, sizeof report), ENG_OK) << report;
+    EXPECT_EQ(EngDbClose(db), ENG_OK);
+  }
+}
+
 // As somebody else where the test runs as the superuser, whom no permission stops.
 TEST_F(Damage, PermissionsThatAreMissingAreNamed) {
   const struct {

@@ -73,7 +73,11 @@ std::string RichTextOf(const VQRichText& body) {
 }
 
 void FindRichText(const VQDocument& document, const std::string& name, VQRichText* body) {
-  if (document.GetItem(FromText(name), body) == VQ_OK) return;
+  const VQString wanted = FromText(name);
+  if (document.GetItemType(wanted) == TYPE_COMPOSITE) {
+    vq::ThrowIfError(document.GetItem(wanted, body));
+    return;
+  }
   throw Failure{kExitNotFound, "no rich text item " + Printable(name)};
 }
 
