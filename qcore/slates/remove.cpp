@@ -38,16 +38,14 @@ ENGSTATUS FreeObjects(Store& store, std::uint32_t id) {
 // What a row that is gone held aside can be told only by what all others hold. One of them that cannot be read may hold
 // any, so that the last damaged slate to go takes the values of all.
 ENGSTATUS FreeUnowned(Store& store) {
-  std::string fault;
   std::vector<FeedEntry> entries;
-  ENGSTATUS status = store.Check(&fault);  // a damaged index could hide an owner
-  if (status == ENG_OK) {
-    status = store.ReadFeed(nullptr, [&entries](const FeedEntry& entry) { entries.push_back(entry); });
-  }
+  ENGSTATUS status = store.ReadFeed(nullptr, [&entries](const FeedEntry& entry) { entries.push_back(entry); });
   std::set<Store::ValueId> known;
   for (std::size_t i = 0; status == ENG_OK && i < entries.size(); ++i) {
     if (!entries[i].deleted) status = ListValues(store, entries[i].id, &known);
   }
+  std::string fault;
+  if (status == ENG_OK) status = store.Check(&fault);  // a damaged index could hide an owner
   if (IsDamage(status)) return ENG_OK;
   return status == ENG_OK ? store.FreeUnowned(known) : status;
 }
