@@ -1,8 +1,10 @@
 // Paragraph records under edits: identifiers, references, and the rhythm of paragraph, reference, text.
 #include "tests/vq/support/records.h"
+#include "vq/richtext/fontid.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/richtext/pabtree.h"
 #include "vq/richtext/vqparstl.h"
+#include "vq/richtext/vqstyltx.h"
 
 namespace {
 
@@ -147,6 +149,53 @@ TEST_F(Paragraphs, InsertedTextGetsNumbersOfItsOwn) {
   EXPECT_EQ(Shape(target), "D3R3[ab]PR3[c]D4H4D5F4/5[s]PR3[tx][d]D6H6D7F6/7[s]PR3[t]");
   ASSERT_EQ(target.Append(target), VQ_OK) << "a text into itself";
   EXPECT_EQ(Plain(target).size(), 2 * (std::string("ab\ncs\ntxds\nt").size()));
+}
+
+TEST_F(Paragraphs, NumbersBelowAreUsedWhenTheHighestIsTaken) {
+  const std::string highest = Record(SIG_CD_PABREFERENCE, Bytes({0xFF, 0xFF}));
+  VQRichText target = RichText(kTwo + Paragraph() + highest + Text("z"));
+  ASSERT_EQ(target.Append(RichText(Definition(3) + Hide(3) + Definition(4) + FormulaReference(3, 4) + Text("s"))),
+            VQ_OK);
+  EXPECT_EQ(Shape(target), "D3R3[ab]PR3[cd]PR65535[z]D1H1D2F1/2[s]");
+  VQParagraphStyle style;
+  ASSERT_EQ(style.SetAlignment(2), VQ_OK);
+  ASSERT_EQ(target.SetParagraphStyle(Before(target, "z"), style), VQ_OK);
+  EXPECT_EQ(Shape(target), "D3R3[ab]PR3[cd]PD4R4[z]D1H1D2F1/2[s]");
+}
+
+TEST_F(Paragraphs, StylesInTextsThatAreFullOrDamaged) {
+  const std::string damaged = Record(SIG_CD_PABDEFINITION, Bytes({5, 0})) +
+                              Record(SIG_CD_STYLENAME, Bytes({0, 0, 0, 0, 5, 0})) + Reference(5) + Text("z");
+  const struct {
+    const char* What;
+    std::string Behind;
+    unsigned char HighestFace;
+    VQSTATUS Status;
+    const char* Shape;
+    unsigned Face;
+  } rows[] = {
+      {"no room for the face", "", 255, VQERR_TOO_MANY_FONTS, "D3R3[ab]PR3[cd]", 1},
+      {"a damaged definition", damaged, 9, VQ_OK, "D3D6N6R6[ab]PR3[cd]D0N0R5[z]", 10},
+  };
+  for (const auto& row : rows) {
+    for (int throwing : {0, 1}) {
+      SCOPED_TRACE(row.What);
+      VQRichText text = RichText(kTwo + row.Behind);
+      VQFontTable table;
+      ASSERT_EQ(text.GetRichTextBody()->FindOrMakeFontTable(&table), VQ_OK);
+      ASSERT_EQ(table.Append(row.HighestFace, 0x12, "Last"), VQ_OK);
+      VQNamedStyle named(VQString("Quote"));
+      ASSERT_EQ(named.SetFontStyle(VQFontStyle(0x10, 2, "Garden", 0, 0)), VQ_OK);
+      VQRTCursor at = Before(text, "a");
+      VQSetThrowAllErrors(throwing);
+      EXPECT_EQ(ReturnedStatusOf([&] { return text.SetParagraphStyle(at, named); }), row.Status);
+      VQSetThrowAllErrors(0);
+      EXPECT_EQ(Shape(text), row.Shape);
+      VQRTObject run;
+      ASSERT_EQ(text.FindFirst(VQRTTYPE_STYLIZED_TEXT, &run), VQ_OK);
+      EXPECT_EQ(static_cast<VQStylizedTextBody*>(run.GetRTObjectBody())->GetFontID() & 0xFF, row.Face);
+    }
+  }
 }
 
 TEST_F(Paragraphs, SelectionsBringTheirDefinitions) {

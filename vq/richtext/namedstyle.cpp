@@ -41,6 +41,17 @@ VQSTATUS VQNamedStyleBody::SetPABID(std::uint16_t pabid) {
   return vq::WritePABIDs(StyleName(), {pabid, pabid});
 }
 
+VQSTATUS VQNamedStyleBody::CompareNamed(const VQPABDefinitionBody& definition, const VQPABStyleNameBody& name,
+                                        bool* equal) {
+  if (VQSTATUS status = Compare(definition, nullptr, equal)) return status;
+  Fields own, other;
+  if (VQSTATUS status = StyleName().Read(&own)) return status;
+  if (VQSTATUS status = name.Read(&other)) return status;
+  *equal = *equal && own.Flags == other.Flags && own.Name == other.Name && own.FontID == other.FontID &&
+           own.Tail == other.Tail;
+  return VQ_OK;
+}
+
 VQSTATUS VQNamedStyleBody::CopyName(VQPABStyleNameBody* name) {
   return StyleName().Copy(name, VQRTCOPYOPTIONS_SHALLOW);
 }
@@ -126,11 +137,12 @@ VQSTATUS VQNamedStyle::SetDefaults() {
 }
 
 int VQNamedStyle::IsEqual(const VQPABDefinition& definition, const VQPABStyleName& name) const {
-  if (!VQParagraphStyle::IsEqual(definition, VQPABHide()) || name.IsNull()) return 0;
-  Fields own, other;
-  vq::ThrowIfError(Named().StyleName().Read(&own));
-  vq::ThrowIfError(name.GetPABStyleNameBody()->Read(&other));
-  return own.Flags == other.Flags && own.Name == other.Name && own.FontID == other.FontID && own.Tail == other.Tail;
+  VQNamedStyleBody& body = Named();
+  if (definition.IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
+  if (name.IsNull()) return 0;
+  bool equal = false;
+  vq::ThrowIfError(body.CompareNamed(*definition.GetPABDefinitionBody(), *name.GetPABStyleNameBody(), &equal));
+  return equal;
 }
 
 VQString VQNamedStyle::GetName() const {

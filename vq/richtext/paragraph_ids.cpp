@@ -19,20 +19,62 @@ Objects ParagraphObjects(const VQRTBaseContainerBody& container) {
   return objects;
 }
 
+// Numbers for a text: those above its highest one, then those that none of its objects uses.
+class FreeNumbers {
+ public:
+  FreeNumbers(unsigned highest, const VQRTBaseContainerBody* text)
+      : Text(text), Next(highest + 1), End(text ? highest : 0) {}
+
+  // 0 when all are used up.
+  std::uint16_t Take() {
+    if (!Above) return TakeUnused();
+    if (Next <= kHighestPossible) return static_cast<std::uint16_t>(Next++);
+    Above = false;
+    Next = 1;
+    if (Text) Collect();
+    return TakeUnused();
+  }
+  // The highest one of the text with what was taken.
+  std::uint16_t Highest() const { return static_cast<std::uint16_t>(Above ? Next - 1 : kHighestPossible); }
+
+ private:
+  void Collect() {
+    for (const VQRTObjectBody* object : ParagraphObjects(*Text)) {
+      vq::PABIDs ids = pab::IDsOf(*object);
+      Used.insert({ids.First, ids.Second});
+    }
+  }
+  std::uint16_t TakeUnused() {
+    while (Next <= End && Used.contains(static_cast<std::uint16_t>(Next))) ++Next;
+    if (Next > End) return 0;
+    return static_cast<std::uint16_t>(Next++);
+  }
+
+  const VQRTBaseContainerBody* Text;
+  unsigned Next;
+  unsigned End;  // those above it are given out first
+  bool Above = true;
+  std::set<std::uint16_t> Used;
+};
+
 // New numbers for old ones, given out in the order of first use.
 class Renumbering {
  public:
-  explicit Renumbering(unsigned highest) : Next(highest + 1) {}
+  Renumbering(unsigned highest, const VQRTBaseContainerBody* target) : Free(highest, target) {}
 
-  void Add(std::uint16_t old) {
-    if (Numbers.emplace(old, static_cast<std::uint16_t>(Next)).second) ++Next;
+  [[nodiscard]] VQSTATUS Add(std::uint16_t old) {
+    if (Numbers.contains(old)) return VQ_OK;
+    std::uint16_t number = Free.Take();
+    if (number == 0) return VQERR_OUT_OF_RANGE;
+    Numbers.emplace(old, number);
+    return VQ_OK;
   }
   std::uint16_t operator[](std::uint16_t old) const { return Numbers.at(old); }
-  unsigned Highest() const { return Next - 1; }
+  std::uint16_t Highest() const { return Free.Highest(); }
 
  private:
+  FreeNumbers Free;
   std::map<std::uint16_t, std::uint16_t> Numbers;
-  unsigned Next;
 };
 
 // Identifiers that a text defines: settings, and what a formula reference takes its formula from.
@@ -83,32 +125,17 @@ VQSTATUS RescueDefinition(const VQRTBaseContainerBody& root, VQRTObjectBody* def
   return VQ_OK;
 }
 
-// A number that no object of the text uses, for texts that have used up the highest one.
-unsigned FreeNumber(const VQRTBaseContainerBody& root) {
-  std::set<std::uint16_t> used;
-  for (const VQRTObjectBody* object : ParagraphObjects(root)) {
-    vq::PABIDs ids = pab::IDsOf(*object);
-    used.insert({ids.First, ids.Second});
-  }
-  for (unsigned id = 1; id <= kHighestPossible; ++id) {
-    if (!used.contains(static_cast<std::uint16_t>(id))) return id;
-  }
-  return 0;
-}
-
 }  // namespace
 
 VQSTATUS VQRTContainerBody::GetNewPABID(unsigned short* pabid) {
   if (!pabid) return VQERR_INVALID_PARAMETER;
   VQRTContainerBody& root = pab::Root(*this);
   if (&root != this) return root.GetNewPABID(pabid);
-  if (HighestPABID < kHighestPossible) {
-    *pabid = ++HighestPABID;
-    return VQ_OK;
-  }
-  unsigned id = FreeNumber(*this);
+  FreeNumbers numbers(HighestPABID, this);
+  std::uint16_t id = numbers.Take();
   if (id == 0) return VQERR_OUT_OF_RANGE;
-  *pabid = static_cast<unsigned short>(id);
+  HighestPABID = numbers.Highest();
+  *pabid = id;
   return VQ_OK;
 }
 
@@ -120,15 +147,15 @@ VQSTATUS VQRTContainerBody::ReassignPABIDs(unsigned short highest, unsigned shor
   VQRTObjectBody* fallback = target ? target->FirstOfType(VQRTTYPE_PAB_REFERENCE) : nullptr;
   auto isForeign = [&](vq::PABIDs ids) { return fallback && !defined.Definitions.contains(ids.Second); };
 
-  Renumbering numbers(highest);
+  Renumbering numbers(highest, target);
   for (const VQRTObjectBody* object : objects) {
     vq::PABIDs ids;
     if (VQSTATUS status = vq::ReadPABIDs(*object, &ids)) return status;
     if (object->IsType(VQRTTYPE_PAB_REFERENCE) && isForeign(ids)) continue;
-    if (defined.Any.contains(ids.First)) numbers.Add(ids.First);
-    numbers.Add(ids.Second);
+    VQSTATUS status = defined.Any.contains(ids.First) ? numbers.Add(ids.First) : VQ_OK;
+    if (status == VQ_OK) status = numbers.Add(ids.Second);
+    if (status != VQ_OK) return status;
   }
-  if (numbers.Highest() > kHighestPossible) return VQERR_OUT_OF_RANGE;
 
   for (VQRTObjectBody* object : objects) {
     vq::PABIDs ids = pab::IDsOf(*object);
@@ -141,7 +168,7 @@ VQSTATUS VQRTContainerBody::ReassignPABIDs(unsigned short highest, unsigned shor
     }
     if (VQSTATUS status = vq::WritePABIDs(*object, mapped)) return status;
   }
-  *newHighestPABID = static_cast<unsigned short>(numbers.Highest());
+  *newHighestPABID = numbers.Highest();
   return VQ_OK;
 }
 

@@ -1,5 +1,7 @@
 // Container operations that find, compare and set paragraph styles.
+#include "vq/richtext/fontid.h"
 #include "vq/richtext/fontplace.h"
+#include "vq/richtext/fonttable.h"
 #include "vq/richtext/pabtree.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqparstl.h"
@@ -73,7 +75,23 @@ VQSTATUS FindRange(VQRTContainerBody& root, const VQRTCursor& start, const VQRTC
   return VQ_OK;
 }
 
+// The font of a named style, null without one. The text's table takes its face before anything else is changed, as it
+// may be full.
+VQSTATUS PrepareFont(const StyleRange& range, const VQParagraphStyle& style, VQFontStyle* font) {
+  VQNamedStyleBody* named = VQNamedStyle(style).GetNamedStyleBody();
+  VQSTATUS status = named->StyleName().GetFontStyle(font);
+  if (status != VQ_OK) return status == VQWARN_NOT_FOUND ? VQ_OK : status;
+  VQFontStyleBody& body = *font->GetFontStyleBody();
+  if ((status = body.Refresh()) != VQ_OK) return status;
+  if (!vq::fontid::IsTableFace(vq::fontid::Face(body.GetFontID()))) return VQ_OK;
+  CDFACE face{};
+  if ((status = body.GetFace(&face)) != VQ_OK) return status;
+  unsigned char number = 0;
+  return vq::EnterFace(*range.First, face, &number);
+}
+
 VQSTATUS SetFonts(const StyleRange& range, const VQFontStyle& font) {
+  if (font.IsNull()) return VQ_OK;
   VQRTObjectBody* object = range.Container->NextInTree(range.First);
   for (; object && object != range.Behind; object = range.Container->NextInTree(object)) {
     if (!object->IsType(VQRTTYPE_STYLIZED_TEXT)) continue;
@@ -123,23 +141,27 @@ VQSTATUS Redefine(VQNamedStyleBody& style, VQPABDefinitionBody* definition, VQPA
   return vq::EnterFonts(*name);
 }
 
-// Whether this definition of the text is the style; a style of the same name is made to be it.
-VQSTATUS Matches(const VQParagraphStyle& style, VQPABDefinitionBody* definition, VQRTObjectBody* companion,
-                 bool* matches) {
+enum class Match { kNone, kSame, kSameName };
+
+Match MatchOfNamed(VQNamedStyleBody& style, const VQPABDefinitionBody& definition, const VQPABStyleNameBody& name) {
+  bool equal = false;
+  if (style.CompareNamed(definition, name, &equal) == VQ_OK && equal) return Match::kSame;
+  VQPABStyleNameBody::Fields own, other;
+  bool read = style.StyleName().Read(&own) == VQ_OK && name.Read(&other) == VQ_OK;
+  return read && own.Name == other.Name ? Match::kSameName : Match::kNone;
+}
+
+// Whether this definition of the text is the style, or one to be redefined as it. What cannot be read is neither.
+Match MatchOf(const VQParagraphStyle& style, const VQPABDefinitionBody& definition, const VQRTObjectBody* companion) {
   bool isName = companion && companion->IsType(VQRTTYPE_PAB_STYLE_NAME);
-  *matches = false;
-  if (style.IsNamed() != isName) return VQ_OK;
-  VQPABDefinition candidate(definition);
-  if (!isName) {
-    *matches = style.IsEqual(candidate, companion ? VQPABHide(VQRTObject(companion)) : VQPABHide()) != 0;
-    return VQ_OK;
+  if (style.IsNamed() != isName) return Match::kNone;
+  VQParagraphStyleBody& body = *style.GetParagraphStyleBody();
+  if (isName) {
+    const VQPABStyleNameBody& name = static_cast<const VQPABStyleNameBody&>(*companion);
+    return MatchOfNamed(static_cast<VQNamedStyleBody&>(body), definition, name);
   }
-  VQNamedStyle named(style);
-  VQPABStyleName name(static_cast<VQPABStyleNameBody*>(companion));
-  *matches = named.IsEqual(candidate, name) != 0;
-  if (*matches || VQStringCompare(named.GetName(), name.GetName(), 0) != 0) return VQ_OK;
-  *matches = true;
-  return Redefine(*named.GetNamedStyleBody(), definition, name.GetPABStyleNameBody());
+  bool equal = false;
+  return body.Compare(definition, companion, &equal) == VQ_OK && equal ? Match::kSame : Match::kNone;
 }
 
 }  // namespace
@@ -191,9 +213,12 @@ VQSTATUS VQRTContainerBody::FindSameParagraphStyle(const VQParagraphStyle& style
     if (table && Contains(table)) continue;
     VQPABDefinitionBody* candidate = static_cast<VQPABDefinitionBody*>(object);
     VQRTObjectBody* behind = pab::Companion(*candidate);
-    bool matches = false;
-    if (VQSTATUS status = Matches(style, candidate, behind, &matches)) return status;
-    if (!matches) continue;
+    Match match = MatchOf(style, *candidate, behind);
+    if (match == Match::kNone) continue;
+    if (match == Match::kSameName) {
+      VQNamedStyleBody& named = static_cast<VQNamedStyleBody&>(*style.GetParagraphStyleBody());
+      if (VQSTATUS status = Redefine(named, candidate, static_cast<VQPABStyleNameBody*>(behind))) return status;
+    }
     *definition = VQPABDefinition(candidate);
     *companion = behind ? VQRTObject(behind) : VQRTObject();
     return VQ_OK;
@@ -211,22 +236,25 @@ VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& start, const VQR
   VQParagraphStyle adjusted;
   if (VQSTATUS status = range.Container->AdjustParagraphStyle(style, &adjusted)) return status;
   VQFontStyle font;
-  if (adjusted.IsNamed() && VQNamedStyle(adjusted).GetFontStyle(&font) == VQ_OK) {
-    if (VQSTATUS status = SetFonts(range, font)) return status;
+  if (adjusted.IsNamed()) {
+    if (VQSTATUS status = PrepareFont(range, adjusted, &font)) return status;
   }
   VQPABDefinition definition;
   VQRTObject companion;
   vq::PABIDs ids;
   VQSTATUS found = range.Container->FindSameParagraphStyle(adjusted, &definition, &companion);
   if (VQIsError(found)) return found;
+  unsigned short pabid = 0;
+  if (found != VQ_OK) {
+    if (VQSTATUS status = GetNewPABID(&pabid)) return status;
+  }
+  if (VQSTATUS status = SetFonts(range, font)) return status;
   if (found == VQ_OK) {
     ids = pab::IDsOf(*definition.GetRTObjectBody());
     if (!companion.IsNull()) ids.First = pab::IDsOf(*companion.GetRTObjectBody()).First;
     if (VQSTATUS status = MoveInFront(definition.GetRTObjectBody(), range.First)) return status;
     if (VQSTATUS status = MoveInFront(companion.GetRTObjectBody(), range.First)) return status;
   } else {
-    unsigned short pabid = 0;
-    if (VQSTATUS status = GetNewPABID(&pabid)) return status;
     if (VQSTATUS status = PutRecords(*adjusted.GetParagraphStyleBody(), pabid, range.First)) return status;
     ids = {pabid, pabid};
   }

@@ -17,9 +17,9 @@ void AssertFlags(unsigned short flags) {
 }
 
 // The code of a hide record; empty when there is none.
-VQSTATUS CodeOf(const VQRTObject& hide, std::string* code) {
+VQSTATUS CodeOf(const VQRTObjectBody* hide, std::string* code) {
   code->clear();
-  return hide.IsNull() ? VQ_OK : vq::ReadHideFormula(*hide.GetRTObjectBody(), code);
+  return hide == nullptr ? VQ_OK : vq::ReadHideFormula(*hide, code);
 }
 
 }  // namespace
@@ -37,6 +37,17 @@ VQSTATUS VQParagraphStyleBody::CopySettings(VQPABDefinitionBody* definition, VQR
   }
   PABDefinition = settings;
   PABHide = formula;
+  return VQ_OK;
+}
+
+VQSTATUS VQParagraphStyleBody::Compare(const VQPABDefinitionBody& definition, const VQRTObjectBody* hide, bool* equal) {
+  CDPABDEFINITION own{}, other{};
+  if (VQSTATUS status = Definition().GetRecord(&own)) return status;
+  if (VQSTATUS status = definition.GetRecord(&other)) return status;
+  std::string ownCode, otherCode;
+  if (VQSTATUS status = CodeOf(PABHide.GetRTObjectBody(), &ownCode)) return status;
+  if (VQSTATUS status = CodeOf(hide, &otherCode)) return status;
+  *equal = paragraph::Equal(own, other) && ownCode == otherCode;
   return VQ_OK;
 }
 
@@ -112,11 +123,11 @@ VQSTATUS VQParagraphStyle::SetFlag(unsigned short bit, int on) {
 }
 
 int VQParagraphStyle::IsEqual(const VQPABDefinition& definition, const VQPABHide& hide) const {
-  if (!paragraph::Equal(Record(), definition.GetCDPABDefinition())) return 0;
-  std::string own, other;
-  vq::ThrowIfError(CodeOf(Checked().Hide(), &own));
-  vq::ThrowIfError(CodeOf(hide, &other));
-  return own == other;
+  VQParagraphStyleBody& body = Checked();
+  if (definition.IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
+  bool equal = false;
+  vq::ThrowIfError(body.Compare(*definition.GetPABDefinitionBody(), hide.GetRTObjectBody(), &equal));
+  return equal;
 }
 
 int VQParagraphStyle::operator==(const VQParagraphStyle& other) const {

@@ -32,6 +32,8 @@ class VQ_API VQParagraphStyleBody : public VQBody {
   VQPABHide& Hide() { return PABHide; }
   // Takes definition and hide from another style, or from records in a tree.
   [[nodiscard]] VQSTATUS CopySettings(VQPABDefinitionBody* definition, VQRTObjectBody* hide);
+  // Whether records of a tree hold the same settings and hide formula (null: none), whatever the identifiers.
+  [[nodiscard]] VQSTATUS Compare(const VQPABDefinitionBody& definition, const VQRTObjectBody* hide, bool* equal);
   // Sets the identifier in every record of the style.
   [[nodiscard]] virtual VQSTATUS SetPABID(std::uint16_t pabid);
   // A separate style of the same class.
@@ -150,6 +152,9 @@ class VQ_API VQNamedStyleBody : public VQParagraphStyleBody {
   VQPABStyleNameBody& StyleName() { return *PABStyleName.GetPABStyleNameBody(); }
   [[nodiscard]] VQSTATUS SetPABID(std::uint16_t pabid) override;
   VQParagraphStyle Clone() override;
+  // The same with name, flags and font.
+  [[nodiscard]] VQSTATUS CompareNamed(const VQPABDefinitionBody& definition, const VQPABStyleNameBody& name,
+                                      bool* equal);
   // Takes name, flags and font from a record.
   [[nodiscard]] VQSTATUS CopyName(VQPABStyleNameBody* name);
 

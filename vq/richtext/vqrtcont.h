@@ -66,8 +66,9 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS MergeNextParagraph(VQRTCursor* cursor);
   virtual VQSTATUS MergeParagraphs(VQRTCursor* start, VQRTCursor* end);
   virtual VQSTATUS MergePreviousParagraph(VQRTCursor* cursor);
-  // Gives every identifier in this container a new number behind `highest`; references without a definition here
-  // take the identifier of the first reference in `target`.
+  // Gives every identifier in this container a new number behind `highest`, or one that `target` does not use when
+  // there are none left (none at all: "Function parameter is out of range", nothing changed); references without a
+  // definition here take the identifier of the first reference in `target`.
   virtual VQSTATUS ReassignPABIDs(unsigned short highest, unsigned short* newHighestPABID, VQRTContainerBody* target);
   // Sets the references from `start` up to, not with, `end` (null: to the last) to the pair of identifiers: that of
   // the hide formula or style name, and that of the definition.
