@@ -1,4 +1,6 @@
 // Paragraph records under edits: identifiers, references, and the rhythm of paragraph, reference, text.
+#include <functional>
+
 #include "tests/vq/support/records.h"
 #include "vq/richtext/fontid.h"
 #include "vq/richtext/fonttable.h"
@@ -195,6 +197,41 @@ TEST_F(Paragraphs, StylesInTextsThatAreFullOrDamaged) {
       ASSERT_EQ(text.FindFirst(VQRTTYPE_STYLIZED_TEXT, &run), VQ_OK);
       EXPECT_EQ(static_cast<VQStylizedTextBody*>(run.GetRTObjectBody())->GetFontID() & 0xFF, row.Face);
     }
+  }
+}
+
+TEST_F(Paragraphs, StylesAreFoundAfterTheirDefinitionsChange) {
+  using Edit = std::function<VQSTATUS(VQRTContainerBody & top, VQPABDefinition first, VQPABDefinition second)>;
+  const struct {
+    const char* What;
+    Edit Change;
+    unsigned First, Second;  // alignments
+  } rows[] = {
+      {"nothing", [](auto&, auto, auto) { return VQ_OK; }, 1, 2},
+      {"another number", [](auto&, auto first, auto) { return first.SetPABID(9); }, 0, 2},
+      {"a number in use", [](auto&, auto first, auto) { return first.SetPABID(4); }, 0, 2},
+      {"a nearer one", [](auto&, auto first, auto second) { return first.SetPABID(4), second.SetPABID(3); }, 2, 1},
+      {"gone", [](auto&, auto first, auto) { return first.GetRTObjectBody()->Delete(); }, 0, 2},
+      {"taken along", [](auto&, auto, auto second) { return second.RemoveThis(1), second.SetPABID(3); }, 1, 0},
+      {"behind its use",
+       [](auto& top, auto first, auto) { return first.RemoveThis(1), top.Append(first.GetRTObjectBody()); }, 1, 2},
+      {"another record",
+       [](auto&, auto first, auto second) { return first.CopyRTObject(second, VQRTCOPYOPTIONS_KEEP_LINKS); }, 0, 2},
+      {"a new text", [](auto& top, auto, auto) { return top.DeleteAllChildren(), top.Append("ab", 0); }, 0, 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text =
+        RichText(Definition(3, 1) + Reference(3) + Text("a") + Definition(4, 2) + Reference(4) + Text("b"));
+    VQParagraphStyle style;
+    ASSERT_EQ(text.FindParagraphStyle(Before(text, "a"), &style), VQ_OK);
+    VQRTContainerBody& top = *text.GetRichTextBody()->GetTop();
+    VQRTObject first(top.FirstOfType(VQRTTYPE_PAB_DEFINITION)), second(top.LastOfType(VQRTTYPE_PAB_DEFINITION));
+    ASSERT_EQ(row.Change(top, VQPABDefinition(first), VQPABDefinition(second)), VQ_OK);
+    ASSERT_EQ(text.FindParagraphStyle(Before(text, "a"), &style), VQ_OK);
+    EXPECT_EQ(style.GetAlignment(), row.First);
+    ASSERT_EQ(text.FindParagraphStyle(Before(text, "b"), &style), VQ_OK);
+    EXPECT_EQ(style.GetAlignment(), row.Second);
   }
 }
 

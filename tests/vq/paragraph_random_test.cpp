@@ -29,6 +29,19 @@ class RandomParagraphs : public EngineFixture {
   std::mt19937 Random{20240229};
 };
 
+// The definition that a reference means, by a walk through the text: the nearest one left of it, or the first one.
+VQRTObjectBody* DefinitionByWalk(const VQRTContainerBody& root, const VQRTObjectBody* reference, std::uint16_t pabid) {
+  VQRTObjectBody *first = nullptr, *left = nullptr;
+  for (VQRTObjectBody* object = root.NextInTree(&root); object; object = root.NextInTree(object)) {
+    if (object == reference && left) return left;
+    if (object->GetType() != VQRTTYPE_PAB_DEFINITION || vq::pab::IDsOf(*object).First != pabid) continue;
+    if (!first) first = object;
+    left = object;
+    if (reference->IsLeftOf(object)) return first;
+  }
+  return first;
+}
+
 // Identifiers of references that have no definition.
 std::string Undefined(const VQRichText& text) {
   VQRTContainer top;
@@ -38,7 +51,9 @@ std::string Undefined(const VQRichText& text) {
   VQRTObjectBody* object = root.FirstOfType(VQRTTYPE_PAB_REFERENCE);
   for (; object; object = root.NextOfType(object, VQRTTYPE_PAB_REFERENCE)) {
     const std::uint16_t id = vq::pab::IDsOf(*object).Second;
-    if (!vq::pab::FindByPABID(root, object, VQRTTYPE_PAB_DEFINITION, id)) missing += std::to_string(id) + " ";
+    VQRTObjectBody* definition = vq::pab::FindByPABID(root, object, VQRTTYPE_PAB_DEFINITION, id);
+    EXPECT_EQ(definition, DefinitionByWalk(root, object, id));
+    if (!definition) missing += std::to_string(id) + " ";
   }
   return missing;
 }

@@ -9,8 +9,6 @@ namespace tool {
 
 namespace {
 
-// Beyond this many styled lines a text keeps its plain look, so that a huge file isn't slowed down by its styles.
-constexpr int kMostStyled = 500;
 constexpr unsigned kLetters = 4;  // that a heading has at least
 
 struct LineStyle {
@@ -70,18 +68,18 @@ void StyleText(VQRichText& body) {
   const LineStyle title = TitleStyle();
   const LineStyle heading = HeadingStyle();
   const LineStyle quote = QuoteStyle();
-  int styled = 0;
+  bool titled = false;
   VQRTObject object;
   VQSTATUS found = body.FindFirst(VQRTTYPE_STYLIZED_TEXT, &object);
-  while (found == VQ_OK && styled < kMostStyled) {
+  while (found == VQ_OK) {
     VQString text;
     object.GetText(&text);
     const std::string line = ToText(text);
     if (!IsBlank(line)) {
-      const LineStyle* style = styled == 0 ? &title : IsHeading(line) ? &heading : IsQuote(line) ? &quote : nullptr;
+      const LineStyle* style = !titled ? &title : IsHeading(line) ? &heading : IsQuote(line) ? &quote : nullptr;
       if (style) {
         Apply(body, object, *style);
-        ++styled;
+        titled = true;
       }
     }
     const VQRTObject from = object;

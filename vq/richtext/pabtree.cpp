@@ -1,6 +1,7 @@
 #include "vq/richtext/pabtree.h"
 
 #include "vq/richtext/rttext.h"
+#include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqstyltx.h"
 
 namespace vq::pab {
@@ -20,18 +21,18 @@ VQRTObjectBody* ReferenceFor(const VQRTBaseContainerBody& root, VQRTObjectBody* 
   return root.PreviousOfType(object, VQRTTYPE_PAB_REFERENCE);
 }
 
+IndexOf::IndexOf(const VQRTBaseContainerBody& root) {
+  VQRichTextBody* owner = root.GetRichTextBody();
+  Index = owner ? &owner->GetPABIndex() : &Own.emplace(root);
+}
+
 VQRTObjectBody* FindLeft(const VQRTBaseContainerBody& root, VQRTObjectBody* from, VQRTTYPE type, std::uint16_t pabid) {
-  VQRTObjectBody* object = root.PreviousOfType(from, type);
-  while (object && IDsOf(*object).First != pabid) object = root.PreviousOfType(object, type);
-  return object;
+  return IndexOf(root)->FindLeft(from, type, pabid);
 }
 
 VQRTObjectBody* FindByPABID(const VQRTBaseContainerBody& root, VQRTObjectBody* from, VQRTTYPE type,
                             std::uint16_t pabid) {
-  if (VQRTObjectBody* left = FindLeft(root, from, type, pabid)) return left;
-  VQRTObjectBody* object = root.FirstOfType(type);
-  while (object && IDsOf(*object).First != pabid) object = root.NextOfType(object, type);
-  return object;
+  return IndexOf(root)->Find(from, type, pabid);
 }
 
 VQRTObjectBody* Companion(const VQRTObjectBody& definition) {

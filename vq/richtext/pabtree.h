@@ -5,8 +5,10 @@
 #ifndef QUILLON_VQ_RICHTEXT_PABTREE_H
 #define QUILLON_VQ_RICHTEXT_PABTREE_H
 
+#include <optional>
 #include <vector>
 
+#include "vq/richtext/pabindex.h"
 #include "vq/richtext/vqpabdef.h"
 #include "vq/richtext/vqrtcont.h"
 #include "vq/richtext/vqrtcrsr.h"
@@ -21,6 +23,17 @@ PABIDs IDsOf(const VQRTObjectBody& object);
 
 // The reference in force at an object: itself or the nearest one left of it. Null when there is none.
 VQRTObjectBody* ReferenceFor(const VQRTBaseContainerBody& root, VQRTObjectBody* object);
+
+// The index of a tree: that of the rich text which owns it, else one made for the occasion.
+class IndexOf {
+ public:
+  explicit IndexOf(const VQRTBaseContainerBody& root);
+  PABIndex* operator->() { return Index; }
+
+ private:
+  std::optional<PABIndex> Own;
+  PABIndex* Index;
+};
 
 // The nearest object of the type with that identifier left of `from`.
 VQRTObjectBody* FindLeft(const VQRTBaseContainerBody& root, VQRTObjectBody* from, VQRTTYPE type, std::uint16_t pabid);

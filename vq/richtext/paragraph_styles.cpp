@@ -207,8 +207,11 @@ VQSTATUS VQRTContainerBody::FindParagraphStyle(const VQRTCursor& cursor, VQParag
 VQSTATUS VQRTContainerBody::FindSameParagraphStyle(const VQParagraphStyle& style, VQPABDefinition* definition,
                                                    VQRTObject* companion) {
   if (style.IsNull() || !definition || !companion) return VQERR_INVALID_PARAMETER;
-  VQRTObjectBody* object = FirstOfType(VQRTTYPE_PAB_DEFINITION);
-  for (; object; object = NextOfType(object, VQRTTYPE_PAB_DEFINITION)) {
+  pab::IndexOf index(pab::Root(*this));
+  const vq::PABIndex::Objects& definitions = index->GetDefinitions();
+  for (auto at = definitions.lower_bound(this); at != definitions.end(); ++at) {
+    VQRTObjectBody* object = *at;
+    if (object->GetIndexValue() > EndIndexValue) break;
     const VQRTObjectBody* table = vq::EnclosingTable(object);
     if (table && Contains(table)) continue;
     VQPABDefinitionBody* candidate = static_cast<VQPABDefinitionBody*>(object);

@@ -1,7 +1,8 @@
 // Index values and links of a tree: how children get their places in the order.
 #include <limits>
 
-#include "vq/richtext/vqrtbase.h"
+#include "vq/richtext/pabindex.h"
+#include "vq/richtext/vqrtbody.h"
 
 namespace {
 
@@ -52,6 +53,7 @@ VQSTATUS VQRTBaseContainerBody::Link(VQRTObjectBody* child, VQRTObjectBody* prev
   LinkPointers(child, previous, next);
   MarkDirty();
   OutdateAround(*child, *top);
+  if (vq::PABIndex* index = top->RichText ? top->RichText->FindPABIndex() : nullptr) index->Take(*child);
   VQRTBaseContainerBody* container = child->AsBase();
   if (!container) return VQ_OK;
   container->EndIndexValue = static_cast<std::uint32_t>(last);
@@ -78,8 +80,15 @@ void VQRTBaseContainerBody::LinkPointers(VQRTObjectBody* child, VQRTObjectBody* 
   ++ChildCount;
 }
 
+void VQRTBaseContainerBody::ForgetParagraphs(VQRTObjectBody* leaving) const {
+  if (!leaving->HoldsChildren && !vq::PABIndex::Holds(leaving->GetType())) return;
+  VQRichTextBody* owner = GetRichTextBody();
+  if (vq::PABIndex* index = owner ? owner->FindPABIndex() : nullptr) index->Forget(*leaving);
+}
+
 void VQRTBaseContainerBody::Unlink(VQRTObjectBody* child) {
   MarkDirty();
+  ForgetParagraphs(child);
   if (child == FirstChild) VQ_ASSERT_TEXT(!child->Previous, "PreviousSibling.IsNull()", "VQRTOBJB");
   (child->Previous ? child->Previous->Next : FirstChild) = child->Next;
   (child->Next ? child->Next->Previous : LastChild) = child->Previous;

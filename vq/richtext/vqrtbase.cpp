@@ -202,6 +202,7 @@ int VQRTBaseContainerBody::HasChildren() const { return ChildCount != 0; }
 VQSTATUS VQRTBaseContainerBody::DeleteAllChildren() {
   if (!FirstChild) return VQ_OK;
   MarkDirty();
+  ForgetParagraphs(this);
   while (VQRTObjectBody* child = FirstChild) {
     FirstChild = child->Next;
     if (FirstChild) FirstChild->Previous = nullptr;

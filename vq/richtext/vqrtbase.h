@@ -75,6 +75,8 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   // Puts a detached object between two neighbours of this container and gives it its place in the order.
   [[nodiscard]] VQSTATUS Link(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next, bool countBack);
   void Unlink(VQRTObjectBody* child);
+  // Before the object leaves this tree, or its children do: the rich text's index of them.
+  void ForgetParagraphs(VQRTObjectBody* leaving) const;
   // The block that a new child stands in, or behind, cannot stay as it is.
   static void OutdateAround(const VQRTObjectBody& child, const VQRTBaseContainerBody& top);
   void LinkPointers(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next);

@@ -1,6 +1,7 @@
 #include "vq/richtext/vqrtbody.h"
 
 #include "engine/memory.h"
+#include "vq/richtext/pabindex.h"
 #include "vq/richtext/vqrtinit.h"
 #include "vq/richtext/vqrtwrit.h"
 #include "vq/store/vqslate.h"
@@ -104,8 +105,14 @@ void VQRichTextBody::ReleaseBlocks(std::vector<Loaded>& blocks) {
   blocks.clear();
 }
 
+vq::PABIndex& VQRichTextBody::GetPABIndex() {
+  if (!Paragraphs) Paragraphs = std::make_unique<vq::PABIndex>(*Top);
+  return *Paragraphs;
+}
+
 void VQRichTextBody::DropTree() {
   InitState = kNotParsed;
+  Paragraphs.reset();
   if (Top) {
     VQRTContainerBody* top = Top;
     Top = nullptr;

@@ -2,6 +2,7 @@
 #ifndef QUILLON_VQ_RICHTEXT_VQRTBODY_H
 #define QUILLON_VQ_RICHTEXT_VQRTBODY_H
 
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -19,6 +20,8 @@ struct VQRTPARSERERRORDATA {
 };
 
 namespace vq {
+
+class PABIndex;
 
 // Builds the body for a composite item that is in the slate.
 VQItemBody* MakeRichTextBody(VQSlateBody* slate, std::string_view name, const ItemPlace& place);
@@ -60,6 +63,10 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   [[nodiscard]] VQSTATUS Initialize();
   // The top of the tree; null until parsed.
   VQRTContainerBody* GetTop() const { return Top; }
+  // Of the parsed tree; made when first asked for.
+  vq::PABIndex& GetPABIndex();
+  // Null when nobody has asked for it.
+  vq::PABIndex* FindPABIndex() const { return Paragraphs.get(); }
   // The slate's font table, or one of its own where the rich text stands alone. VQWARN_NOT_FOUND when there is none.
   [[nodiscard]] VQSTATUS FindFontTable(VQFontTable* table);
   // The same, made when there is none.
@@ -92,7 +99,8 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   VQRTContainerBody* Top;  // counted
   InitStates InitState;
   std::vector<Loaded> Blocks;  // of the parsed tree, one for each item, in order
-  VQItem OwnFonts;             // font table of a rich text that stands alone, null until it has one
+  std::unique_ptr<vq::PABIndex> Paragraphs;
+  VQItem OwnFonts;  // font table of a rich text that stands alone, null until it has one
 };
 
 // Handle on a rich text. The first navigation or edit parses it; a stream that cannot be parsed gives its status each

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "engine/ods.h"
+#include "vq/richtext/pabindex.h"
 #include "vq/richtext/vqrtbase.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
@@ -199,6 +200,9 @@ void VQRTObjectBody::MarkDirty() {
     object->Dirty = true;
     if (object->Source) object->Source->SetOutdated();  // the write that takes the dirty mark off must come by
   }
+  if (!vq::PABIndex::Holds(GetType())) return;
+  VQRichTextBody* owner = GetRichTextBody();
+  if (vq::PABIndex* index = owner ? owner->FindPABIndex() : nullptr) index->Take(*this);
 }
 
 VQSTATUS VQRTObjectBody::Update(vq::RecordWriter& writer) { return writer.Add(*this); }

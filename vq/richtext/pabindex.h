@@ -1,0 +1,61 @@
+// Where the definitions, hide records and style names of a tree stand, by identifier.
+#ifndef QUILLON_VQ_RICHTEXT_PABINDEX_H
+#define QUILLON_VQ_RICHTEXT_PABINDEX_H
+
+#include <set>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "vq/richtext/vqrtbase.h"
+
+namespace vq {
+
+// Made when a style is first asked for, and kept right through edits: the tree tells it what comes, goes and changes.
+// Objects are sorted by their place, which edits elsewhere leave as it is; what came or changed is read when the next
+// answer is wanted.
+class PABIndex {
+ public:
+  struct InOrder {
+    bool operator()(const VQRTObjectBody* a, const VQRTObjectBody* b) const {
+      return a->GetIndexValue() < b->GetIndexValue();
+    }
+  };
+  using Objects = std::set<VQRTObjectBody*, InOrder>;
+
+  explicit PABIndex(const VQRTBaseContainerBody& tree);
+
+  static bool Holds(VQRTTYPE type) {
+    return type == VQRTTYPE_PAB_DEFINITION || type == VQRTTYPE_PAB_HIDE || type == VQRTTYPE_PAB_STYLE_NAME;
+  }
+
+  // The object, and all that is in it, has come into the tree or has changed.
+  void Take(VQRTObjectBody& object);
+  // The same is about to leave the tree.
+  void Forget(VQRTObjectBody& object);
+
+  // The nearest object of the type with that identifier left of `from`.
+  VQRTObjectBody* FindLeft(VQRTObjectBody* from, VQRTTYPE type, std::uint16_t pabid);
+  // The same, or else the first such object of the tree.
+  VQRTObjectBody* Find(VQRTObjectBody* from, VQRTTYPE type, std::uint16_t pabid);
+  // Good until the tree changes.
+  const Objects& GetDefinitions();
+
+ private:
+  using Key = std::uint32_t;
+
+  static Key KeyOf(VQRTTYPE type, std::uint16_t pabid) { return static_cast<Key>(type) << 16 | pabid; }
+  // Calls `work` for the object and each one in it that has a place here.
+  template <typename Work>
+  static void ForEach(VQRTObjectBody& object, Work work);
+  void Drop(VQRTObjectBody* object);
+  void Settle();
+
+  std::unordered_map<Key, Objects> ByID;
+  Objects Definitions;
+  std::unordered_map<VQRTObjectBody*, Key> Keys;
+  std::unordered_set<VQRTObjectBody*> Unread;
+};
+
+}  // namespace vq
+
+#endif
