@@ -277,6 +277,35 @@ void InsertAndDeleteWord(benchmark::State& state) {
   }
 }
 
+// Each paragraph of a text gets one of three styles, or one of its own, and is asked for it: time for a paragraph.
+void StyleParagraphs(benchmark::State& state, bool ownStyles) {
+  constexpr int kLines = 500;  // that go in at once
+  std::string lines;
+  for (int line = 0; line < kLines; ++line) lines += "A line of a text with many paragraphs.\n";
+  const auto count = static_cast<unsigned>(state.range(0));
+  for (auto _ : state) {
+    state.PauseTiming();
+    VQRichText text;
+    text.Create();
+    for (unsigned line = 0; line < count; line += kLines) text.Append(lines.c_str());
+    state.ResumeTiming();
+    unsigned number = 0;
+    VQRTObject run;
+    for (VQSTATUS found = text.FindFirst(VQRTTYPE_STYLIZED_TEXT, &run); found == VQ_OK; ++number) {
+      VQParagraphStyle style, same;
+      style.SetSpacingAbove(static_cast<unsigned short>(1 + (ownStyles ? number : number % 3)));
+      VQRTCursor cursor;
+      VQStylizedText(run).GetCursor(&cursor);
+      text.SetParagraphStyle(cursor, style);
+      text.FindParagraphStyle(run, &same);
+      if (same != style) throw VQSTATUS{VQERR_NOT_FOUND};
+      found = text.FindNext(VQRTObject(run), VQRTTYPE_STYLIZED_TEXT, &run);
+    }
+  }
+  state.counters["a paragraph"] =
+      benchmark::Counter(count, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
 void FindWordMemmem(benchmark::State& state) {
   const std::string& text = ContentOf(kLarge).Stream;
   for (auto _ : state) {
@@ -307,6 +336,8 @@ BENCHMARK_CAPTURE(UpdateOneWord, SameLength, kOther)->Unit(benchmark::kMicroseco
 BENCHMARK_CAPTURE(UpdateOneWord, OtherLength, kLonger)->Unit(benchmark::kMicrosecond);
 BENCHMARK(SaveOneWord)->Unit(benchmark::kMicrosecond)->UseRealTime();
 BENCHMARK(InsertAndDeleteWord)->Arg(100000)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kNanosecond);
+BENCHMARK_CAPTURE(StyleParagraphs, ThreeStyles, false)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(StyleParagraphs, OwnStyles, true)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
 BENCHMARK(FindWordMemmem)->Unit(benchmark::kMicrosecond);
 BENCHMARK(FindWordByCursor)->Unit(benchmark::kMicrosecond);
 

@@ -2,7 +2,9 @@
 
 #include <iterator>
 
+#include "engine/ods.h"
 #include "vq/richtext/pabtree.h"
+#include "vq/richtext/paragraph_settings.h"
 
 namespace vq {
 
@@ -31,23 +33,49 @@ void PABIndex::Forget(VQRTObjectBody& object) {
   });
 }
 
-void PABIndex::Drop(VQRTObjectBody* object) {
-  auto known = Keys.find(object);
-  if (known == Keys.end()) return;
-  auto same = ByID.find(known->second);
+namespace {
+
+template <typename Sets, typename Key>
+void EraseFrom(Sets& sets, Key key, VQRTObjectBody* object) {
+  auto same = sets.find(key);
+  if (same == sets.end()) return;
   same->second.erase(object);
-  if (same->second.empty()) ByID.erase(same);
-  Definitions.erase(object);
-  Keys.erase(known);
+  if (same->second.empty()) sets.erase(same);
+}
+
+// What equal definitions share; a damaged one has a number of its own.
+std::uint64_t FingerprintOf(const VQRTObjectBody& object) {
+  CDPABDEFINITION record{};
+  if (object.ReadODS(ODS_CDPABDEFINITION, &record, 0) != VQ_OK) return 0;
+  return paragraph::Fingerprint(record);
+}
+
+}  // namespace
+
+void PABIndex::Drop(VQRTObjectBody* object) {
+  auto known = Entries.find(object);
+  if (known == Entries.end()) return;
+  EraseFrom(ByID, known->second.ID, object);
+  EraseFrom(BySettings, known->second.Settings, object);
+  Names.erase(object);
+  Entries.erase(known);
+}
+
+void PABIndex::Enter(VQRTObjectBody* object) {
+  Entry entry{KeyOf(object->GetType(), pab::IDsOf(*object).First), 0};
+  ByID[entry.ID].insert(object);
+  if (object->GetType() == VQRTTYPE_PAB_STYLE_NAME) Names.insert(object);
+  if (object->GetType() == VQRTTYPE_PAB_DEFINITION) {
+    entry.Settings = FingerprintOf(*object);
+    BySettings[entry.Settings].insert(object);
+  }
+  Entries.emplace(object, entry);
 }
 
 void PABIndex::Settle() {
   for (VQRTObjectBody* object : Unread) {
     Drop(object);
-    const Key key = KeyOf(object->GetType(), pab::IDsOf(*object).First);
-    Keys.emplace(object, key);
-    ByID[key].insert(object);
-    if (object->GetType() == VQRTTYPE_PAB_DEFINITION) Definitions.insert(object);
+    Enter(object);
   }
   Unread.clear();
 }
@@ -66,9 +94,16 @@ VQRTObjectBody* PABIndex::Find(VQRTObjectBody* from, VQRTTYPE type, std::uint16_
   return same == ByID.end() ? nullptr : *same->second.begin();
 }
 
-const PABIndex::Objects& PABIndex::GetDefinitions() {
+const PABIndex::Objects& PABIndex::GetDefinitions(const CDPABDEFINITION& settings) {
+  static const Objects kNone;
   Settle();
-  return Definitions;
+  auto same = BySettings.find(paragraph::Fingerprint(settings));
+  return same == BySettings.end() ? kNone : same->second;
+}
+
+const PABIndex::Objects& PABIndex::GetNames() {
+  Settle();
+  return Names;
 }
 
 }  // namespace vq

@@ -1,4 +1,4 @@
-// Where the definitions, hide records and style names of a tree stand, by identifier.
+// Where the definitions, hide records and style names of a tree stand, by identifier and by settings.
 #ifndef QUILLON_VQ_RICHTEXT_PABINDEX_H
 #define QUILLON_VQ_RICHTEXT_PABINDEX_H
 
@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "engine/records.h"
 #include "vq/richtext/vqrtbase.h"
 
 namespace vq {
@@ -37,22 +38,31 @@ class PABIndex {
   VQRTObjectBody* FindLeft(VQRTObjectBody* from, VQRTTYPE type, std::uint16_t pabid);
   // The same, or else the first such object of the tree.
   VQRTObjectBody* Find(VQRTObjectBody* from, VQRTTYPE type, std::uint16_t pabid);
-  // Good until the tree changes.
-  const Objects& GetDefinitions();
+  // Definitions with these settings, whatever their identifiers, and perhaps others; all style names. Good until the
+  // tree changes.
+  const Objects& GetDefinitions(const CDPABDEFINITION& settings);
+  const Objects& GetNames();
 
  private:
   using Key = std::uint32_t;
+  using Fingerprint = std::uint64_t;
+  struct Entry {
+    Key ID;
+    Fingerprint Settings;  // of a definition
+  };
 
   static Key KeyOf(VQRTTYPE type, std::uint16_t pabid) { return static_cast<Key>(type) << 16 | pabid; }
   // Calls `work` for the object and each one in it that has a place here.
   template <typename Work>
   static void ForEach(VQRTObjectBody& object, Work work);
+  void Enter(VQRTObjectBody* object);
   void Drop(VQRTObjectBody* object);
   void Settle();
 
   std::unordered_map<Key, Objects> ByID;
-  Objects Definitions;
-  std::unordered_map<VQRTObjectBody*, Key> Keys;
+  std::unordered_map<Fingerprint, Objects> BySettings;
+  Objects Names;
+  std::unordered_map<VQRTObjectBody*, Entry> Entries;
   std::unordered_set<VQRTObjectBody*> Unread;
 };
 

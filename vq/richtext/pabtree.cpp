@@ -41,6 +41,12 @@ VQRTObjectBody* Companion(const VQRTObjectBody& definition) {
   return IDsOf(*next).First == IDsOf(definition).First ? next : nullptr;
 }
 
+VQRTObjectBody* NamedBy(const VQRTObjectBody& name) {
+  VQRTObjectBody* previous = name.GetPrevious();
+  bool defines = previous && previous->IsType(VQRTTYPE_PAB_DEFINITION);
+  return defines && IDsOf(*previous).First == IDsOf(name).First ? previous : nullptr;
+}
+
 VQSTATUS SplitAt(const VQRTCursor& cursor, Place* place) {
   if (!cursor.IsValid()) return VQERR_CURSOR_INVALID;
   TextPlace text(cursor);

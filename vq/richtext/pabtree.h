@@ -42,6 +42,8 @@ VQRTObjectBody* FindByPABID(const VQRTBaseContainerBody& root, VQRTObjectBody* f
                             std::uint16_t pabid);
 // The hide record or style name directly behind a definition that carries its identifier.
 VQRTObjectBody* Companion(const VQRTObjectBody& definition);
+// The definition directly before a style name that carries its identifier.
+VQRTObjectBody* NamedBy(const VQRTObjectBody& name);
 
 // A place between two neighbours of one container.
 struct Place {

@@ -69,6 +69,16 @@ void SetFlag(CDPABDEFINITION* record, unsigned short bit, bool on) {
   VQ_ASSERT_TEXT(record->Flags & PABFLAG_HIDE_UNLINK, "flags & PABFLAG_HIDE_UNLINK", "VQPARSTL");
 }
 
+std::uint64_t Fingerprint(const CDPABDEFINITION& record) {
+  constexpr std::uint64_t kPrime = 0x100000001B3;
+  std::uint64_t print = 0xCBF29CE484222325;
+  const auto add = [&](std::uint64_t field) { print = (print ^ field) * kPrime; };
+  std::apply([&](const auto&... fields) { (add(fields), ...); }, Settings(record));
+  std::for_each(record.Tabs, record.Tabs + tabs::Count(record),
+                [&](auto tab) { add(static_cast<std::uint16_t>(tab)); });
+  return print;
+}
+
 bool Equal(const CDPABDEFINITION& a, const CDPABDEFINITION& b) {
   return Settings(a) == Settings(b) && std::equal(a.Tabs, a.Tabs + tabs::Count(a), b.Tabs);
 }

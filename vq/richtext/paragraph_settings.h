@@ -21,6 +21,8 @@ void SetFlag(CDPABDEFINITION* record, unsigned short bit, bool on);
 
 // Alike apart from identifiers, headers and unused tab entries.
 bool Equal(const CDPABDEFINITION& a, const CDPABDEFINITION& b);
+// The same number for records that are equal.
+std::uint64_t Fingerprint(const CDPABDEFINITION& record);
 
 }  // namespace vq::paragraph
 

@@ -207,11 +207,14 @@ VQSTATUS VQRTContainerBody::FindParagraphStyle(const VQRTCursor& cursor, VQParag
 VQSTATUS VQRTContainerBody::FindSameParagraphStyle(const VQParagraphStyle& style, VQPABDefinition* definition,
                                                    VQRTObject* companion) {
   if (style.IsNull() || !definition || !companion) return VQERR_INVALID_PARAMETER;
+  CDPABDEFINITION settings{};
+  if (VQSTATUS status = style.GetParagraphStyleBody()->Definition().GetRecord(&settings)) return status;
   pab::IndexOf index(pab::Root(*this));
-  const vq::PABIndex::Objects& definitions = index->GetDefinitions();
-  for (auto at = definitions.lower_bound(this); at != definitions.end(); ++at) {
-    VQRTObjectBody* object = *at;
-    if (object->GetIndexValue() > EndIndexValue) break;
+  const vq::PABIndex::Objects& objects = style.IsNamed() ? index->GetNames() : index->GetDefinitions(settings);
+  for (auto at = objects.lower_bound(this); at != objects.end(); ++at) {
+    VQRTObjectBody* object = style.IsNamed() ? pab::NamedBy(**at) : *at;
+    if ((*at)->GetIndexValue() > EndIndexValue) break;
+    if (!object) continue;
     const VQRTObjectBody* table = vq::EnclosingTable(object);
     if (table && Contains(table)) continue;
     VQPABDefinitionBody* candidate = static_cast<VQPABDefinitionBody*>(object);
