@@ -127,6 +127,57 @@ TEST_F(RichTextEdit, CutsARunAboveTheLimit) {
   EXPECT_FALSE(other.IsDirty());
 }
 
+// Lines of a text go to the two sides of the place; what counts is what each run ends up with.
+TEST_F(RichTextEdit, HoldsTheLinesOfATextToTheLimit) {
+  const struct {
+    unsigned long Left, Right, First, Last;
+    VQSTATUS Status;
+  } rows[] = {
+      {25000, 15000, 10000, 10000, VQWARN_TEXT_OVER_20K}, {0, 40000, 10000, 100, VQWARN_TEXT_OVER_20K},
+      {40000, 0, 100, 21000, VQWARN_TEXT_OVER_20K},       {30000, 10000, 10953, 1, VQERR_TEXT_TOO_LONG},
+      {30000, 10000, 1, 30953, VQERR_TEXT_TOO_LONG},      {0, 40000, 1, 953, VQERR_TEXT_TOO_LONG},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.First);
+    const std::string left(row.Left, 'l'), right(row.Right, 'r'), first(row.First, 'f'), last(row.Last, 'e');
+    VQRichText text = RichText(Reference(1) + Text(left + right));
+    VQRTCursor cursor = At(text, row.Left);
+    EXPECT_EQ(text.Insert(Store(first + "\n" + last), &cursor), row.Status);
+    const bool refused = VQIsError(row.Status);
+    EXPECT_EQ(Plain(text), refused ? left + right : left + first + "\n" + last + right);
+    EXPECT_EQ(text.IsDirty(), refused ? 0 : 1);
+  }
+}
+
+// A place beside another object is no way around what its container takes.
+TEST_F(RichTextEdit, PutsSiblingsWhereALoadLeavesThem) {
+  const std::string table = TableBegin() + Cell(0, 0) + Text("a") + Cell(0, 1) + Text("b") + TableEnd();
+  const std::string popup = Hotspot(1) + Text("a") + HotspotEnd();
+  const struct {
+    const char* Beside;
+    std::string Records;
+    VQRTTYPE Type;
+    VQSTATUS Previous, Next;
+  } rows[] = {
+      {"a run", Text("a"), VQRTTYPE_STYLIZED_TEXT, VQ_OK, VQ_OK},
+      {"a table", table, VQRTTYPE_TABLE, VQ_OK, VQ_OK},
+      {"a cell", table, VQRTTYPE_TABLE_CELL, VQERR_CANT_INSERT_TYPE, VQERR_CANT_INSERT_TYPE},
+      {"a run in a cell", table, VQRTTYPE_STYLIZED_TEXT, VQ_OK, VQ_OK},
+      {"a table's end", table, VQRTTYPE_TABLE_END, VQERR_CANT_INSERT_TYPE, VQERR_CANT_INSERT_TYPE},
+      {"a hotspot's end", popup, VQRTTYPE_HOTSPOT_END, VQ_OK, VQERR_CANT_INSERT_TYPE},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.Beside);
+    VQRichText text = RichText(row.Records);
+    VQRTObject object;
+    ASSERT_EQ(text.FindFirst(row.Type, &object), VQ_OK);
+    VQStylizedText one(VQString("one")), two(VQString("two"));
+    EXPECT_EQ(object.InsertPreviousSibling(&one), row.Previous);
+    EXPECT_EQ(object.InsertNextSibling(&two), row.Next);
+    EXPECT_EQ(Plain(RichText(Written(text))), Plain(text));
+  }
+}
+
 struct UnreadableRow {
   const char* What;
   std::string Records;

@@ -193,6 +193,8 @@ VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObj
 
 namespace {
 
+constexpr unsigned long kLongestRun = vq::kItemTarget - 8;  // of text, in bytes
+
 // Runs `work` over the lines of the text; -1 for the line behind the last newline.
 template <typename Work>
 VQSTATUS ForEachLine(const VQString& text, Work work) {
@@ -209,21 +211,42 @@ VQSTATUS ForEachLine(const VQString& text, Work work) {
 }  // namespace
 
 VQSTATUS VQRTContainerBody::CheckLines(const VQString& text, const VQRTCursor& cursor) const {
-  constexpr unsigned long kMost = vq::kItemTarget - 8;
-  VQStylizedTextBody* run = vq::TextPlace(cursor).Run();
-  // The first line and the last one may share a run with what stands there: held to the whole of it.
-  const unsigned long present = run ? run->GetByteCount() : 0;
-  bool first = true;
+  const vq::TextPlace place(cursor);
+  const VQStylizedTextBody* run = place.Run();
+  std::uint32_t left = 0;
+  if (run) {
+    if (const VQSTATUS status = run->SpanBytes(place.Before, &left)) return status;
+  }
+  // The first line goes on from what stands left of the cursor, the last one ends with what stands right of it.
+  unsigned long present = left;
+  const unsigned long right = run ? run->GetByteCount() - left : 0;
   return ForEachLine(text, [&](const VQCHAR*, unsigned long bytes, bool last) {
-    const unsigned long with = first || last ? present : 0;
-    first = false;
-    return bytes + with > kMost ? VQERR_TEXT_TOO_LONG : VQ_OK;
+    const unsigned long whole = present + bytes + (last ? right : 0);
+    present = 0;
+    return whole > kLongestRun ? VQERR_TEXT_TOO_LONG : VQ_OK;
   });
+}
+
+VQSTATUS VQRTContainerBody::PartRun(const VQString& text, VQRTCursor* cursor) {
+  const vq::TextPlace place(*cursor);
+  VQStylizedTextBody* run = place.Run();
+  const VQCHAR* start = text.GetBuf();
+  const VQCHAR* end = std::find(start, start + text.GetBufLength(), static_cast<VQCHAR>('\n'));
+  if (!run || run->GetByteCount() + static_cast<unsigned long>(end - start) <= kLongestRun) return VQ_OK;
+  if (place.Before == 0) {
+    VQRTObject empty;
+    if (const VQSTATUS status = vq::pab::MakeEmptyText(run, &empty)) return status;
+    if (const VQSTATUS status = run->InsertPreviousSibling(empty.GetRTObjectBody())) return status;
+    return vq::pab::PutCursor(cursor, empty.GetRTObjectBody(), false);
+  }
+  if (place.Before == run->GetCharacterCount()) return VQ_OK;
+  if (const VQSTATUS status = run->SplitText(place.Before + 1)) return status;
+  return cursor->Assign(run, place.Before, 1);
 }
 
 VQSTATUS VQRTContainerBody::CheckNewText(const VQString& text, int convertNewlines) const {
   if (convertNewlines) return CheckLines(text, VQRTCursor());
-  return text.GetBufLength() > vq::kItemTarget - 8 ? VQERR_TEXT_TOO_LONG : VQ_OK;
+  return text.GetBufLength() > kLongestRun ? VQERR_TEXT_TOO_LONG : VQ_OK;
 }
 
 VQSTATUS VQRTContainerBody::InsertLine(const VQString& line, VQRTCursor* cursor) {
@@ -245,6 +268,7 @@ VQSTATUS VQRTContainerBody::Insert(const VQString& text, VQRTCursor* cursor, int
   if (!convertNewlines || !std::memchr(text.GetBuf(), '\n', text.GetBufLength())) return InsertLine(text, cursor);
   VQSTATUS status = CheckLines(text, *cursor);
   VQSTATUS result = VQ_OK;
+  if (status == VQ_OK) status = PartRun(text, cursor);
   if (status != VQ_OK) return status;
   status = ForEachLine(text, [&](const VQCHAR* line, unsigned long bytes, bool last) {
     const VQSTATUS inserted = bytes > 0 ? InsertLine(VQString(line, bytes), cursor) : VQ_OK;

@@ -100,6 +100,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   [[nodiscard]] VQSTATUS CheckLines(const VQString& text, const VQRTCursor& cursor) const;
   // The same for text that starts a run of its own.
   [[nodiscard]] VQSTATUS CheckNewText(const VQString& text, int convertNewlines) const;
+  // Parts the run at the cursor where it could not hold the first line as well.
+  [[nodiscard]] VQSTATUS PartRun(const VQString& text, VQRTCursor* cursor);
   [[nodiscard]] VQSTATUS InsertLine(const VQString& line, VQRTCursor* cursor);
   [[nodiscard]] VQSTATUS DeleteAcross(VQRTCursor* start, VQRTCursor* end);
 

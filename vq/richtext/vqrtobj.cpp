@@ -171,15 +171,31 @@ VQRTTYPE VQRTObject::GetType() const {
   return HasOffset() ? VQRTTYPE_CHAR : GetRTObjectBody()->GetType();
 }
 
+namespace {
+
+// Whether the container around `beside` would be read back with the object in that place.
+VQSTATUS CheckSibling(const VQRTObjectBody& beside, const VQRTObjectBody& object, bool behind) {
+  const VQRTBaseContainerBody* parent = beside.GetParent();
+  if (!parent || object.GetParent()) return VQ_OK;  // the body's to refuse
+  const bool editable = parent->IsType(VQRTTYPE_CONTAINER) && parent->GetType() != VQRTTYPE_STYLIZED_TEXT;
+  if (!editable || (behind && beside.GetType() == VQRTTYPE_HOTSPOT_END)) return VQERR_CANT_INSERT_TYPE;
+  if (static_cast<const VQRTContainerBody*>(parent)->CanInsertType(object.GetType())) return VQ_OK;
+  return parent->IsType(VQRTTYPE_HOTSPOT) ? VQERR_RT_HOTSPOT_CONTENT : VQERR_CANT_INSERT_TYPE;
+}
+
+}  // namespace
+
 VQSTATUS VQRTObject::InsertNextSibling(VQRTObject* object) {
   if (!object || object->IsNull() || object->HasOffset()) return vq::Apply(VQERR_INVALID_PARAMETER);
-  const VQSTATUS status = HasOffset() ? VQERR_INAPPROPRIATE : Check(*this);
+  VQSTATUS status = HasOffset() ? VQERR_INAPPROPRIATE : Check(*this);
+  if (status == VQ_OK) status = CheckSibling(*GetRTObjectBody(), *object->GetRTObjectBody(), true);
   return vq::Apply(status != VQ_OK ? status : GetRTObjectBody()->InsertNextSibling(object->GetRTObjectBody()));
 }
 
 VQSTATUS VQRTObject::InsertPreviousSibling(VQRTObject* object) {
   if (!object || object->IsNull() || object->HasOffset()) return vq::Apply(VQERR_INVALID_PARAMETER);
-  const VQSTATUS status = HasOffset() ? VQERR_INAPPROPRIATE : Check(*this);
+  VQSTATUS status = HasOffset() ? VQERR_INAPPROPRIATE : Check(*this);
+  if (status == VQ_OK) status = CheckSibling(*GetRTObjectBody(), *object->GetRTObjectBody(), false);
   return vq::Apply(status != VQ_OK ? status : GetRTObjectBody()->InsertPreviousSibling(object->GetRTObjectBody()));
 }
 

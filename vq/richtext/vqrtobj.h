@@ -43,6 +43,9 @@ class VQ_API VQRTObject : public VQSmartPtr {
   VQRTTYPE GetType() const;
   int HasOffset() const { return Offset != 0; }
   unsigned long GetOffset() const { return Offset; }
+  // Puts a detached object beside this one. VQERR_RT_ALREADY_MEMBER, VQERR_RT_NOT_MEMBER when this one stands in no
+  // container, VQERR_CANT_INSERT_TYPE or VQERR_RT_HOTSPOT_CONTENT where the container does not take the object: text
+  // between the cells of a table, say.
   VQSTATUS InsertNextSibling(VQRTObject* object);
   VQSTATUS InsertPreviousSibling(VQRTObject* object);
   int IsDirty() const;

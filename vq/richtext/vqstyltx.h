@@ -52,6 +52,8 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
 
   unsigned long GetByteCount() const;
   unsigned long GetCharacterCount() const;
+  // Bytes of the first characters; VQERR_INVALID_PARAMETER when there are fewer.
+  [[nodiscard]] VQSTATUS SpanBytes(unsigned long characters, std::uint32_t* size) const;
   // VQWARN_TEXT_OVER_20K above 20 KB, VQERR_TEXT_TOO_LONG above 40 KB with nothing changed.
   [[nodiscard]] VQSTATUS InsertText(unsigned long charOffset, const VQString& text);
   // Cuts characters [first, first + count) out; handles in them move to `first`.
@@ -85,8 +87,6 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
 
   // The limit and the warning for a run of so many bytes.
   [[nodiscard]] static VQSTATUS CheckRoom(unsigned long byteCount);
-  // Bytes of the first characters; VQERR_INVALID_PARAMETER when there are fewer.
-  [[nodiscard]] VQSTATUS SpanBytes(unsigned long characters, std::uint32_t* size) const;
   // Bytes for bytes, with the record's length kept right; CheckRoom comes before what makes a run longer.
   void Replace(std::uint32_t offset, std::uint32_t oldBytes, const unsigned char* text, std::uint32_t newBytes);
   void MoveCharacters(unsigned long offset, VQStylizedTextBody* target);
