@@ -283,6 +283,7 @@ void StyleParagraphs(benchmark::State& state, bool ownStyles) {
   std::string lines;
   for (int line = 0; line < kLines; ++line) lines += "A line of a text with many paragraphs.\n";
   const auto count = static_cast<unsigned>(state.range(0));
+  Home::Get();
   for (auto _ : state) {
     state.PauseTiming();
     VQRichText text;
