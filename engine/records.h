@@ -10,7 +10,12 @@
 #define ODS_DWORD 1
 #define ODS_TIMEDATE 10
 #define ODS_RANGE 15
+#define ODS_VIEWTABLE 0x1D
+#define ODS_VIEWCOLUMN 0x1E
 #define ODS_IDTABLEHEADER 31
+#define ODS_VIEWTABLEEXTENSION 0x2B
+#define ODS_COLLATION 0x3B
+#define ODS_COLLATIONDESCRIPTOR 0x3C
 #define ODS_CDPARAGRAPH 0x6D
 #define ODS_CDPABDEFINITION 0x6E
 #define ODS_CDPABREFERENCE 0x6F
@@ -25,7 +30,9 @@
 #define ODS_CDHOTSPOTEND 0xE7
 #define ODS_CDPABHIDE 0x166
 #define ODS_CDPABFORMULAREF 0x167
+#define ODS_VIEWCOLUMNEXTENSION 0x1AC
 #define ODS_CDTEXTSTYLEEXT 0x1FC
+#define ODS_VIEWCALENDAR 0x201
 #define ODS_CDACTIVEOBJECT 0x204
 
 // List header of number and time lists: 4 bytes.
@@ -165,5 +172,138 @@ typedef struct CDACTIVEOBJECT {  // 6, data behind it
   uint16_t Type;
   uint16_t Reserved;
 } CDACTIVEOBJECT;
+
+// The item $ViewFormat: a ViewTableRecord; a ViewColumnRecord for each column; for each column its item name, title,
+// formula code and constant value; a ViewTableExtension; a ViewColumnExtension for each column. Older designs end
+// before either kind of extension.
+typedef struct ViewTableRecord {  // 10
+  uint8_t Version;
+  uint8_t Style;
+  uint16_t Columns;
+  uint16_t ItemSequenceNumber;  // in the next generated column item name
+  uint16_t Flags;
+  uint16_t Spare;
+} ViewTableRecord;
+
+typedef struct ViewColumnRecord {  // 32
+  uint16_t Signature;
+  uint16_t Flags1;
+  uint16_t ItemNameSize;
+  uint16_t TitleSize;
+  uint16_t FormulaSize;
+  uint16_t ConstantValueSize;
+  uint16_t DisplayWidth;  // eighths of a character
+  uint32_t FontID;
+  uint16_t Flags2;
+  NFMT NumberFormat;
+  TFMT DatetimeFormat;
+  uint16_t DataType;
+  uint16_t ListSeparator;
+} ViewColumnRecord;
+
+typedef struct ViewTableExtension {  // 38
+  uint16_t Length;
+  uint16_t LegacyBackground;
+  uint16_t Spare1;
+  uint32_t BorderFont;
+  uint32_t UnreadFont;
+  uint32_t TotalsFont;
+  uint16_t Spare2;
+  uint16_t AlternateRowColor;
+  uint16_t Signature;  // of the fields below
+  uint8_t LinesPerRow;
+  uint8_t RowSpacing;
+  uint16_t BackgroundColor;
+  uint8_t LinesPerHeading;
+  uint8_t WebFlags;
+  uint16_t Spare3[4];
+} ViewTableExtension;
+
+typedef struct ViewColumnExtension {  // 46
+  uint16_t Signature;
+  uint32_t TitleFont;
+  UNIVERSALSLATEID HeadingSortView;
+  uint16_t SecondarySortColumn;
+  uint16_t Spare1;
+  uint32_t Spare2[5];
+} ViewColumnExtension;
+
+// The item $CalendarFormat. Times of day are minutes after midnight.
+typedef struct ViewCalendarRecord {  // 58
+  uint8_t Version;
+  uint8_t Spare1;
+  uint32_t DateFont;
+  uint32_t TimeSlotFont;
+  uint32_t HeaderFont;
+  uint16_t DaySeparatorColor;
+  uint16_t TodayColor;
+  uint16_t Flags;
+  uint16_t BusyRowColor;
+  uint16_t TimeSlotStart;
+  uint16_t TimeSlotEnd;
+  uint16_t TimeSlotDuration;
+  uint16_t Spare2;
+  uint32_t Spare3[7];
+} ViewCalendarRecord;
+
+// A $Collation item: the header, its descriptors, then the item names that they point at.
+typedef struct CollationHeader {  // 6
+  uint16_t BufferSize;            // of the whole value behind the type word
+  uint16_t Items;
+  uint8_t Flags;  // COLLATION_UNIQUE
+  uint8_t Signature;
+} CollationHeader;
+
+typedef struct CollationDescriptor {  // 7
+  uint8_t Flags;
+  uint8_t Signature;
+  uint8_t KeyType;
+  uint16_t NameOffset;  // in the names
+  uint16_t NameLength;
+} CollationDescriptor;
+
+#define VIEWCOLUMN_SIGNATURE 0x4356
+#define VIEWCOLUMNEXTENSION_SIGNATURE 0x4357
+#define VIEWTABLEEXTENSION_SIGNATURE 0x2BAD
+#define COLLATION_SIGNATURE 0x44
+#define COLLATION_UNIQUE 0x01  // keys are unique
+#define COLLATIONDESCRIPTOR_SIGNATURE 0x66
+#define COLLATE_DESCENDING 0x01
+#define COLLATE_CASE_INSENSITIVE 0x02
+#define COLLATE_ACCENT_INSENSITIVE 0x04
+#define COLLATE_SEPARATE_VALUES 0x08
+#define COLLATE_KEY_ITEM 0
+#define COLLATE_KEY_CATEGORY 7
+
+// Table flags
+#define VIEWTABLE_COLLAPSE 0x0001
+#define VIEWTABLE_FLAT 0x0002  // no response hierarchy
+#define VIEWTABLE_CONFLICTS 0x0008
+
+// Column flags, first word
+#define VIEWCOLUMN_SORTED 0x0001
+#define VIEWCOLUMN_CATEGORIZED 0x0002
+#define VIEWCOLUMN_DESCENDING 0x0004
+#define VIEWCOLUMN_HIDDEN 0x0008
+#define VIEWCOLUMN_RESPONSES_ONLY 0x0010
+#define VIEWCOLUMN_HIDE_DETAIL 0x0020
+#define VIEWCOLUMN_ICONS 0x0040
+#define VIEWCOLUMN_FIXED_WIDTH 0x0080
+#define VIEWCOLUMN_RESORT_ASCENDING 0x0100
+#define VIEWCOLUMN_RESORT_DESCENDING 0x0200
+#define VIEWCOLUMN_TWISTIE 0x0400
+#define VIEWCOLUMN_RESORT_VIEW 0x0800
+#define VIEWCOLUMN_SECOND_SORT 0x1000
+#define VIEWCOLUMN_SECOND_DESCENDING 0x2000
+#define VIEWCOLUMN_CASE_INSENSITIVE 0x4000
+#define VIEWCOLUMN_ACCENT_INSENSITIVE 0x8000
+
+// Column flags, second word
+#define VIEWCOLUMN_JUSTIFY_MASK 0x0003
+#define VIEWCOLUMN_TOTAL_MASK 0x003C
+#define VIEWCOLUMN_TITLE_JUSTIFY_SHIFT 6
+#define VIEWCOLUMN_TITLE_JUSTIFY_MASK 0x00C0
+#define VIEWCOLUMN_SEPARATE_VALUES 0x0100
+#define VIEWCOLUMN_LINKS 0x2000
 
 #endif

@@ -84,21 +84,56 @@ STORED(CDHOTSPOTBEGIN, 12, HEADER(CDHOTSPOTBEGIN), FIELD(CDHOTSPOTBEGIN, Type), 
        FIELD(CDHOTSPOTBEGIN, DataLength));
 STORED(CDHOTSPOTEND, 2, HEADER(CDHOTSPOTEND));
 STORED(CDACTIVEOBJECT, 6, FIELD(CDACTIVEOBJECT, Version), FIELD(CDACTIVEOBJECT, Type), FIELD(CDACTIVEOBJECT, Reserved));
+STORED(ViewTableRecord, 10, FIELD(ViewTableRecord, Version), FIELD(ViewTableRecord, Style),
+       FIELD(ViewTableRecord, Columns), FIELD(ViewTableRecord, ItemSequenceNumber), FIELD(ViewTableRecord, Flags),
+       FIELD(ViewTableRecord, Spare));
+STORED(ViewColumnRecord, 32, FIELD(ViewColumnRecord, Signature), FIELD(ViewColumnRecord, Flags1),
+       FIELD(ViewColumnRecord, ItemNameSize), FIELD(ViewColumnRecord, TitleSize), FIELD(ViewColumnRecord, FormulaSize),
+       FIELD(ViewColumnRecord, ConstantValueSize), FIELD(ViewColumnRecord, DisplayWidth),
+       FIELD(ViewColumnRecord, FontID), FIELD(ViewColumnRecord, Flags2), FIELD(ViewColumnRecord, NumberFormat),
+       FIELD(ViewColumnRecord, DatetimeFormat), FIELD(ViewColumnRecord, DataType),
+       FIELD(ViewColumnRecord, ListSeparator));
+STORED(ViewTableExtension, 38, FIELD(ViewTableExtension, Length), FIELD(ViewTableExtension, LegacyBackground),
+       FIELD(ViewTableExtension, Spare1), FIELD(ViewTableExtension, BorderFont), FIELD(ViewTableExtension, UnreadFont),
+       FIELD(ViewTableExtension, TotalsFont), FIELD(ViewTableExtension, Spare2),
+       FIELD(ViewTableExtension, AlternateRowColor), FIELD(ViewTableExtension, Signature),
+       FIELD(ViewTableExtension, LinesPerRow), FIELD(ViewTableExtension, RowSpacing),
+       FIELD(ViewTableExtension, BackgroundColor), FIELD(ViewTableExtension, LinesPerHeading),
+       FIELD(ViewTableExtension, WebFlags), FIELD(ViewTableExtension, Spare3));
+STORED(ViewColumnExtension, 46, FIELD(ViewColumnExtension, Signature), FIELD(ViewColumnExtension, TitleFont),
+       FIELD(ViewColumnExtension, HeadingSortView), FIELD(ViewColumnExtension, SecondarySortColumn),
+       FIELD(ViewColumnExtension, Spare1), FIELD(ViewColumnExtension, Spare2));
+STORED(ViewCalendarRecord, 58, FIELD(ViewCalendarRecord, Version), FIELD(ViewCalendarRecord, Spare1),
+       FIELD(ViewCalendarRecord, DateFont), FIELD(ViewCalendarRecord, TimeSlotFont),
+       FIELD(ViewCalendarRecord, HeaderFont), FIELD(ViewCalendarRecord, DaySeparatorColor),
+       FIELD(ViewCalendarRecord, TodayColor), FIELD(ViewCalendarRecord, Flags), FIELD(ViewCalendarRecord, BusyRowColor),
+       FIELD(ViewCalendarRecord, TimeSlotStart), FIELD(ViewCalendarRecord, TimeSlotEnd),
+       FIELD(ViewCalendarRecord, TimeSlotDuration), FIELD(ViewCalendarRecord, Spare2),
+       FIELD(ViewCalendarRecord, Spare3));
+STORED(CollationHeader, 6, FIELD(CollationHeader, BufferSize), FIELD(CollationHeader, Items),
+       FIELD(CollationHeader, Flags), FIELD(CollationHeader, Signature));
+STORED(CollationDescriptor, 7, FIELD(CollationDescriptor, Flags), FIELD(CollationDescriptor, Signature),
+       FIELD(CollationDescriptor, KeyType), FIELD(CollationDescriptor, NameOffset),
+       FIELD(CollationDescriptor, NameLength));
 
 constexpr Run kWordRun[] = {{0, 0, 2}};
 constexpr Run kDwordRun[] = {{0, 0, 4}};
 
-#define LAYOUT(structure)                                                                                          \
-  Layout {                                                                                                         \
-    ODS_##structure, k##structure.stored, sizeof(structure), std::span(k##structure.run).first(k##structure.count) \
-  }
+#define LAYOUT_OF(code, structure) \
+  Layout { code, k##structure.stored, sizeof(structure), std::span(k##structure.run).first(k##structure.count) }
+#define LAYOUT(structure) LAYOUT_OF(ODS_##structure, structure)
 
 constexpr Layout kLayouts[] = {
     Layout{ODS_WORD, 2, 2, kWordRun},
     Layout{ODS_DWORD, 4, 4, kDwordRun},
     LAYOUT(TIMEDATE),
     LAYOUT(RANGE),
+    LAYOUT_OF(ODS_VIEWTABLE, ViewTableRecord),
+    LAYOUT_OF(ODS_VIEWCOLUMN, ViewColumnRecord),
     LAYOUT(IDTABLEHEADER),
+    LAYOUT_OF(ODS_VIEWTABLEEXTENSION, ViewTableExtension),
+    LAYOUT_OF(ODS_COLLATION, CollationHeader),
+    LAYOUT_OF(ODS_COLLATIONDESCRIPTOR, CollationDescriptor),
     LAYOUT(CDPARAGRAPH),
     LAYOUT(CDPABDEFINITION),
     LAYOUT(CDPABREFERENCE),
@@ -113,7 +148,9 @@ constexpr Layout kLayouts[] = {
     LAYOUT(CDHOTSPOTEND),
     LAYOUT(CDPABHIDE),
     LAYOUT(CDPABFORMULAREF),
+    LAYOUT_OF(ODS_VIEWCOLUMNEXTENSION, ViewColumnExtension),
     LAYOUT(CDTEXTSTYLEEXT),
+    LAYOUT_OF(ODS_VIEWCALENDAR, ViewCalendarRecord),
     LAYOUT(CDACTIVEOBJECT),
 };
 static_assert(std::ranges::is_sorted(kLayouts, std::ranges::less{}, &Layout::code));
