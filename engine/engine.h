@@ -4,6 +4,7 @@
 
 #include "engine/converter.h"
 #include "engine/database.h"
+#include "engine/formula.h"
 #include "engine/idtable.h"
 #include "engine/later.h"
 #include "engine/memory.h"

@@ -174,17 +174,6 @@ ENG_API ENGSTATUS EngFtSearch(ENGHANDLE db, ENGHANDLE* search, ENGHANDLE collect
                               uint32_t options, uint16_t limit, ENGHANDLE table, uint32_t* hits, ENGHANDLE* reserved,
                               ENGHANDLE* result);
 
-// Formulas
-ENG_API ENGSTATUS EngFormulaCompile(const ENGCHAR* text, uint16_t length, ENGHANDLE* code, uint16_t* code_length,
-                                    void* error);
-ENG_API ENGSTATUS EngFormulaComputeStart(uint16_t flags, const void* code, ENGHANDLE* compute);
-ENG_API ENGSTATUS EngFormulaComputeStop(ENGHANDLE compute);
-ENG_API ENGSTATUS EngFormulaDecompile(const void* code, uint16_t flags, ENGHANDLE* text, uint16_t* length);
-ENG_API ENGSTATUS EngFormulaEvaluate(ENGHANDLE compute, ENGHANDLE slate, ENGHANDLE* result, uint16_t* length,
-                                     uint16_t* flags);
-ENG_API ENGSTATUS EngFormulaGetInfo(ENGHANDLE compute, uint16_t selector, void* target);
-ENG_API ENGSTATUS EngFormulaRelease(ENGHANDLE code);
-
 // Agents
 ENG_API ENGSTATUS EngAgentClose(ENGHANDLE agent);
 ENG_API ENGSTATUS EngAgentCreateRunContext(ENGHANDLE agent, uint32_t flags, ENGHANDLE* context);

@@ -54,6 +54,32 @@
 #define ENG_ERR_NO_OBJECT 579
 #define ENG_ERR_OBJECT_RANGE 580
 
+// formulas: texts
+#define ENG_ERR_FORMULA_EMPTY 640      // nothing to compute
+#define ENG_ERR_FORMULA_SYNTAX 641     // something cannot stand where it stands
+#define ENG_ERR_FORMULA_CHARACTER 642  // a character of no meaning
+#define ENG_ERR_FORMULA_TEXT 643       // a text or bracket is not closed
+#define ENG_ERR_FORMULA_NUMBER 644     // not a number
+#define ENG_ERR_FORMULA_TIME 645       // not a time
+#define ENG_ERR_FORMULA_FUNCTION 646   // an unknown @function
+#define ENG_ERR_FORMULA_ARGUMENTS 647  // a wrong number of arguments
+#define ENG_ERR_FORMULA_KEYWORD 648    // a keyword that the function does not know
+#define ENG_ERR_FORMULA_TARGET 649     // nothing that can be assigned to
+#define ENG_ERR_FORMULA_NESTING 650    // parts lie too deep in each other
+#define ENG_ERR_FORMULA_TOO_LARGE 651  // the code would be above 65,535 bytes
+// formulas: code and evaluation
+#define ENG_ERR_FORMULA_CODE 656      // bytes that are no code
+#define ENG_ERR_FORMULA_VERSION 657   // code of a newer release
+#define ENG_ERR_FORMULA_STEPS 658     // the limit of steps
+#define ENG_ERR_FORMULA_MEMORY 659    // the limit of memory
+#define ENG_ERR_FORMULA_TYPE 660      // an operand or argument of a wrong type
+#define ENG_ERR_FORMULA_VALUE 661     // an argument out of range
+#define ENG_ERR_FORMULA_DIVISION 662  // division by zero
+#define ENG_ERR_FORMULA_DOCUMENT 663  // a fact of the document, and there is none
+#define ENG_ERR_FORMULA_LOOKUP 664    // look-ups are not to be had here
+#define ENG_ERR_FORMULA_RESULT 665    // the value is too large for an item
+#define ENG_ERR_FORMULA_FAILED 666    // the formula says so itself: @Error
+
 // collections, values
 #define ENG_ERR_TOO_MANY_KEYS 816
 #define ENG_ERR_NO_ENTRY 1028

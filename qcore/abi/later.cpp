@@ -1,6 +1,7 @@
 // The operations of engine/later.h: each tells the caller which one it is.
 #include "engine/later.h"
 
+#include "engine/formula.h"
 #include "engine/status.h"
 #include "qcore/abi/later.h"
 
@@ -190,7 +191,7 @@ ENGSTATUS EngFtSearch(ENGHANDLE, ENGHANDLE*, ENGHANDLE, const ENGCHAR*, uint32_t
                       ENGHANDLE*, ENGHANDLE*) {
   return NotAvailable(EngLater_FtSearch);
 }
-ENGSTATUS EngFormulaCompile(const ENGCHAR*, uint16_t, ENGHANDLE*, uint16_t*, void*) {
+ENGSTATUS EngFormulaCompile(const ENGCHAR*, uint16_t, ENGHANDLE*, uint16_t*, ENGFORMULAERROR*) {
   return NotAvailable(EngLater_FormulaCompile);
 }
 ENGSTATUS EngFormulaComputeStart(uint16_t, const void*, ENGHANDLE*) {

@@ -30,6 +30,7 @@ enum class Kind : std::uint32_t {
   kSlate = 4,
   kLibrary = 5,
   kCharset = 6,
+  kCompute = 7,
 };
 
 // A number for the calling thread, never 0 and never used twice.

@@ -2,18 +2,12 @@
 
 #include <cstring>
 
-#include "engine/later.h"
+#include "engine/formula.h"
 #include "engine/memory.h"
 #include "vq/store/vqitem.h"
 #include "vq/store/vqslate.h"
 
 namespace {
-
-// Where the compiler says that a text is wrong.
-struct CompileError {
-  uint32_t Offset = 0;
-  uint32_t Length = 0;
-};
 
 bool HoldsType(VQCLASSID handle, unsigned short type) {
   unsigned kind = type & 0xFF00U;
@@ -77,7 +71,7 @@ VQSTATUS VQFormulaBody::Compile(const VQString& text, unsigned long* errorOffset
   if (text.GetBufLength() > 0xFFFF) return VQERR_STRING_TOO_LONG;
   ENGHANDLE block = 0;
   uint16_t length = 0;
-  CompileError error;
+  ENGFORMULAERROR error{};
   VQSTATUS status = vq::FromEngine(
       EngFormulaCompile(text.GetBuf(), static_cast<uint16_t>(text.GetBufLength()), &block, &length, &error));
   if (status != VQ_OK) {
