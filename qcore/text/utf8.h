@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "engine/types.h"
 
@@ -50,7 +51,7 @@ void Append(std::int32_t code, std::string* text);
 // The longest part of the text from its start that has at most `limit` bytes and splits no character.
 std::size_t CutLength(Text text, std::size_t limit);
 
-inline Text AsText(const std::string& text) { return {reinterpret_cast<const ENGCHAR*>(text.data()), text.size()}; }
+inline Text AsText(std::string_view text) { return {reinterpret_cast<const ENGCHAR*>(text.data()), text.size()}; }
 
 }  // namespace qcore::text
 

@@ -1,0 +1,49 @@
+// Folders: design slates of the view class with a stored list of documents.
+//
+// Membership is kept beside the folder's slate, with a change number of its own for each folder: a document's deletion
+// takes it out of every folder in the same transaction, the folder's deletion empties it. All changes are whole or do
+// not happen. Operations take the database's mutex; those that need it held say so.
+#ifndef QUILLON_QCORE_FOLDERS_FOLDERS_H
+#define QUILLON_QCORE_FOLDERS_FOLDERS_H
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "qcore/store/database.h"
+
+namespace qcore {
+
+enum class FolderSharing : std::uint16_t { kShared = 0, kPrivate = 1 };
+
+// A new folder of the design of slate `format` in `format_database`; `format` 0 stands for a plain design of one column
+// that shows the document's position. ENG_ERR_FOLDER_NAME for an empty name, one above 64 bytes or one in use by a view
+// or folder; ENG_ERR_NOT_FOLDER when `format` is neither a view nor a folder.
+[[nodiscard]] ENGSTATUS CreateFolder(const std::shared_ptr<Database>& database,
+                                     const std::shared_ptr<Database>& format_database, std::uint32_t format,
+                                     std::string_view name, FolderSharing sharing, std::uint32_t* id);
+// Design and members.
+[[nodiscard]] ENGSTATUS CopyFolder(const std::shared_ptr<Database>& database, std::uint32_t folder,
+                                   std::string_view name, std::uint32_t* id);
+[[nodiscard]] ENGSTATUS RenameFolder(const std::shared_ptr<Database>& database, std::uint32_t folder,
+                                     std::string_view name);
+
+// ENG_ERR_SLATE_DELETED or ENG_ERR_NO_SLATE, and no change, when one of the IDs is no document of this database; IDs
+// that are members already stay.
+[[nodiscard]] ENGSTATUS AddToFolder(const std::shared_ptr<Database>& database, std::uint32_t folder,
+                                    ENGHANDLE id_table);
+// IDs that are no members are passed over.
+[[nodiscard]] ENGSTATUS RemoveFromFolder(const std::shared_ptr<Database>& database, std::uint32_t folder,
+                                         ENGHANDLE id_table);
+[[nodiscard]] ENGSTATUS EmptyFolder(const std::shared_ptr<Database>& database, std::uint32_t folder);
+
+// With the mutex held: the members in ascending order; the number of the folder's last change, 0 for none; what was
+// added and removed behind change `since`, in ascending order, each ID in at most one list.
+[[nodiscard]] ENGSTATUS FolderMembers(Database& database, std::uint32_t folder, std::vector<std::uint32_t>* ids);
+[[nodiscard]] ENGSTATUS FolderSequence(Database& database, std::uint32_t folder, std::uint64_t* sequence);
+[[nodiscard]] ENGSTATUS FolderChanges(Database& database, std::uint32_t folder, std::uint64_t since,
+                                      std::vector<std::uint32_t>* added, std::vector<std::uint32_t>* removed);
+
+}  // namespace qcore
+
+#endif
