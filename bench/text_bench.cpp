@@ -77,6 +77,19 @@ void CallEmpty(benchmark::State& state) {
 }
 BENCHMARK(CallEmpty);
 
+// The calls of the pair below and nothing else: two functions in turn are more than one function twice, since the
+// processor has two more jumps to foresee.
+void CallEmptyPair(benchmark::State& state) {
+  int values[8] = {};
+  std::size_t turn = 0;
+  for (auto _ : state) {
+    const int value = values[++turn & 7];
+    benchmark::DoNotOptimize(EmptyCall(value));
+    OtherEmptyCall(value);
+  }
+}
+BENCHMARK(CallEmptyPair);
+
 // One block again and again, and eight in turn: the changes of one block's count wait for each other.
 void CallEngMemLockAndUnlock(benchmark::State& state) {
   bench::Home::Get();

@@ -63,22 +63,28 @@ class HandleTable {
     std::int32_t Pins() const {
       return owner_pins.load(std::memory_order_relaxed) + other_pins.load(std::memory_order_acquire);
     }
-    void Pin() { Count(1); }
+    void Pin() {
+      if (IsOwners()) [[likely]] {
+        owner_pins.store(owner_pins.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+      } else {
+        other_pins.fetch_add(1, std::memory_order_acq_rel);
+      }
+    }
     // False, and nothing changes, when there is no pin.
     bool Unpin() {
-      if (Pins() <= 0) return false;
-      Count(-1);
+      const std::int32_t owners = owner_pins.load(std::memory_order_relaxed);
+      if (owners + other_pins.load(std::memory_order_acquire) <= 0) [[unlikely]]
+        return false;
+      if (IsOwners()) [[likely]] {
+        owner_pins.store(owners - 1, std::memory_order_relaxed);
+      } else {
+        other_pins.fetch_sub(1, std::memory_order_acq_rel);
+      }
       return true;
     }
 
    private:
-    void Count(std::int32_t step) {
-      if (owner.load(std::memory_order_relaxed) == current_thread_number) {
-        owner_pins.store(owner_pins.load(std::memory_order_relaxed) + step, std::memory_order_relaxed);
-      } else {
-        other_pins.fetch_add(step, std::memory_order_acq_rel);
-      }
-    }
+    bool IsOwners() const { return owner.load(std::memory_order_relaxed) == current_thread_number; }
   };
 
   constexpr HandleTable() = default;
@@ -104,7 +110,9 @@ class HandleTable {
   // Of whatever kind the handle says, which is one at least: a free slot would be found for handle 0.
   Slot* FindSlot(ENGHANDLE handle) const {
     Slot* slot = SlotAt(handle & (kSlots - 1));
-    return slot->handle.load(std::memory_order_acquire) == handle ? slot : nullptr;
+    if (slot->handle.load(std::memory_order_acquire) != handle) [[unlikely]]
+      return nullptr;
+    return slot;
   }
 
   static Kind KindOf(ENGHANDLE handle) { return static_cast<Kind>(handle >> kKindShift); }
@@ -124,10 +132,11 @@ class HandleTable {
   std::uint32_t free_tail_ = 0;
 };
 
-extern HandleTable handle_table;
+// Hidden, so that look-up computes the addresses instead of loading them.
+[[gnu::visibility("hidden")]] extern HandleTable handle_table;
 
 // All slots, as one stretch of zero bytes: pages come into being as slots are used, and look-up needs no pointer.
-extern unsigned char handle_slots[HandleTable::kSlots * sizeof(HandleTable::Slot)];
+[[gnu::visibility("hidden")]] extern unsigned char handle_slots[HandleTable::kSlots * sizeof(HandleTable::Slot)];
 
 inline HandleTable::Slot* HandleTable::SlotAt(std::uint32_t index) {
   return reinterpret_cast<Slot*>(handle_slots) + index;
