@@ -48,7 +48,7 @@ void Fill(ENGHANDLE slate, std::uint32_t number) {
   for (const Field& field : kFields) {
     const std::string data = DataOf(field, number);
     Check(EngItemAppend(slate, ENG_ITEM_SUMMARY, Name(field.name), NameLength(field.name), field.type, data.data(),
-                        static_cast<std::uint32_t>(data.size()), nullptr));
+                        static_cast<std::uint32_t>(data.size()), nullptr, nullptr));
   }
 }
 
@@ -153,7 +153,8 @@ void SaveEngineBesideLargeBody(benchmark::State& state) {
   Fill(slate, 1);
   const std::string part(60000, 'x');
   for (std::uint32_t i = 0; i < kLargeParts; ++i) {
-    Check(EngItemAppend(slate, 0, Name("Body"), 4, 1, part.data(), static_cast<std::uint32_t>(part.size()), nullptr));
+    Check(EngItemAppend(slate, 0, Name("Body"), 4, 1, part.data(), static_cast<std::uint32_t>(part.size()), nullptr,
+                        nullptr));
   }
   Check(EngSlateUpdate(slate, 0));
   SaveRepeatedly(state, slate);

@@ -78,9 +78,10 @@ ENG_API ENGSTATUS EngItemQuery(ENGHANDLE slate, BLOCKID item, ENGCHAR* name, uin
 // The item's own change time; for one that was never saved the time of the call.
 ENG_API ENGSTATUS EngItemGetModified(ENGHANDLE slate, BLOCKID item, TIMEDATE* modified);
 
-// `data` lies behind the type word; names are 1 to 65,535 bytes without NUL.
+// `data` lies behind the type word; names are 1 to 65,535 bytes without NUL. `item` gets the new item, `value` the
+// place of its value; either may be null.
 ENG_API ENGSTATUS EngItemAppend(ENGHANDLE slate, uint16_t flags, const ENGCHAR* name, uint16_t name_length,
-                                uint16_t type, const void* data, uint32_t size, BLOCKID* item);
+                                uint16_t type, const void* data, uint32_t size, BLOCKID* item, BLOCKID* value);
 // The slate takes the block, whose first two bytes are the type word; on failure it stays the caller's.
 ENG_API ENGSTATUS EngItemAppendBlock(ENGHANDLE slate, uint16_t flags, const ENGCHAR* name, uint16_t name_length,
                                      ENGHANDLE memory, uint32_t size, BLOCKID* item);

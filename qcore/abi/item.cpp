@@ -139,14 +139,15 @@ ENGSTATUS EngItemGetModified(ENGHANDLE slate, BLOCKID item, TIMEDATE* modified) 
 }
 
 ENGSTATUS EngItemAppend(ENGHANDLE slate, uint16_t flags, const ENGCHAR* name, uint16_t name_length, uint16_t type,
-                        const void* data, uint32_t size, BLOCKID* item) {
+                        const void* data, uint32_t size, BLOCKID* item, BLOCKID* value) {
   if (!data && size != 0) return ENG_ERR_ARGUMENT;
   return WithSlate(slate, [&](Slate& target) -> ENGSTATUS {
     Slate::Slot slot = 0;
     const Bytes bytes(static_cast<const uint8_t*>(data), size);
     const ENGSTATUS status = target.Append(flags, Text(name, name_length), type, bytes, &slot);
-    if (status == ENG_OK && item) *item = target.IdOf(slot);
-    return status;
+    if (status != ENG_OK) return status;
+    if (item) *item = target.IdOf(slot);
+    return value ? GiveValue(target, slot, nullptr, value, nullptr) : ENGSTATUS{ENG_OK};
   });
 }
 

@@ -58,13 +58,6 @@ void FreeAll() {
   }
 }
 
-LockedBlock::LockedBlock(ENGHANDLE handle) : handle_(handle), slot_(FindBlock(handle)) {
-  if (!slot_) return;
-  slot_->Pin();
-  bytes_ = static_cast<unsigned char*>(slot_->object.load(std::memory_order_relaxed));
-  size_ = slot_->size.load(std::memory_order_relaxed);
-}
-
 // Counted when asked for: counters would cost every allocation more than the rest of it.
 Statistics Live() {
   Statistics live{0, 0};

@@ -6,6 +6,7 @@
 #define QUILLON_QCORE_MEMORY_MEMORY_H
 
 #include <cstdint>
+#include <span>
 
 #include "engine/status.h"
 #include "engine/types.h"
@@ -63,10 +64,23 @@ inline void* Lock(ENGHANDLE handle) {
   return ENG_OK;
 }
 
+// The bytes of a block, for an owner that knows that nobody frees it meanwhile; none for a handle that is not live.
+inline std::span<unsigned char> BytesOf(ENGHANDLE handle) {
+  const HandleTable::Slot* slot = FindBlock(handle);
+  if (!slot) return {};
+  return {static_cast<unsigned char*>(slot->object.load(std::memory_order_acquire)),
+          slot->size.load(std::memory_order_relaxed)};
+}
+
 // Holds a block locked. `bytes()` is null when the handle is not a live block.
 class LockedBlock {
  public:
-  explicit LockedBlock(ENGHANDLE handle);
+  explicit LockedBlock(ENGHANDLE handle) : handle_(handle), slot_(FindBlock(handle)) {
+    if (!slot_) return;
+    slot_->Pin();
+    bytes_ = static_cast<unsigned char*>(slot_->object.load(std::memory_order_relaxed));
+    size_ = slot_->size.load(std::memory_order_relaxed);
+  }
   // Slots outlive their handles; one that has lost the handle has lost the lock with it.
   ~LockedBlock() {
     if (slot_ && slot_->handle.load(std::memory_order_acquire) == handle_) slot_->Unpin();

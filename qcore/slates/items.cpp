@@ -91,13 +91,6 @@ ENGSTATUS Slate::MaterialiseLocked(Item& item) {
   return ENG_OK;
 }
 
-Bytes Slate::BytesOf(const Item& item) const {
-  const memory::LockedBlock block(item.pool != 0 ? item.pool : packed_);
-  const std::uint32_t start = item.pool != 0 ? item.offset : item.packed_at;
-  if (!block.bytes() || start > block.size() || item.size > block.size() - start) return {};
-  return {block.bytes() + start, item.size};
-}
-
 bool Slate::IsLocked(const Item& item) const {
   if (!item.own_block) return false;
   const HandleTable::Slot* slot = handle_table.FindSlot(Kind::kMemory, item.pool);
@@ -125,19 +118,17 @@ ENGSTATUS Slate::TakeSlot(Slot* slot) {
   return ENG_OK;
 }
 
-ENGSTATUS Slate::AddOwned(std::uint16_t flags, std::string_view name, ENGHANDLE memory, std::uint32_t size,
-                          Slot* slot) {
+ENGSTATUS Slate::AddOwned(std::uint16_t flags, std::string_view name, ENGHANDLE memory, Bytes value, Slot* slot) {
   const ItemName* interned = database_->names().Intern(name);
   if (order_.size() == order_.capacity()) order_.reserve(std::max<std::size_t>(16, 2 * order_.size()));
   const ENGSTATUS status = TakeSlot(slot);
   if (status != ENG_OK) return status;
-  const memory::LockedBlock block(memory);
   Item& item = items_[*slot];
   item.name = interned;
   item.pool = memory;
-  item.size = size;
+  item.size = static_cast<std::uint32_t>(value.size());
   item.flags = flags;
-  item.type = LoadLittle<std::uint16_t>(block.bytes());
+  item.type = LoadLittle<std::uint16_t>(value.data());
   item.own_block = true;
   item.changed = true;
   item.touched = true;
@@ -153,12 +144,10 @@ ENGSTATUS Slate::Append(std::uint16_t flags, std::string_view name, std::uint16_
   ENGHANDLE memory = 0;
   ENGSTATUS status = memory::Allocate(Kind::kMemory, size, memory::Fill::kNone, &memory);
   if (status != ENG_OK) return status;
-  {
-    const memory::LockedBlock block(memory);
-    StoreLittle(block.bytes(), type);
-    std::copy(data.begin(), data.end(), block.bytes() + kSmallestValue);
-  }
-  status = AddOwned(flags, name, memory, size, slot);
+  const std::span<std::uint8_t> value = memory::BytesOf(memory);
+  StoreLittle(value.data(), type);
+  std::copy(data.begin(), data.end(), value.data() + kSmallestValue);
+  status = AddOwned(flags, name, memory, value, slot);
   if (status != ENG_OK) memory::Release(Kind::kMemory, memory);
   return status;
 }
@@ -179,7 +168,7 @@ ENGSTATUS Slate::AppendBlock(std::uint16_t flags, std::string_view name, ENGHAND
                              Slot* slot) {
   if (!IsName(name)) return ENG_ERR_ITEM_NAME;
   const ENGSTATUS status = CheckBlock(memory, size);
-  return status == ENG_OK ? AddOwned(flags, name, memory, size, slot) : status;
+  return status == ENG_OK ? AddOwned(flags, name, memory, memory::BytesOf(memory).first(size), slot) : status;
 }
 
 ENGSTATUS Slate::ReplaceBlock(Slot slot, ENGHANDLE memory, std::uint32_t size) {
@@ -191,12 +180,10 @@ ENGSTATUS Slate::ReplaceBlock(Slot slot, ENGHANDLE memory, std::uint32_t size) {
     if (IsLocked(item)) return ENG_ERR_MEMORY_LOCKED;
     ReleaseValue(item);
   }
-  const memory::LockedBlock block(memory);
   item.pool = memory;
   item.offset = 0;
   item.own_block = true;
   item.size = size;
-  item.type = LoadLittle<std::uint16_t>(block.bytes());
   Touch(slot);
   return ENG_OK;
 }
@@ -215,14 +202,12 @@ ENGSTATUS Slate::Reallocate(Slot slot, std::uint32_t size) {
     ENGHANDLE pool = 0;
     status = memory::Allocate(Kind::kMemory, size, memory::Fill::kNone, &pool);
     if (status != ENG_OK) return status;
-    const memory::LockedBlock block(pool);
-    std::copy_n(old.begin(), std::min(size, item.size), block.bytes());
+    std::copy_n(old.begin(), std::min(size, item.size), memory::BytesOf(pool).data());
     item.pool = pool;
     item.offset = 0;
     item.own_block = true;
   }
-  const memory::LockedBlock block(item.pool);
-  if (size > item.size) std::fill(block.bytes() + item.size, block.bytes() + size, std::uint8_t{0});
+  if (size > item.size) std::ranges::fill(memory::BytesOf(item.pool).subspan(item.size), std::uint8_t{0});
   item.size = size;
   Touch(slot);
   return ENG_OK;

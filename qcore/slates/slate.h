@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "engine/slate.h"
+#include "qcore/memory/memory.h"
 #include "qcore/slates/packed.h"
 #include "qcore/store/database.h"
 
@@ -139,7 +140,7 @@ class Slate final : public OpenSlate {
   [[nodiscard]] ENGSTATUS MaterialiseLocked(Item& item);
   [[nodiscard]] ENGSTATUS MakeNew();
   [[nodiscard]] ENGSTATUS TakeSlot(Slot* slot);
-  [[nodiscard]] ENGSTATUS AddOwned(std::uint16_t flags, std::string_view name, ENGHANDLE memory, std::uint32_t size,
+  [[nodiscard]] ENGSTATUS AddOwned(std::uint16_t flags, std::string_view name, ENGHANDLE memory, Bytes value,
                                    Slot* slot);
   [[nodiscard]] ENGSTATUS Search(std::size_t first, std::string_view name, Slot* slot) const;
   [[nodiscard]] ENGSTATUS CopyItem(const Item& source);
@@ -176,6 +177,13 @@ class Slate final : public OpenSlate {
   bool had_objects_ = false;
   std::unique_ptr<Saved> saved_;
 };
+
+inline Bytes Slate::BytesOf(const Item& item) const {
+  const Bytes block = memory::BytesOf(item.pool != 0 ? item.pool : packed_);
+  const std::uint32_t start = item.pool != 0 ? item.offset : item.packed_at;
+  if (start > block.size() || item.size > block.size() - start) return {};
+  return block.subspan(start, item.size);
+}
 
 // Reads one item of a stored slate without a handle: the first of that name, while `reader` runs.
 [[nodiscard]] ENGSTATUS ReadValueOf(const std::shared_ptr<Database>& database, std::uint32_t id, std::string_view name,

@@ -1,5 +1,7 @@
 #include "qcore/store/names.h"
 
+#include "qcore/handles/sole_thread.h"
+
 namespace qcore {
 
 namespace {
@@ -26,7 +28,7 @@ bool SameName(std::string_view a, std::string_view b) {
 }
 
 ItemName* NameTable::InternForChange(std::string_view text) {
-  const std::lock_guard lock(mutex_);
+  const std::unique_lock lock = LockIfThreaded(mutex_);
   const auto found = by_text_.find(text);
   if (found != by_text_.end()) return found->second;
   ItemName& name = names_.emplace_back(ItemName{std::string(text), FoldedHash(text)});

@@ -20,7 +20,7 @@ inline std::uint16_t Length(const std::string& text) { return static_cast<std::u
 inline ENGSTATUS Append(ENGHANDLE slate, const std::string& name, const std::string& data, std::uint16_t type = kText,
                         BLOCKID* item = nullptr) {
   return EngItemAppend(slate, ENG_ITEM_SUMMARY, Store(name), Length(name), type, data.data(),
-                       static_cast<std::uint32_t>(data.size()), item);
+                       static_cast<std::uint32_t>(data.size()), item, nullptr);
 }
 
 inline BLOCKID Find(ENGHANDLE slate, const std::string& name) {

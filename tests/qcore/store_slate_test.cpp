@@ -130,7 +130,7 @@ TEST_F(Slates, RefusalsChangeNothing) {
   const Refusal rows[] = {
       {"empty name", [](ENGHANDLE s) { return Append(s, "", "x"); }, ENG_ERR_ITEM_NAME},
       {"NUL in a name", [](ENGHANDLE s) { return Append(s, std::string("a\0b", 3), "x"); }, ENG_ERR_ITEM_NAME},
-      {"no bytes", [](ENGHANDLE s) { return EngItemAppend(s, 0, Store("x"), 1, 0, nullptr, 4, nullptr); },
+      {"no bytes", [](ENGHANDLE s) { return EngItemAppend(s, 0, Store("x"), 1, 0, nullptr, 4, nullptr, nullptr); },
        ENG_ERR_ARGUMENT},
       {"size 1", [](ENGHANDLE s) { return EngItemReallocate(s, Find(s, "A"), nullptr, 1); }, ENG_ERR_ITEM_SIZE},
       {"a name in use", [](ENGHANDLE s) { return EngItemRename(s, Find(s, "A"), Store("b"), 1); }, ENG_ERR_ITEM_EXISTS},

@@ -210,7 +210,7 @@ TEST_F(Slates, RenamesOneItemOrAllOfAName) {
   const BLOCKID none{};
   const ENGHANDLE slate = vq::ToHandle(document.GetSlateHandle());
   BLOCKID made = none;
-  ASSERT_EQ(EngItemAppend(slate, 0, vq::EngineText("Title"), 5, TYPE_TEXT, "b", 1, &made), ENG_OK);
+  ASSERT_EQ(EngItemAppend(slate, 0, vq::EngineText("Title"), 5, TYPE_TEXT, "b", 1, &made, nullptr), ENG_OK);
   ASSERT_EQ(document.RenameItem("Title", "Several"), VQ_OK);
   EXPECT_EQ(TextOf(VQString(text[0])), "a");
   EXPECT_FALSE(document.HasItem("Title"));

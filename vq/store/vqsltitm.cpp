@@ -149,14 +149,14 @@ VQSTATUS VQSlateBody::AppendItem(std::string_view name, unsigned short type, con
                                  unsigned short flags, vq::ItemPlace* place) {
   if (size > UINT32_MAX - kTypeWord) return VQERR_INVALID_PARAMETER;
   vq::ItemPlace made;
-  ENGSTATUS result = EngItemAppend(SlateHandle, flags, vq::EngineText(name), Length(name), type, data,
-                                   static_cast<std::uint32_t>(size), &made.Item);
+  made.Size = static_cast<std::uint32_t>(kTypeWord + size);
+  made.Type = type;
+  const ENGSTATUS result = EngItemAppend(SlateHandle, flags, vq::EngineText(name), Length(name), type, data,
+                                         static_cast<std::uint32_t>(size), &made.Item, &made.Value);
   if (result != ENG_OK) return vq::FromEngine(result);
   Dirty = 1;
-  if (place == nullptr) return VQ_OK;
-  result = EngItemQuery(SlateHandle, made.Item, nullptr, 0, nullptr, nullptr, &made.Type, &made.Value, &made.Size);
-  if (result == ENG_OK) *place = made;
-  return vq::FromEngine(result);
+  if (place != nullptr) *place = made;
+  return VQ_OK;
 }
 
 VQSTATUS VQSlateBody::AppendCopy(std::string_view name, unsigned short flags, const vq::ItemPlace& source) {

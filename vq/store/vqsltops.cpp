@@ -163,7 +163,6 @@ VQSTATUS VQSlate::Unsign() {
 
 VQSTATUS VQSlate::HandOut(VQSlateBody* body, VQItemBody* item, VQItem* target) const {
   const VQItem hold(item);
-  if (!vq::AcceptsItemBody(target->GetClassID(), item->GetClassID())) return VQERR_INCORRECT_ITEM_TYPE;
   return target->Assign(body, item);
 }
 
