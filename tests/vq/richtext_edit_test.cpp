@@ -5,6 +5,7 @@
 #include "tests/vq/support/records.h"
 #include "vq/richtext/font.h"
 #include "vq/richtext/fonttable.h"
+#include "vq/richtext/vqhotspot.h"
 #include "vq/store/vqcreate.h"
 #include "vq/store/vqdbbody.h"
 #include "vq/store/vqdoc.h"
@@ -176,6 +177,61 @@ TEST_F(RichTextEdit, PutsSiblingsWhereALoadLeavesThem) {
     EXPECT_EQ(object.InsertNextSibling(&two), row.Next);
     EXPECT_EQ(Plain(RichText(Written(text))), Plain(text));
   }
+}
+
+TEST_F(RichTextEdit, ClearsHotspotsAndKeepsWhatTheyShow) {
+  const std::string part = Record(SIG_CD_ACTION_PART, "part"), link = Record(SIG_CD_LINK_A, "link");
+  const std::string begin = TableBegin() + Cell(0, 0), other = Cell(0, 1) + Text("b");
+  const std::string head = Reference(1) + Text("x") + Paragraph() + Reference(1), tail = Paragraph() + Text("z");
+  const struct {
+    const char* What;
+    std::string Before, After;
+  } rows[] = {
+      {"a popup", Text("x") + Hotspot(1) + Text("a") + Text("b") + HotspotEnd() + Text("y"),
+       Text("x") + Text("a") + Text("b") + Text("y")},
+      {"an action with its parts", Hotspot(2) + part + Text("a") + HotspotEnd(), Text("a")},
+      {"a link with its record", Hotspot(11) + link + Text("a") + Paragraph() + Text("b") + HotspotEnd(),
+       Text("a") + Paragraph() + Text("b")},
+      {"one that shows nothing", head + Hotspot(1) + HotspotEnd() + tail, head + Text("") + tail},
+      {"a link over two cells", begin + Hotspot(11) + Text("a") + other + HotspotEnd() + TableEnd(),
+       begin + Text("a") + other + TableEnd()},
+      {"two", Hotspot(1) + Text("a") + HotspotEnd() + Hotspot(1) + Text("b") + HotspotEnd(), Text("a") + Text("b")},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText one = RichText(row.Before), all = RichText(row.Before);
+    VQRTObject object;
+    while (one.FindFirst(VQRTTYPE_HOTSPOT, &object) == VQ_OK) {
+      EXPECT_EQ(VQHotspot(object).GetCDSignature(), SIG_CD_V4HOTSPOTBEGIN);
+      ASSERT_EQ(one.ClearHotspot(&object), VQ_OK);
+    }
+    EXPECT_EQ(Written(one), row.After);
+    VQRTCursor start, end;
+    ASSERT_EQ(all.GetCursor(&start), VQ_OK);
+    ASSERT_EQ(all.GetEndCursor(&end), VQ_OK);
+    EXPECT_EQ(all.ClearHotspotRange(start, end), VQ_OK);
+    EXPECT_EQ(Written(all), row.After);
+    ASSERT_EQ(all.GetCursor(&start), VQ_OK);
+    EXPECT_EQ(all.ClearHotspotRange(start, start), VQWARN_NOT_FOUND);
+    ASSERT_EQ(all.FindFirst(VQRTTYPE_STYLIZED_TEXT, &object), VQ_OK);
+    EXPECT_EQ(all.ClearHotspot(&object), VQERR_INAPPROPRIATE);
+    EXPECT_EQ(StatusOf([&] { return VQHotspot(object).GetHotspotType(); }), VQERR_CONVERSION_FAILED);
+  }
+  EXPECT_EQ(StatusOf([] { return VQHotspotEnd(SIG_CD_PARAGRAPH).GetCDSignature(); }), VQERR_INVALID_PARAMETER);
+}
+
+TEST_F(RichTextEdit, ReadsTheDataOfAHotspot) {
+  VQRichText text = RichText(Record(SIG_CD_V4HOTSPOTBEGIN, Bytes({11, 0, 0, 0, 0, 0x10, 3, 0}) + "url") + HotspotEnd());
+  VQRTObject object;
+  ASSERT_EQ(text.FindFirst(VQRTTYPE_URL_LINK, &object), VQ_OK);
+  const VQHotspot link(object);
+  EXPECT_EQ(link.GetHotspotType(), 11);
+  EXPECT_EQ(link.GetHotspotFlags(), 0x10000000u);
+  ASSERT_EQ(link.GetDataLength(), 3u);
+  std::string url(3, ' ');
+  EXPECT_EQ(link.ReadData(0, url.data(), 3), VQ_OK);
+  EXPECT_EQ(url, "url");
+  EXPECT_EQ(link.ReadData(1, url.data(), 3), VQERR_RT_INVALID) << "the padding byte is no data";
 }
 
 struct UnreadableRow {

@@ -8,6 +8,8 @@
 class VQCompositeData;
 class VQFontStyle;
 class VQFontTable;
+class VQHotspot;
+class VQHotspotEnd;
 class VQItem;
 class VQNamedStyle;
 class VQNewParagraph;

@@ -80,6 +80,14 @@ VQSTATUS VQRichText::Append(const VQRTObject& object, VQRTObject* appended) {
   return Run([&](VQRTContainerBody& body) { return body.Append(object, appended); });
 }
 
+VQSTATUS VQRichText::ClearHotspot(VQRTObject* hotspot) {
+  return Run([&](VQRTContainerBody& body) { return body.ClearHotspot(hotspot); });
+}
+
+VQSTATUS VQRichText::ClearHotspotRange(const VQRTCursor& start, const VQRTCursor& end) {
+  return Run([&](VQRTContainerBody& body) { return body.ClearHotspotRange(start, end); });
+}
+
 VQSTATUS VQRichText::Delete(VQRTCursor* start, VQRTCursor* end) {
   return Run([&](VQRTContainerBody& body) { return body.Delete(start, end); });
 }

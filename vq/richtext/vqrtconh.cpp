@@ -54,6 +54,14 @@ VQSTATUS VQRTContainer::Append(const VQRTObject& object, VQRTObject* appended) {
   return Run(*this, [&](VQRTContainerBody& body) { return body.Append(object, appended); });
 }
 
+VQSTATUS VQRTContainer::ClearHotspot(VQRTObject* hotspot) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.ClearHotspot(hotspot); });
+}
+
+VQSTATUS VQRTContainer::ClearHotspotRange(const VQRTCursor& start, const VQRTCursor& end) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.ClearHotspotRange(start, end); });
+}
+
 VQSTATUS VQRTContainer::Delete(VQRTCursor* start, VQRTCursor* end) {
   return Run(*this, [&](VQRTContainerBody& body) { return body.Delete(start, end); });
 }

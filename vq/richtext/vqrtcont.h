@@ -26,6 +26,10 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS Append(const VQString& text, int convertNewlines);
   virtual VQSTATUS Append(const VQRichText& richText);
   virtual VQSTATUS Append(const VQRTObject& object, VQRTObject* appended);
+  // Takes a hotspot away; what it shows stays in its place. VQERR_INAPPROPRIATE for another object.
+  virtual VQSTATUS ClearHotspot(VQRTObject* hotspot);
+  // The same for all hotspots between the cursors and around the first of them; VQWARN_NOT_FOUND when there are none.
+  virtual VQSTATUS ClearHotspotRange(const VQRTCursor& start, const VQRTCursor& end);
   // The two cursors end up at the place of the deletion. VQERR_CURSOR_ORDER, VQERR_RT_SELECTION_INVALID. A paragraph
   // record of its own is refused with VQERR_WRONG_SITUATION, the end record of a structure with VQERR_INAPPROPRIATE.
   virtual VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);

@@ -107,6 +107,8 @@ class VQ_API VQRTContainer : public VQRTElement {
   VQSTATUS Append(const VQString& text, int convertNewlines = 1);
   VQSTATUS Append(const VQRichText& richText);
   VQSTATUS Append(const VQRTObject& object, VQRTObject* appended = nullptr);
+  VQSTATUS ClearHotspot(VQRTObject* hotspot);
+  VQSTATUS ClearHotspotRange(const VQRTCursor& start, const VQRTCursor& end);
   VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);
   VQSTATUS Delete(VQRTCursor* start, unsigned long count);
   VQSTATUS Delete(VQRTObject* object);
