@@ -85,6 +85,13 @@ TEST_F(Convert, ConvertersThatBreakTheContractChangeNothing) {
     EXPECT_FALSE(std::filesystem::exists(Home.Path(std::string(row.file) + ".cd")));
   }
   EXPECT_EQ(Read("DEFAULT.CD"), "somebody's own");
+  // The name that a converter is given is as good as any, where nobody's file has it.
+  std::filesystem::remove("DEFAULT.CD");
+  Write("default.bad", "source");
+  VQRichText text;
+  ASSERT_EQ(text.Create(), VQ_OK);
+  EXPECT_EQ(Import(text, File("default.bad")), VQ_OK);
+  EXPECT_FALSE(std::filesystem::exists("DEFAULT.CD"));
   std::filesystem::current_path(folder);
 }
 

@@ -25,6 +25,11 @@ extern "C" ENG_API ENGSTATUS ConverterMain(ENGCONVERTERBUFFER* buffer, uint16_t,
   if (name.find("source") != std::string::npos) std::strncpy(buffer->FileName, file, sizeof buffer->FileName - 1);
   if (name.find("garbage") != std::string::npos) return WriteComposite(buffer, file, "\1\0\x85\xFF\xFF\xFFno", 8);
   if (name.find("cut") != std::string::npos) return WriteComposite(buffer, file, "\1\0\x85\xFF\x40\0\1\0", 8);
+  if (name.find("default") != std::string::npos) {
+    std::FILE* composite = std::fopen(buffer->FileName, "wb");
+    if (composite != nullptr) std::fwrite("\1\0\x85\xFF\x0A\0\1\0\0\x0Aok", 1, 12, composite);
+    return composite != nullptr && std::fclose(composite) == 0 ? 0 : 1;
+  }
   if (name.find("empty") != std::string::npos) return WriteComposite(buffer, file, "", 0);
   return 0;
 }

@@ -155,12 +155,12 @@ VQSTATUS ImportWith(const Converter& converter, const std::string& filename, uns
                     VQRichText* imported) {
   ENGCONVERTERBUFFER buffer{ENG_CONVERTER_DEFAULT_FILE, kImportFont};
   LoadedConverter library(converter.Library);
+  bool taken = access(ENG_CONVERTER_DEFAULT_FILE, F_OK) == 0;
   if (VQSTATUS status = library.Run(&buffer, ENG_CONVERT_IMPORT, filename, options)) return status;
   buffer.FileName[sizeof buffer.FileName - 1] = '\0';
-  // A name that the converter did not make is somebody's file, which the end of the import would remove.
-  if (filename == buffer.FileName || std::strcmp(buffer.FileName, ENG_CONVERTER_DEFAULT_FILE) == 0) {
-    return VQERR_FILE_OPEN;
-  }
+  // A file that the converter did not make is somebody's, and the end of the import would remove it.
+  bool own = filename != buffer.FileName && !(taken && std::strcmp(buffer.FileName, ENG_CONVERTER_DEFAULT_FILE) == 0);
+  if (!own) return VQERR_FILE_OPEN;
   TemporaryFile temporary(buffer.FileName);
   ENGHANDLE block = 0;
   std::uint32_t size = 0;
