@@ -119,6 +119,66 @@ TEST_F(RichTextCursor, LooksLeftOfAnElement) {
   EXPECT_EQ(cursor.GetOffset(), 6u);
 }
 
+struct OthersRow {
+  const char* What;
+  std::string Before;
+  unsigned long Stands;    // steps from the start, of the cursor that is not in the edit
+  unsigned long From, To;  // another one deletes this
+  const char* Inserted;    // and puts this there
+  const char* Left;        // of the first cursor, then
+};
+
+TEST_F(RichTextCursor, KeepsItsPlaceInOthersEdits) {
+  const std::string run = Text("abcdef");
+  const OthersRow rows[] = {
+      {"behind what goes", run, 5, 1, 3, "", "ade"},
+      {"at the end of what goes", run, 3, 1, 3, "", "a"},
+      {"inside what goes", run, 2, 1, 4, "", "a"},
+      {"at a run's end that goes", run, 6, 4, 6, "", "abcd"},
+      {"inside a run's end", run, 5, 4, 6, "", "abcd"},
+      {"in a run that is emptied", run, 4, 0, 6, "", ""},
+      {"in an empty run that is filled", Text(""), 0, 0, 0, "abc", "abc"},
+      {"in front of what comes", run, 2, 4, 4, "xy", "ab"},
+      {"behind what comes", run, 5, 4, 4, "xy", "abcdxye"},
+      {"in the next run", Text("ab") + Unknown("u") + Text("cde"), 4, 1, 4, "", "a"},
+  };
+  for (const OthersRow& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(row.Before);
+    VQRTCursor cursor = At(text, row.Stands), from = At(text, row.From), to = At(text, row.To), end;
+    ASSERT_EQ(text.Delete(&from, &to), VQ_OK);
+    ASSERT_EQ(text.Insert(row.Inserted, &from, 0), VQ_OK);
+    VQString left;
+    ASSERT_EQ(text.GetText(At(text, 0), cursor, &left), VQ_OK);
+    EXPECT_EQ(TextOf(left), row.Left);
+    ASSERT_EQ(text.GetEndCursor(&end), VQ_OK);
+    EXPECT_EQ(cursor == end, Plain(text) == row.Left);
+    EXPECT_EQ(cursor.IsAtEnd(), cursor == end);
+    ASSERT_EQ(text.Insert("!", &cursor, 0), VQ_OK);
+    EXPECT_EQ(Plain(text).substr(0, left.GetBufLength() + 1), row.Left + std::string("!"));
+  }
+}
+
+// In a run of many characters, odd bytes among them, from both sides.
+TEST_F(RichTextCursor, FindsTheSameFromBothSides) {
+  std::string bytes;
+  for (int i = 0; i < 3000; ++i)
+    bytes += i % 97 == 0 ? "needle" : i % 5 == 0 ? "\xC3\xA9" : i % 11 == 0 ? "\xA9\xA9" : "e";
+  const VQRichText text = RichText(Text(bytes));
+  for (const char* pattern : {"needle", "\xA9", "ee", "\xC3\xA9"}) {
+    std::vector<unsigned long> forwards, backwards;
+    VQRTCursor cursor = At(text, 0);
+    for (VQSTATUS s = cursor.GotoFirst(pattern); s == VQ_OK; s = cursor.GotoNext(pattern)) {
+      forwards.push_back(cursor.GetOffset());
+    }
+    for (VQSTATUS s = cursor.GotoLast(pattern); s == VQ_OK; s = cursor.GotoPrevious(pattern)) {
+      backwards.insert(backwards.begin(), cursor.GetOffset());
+    }
+    EXPECT_GT(forwards.size(), 20u);
+    EXPECT_EQ(forwards, backwards) << pattern;
+  }
+}
+
 TEST_F(RichTextCursor, GoesToTheEndsOfContainers) {
   const VQRichText text =
       RichText(Text("x") + TableBegin() + Cell(0, 0) + Text("ab") + Cell(0, 1) + Text("cd") + TableEnd() + Text("y"));

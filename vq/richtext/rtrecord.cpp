@@ -61,6 +61,7 @@ VQSTATUS VQRTObjectBody::SetRecord(const void* bytes, std::uint32_t length) {
   value->resize(vq::Padded(length));
   DropContent();
   Value = std::move(value);
+  Counted = false;
   Outdated = true;
   MarkDirty();
   return VQ_OK;
@@ -70,6 +71,7 @@ void VQRTObjectBody::MakeValue(std::uint32_t size) {
   if (!Value) TakeRecord(*this);
   if (!Value) Value = std::make_unique<std::vector<unsigned char>>();
   if (Value->size() < size) Value->resize(vq::Padded(size));
+  Counted = false;
   Outdated = true;
   MarkDirty();
 }

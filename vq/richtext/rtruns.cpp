@@ -1,13 +1,8 @@
-// Runs in ranges: copies of a part, fonts of a part, searches.
-#include <algorithm>
-#include <vector>
-
-#include "engine/text.h"
+// Runs in ranges: copies of a part, fonts of a part.
 #include "vq/richtext/font.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqstyltx.h"
-#include "vq/values/vqstring.h"
 
 namespace {
 
@@ -71,41 +66,4 @@ VQSTATUS VQStylizedTextBody::SetFontStyle(const VQRTCursor& start, const VQRTCur
 VQSTATUS VQStylizedTextBody::SetFontStyle(const VQRTCursor& cursor, const VQFontStyle& style) {
   if (!cursor.IsValid(this)) return VQERR_CURSOR_INVALID;
   return ApplyFontStyle(style, VQFONTMASK_ALL);
-}
-
-VQSTATUS VQStylizedTextBody::FindText(const VQString& text, unsigned long options, unsigned long start, int backwards,
-                                      unsigned long* offset) {
-  if (Closed) return VQERR_OBJECT_CLOSED;
-  const auto pattern = static_cast<std::uint32_t>(text.GetBufLength());
-  if (!offset || pattern == 0) return VQERR_INVALID_PARAMETER;
-  const TextBytes bytes(*this);
-  if (bytes.Size == 0) return VQWARN_NOT_FOUND;
-  std::vector<unsigned char> sought(text.GetBuf(), text.GetBuf() + pattern);
-  std::replace(sought.begin(), sought.end(), static_cast<unsigned char>('\n'), static_cast<unsigned char>(0));
-
-  std::uint32_t from = 0, limit = bytes.Size;
-  if (start > 1 || backwards) {
-    // Behind the end of the run: nothing to find forwards, everything backwards.
-    const auto characters = static_cast<std::uint32_t>(backwards ? start : start - 1);
-    std::uint32_t span = 0;
-    if (EngTextSpanBytes(bytes.Text, bytes.Size, characters, &span) != 0) span = bytes.Size;
-    (backwards ? limit : from) = span;
-  }
-  const std::uint32_t flags =
-      static_cast<std::uint32_t>(options) & (ENG_COMPARE_IGNORE_CASE | ENG_COMPARE_IGNORE_ACCENTS);
-  const ENGCHAR* hit = nullptr;
-  for (const ENGCHAR* at = bytes.Text + from; at < bytes.Text + bytes.Size; ++at) {
-    std::uint32_t matched = 0;
-    const auto left = static_cast<std::uint32_t>(bytes.Text + bytes.Size - at);
-    if (EngTextSearch(&at, left, sought.data(), pattern, flags, &matched) != 0 || at >= bytes.Text + limit) break;
-    hit = at;
-    if (!backwards) break;
-  }
-  if (!hit) return VQWARN_NOT_FOUND;
-  std::uint32_t before = 0;
-  if (hit > bytes.Text && EngTextSpanChars(bytes.Text, static_cast<std::uint32_t>(hit - bytes.Text), &before) != 0) {
-    return VQERR_STRING_SIZE;
-  }
-  *offset = before + 1;
-  return VQ_OK;
 }

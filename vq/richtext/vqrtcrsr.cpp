@@ -9,6 +9,11 @@
 
 VQCLASSID VQRTCursorBody::GetClassID() const { return VQCLASSID_VQRTCURSORBODY; }
 
+void VQRTCursorBody::Element::MoveTo(unsigned long offset, int rightEdge) {
+  VQRTElement::MoveTo(offset, rightEdge);
+  *RightEdge = rightEdge;
+}
+
 VQRTCursor::VQRTCursor(const VQRTElement& element, int rightEdge) { vq::ThrowIfError(Assign(element, rightEdge)); }
 
 VQRTCursor::VQRTCursor(VQStylizedTextBody* body, unsigned long offset, int rightEdge) {

@@ -14,22 +14,42 @@ struct VQRTSelection {
 class VQ_API VQRTCursorBody : public VQBody {
  public:
   VQRTCursorBody() = default;
+  VQRTCursorBody(const VQRTCursorBody&) = delete;
+  VQRTCursorBody& operator=(const VQRTCursorBody&) = delete;
   VQCLASSID GetClassID() const override;
 
  private:
   friend class VQRTCursor;
 
-  VQRTElement RTElement;
+  // Takes the edge along where the run moves its handles.
+  class Element : public VQRTElement {
+   public:
+    explicit Element(int* rightEdge) : RightEdge(rightEdge) {}
+    Element(const Element&) = delete;
+    using VQRTElement::operator=;
+    Element& operator=(const Element& other) {
+      VQRTElement::operator=(other);
+      return *this;
+    }
+
+   private:
+    void MoveTo(unsigned long offset, int rightEdge) override;
+
+    int* RightEdge;
+  };
+
+  int RightEdge = 0;
+  Element RTElement{&RightEdge};
   VQRTContainer Scope;
   unsigned long SearchOptions = 0;
-  int RightEdge = 0;
 };
 
 // A position is an element and one of its sides; elements are characters and leaf objects, an empty run counts as
 // one. After one element and before the next of the same paragraph are the same position and compare equal. A cursor
-// follows its character when the text around it changes; when its element goes it is invalid, and then operations
-// give, or operators throw, VQERR_CURSOR_INVALID. Assignment shares the position, Copy takes one of its own. A scope
-// limits all motion to a container. Finds without a hit give VQWARN_NOT_FOUND and leave the cursor alone.
+// follows its character when the text around it changes; when that is deleted the cursor stands where it was, and when
+// the run or another element goes the cursor is invalid, and then operations give, or operators throw,
+// VQERR_CURSOR_INVALID. Assignment shares the position, Copy takes one of its own. A scope limits all motion to a
+// container. Finds without a hit give VQWARN_NOT_FOUND and leave the cursor alone.
 class VQ_API VQRTCursor : public VQSmartPtr {
  public:
   VQRTCursor() = default;

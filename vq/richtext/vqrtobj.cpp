@@ -41,6 +41,8 @@ void VQRTObject::Attach(VQRTObjectBody* body, unsigned long offset) {
   Offset = offset;
 }
 
+void VQRTObject::MoveTo(unsigned long offset, int) { Offset = offset; }
+
 int VQRTObject::DeleteBody() {
   if (Offset != 0) static_cast<VQStylizedTextBody*>(Body)->RemoveRTChar(this);
   Offset = 0;

@@ -69,6 +69,8 @@ class VQ_API VQRTObject : public VQSmartPtr {
   virtual void ValidateRTType(const VQRTObjectBody* body) const;
   // Shares a body without the type check; for constructors and for finds.
   void Attach(VQRTObjectBody* body, unsigned long offset);
+  // By a run whose character under this handle has gone, or has come: to this one, or to its right edge.
+  virtual void MoveTo(unsigned long offset, int rightEdge);
 
   unsigned long Offset = 0;
 };

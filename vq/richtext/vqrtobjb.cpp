@@ -34,6 +34,7 @@ VQRTObjectBody::VQRTObjectBody(VQRTTYPE type, vq::RecordSource* source, std::uin
       Dirty(false),
       Outdated(false),
       HoldsChildren(false),
+      Counted(false),
       Type(static_cast<unsigned char>(type)),
       IndexValue(static_cast<std::uint32_t>(VQRT_DETACHED_INDEX_VALUE)),
       Parent(nullptr),
@@ -92,6 +93,7 @@ VQSTATUS VQRTObjectBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS) {
 }
 
 void VQRTObjectBody::TakeRecord(const VQRTObjectBody& source) {
+  Counted = false;
   const vq::RecordBytes bytes(source);
   DropContent();
   if (bytes.GetSize() == 0) return;

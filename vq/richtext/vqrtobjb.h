@@ -135,6 +135,8 @@ class VQ_API VQRTObjectBody : public VQBody {
   bool Dirty : 1;
   bool Outdated : 1;       // the bytes in the stream are not those of the value block
   bool HoldsChildren : 1;  // this is a VQRTBaseContainerBody
+  // For runs: what they have counted still holds for the bytes.
+  mutable bool Counted : 1;
   unsigned char Type;
   std::uint32_t IndexValue;
   VQRTBaseContainerBody* Parent;

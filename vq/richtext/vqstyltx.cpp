@@ -35,9 +35,9 @@ VQStylizedTextBody::~VQStylizedTextBody() { VQStylizedTextBody::Close(); }
 
 VQSTATUS VQStylizedTextBody::Close() {
   if (Closed) return VQWARN_NOT_OPEN;
-  if (RTCharArray) {
-    for (VQRTObject* character : *RTCharArray) character->Offset = 0;
-    RTCharArray.reset();
+  if (RTChars) {
+    for (VQRTObject* character : RTChars->Handles) character->Offset = 0;
+    RTChars.reset();
   }
   if (FontStyle) {
     FontStyle->SetOwner(nullptr);
@@ -107,26 +107,6 @@ VQStylizedTextBody::TextBytes::TextBytes(const VQStylizedTextBody& run) : Record
 
 unsigned long VQStylizedTextBody::GetByteCount() const { return TextBytes(*this).Size; }
 
-unsigned long VQStylizedTextBody::GetCharacterCount() const {
-  const TextBytes bytes(*this);
-  if (bytes.Size == 0) return 0;
-  std::uint32_t count = 0;
-  if (EngTextSpanChars(bytes.Text, bytes.Size, &count) != 0) vq::Throw(VQERR_STRING_SIZE);
-  return count;
-}
-
-VQSTATUS VQStylizedTextBody::SpanBytes(unsigned long characters, std::uint32_t* size) const {
-  *size = 0;
-  if (characters == 0) return VQ_OK;
-  if (characters > vq::kRecordLimit) return VQERR_INVALID_PARAMETER;
-  const TextBytes bytes(*this);
-  std::uint32_t span = 0;
-  const ENGSTATUS result = EngTextSpanBytes(bytes.Text, bytes.Size, static_cast<std::uint32_t>(characters), &span);
-  if (result != 0 || bytes.Size == 0) return VQERR_INVALID_PARAMETER;
-  *size = span;
-  return VQ_OK;
-}
-
 VQSTATUS VQStylizedTextBody::CheckRoom(unsigned long byteCount) {
   const unsigned long total = kFixedPart + byteCount + (byteCount & 1);
   if (total > vq::kItemTarget) return VQERR_TEXT_TOO_LONG;
@@ -159,18 +139,21 @@ VQSTATUS VQStylizedTextBody::InsertText(unsigned long charOffset, const VQString
   const unsigned long oldBytes = GetByteCount(), bytes = text.GetBufLength();
   std::uint32_t prefix = 0;
   VQSTATUS status = oldBytes == 0 ? VQ_OK : SpanBytes(charOffset, &prefix);
-  if (status != VQ_OK) return status;
+  if (status != VQ_OK || bytes == 0) return status;
   status = CheckRoom(oldBytes + bytes);
-  if (VQIsError(status) || bytes == 0) return VQIsError(status) ? status : VQ_OK;
+  if (VQIsError(status)) return status;
   std::uint32_t characters = 0;
   if (EngTextSpanChars(text.GetBuf(), static_cast<std::uint32_t>(bytes), &characters) != 0) return VQERR_STRING_SIZE;
 
   std::vector<unsigned char> record(text.GetBuf(), text.GetBuf() + bytes);
   std::replace(record.begin(), record.end(), static_cast<unsigned char>('\n'), static_cast<unsigned char>(0));
   Replace(prefix, 0, record.data(), static_cast<std::uint32_t>(bytes));
-  if (RTCharArray) {
-    for (VQRTObject* character : *RTCharArray) {
-      if (character->Offset > charOffset) character->Offset += characters;
+  if (!RTChars) return status;
+  for (VQRTObject* character : RTChars->Handles) {
+    if (oldBytes == 0) {
+      character->MoveTo(characters, 1);  // the place in an empty run is no character
+    } else if (character->Offset > charOffset) {
+      character->Offset += characters;
     }
   }
   return status;
@@ -184,11 +167,18 @@ VQSTATUS VQStylizedTextBody::RemoveText(unsigned long first, unsigned long count
   if (first == 0 || SpanBytes(first - 1, &from) != VQ_OK || SpanBytes(first - 1 + count, &to) != VQ_OK) {
     return VQERR_INVALID_PARAMETER;
   }
+  const unsigned long left = RTChars ? GetCharacterCount() - count : 0;
   Replace(from, to - from, nullptr, 0);
-  if (!RTCharArray) return VQ_OK;
-  for (VQRTObject* character : *RTCharArray) {
+  if (!RTChars) return VQ_OK;
+  for (VQRTObject* character : RTChars->Handles) {
     if (character->Offset < first) continue;
-    character->Offset = character->Offset < first + count ? first : character->Offset - count;
+    if (character->Offset >= first + count) {
+      character->Offset -= count;
+    } else if (first <= left || left == 0) {
+      character->MoveTo(first, 0);
+    } else {
+      character->MoveTo(left, 1);  // nothing behind it
+    }
   }
   return VQ_OK;
 }
@@ -201,11 +191,12 @@ VQSTATUS VQStylizedTextBody::SetValue(const VQString& text, int convertNewlines)
   if (VQIsError(status)) return status;
   std::uint32_t characters = 0;
   if (bytes > 0 && EngTextSpanChars(text.GetBuf(), bytes, &characters) != 0) return VQERR_STRING_SIZE;
-  if (RTCharArray) {
-    for (VQRTObject* character : *RTCharArray) {
+  if (RTChars) {
+    for (VQRTObject* character : RTChars->Handles) {
+      if (characters == 0 && character->Offset == 1) character->MoveTo(1, 0);
       if (character->Offset > std::max<std::uint32_t>(characters, 1)) character->Offset = 0;
     }
-    std::erase_if(*RTCharArray, [](const VQRTObject* character) { return character->Offset == 0; });
+    std::erase_if(RTChars->Handles, [](const VQRTObject* character) { return character->Offset == 0; });
   }
   Replace(0, static_cast<std::uint32_t>(GetByteCount()), text.GetBuf(), bytes);
   return status;
@@ -256,9 +247,9 @@ VQSTATUS VQStylizedTextBody::SplitText(unsigned long offset) {
 }
 
 void VQStylizedTextBody::MoveCharacters(unsigned long offset, VQStylizedTextBody* target) {
-  if (!RTCharArray) return;
+  if (!RTChars) return;
   std::vector<VQRTObject*> moving;
-  for (VQRTObject* character : *RTCharArray) {
+  for (VQRTObject* character : RTChars->Handles) {
     if (character->Offset >= offset) moving.push_back(character);
   }
   for (VQRTObject* character : moving) character->Attach(target, character->Offset - offset + 1);
@@ -298,18 +289,17 @@ VQSTATUS VQStylizedTextBody::SetFontID(unsigned long fontID) {
 
 void VQStylizedTextBody::AddRTChar(VQRTObject* character) {
   VQ_ASSERT_TEXT(character, "rtchar", "VQRTCHAR");
-  if (!RTCharArray) {
-    RTCharArray = std::make_unique<std::vector<VQRTObject*>>();
-    RTCharArray->reserve(30);
-  }
-  RTCharArray->push_back(character);
+  if (!RTChars) RTChars = std::make_unique<Characters>();
+  RTChars->Handles.push_back(character);
 }
 
 void VQStylizedTextBody::RemoveRTChar(VQRTObject* character) {
-  if (!RTCharArray) return;  // closed: all are cut loose
+  if (!RTChars) return;  // closed: all are cut loose
   // The newest handles go first as a rule.
-  const auto found = std::find(RTCharArray->rbegin(), RTCharArray->rend(), character);
-  VQ_ASSERT_TEXT(found != RTCharArray->rend(), "i < Count", "VQRTCHAR");
-  *found = RTCharArray->back();
-  RTCharArray->pop_back();
+  std::vector<VQRTObject*>& handles = RTChars->Handles;
+  const auto found = std::find(handles.rbegin(), handles.rend(), character);
+  VQ_ASSERT_TEXT(found != handles.rend(), "i < Count", "VQRTCHAR");
+  *found = handles.back();
+  handles.pop_back();
+  if (handles.empty()) RTChars.reset();
 }

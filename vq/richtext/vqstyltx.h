@@ -73,7 +73,7 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
   // Character handles announce themselves. An offset of 0 makes a handle dead.
   void AddRTChar(VQRTObject* character);
   void RemoveRTChar(VQRTObject* character);
-  unsigned long GetRTCharCount() const { return RTCharArray ? RTCharArray->size() : 0; }
+  unsigned long GetRTCharCount() const { return RTChars ? RTChars->Handles.size() : 0; }
 
  private:
   // The characters of a run while it stays as it is.
@@ -85,6 +85,28 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
     std::uint32_t Size;
   };
 
+  // A place in the run, as characters and as bytes that lie left of it.
+  struct Place {
+    std::uint32_t Characters = 0;
+    std::uint32_t Bytes = 0;
+  };
+  // The character handles and, for as long as there are any, what has been counted: a cursor that steps through a long
+  // run, or searches it, counts from its last place.
+  struct Characters {
+    static constexpr std::uint32_t kUnknown = 0xFFFFFFFF;
+
+    std::vector<VQRTObject*> Handles;
+    std::uint32_t Count = kUnknown;
+    Place Last;
+  };
+  // Null without handles; forgets what no longer holds.
+  Characters* Known() const;
+  Place LastPlace(const TextBytes& text) const;
+  // The place behind so many characters; behind the last one when there are fewer.
+  Place PlaceOf(const TextBytes& text, std::uint32_t characters) const;
+  // The place at a character's first byte.
+  Place PlaceAtByte(const TextBytes& text, std::uint32_t bytes) const;
+
   // The limit and the warning for a run of so many bytes.
   [[nodiscard]] static VQSTATUS CheckRoom(unsigned long byteCount);
   // Bytes for bytes, with the record's length kept right; CheckRoom comes before what makes a run longer.
@@ -94,7 +116,7 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
   VQFontStyleBody& OwnFontStyle();
   void DropFontStyle();
 
-  std::unique_ptr<std::vector<VQRTObject*>> RTCharArray;
+  std::unique_ptr<Characters> RTChars;
   VQFontStyleBody* FontStyle;  // counted, null until asked for; Close takes this run out of it as its owner
 };
 
