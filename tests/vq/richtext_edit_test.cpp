@@ -272,6 +272,44 @@ TEST_F(RichTextEdit, WritesNothingThatCannotBeRead) {
   }
 }
 
+struct RecordsRow {
+  const char* What;
+  std::string Before;
+  std::vector<std::string> Appended;  // as a client's own records
+  VQSTATUS Write;
+};
+
+// What a client puts together from records is held to what the parser will make of it.
+TEST_F(RichTextEdit, ReadsAClientsRecordsAsALoadWill) {
+  std::string deep, ends, graphic = Record(SIG_CD_GRAPHIC, "");
+  for (int i = 0; i < 9; ++i) deep += Hotspot(1), ends += HotspotEnd();
+  const std::string segment = Record(SIG_CD_BITMAPSEGMENT, "s"), header = Record(SIG_CD_BITMAPHEADER, "h");
+  const RecordsRow rows[] = {
+      {"a cell alone", Text("a"), {Cell(0, 0)}, VQERR_RT_CORRUPT_TABLE},
+      {"a hotspot without its end", Text("a"), {Hotspot(1)}, VQERR_RT_INVALID},
+      {"bytes behind a record", Text("a"), {Paragraph() + "xx"}, VQERR_RT_INVALID},
+      {"a table", Text("a"), {TableBegin(), Cell(0, 0), TableEnd()}, VQ_OK},
+      {"a button's second begin", Text("a"), {Hotspot(3), Hotspot(3), HotspotEnd()}, VQ_OK},
+      {"a graphic in nine popups", deep + graphic + Text("a") + ends, {Unknown("u")}, VQ_OK},
+      {"a part behind its graphic", Text("a") + graphic, {segment}, VQERR_RT_CORRUPT_GRAPHIC},
+      {"a header and a part", Text("a") + graphic, {header, segment}, VQ_OK},
+      {"a part behind other records", graphic + Text("a"), {segment}, VQ_OK},
+  };
+  for (const RecordsRow& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(row.Before);
+    for (std::string record : row.Appended) {
+      VQCompositeData data;
+      ASSERT_FALSE(VQIsError(data.Write(record.size(), record.data(), 0)));
+      ASSERT_EQ(text.Append(data), VQ_OK);
+    }
+    EXPECT_EQ(text.Update(), row.Write);
+    if (row.Write != VQ_OK) continue;
+    const VQRichText again = RichText(Written(text));
+    EXPECT_EQ(again.GetRichTextBody()->Initialize(), VQ_OK);
+  }
+}
+
 TEST_F(RichTextEdit, WritesItemsOfBoundedSize) {
   std::string records;
   while (records.size() < 90000) records += Text(std::string(990 + records.size() % 7, 'w'));

@@ -26,13 +26,67 @@ bool ChangesNesting(VQRTTYPE type) {
          type == VQRTTYPE_HOTSPOT_END || EndsAsHotspot(type);
 }
 
+bool IsGraphicHeader(VQRTTYPE type) { return type == VQRTTYPE_BITMAP || IsRTType(type, VQRTTYPE_METAFILE); }
+
+bool IsGraphicRecord(VQRTTYPE type) {
+  switch (type) {
+    case VQRTTYPE_PM_METAFILE_SEGMENT:
+    case VQRTTYPE_WIN_METAFILE_SEGMENT:
+    case VQRTTYPE_MAC_METAFILE_SEGMENT:
+    case VQRTTYPE_BITMAP_SEGMENT:
+    case VQRTTYPE_BITMAP_COLOR_TABLE:
+    case VQRTTYPE_BITMAP_PATTERN_TABLE:
+    case VQRTTYPE_BITMAP_TRANSPARENCY_TABLE:
+      return true;
+    default:
+      return IsGraphicHeader(type);
+  }
+}
+
+VQRTTYPE GraphicHeaderOf(VQRTTYPE part) {
+  switch (part) {
+    case VQRTTYPE_PM_METAFILE_SEGMENT:
+      return VQRTTYPE_PM_METAFILE;
+    case VQRTTYPE_WIN_METAFILE_SEGMENT:
+      return VQRTTYPE_WIN_METAFILE;
+    case VQRTTYPE_MAC_METAFILE_SEGMENT:
+      return VQRTTYPE_MAC_METAFILE;
+    default:
+      return VQRTTYPE_BITMAP;
+  }
+}
+
+VQRTTYPE StreamType(const VQRTObjectBody& object) {
+  if (object.GetType() != VQRTTYPE_COMPOSITE_DATA) return object.GetType();
+  const RecordBytes bytes(object);
+  return VQRichTextParser::StructureType(bytes.Get(), bytes.GetSize());
+}
+
+namespace {
+
+// A client's own record: bytes behind the length that its header states would be read as further records.
+bool IsWholeRecord(const VQRTObjectBody& object) {
+  const RecordBytes bytes(object);
+  RecordHeader header;
+  if (bytes.GetSize() == 0) return true;  // nothing is written
+  return ReadRecordHeader(bytes.Get(), bytes.GetSize(), &header) && Padded(header.Length) == bytes.GetSize();
+}
+
+}  // namespace
+
 VQSTATUS StreamCheck::Take(const VQRTObjectBody& object) {
   // What was loaded has been checked.
   if (object.UseValueBlock() && !object.VQRTObjectBody::IsValid()) return VQERR_RT_INVALID;
-  return TakeType(object.GetType());
+  const bool opaque = object.GetType() == VQRTTYPE_COMPOSITE_DATA;
+  if (opaque && object.UseValueBlock() && !IsWholeRecord(object)) return VQERR_RT_INVALID;
+  const VQRTTYPE type = StreamType(object);
+  if (opaque && type == VQRTTYPE_BUTTON && Top() == type) return VQ_OK;  // its second begin
+  return TakeType(type);
 }
 
 VQSTATUS StreamCheck::TakeType(VQRTTYPE type) {
+  if (IsGraphicRecord(type)) return TakeGraphicRecord(type);
+  Graphic = VQRTTYPE_NONE;
   switch (type) {
     case VQRTTYPE_TABLE:
     case VQRTTYPE_OLE_OBJECT:
@@ -46,11 +100,26 @@ VQSTATUS StreamCheck::TakeType(VQRTTYPE type) {
       return Top() == VQRTTYPE_OLE_OBJECT ? Pop() : VQ_OK;
     case VQRTTYPE_HOTSPOT_END:
       return EndsAsHotspot(Top()) ? Pop() : VQ_OK;
-    case VQRTTYPE_GRAPHIC:  // itself and a header inside it, until the next record
-      return Depth + 2 > kMostOpen ? VQERR_RT_STACK_OVERFLOW : VQ_OK;
+    case VQRTTYPE_GRAPHIC:
+      Graphic = type;
+      return Depth + 1 > kMostOpen ? VQERR_RT_STACK_OVERFLOW : VQ_OK;
     default:
       return EndsAsHotspot(type) ? Push(type) : VQ_OK;
   }
+}
+
+VQSTATUS StreamCheck::TakeGraphicRecord(VQRTTYPE type) {
+  if (Graphic == VQRTTYPE_NONE) return VQ_OK;
+  if (IsGraphicHeader(type)) {
+    Graphic = type;
+    SegmentsOver = false;
+    return Depth + 2 > kMostOpen ? VQERR_RT_STACK_OVERFLOW : VQ_OK;
+  }
+  if (Graphic != GraphicHeaderOf(type) || (SegmentsOver && type == VQRTTYPE_BITMAP_SEGMENT)) {
+    return VQERR_RT_CORRUPT_GRAPHIC;
+  }
+  SegmentsOver = type != VQRTTYPE_BITMAP_SEGMENT;
+  return VQ_OK;
 }
 
 // A link may go on in the next cell.

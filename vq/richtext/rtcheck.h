@@ -16,14 +16,26 @@ bool StandsAlone(VQRTTYPE type);
 // Whether a record of the type opens a structure in the stream, or closes one.
 bool ChangesNesting(VQRTTYPE type);
 
+bool IsGraphicHeader(VQRTTYPE type);
+// A header or a part of one.
+bool IsGraphicRecord(VQRTTYPE type);
+// The header that a part belongs to.
+VQRTTYPE GraphicHeaderOf(VQRTTYPE part);
+
+// The object's type as the parser will see it, for an opaque record by its signature.
+VQRTTYPE StreamType(const VQRTObjectBody& object);
+
 // The parser's stack as the objects make it in stream order.
 class StreamCheck {
  public:
-  // VQERR_RT_INVALID for a record whose header claims bytes that are not there, VQERR_RT_CORRUPT_TABLE for cells and
-  // table ends outside of tables, VQERR_RT_STACK_OVERFLOW for too deep a nesting.
+  // VQERR_RT_INVALID for a record whose header claims other bytes than are there, VQERR_RT_CORRUPT_TABLE for cells and
+  // table ends outside of tables, VQERR_RT_CORRUPT_GRAPHIC for parts of a graphic in a wrong order,
+  // VQERR_RT_STACK_OVERFLOW for too deep a nesting.
   [[nodiscard]] VQSTATUS Take(const VQRTObjectBody& object);
-  // At the end, and ahead of records that open and close for themselves.
+  // At the end.
   bool IsClosed() const { return Depth == 0; }
+  // Ahead of records that open and close for themselves.
+  bool IsOutside() const { return Depth == 0 && Graphic == VQRTTYPE_NONE; }
 
  private:
   static constexpr unsigned kMostOpen = 10;
@@ -31,11 +43,14 @@ class StreamCheck {
   VQRTTYPE Top() const { return Depth == 0 ? VQRTTYPE_NONE : Open[Depth - 1]; }
   [[nodiscard]] VQSTATUS TakeType(VQRTTYPE type);
   [[nodiscard]] VQSTATUS TakeCell();
+  [[nodiscard]] VQSTATUS TakeGraphicRecord(VQRTTYPE type);
   [[nodiscard]] VQSTATUS Push(VQRTTYPE type);
   VQSTATUS Pop();
 
   std::array<VQRTTYPE, kMostOpen> Open{};
   unsigned Depth = 0;
+  VQRTTYPE Graphic = VQRTTYPE_NONE;  // or the header in it, until a record of another kind
+  bool SegmentsOver = false;
 };
 
 }  // namespace vq

@@ -1,5 +1,6 @@
 // The parser's rules for records that open and close groups: tables, hotspots, graphics.
 #include "engine/records.h"
+#include "vq/richtext/rtcheck.h"
 #include "vq/richtext/vqrtinit.h"
 
 namespace {
@@ -18,22 +19,6 @@ constexpr std::uint32_t kURLLink = 0x10000000;
 // Where its fixed part ends.
 constexpr std::uint32_t kHotspotFixedPart = 12;
 constexpr std::uint16_t kApplet = 1;
-
-bool IsGraphicHeader(VQRTTYPE type) { return type == VQRTTYPE_BITMAP || vq::IsRTType(type, VQRTTYPE_METAFILE); }
-
-// The header that a part belongs to.
-VQRTTYPE HeaderOf(VQRTTYPE part) {
-  switch (part) {
-    case VQRTTYPE_PM_METAFILE_SEGMENT:
-      return VQRTTYPE_PM_METAFILE;
-    case VQRTTYPE_WIN_METAFILE_SEGMENT:
-      return VQRTTYPE_WIN_METAFILE;
-    case VQRTTYPE_MAC_METAFILE_SEGMENT:
-      return VQRTTYPE_MAC_METAFILE;
-    default:
-      return VQRTTYPE_BITMAP;
-  }
-}
 
 }  // namespace
 
@@ -68,10 +53,10 @@ VQSTATUS VQRichTextParser::EndTable(const Record& record) {
   return VQ_OK;
 }
 
-VQRTTYPE VQRichTextParser::HotspotType(const Record& record) const {
-  if (record.Size < kHotspotFixedPart) return VQRTTYPE_NONE;
-  const std::uint32_t flags = vq::LoadDword(record.Bytes + 6);
-  switch (vq::LoadWord(record.Bytes + 4)) {
+VQRTTYPE VQRichTextParser::HotspotType(const unsigned char* bytes, std::uint32_t size) {
+  if (size < kHotspotFixedPart) return VQRTTYPE_NONE;
+  const std::uint32_t flags = vq::LoadDword(bytes + 6);
+  switch (vq::LoadWord(bytes + 4)) {
     case kPopup:
       return flags & kFormulaPopup ? VQRTTYPE_FORMULA_POPUP : VQRTTYPE_TEXT_POPUP;
     case kActionHotspot:
@@ -85,7 +70,7 @@ VQRTTYPE VQRichTextParser::HotspotType(const Record& record) const {
     case kSubform:
       return VQRTTYPE_RT_SUBFORM;
     case kActiveObject:
-      return record.Size >= kHotspotFixedPart + 4 && vq::LoadWord(record.Bytes + kHotspotFixedPart + 2) == kApplet
+      return size >= kHotspotFixedPart + 4 && vq::LoadWord(bytes + kHotspotFixedPart + 2) == kApplet
                  ? VQRTTYPE_JAVA_APPLET
                  : VQRTTYPE_ACTIVE_OBJECT;
     default:
@@ -93,8 +78,17 @@ VQRTTYPE VQRichTextParser::HotspotType(const Record& record) const {
   }
 }
 
+VQRTTYPE VQRichTextParser::StructureType(const unsigned char* bytes, std::uint32_t size) {
+  vq::RecordHeader header;
+  const Rule* rule = vq::ReadRecordHeader(bytes, size, &header) ? FindRule(header.Signature) : nullptr;
+  if (!rule) return VQRTTYPE_COMPOSITE_DATA;
+  VQRTTYPE type = static_cast<VQRTTYPE>(rule->Type);
+  if (rule->Handle == &VQRichTextParser::BeginHotspot) type = HotspotType(bytes, size);
+  return vq::ChangesNesting(type) || vq::IsGraphicRecord(type) ? type : VQRTTYPE_COMPOSITE_DATA;
+}
+
 VQSTATUS VQRichTextParser::BeginHotspot(const Record& record) {
-  const VQRTTYPE type = HotspotType(record);
+  const VQRTTYPE type = HotspotType(record.Bytes, record.Size);
   const bool secondBegin = type == VQRTTYPE_BUTTON && !HotspotEndSeen && TopIs(VQRTTYPE_BUTTON);
   HotspotEndSeen = record.Signature != SIG_CD_V4HOTSPOTBEGIN;
   if (type == VQRTTYPE_NONE) return AddOpaque(record);
@@ -146,7 +140,7 @@ VQSTATUS VQRichTextParser::BeginGraphic(const Record& record) {
 }
 
 VQSTATUS VQRichTextParser::AddGraphicHeader(const Record& record) {
-  if (StackTop() && IsGraphicHeader(StackTop()->GetType())) Pop();
+  if (StackTop() && vq::IsGraphicHeader(StackTop()->GetType())) Pop();
   if (!TopIs(VQRTTYPE_GRAPHIC)) return AddOpaque(record);
   return AddAndPush(
       new VQRTBaseContainerBody(static_cast<VQRTTYPE>(RuleType), record.Source, record.Offset, record.Size));
@@ -156,11 +150,11 @@ VQSTATUS VQRichTextParser::AddGraphicPart(const Record& record) {
   const auto type = static_cast<VQRTTYPE>(RuleType);
   VQRTBaseContainerBody* header = StackTop();
   if (TopIs(VQRTTYPE_GRAPHIC)) return GraphicFailed(record);
-  if (!header || !IsGraphicHeader(header->GetType())) return AddOpaque(record);
+  if (!header || !vq::IsGraphicHeader(header->GetType())) return AddOpaque(record);
   // Segments come first, and to a header of their own kind.
   const VQRTObjectBody* last = header->GetLastChild();
   const bool late = type == VQRTTYPE_BITMAP_SEGMENT && last && last->GetType() != VQRTTYPE_BITMAP_SEGMENT;
-  if (header->GetType() != HeaderOf(type) || late) return GraphicFailed(record);
+  if (header->GetType() != vq::GraphicHeaderOf(type) || late) return GraphicFailed(record);
   Add(new VQRTObjectBody(type, record.Source, record.Offset, record.Size));
   return VQ_OK;
 }
@@ -174,7 +168,7 @@ VQSTATUS VQRichTextParser::GraphicFailed(const Record& record) {
 }
 
 void VQRichTextParser::CloseGraphic() {
-  if (StackTop() && IsGraphicHeader(StackTop()->GetType())) Pop();
+  if (StackTop() && vq::IsGraphicHeader(StackTop()->GetType())) Pop();
   if (!TopIs(VQRTTYPE_GRAPHIC)) return;
   VQRTBaseContainerBody* graphic = StackTop();
   Pop();

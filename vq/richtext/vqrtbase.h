@@ -53,7 +53,7 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   VQRTObjectBody* GetFirstChild() const { return FirstChild; }
   VQRTObjectBody* GetLastChild() const { return LastChild; }
   std::uint32_t GetChildCount() const { return ChildCount; }
-  // Whether the object lies in this subtree, by its index value.
+  // Whether the object lies in this subtree, or is its top.
   int Contains(const VQRTObjectBody* object) const;
 
   // As AppendChild, for bodies: VQERR_RT_ALREADY_MEMBER when it has a parent.

@@ -140,10 +140,6 @@ std::uint16_t VQRichTextParser::NextSignature(std::size_t index, const unsigned 
 
 VQSTATUS VQRichTextParser::Dispatch(const Record& record) {
   const Rule* rule = FindRule(record.Signature);
-  if (Pending && record.Signature != SIG_CD_TEXT && record.Signature != SIG_CD_FIELD &&
-      record.Signature != SIG_CD_FIELD_OLD) {
-    FlushPending();
-  }
   const bool graphicRecord = rule && (rule->Handle == &VQRichTextParser::AddGraphicHeader ||
                                       rule->Handle == &VQRichTextParser::AddGraphicPart);
   if (!graphicRecord) CloseGraphic();
@@ -153,7 +149,6 @@ VQSTATUS VQRichTextParser::Dispatch(const Record& record) {
 }
 
 VQSTATUS VQRichTextParser::Finish() {
-  FlushPending();
   CloseGraphic();
   if (Depth == 0) return VQ_OK;
   const VQSTATUS status = Report(VQERR_RT_TRUNCATED, nullptr);
@@ -240,7 +235,7 @@ VQSTATUS VQRichTextParser::AddOpaque(const Record& record) {
 
 void VQRichTextParser::FlushPending() {
   if (!Pending) return;
-  // Nothing took it: it is a record like any other that has no place.
+  // A subform does not take it: it is a record like any other that has no place.
   auto* opaque = new VQRTElementBody(VQRTTYPE_COMPOSITE_DATA, nullptr, Pending->Offset, Pending->Length);
   opaque->Source = std::exchange(Pending->Source, nullptr);
   std::exchange(Pending, nullptr)->Release();
@@ -279,7 +274,6 @@ VQSTATUS VQRichTextParser::AddTextStyle(const Record& record) {
 }
 
 VQSTATUS VQRichTextParser::AddText(const Record& record) {
-  if (Pending && Pending->GetType() != VQRTTYPE_TEXT_STYLE_EXT) FlushPending();
   if (TopIs(VQRTTYPE_SUBFORM)) {
     FlushPending();
     return AddOpaque(record);
@@ -298,13 +292,13 @@ VQSTATUS VQRichTextParser::AddText(const Record& record) {
 }
 
 VQSTATUS VQRichTextParser::AddFieldExtension(const Record& record) {
+  if (Next != SIG_CD_FIELD && Next != SIG_CD_FIELD_OLD) return AddOpaque(record);
   Pending = new VQRTObjectBody(VQRTTYPE_FIELD_EXTENSION, record.Source, record.Offset, record.Size);
   Pending->AddReference();
   return VQ_OK;
 }
 
 VQSTATUS VQRichTextParser::AddField(const Record& record) {
-  if (Pending && Pending->GetType() != VQRTTYPE_FIELD_EXTENSION) FlushPending();
   auto* field = new VQRTElementBody(VQRTTYPE_FORM_FIELD, record.Source, record.Offset, record.Size);
   Add(field);
   TakePending(field);

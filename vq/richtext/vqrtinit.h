@@ -20,6 +20,10 @@ class VQRichTextParser {
 
   [[nodiscard]] VQSTATUS Run();
 
+  // What a record becomes that has no class of its own yet, if that is part of a structure; else
+  // VQRTTYPE_COMPOSITE_DATA.
+  static VQRTTYPE StructureType(const unsigned char* bytes, std::uint32_t size);
+
  private:
   struct Record {
     vq::RecordSource* Source;
@@ -84,7 +88,7 @@ class VQRichTextParser {
   VQRTBaseContainerBody* StackTop() const { return Depth == 0 ? nullptr : Stack[Depth - 1].Object; }
   bool TopIs(VQRTTYPE type) const { return StackTop() && StackTop()->IsType(type); }
 
-  VQRTTYPE HotspotType(const Record& record) const;
+  static VQRTTYPE HotspotType(const unsigned char* bytes, std::uint32_t size);
   void Register(const Record& record, std::uint32_t offset);
   void FlushPending();
   void CloseGraphic();
@@ -95,7 +99,7 @@ class VQRichTextParser {
   VQRichTextBody& Body;
   std::array<Open, kStackSize> Stack;
   unsigned Depth = 0;
-  VQRTObjectBody* Pending = nullptr;    // a record that goes to the object behind it, counted
+  VQRTObjectBody* Pending = nullptr;    // a record that goes to the text or field that comes next, counted
   VQRTObjectBody* LastAdded = nullptr;  // into whatever container
   VQRTObjectBody* LastRead = nullptr;   // may be gone, with the block's source then outdated
   std::uint64_t Index = 0;              // the highest value given so far

@@ -48,7 +48,7 @@ RecordWriter::~RecordWriter() {
 VQSTATUS RecordWriter::Check() const {
   StreamCheck check;
   for (const Stretch& stretch : Stretches) {
-    if (stretch.Kept && stretch.Kept->Source->IsBalanced() && check.IsClosed()) continue;
+    if (stretch.Kept && stretch.Kept->Source->IsBalanced() && check.IsOutside()) continue;
     for (const VQRTObjectBody* object = stretch.First; object != stretch.End; object = Top.NextInTree(object)) {
       const VQSTATUS status = check.Take(*object);
       if (status != VQ_OK) return status;
@@ -230,7 +230,7 @@ void RecordWriter::Commit(std::span<LoadedBlock> stored) {
       Objects[i]->Rebind(source, offset, size);
       offset += size;
       source->SetLast(Objects[i]);
-      if (ChangesNesting(Objects[i]->GetType())) source->SetBalanced(false);
+      if (ChangesNesting(StreamType(*Objects[i]))) source->SetBalanced(false);
     }
     // What leads an object of the next block is written with it.
     if (end > FirstObjects[block] && end < Objects.size() && LeadsIn(*Objects[end - 1], Top)) {
