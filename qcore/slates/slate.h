@@ -152,6 +152,7 @@ class Slate final : public OpenSlate {
   void ReleaseValue(Item& item);
 
   bool WritesOnlyRow(std::uint16_t flags) const;
+  [[nodiscard]] ENGSTATUS NoteOwnSave(const SlateHeader& header);
   [[nodiscard]] ENGSTATUS Write(std::uint16_t flags, SlateHeader* header, std::vector<Draft>* drafts);
   [[nodiscard]] ENGSTATUS CheckForced(SlateHeader* header, std::vector<Store::ValueId>* replaced);
   [[nodiscard]] ENGSTATUS WriteDrafts(const SlateHeader& header, std::vector<Draft>* drafts,

@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::string_view kReferenceName = "$REF";
 constexpr std::size_t kUniversalSize = 16;
+constexpr std::uint16_t kDocumentClass = 1;
 constexpr std::size_t kListCountSize = 2;
 constexpr std::size_t kObjectIdAt = 4;  // behind the type word and the object type
 
@@ -51,13 +52,24 @@ ENGSTATUS Slate::Update(std::uint16_t flags) {
   SlateHeader header = header_;
   std::vector<Draft> drafts;
   status = Write(flags, &header, &drafts);
+  if (status == ENG_OK) status = NoteOwnSave(header);
   if (status == ENG_OK) status = change.Commit();
   if (status == ENG_OK) Settle(header, drafts);
   return status;
 }
 
+// What a user saves is not unread for that user.
+ENGSTATUS Slate::NoteOwnSave(const SlateHeader& header) {
+  std::uint32_t list = 0;
+  const ENGSTATUS status = database_->store().UnreadNumber(database_->user(), &list);
+  if (status != ENG_OK || list == 0 || (header.slate_class & kDocumentClass) == 0) return status;
+  return database_->store().NoteOwnSave(list, header.id);
+}
+
 // Whether an update has no names, large values or objects to write beside the row.
 bool Slate::WritesOnlyRow(std::uint16_t flags) const {
+  std::uint32_t list = 0;
+  if (database_->store().UnreadNumber(database_->user(), &list) != ENG_OK || list != 0) return false;
   if ((flags & ENG_UPDATE_FORCE) != 0 || had_objects_ || !dropped_.empty()) return false;
   return std::ranges::all_of(order_, [this](Slot slot) {
     const Item& item = items_[slot];

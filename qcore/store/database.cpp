@@ -2,11 +2,14 @@
 
 #include <array>
 
+#include "engine/text.h"
 #include "qcore/settings/platform.h"
+#include "qcore/settings/settings.h"
 #include "qcore/store/moment.h"
 #include "qcore/store/paths.h"
 #include "qcore/store/sqlite_store.h"
 #include "qcore/store/wire.h"
+#include "qcore/text/translate.h"
 
 namespace qcore {
 
@@ -57,6 +60,11 @@ ENGSTATUS Database::Close(ENGHANDLE handle) {
 void Database::CloseAll() {
   for (ENGHANDLE handle : handle_table.All(Kind::kDatabase)) static_cast<void>(Close(handle));
 }
+
+Database::Database(std::string path, std::unique_ptr<Store> store)
+    : path_(std::move(path)),
+      store_(std::move(store)),
+      user_(text::Translate(ENG_TRANSLATE_PLATFORM_TO_STORE, text::AsText(settings::UserName()), UINT16_MAX)) {}
 
 Database::~Database() = default;
 

@@ -40,7 +40,7 @@ class Database {
   // For the end of the engine.
   static void CloseAll();
 
-  Database(std::string path, std::unique_ptr<Store> store) : path_(std::move(path)), store_(std::move(store)) {}
+  Database(std::string path, std::unique_ptr<Store> store);
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
   ~Database();
@@ -49,6 +49,8 @@ class Database {
   bool is_directory() const { return !store_; }
   ENGHANDLE handle() const { return handle_; }
   NameTable& names() { return names_; }
+  // Who the engine ran for when the database was opened, in store text.
+  const std::string& user() const { return user_; }
 
   [[nodiscard]] ENGSTATUS BeginTransaction();
   [[nodiscard]] ENGSTATUS CommitTransaction();
@@ -76,6 +78,7 @@ class Database {
 
   std::string path_;
   std::unique_ptr<Store> store_;
+  std::string user_;
   NameTable names_;
   std::mutex mutex_;
   ENGHANDLE handle_ = 0;

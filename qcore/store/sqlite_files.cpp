@@ -115,7 +115,7 @@ ENGSTATUS SqliteStore::CheckIdentity(const std::string& file) {
   if (LoadBig(header + kApplicationIdAt) != kApplicationId) return ENG_ERR_DB_NOT_STORE;
   const std::uint32_t version = LoadBig(header + kUserVersionAt);
   if (version > kSchemaVersion) return ENG_ERR_DB_NEWER;
-  return version == kSchemaVersion ? ENG_OK : ENG_ERR_DB_DAMAGED;
+  return version >= kOldestVersion ? ENG_OK : ENG_ERR_DB_DAMAGED;
 }
 
 ENGSTATUS SqliteStore::Fill(const std::string& file, const Creation& creation) {
@@ -126,7 +126,7 @@ ENGSTATUS SqliteStore::Fill(const std::string& file, const Creation& creation) {
   const std::string begin =
       "PRAGMA page_size=4096;PRAGMA synchronous=FULL;PRAGMA journal_mode=DELETE;BEGIN;"
       "PRAGMA application_id=" +
-      std::to_string(kApplicationId) + ";PRAGMA user_version=" + std::to_string(kSchemaVersion) + ";" + kSchema;
+      std::to_string(kApplicationId) + ";" + kSchema + kSchema2;
   status = Execute(connection.get(), begin.c_str());
   if (status != ENG_OK) return status;
   SqliteStore store(std::move(connection));

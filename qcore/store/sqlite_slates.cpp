@@ -193,6 +193,8 @@ ENGSTATUS SqliteStore::MakeDeletionStub(SlateHeader* header) {
   header->deleted = true;
   header->parent.reset();
   Stamp(header);
+  const ENGSTATUS status = DropFromLists(header->id);
+  if (status != ENG_OK) return status;
   Use use = Start(Sql::kMakeDeletionStub);
   BindHeader(use, *header, counters_.feed);
   use.Bind(8, HeaderSum(*header));
@@ -204,6 +206,16 @@ ENGSTATUS SqliteStore::RemoveSlate(const SlateHeader& header) {
   Stamp(&gone);
   (header.slate_class == 1 ? counters_.removed_data : counters_.removed_design) = gone.modified_here;
   floors_changed_ = true;
+  const ENGSTATUS status = DropFromLists(header.id);
+  if (status != ENG_OK) return status;
+  {
+    Use note = Start(Sql::kNoteRemoved);
+    note.Bind(1, counters_.feed);
+    note.Bind(2, header.id);
+    note.Bind(3, PackState(header) | kDeletedState);
+    const ENGSTATUS noted = Finish(note);
+    if (noted != ENG_OK) return noted;
+  }
   Use use = Start(Sql::kRemoveSlate);
   use.Bind(1, header.id);
   return Finish(use);
@@ -217,6 +229,40 @@ ENGSTATUS SqliteStore::ReadFeed(const TIMEDATE* since, const FeedReader& reader)
     reader(
         {static_cast<std::uint32_t>(use.Number(0)), static_cast<std::uint16_t>(state), (state & kDeletedState) != 0});
   }
+  return Result(use.code());
+}
+
+ENGSTATUS SqliteStore::ReadFeedBehind(std::uint64_t behind, const NumberedReader& reader) {
+  std::vector<NumberedEntry> removed;
+  const auto take = [](const Use& use) {
+    const std::uint64_t state = use.Number(2);
+    return NumberedEntry{
+        use.Number(0),
+        {static_cast<std::uint32_t>(use.Number(1)), static_cast<std::uint16_t>(state), (state & kDeletedState) != 0}};
+  };
+  if (IsUpgraded()) {
+    Use use = Start(Sql::kReadRemovedBehind);
+    use.Bind(1, behind);
+    while (use.Row()) removed.push_back(take(use));
+    if (use.code() != SQLITE_OK) return Result(use.code());
+  }
+  auto gone = removed.begin();
+  Use use = Start(Sql::kReadFeedBehind);
+  use.Bind(1, behind);
+  while (use.Row()) {
+    const NumberedEntry entry = take(use);
+    for (; gone != removed.end() && gone->feed < entry.feed; ++gone) reader(*gone);
+    reader(entry);
+  }
+  for (; gone != removed.end() && use.code() == SQLITE_OK; ++gone) reader(*gone);
+  return Result(use.code());
+}
+
+ENGSTATUS SqliteStore::FeedEnd(std::uint64_t* feed) {
+  *feed = 0;
+  if (!IsUpgraded()) return ReadFeedBehind(0, [feed](const NumberedEntry& entry) { *feed = entry.feed; });
+  Use use = Start(Sql::kFeedEnd);
+  if (use.Row()) *feed = use.Number(0);
   return Result(use.code());
 }
 

@@ -50,6 +50,23 @@ const char* const SqliteStore::kSql[] = {
     "UPDATE object SET slate=?2 WHERE id=?1",
     "DELETE FROM object WHERE id=?",
     "SELECT id FROM object WHERE slate=? ORDER BY id",
+    "SELECT feed,id,state FROM slate INDEXED BY slate_feed WHERE feed>? ORDER BY feed",
+    "SELECT feed,id,state FROM removed WHERE feed>? ORDER BY feed",
+    "SELECT max(ifnull((SELECT max(feed) FROM slate),0),ifnull((SELECT max(feed) FROM removed),0))",
+    "INSERT INTO removed(feed,id,state) VALUES(?,?,?)",
+    "INSERT INTO member(folder,slate,change,present) VALUES(?1,?2,?3,?4) ON CONFLICT(slate,folder) DO UPDATE SET "
+    "change=?3,present=?4",
+    "SELECT max(change) FROM member WHERE folder=?",
+    "SELECT slate,present FROM member INDEXED BY member_folder WHERE folder=? AND change>?",
+    "UPDATE member SET present=0,change=1+(SELECT max(change) FROM member AS other WHERE other.folder=member.folder) "
+    "WHERE slate=? AND present=1",
+    "DELETE FROM member WHERE folder=?",
+    "SELECT id,feed,ids FROM unread WHERE user=?",
+    "INSERT INTO unread(user,feed,ids) VALUES(?1,?2,?3)",
+    "UPDATE unread SET feed=?2,ids=?3 WHERE id=?1",
+    "DELETE FROM own WHERE user=? AND feed<=?",
+    "INSERT INTO own(user,slate,feed) VALUES(?1,?2,?3) ON CONFLICT(user,slate) DO UPDATE SET feed=?3",
+    "SELECT slate,feed FROM own WHERE user=?",
 };
 
 }  // namespace qcore

@@ -6,7 +6,7 @@
 
 namespace qcore {
 
-inline constexpr int kTables = 5;
+inline constexpr int kTables = 5;  // of the first version
 
 // slate.state: class in bits 0 to 15, flags in bits 16 to 31, bit 32 for a deletion stub.
 // Times are numbers: the date word above the time word. chunk.id: value number above 16 bits of place.
@@ -24,6 +24,17 @@ inline constexpr char kSchema[] =
     "CREATE TABLE object(id INTEGER PRIMARY KEY,class INTEGER NOT NULL,size INTEGER NOT NULL,slate INTEGER NOT NULL,"
     "value INTEGER NOT NULL);"
     "CREATE INDEX object_slate ON object(slate);";
+
+// What version 2 has beside that; a store of version 1 gets it with its first change.
+inline constexpr char kSchema2[] =
+    "CREATE TABLE removed(feed INTEGER PRIMARY KEY,id INTEGER NOT NULL,state INTEGER NOT NULL);"
+    "CREATE TABLE member(slate INTEGER NOT NULL,folder INTEGER NOT NULL,change INTEGER NOT NULL,present INTEGER NOT "
+    "NULL,PRIMARY KEY(slate,folder))WITHOUT ROWID;"
+    "CREATE INDEX member_folder ON member(folder,change,present);"
+    "CREATE TABLE unread(id INTEGER PRIMARY KEY,user BLOB NOT NULL UNIQUE,feed INTEGER NOT NULL,ids BLOB NOT NULL);"
+    "CREATE TABLE own(user INTEGER NOT NULL,slate INTEGER NOT NULL,feed INTEGER NOT NULL,PRIMARY KEY(user,slate))"
+    "WITHOUT ROWID;"
+    "PRAGMA user_version=2";
 
 enum class SqliteStore::Sql : std::size_t {
   kBegin,
@@ -64,6 +75,21 @@ enum class SqliteStore::Sql : std::size_t {
   kOwnObject,
   kFreeObject,
   kFindObjects,
+  kReadFeedBehind,
+  kReadRemovedBehind,
+  kFeedEnd,
+  kNoteRemoved,
+  kSetMember,
+  kLastMemberChange,
+  kReadMembers,
+  kDropMember,
+  kDropMembers,
+  kGetUnread,
+  kAddUnread,
+  kPutUnread,
+  kDropOwnSaves,
+  kNoteOwnSave,
+  kReadOwnSaves,
   kCount,
 };
 

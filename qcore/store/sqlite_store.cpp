@@ -106,7 +106,8 @@ ENGSTATUS SqliteStore::Begin() {
   if (status != ENG_OK) return status;
   writing_ = true;
   floors_changed_ = false;
-  status = LoadCounters();
+  status = Upgrade();
+  if (status == ENG_OK) status = LoadCounters();
   if (status != ENG_OK) Rollback();
   return status;
 }
@@ -118,6 +119,7 @@ ENGSTATUS SqliteStore::LoadCounters() {
     const auto now = static_cast<std::int64_t>(version.Number(0));
     if (counters_known_ && now == seen_version_) return ENG_OK;
     seen_version_ = now;
+    unread_number_.reset();
   }
   Use use = Start(Sql::kCounters);
   if (!use.Row()) return Result(use.code());
@@ -175,6 +177,8 @@ void SqliteStore::Rollback() {
   if (InTransaction()) static_cast<void>(Run(Sql::kRollback));
   writing_ = false;
   counters_known_ = false;
+  upgraded_ = false;
+  unread_number_.reset();
 }
 
 ENGSTATUS SqliteStore::Mark() { return Run(Sql::kMark); }
@@ -183,6 +187,7 @@ ENGSTATUS SqliteStore::ReleaseMark() { return Run(Sql::kReleaseMark); }
 
 void SqliteStore::RollbackToMark() {
   if (!InTransaction()) return;
+  unread_number_.reset();
   if (Run(Sql::kRollbackToMark) != ENG_OK || Run(Sql::kReleaseMark) != ENG_OK) Rollback();
 }
 

@@ -21,7 +21,8 @@ namespace qcore {
 class SqliteStore final : public Store {
  public:
   static constexpr std::uint32_t kApplicationId = 0x51565354;
-  static constexpr std::int64_t kSchemaVersion = 1;
+  static constexpr std::int64_t kSchemaVersion = 2;
+  static constexpr std::int64_t kOldestVersion = 1;  // read as it is, brought up with the first change
   static constexpr std::size_t kChunkSize = 65536;
 
   // What a new database starts with.
@@ -83,6 +84,17 @@ class SqliteStore final : public Store {
   ENGSTATUS FreeObject(std::uint32_t object) override;
   ENGSTATUS FindObjects(std::uint32_t slate, std::vector<std::uint32_t>* objects) override;
 
+  ENGSTATUS ReadFeedBehind(std::uint64_t behind, const NumberedReader& reader) override;
+  ENGSTATUS FeedEnd(std::uint64_t* feed) override;
+  ENGSTATUS SetMember(std::uint32_t folder, std::uint32_t slate, std::uint64_t change, bool present) override;
+  ENGSTATUS LastMemberChange(std::uint32_t folder, std::uint64_t* change) override;
+  ENGSTATUS ReadMembers(std::uint32_t folder, std::uint64_t behind, const MemberReader& reader) override;
+  ENGSTATUS GetUnread(std::string_view user, UnreadList* list) override;
+  ENGSTATUS PutUnread(std::string_view user, UnreadList* list) override;
+  ENGSTATUS UnreadNumber(std::string_view user, std::uint32_t* number) override;
+  ENGSTATUS NoteOwnSave(std::uint32_t user, std::uint32_t slate) override;
+  ENGSTATUS ReadOwnSaves(std::uint32_t user, const OwnSaveReader& reader) override;
+
   ENGSTATUS GetSpace(std::uint64_t* used, std::uint64_t* unused) override;
   ENGSTATUS Check(std::string* report) override;
   ENGSTATUS CheckOwners(const std::set<ValueId>& known, std::string* report) override;
@@ -110,7 +122,7 @@ class SqliteStore final : public Store {
     std::vector<std::uint8_t> packed;
   };
   enum class Sql : std::size_t;
-  static constexpr std::size_t kStatements = 40;
+  static constexpr std::size_t kStatements = 64;
   static const char* const kSql[];
 
   explicit SqliteStore(Connection connection) : connection_(std::move(connection)) {}
@@ -129,6 +141,12 @@ class SqliteStore final : public Store {
   // Every result passes here, so that a failed sync is noticed.
   [[nodiscard]] ENGSTATUS Result(int code);
   [[nodiscard]] ENGSTATUS LoadCounters();
+  // Brings a store of an older version up to this one, within the running transaction.
+  [[nodiscard]] ENGSTATUS Upgrade();
+  // Whether the tables of version 2 are there; another process may bring them.
+  bool IsUpgraded();
+  // What a slate's removal means for the lists that name it.
+  [[nodiscard]] ENGSTATUS DropFromLists(std::uint32_t id);
   [[nodiscard]] ENGSTATUS ReadFloors(Bytes floors);
   [[nodiscard]] ENGSTATUS WriteFloors();
   [[nodiscard]] ENGSTATUS ReadObjectRow(std::uint32_t object, ObjectRow* row);
@@ -152,6 +170,10 @@ class SqliteStore final : public Store {
   std::int64_t seen_version_ = -1;
   bool counters_known_ = false;
   bool floors_changed_ = false;
+  bool upgraded_ = false;
+  // The list of the user asked for last, known while no other connection has committed.
+  std::string unread_user_;
+  std::optional<std::uint32_t> unread_number_;
   bool has_log_ = false;
   bool writing_ = false;
   bool sync_failed_ = false;

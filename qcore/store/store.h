@@ -56,6 +56,19 @@ struct ObjectInfo {
   std::uint32_t owner;  // slate ID, 0 while reserved
 };
 
+// An entry of the change feed by number: the change that a slate was last in.
+struct NumberedEntry {
+  std::uint64_t feed;
+  FeedEntry entry;
+};
+
+// A user's stored unread list.
+struct UnreadList {
+  std::uint32_t user = 0;  // number of the list, 0 when there is none
+  std::uint64_t feed = 0;  // the change that it stands for
+  std::vector<std::uint8_t> ids;
+};
+
 // Settings by number. Values are bytes in stored form.
 enum class Setting : int {
   kFloors = 1,  // the store's own: numbers that were given out and have no row any more
@@ -120,6 +133,11 @@ class Store {
   // Entries changed at or after `since` (null: all), newest first.
   using FeedReader = std::function<void(const FeedEntry&)>;
   [[nodiscard]] virtual ENGSTATUS ReadFeed(const TIMEDATE* since, const FeedReader& reader) = 0;
+  // The change feed by number, oldest first: entries behind change `behind`. A slate that went without a deletion stub
+  // is in it as a deleted one. FeedEnd is the number of the last change.
+  using NumberedReader = std::function<void(const NumberedEntry&)>;
+  [[nodiscard]] virtual ENGSTATUS ReadFeedBehind(std::uint64_t behind, const NumberedReader& reader) = 0;
+  [[nodiscard]] virtual ENGSTATUS FeedEnd(std::uint64_t* feed) = 0;
   // The time of the last change in classes 1 (`kData`) or any other (`kDesign`); all zero when there was none.
   enum class Part { kData, kDesign };
   [[nodiscard]] virtual ENGSTATUS LastChange(Part part, TIMEDATE* moment) = 0;
@@ -146,6 +164,27 @@ class Store {
   [[nodiscard]] virtual ENGSTATUS SetObjectOwner(std::uint32_t object, std::uint32_t slate) = 0;
   [[nodiscard]] virtual ENGSTATUS FreeObject(std::uint32_t object) = 0;
   [[nodiscard]] virtual ENGSTATUS FindObjects(std::uint32_t slate, std::vector<std::uint32_t>* objects) = 0;
+
+  // Members of folders, with a change number for each folder. A slate's deletion takes it out of all folders, with a
+  // change each, and drops its own members.
+  [[nodiscard]] virtual ENGSTATUS SetMember(std::uint32_t folder, std::uint32_t slate, std::uint64_t change,
+                                            bool present) = 0;
+  [[nodiscard]] virtual ENGSTATUS LastMemberChange(std::uint32_t folder, std::uint64_t* change) = 0;
+  // Each slate once, with its last change behind `behind`.
+  using MemberReader = std::function<void(std::uint32_t slate, bool present)>;
+  [[nodiscard]] virtual ENGSTATUS ReadMembers(std::uint32_t folder, std::uint64_t behind,
+                                              const MemberReader& reader) = 0;
+
+  // Unread lists by user. A user without a list gives ENG_OK and number 0.
+  [[nodiscard]] virtual ENGSTATUS GetUnread(std::string_view user, UnreadList* list) = 0;
+  // Gives a new list its number. Notes of own saves up to the list's change go away.
+  [[nodiscard]] virtual ENGSTATUS PutUnread(std::string_view user, UnreadList* list) = 0;
+  // The number of the user's list, 0 for none; cheap to ask for again and again.
+  [[nodiscard]] virtual ENGSTATUS UnreadNumber(std::string_view user, std::uint32_t* number) = 0;
+  // Notes that the user of a list has made the last change of a slate.
+  [[nodiscard]] virtual ENGSTATUS NoteOwnSave(std::uint32_t user, std::uint32_t slate) = 0;
+  using OwnSaveReader = std::function<void(std::uint32_t slate, std::uint64_t feed)>;
+  [[nodiscard]] virtual ENGSTATUS ReadOwnSaves(std::uint32_t user, const OwnSaveReader& reader) = 0;
 
   [[nodiscard]] virtual ENGSTATUS GetSpace(std::uint64_t* used, std::uint64_t* unused) = 0;
   // Checks the store's own structure; ENG_ERR_DB_DAMAGED with the first fault in `report`.
