@@ -2,6 +2,7 @@
 #ifndef QUILLON_ENGINE_ENGINE_H
 #define QUILLON_ENGINE_ENGINE_H
 
+#include "engine/collection.h"
 #include "engine/converter.h"
 #include "engine/database.h"
 #include "engine/formula.h"

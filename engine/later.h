@@ -135,23 +135,6 @@ ENG_API ENGSTATUS EngSchedFreeTimeSearch(uint32_t reserved1, uint32_t reserved2,
                                          const TIMEDATE_PAIR* range, uint16_t duration, const void* names,
                                          ENGHANDLE* result);
 
-// Collections
-ENG_API ENGSTATUS EngCollectionClose(ENGHANDLE collection);
-ENG_API ENGSTATUS EngCollectionFind(ENGHANDLE collection, const void* keys, uint16_t flags, void* position,
-                                    uint32_t* matches);
-ENG_API ENGSTATUS EngCollectionOpen(ENGHANDLE db, ENGHANDLE entries_db, uint32_t view, uint16_t flags, ENGHANDLE unread,
-                                    ENGHANDLE* collection, ENGHANDLE* reserved1, void* reserved2, ENGHANDLE* reserved3,
-                                    ENGHANDLE* reserved4);
-ENG_API ENGSTATUS EngCollectionRead(ENGHANDLE collection, void* position, uint16_t skip, uint32_t skip_count,
-                                    uint16_t navigation, uint32_t count, uint32_t mask, ENGHANDLE* buffer,
-                                    uint32_t* buffer_length, uint32_t* skipped, uint32_t* returned, uint16_t* signals);
-ENG_API ENGSTATUS EngCollectionTranslateSpecial(const ENGCHAR* text, uint16_t length, ENGCHAR* output,
-                                                uint16_t output_size, uint32_t id, const void* position,
-                                                const void* statistics, const void* unread, ENGHANDLE table,
-                                                const ENGCHAR* db_title, const ENGCHAR* view_title,
-                                                uint16_t* output_length);
-ENG_API ENGSTATUS EngCollectionUpdate(ENGHANDLE collection);
-
 // Folders
 ENG_API ENGSTATUS EngFolderClose(ENGHANDLE db, ENGHANDLE reserved1, uint32_t folder, uint32_t reserved2);
 ENG_API ENGSTATUS EngFolderCopy(ENGHANDLE db, ENGHANDLE reserved1, uint32_t folder, ENGHANDLE reserved2,

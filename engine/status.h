@@ -81,6 +81,8 @@
 #define ENG_ERR_FORMULA_FAILED 666    // the formula says so itself: @Error
 
 // collections, values
+#define ENG_ERR_NO_COLLECTION 779  // no index, or no view slate
+#define ENG_ERR_VIEW_DESIGN 780    // a view's stored design that can't be read
 #define ENG_ERR_TOO_MANY_KEYS 816
 #define ENG_ERR_NO_ENTRY 1028
 #define ENG_ERR_NUMBER_PARSE 1029

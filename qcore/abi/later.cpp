@@ -1,6 +1,8 @@
 // The operations of engine/later.h: each tells the caller which one it is.
 #include "engine/later.h"
 
+#include "engine/collection.h"
+
 #include "engine/formula.h"
 #include "engine/status.h"
 #include "qcore/abi/later.h"

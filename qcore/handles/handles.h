@@ -30,6 +30,7 @@ enum class Kind : std::uint32_t {
   kSlate = 4,
   kLibrary = 5,
   kCharset = 6,
+  kCollection = 7,
   kCompute = 7,
 };
 

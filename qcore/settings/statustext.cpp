@@ -82,6 +82,8 @@ constexpr Text kTexts[] = {
     {ENG_ERR_FORMULA_LOOKUP, "The formula looks up data where that is not possible"},
     {ENG_ERR_FORMULA_RESULT, "The formula's result is too large for an item"},
     {ENG_ERR_FORMULA_FAILED, "The formula ended with an error of its own"},
+    {ENG_ERR_NO_COLLECTION, "View or folder has no index"},
+    {ENG_ERR_VIEW_DESIGN, "Stored design of a view or folder cannot be read"},
     {ENG_ERR_TOO_MANY_KEYS, "Too many keys"},
     {ENG_ERR_NO_ENTRY, "Entry not found"},
     {ENG_ERR_NUMBER_PARSE, "The text is not a number"},
