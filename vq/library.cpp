@@ -21,15 +21,16 @@ VQSlateBody* MakeSlate(VQDatabaseBody* database, unsigned long type, ENGHANDLE h
   return new Body(database, type, handle);
 }
 
+// The most frequent types first.
 constexpr ItemMakerRow kItemRows[] = {
+    {TYPE_TEXT, {}, VQCLASSID_VQTEXTBODY, Make<VQTextBody>},
+    {TYPE_NUMBER, {}, VQCLASSID_VQNUMBERSBODY, Make<VQNumbersBody>},
+    {TYPE_TIME, {}, VQCLASSID_VQDATETIMESBODY, Make<VQDatetimesBody>},
+    {TYPE_TEXT_LIST, {}, VQCLASSID_VQTEXTBODY, Make<VQTextBody>},
     {TYPE_COMPOSITE, "$Fonts", VQCLASSID_VQFONTTABLEBODY, Make<VQFontTableBody>},
     {TYPE_COMPOSITE, {}, VQCLASSID_VQRICHTEXTBODY, Make<VQRichTextBody>},
-    {TYPE_NUMBER, {}, VQCLASSID_VQNUMBERSBODY, Make<VQNumbersBody>},
     {TYPE_NUMBER_RANGE, {}, VQCLASSID_VQNUMBERSBODY, Make<VQNumbersBody>},
-    {TYPE_TIME, {}, VQCLASSID_VQDATETIMESBODY, Make<VQDatetimesBody>},
     {TYPE_TIME_RANGE, {}, VQCLASSID_VQDATETIMESBODY, Make<VQDatetimesBody>},
-    {TYPE_TEXT, {}, VQCLASSID_VQTEXTBODY, Make<VQTextBody>},
-    {TYPE_TEXT_LIST, {}, VQCLASSID_VQTEXTBODY, Make<VQTextBody>},
 };
 
 constexpr ItemKindRow kKindRows[] = {

@@ -1,6 +1,9 @@
 #include "qcore/slates/packed.h"
 
+#include <algorithm>
 #include <array>
+#include <cstring>
+#include <utility>
 
 #include "qcore/store/checksum.h"
 #include "qcore/store/wire.h"
@@ -70,40 +73,55 @@ ENGSTATUS PackedReader::Next(PackedItem* item) {
 
 namespace {
 
-// What stands in front of a record's value.
-class RecordHead {
+constexpr std::size_t kLongestVarint = 10;
+// What stands in front of a record's value: that of one aside, with a time.
+constexpr std::size_t kLongestHead = 1 + 5 + 2 + 8 + 2 + kLongestVarint + 5;
+
+// Writes where there is room for all that comes.
+class RoomWriter {
  public:
+  explicit RoomWriter(std::uint8_t* at) : at_(at) {}
   template <typename T>
   void Put(T value) {
-    StoreLittle(bytes_.data() + size_, value);
-    size_ += sizeof value;
+    StoreLittle(at_, value);
+    at_ += sizeof value;
   }
   void PutVarint(std::uint64_t value) {
-    for (; value >= 0x80; value >>= 7) Put(static_cast<std::uint8_t>(value | 0x80));
-    Put(static_cast<std::uint8_t>(value));
+    for (; value >= 0x80; value >>= 7) *at_++ = static_cast<std::uint8_t>(value | 0x80);
+    *at_++ = static_cast<std::uint8_t>(value);
   }
-  Bytes bytes() const { return Bytes(bytes_).first(size_); }
+  void PutBytes(Bytes bytes) {
+    if (!bytes.empty()) std::memcpy(at_, bytes.data(), bytes.size());
+    at_ += bytes.size();
+  }
+  std::uint8_t* at() const { return at_; }
 
  private:
-  static constexpr std::size_t kLongest = 1 + 5 + 2 + 8 + 2 + 10 + 5;  // an aside value's, with a time
-
-  std::array<std::uint8_t, kLongest> bytes_;
-  std::size_t size_ = 0;
+  std::uint8_t* at_;
 };
 
 }  // namespace
 
 PackedWriter::PackedWriter(std::uint32_t count) {
-  packed_.reserve(2048);
-  packed_.resize(kSumSize);
-  WireWriter writer(&packed_);
+  Enlarge(2048);
+  RoomWriter writer(packed_.get() + kSumSize);
   writer.Put(kForm);
   writer.PutVarint(count);
+  size_ = static_cast<std::size_t>(writer.at() - packed_.get());
+}
+
+void PackedWriter::Enlarge(std::size_t least) {
+  const std::size_t capacity = std::max(least, 2 * capacity_);
+  auto grown = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
+  std::copy_n(packed_.get(), size_, grown.get());
+  packed_ = std::move(grown);
+  capacity_ = capacity;
 }
 
 void PackedWriter::Add(const PackedItem& item) {
   const bool same_time = SameTime(item.modified, previous_);
-  RecordHead record;
+  std::array<std::uint8_t, kLongestHead> head;
+  RoomWriter record(head.data());
   record.Put(static_cast<std::uint8_t>((item.aside ? kAside : 0) | (same_time ? kSameTime : 0)));
   record.PutVarint(item.name);
   record.Put(item.flags);
@@ -119,17 +137,23 @@ void PackedWriter::Add(const PackedItem& item) {
   } else {
     record.PutVarint(item.value.size());
   }
-  WireWriter writer(&packed_);
-  writer.PutVarint(record.bytes().size() + item.value.size() + item.kept.size());
-  writer.PutBytes(record.bytes());
+  const Bytes written = Bytes(head).first(static_cast<std::size_t>(record.at() - head.data()));
+  const std::size_t length = written.size() + item.value.size() + item.kept.size();
+  RoomWriter writer(Room(kLongestVarint + length));
+  writer.PutVarint(length);
+  writer.PutBytes(written);
   writer.PutBytes(item.value);
   writer.PutBytes(item.kept);
+  size_ = static_cast<std::size_t>(writer.at() - packed_.get());
 }
 
 Bytes PackedWriter::Finish(Bytes rest, std::uint32_t id) {
-  WireWriter(&packed_).PutBytes(rest);
-  StoreLittle(packed_.data(), Checksum(Bytes(packed_).subspan(kSumSize), id));
-  return packed_;
+  RoomWriter writer(Room(rest.size()));
+  writer.PutBytes(rest);
+  size_ += rest.size();
+  const Bytes packed(packed_.get(), size_);
+  StoreLittle(packed_.get(), Checksum(packed.subspan(kSumSize), id));
+  return packed;
 }
 
 }  // namespace qcore

@@ -9,7 +9,7 @@
 #ifndef QUILLON_QCORE_SLATES_PACKED_H
 #define QUILLON_QCORE_SLATES_PACKED_H
 
-#include <vector>
+#include <memory>
 
 #include "qcore/store/store.h"
 
@@ -55,7 +55,16 @@ class PackedWriter {
   Bytes Finish(Bytes rest, std::uint32_t id);
 
  private:
-  std::vector<std::uint8_t> packed_;
+  // Where the next bytes go, with room for so many.
+  std::uint8_t* Room(std::size_t count) {
+    if (count > capacity_ - size_) Enlarge(size_ + count);
+    return packed_.get() + size_;
+  }
+  void Enlarge(std::size_t least);
+
+  std::unique_ptr<std::uint8_t[]> packed_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = 0;
   TIMEDATE previous_{};
 };
 

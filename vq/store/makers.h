@@ -13,7 +13,8 @@ namespace vq {
 
 struct ItemMakerRow {
   std::uint32_t Type;
-  // The item's name when only items of that name get this body; empty for all. Named rows come first.
+  // The item's name when only items of that name get this body; empty for all. Named rows come before others of their
+  // type.
   std::string_view Name;
   VQCLASSID Body;
   ItemMaker Make;
