@@ -99,6 +99,6 @@ uint16_t EngTextListSize(const void* value, int prefixed) {
 ENGSTATUS EngTextListVerify(const void* value, int prefixed, uint32_t size) {
   if (!value) return ENG_ERR_ARGUMENT;
   return Guard([&]() -> ENGSTATUS {
-    return text::ReadList({Bytes(value), size}, PrefixOf(prefixed)) ? ENG_OK : ENG_ERR_LIST_DAMAGED;
+    return text::IsList({Bytes(value), size}, PrefixOf(prefixed)) ? ENG_OK : ENG_ERR_LIST_DAMAGED;
   });
 }

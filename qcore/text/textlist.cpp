@@ -24,21 +24,35 @@ std::string_view View(const ENGCHAR* at, std::size_t length) { return {reinterpr
 
 }  // namespace
 
-std::optional<Entries> ReadList(Text value, Prefix prefix) {
+namespace {
+
+// Gives each entry to `take`; false for bytes that are no list.
+template <typename Take>
+bool WalkList(Text value, Prefix prefix, Take&& take) {
   const std::size_t start = PrefixSize(prefix);
-  if (value.size() < start + 2) return std::nullopt;
-  if (prefix == Prefix::kType && Word(value.data()) != kTextListType) return std::nullopt;
+  if (value.size() < start + 2) return false;
+  if (prefix == Prefix::kType && Word(value.data()) != kTextListType) return false;
   const std::size_t count = Word(value.data() + start);
   std::size_t at = HeaderSize(count, prefix);
-  if (value.size() < at) return std::nullopt;
-  Entries entries;
-  entries.reserve(count);
+  if (value.size() < at) return false;
   for (std::size_t i = 0; i < count; ++i) {
     const std::size_t length = Word(value.data() + start + 2 + 2 * i);
-    if (value.size() - at < length) return std::nullopt;
-    entries.push_back(View(value.data() + at, length));
+    if (value.size() - at < length) return false;
+    take(View(value.data() + at, length));
     at += length;
   }
+  return true;
+}
+
+}  // namespace
+
+bool IsList(Text value, Prefix prefix) {
+  return WalkList(value, prefix, [](std::string_view) {});
+}
+
+std::optional<Entries> ReadList(Text value, Prefix prefix) {
+  Entries entries;
+  if (!WalkList(value, prefix, [&entries](std::string_view entry) { entries.push_back(entry); })) return std::nullopt;
   return entries;
 }
 

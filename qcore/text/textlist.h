@@ -26,6 +26,8 @@ using Entries = std::vector<std::string_view>;
 
 // Nothing for a value whose counts or lengths lead out of it. The views stay inside `value`.
 std::optional<Entries> ReadList(Text value, Prefix prefix);
+// Whether ReadList would give something.
+bool IsList(Text value, Prefix prefix);
 // Nothing for a value above kLargestList bytes or an entry count above 16 bits.
 std::optional<std::string> WriteList(const Entries& entries, Prefix prefix);
 

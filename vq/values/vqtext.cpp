@@ -7,6 +7,7 @@
 
 #include "engine/engine.h"
 #include "vq/frame/state.h"
+#include "vq/store/storetext.h"
 #include "vq/values/entrycount.h"
 
 namespace {
@@ -87,10 +88,15 @@ VQSTATUS WriteList(std::span<const Entry> entries, std::vector<VQCHAR>* bytes) {
   unsigned long size = 2 * kTypeWord + 2 * entries.size();
   for (const Entry& entry : entries) size += entry.size();
   if (size > kLargestList) return vq::FromEngine(ENG_ERR_LIST_FULL);
-  bytes->reserve(size);
-  AppendWord(bytes, entries.size());
-  for (const Entry& entry : entries) AppendWord(bytes, entry.size());
-  for (const Entry& entry : entries) bytes->insert(bytes->end(), entry.begin(), entry.end());
+  size -= kTypeWord;
+  bytes->resize(size);
+  VQCHAR* length = bytes->data();
+  VQCHAR* text = length + kTypeWord + 2 * entries.size();
+  vq::StoreWord(length, static_cast<unsigned>(entries.size()));
+  for (const Entry& entry : entries) {
+    vq::StoreWord(length += 2, static_cast<unsigned>(entry.size()));
+    text = std::copy(entry.begin(), entry.end(), text);
+  }
   return VQ_OK;
 }
 
