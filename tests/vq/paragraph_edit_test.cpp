@@ -279,6 +279,8 @@ TEST_F(Paragraphs, StylesAreSharedFoundAndRedefined) {
   EXPECT_EQ(text.SetParagraphStyle(Before(text, "d"), Before(text, "a"), style), VQERR_INVALID_PARAMETER);
   VQRichText bare = RichText(Text("ab"));
   EXPECT_EQ(bare.SetParagraphStyle(Before(bare, "b"), style), VQERR_RT_NOT_MEMBER);
+  VQRichText cell = RichText(kTwo + TableBegin() + Cell(0, 0) + Text("z") + TableEnd());
+  EXPECT_EQ(cell.SetParagraphStyle(Before(cell, "z"), style), VQERR_RT_NOT_MEMBER) << "the reference is not the cell's";
 }
 
 TEST_F(Paragraphs, NewTextsCanBeStyledAndFilled) {

@@ -91,18 +91,20 @@ struct Defined {
   std::set<std::uint16_t> Any;
 };
 
-bool Uses(const VQRTObjectBody& reference, std::uint16_t pabid) {
-  vq::PABIDs ids = pab::IDsOf(reference);
-  return ids.First == pabid || ids.Second == pabid;
-}
-
-// The first reference at or behind `from` that uses the identifier.
-VQRTObjectBody* UserBehind(const VQRTBaseContainerBody& root, VQRTObjectBody* from, std::uint16_t pabid) {
-  VQRTObjectBody* object = from;
-  while (object && !(object->IsType(VQRTTYPE_PAB_REFERENCE) && Uses(*object, pabid))) {
-    object = root.NextOfType(object, VQRTTYPE_PAB_REFERENCE);
+// The first reference at or behind `from` for each identifier of the definitions; none for those that none uses.
+std::map<std::uint16_t, VQRTObjectBody*> UsersBehind(const VQRTBaseContainerBody& root, VQRTObjectBody* from,
+                                                     const Objects& definitions) {
+  std::set<std::uint16_t> sought;
+  for (const VQRTObjectBody* definition : definitions) sought.insert(pab::IDsOf(*definition).First);
+  std::map<std::uint16_t, VQRTObjectBody*> users;
+  for (VQRTObjectBody* object = from; object && !sought.empty(); object = root.NextInTree(object)) {
+    if (!object->IsType(VQRTTYPE_PAB_REFERENCE)) continue;
+    vq::PABIDs ids = pab::IDsOf(*object);
+    for (std::uint16_t id : {ids.First, ids.Second}) {
+      if (sought.erase(id) != 0) users[id] = object;
+    }
   }
-  return object;
+  return users;
 }
 
 VQSTATUS MoveBefore(VQRTObjectBody* object, VQRTObjectBody* place) {
@@ -111,11 +113,10 @@ VQSTATUS MoveBefore(VQRTObjectBody* object, VQRTObjectBody* place) {
   return place->InsertPreviousSibling(object);
 }
 
-VQSTATUS RescueDefinition(const VQRTBaseContainerBody& root, VQRTObjectBody* definition, VQRTObjectBody* behind,
+// Moves a definition, and what belongs to it, in front of its user unless the user has one further left.
+VQSTATUS RescueDefinition(const VQRTBaseContainerBody& root, VQRTObjectBody* definition, VQRTObjectBody* user,
                           Objects* moved) {
-  std::uint16_t pabid = pab::IDsOf(*definition).First;
-  VQRTObjectBody* user = UserBehind(root, behind, pabid);
-  if (!user || pab::FindLeft(root, definition, VQRTTYPE_PAB_DEFINITION, pabid)) return VQ_OK;
+  if (pab::FindLeft(root, definition, VQRTTYPE_PAB_DEFINITION, pab::IDsOf(*definition).First)) return VQ_OK;
   VQRTObjectBody* companion = pab::Companion(*definition);
   for (VQRTObjectBody* object : {definition, companion}) {
     if (!object) continue;
@@ -192,8 +193,11 @@ VQSTATUS VQRTContainerBody::DeleteRepairLinks(VQRTObjectBody* first, VQRTObjectB
   for (VQRTObjectBody* object = first; object && object != behind; object = root.NextInTree(object)) {
     if (object->IsType(VQRTTYPE_PAB_DEFINITION)) definitions.push_back(object);
   }
+  const std::map<std::uint16_t, VQRTObjectBody*> users = UsersBehind(root, behind, definitions);
   for (VQRTObjectBody* definition : definitions) {
-    if (VQSTATUS status = RescueDefinition(root, definition, behind, moved)) return status;
+    auto user = users.find(pab::IDsOf(*definition).First);
+    if (user == users.end()) continue;
+    if (VQSTATUS status = RescueDefinition(root, definition, user->second, moved)) return status;
   }
   return VQ_OK;
 }

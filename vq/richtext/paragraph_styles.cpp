@@ -67,9 +67,9 @@ VQSTATUS FindRange(VQRTContainerBody& root, const VQRTCursor& start, const VQRTC
   VQRTObjectBody* firstCell = CellOf(first.GetRTObjectBody());
   if (firstCell && firstCell != CellOf(last.GetRTObjectBody())) return VQERR_INVALID_PARAMETER;
   range->Container = firstCell ? static_cast<VQRTContainerBody*>(firstCell) : &root;
-  range->First = pab::ReferenceFor(root, first.GetRTObjectBody());
+  range->First = pab::ReferenceFor(*range->Container, first.GetRTObjectBody());
   if (!range->First) return VQERR_RT_NOT_MEMBER;
-  range->Last = pab::ReferenceFor(root, last.GetRTObjectBody());
+  range->Last = pab::ReferenceFor(*range->Container, last.GetRTObjectBody());
   if (!range->Last || range->Last->IsLeftOf(range->First)) range->Last = range->First;
   range->Behind = range->Container->NextOfType(range->Last, VQRTTYPE_PAB_REFERENCE);
   return VQ_OK;
