@@ -20,7 +20,7 @@ struct ConnectionCloser {
 };
 using Connection = std::unique_ptr<sqlite3, ConnectionCloser>;
 
-// Opens a file that must exist, with extended result codes and without SQLite's own mutex.
+// Opens a file that must exist, or a file URI, with extended result codes and without SQLite's own mutex.
 [[nodiscard]] ENGSTATUS OpenConnection(const std::string& file, int flags, Connection* connection);
 [[nodiscard]] ENGSTATUS Execute(sqlite3* connection, const char* sql);
 // The first column of the first row as a number.

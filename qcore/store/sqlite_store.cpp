@@ -32,10 +32,11 @@ bool IsFailedSync(int code) { return code == SQLITE_IOERR_FSYNC || code == SQLIT
 
 ENGSTATUS SqliteStore::Result(int code) {
   if (IsFailedSync(code)) sync_failed_ = true;
-  return StatusOfSqlite(code);
+  return IsSound() ? StatusOfSqlite(code) : ENGSTATUS{ENG_ERR_DB_IN_USE};
 }
 
 Use SqliteStore::Start(Sql which) {
+  if (!IsSound()) return Use(nullptr, SQLITE_BUSY);
   const auto index = static_cast<std::size_t>(which);
   const int code = statements_[index].Prepare(connection_.get(), kSql[index]);
   return Use(statements_[index].get(), code);
@@ -88,10 +89,13 @@ ENGSTATUS SqliteStore::Configure() {
 ENGSTATUS SqliteStore::Open(const std::string& file, std::unique_ptr<SqliteStore>* store) {
   const ENGSTATUS identity = CheckIdentity(file);
   if (identity != ENG_OK) return identity;
+  std::optional<FrozenFile> frozen = FrozenFile::Find(file);
   Connection connection;
-  const ENGSTATUS opened = OpenConnection(file, SQLITE_OPEN_READWRITE, &connection);
+  const ENGSTATUS opened = frozen ? OpenConnection(frozen->Uri(), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, &connection)
+                                  : OpenConnection(file, SQLITE_OPEN_READWRITE, &connection);
   if (opened != ENG_OK) return opened;
   std::unique_ptr<SqliteStore> made(new SqliteStore(std::move(connection)));
+  made->frozen_ = std::move(frozen);
   const ENGSTATUS status = made->Configure();
   if (status == ENG_OK) *store = std::move(made);
   // A file that can only be read opens; what is missing is the right to share its log in the directory.

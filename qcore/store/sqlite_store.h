@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "qcore/store/frozen.h"
 #include "qcore/store/sqlite_log.h"
 #include "qcore/store/sqlite_statement.h"
 #include "qcore/store/store.h"
@@ -32,7 +33,8 @@ class SqliteStore final : public Store {
     TIMEDATE replica_id;
   };
 
-  // `file` is an absolute path.
+  // `file` is an absolute path. A store that this user can only read opens; its changes give ENG_ERR_DB_READ_ONLY.
+  // Where no log can be made either, a change by somebody else gives ENG_ERR_DB_IN_USE from then on: open it again.
   [[nodiscard]] static ENGSTATUS Open(const std::string& file, std::unique_ptr<SqliteStore>* store);
   // Makes the file aside and puts it in place when it is complete and synced.
   [[nodiscard]] static ENGSTATUS Create(const std::string& file, const Creation& creation, bool overwrite);
@@ -127,6 +129,9 @@ class SqliteStore final : public Store {
 
   explicit SqliteStore(Connection connection) : connection_(std::move(connection)) {}
 
+  // False once somebody else has begun to write to a store that is read without a log.
+  bool IsSound() const { return !frozen_ || frozen_->IsUnchanged(); }
+
   [[nodiscard]] static ENGSTATUS CheckIdentity(const std::string& file);
   [[nodiscard]] static ENGSTATUS Fill(const std::string& file, const Creation& creation);
   [[nodiscard]] static ENGSTATUS Replace(const std::string& fresh, const std::string& file);
@@ -164,6 +169,7 @@ class SqliteStore final : public Store {
 
   static int OnCommit(void* store, sqlite3* connection, const char* schema, int frames);
 
+  std::optional<FrozenFile> frozen_;
   Connection connection_;
   std::array<Statement, kStatements> statements_;
   Counters counters_;

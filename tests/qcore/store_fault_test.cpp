@@ -382,7 +382,9 @@ TEST_F(Damage, PermissionsThatAreMissingAreNamed) {
     mode_t file;
     ENGSTATUS open;
     ENGSTATUS create;
-  } rows[] = {{0755 & ~0200, 0644, ENG_ERR_DB_NO_ACCESS, ENG_ERR_DB_NO_ACCESS},
+  } rows[] = {{0755 & ~0200, 0644, ENG_OK, ENG_ERR_DB_NO_ACCESS},
+              {0755 & ~0200, 0666, ENG_OK, ENG_ERR_DB_NO_ACCESS},
+              {0755 & ~0200, 0600, ENG_ERR_DB_NO_ACCESS, ENG_ERR_DB_NO_ACCESS},
               {0777, 0200, ENG_ERR_DB_NO_ACCESS, ENG_OK},
               {0777, 0444, ENG_OK, ENG_OK}};
   const std::string data = folder_.File("data");
@@ -402,6 +404,41 @@ TEST_F(Damage, PermissionsThatAreMissingAreNamed) {
     ASSERT_EQ(seteuid(user), 0);
     ASSERT_EQ(chmod(data.c_str(), 0777), 0);
   }
+}
+
+// A reader who cannot make a log sees what is stored, or hears that it changes: never a state that was not.
+TEST_F(Damage, AReaderWithoutALogHearsOfChanges) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs a second user";
+  const std::string data = folder_.File("data");
+  ASSERT_EQ(chmod(folder_.File("").c_str(), 0755), 0);
+  ASSERT_EQ(chmod(data.c_str(), 0755), 0);
+  ASSERT_EQ(rename(file().c_str(), folder_.File("data/a?b#c%20.vlt").c_str()), 0);
+  const auto open_as_reader = [] {
+    ENGHANDLE db = 0;
+    EXPECT_EQ(seteuid(65534), 0);
+    EXPECT_EQ(EngDbOpen("a?b#c%20", &db), ENG_OK);
+    EXPECT_EQ(seteuid(0), 0);
+    return db;
+  };
+  ENGCHAR info[ENG_INFO_SIZE];
+  const auto read = [&info](ENGHANDLE db) { return EngDbGetInfo(db, info); };
+  const ENGHANDLE before = open_as_reader();
+  EXPECT_EQ(read(before), ENG_OK);
+  ENGHANDLE writer = 0;
+  ASSERT_EQ(EngDbOpen("a?b#c%20", &writer), ENG_OK);
+  ASSERT_EQ(EngDbSetInfo(writer, reinterpret_cast<const ENGCHAR*>("changed")), ENG_OK);
+  EXPECT_EQ(read(before), ENG_ERR_DB_IN_USE);
+  const ENGHANDLE beside = open_as_reader();  // by the writer's log
+  EXPECT_EQ(read(beside), ENG_OK);
+  EXPECT_STREQ(reinterpret_cast<const char*>(info), "changed");
+  EXPECT_EQ(EngDbClose(beside), ENG_OK);
+  EXPECT_EQ(EngDbClose(writer), ENG_OK);
+  EXPECT_EQ(read(before), ENG_ERR_DB_IN_USE);
+  EXPECT_EQ(EngDbClose(before), ENG_OK);
+  const ENGHANDLE after = open_as_reader();
+  EXPECT_EQ(read(after), ENG_OK);
+  EXPECT_STREQ(reinterpret_cast<const char*>(info), "changed");
+  EXPECT_EQ(EngDbClose(after), ENG_OK);
 }
 
 }  // namespace
