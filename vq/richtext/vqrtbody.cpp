@@ -96,6 +96,7 @@ void VQRichTextBody::LoadBlocks() {
     source->AddReference();
     Blocks.push_back({source, size});
   };
+  Blocks.reserve(Blocks.size() + 1 + GetExtraPlaces().size());
   load(GetValueBlock(), ValueSize);
   for (const vq::ItemPlace& place : GetExtraPlaces()) load(place.Value, place.Size);
 }
@@ -177,7 +178,14 @@ VQSTATUS VQRichTextBody::StoreTree() {
     Blocks.swap(old);
     return status;
   }
-  LoadBlocks();
+  try {
+    LoadBlocks();
+  } catch (...) {
+    // All is stored, and can be read from there.
+    ReleaseBlocks(old);
+    DropTree();
+    throw;
+  }
   writer.Commit(Blocks);
   Top->Dirty = false;  // the one object without a record
   ReleaseBlocks(old);

@@ -95,10 +95,14 @@ VQSTATUS VQRTObjectBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS) {
 void VQRTObjectBody::TakeRecord(const VQRTObjectBody& source) {
   Counted = false;
   const vq::RecordBytes bytes(source);
+  std::unique_ptr<std::vector<unsigned char>> taken;
+  if (bytes.GetSize() != 0) {
+    taken = std::make_unique<std::vector<unsigned char>>(bytes.Get(), bytes.Get() + bytes.GetSize());
+    taken->resize(vq::Padded(bytes.GetSize()));
+  }
   DropContent();
-  if (bytes.GetSize() == 0) return;
-  Value = std::make_unique<std::vector<unsigned char>>(bytes.Get(), bytes.Get() + bytes.GetSize());
-  Value->resize(vq::Padded(bytes.GetSize()));
+  if (!taken) return;
+  Value = std::move(taken);
   Outdated = true;
 }
 

@@ -140,8 +140,10 @@ VQSTATUS RecordWriter::WriteStretch(const Stretch& stretch) {
 VQSTATUS RecordWriter::Keep(const LoadedBlock& block) {
   VQSTATUS status = CloseBlock();
   if (status != VQ_OK) return status;
-  ItemBlock kept{0, block.Size, true};
-  if (Blocks.size() != static_cast<std::size_t>(&block - Loaded.data())) {
+  const bool moved = Blocks.size() != static_cast<std::size_t>(&block - Loaded.data());
+  ItemBlock& kept = AddBlock(block.Source);
+  kept = {0, block.Size, true};
+  if (moved) {
     Reading.Lock(block.Source->GetPool());
     if (!Reading.GetBytes()) return VQERR_ITEM_UNINITIALIZED;
     status = FromEngine(EngMemAlloc(kMemoryFlags, block.Size, &kept.Memory));
@@ -150,10 +152,15 @@ VQSTATUS RecordWriter::Keep(const LoadedBlock& block) {
     std::memcpy(copy.GetBytes(), Reading.GetBytes() + block.Source->GetBase(), block.Size);
     kept.Kept = false;
   }
-  Blocks.push_back(kept);
-  KeptSources.push_back(block.Source);
-  FirstObjects.push_back(Objects.size());
   return VQ_OK;
+}
+
+// Its memory comes afterwards, when it has an owner.
+ItemBlock& RecordWriter::AddBlock(RecordSource* kept) {
+  KeptSources.push_back(kept);
+  FirstObjects.push_back(Objects.size());
+  Blocks.emplace_back();
+  return Blocks.back();
 }
 
 VQSTATUS RecordWriter::Add(VQRTObjectBody& object) {
@@ -187,12 +194,9 @@ VQSTATUS RecordWriter::OpenBlock(std::uint32_t size) {
   if (status != VQ_OK) return status;
   std::uint32_t room = Remaining < kItemTarget - 1 ? static_cast<std::uint32_t>(Remaining) + kTypeWord : kItemTarget;
   room = std::max(std::min(room, kItemTarget), size + kTypeWord);
-  ItemBlock block;
+  ItemBlock& block = AddBlock(nullptr);
   status = FromEngine(EngMemAlloc(kMemoryFlags, room, &block.Memory));
   if (status != VQ_OK) return status;
-  Blocks.push_back(block);
-  KeptSources.push_back(nullptr);
-  FirstObjects.push_back(Objects.size());
   Bytes = static_cast<unsigned char*>(EngMemLock(block.Memory));
   if (!Bytes) return VQERR_INSUFFICIENT_MEMORY;
   Bytes[0] = 1;

@@ -50,6 +50,8 @@ class RecordWriter {
   VQRTObjectBody* NextObject(const VQRTObjectBody* object) const;
   [[nodiscard]] VQSTATUS WriteStretch(const Stretch& stretch);
   [[nodiscard]] VQSTATUS Keep(const LoadedBlock& block);
+  // Its memory is still to come; `kept` is null for a new one.
+  ItemBlock& AddBlock(RecordSource* kept);
   [[nodiscard]] VQSTATUS OpenBlock(std::uint32_t size);
   [[nodiscard]] VQSTATUS CloseBlock();
 

@@ -44,9 +44,14 @@ VQItemBody* MakeItemBody(VQSlateBody* slate, std::string_view name, const ItemPl
   return new VQSlateItemBody(slate, name, place);
 }
 
-VQSlateBody* MakeSlateBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle) {
+VQSTATUS MakeSlateBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle, VQSlateBody** body) {
   const SlateMakerRow* row = FindSlateMaker(type);
-  return row != nullptr ? row->Make(database, type, handle) : new VQSlateBody(database, type, handle);
+  try {
+    *body = row != nullptr ? row->Make(database, type, handle) : new VQSlateBody(database, type, handle);
+    return VQ_OK;
+  } catch (VQSTATUS status) {
+    return status;
+  }
 }
 
 VQCLASSID SlateBodyClass(unsigned long type) {

@@ -46,7 +46,8 @@ extern const std::span<const SlateMakerRow> kSlateMakers;
 VQCLASSID ItemBodyClass(std::uint16_t type, std::string_view name);
 VQItemBody* MakeItemBody(VQSlateBody* slate, std::string_view name, const ItemPlace& place);
 // VQSlateBody for a type without a row.
-VQSlateBody* MakeSlateBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle);
+[[nodiscard]] VQSTATUS MakeSlateBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle,
+                                     VQSlateBody** body);
 VQCLASSID SlateBodyClass(unsigned long type);
 // Null for VQItem and unknown classes, which hold any body.
 const ItemKindRow* FindItemKind(VQCLASSID handle);

@@ -232,8 +232,13 @@ VQSTATUS VQDatabaseBody::CreateSlate(unsigned long type, VQSlateBody** body) {
     EngSlateClose(handle);
     return vq::FromEngine(result);
   }
-  VQSlateBody* made = vq::MakeSlateBody(this, slate_class | static_cast<unsigned long>(kind) << 16, handle);
-  VQSTATUS status = made->ReadHeader();
+  VQSlateBody* made = nullptr;
+  VQSTATUS status = vq::MakeSlateBody(this, slate_class | static_cast<unsigned long>(kind) << 16, handle, &made);
+  if (status != VQ_OK) {
+    EngSlateClose(handle);
+    return status;
+  }
+  status = made->ReadHeader();
   const char letter = vq::LetterOfDesignKind(slate_class, kind);
   if (status == VQ_OK && letter != 0) {
     VQDesignFlags flags;

@@ -30,8 +30,8 @@ void VQItemArrayBody::ReleaseAll() {
 
 void VQItemArrayBody::Take(VQItemBody* item) {
   VQ_ASSERT_TEXT(item, "itemb", "VQITEM");
-  item->AddReference();
   Entries.push_back(item);
+  item->AddReference();
 }
 
 // The later items of a composite value belong to the body of its first.

@@ -107,11 +107,17 @@ VQSTATUS VQItemBody::Close() {
   return status;
 }
 
-// Changes of an item whose last handle goes stay in the open slate, as those of an item that lives on do.
+// Changes of an item whose last handle goes stay in the open slate, as those of an item that lives on do. What prevents
+// that reaches the client by the next save: a destructor has no other way.
 VQSTATUS VQItemBody::KeepChanges() {
   if (Slate == nullptr || !Slate->IsOpen() || (State & kDeleted) != 0 || !IsDirty()) return VQ_OK;
-  VQSTATUS status = Flush();
-  if (!VQIsError(status)) status = PrepareForSave();
+  VQSTATUS status = VQ_OK;
+  try {
+    status = Flush();
+    if (!VQIsError(status)) status = PrepareForSave();
+  } catch (VQSTATUS thrown) {
+    status = thrown;
+  }
   if (VQIsError(status)) Slate->NoteLostChange(status);
   return status;
 }

@@ -175,8 +175,10 @@ VQSTATUS VQSlate::BindToHandle(VQDatabaseBody* database, ENGHANDLE handle) {
 }
 
 VQSTATUS VQSlate::AttachHandle(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle) {
-  VQSlateBody* body = vq::MakeSlateBody(database, type, handle);
-  const VQSTATUS status = body->ReadHeader();
+  VQSlateBody* body = nullptr;
+  VQSTATUS status = vq::MakeSlateBody(database, type, handle, &body);
+  if (status != VQ_OK) return status;
+  status = body->ReadHeader();
   if (status != VQ_OK) {
     body->Detach();
     delete body;

@@ -39,7 +39,14 @@ VQSTATUS VQSlateArray::CheckChange() const {
   return Table()->IsFullText() != 0 ? VQERR_INVALID_FOR_FULL_TEXT : VQ_OK;
 }
 
-void VQSlateArray::CreateVQIDTable(ENGHANDLE table) { VQSmartPtr::operator=(new VQIDTable(table)); }
+void VQSlateArray::CreateVQIDTable(ENGHANDLE table) {
+  try {
+    VQSmartPtr::operator=(new VQIDTable(table));
+  } catch (...) {
+    EngIdTableDestroy(table);
+    throw;
+  }
+}
 
 VQSTATUS VQSlateArray::Assign(VQDatabaseBody* database, VQIDTable* table, unsigned long slate_class) {
   Database = database;

@@ -25,8 +25,8 @@ VQSlateBody::VQSlateBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE
       OpenFlags(0),
       Originator{},
       LostChange(VQ_OK) {
-  Database->AddReference();
   TakeHandle(handle);
+  Database->AddReference();
 }
 
 // Handles that Close builds and lets go must not bring the count to zero again.
@@ -44,13 +44,14 @@ VQSlateBody::~VQSlateBody() {
 VQCLASSID VQSlateBody::GetClassID() const { return VQCLASSID_VQSLATEBODY; }
 
 // A body that is open stands in its database's list, so that closing the database reaches it.
+// Without the memory for that the handle stays the caller's.
 void VQSlateBody::TakeHandle(ENGHANDLE handle) {
-  SlateHandle = handle;
-  Detached = 0;
   VQElement* element = nullptr;
   if (handle != 0 && Database->GetObjects().GetElement(this, &element) != VQ_OK) {
-    VQ_ASSERT_TEXT(Database->GetObjects().AddObject(this) == VQ_OK, "error == 0", "VQSLATE");
+    vq::ThrowIfError(Database->GetObjects().AddObject(this));
   }
+  SlateHandle = handle;
+  Detached = 0;
 }
 
 void VQSlateBody::LeaveLists() {
