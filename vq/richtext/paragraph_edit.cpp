@@ -63,7 +63,7 @@ VQSTATUS VQRTContainerBody::StartNewParagraph(VQRTCursor* cursor) {
     if (VQSTATUS status = PutText(place, place.Before, &text)) return status;
     left = text;
   }
-  VQRTObject paragraph(new VQRTElementBody(VQRTTYPE_NEW_PARAGRAPH, SIG_CD_PARAGRAPH));
+  VQRTObject paragraph(new VQRTObjectBody(VQRTTYPE_NEW_PARAGRAPH, SIG_CD_PARAGRAPH));
   if (VQSTATUS status = pab::InsertAt(place, paragraph.GetRTObjectBody())) return status;
   if (VQSTATUS status = pab::InsertAt(place, reference.GetRTObjectBody())) return status;
   if (IsText(place.Before)) return pab::PutCursor(cursor, place.Before, false);
