@@ -324,6 +324,38 @@ TEST_F(Paragraphs, NewTextsCanBeStyledAndFilled) {
   }
 }
 
+TEST_F(Paragraphs, AFullFontTableRefusesAndChangesNothing) {
+  const VQFontStyle face(0x20, 2, "Quadrata", 0, 0);
+  VQStylizedText run("run");
+  ASSERT_EQ(run.SetFontStyle(face), VQ_OK);
+  VQRichText other;
+  ASSERT_EQ(other.Create(), VQ_OK);
+  ASSERT_EQ(other.Append("one\n"), VQ_OK);
+  ASSERT_EQ(other.Append(run), VQ_OK);
+  VQNamedStyle named(VQString("Quote"), VQParagraphStyle(CDPABDEFINITION{}), face);
+  const struct {
+    const char* What;
+    std::function<VQSTATUS(VQRichText& text, VQRTCursor at)> Edit;
+  } rows[] = {
+      {"append an object", [&](VQRichText& text, VQRTCursor) { return text.Append(run); }},
+      {"insert an object", [&](VQRichText& text, VQRTCursor at) { return text.Insert(run, &at); }},
+      {"append a text", [&](VQRichText& text, VQRTCursor) { return text.Append(other); }},
+      {"insert a text", [&](VQRichText& text, VQRTCursor at) { return text.Insert(other, &at); }},
+      {"a font", [&](VQRichText& text, VQRTCursor at) { return text.SetFontStyle(at, at + 1, face); }},
+      {"a named style", [&](VQRichText& text, VQRTCursor at) { return text.SetParagraphStyle(at, named); }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(kTwo);
+    VQFontTable table;
+    ASSERT_EQ(text.GetRichTextBody()->FindOrMakeFontTable(&table), VQ_OK);
+    ASSERT_EQ(table.Append(255, 0x12, "Last"), VQ_OK);
+    EXPECT_EQ(row.Edit(text, Before(text, "b")), VQERR_TOO_MANY_FONTS);
+    EXPECT_EQ(Written(text), kTwo);
+    EXPECT_EQ(table.GetCount(), 1u);
+  }
+}
+
 TEST_F(Paragraphs, FacesFollowTheirRuns) {
   VQRichText source, target;
   ASSERT_EQ(source.Create(), VQ_OK);

@@ -2,7 +2,9 @@
 
 #include "vq/richtext/fontid.h"
 #include "vq/richtext/fonttable.h"
+#include "vq/richtext/vqpabdef.h"
 #include "vq/richtext/vqrtbody.h"
+#include "vq/richtext/vqstyltx.h"
 #include "vq/store/vqslate.h"
 
 namespace vq {
@@ -58,6 +60,35 @@ VQSTATUS EnterFace(const VQRTObjectBody& object, const CDFACE& face, unsigned ch
   VQFontTable table;
   if (VQSTATUS status = richText->FindOrMakeFontTable(&table)) return status;
   return AddFaceTo(table, face, number);
+}
+
+VQSTATUS EnterStyle(const VQRTObjectBody& object, const VQFontStyle& style) {
+  if (style.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
+  VQFontStyleBody& body = *style.GetFontStyleBody();
+  if (VQSTATUS status = body.Refresh()) return status;
+  if (!fontid::IsTableFace(fontid::Face(body.GetFontID()))) return VQ_OK;
+  CDFACE face{};
+  if (VQSTATUS status = body.GetFace(&face)) return status;
+  unsigned char number = 0;
+  return EnterFace(object, face, &number);
+}
+
+VQSTATUS EnterFacesOf(VQRTObjectBody& incoming, const VQRTObjectBody& object) {
+  const VQRTBaseContainerBody* container = incoming.AsBase();
+  for (VQRTObjectBody* each = &incoming; each; each = container ? container->NextInTree(each) : nullptr) {
+    VQFontStyle style;
+    VQSTATUS status = VQWARN_NOT_FOUND;
+    if (each->GetType() == VQRTTYPE_STYLIZED_TEXT) {
+      VQStylizedTextBody& run = static_cast<VQStylizedTextBody&>(*each);
+      bool table = fontid::IsTableFace(fontid::Face(static_cast<std::uint32_t>(run.GetFontID())));
+      if (table) status = run.GetFontStyle(&style);
+    } else if (each->GetType() == VQRTTYPE_PAB_STYLE_NAME) {
+      status = static_cast<VQPABStyleNameBody&>(*each).GetFontStyle(&style);
+    }
+    if (status == VQ_OK) status = EnterStyle(object, style);
+    if (VQIsError(status)) return status;
+  }
+  return VQ_OK;
 }
 
 VQSTATUS ConvertFont(const VQFontStyle& style, VQItem* target) {

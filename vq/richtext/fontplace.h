@@ -23,6 +23,10 @@ namespace vq {
 // Gives the number of a table face in the table of the object's rich text, entering the face if it is new. Outside a
 // rich text the face keeps its number.
 [[nodiscard]] VQSTATUS EnterFace(const VQRTObjectBody& object, const CDFACE& face, unsigned char* number);
+// The same for the face of a style, if that is one of a table.
+[[nodiscard]] VQSTATUS EnterStyle(const VQRTObjectBody& object, const VQFontStyle& style);
+// The same for all faces in `incoming`, which still stands alone: what may fail comes before the text is changed.
+[[nodiscard]] VQSTATUS EnterFacesOf(VQRTObjectBody& incoming, const VQRTObjectBody& object);
 
 // Carries the font of a run or style name over to another font table, or to the table of another rich text: the face
 // is entered there, and its number there is written into the record.

@@ -1,7 +1,5 @@
 // Container operations that find, compare and set paragraph styles.
-#include "vq/richtext/fontid.h"
 #include "vq/richtext/fontplace.h"
-#include "vq/richtext/fonttable.h"
 #include "vq/richtext/pabtree.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqparstl.h"
@@ -81,13 +79,7 @@ VQSTATUS PrepareFont(const StyleRange& range, const VQParagraphStyle& style, VQF
   VQNamedStyleBody* named = VQNamedStyle(style).GetNamedStyleBody();
   VQSTATUS status = named->StyleName().GetFontStyle(font);
   if (status != VQ_OK) return status == VQWARN_NOT_FOUND ? VQ_OK : status;
-  VQFontStyleBody& body = *font->GetFontStyleBody();
-  if ((status = body.Refresh()) != VQ_OK) return status;
-  if (!vq::fontid::IsTableFace(vq::fontid::Face(body.GetFontID()))) return VQ_OK;
-  CDFACE face{};
-  if ((status = body.GetFace(&face)) != VQ_OK) return status;
-  unsigned char number = 0;
-  return vq::EnterFace(*range.First, face, &number);
+  return vq::EnterStyle(*range.First, *font);
 }
 
 VQSTATUS SetFonts(const StyleRange& range, const VQFontStyle& font) {

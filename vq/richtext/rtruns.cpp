@@ -1,5 +1,6 @@
 // Runs in ranges: copies of a part, fonts of a part.
 #include "vq/richtext/font.h"
+#include "vq/richtext/fontplace.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqstyltx.h"
@@ -53,8 +54,9 @@ VQSTATUS VQStylizedTextBody::SetFontStyle(const VQRTCursor& start, const VQRTCur
   if (part.To < part.From) return VQERR_INVALID_PARAMETER;
   if (count == 0) return ApplyFontStyle(style, mask);
   if (part.From == part.To) return VQ_OK;
-  VQSTATUS status = VQ_OK;
-  if (part.To < count) status = SplitText(part.To + 1);
+  // The font table may be full, which must show before the run is split.
+  VQSTATUS status = mask & VQFONTMASK_FACE ? vq::EnterStyle(*this, style) : VQ_OK;
+  if (status == VQ_OK && part.To < count) status = SplitText(part.To + 1);
   if (status == VQ_OK && part.From > 0) status = SplitText(part.From + 1);
   if (status != VQ_OK) return status;
   if (part.From == 0) return ApplyFontStyle(style, mask);

@@ -116,6 +116,7 @@ VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appende
   if (!CanInsertType(object.GetType())) return VQERR_CANT_INSERT_TYPE;
   VQRTObject copy;
   VQSTATUS status = copy.CopyRTObject(object, VQRTCOPYOPTIONS_DEEP);
+  if (status == VQ_OK) status = vq::EnterFacesOf(*copy.GetRTObjectBody(), *this);
   if (status == VQ_OK && vq::pab::IsContent(copy.GetRTObjectBody())) status = BeginText();
   if (status == VQ_OK) status = Append(copy.GetRTObjectBody());
   if (status == VQ_OK) status = vq::EnterFonts(*copy.GetRTObjectBody());
@@ -172,7 +173,8 @@ VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObj
     placed = object;
   }
   VQRTObjectBody* body = placed.GetRTObjectBody();
-  status = PlaceAt(body, *cursor);
+  status = vq::EnterFacesOf(*body, *this);
+  if (status == VQ_OK) status = PlaceAt(body, *cursor);
   if (status == VQ_OK) status = vq::EnterFonts(*body);
   if (status != VQ_OK) return status;
 
