@@ -90,6 +90,8 @@ TEST_F(Commands, ExitCodesAndWords) {
       {"init .", 1, "--force"},
       {"show s.vlt 4711", 3, "no document 4711"},
       {"show s.vlt one.txt --records --item Subject", 3, "no rich text item"},
+      {"show s.vlt one.txt --text --item Subject", 3, "no rich text item"},
+      {"show s.vlt one.txt --text --item Missing", 3, "no rich text item"},
       {"replace s.vlt two.md colour color", 3, "no document two.md"},
       {"replace s.vlt deep/two.md colour color", 3, "isn't in the text"},
       {"import s.vlt nowhere", 3, "no file or folder"},

@@ -3,6 +3,7 @@
 #include "vq/store/storetext.h"
 #include "vq/values/vqdts.h"
 #include "vq/values/vqnumber.h"
+#include "vq/values/vqtext.h"
 
 namespace {
 
@@ -28,6 +29,40 @@ class Items : public vqtest::StoreFixture {
   }
   VQDocument Document;
 };
+
+// A value in a slate may hold more text than a string: that is said, and never cut.
+TEST_F(Items, TextTooLongForAStringIsNotCut) {
+  for (const std::size_t size : {65534, 65535, 65536, 70000}) {
+    SCOPED_TRACE(size);
+    const VQSTATUS expected = size <= 65534 ? VQ_OK : VQERR_STRING_TOO_LONG;
+    const VQText text(Make(TYPE_TEXT, std::string(size, 'a')));
+    VQString joined;
+    unsigned long index = 0;
+    EXPECT_EQ(StatusOf([&] { joined = text[0]; }), expected);
+    EXPECT_EQ(text.GetText(&joined, ","), expected);
+    EXPECT_EQ(VQText(text).FindEntry("b", &index), expected == VQ_OK ? VQWARN_NOT_FOUND : expected);
+    EXPECT_EQ(VQText(text).Insert(0, VQString("x")), VQSTATUS{ENG_ERR_LIST_FULL});
+    EXPECT_EQ(text.GetValueSize(), size + 2);
+  }
+}
+
+// A list that a VQText makes holds 65,535 bytes; a larger one from elsewhere is read, and may shrink.
+TEST_F(Items, ListsWithManyEntriesStayWhole) {
+  for (const unsigned long count : {32765UL, 32766UL, 65535UL}) {
+    SCOPED_TRACE(count);
+    std::string list{static_cast<char>(count), static_cast<char>(count >> 8)};
+    list.append(2 * count, '\0');
+    VQText text(Make(TYPE_TEXT_LIST, list));
+    EXPECT_EQ(text.GetCount(), count);
+    EXPECT_EQ(text.Insert(count, VQString()), VQSTATUS{ENG_ERR_LIST_FULL});
+    EXPECT_EQ(text.Insert(0, VQText(text)), VQERR_INVALID_PARAMETER);
+    EXPECT_EQ(StatusOf([&] { text[count]; }), VQERR_BAD_SUBSCRIPT);
+    EXPECT_EQ(text.GetCount(), count);
+    EXPECT_EQ(DataOf(text), list);
+    EXPECT_EQ(text.Delete(1, count - 3), VQ_OK);
+    EXPECT_EQ(DataOf(text), std::string("\3\0\0\0\0\0\0\0", 8));
+  }
+}
 
 struct RangeRow {
   const char* what;

@@ -152,18 +152,20 @@ VQSTATUS VQTextBody::ReadEntry(unsigned long index, VQString* text) {
   if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
   const unsigned long size = GetValueSize();
   const ENGCHAR* entry = value.Data();
-  auto length = static_cast<std::uint16_t>(size - kTypeWord);
+  unsigned long length = size - kTypeWord;
   if (GetType() != TYPE_TEXT && length != 0) {
     VQ_ASSERT_TEXT(GetType() == TYPE_TEXT_LIST, "vaulttype==TYPE_TEXT_LIST", kFile);
     unsigned long count = 0;
     if (const VQSTATUS status = CountIn(value, size, &count)) return status;
-    length = 0;
+    std::uint16_t bytes = 0;
     const auto place = static_cast<std::uint16_t>(std::min(index, 0xFFFFUL));
     const bool empty = index == 0 && count == 0;
-    const ENGSTATUS result = empty ? ENG_OK : EngTextListGetEntry(value.Value(), 1, place, &entry, &length);
+    const ENGSTATUS result = empty ? ENG_OK : EngTextListGetEntry(value.Value(), 1, place, &entry, &bytes);
     if (result != ENG_OK) return vq::FromEngine(result);
+    length = bytes;
     if (static_cast<unsigned long>(entry - value.Value()) + length > size) return vq::FromEngine(ENG_ERR_LIST_DAMAGED);
   }
+  if (length > VQStringBody::kMaximumBytes) return VQERR_STRING_TOO_LONG;
   text->Setup(entry, length);
   return VQ_OK;
 }
@@ -176,6 +178,7 @@ VQSTATUS VQTextBody::ReadEntries(std::vector<VQString>* entries) {
   entries->clear();
   if (size == kTypeWord) return VQ_OK;
   if (GetType() == TYPE_TEXT) {
+    if (size - kTypeWord > VQStringBody::kMaximumBytes) return VQERR_STRING_TOO_LONG;
     entries->emplace_back(value.Data(), size - kTypeWord);
     return VQ_OK;
   }
@@ -187,6 +190,7 @@ VQSTATUS VQTextBody::ReadEntries(std::vector<VQString>* entries) {
   entries->reserve(count);
   for (unsigned long i = 0; i < count; ++i) {
     const unsigned long length = lengths[2 * i] | lengths[2 * i + 1] << 8;
+    if (length > VQStringBody::kMaximumBytes) return VQERR_STRING_TOO_LONG;
     entries->emplace_back(entry, length);
     entry += length;
   }

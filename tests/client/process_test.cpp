@@ -1,0 +1,113 @@
+// Two processes save one document: the later one hears of it, loses nothing, and may insist.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "engine/status.h"
+#include "vq/vq.h"
+
+namespace {
+
+constexpr char kOther[] = "QUILLON_TEST_OTHER_PROCESS";  // the document that the other process saves
+
+std::string First(const VQSlate& slate, const char* name) {
+  VQText text;
+  EXPECT_EQ(slate.GetItem(name, &text), VQ_OK);
+  const VQString first = text[0];
+  return {reinterpret_cast<const char*>(first.GetBuf()), first.GetBufLength()};
+}
+
+// What the other process does: this program, started anew.
+TEST(OtherProcess, Saves) {
+  const char* id = ::getenv(kOther);
+  if (id == nullptr) GTEST_SKIP() << "runs within TwoProcesses";
+  VQQuillonSession session;
+  VQDatabase database;
+  VQDocument document;
+  VQText subject;
+  ASSERT_EQ(session.Init(), VQ_OK);
+  ASSERT_EQ(session.GetDatabase("day", &database), VQ_OK);
+  ASSERT_EQ(database.Open(), VQ_OK);
+  ASSERT_EQ(database.GetDocument(std::stoul(id), &document), VQ_OK);
+  ASSERT_EQ(document.Open(), VQ_OK);
+  ASSERT_EQ(document.GetItem("Subject", &subject), VQ_OK);
+  ASSERT_EQ(subject.SetValue("theirs"), VQ_OK);
+  ASSERT_EQ(document.CreateItem("Large", TYPE_TEXT, std::string(30000, 'x').data(), 30000), VQ_OK);
+  ASSERT_EQ(document.Save(), VQ_OK);
+}
+
+class TwoProcesses : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "quillon-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+    Home = pattern;
+    std::ofstream(Home / "QUILLON.INI") << "[Quillon]\n";
+    ::setenv("QUILLON_HOME", Home.c_str(), 1);
+    ASSERT_EQ(Session.Init(), VQ_OK);
+    ASSERT_EQ(Session.CreateDatabase("day", &Database, VQCreateDatabaseOptions()), VQ_OK);
+    ASSERT_EQ(Database.CreateDocument(&Mine), VQ_OK);
+    ASSERT_EQ(Mine.CreateItem("Subject", TYPE_TEXT, "old", 3), VQ_OK);
+    VQRichText body;
+    ASSERT_EQ(Mine.CreateItem("Body", &body), VQ_OK);
+    body << VQString("words");
+    ASSERT_EQ(Mine.Save(), VQ_OK);
+  }
+  void TearDown() override {
+    Mine = VQDocument();
+    Database = VQDatabase();
+    EXPECT_EQ(Session.Term(1), VQ_OK);
+    std::filesystem::remove_all(Home);
+  }
+
+  void SaveInOtherProcess() const {
+    const std::string self = std::filesystem::read_symlink("/proc/self/exe");
+    const std::string command = kOther + ("=" + std::to_string(Mine.GetSlateID())) + " '" + self +
+                                "' --gtest_filter=OtherProcess.Saves >'" + (Home / "log").string() + "' 2>&1";
+    ASSERT_EQ(::system(command.c_str()), 0);
+  }
+  VQDocument Stored() const {
+    VQDocument document;
+    EXPECT_EQ(Database.GetDocument(Mine.GetSlateID(), &document), VQ_OK);
+    EXPECT_EQ(document.Open(), VQ_OK);
+    return document;
+  }
+
+  std::filesystem::path Home;
+  VQQuillonSession Session;
+  VQDatabase Database;
+  VQDocument Mine;
+};
+
+TEST_F(TwoProcesses, TheLaterSaveLosesNothingAndMayInsist) {
+  VQText subject;
+  VQRichText body;
+  ASSERT_EQ(Mine.GetItem("Subject", &subject), VQ_OK);
+  ASSERT_EQ(subject.SetValue("mine"), VQ_OK);
+  ASSERT_EQ(Mine.GetItem("Body", &body), VQ_OK);
+  ASSERT_EQ(body.Append(VQString(" and more")), VQ_OK);
+  SaveInOtherProcess();
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    EXPECT_EQ(Mine.Save() & 0x3FFF, VQSTATUS{ENG_ERR_SLATE_CONFLICT});
+    EXPECT_EQ(First(Mine, "Subject"), "mine");
+    EXPECT_EQ(Mine.HasItem("Large"), 0);
+    EXPECT_EQ(First(Stored(), "Subject"), "theirs");
+    EXPECT_EQ(Stored().HasItem("Large"), 1);
+  }
+  EXPECT_EQ(Mine.Save(VQSAVE_FORCE), VQ_OK);
+  EXPECT_EQ(First(Stored(), "Subject"), "mine");
+  EXPECT_EQ(Stored().HasItem("Large"), 0);
+  VQString text;
+  ASSERT_EQ(Stored().GetItem("Body", &body), VQ_OK);
+  EXPECT_EQ(body.GetText(&text), VQ_OK);
+  EXPECT_EQ(VQStringCompare(text, VQString("words and more")), 0) << text.GetPlatformTextPtr();
+  SaveInOtherProcess();  // which forgets nothing of what was forced
+  EXPECT_EQ(First(Stored(), "Subject"), "theirs");
+  EXPECT_EQ(Stored().HasItem("Body"), 1);
+  EXPECT_EQ(Database.Check(&text), VQ_OK) << text.GetPlatformTextPtr();
+}
+
+}  // namespace
