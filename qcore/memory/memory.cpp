@@ -52,9 +52,11 @@ ENGSTATUS Resize(Kind kind, ENGHANDLE handle, std::uint32_t size) {
   HandleTable::Slot* slot = handle_table.FindSlot(kind, handle);
   if (!slot) return ENG_ERR_INVALID_HANDLE;
   if (slot->Pins() > 0) return ENG_ERR_MEMORY_LOCKED;
-  void* bytes = std::realloc(slot->object.load(std::memory_order_relaxed), AllocationSize(size));
-  if (!bytes) return ENG_ERR_MEMORY;
-  slot->object.store(bytes, std::memory_order_release);
+  if (AllocationSize(size) != AllocationSize(slot->size.load(std::memory_order_relaxed))) {
+    void* bytes = std::realloc(slot->object.load(std::memory_order_relaxed), AllocationSize(size));
+    if (!bytes) return ENG_ERR_MEMORY;
+    slot->object.store(bytes, std::memory_order_release);
+  }
   slot->size.store(size, std::memory_order_relaxed);
   return ENG_OK;
 }
