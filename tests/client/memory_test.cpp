@@ -14,10 +14,11 @@ namespace {
 unsigned long gAllocations = 0;
 unsigned long gFailAt = 0;
 
-void* Allocate(std::size_t size) noexcept {
+// By the throwing form of the same kind, so that each delete meets its own new.
+void* Allocate(std::size_t size, void* (*allocator)(std::size_t)) noexcept {
   if (gFailAt != 0 && ++gAllocations == gFailAt) return nullptr;
   try {
-    return ::operator new(size);
+    return allocator(size);
   } catch (const std::bad_alloc&) {
     return nullptr;
   }
@@ -26,8 +27,8 @@ void* Allocate(std::size_t size) noexcept {
 }  // namespace
 
 // The library's memory comes this way, the test's own does not.
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size, ::operator new); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size, ::operator new[]); }
 
 namespace {
 
