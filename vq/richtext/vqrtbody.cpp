@@ -173,7 +173,12 @@ VQSTATUS VQRichTextBody::StoreTree() {
   // The old blocks are set aside: while the new ones are bound there is no tree to move.
   std::vector<Loaded> old;
   old.swap(Blocks);
-  status = IsSlateItem() ? StoreBlocks(writer.GetBlocks()) : TakeBlocks(writer.GetBlocks());
+  try {
+    status = IsSlateItem() ? StoreBlocks(writer.GetBlocks()) : TakeBlocks(writer.GetBlocks());
+  } catch (...) {
+    Blocks.swap(old);
+    throw;
+  }
   if (status != VQ_OK) {
     Blocks.swap(old);
     return status;
