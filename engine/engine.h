@@ -5,6 +5,7 @@
 #include "engine/collection.h"
 #include "engine/converter.h"
 #include "engine/database.h"
+#include "engine/folder.h"
 #include "engine/formula.h"
 #include "engine/idtable.h"
 #include "engine/later.h"

@@ -120,10 +120,6 @@ ENG_API ENGSTATUS EngSlateRenderFinish(ENGHANDLE target, uint32_t reserved1, uin
 ENG_API ENGSTATUS EngSlateRenderOpenStyle(ENGHANDLE target, const ENGCHAR* name, const void* style, ENGHANDLE* opened);
 ENG_API ENGSTATUS EngSlateRenderToItem(ENGHANDLE target, ENGHANDLE form, ENGHANDLE slate);
 
-// Unread lists
-ENG_API ENGSTATUS EngDbGetUnreadTable(ENGHANDLE db, const ENGCHAR* user, uint16_t user_length, int create,
-                                      ENGHANDLE* table);
-
 // Servers and replication
 ENG_API ENGSTATUS EngServerCommand(const ENGCHAR* server, const ENGCHAR* command, ENGHANDLE* reply,
                                    uint32_t* reply_size);
@@ -134,21 +130,6 @@ ENG_API ENGSTATUS EngReplicate(const ENGCHAR* server, const ENGCHAR* port, uint3
 ENG_API ENGSTATUS EngSchedFreeTimeSearch(uint32_t reserved1, uint32_t reserved2, uint32_t reserved3, uint32_t reserved4,
                                          const TIMEDATE_PAIR* range, uint16_t duration, const void* names,
                                          ENGHANDLE* result);
-
-// Folders
-ENG_API ENGSTATUS EngFolderClose(ENGHANDLE db, ENGHANDLE reserved1, uint32_t folder, uint32_t reserved2);
-ENG_API ENGSTATUS EngFolderCopy(ENGHANDLE db, ENGHANDLE reserved1, uint32_t folder, ENGHANDLE reserved2,
-                                const ENGCHAR* name, uint16_t length, uint32_t options, uint32_t* id);
-ENG_API ENGSTATUS EngFolderCreate(ENGHANDLE db, ENGHANDLE reserved1, uint32_t format, ENGHANDLE format_db,
-                                  const ENGCHAR* name, uint16_t length, uint16_t sharing, uint32_t reserved2,
-                                  uint32_t* id);
-ENG_API ENGSTATUS EngFolderDocAdd(ENGHANDLE db, ENGHANDLE reserved1, uint32_t folder, ENGHANDLE table,
-                                  uint32_t reserved2);
-ENG_API ENGSTATUS EngFolderDocRemove(ENGHANDLE db, ENGHANDLE reserved1, uint32_t folder, ENGHANDLE table,
-                                     uint32_t reserved2);
-ENG_API ENGSTATUS EngFolderDocRemoveAll(ENGHANDLE db, ENGHANDLE reserved1, uint32_t folder, uint32_t reserved2);
-ENG_API ENGSTATUS EngFolderRename(ENGHANDLE db, ENGHANDLE reserved1, uint32_t folder, const ENGCHAR* name,
-                                  uint16_t length, uint32_t reserved2);
 
 // Full-text searches
 ENG_API ENGSTATUS EngFtClose(ENGHANDLE search);

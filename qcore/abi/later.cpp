@@ -2,7 +2,6 @@
 #include "engine/later.h"
 
 #include "engine/collection.h"
-
 #include "engine/formula.h"
 #include "engine/status.h"
 #include "qcore/abi/later.h"
@@ -134,9 +133,6 @@ ENGSTATUS EngSlateRenderOpenStyle(ENGHANDLE, const ENGCHAR*, const void*, ENGHAN
   return NotAvailable(EngLater_SlateRenderOpenStyle);
 }
 ENGSTATUS EngSlateRenderToItem(ENGHANDLE, ENGHANDLE, ENGHANDLE) { return NotAvailable(EngLater_SlateRenderToItem); }
-ENGSTATUS EngDbGetUnreadTable(ENGHANDLE, const ENGCHAR*, uint16_t, int, ENGHANDLE*) {
-  return NotAvailable(EngLater_DbGetUnreadTable);
-}
 ENGSTATUS EngServerCommand(const ENGCHAR*, const ENGCHAR*, ENGHANDLE*, uint32_t*) {
   return NotAvailable(EngLater_ServerCommand);
 }
@@ -167,26 +163,6 @@ ENGSTATUS EngCollectionTranslateSpecial(const ENGCHAR*, uint16_t, ENGCHAR*, uint
   return NotAvailable(EngLater_CollectionTranslateSpecial);
 }
 ENGSTATUS EngCollectionUpdate(ENGHANDLE) { return NotAvailable(EngLater_CollectionUpdate); }
-ENGSTATUS EngFolderClose(ENGHANDLE, ENGHANDLE, uint32_t, uint32_t) { return NotAvailable(EngLater_FolderClose); }
-ENGSTATUS EngFolderCopy(ENGHANDLE, ENGHANDLE, uint32_t, ENGHANDLE, const ENGCHAR*, uint16_t, uint32_t, uint32_t*) {
-  return NotAvailable(EngLater_FolderCopy);
-}
-ENGSTATUS EngFolderCreate(ENGHANDLE, ENGHANDLE, uint32_t, ENGHANDLE, const ENGCHAR*, uint16_t, uint16_t, uint32_t,
-                          uint32_t*) {
-  return NotAvailable(EngLater_FolderCreate);
-}
-ENGSTATUS EngFolderDocAdd(ENGHANDLE, ENGHANDLE, uint32_t, ENGHANDLE, uint32_t) {
-  return NotAvailable(EngLater_FolderDocAdd);
-}
-ENGSTATUS EngFolderDocRemove(ENGHANDLE, ENGHANDLE, uint32_t, ENGHANDLE, uint32_t) {
-  return NotAvailable(EngLater_FolderDocRemove);
-}
-ENGSTATUS EngFolderDocRemoveAll(ENGHANDLE, ENGHANDLE, uint32_t, uint32_t) {
-  return NotAvailable(EngLater_FolderDocRemoveAll);
-}
-ENGSTATUS EngFolderRename(ENGHANDLE, ENGHANDLE, uint32_t, const ENGCHAR*, uint16_t, uint32_t) {
-  return NotAvailable(EngLater_FolderRename);
-}
 ENGSTATUS EngFtClose(ENGHANDLE) { return NotAvailable(EngLater_FtClose); }
 ENGSTATUS EngFtOpen(ENGHANDLE*) { return NotAvailable(EngLater_FtOpen); }
 ENGSTATUS EngFtSearch(ENGHANDLE, ENGHANDLE*, ENGHANDLE, const ENGCHAR*, uint32_t, uint16_t, ENGHANDLE, uint32_t*,

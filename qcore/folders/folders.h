@@ -14,11 +14,14 @@
 
 namespace qcore {
 
+// ENG_ERR_NOT_FOLDER, ENG_ERR_SLATE_DELETED, ENG_ERR_NO_SLATE.
+[[nodiscard]] ENGSTATUS CheckFolder(const std::shared_ptr<Database>& database, std::uint32_t folder);
+
 enum class FolderSharing : std::uint16_t { kShared = 0, kPrivate = 1 };
 
 // A new folder of the design of slate `format` in `format_database`; `format` 0 stands for a plain design of one column
-// that shows the document's position. ENG_ERR_FOLDER_NAME for an empty name, one above 64 bytes or one in use by a view
-// or folder; ENG_ERR_NOT_FOLDER when `format` is neither a view nor a folder.
+// that shows the document's position. ENG_ERR_FOLDER_NAME, ENG_ERR_FOLDER_EXISTS; ENG_ERR_NOT_FOLDER
+// when `format` is neither a view nor a folder. A private folder can be read by its maker alone.
 [[nodiscard]] ENGSTATUS CreateFolder(const std::shared_ptr<Database>& database,
                                      const std::shared_ptr<Database>& format_database, std::uint32_t format,
                                      std::string_view name, FolderSharing sharing, std::uint32_t* id);
@@ -36,6 +39,9 @@ enum class FolderSharing : std::uint16_t { kShared = 0, kPrivate = 1 };
 [[nodiscard]] ENGSTATUS RemoveFromFolder(const std::shared_ptr<Database>& database, std::uint32_t folder,
                                          ENGHANDLE id_table);
 [[nodiscard]] ENGSTATUS EmptyFolder(const std::shared_ptr<Database>& database, std::uint32_t folder);
+
+// Every member of one folder becomes one of the other.
+[[nodiscard]] ENGSTATUS CopyMembers(Database& database, std::uint32_t from, std::uint32_t to);
 
 // With the mutex held: the members in ascending order; the number of the folder's last change, 0 for none; what was
 // added and removed behind change `since`, in ascending order, each ID in at most one list.

@@ -346,6 +346,22 @@ ENGSTATUS DeleteTable(ENGHANDLE handle, ENGHANDLE other_handle) {
   return rest.Store(&table);
 }
 
+ENGSTATUS Assign(ENGHANDLE handle, std::span<const std::uint32_t> ids, bool* changed) {
+  *changed = false;
+  Table table(handle);
+  if (!table.good()) return ENG_ERR_INVALID_HANDLE;
+  auto id = ids.begin();
+  Cursor cursor(table);
+  for (; !cursor.at_end() && id != ids.end() && cursor.id() == *id; cursor.Step()) ++id;
+  if (cursor.at_end() && id == ids.end()) return ENG_OK;
+  const ENGSTATUS status = CheckChange(table);
+  if (status != ENG_OK) return status;
+  RunBuilder builder;
+  for (std::uint32_t each : ids) builder.Add(each);
+  *changed = true;
+  return builder.Store(&table);
+}
+
 ENGSTATUS DeleteAll(ENGHANDLE handle) {
   Table table(handle);
   const ENGSTATUS status = CheckChange(table);

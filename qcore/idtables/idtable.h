@@ -27,6 +27,8 @@ std::uint32_t Entries(ENGHANDLE table);
 [[nodiscard]] ENGSTATUS Delete(ENGHANDLE table, std::uint32_t id, bool* changed);
 [[nodiscard]] ENGSTATUS InsertTable(ENGHANDLE table, ENGHANDLE other);
 [[nodiscard]] ENGSTATUS DeleteTable(ENGHANDLE table, ENGHANDLE other);
+// Makes the table hold `ids`, which are as for Make; `changed` tells whether it held others.
+[[nodiscard]] ENGSTATUS Assign(ENGHANDLE table, std::span<const std::uint32_t> ids, bool* changed);
 [[nodiscard]] ENGSTATUS DeleteAll(ENGHANDLE table);
 bool Contains(ENGHANDLE table, std::uint32_t id);
 // The first ID that is not below `at_least`.

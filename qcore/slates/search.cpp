@@ -5,6 +5,7 @@
 
 #include "qcore/idtables/idtable.h"
 #include "qcore/slates/packed.h"
+#include "qcore/slates/readers.h"
 #include "qcore/slates/slate.h"
 #include "qcore/store/wire.h"
 
@@ -44,6 +45,14 @@ bool HasTitle(Bytes value, std::uint16_t type, std::string_view name) {
     if (entry && IsSynonym(text(entry, length), name)) return true;
   }
   return false;
+}
+
+// Of a private design element only its owner knows.
+bool IsReadable(Database& database, std::uint32_t id) {
+  const NamesList names = CurrentNames();
+  const std::lock_guard lock(database.mutex());
+  Readability readability{};
+  return CheckReaders(database, id, names, &readability) == ENG_OK && readability.may_read;
 }
 
 }  // namespace
@@ -105,7 +114,7 @@ ENGSTATUS FindDesign(const std::shared_ptr<Database>& database, std::uint16_t sl
     });
     // One deleted since the list was read is none.
     if (status != ENG_OK && status != ENG_ERR_NO_ITEM && status != ENG_ERR_SLATE_DELETED) return status;
-    if (!found) continue;
+    if (!found || !IsReadable(*database, entry.id)) continue;
     *id = entry.id;
     return ENG_OK;
   }

@@ -41,7 +41,7 @@ ENGSTATUS SqliteStore::DropFromLists(std::uint32_t id) {
 }
 
 ENGSTATUS SqliteStore::SetMember(std::uint32_t folder, std::uint32_t slate, std::uint64_t change, bool present) {
-  Use use = Start(Sql::kSetMember);
+  Use use = Start(present ? Sql::kSetMember : Sql::kUnsetMember);
   use.Bind(1, folder);
   use.Bind(2, slate);
   use.Bind(3, change);

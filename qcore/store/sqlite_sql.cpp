@@ -55,7 +55,8 @@ const char* const SqliteStore::kSql[] = {
     "SELECT max(ifnull((SELECT max(feed) FROM slate),0),ifnull((SELECT max(feed) FROM removed),0))",
     "INSERT INTO removed(feed,id,state) VALUES(?,?,?)",
     "INSERT INTO member(folder,slate,change,present) VALUES(?1,?2,?3,?4) ON CONFLICT(slate,folder) DO UPDATE SET "
-    "change=?3,present=?4",
+    "change=?3,present=?4 WHERE present<>?4",
+    "UPDATE member SET change=?3,present=?4 WHERE slate=?2 AND folder=?1 AND present<>?4",
     "SELECT max(change) FROM member WHERE folder=?",
     "SELECT slate,present FROM member INDEXED BY member_folder WHERE folder=? AND change>?",
     "UPDATE member SET present=0,change=1+(SELECT max(change) FROM member AS other WHERE other.folder=member.folder) "

@@ -80,6 +80,7 @@ enum class SqliteStore::Sql : std::size_t {
   kFeedEnd,
   kNoteRemoved,
   kSetMember,
+  kUnsetMember,
   kLastMemberChange,
   kReadMembers,
   kDropMember,

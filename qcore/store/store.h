@@ -167,6 +167,7 @@ class Store {
 
   // Members of folders, with a change number for each folder. A slate's deletion takes it out of all folders, with a
   // change each, and drops its own members.
+  // One that is as it should be already keeps its change, and one that never was a member gets none.
   [[nodiscard]] virtual ENGSTATUS SetMember(std::uint32_t folder, std::uint32_t slate, std::uint64_t change,
                                             bool present) = 0;
   [[nodiscard]] virtual ENGSTATUS LastMemberChange(std::uint32_t folder, std::uint64_t* change) = 0;

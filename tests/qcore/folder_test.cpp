@@ -1,0 +1,199 @@
+// Folders and unread lists, with a second handle on the same file in the place of another process.
+#include <sqlite3.h>
+
+#include <algorithm>
+
+#include "tests/qcore/store_fixture.h"
+
+namespace qtest {
+namespace {
+
+using Ids_ = std::vector<std::uint32_t>;
+
+class Folders : public Database {
+ protected:
+  std::uint32_t Folder(const std::string& name, std::uint16_t sharing = ENG_FOLDER_SHARED, std::uint32_t format = 0) {
+    std::uint32_t id = 0;
+    EXPECT_EQ(EngFolderCreate(db_, 0, format, 0, Store(name), Length(name), sharing, 0, &id), ENG_OK) << name;
+    return id;
+  }
+  ENGHANDLE Table(const Ids_& ids) const {
+    ENGHANDLE table = 0;
+    EXPECT_EQ(EngIdTableCreate(4, &table), ENG_OK);
+    for (std::uint32_t id : ids) EXPECT_EQ(EngIdTableInsert(table, id, nullptr), ENG_OK);
+    return table;
+  }
+  ENGSTATUS Add(std::uint32_t folder, const Ids_& ids) {
+    const ENGHANDLE table = Table(ids);
+    const ENGSTATUS status = EngFolderDocAdd(db_, 0, folder, table, 0);
+    EXPECT_EQ(EngIdTableDestroy(table), ENG_OK);
+    return status;
+  }
+  static Ids_ TakeIds(ENGHANDLE table) {
+    const Ids_ ids = Ids(table);
+    EXPECT_EQ(EngIdTableDestroy(table), ENG_OK);
+    return ids;
+  }
+  Ids_ Members(std::uint32_t folder) const {
+    ENGHANDLE table = 0;
+    EXPECT_EQ(EngFolderGetTable(db_, folder, &table), ENG_OK);
+    return TakeIds(table);
+  }
+  ENGHANDLE UnreadTable(const std::string& user, ENGHANDLE db) {
+    ENGHANDLE table = 0;
+    EXPECT_EQ(EngDbGetUnreadTable(db, Store(user), Length(user), 1, &table), ENG_OK);
+    return table;
+  }
+  Ids_ Unread(const std::string& user) { return TakeIds(UnreadTable(user, db_)); }
+  ENGSTATUS SetUnread(const std::string& user, const Ids_& before, const Ids_& after) {
+    const ENGHANDLE from = before.empty() ? 0 : Table(before);
+    const ENGHANDLE to = Table(after);
+    const ENGSTATUS status = EngDbSetUnreadTable(db_, Store(user), Length(user), from, to);
+    EXPECT_TRUE(from == 0 || EngIdTableDestroy(from) == ENG_OK);
+    EXPECT_EQ(EngIdTableDestroy(to), ENG_OK);
+    return status;
+  }
+  void Execute(const char* sql) const {
+    sqlite3* connection = nullptr;
+    ASSERT_EQ(sqlite3_open(file().c_str(), &connection), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(connection, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(connection);
+    sqlite3_close(connection);
+  }
+};
+
+TEST_F(Folders, DeletionsLeaveEveryFolder) {
+  const std::uint32_t a = Make({{"Subject", "a"}});
+  const std::uint32_t b = Make({{"Subject", "b"}});
+  const std::uint32_t c = Make({{"Subject", "c"}});
+  const std::uint32_t first = Folder("First");
+  const std::uint32_t second = Folder("Second|Zweiter");
+  EXPECT_EQ(Add(first, {a, b, c}), ENG_OK);
+  EXPECT_EQ(Add(first, {b}), ENG_OK);
+  EXPECT_EQ(Add(second, {b}), ENG_OK);
+  std::uint32_t copy = 0;
+  ASSERT_EQ(EngFolderCopy(db_, 0, first, 0, Store("Copy"), 4, 0, &copy), ENG_OK);
+  EXPECT_EQ(EngSlateDelete(db_, b, 0), ENG_OK);
+  EXPECT_EQ(EngSlateDelete(db_, c, ENG_UPDATE_NO_STUB), ENG_OK);
+  Reopen();
+  EXPECT_EQ(Members(first), Ids_{a});
+  EXPECT_EQ(Members(second), Ids_{});
+  EXPECT_EQ(Members(copy), Ids_{a});
+  EXPECT_EQ(EngFolderDocRemoveAll(db_, 0, first, 0), ENG_OK);
+  EXPECT_EQ(Members(first), Ids_{});
+  EXPECT_EQ(Members(copy), Ids_{a});
+  EXPECT_EQ(EngSlateDelete(db_, copy, 0), ENG_OK);
+  EXPECT_EQ(EngFolderClose(db_, 0, copy, 0), ENG_ERR_SLATE_DELETED);
+  EXPECT_EQ(Check(), ENG_OK);
+}
+
+TEST_F(Folders, RefusalsChangeNothing) {
+  const std::uint32_t document = Make({{"Subject", "a"}});
+  const std::uint32_t gone = Make({{"Subject", "b"}});
+  const std::uint32_t view = Make({{"$TITLE", "By Date|Dates"}}, 8);
+  const std::uint32_t folder = Folder("Kept|K");
+  ASSERT_EQ(EngSlateDelete(db_, gone, 0), ENG_OK);
+  const struct {
+    const char* what;
+    std::uint32_t folder;
+    Ids_ ids;
+    ENGSTATUS status;
+  } additions[] = {
+      {"a deleted slate", folder, {document, gone}, ENG_ERR_SLATE_DELETED},
+      {"an ID of elsewhere", folder, {document, 0x40000}, ENG_ERR_NO_SLATE},
+      {"an ID marked as deleted", folder, {document, gone | 0x80000000u}, ENG_ERR_NO_SLATE},
+      {"a design slate", folder, {document, view}, ENG_ERR_NOT_DOCUMENT},
+      {"to a view", view, {document}, ENG_ERR_NOT_FOLDER},
+      {"to a document", document, {document}, ENG_ERR_NOT_FOLDER},
+      {"to what is gone", gone, {document}, ENG_ERR_SLATE_DELETED},
+  };
+  for (const auto& row : additions) EXPECT_EQ(Add(row.folder, row.ids), row.status) << row.what;
+  const std::string long_name(256, 'n');
+  const struct {
+    std::string name;
+    std::uint32_t format;
+    ENGSTATUS status;
+  } names[] = {{"", 0, ENG_ERR_FOLDER_NAME},          {long_name, 0, ENG_ERR_FOLDER_NAME},
+               {"|x", 0, ENG_ERR_FOLDER_NAME},        {"Kept", 0, ENG_ERR_FOLDER_EXISTS},
+               {"New|K", 0, ENG_ERR_FOLDER_EXISTS},   {"Dates", 0, ENG_ERR_FOLDER_EXISTS},
+               {"New", document, ENG_ERR_NOT_FOLDER}, {"New", gone, ENG_ERR_SLATE_DELETED}};
+  for (const auto& row : names) {
+    std::uint32_t id = 0;
+    EXPECT_EQ(EngFolderCreate(db_, 0, row.format, 0, Store(row.name), Length(row.name), 0, 0, &id), row.status)
+        << row.name;
+  }
+  EXPECT_EQ(EngFolderRename(db_, 0, folder, Store("Dates"), 5, 0), ENG_ERR_FOLDER_EXISTS);
+  EXPECT_EQ(EngFolderRename(db_, 0, folder, Store("K|Kept"), 6, 0), ENG_OK);
+  EXPECT_EQ(Members(folder), Ids_{});
+  EXPECT_EQ(Search(8), (Ids_{view, folder}));
+}
+
+TEST_F(Folders, APrivateFolderIsItsMakersAlone) {
+  const std::uint32_t folder = Folder("Mine", ENG_FOLDER_PRIVATE);
+  std::uint32_t found = 0;
+  EXPECT_EQ(EngDesignFind(db_, 8, Store("Mine"), &found), ENG_OK);
+  EXPECT_EQ(found, folder);
+  ASSERT_EQ(EngEnvSetString("UserName", "CN=Another/O=Acme"), ENG_OK);
+  Reopen();
+  EXPECT_EQ(EngDesignFind(db_, 8, Store("Mine"), &found), ENG_ERR_NO_DESIGN_ELEMENT);
+  EXPECT_NE(Folder("Mine"), folder);
+}
+
+TEST_F(Folders, AStoreOfTheFirstVersionOpensAndIsBroughtUp) {
+  const std::uint32_t document = Make({{"Subject", "a"}});
+  ASSERT_EQ(EngDbClose(db_), ENG_OK);
+  Execute("DROP TABLE removed;DROP TABLE member;DROP TABLE unread;DROP TABLE own;PRAGMA user_version=1");
+  db_ = Open();
+  const ENGHANDLE other = Open();
+  ENGHANDLE table = 0;
+  EXPECT_EQ(EngDbGetUnreadTable(other, Store("U"), 1, 0, &table), ENG_OK);
+  EXPECT_EQ(TakeIds(table), Ids_{document});
+  const std::uint32_t folder = Folder("New");
+  EXPECT_EQ(Add(folder, {document}), ENG_OK);
+  ASSERT_EQ(EngFolderGetTable(other, folder, &table), ENG_OK);
+  EXPECT_EQ(TakeIds(table), Ids_{document});
+  EXPECT_EQ(EngDbClose(other), ENG_OK);
+  EXPECT_EQ(Check(), ENG_OK);
+}
+
+TEST_F(Folders, NewAndChangedDocumentsAreUnreadForOthers) {
+  const std::uint32_t a = Make({{"Subject", "a"}});
+  const std::uint32_t b = Make({{"Subject", "b"}});
+  char me[256];
+  ASSERT_EQ(EngUserNameGet(reinterpret_cast<ENGCHAR*>(me)), ENG_OK);
+  EXPECT_EQ(Unread(me), (Ids_{a, b}));
+  EXPECT_EQ(Unread("Jane"), (Ids_{a, b}));
+  EXPECT_EQ(SetUnread(me, {}, {b}), ENG_OK);
+  EXPECT_EQ(SetUnread("Jane", {}, {}), ENG_OK);
+  const std::uint32_t c = Make({{"Subject", "c"}});
+  const ENGHANDLE slate = OpenSlate(a);
+  EXPECT_EQ(Append(slate, "More", "x"), ENG_OK);
+  SaveAndClose(slate);
+  Make({{"$TITLE", "a form"}}, 4);
+  EXPECT_EQ(Unread(me), Ids_{b}) << "own saves are read";
+  EXPECT_EQ(Unread("Jane"), (Ids_{a, c}));
+  EXPECT_EQ(EngSlateDelete(db_, c, 0), ENG_OK);
+  EXPECT_EQ(SetUnread("Jane", {a}, {b, c}), ENG_OK) << "a deleted document cannot be unread";
+  Reopen();
+  EXPECT_EQ(Unread("Jane"), Ids_{b});
+  EXPECT_EQ(SetUnread("", {}, {}), ENG_ERR_USER_NAME);
+}
+
+TEST_F(Folders, AnUnreadTableFollowsAnotherHandle) {
+  const std::uint32_t a = Make({{"Subject", "a"}});
+  const ENGHANDLE other = Open();
+  const ENGHANDLE table = UnreadTable("Jane", other);
+  EXPECT_EQ(SetUnread("Jane", {a}, {}), ENG_OK);
+  const std::uint32_t b = Make({{"Subject", "b"}});
+  EXPECT_EQ(SetUnread("Jane", {a}, {}), ENG_OK) << "what came in meanwhile stays";
+  int changed = 0;
+  ASSERT_NE(EngMemLock(table), nullptr);
+  EXPECT_EQ(EngDbRefreshUnreadTable(other, table, &changed), ENG_ERR_MEMORY_LOCKED);
+  EXPECT_EQ(EngMemUnlock(table), ENG_OK);
+  EXPECT_EQ(EngDbRefreshUnreadTable(other, table, &changed), ENG_OK);
+  EXPECT_EQ(changed, 1);
+  EXPECT_EQ(TakeIds(table), Ids_{b});
+  EXPECT_EQ(EngDbClose(other), ENG_OK);
+}
+
+}  // namespace
+}  // namespace qtest
