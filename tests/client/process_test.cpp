@@ -6,11 +6,11 @@
 #include <fstream>
 #include <string>
 
-#include "engine/status.h"
 #include "vq/vq.h"
 
 namespace {
 
+constexpr VQSTATUS kConflict = 551;
 constexpr char kOther[] = "QUILLON_TEST_OTHER_PROCESS";  // the document that the other process saves
 
 std::string First(const VQSlate& slate, const char* name) {
@@ -91,7 +91,7 @@ TEST_F(TwoProcesses, TheLaterSaveLosesNothingAndMayInsist) {
   ASSERT_EQ(body.Append(VQString(" and more")), VQ_OK);
   SaveInOtherProcess();
   for (int attempt = 0; attempt < 2; ++attempt) {
-    EXPECT_EQ(Mine.Save() & 0x3FFF, VQSTATUS{ENG_ERR_SLATE_CONFLICT});
+    EXPECT_EQ(Mine.Save() & 0x3FFF, kConflict);
     EXPECT_EQ(First(Mine, "Subject"), "mine");
     EXPECT_EQ(Mine.HasItem("Large"), 0);
     EXPECT_EQ(First(Stored(), "Subject"), "theirs");
