@@ -41,6 +41,19 @@ typedef struct ENGFORMULAERROR {
 #define ENG_FORMULA_NAMES_SUMMARY 1  // columns and summary names, as they were merged in
 #define ENG_FORMULA_NAMES_COLUMNS 2  // columns alone
 
+// @DocNumber and its like give marks that a row of a view replaces (EngCollectionTranslateSpecial): ENG_SPECIAL_MARK, a
+// letter, the arguments, each with ENG_SPECIAL_ARGUMENT_END behind it, and ENG_SPECIAL_MARK.
+#define ENG_SPECIAL_MARK 0x7F
+#define ENG_SPECIAL_ARGUMENT_END 0x1F
+#define ENG_SPECIAL_DOC_NUMBER 'N'         // [separator]: "2.1.5"; with an empty one the last number alone
+#define ENG_SPECIAL_DOC_LEVEL 'L'          // depth, 0 for the top
+#define ENG_SPECIAL_DOC_SIBLINGS 'S'       // entries of the same parent, the row among them
+#define ENG_SPECIAL_DOC_CHILDREN 'C'       // [text, text for none, text for one], '%' in a text is the count
+#define ENG_SPECIAL_DOC_DESCENDANTS 'D'    // as the children
+#define ENG_SPECIAL_DOC_PARENT_NUMBER 'P'  // [separator], as the number
+#define ENG_SPECIAL_IS_CATEGORY 'G'        // [text for yes, text for no], "*" and "" without them
+#define ENG_SPECIAL_IS_EXPANDABLE 'X'      // [text for yes, text for no], "+" and "" without them
+
 // On a failure with *error filled the text is wrong there; statuses ENG_ERR_FORMULA_... of engine/status.h.
 ENG_API ENGSTATUS EngFormulaCompile(const ENGCHAR* text, uint16_t length, ENGHANDLE* code, uint16_t* code_length,
                                     ENGFORMULAERROR* error);

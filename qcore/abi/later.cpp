@@ -2,7 +2,6 @@
 #include "engine/later.h"
 
 #include "engine/collection.h"
-#include "engine/formula.h"
 #include "engine/status.h"
 #include "qcore/abi/later.h"
 
@@ -169,21 +168,6 @@ ENGSTATUS EngFtSearch(ENGHANDLE, ENGHANDLE*, ENGHANDLE, const ENGCHAR*, uint32_t
                       ENGHANDLE*, ENGHANDLE*) {
   return NotAvailable(EngLater_FtSearch);
 }
-ENGSTATUS EngFormulaCompile(const ENGCHAR*, uint16_t, ENGHANDLE*, uint16_t*, ENGFORMULAERROR*) {
-  return NotAvailable(EngLater_FormulaCompile);
-}
-ENGSTATUS EngFormulaComputeStart(uint16_t, const void*, ENGHANDLE*) {
-  return NotAvailable(EngLater_FormulaComputeStart);
-}
-ENGSTATUS EngFormulaComputeStop(ENGHANDLE) { return NotAvailable(EngLater_FormulaComputeStop); }
-ENGSTATUS EngFormulaDecompile(const void*, uint16_t, ENGHANDLE*, uint16_t*) {
-  return NotAvailable(EngLater_FormulaDecompile);
-}
-ENGSTATUS EngFormulaEvaluate(ENGHANDLE, ENGHANDLE, ENGHANDLE*, uint16_t*, uint16_t*) {
-  return NotAvailable(EngLater_FormulaEvaluate);
-}
-ENGSTATUS EngFormulaGetInfo(ENGHANDLE, uint16_t, void*) { return NotAvailable(EngLater_FormulaGetInfo); }
-ENGSTATUS EngFormulaRelease(ENGHANDLE) { return NotAvailable(EngLater_FormulaRelease); }
 ENGSTATUS EngAgentClose(ENGHANDLE) { return NotAvailable(EngLater_AgentClose); }
 ENGSTATUS EngAgentCreateRunContext(ENGHANDLE, uint32_t, ENGHANDLE*) {
   return NotAvailable(EngLater_AgentCreateRunContext);

@@ -6,6 +6,7 @@
 #include "qcore/abi/guard.h"
 #include "qcore/abi/later.h"
 #include "qcore/abi/output.h"
+#include "qcore/formula/compute.h"
 #include "qcore/memory/memory.h"
 #include "qcore/settings/libraries.h"
 #include "qcore/settings/settings.h"
@@ -24,6 +25,7 @@ namespace {
 
 // Rooms go down from the top one.
 void CloseEverything() {
+  qcore::formula::Compute::StopAll();
   qcore::Database::CloseAll();
   libraries::CloseAll();
   qcore::memory::FreeAll();

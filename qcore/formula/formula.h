@@ -89,9 +89,9 @@ class Evaluator {
   [[nodiscard]] ENGSTATUS Selects(Source& source, bool* selected);
 
  private:
-  class Machine;
+  class State;
   std::shared_ptr<const Program> program_;
-  std::unique_ptr<Machine> machine_;
+  std::unique_ptr<State> state_;
 };
 
 }  // namespace qcore::formula

@@ -31,7 +31,7 @@ enum class Kind : std::uint32_t {
   kLibrary = 5,
   kCharset = 6,
   kCollection = 7,
-  kCompute = 7,
+  kCompute = 8,
 };
 
 // A number for the calling thread, never 0 and never used twice.

@@ -1,0 +1,41 @@
+#include "qcore/formula/compute.h"
+
+#include "engine/formula.h"
+#include "qcore/formula/slatesource.h"
+
+namespace qcore::formula {
+
+ENGSTATUS Compute::Start(Bytes code, std::uint16_t flags, ENGHANDLE* handle) {
+  std::shared_ptr<const Program> program;
+  const ENGSTATUS status = Program::Load(code, &program);
+  if (status != ENG_OK) return status;
+  const auto length = static_cast<std::uint32_t>(code.size());
+  std::unique_ptr<Compute> compute(new Compute(std::move(program), length, (flags & ENG_COMPUTE_ASSIGN) != 0));
+  *handle = handle_table.Insert(Kind::kCompute, compute.get());
+  if (*handle == 0) return ENG_ERR_TOO_MANY_HANDLES;
+  compute.release();
+  return ENG_OK;
+}
+
+ENGSTATUS Compute::Stop(ENGHANDLE handle) {
+  const std::unique_ptr<Compute> compute(static_cast<Compute*>(handle_table.Remove(Kind::kCompute, handle)));
+  return compute ? ENG_OK : ENG_ERR_INVALID_HANDLE;
+}
+
+void Compute::StopAll() {
+  for (const ENGHANDLE handle : handle_table.All(Kind::kCompute)) static_cast<void>(Stop(handle));
+}
+
+ENGSTATUS Compute::Evaluate(ENGHANDLE slate_handle, Result* result) {
+  if (slate_handle == 0) {
+    NoDocument none;
+    return evaluator_.Evaluate(none, 0, result);
+  }
+  Slate* slate = Slate::Find(slate_handle);
+  if (!slate) return ENG_ERR_INVALID_HANDLE;
+  SlateSource source(*slate, assigns_ ? Assignments::kKept : Assignments::kDropped);
+  const ENGSTATUS status = evaluator_.Evaluate(source, 0, result);
+  return status == ENG_OK ? source.Apply() : status;
+}
+
+}  // namespace qcore::formula

@@ -1,0 +1,273 @@
+// Facts of the document, its database and view; selection of responses; look-ups; marks for a view's rows.
+#include <cstdio>
+
+#include "engine/formula.h"
+#include "qcore/formula/functions_support.h"
+#include "qcore/store/names.h"
+
+namespace qcore::formula {
+
+namespace {
+
+Value All(Machine&, Arguments) { return Value::Truth(true); }
+
+Value AllChildren(Machine& machine, Arguments) { return Value::Truth(machine.source().IsBelowSelected(false)); }
+Value AllDescendants(Machine& machine, Arguments) { return Value::Truth(machine.source().IsBelowSelected(true)); }
+
+Value NoDocument() { return Value::Error(ENG_ERR_FORMULA_DOCUMENT); }
+
+template <TIMEDATE DocumentFacts::*kTime>
+Value TimeFact(Machine& machine, Arguments) {
+  const DocumentFacts* document = machine.source().Document();
+  return document ? Value::Time(document->*kTime) : NoDocument();
+}
+
+Value UniversalText(Machine& machine, const UNIVERSALSLATEID& id) {
+  char text[40];
+  const int size = std::snprintf(text, sizeof text, "%08X%08X%08X%08X", id.File.DateWord, id.File.TimeWord,
+                                 id.Slate.DateWord, id.Slate.TimeWord);
+  return machine.Text({text, static_cast<std::size_t>(size)});
+}
+
+Value DocumentUniqueId(Machine& machine, Arguments) {
+  const DocumentFacts* document = machine.source().Document();
+  return document ? UniversalText(machine, {document->origin.File, document->origin.Slate}) : NoDocument();
+}
+
+Value ParentUniqueId(Machine& machine, Arguments) {
+  const DocumentFacts* document = machine.source().Document();
+  if (!document) return NoDocument();
+  return document->parent ? UniversalText(machine, *document->parent) : Value();
+}
+
+Value SlateId(Machine& machine, Arguments) {
+  const DocumentFacts* document = machine.source().Document();
+  if (!document) return NoDocument();
+  char text[12];
+  const int size = std::snprintf(text, sizeof text, "%08X", document->id);
+  return machine.Text({text, static_cast<std::size_t>(size)});
+}
+
+Value IsNewDoc(Machine& machine, Arguments) {
+  const DocumentFacts* document = machine.source().Document();
+  return document ? Value::Truth(document->id == 0) : NoDocument();
+}
+
+Value IsResponseDoc(Machine& machine, Arguments) {
+  const DocumentFacts* document = machine.source().Document();
+  return document ? Value::Truth(document->parent.has_value()) : NoDocument();
+}
+
+Value SlateClass(Machine& machine, Arguments) {
+  const DocumentFacts* document = machine.source().Document();
+  return document ? Value::Number(document->slate_class) : NoDocument();
+}
+
+Value DocSequence(Machine& machine, Arguments) {
+  const DocumentFacts* document = machine.source().Document();
+  return document ? Value::Number(document->origin.Sequence) : NoDocument();
+}
+
+Value Responses(Machine& machine, Arguments) {
+  return machine.source().Document() ? Value::Number(machine.source().ResponseCount()) : NoDocument();
+}
+
+Value DocLength(Machine& machine, Arguments) {
+  return machine.source().Document() ? Value::Number(machine.source().Size()) : NoDocument();
+}
+
+Value DocFields(Machine& machine, Arguments) {
+  TextList names(machine);
+  machine.source().ForEachItem([&](std::string_view name, const ItemValue&) { names.Add(Kept(machine, name)); });
+  return names.Finish();
+}
+
+// The file object of an item: u16 kind, u32 object, u16 size of the name, eight bytes, u32 size, created, modified.
+struct Attachment {
+  std::string_view name;
+  double size = 0;
+  TIMEDATE modified{};
+};
+
+std::optional<Attachment> ReadAttachment(std::string_view item, const ItemValue& value) {
+  constexpr std::uint16_t kObject = 3;
+  constexpr std::size_t kRecord = 36;
+  if (value.type != kObject || !SameName(item, "$FILE") || value.data.size() < kRecord) return std::nullopt;
+  const std::uint8_t* const at = value.data.data();
+  const auto wide = [at](std::size_t offset) {
+    return at[offset] | at[offset + 1] << 8 | at[offset + 2] << 16 | std::uint32_t{at[offset + 3]} << 24;
+  };
+  const std::size_t size = static_cast<std::size_t>(at[6] | at[7] << 8);
+  if (value.data.size() - kRecord < size) return std::nullopt;
+  return Attachment{
+      {reinterpret_cast<const char*>(at + kRecord), size}, static_cast<double>(wide(16)), {wide(28), wide(32)}};
+}
+
+template <typename Take>
+void ForEachAttachment(Machine& machine, Take take) {
+  machine.source().ForEachItem([&](std::string_view name, const ItemValue& value) {
+    machine.Charge(1);
+    const auto attachment = ReadAttachment(name, value);
+    if (attachment) take(*attachment);
+  });
+}
+
+Value Attachments(Machine& machine, Arguments) {
+  double count = 0;
+  ForEachAttachment(machine, [&](const Attachment&) { ++count; });
+  return Value::Number(count);
+}
+
+Value AttachmentNames(Machine& machine, Arguments) {
+  TextList names(machine);
+  ForEachAttachment(machine, [&](const Attachment& attachment) { names.Add(Kept(machine, attachment.name)); });
+  return names.Finish();
+}
+
+Value AttachmentLengths(Machine& machine, Arguments) {
+  Value sizes;
+  bool first = true;
+  ForEachAttachment(machine, [&](const Attachment& attachment) {
+    const Value size = Value::Number(attachment.size);
+    sizes = first ? size : machine.Join(sizes, size);
+    first = false;
+  });
+  return sizes;
+}
+
+Value AttachmentModifiedTimes(Machine& machine, Arguments) {
+  Value times;
+  bool first = true;
+  ForEachAttachment(machine, [&](const Attachment& attachment) {
+    const Value time = Value::Time(attachment.modified);
+    times = first ? time : machine.Join(times, time);
+    first = false;
+  });
+  return times;
+}
+
+Value DeleteDocument(Machine& machine, Arguments) {
+  if (!machine.source().Document()) return NoDocument();
+  machine.Delete();
+  return Value::Truth(true);
+}
+
+template <std::string DatabaseFacts::*kText>
+Value DatabaseFact(Machine& machine, Arguments) {
+  const DatabaseFacts* database = machine.source().Database();
+  return database ? machine.Text(database->*kText) : NoDocument();
+}
+
+Value ViewTitle(Machine& machine, Arguments) { return machine.Text(machine.source().ViewTitle()); }
+
+// The database argument is a path, or a server and a path.
+std::string_view PathOf(const Value& value) {
+  return value.is_text() ? value.texts()[value.count - 1].view() : std::string_view();
+}
+
+Value RunLookup(Machine& machine, const Lookup& lookup) {
+  std::vector<std::uint8_t> bytes;
+  const ENGSTATUS status = machine.source().LookUp(lookup, &bytes);
+  if (status != ENG_OK) return Value::Error(status);
+  return machine.DecodeCopy(bytes);
+}
+
+// Class, database, view, column.
+Value DbColumn(Machine& machine, Arguments arguments) {
+  const auto column = AsInteger(arguments[3]);
+  if (!arguments[1].is_text() || !arguments[2].is_text() || !column) return TypeError();
+  if (*column < 1) return RangeError();
+  Lookup lookup;
+  lookup.database = PathOf(arguments[1]);
+  lookup.view = FirstText(arguments[2]);
+  lookup.column = static_cast<std::uint32_t>(*column);
+  return RunLookup(machine, lookup);
+}
+
+bool HasKeyword(Arguments options, std::string_view keyword) {
+  return std::any_of(options.begin(), options.end(),
+                     [keyword](const Value& option) { return FirstText(option) == keyword; });
+}
+
+// Class, database, view, keys, column number or item name, keywords.
+Value DbLookup(Machine& machine, Arguments arguments) {
+  const Value& keys = arguments[3];
+  if (!arguments[1].is_text() || !arguments[2].is_text() || !keys.is_text()) return TypeError();
+  Lookup lookup;
+  lookup.database = PathOf(arguments[1]);
+  lookup.view = FirstText(arguments[2]);
+  lookup.field = FirstText(arguments[4]);
+  lookup.column = static_cast<std::uint32_t>(std::max<std::int64_t>(AsInteger(arguments[4]).value_or(0), 0));
+  lookup.partial = HasKeyword(arguments.subspan(5), "PARTIALMATCH");
+  if (lookup.field.empty() && lookup.column == 0) return arguments[4].is_number() ? RangeError() : TypeError();
+  std::optional<Value> found;
+  for (std::uint32_t i = 0; i < keys.count; ++i) {
+    lookup.key = keys.texts()[i].view();
+    const Value value = RunLookup(machine, lookup);
+    if (value.is_error() && value.error == ENG_ERR_NO_ENTRY) continue;
+    found = found ? machine.Join(*found, value) : value;
+    if (found->is_error()) return *found;
+  }
+  if (found) return *found;
+  return HasKeyword(arguments.subspan(5), "FAILSILENT") ? Value() : Value::Error(ENG_ERR_NO_ENTRY);
+}
+
+// What only a row of a view knows: a mark that the view replaces. Arguments lose what would end them.
+template <char kLetter>
+Value Mark(Machine& machine, Arguments arguments) {
+  std::string mark = {static_cast<char>(ENG_SPECIAL_MARK), kLetter};
+  for (const Value& argument : arguments) {
+    if (!argument.is_text()) return TypeError();
+    for (const char c : FirstText(argument)) {
+      if (c != ENG_SPECIAL_MARK && c != ENG_SPECIAL_ARGUMENT_END) mark += c;
+    }
+    mark += ENG_SPECIAL_ARGUMENT_END;
+  }
+  mark += static_cast<char>(ENG_SPECIAL_MARK);
+  return machine.Text(mark);
+}
+
+constexpr Function kFunctions[] = {
+    {102, "All", 0, 0, Form::kEager, kNothing, All, nullptr},
+    {103, "AllChildren", 0, 0, Form::kEager, kOnResponses, AllChildren, nullptr},
+    {104, "AllDescendants", 0, 0, Form::kEager, kOnDescendants, AllDescendants, nullptr},
+    {110, "Created", 0, 0, Form::kEager, kNothing, TimeFact<&DocumentFacts::created>, nullptr},
+    {111, "Modified", 0, 0, Form::kEager, kNothing, TimeFact<&DocumentFacts::modified>, nullptr},
+    {112, "Accessed", 0, 0, Form::kEager, kNothing, TimeFact<&DocumentFacts::accessed>, nullptr},
+    {113, "AddedToThisFile", 0, 0, Form::kEager, kNothing, TimeFact<&DocumentFacts::added>, nullptr},
+    {114, "DocumentUniqueID", 0, 0, Form::kEager, kNothing, DocumentUniqueId, nullptr},
+    {115, "SlateID", 0, 0, Form::kEager, kNothing, SlateId, nullptr},
+    {116, "InheritedDocumentUniqueID", 0, 0, Form::kEager, kNothing, ParentUniqueId, nullptr},
+    {117, "IsNewDoc", 0, 0, Form::kEager, kNothing, IsNewDoc, nullptr},
+    {118, "IsResponseDoc", 0, 0, Form::kEager, kNothing, IsResponseDoc, nullptr},
+    {119, "Responses", 0, 0, Form::kEager, kNothing, Responses, nullptr},
+    {120, "DocLength", 0, 0, Form::kEager, kNothing, DocLength, nullptr},
+    {121, "Attachments", 0, 0, Form::kEager, kOnItems, Attachments, nullptr},
+    {122, "AttachmentNames", 0, 0, Form::kEager, kOnItems, AttachmentNames, nullptr},
+    {123, "AttachmentLengths", 0, 0, Form::kEager, kOnItems, AttachmentLengths, nullptr},
+    {124, "AttachmentModifiedTimes", 0, 0, Form::kEager, kOnItems, AttachmentModifiedTimes, nullptr},
+    {125, "DocFields", 0, 0, Form::kEager, kOnItems, DocFields, nullptr},
+    {126, "DocSequence", 0, 0, Form::kEager, kNothing, DocSequence, nullptr},
+    {127, "SlateClass", 0, 0, Form::kEager, kNothing, SlateClass, nullptr},
+    {128, "DeleteDocument", 0, 0, Form::kEager, kNothing, DeleteDocument, nullptr},
+    {130, "DbName", 0, 0, Form::kEager, kNothing, DatabaseFact<&DatabaseFacts::path>, nullptr},
+    {131, "DbTitle", 0, 0, Form::kEager, kNothing, DatabaseFact<&DatabaseFacts::title>, nullptr},
+    {132, "ReplicaID", 0, 0, Form::kEager, kNothing, DatabaseFact<&DatabaseFacts::replica>, nullptr},
+    {133, "ViewTitle", 0, 0, Form::kEager, kNothing, ViewTitle, nullptr},
+    {134, "DbColumn", 4, 4, Form::kEager, kOnTime, DbColumn, "NOCACHE"},
+    {135, "DbLookup", 5, 7, Form::kEager, kOnTime, DbLookup, "NOCACHE FAILSILENT PARTIALMATCH"},
+    {146, "DocNumber", 0, 1, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_NUMBER>, nullptr},
+    {147, "DocLevel", 0, 0, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_LEVEL>, nullptr},
+    {148, "DocSiblings", 0, 0, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_SIBLINGS>, nullptr},
+    {149, "DocChildren", 0, 3, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_CHILDREN>, nullptr},
+    {150, "DocDescendants", 0, 3, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_DESCENDANTS>, nullptr},
+    {151, "DocParentNumber", 0, 1, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_PARENT_NUMBER>, nullptr},
+    {152, "IsCategory", 0, 2, Form::kEager, kNothing, Mark<ENG_SPECIAL_IS_CATEGORY>, nullptr},
+    {153, "IsExpandable", 0, 2, Form::kEager, kNothing, Mark<ENG_SPECIAL_IS_EXPANDABLE>, nullptr},
+};
+
+}  // namespace
+
+std::span<const Function> DocumentFunctions() { return kFunctions; }
+
+}  // namespace qcore::formula

@@ -1,0 +1,53 @@
+// The user and names of people.
+#include "qcore/formula/functions_support.h"
+#include "qcore/formula/personname.h"
+#include "qcore/settings/settings.h"
+
+namespace qcore::formula {
+
+namespace {
+
+std::string CurrentUser(Machine& machine) {
+  const auto names = machine.source().UserNames();
+  return names.empty() ? settings::UserName() : names.front();
+}
+
+Value UserName(Machine& machine, Arguments) { return machine.Text(CurrentUser(machine)); }
+
+bool IsRole(std::string_view name) { return name.starts_with('[') && name.ends_with(']'); }
+
+// The user and the groups, or the roles.
+Value NamesOf(Machine& machine, bool roles) {
+  TextList list(machine);
+  const auto names = machine.source().UserNames();
+  if (names.empty() && !roles) return machine.Text(settings::UserName());
+  for (const std::string& name : names) {
+    if (!roles || IsRole(name)) list.Add(Kept(machine, name));
+  }
+  return list.Finish();
+}
+Value UserNamesList(Machine& machine, Arguments) { return NamesOf(machine, false); }
+Value UserRoles(Machine& machine, Arguments) { return NamesOf(machine, true); }
+
+Value Name(Machine& machine, Arguments arguments) {
+  if (!arguments[0].is_text()) return TypeError();
+  const std::string_view keyword = FirstText(arguments[0]);
+  return MapTexts(machine, arguments[1], [&](std::string_view name) {
+    machine.Charge(name.size());
+    return Kept(machine, NameAs(name, keyword));
+  });
+}
+
+constexpr Function kFunctions[] = {
+    {600, "UserName", 0, 0, Form::kEager, kNothing, UserName, nullptr},
+    {601, "UserNamesList", 0, 0, Form::kEager, kNothing, UserNamesList, nullptr},
+    {602, "UserRoles", 0, 0, Form::kEager, kNothing, UserRoles, nullptr},
+    {603, "Name", 2, 2, Form::kEager, kNothing, Name,
+     "CN O OU1 OU2 OU3 OU4 C ABBREVIATE CANONICALIZE HIERARCHYONLY TOKEYWORD"},
+};
+
+}  // namespace
+
+std::span<const Function> NameFunctions() { return kFunctions; }
+
+}  // namespace qcore::formula

@@ -1,0 +1,114 @@
+// One evaluation at a time of one program. Functions get at everything through this.
+#ifndef QUILLON_QCORE_FORMULA_MACHINE_H
+#define QUILLON_QCORE_FORMULA_MACHINE_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "qcore/formula/formula.h"
+#include "qcore/formula/program.h"
+#include "qcore/formula/value.h"
+
+namespace qcore::formula {
+
+// True for numbers of which one is not 0; an error for other types.
+struct TruthValue {
+  bool truth = false;
+  ENGSTATUS error = ENG_OK;
+};
+TruthValue TruthOf(const Value& value);
+
+class Machine {
+ public:
+  Machine(const LoadedProgram& program, const Limits& limits);
+
+  // Throws LimitReached.
+  Value RunSection(Source& source, std::size_t section);
+
+  // For functions.
+  Source& source() { return *source_; }
+  Arena& arena() { return arena_; }
+  // Counts work that grows with a list or a text.
+  void Charge(std::uint64_t steps) {
+    if (steps > steps_) throw LimitReached{ENG_ERR_FORMULA_STEPS};
+    steps_ -= steps;
+  }
+  Value Text(std::string_view text) { return Value::Text(arena_.Copy(text), text.size()); }
+  // The list that both make; an error for two types.
+  Value Join(const Value& left, const Value& right);
+  const TIMEDATE& Now();
+  const INTLFORMAT& settings();
+  // The item's value, whatever temporaries there are.
+  Value ReadItem(std::string_view name);
+  bool HasItem(std::string_view name);
+  // Of a value with its type word, of which a copy is kept.
+  Value DecodeCopy(Bytes value);
+  void SetTemp(std::string_view name, const Value& value);
+  Value SetItem(std::string_view name, const Value& value);
+  void Delete() { deleted_ = true; }
+
+  bool selected() const { return selected_; }
+  bool modified() const { return modified_; }
+  bool deleted() const { return deleted_; }
+
+ private:
+  enum class State : std::uint8_t { kUnread, kItem, kMissing, kTemp };
+  struct SlotValue {
+    State state = State::kUnread;
+    Value value;
+  };
+  struct Iteration {
+    std::uint32_t slot;
+    SlotValue outer;  // what the variable's name stood for
+    Value list;
+    std::uint32_t next = 0;
+    std::optional<Value> result;
+  };
+
+  void Start(Source& source);
+  const Value& Read(std::uint32_t slot);
+  Value Decode(const ItemValue& item);
+  Value DecodeComposite(Bytes records);
+  Value Binary(Op op, const Value& left, const Value& right);
+  Value Call(const Function& function, std::span<const Value> arguments);
+  bool Iterate(std::uint32_t slot, const Value& list);
+  // The next entry into the variable; false at the end.
+  bool Next();
+  Value EndIteration();
+  // Compares with the item and hands the value to the source.
+  Value Assign(std::uint32_t slot, std::string_view name, const Value& value);
+
+  const LoadedProgram& program_;
+  const Limits limits_;
+  Arena arena_;
+  std::vector<Value> stack_;
+  std::vector<SlotValue> slots_;
+  std::vector<Iteration> iterations_;
+  Source* source_ = nullptr;
+  std::uint64_t steps_ = 0;
+  std::optional<TIMEDATE> now_;
+  std::optional<INTLFORMAT> settings_;
+  bool selected_ = true;
+  bool modified_ = false;
+  bool deleted_ = false;
+  // The list that ends the arena's last list allocation, and its room: another entry needs no copy.
+  const void* open_list_ = nullptr;
+  std::uint32_t open_count_ = 0;
+  std::uint32_t open_room_ = 0;
+};
+
+// Operators on two values that are no errors.
+Value Calculate(Machine& machine, Op op, const Value& left, const Value& right);
+Value Compare(Machine& machine, Op op, const Value& left, const Value& right);
+Value Negate(Machine& machine, const Value& value);
+// Order of two entries of one type.
+int CompareTexts(const TextRef& left, const TextRef& right);
+int CompareMoments(const Moment& left, const Moment& right);
+
+// The type word and the value as items store it. ENG_ERR_FORMULA_RESULT for what no item holds.
+[[nodiscard]] ENGSTATUS Encode(const Value& value, std::vector<std::uint8_t>* bytes);
+
+}  // namespace qcore::formula
+
+#endif

@@ -1,0 +1,50 @@
+// An open slate as what formulas read.
+//
+// Assignments wait until Apply, so that values which are in use stay and a formula that fails changes nothing.
+#ifndef QUILLON_QCORE_FORMULA_SLATESOURCE_H
+#define QUILLON_QCORE_FORMULA_SLATESOURCE_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "qcore/formula/formula.h"
+#include "qcore/slates/slate.h"
+
+namespace qcore::formula {
+
+enum class Assignments { kDropped, kKept };
+
+class SlateSource final : public Source {
+ public:
+  SlateSource(Slate& slate, Assignments assignments) : slate_(slate), assignments_(assignments) {}
+
+  bool FindItem(std::uint32_t index, std::string_view name, ItemValue* item) override;
+  void ForEachItem(const std::function<void(std::string_view, const ItemValue&)>& take) override;
+  const DocumentFacts* Document() override;
+  std::uint32_t Size() override;
+  std::uint32_t ResponseCount() override;
+  const DatabaseFacts* Database() override;
+  [[nodiscard]] ENGSTATUS Assign(std::string_view name, Bytes value) override;
+
+  // Puts what was assigned into the slate. On a failure what came before it is there.
+  [[nodiscard]] ENGSTATUS Apply();
+
+ private:
+  struct Assigned {
+    std::string name;
+    std::vector<std::uint8_t> value;  // empty: the item goes
+  };
+
+  bool ReadItem(Slate::Slot slot, ItemValue* item);
+
+  Slate& slate_;
+  Assignments assignments_;
+  std::vector<Assigned> assigned_;
+  std::optional<DocumentFacts> document_;
+  std::optional<DatabaseFacts> database_;
+};
+
+}  // namespace qcore::formula
+
+#endif

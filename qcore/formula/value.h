@@ -1,0 +1,172 @@
+// Values while a formula runs: lists of texts, numbers or times, with at least one entry, or an error.
+//
+// A value of one entry holds it; more stand in the arena, in the program's constants, or in the source's item, whose
+// bytes texts point into. Values are copied freely and own nothing.
+#ifndef QUILLON_QCORE_FORMULA_VALUE_H
+#define QUILLON_QCORE_FORMULA_VALUE_H
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "engine/status.h"
+#include "engine/types.h"
+
+namespace qcore::formula {
+
+enum class Type : std::uint8_t { kText, kNumber, kTime, kError, kRemoval };
+
+struct TextRef {
+  const char* data = "";
+  std::size_t size = 0;
+
+  std::string_view view() const { return {data, size}; }
+};
+
+// A time, or a range of times when `upper` is no wild card in both halves.
+struct Moment {
+  TIMEDATE lower;
+  TIMEDATE upper;
+
+  bool is_range() const { return upper.DateWord != ENG_TIME_WILD || upper.TimeWord != ENG_TIME_WILD; }
+};
+
+struct Value {
+  Type type = Type::kText;
+  std::uint32_t count = 1;
+  union {
+    TextRef text;
+    double number;
+    Moment moment;
+    ENGSTATUS error;
+    const TextRef* text_list;
+    const double* number_list;
+    const Moment* moment_list;
+  };
+
+  Value() : text() {}
+  static Value Number(double number) {
+    Value value(Type::kNumber);
+    value.number = number;
+    return value;
+  }
+  static Value Truth(bool truth) { return Number(truth ? 1 : 0); }
+  static Value Text(const char* data, std::size_t size) {
+    Value value;
+    value.text = {data, size};
+    return value;
+  }
+  // For texts that outlive the evaluation.
+  static Value Text(std::string_view text) { return Text(text.data(), text.size()); }
+  static Value Time(const TIMEDATE& moment) { return Range({moment, {ENG_TIME_WILD, ENG_TIME_WILD}}); }
+  static Value Range(const Moment& moment) {
+    Value value(Type::kTime);
+    value.moment = moment;
+    return value;
+  }
+  static Value Error(ENGSTATUS status) {
+    Value value(Type::kError);
+    value.error = status;
+    return value;
+  }
+  static Value Removal() { return Value(Type::kRemoval); }
+  // Of `count` entries, 1 at least, which stay where they are.
+  static Value Texts(const TextRef* texts, std::uint32_t count) {
+    if (count == 1) return Text(texts->data, texts->size);
+    Value value(Type::kText, count);
+    value.text_list = texts;
+    return value;
+  }
+  static Value Numbers(const double* numbers, std::uint32_t count) {
+    if (count == 1) return Number(*numbers);
+    Value value(Type::kNumber, count);
+    value.number_list = numbers;
+    return value;
+  }
+  static Value Moments(const Moment* moments, std::uint32_t count) {
+    if (count == 1) return Range(*moments);
+    Value value(Type::kTime, count);
+    value.moment_list = moments;
+    return value;
+  }
+
+  bool is_text() const { return type == Type::kText; }
+  bool is_number() const { return type == Type::kNumber; }
+  bool is_time() const { return type == Type::kTime; }
+  bool is_error() const { return type == Type::kError; }
+  // One empty text, which is also what a missing item gives.
+  bool is_null() const { return type == Type::kText && count == 1 && text.size == 0; }
+
+  const TextRef* texts() const { return count == 1 ? &text : text_list; }
+  const double* numbers() const { return count == 1 ? &number : number_list; }
+  const Moment* moments() const { return count == 1 ? &moment : moment_list; }
+
+ private:
+  explicit Value(Type of, std::uint32_t entries = 1) : type(of), count(entries), moment() {}
+};
+
+// Memory of one evaluation, taken back as a whole. Throws LimitReached at its limit and std::bad_alloc.
+struct LimitReached {
+  ENGSTATUS status;
+};
+
+class Arena {
+ public:
+  explicit Arena(std::uint64_t limit) : limit_(limit) {}
+
+  void* Allocate(std::size_t size) {
+    size = (size + 15) & ~std::size_t{15};
+    if (size > static_cast<std::size_t>(end_ - next_)) return Refill(size);
+    char* result = next_;
+    next_ += size;
+    return result;
+  }
+  template <typename T>
+  T* Array(std::size_t count) {
+    if (count > limit_ / sizeof(T)) throw LimitReached{ENG_ERR_FORMULA_MEMORY};
+    return static_cast<T*>(Allocate(count * sizeof(T)));
+  }
+  const char* Copy(std::string_view text) {
+    char* copy = Array<char>(text.size());
+    if (!text.empty()) std::memcpy(copy, text.data(), text.size());
+    return copy;
+  }
+  void Reset() {
+    used_ = 0;
+    if (blocks_.size() > 1) blocks_.erase(blocks_.begin(), blocks_.end() - 1);
+    if (blocks_.empty()) return;
+    next_ = blocks_.back().bytes.get();
+    end_ = next_ + blocks_.back().size;
+    used_ = blocks_.back().size;
+  }
+
+ private:
+  struct Block {
+    std::unique_ptr<char[]> bytes;
+    std::size_t size;
+  };
+
+  [[gnu::noinline]] void* Refill(std::size_t size) {
+    constexpr std::size_t kFirst = 8192;
+    if (size > limit_ || used_ > limit_ - size) throw LimitReached{ENG_ERR_FORMULA_MEMORY};
+    const std::size_t grown = blocks_.empty() ? kFirst : std::min<std::size_t>(blocks_.back().size * 2, 1u << 20);
+    const std::size_t wanted = std::max(size, grown);
+    blocks_.push_back({std::unique_ptr<char[]>(new char[wanted]), wanted});
+    used_ += wanted;
+    next_ = blocks_.back().bytes.get() + size;
+    end_ = blocks_.back().bytes.get() + wanted;
+    return blocks_.back().bytes.get();
+  }
+
+  std::uint64_t limit_;
+  std::uint64_t used_ = 0;
+  std::vector<Block> blocks_;
+  char* next_ = nullptr;
+  char* end_ = nullptr;
+};
+
+}  // namespace qcore::formula
+
+#endif
