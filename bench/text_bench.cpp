@@ -149,6 +149,20 @@ void AppendVQString(benchmark::State& state) {
 }
 BENCHMARK(AppendVQString);
 
+// A list of the state's length, entry by entry.
+void AppendVQText(benchmark::State& state) {
+  bench::Home::Get();
+  const VQString entry = "entry";
+  for (auto _ : state) {
+    VQText list;
+    for (std::int64_t i = 0; i < state.range(0); ++i) list << entry;
+    benchmark::DoNotOptimize(&list);
+  }
+  state.counters["per_entry"] = benchmark::Counter(
+      static_cast<double>(state.range(0)), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(AppendVQText)->Arg(1000)->Arg(8000);
+
 void CompareMemcmp(benchmark::State& state) {
   const std::string first = Text().substr(0, static_cast<std::size_t>(state.range(0)));
   const std::string second = first;

@@ -73,6 +73,14 @@ TEST_P(Texts, Edits) {
        },
        VQ_OK,
        {"a", "b", "c", "d"}},
+      {"append a list",
+       {"a", ""},
+       [](VQText& t) {
+         return t.Insert(2, MakeText({"b\nc", ""}));
+       },
+       VQ_OK,
+       {"a", "", "b\nc", ""}},
+      {"append an empty value", {"a"}, [](VQText& t) { return t.Insert(1, MakeText({""})); }, VQ_OK, {"a"}},
       {"insert itself", {"a", "b"}, [](VQText& t) { return t.Insert(1, t); }, VQERR_INVALID_PARAMETER, {"a", "b"}},
       {"insert nothing", {"a"}, [](VQText& t) { return t.Insert(0, VQText()); }, VQERR_UNINITIALIZED_ARGUMENT, {"a"}},
       {"delete the middle", {"a", "b", "c"}, [](VQText& t) { return t.Delete(1, 1); }, VQ_OK, {"a", "c"}},
@@ -168,6 +176,24 @@ TEST_P(Texts, DamagedListsAreRefused) {
     EXPECT_NE(StatusOf([&] { TextOf(text[0]); }), VQ_OK) << row.What;
     EXPECT_NE(ReturnedStatusOf([&] { return text.Insert(0, "x"); }), VQ_OK) << row.What;
     EXPECT_EQ(RawValue(text), row.Data) << row.What;
+  }
+}
+
+TEST_P(Texts, AppendReadsAListThatWasWrittenOver) {
+  const struct {
+    const char* What;
+    unsigned long Offset;
+    unsigned char Word[2];
+    VQSTATUS Status;
+    std::string After;
+  } rows[] = {
+      {"a length past the end", 2, {9, 0}, VQSTATUS{ENG_ERR_LIST_DAMAGED}, std::string("\3\0\x9\0\1\0\1\0abcd", 12)},
+      {"a count that leaves bytes over", 0, {1, 0}, VQ_OK, std::string("\2\0\2\0\1\0\1\0x", 9)}};
+  for (const auto& row : rows) {
+    VQText text = MakeText({"ab", "c", "d"});
+    EXPECT_EQ(text.Write(row.Offset, 2, row.Word), VQ_OK) << row.What;
+    EXPECT_EQ(StatusOf([&] { text << VQString("x"); }), row.Status) << row.What;
+    EXPECT_EQ(RawValue(text), row.After) << row.What;
   }
 }
 

@@ -149,8 +149,11 @@ class VQ_API VQItemBody : public VQBody {
   VQSTATUS SetName(std::string_view name);
   // The name only, where the slate has it already.
   void TakeName(std::string_view name) { Name = name; }
-  // Forgets the cached entry count after a change of the bytes.
-  void ForgetEntryCount() { EntryCount = -1; }
+  // Forgets what is known of the entries after a change of the bytes.
+  void ForgetEntryCount() {
+    EntryCount = -1;
+    EntriesChecked = false;
+  }
 
  protected:
   // Whether [offset, offset + size) lies in the data.
@@ -170,6 +173,7 @@ class VQ_API VQItemBody : public VQBody {
   mutable std::uint16_t Flags;
   std::uint16_t ValueType;
   mutable bool QueryDone;  // name and flags are the engine's
+  bool EntriesChecked;     // EntryCount is known, and the entries fill the value
   BLOCKID ItemBlockID;
   VQSlateBody* Slate;  // counted; null for a value that stands alone
   BLOCKID ValueBlockID;

@@ -26,6 +26,7 @@ VQItemBody::VQItemBody()
       Flags(0),
       ValueType(0),
       QueryDone(true),
+      EntriesChecked(false),
       ItemBlockID{},
       Slate(nullptr),
       ValueBlockID{},

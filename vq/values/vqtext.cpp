@@ -202,49 +202,84 @@ VQSTATUS VQTextBody::InsertEntry(unsigned long index, const VQString& text) {
   unsigned long entries = 0;
   if (const VQSTATUS status = vq::CountEntries(this, &entries)) return status;
   if (index > entries) return VQERR_OUT_OF_RANGE;
-  return PutEntry(index, 0, text);
+  const StoredText bytes(text);
+  const Entry entry(bytes.data(), bytes.size());
+  return PutEntries(index, 0, {&entry, 1});
 }
 
-// The list is made aside, so that a text that does not fit leaves the value as it was.
-VQSTATUS VQTextBody::PutEntry(unsigned long index, unsigned long replaced, const VQString& text) {
-  const StoredText bytes(text);
+// The list is made aside, so that entries that do not fit leave the value as it was.
+VQSTATUS VQTextBody::PutEntries(unsigned long index, unsigned long replaced, std::span<const Entry> added) {
+  if (EntriesChecked && ValueType == TYPE_TEXT_LIST && static_cast<unsigned long>(EntryCount) == index &&
+      replaced == 0) {
+    return AppendEntries(added);
+  }
   std::vector<VQCHAR> list;
+  std::vector<Entry> entries;
   {
     const VQItemLock value(this);
     if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
-    std::vector<Entry> entries;
     if (const VQSTATUS status = FindEntries(value, GetType(), GetValueSize(), &entries)) return status;
-    if (index + replaced > entries.size()) return vq::FromEngine(ENG_ERR_LIST_INDEX);
+    if (index > entries.size() || replaced > entries.size() - index) return VQERR_OUT_OF_RANGE;
     const auto at = entries.begin() + static_cast<std::ptrdiff_t>(index);
-    if (replaced != 0) entries.erase(at, at + static_cast<std::ptrdiff_t>(replaced));
-    entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(index), Entry(bytes.data(), bytes.size()));
+    entries.erase(at, at + static_cast<std::ptrdiff_t>(replaced));
+    entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(index), added.begin(), added.end());
     if (const VQSTATUS status = WriteList(entries, &list)) return status;
   }
-  return ReplaceValue(TYPE_TEXT_LIST, list.data(), list.size());
+  if (entries.empty()) return ReplaceValue(TYPE_TEXT, nullptr, 0);
+  if (const VQSTATUS status = ReplaceValue(TYPE_TEXT_LIST, list.data(), list.size())) return status;
+  EntryCount = static_cast<std::int32_t>(entries.size());
+  EntriesChecked = true;
+  return VQ_OK;
 }
 
+// A list known to be sound grows where it is: text by text it would be read and written anew each time.
+VQSTATUS VQTextBody::AppendEntries(std::span<const Entry> added) {
+  unsigned long size = 2 * added.size();
+  for (const Entry& entry : added) size += entry.size();
+  if (size > kLargestList - ValueSize) return vq::FromEngine(ENG_ERR_LIST_FULL);
+  const auto count = static_cast<std::uint32_t>(EntryCount);
+  const unsigned long texts = kTypeWord + 2UL * count;
+  const unsigned long length = ValueSize - kTypeWord - texts;
+  if (const VQSTATUS status = ReallocateValue(ValueSize + size)) return status;
+  const VQItemLock value(this);
+  if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
+  VQCHAR* const behind = value.Data() + texts;
+  VQCHAR* text = std::copy_backward(behind, behind + length, behind + 2 * added.size() + length) + length;
+  VQCHAR* word = behind;
+  for (const Entry& entry : added) {
+    vq::StoreWord(word, static_cast<unsigned>(entry.size()));
+    word += 2;
+    text = std::copy(entry.begin(), entry.end(), text);
+  }
+  EntryCount = static_cast<std::int32_t>(count + added.size());
+  vq::StoreWord(value.Data(), static_cast<unsigned>(EntryCount));
+  EntriesChecked = true;
+  return VQ_OK;
+}
+
+// The source's entries are copied: the engine may hold both values in one block, which it moves to make room.
 VQSTATUS VQTextBody::InsertEntries(unsigned long index, VQTextBody& source) {
   if (const VQSTATUS status = CheckEditable()) return status;
   if (source.CheckValue() != VQ_OK) return VQERR_UNINITIALIZED_ARGUMENT;
   if (&source == this) return VQERR_INVALID_PARAMETER;
-  std::vector<VQString> entries;
-  std::vector<VQString> added;
-  if (const VQSTATUS status = ReadEntries(&entries)) return status;
-  if (const VQSTATUS status = source.ReadEntries(&added)) return status;
-  if (index > entries.size()) return VQERR_OUT_OF_RANGE;
-  entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(index), added.begin(), added.end());
-  return SetEntries(entries);
+  unsigned long count = 0;
+  if (const VQSTATUS status = vq::CountEntries(this, &count)) return status;
+  if (index > count) return VQERR_OUT_OF_RANGE;
+  std::vector<Entry> entries;
+  std::vector<VQCHAR> bytes;
+  {
+    const VQItemLock value(&source);
+    if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
+    if (const VQSTATUS status = FindEntries(value, source.GetType(), source.GetValueSize(), &entries)) return status;
+    bytes.assign(value.Value(), value.Value() + source.GetValueSize());
+    for (Entry& entry : entries) entry = Entry(bytes.data() + (entry.data() - value.Value()), entry.size());
+  }
+  return PutEntries(index, 0, entries);
 }
 
 VQSTATUS VQTextBody::DeleteEntries(unsigned long index, unsigned long count) {
   if (const VQSTATUS status = CheckEditable()) return status;
-  if (count == 0) return VQ_OK;
-  std::vector<VQString> entries;
-  if (const VQSTATUS status = ReadEntries(&entries)) return status;
-  if (index >= entries.size() || count > entries.size() - index) return VQERR_OUT_OF_RANGE;
-  const auto first = entries.begin() + static_cast<std::ptrdiff_t>(index);
-  entries.erase(first, first + static_cast<std::ptrdiff_t>(count));
-  return SetEntries(entries);
+  return count == 0 ? VQ_OK : PutEntries(index, count, {});
 }
 
 VQSTATUS VQTextBody::ReplaceEntry(unsigned long index, const VQString& text) {
@@ -253,5 +288,7 @@ VQSTATUS VQTextBody::ReplaceEntry(unsigned long index, const VQString& text) {
   if (const VQSTATUS status = vq::CountEntries(this, &entries)) return status;
   if (index != 0 && index >= entries) return VQERR_OUT_OF_RANGE;
   if (GetType() == TYPE_TEXT || entries == 0) return SetText(text);
-  return PutEntry(index, 1, text);
+  const StoredText bytes(text);
+  const Entry entry(bytes.data(), bytes.size());
+  return PutEntries(index, 1, {&entry, 1});
 }

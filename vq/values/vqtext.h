@@ -36,8 +36,11 @@ class VQ_API VQTextBody : public VQItemBody {
   [[nodiscard]] VQSTATUS CheckEditable() const;
 
  private:
-  // `text` in place of `replaced` entries from `index` on.
-  [[nodiscard]] VQSTATUS PutEntry(unsigned long index, unsigned long replaced, const VQString& text);
+  using Entry = std::span<const VQCHAR>;  // as stored
+
+  // `added` in place of `replaced` entries from `index` on.
+  [[nodiscard]] VQSTATUS PutEntries(unsigned long index, unsigned long replaced, std::span<const Entry> added);
+  [[nodiscard]] VQSTATUS AppendEntries(std::span<const Entry> added);
 };
 
 class VQ_API VQText : public VQItem {
