@@ -18,5 +18,6 @@
 #include "engine/text.h"
 #include "engine/time.h"
 #include "engine/types.h"
+#include "engine/view.h"
 
 #endif

@@ -33,5 +33,11 @@
 #include "vq/values/vqnumber.h"
 #include "vq/values/vqstring.h"
 #include "vq/values/vqtext.h"
+#include "vq/views/vcolbody.h"
+#include "vq/views/ventbody.h"
+#include "vq/views/vfindkey.h"
+#include "vq/views/vfposition.h"
+#include "vq/views/viewbody.h"
+#include "vq/views/vnavbody.h"
 
 #endif
