@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "engine/database.h"
-#include "engine/later.h"
+#include "engine/folder.h"
 #include "engine/slate.h"
 #include "engine/status.h"
 #include "vq/richtext/fontid.h"
@@ -128,8 +128,11 @@ VQSTATUS VQViewFolderBody::OpenCollection(unsigned long flags) {
 }
 
 VQSTATUS VQViewFolderBody::ReopenSlate() {
+  const int delete_on_close = GetDeleteOnClose();
+  SetDeleteOnClose(0);
   VQSTATUS status = VQSlateBody::Close();
   if (status == VQ_OK) status = VQSlateBody::Open(0);
+  SetDeleteOnClose(delete_on_close);
   return status;
 }
 
@@ -218,6 +221,13 @@ VQSTATUS VQViewFolderBody::FinishRename(unsigned short flags) {
   if (status == VQ_OK) status = ReopenSlate();
   if (status == VQ_OK) status = SaveTitle(false);
   return status == VQ_OK ? VQSlateBody::Save(flags) : status;
+}
+
+void VQViewFolderBody::BecomeView() {
+  Flags.SetLetter('F', false);
+  Flags.SetLetter('3', false);
+  Type = VQVFTYPE_VIEW;
+  SetState(kDesignChanged | kColumnsChanged | kRebuildFormula, true);
 }
 
 VQSTATUS VQViewFolderBody::SetName(const VQString& name) {

@@ -369,12 +369,16 @@ class VQ_API VQViewFolder : public VQSlate {
   VQSTATUS AddColumn(unsigned long position, const VQVFColumn* source, VQVFColumn* column);
   VQSTATUS CheckEntries(VQViewFolderBody** body) const;
   VQVFNavigator& RequireEntries() const;
-  VQSTATUS CheckFolder() const;
+  [[nodiscard]] VQSTATUS CheckFolder() const;
   VQSTATUS ChangeFolder(Change change, ENGHANDLE table);
+  VQSTATUS FolderChanged(VQSTATUS status);
   VQSTATUS ChangeOne(Change change, unsigned long id);
+  VQSTATUS ChangeArray(Change change, const VQSlateArray& documents);
+  VQSTATUS ChangeTable(Change change, void* idtable);
+  VQSTATUS ChangeSlate(Change change, const VQSlate& document);
   VQSTATUS ChangeMany(Change change, const VQDatabase& database, ENGHANDLE table);
   template <typename Source>
-  VQSTATUS ChangeFrom(Change change, const Source& source);
+  VQSTATUS ChangeFrom(Change change, Source source);
 };
 
 // The open view. Operations return their status and leave the throw rule to the handle.
@@ -424,6 +428,8 @@ class VQ_API VQViewFolderBody : public VQSlateBody {
   // Reads $Flags when the type is not known yet, opening the slate for the moment.
   VQSTATUS GetType(VQVFTYPE* type);
   void SetType(VQVFTYPE type) { Type = type; }
+  // An open folder that is a view from its next save on.
+  void BecomeView();
   // The slate anew after the engine has changed it; unsaved changes keep it as it is.
   VQSTATUS ReopenUnmodified();
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "engine/collection.h"
+#include "engine/folder.h"
 #include "engine/idtable.h"
-#include "engine/later.h"
 #include "engine/memory.h"
 #include "engine/process.h"
 #include "engine/status.h"
