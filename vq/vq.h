@@ -3,6 +3,7 @@
 #define QUILLON_VQ_VQ_H
 
 #include "vq/automation/vqformula.h"
+#include "vq/automation/vqscript.h"
 #include "vq/frame/objlist.h"
 #include "vq/frame/session.h"
 #include "vq/frame/status.h"
