@@ -545,6 +545,27 @@ TEST_F(RichTextEdit, EndsWithTheItemThatItStoodIn) {
   EXPECT_EQ(replaced.Append(old), VQERR_ITEM_UNINITIALIZED);
 }
 
+TEST_F(RichTextEdit, ReadsAfreshWhatCameThroughTheEngine) {
+  const std::string records = Text("old");
+  VQDatabase database;
+  ASSERT_EQ(Session->CreateDatabase("refreshed", &database, VQCreateDatabaseOptions()), VQ_OK);
+  VQDocument document;
+  ASSERT_EQ(database.CreateDocument(&document), VQ_OK);
+  ASSERT_EQ(document.CreateItem("Body", TYPE_COMPOSITE, records.data(), records.size()), VQ_OK);
+  VQRichText body;
+  ASSERT_EQ(document.GetItem("Body", &body), VQ_OK);
+  const VQRTCursor cursor = At(body, 1);
+  ASSERT_EQ(Plain(body), "old");
+  const BLOCKID& value = body.GetRichTextBody()->GetValueBlock();
+  {
+    const vq::MemoryLock lock(value.Pool);
+    std::memcpy(lock.GetBytes() + value.Block + 2, Text("new").data(), records.size());
+  }
+  ASSERT_EQ(document.RefreshObjectFromSlateHandle(), VQ_OK);
+  EXPECT_EQ(Plain(body), "new");
+  EXPECT_FALSE(cursor.IsValid());
+}
+
 // The same face has another number in the other document.
 TEST_F(RichTextEdit, TakesItsFontsToAnotherDocument) {
   VQDatabase database;

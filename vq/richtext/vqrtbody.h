@@ -46,6 +46,7 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   VQSTATUS Clear() override;
   int IsDirty() override;
   VQSTATUS Rebound() override;
+  void ForgetContent() override { DropTree(); }
   // The tree goes with the values that it looks into.
   void MarkDeleted() override;
   VQSTATUS AddBlockID(const BLOCKID& item, const BLOCKID& value, unsigned long size) override;

@@ -95,6 +95,8 @@ class VQ_API VQItemBody : public VQBody {
   // Called when the item's place was asked afresh (after a save, or a read back): places kept beside it are void,
   // and AddBlockID follows for each later item of the name.
   virtual VQSTATUS Rebound();
+  // Drops what is kept beside the value and was read from it: the value may have been changed by others.
+  virtual void ForgetContent() {}
   // Address of the type word; null when the value is gone. Locks nest.
   virtual void* Lock();
   virtual VQSTATUS Read(unsigned long offset, unsigned long size, void* buffer);

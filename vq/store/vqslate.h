@@ -277,6 +277,8 @@ class VQ_API VQSlateBody : public VQBody {
   VQSTATUS FlushItems();
   // Asks the engine anew where each item is; items that are gone are marked deleted.
   VQSTATUS RebindItems();
+  // The same, and what items hold of their values is read afresh.
+  VQSTATUS RereadItems();
   VQSTATUS ReadHeader();
   // A flush that failed when its item's last handle went; the next Save gives it instead of saving.
   void NoteLostChange(VQSTATUS status) { LostChange = status; }
@@ -332,6 +334,7 @@ class VQ_API VQSlateBody : public VQBody {
   VQSTATUS FlushOne(VQItemBody* item);
   VQSTATUS PrepareOne(VQItemBody* item);
   VQSTATUS RebindOne(VQItemBody* item);
+  VQSTATUS RereadOne(VQItemBody* item);
   VQSTATUS PrepareItems();
   VQSTATUS Write(unsigned short flags);
   std::vector<const VQItemBody*> DirtyItems() const;

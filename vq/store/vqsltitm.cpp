@@ -383,6 +383,11 @@ VQSTATUS VQSlateBody::RebindOne(VQItemBody* item) {
   return status == VQ_OK ? GatherMore(item) : status;
 }
 
+VQSTATUS VQSlateBody::RereadOne(VQItemBody* item) {
+  item->ForgetContent();
+  return RebindOne(item);
+}
+
 // Writing rich text may add fonts, so that their table comes last.
 VQSTATUS VQSlateBody::FlushItems() {
   const VQSTATUS status = ForEachItem(&VQSlateBody::FlushOne);
@@ -392,6 +397,7 @@ VQSTATUS VQSlateBody::FlushItems() {
 
 VQSTATUS VQSlateBody::PrepareItems() { return ForEachItem(&VQSlateBody::PrepareOne); }
 VQSTATUS VQSlateBody::RebindItems() { return ForEachItem(&VQSlateBody::RebindOne); }
+VQSTATUS VQSlateBody::RereadItems() { return ForEachItem(&VQSlateBody::RereadOne); }
 
 // The entries of a text item; none for an item of another type or with a damaged list.
 void VQSlateBody::ReadTexts(std::string_view name, std::vector<std::string>* texts) const {

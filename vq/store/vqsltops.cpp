@@ -298,5 +298,5 @@ VQSTATUS VQSlate::RefreshSlateHandleFromObject() {
 VQSTATUS VQSlate::RefreshObjectFromSlateHandle() {
   VQSlateBody* body = nullptr;
   const VQSTATUS status = CheckOpen(&body);
-  return vq::Apply(status == VQ_OK ? body->RebindItems() : status);
+  return vq::Apply(status == VQ_OK ? body->RereadItems() : status);
 }
