@@ -100,9 +100,6 @@ ENG_API ENGSTATUS EngDbSearch(ENGHANDLE directory, uint16_t flags, ENGDBFOUND ca
 ENG_API ENGSTATUS EngDesignFind(ENGHANDLE db, uint16_t slate_class, const ENGCHAR* name, uint32_t* id);
 ENG_API ENGSTATUS EngDesignFindAgent(ENGHANDLE db, const ENGCHAR* name, uint32_t* id);
 
-// ENG_ERR_NO_FULL_TEXT when the database has no full-text index.
-ENG_API ENGSTATUS EngFtGetInfo(ENGHANDLE db, TIMEDATE* last_indexed);
-
 // Reads every page and record chain; ENG_ERR_DB_DAMAGED with what was wrong first in `report` (may be null).
 ENG_API ENGSTATUS EngDbCheck(ENGHANDLE db, char* report, uint16_t size);
 

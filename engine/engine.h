@@ -7,6 +7,7 @@
 #include "engine/database.h"
 #include "engine/folder.h"
 #include "engine/formula.h"
+#include "engine/fulltext.h"
 #include "engine/idtable.h"
 #include "engine/later.h"
 #include "engine/memory.h"
@@ -18,6 +19,5 @@
 #include "engine/text.h"
 #include "engine/time.h"
 #include "engine/types.h"
-#include "engine/view.h"
 
 #endif

@@ -131,13 +131,6 @@ ENG_API ENGSTATUS EngSchedFreeTimeSearch(uint32_t reserved1, uint32_t reserved2,
                                          const TIMEDATE_PAIR* range, uint16_t duration, const void* names,
                                          ENGHANDLE* result);
 
-// Full-text searches
-ENG_API ENGSTATUS EngFtClose(ENGHANDLE search);
-ENG_API ENGSTATUS EngFtOpen(ENGHANDLE* search);
-ENG_API ENGSTATUS EngFtSearch(ENGHANDLE db, ENGHANDLE* search, ENGHANDLE collection, const ENGCHAR* query,
-                              uint32_t options, uint16_t limit, ENGHANDLE table, uint32_t* hits, ENGHANDLE* reserved,
-                              ENGHANDLE* result);
-
 // Agents
 ENG_API ENGSTATUS EngAgentClose(ENGHANDLE agent);
 ENG_API ENGSTATUS EngAgentCreateRunContext(ENGHANDLE agent, uint32_t flags, ENGHANDLE* context);
@@ -196,6 +189,9 @@ ENG_API ENGSTATUS EngAddinSetDefaultStatusLine(ENGHANDLE line, const ENGCHAR* na
 ENG_API ENGSTATUS EngAddinSetStatusLine(ENGHANDLE line, const ENGCHAR* format, const ENGCHAR* text);
 ENG_API ENGSTATUS EngAddinSetText(const ENGCHAR* format, const ENGCHAR* text);
 ENG_API ENGSTATUS EngAddinShouldTerminate(int* result);
+
+// View appearance
+ENG_API ENGSTATUS EngColorToLegacy(uint16_t color_index, uint16_t* legacy);
 
 #ifdef __cplusplus
 }

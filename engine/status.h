@@ -99,6 +99,7 @@
 #define ENG_ERR_LIST_FULL 1035
 #define ENG_ERR_COUNT_UNSUPPORTED 1099
 #define ENG_ERR_NO_FULL_TEXT 3842
+#define ENG_ERR_TEXT_QUERY 3843  // the query is not understood, or too large
 #define ENG_ERR_NO_HITS 3874
 
 // text

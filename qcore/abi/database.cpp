@@ -278,12 +278,6 @@ ENGSTATUS EngDesignFindAgent(ENGHANDLE db, const ENGCHAR* name, uint32_t* id) {
   return EngDesignFind(db, kAgentClass, name, id);
 }
 
-// No operation of this release makes a full-text index.
-ENGSTATUS EngFtGetInfo(ENGHANDLE db, TIMEDATE* last_indexed) {
-  if (!last_indexed) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [](const auto&) -> ENGSTATUS { return ENG_ERR_NO_FULL_TEXT; });
-}
-
 ENGSTATUS EngDbCheck(ENGHANDLE db, char* report, uint16_t size) {
   return WithStore(db, [&](const auto& database) {
     std::string text;

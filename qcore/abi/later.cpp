@@ -162,12 +162,6 @@ ENGSTATUS EngCollectionTranslateSpecial(const ENGCHAR*, uint16_t, ENGCHAR*, uint
   return NotAvailable(EngLater_CollectionTranslateSpecial);
 }
 ENGSTATUS EngCollectionUpdate(ENGHANDLE) { return NotAvailable(EngLater_CollectionUpdate); }
-ENGSTATUS EngFtClose(ENGHANDLE) { return NotAvailable(EngLater_FtClose); }
-ENGSTATUS EngFtOpen(ENGHANDLE*) { return NotAvailable(EngLater_FtOpen); }
-ENGSTATUS EngFtSearch(ENGHANDLE, ENGHANDLE*, ENGHANDLE, const ENGCHAR*, uint32_t, uint16_t, ENGHANDLE, uint32_t*,
-                      ENGHANDLE*, ENGHANDLE*) {
-  return NotAvailable(EngLater_FtSearch);
-}
 ENGSTATUS EngAgentClose(ENGHANDLE) { return NotAvailable(EngLater_AgentClose); }
 ENGSTATUS EngAgentCreateRunContext(ENGHANDLE, uint32_t, ENGHANDLE*) {
   return NotAvailable(EngLater_AgentCreateRunContext);
@@ -241,3 +235,4 @@ ENGSTATUS EngAddinSetStatusLine(ENGHANDLE, const ENGCHAR*, const ENGCHAR*) {
 }
 ENGSTATUS EngAddinSetText(const ENGCHAR*, const ENGCHAR*) { return NotAvailable(EngLater_AddinSetText); }
 ENGSTATUS EngAddinShouldTerminate(int*) { return NotAvailable(EngLater_AddinShouldTerminate); }
+ENGSTATUS EngColorToLegacy(uint16_t, uint16_t*) { return NotAvailable(EngLater_ColorToLegacy); }

@@ -7,6 +7,7 @@
 #include "qcore/abi/later.h"
 #include "qcore/abi/output.h"
 #include "qcore/formula/compute.h"
+#include "qcore/fulltext/search.h"
 #include "qcore/memory/memory.h"
 #include "qcore/settings/libraries.h"
 #include "qcore/settings/settings.h"
@@ -26,6 +27,7 @@ namespace {
 // Rooms go down from the top one.
 void CloseEverything() {
   qcore::formula::Compute::StopAll();
+  qcore::TextSearch::CloseAll();
   qcore::Database::CloseAll();
   libraries::CloseAll();
   qcore::memory::FreeAll();

@@ -32,6 +32,7 @@ enum class Kind : std::uint32_t {
   kCharset = 6,
   kCollection = 7,
   kCompute = 8,
+  kTextSearch = 9,
 };
 
 // A number for the calling thread, never 0 and never used twice.

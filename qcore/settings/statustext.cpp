@@ -100,6 +100,7 @@ constexpr Text kTexts[] = {
     {ENG_ERR_LIST_FULL, "The list value would be too large"},
     {ENG_ERR_COUNT_UNSUPPORTED, "The count is not supported"},
     {ENG_ERR_NO_FULL_TEXT, "The database has no full text index"},
+    {ENG_ERR_TEXT_QUERY, "The full text query is not understood"},
     {ENG_ERR_NO_HITS, "No documents match the query"},
     {ENG_ERR_TEXT_NOT_FOUND, "The text was not found"},
     {ENG_ERR_TEXT_END, "The text ended early"},

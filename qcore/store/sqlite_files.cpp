@@ -224,6 +224,8 @@ ENGSTATUS SqliteStore::GetSpace(std::uint64_t* used, std::uint64_t* unused) {
 }
 
 ENGSTATUS SqliteStore::Check(std::string* report) {
+  const ENGSTATUS words = UseTokenizer();  // later releases of SQLite look into the full-text index too
+  if (words != ENG_OK) return words;
   Statement pages;
   const int prepared = pages.Prepare(connection_.get(), "PRAGMA integrity_check(1)");
   Use use(pages.get(), prepared);

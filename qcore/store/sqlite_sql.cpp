@@ -68,6 +68,22 @@ const char* const SqliteStore::kSql[] = {
     "DELETE FROM own WHERE user=? AND feed<=?",
     "INSERT INTO own(user,slate,feed) VALUES(?1,?2,?3) ON CONFLICT(user,slate) DO UPDATE SET feed=?3",
     "SELECT slate,feed FROM own WHERE user=?",
+    "SELECT 1 FROM sqlite_schema WHERE name='words'",
+    "SELECT 1 FROM words_docsize WHERE id=?",
+    "SELECT max(number) FROM text_version WHERE slate=?",
+    "SELECT max(number) FROM text_version",
+    "INSERT INTO text_version(number,slate) VALUES(?,?)",
+    "INSERT INTO words(rowid,body) VALUES(?,?)",
+    "SELECT 1 FROM text_dead WHERE number=?",
+    "INSERT OR IGNORE INTO text_dead(number) VALUES(?)",
+    "INSERT OR IGNORE INTO text_guarded(slate) VALUES(?)",
+    "DELETE FROM text_guarded WHERE slate=?",
+    "SELECT number FROM text_dead ORDER BY number",
+    "SELECT slate FROM text_guarded ORDER BY slate",
+    "SELECT slate FROM text_version WHERE number=?",
+    "SELECT count(*) FROM words_docsize",
+    "SELECT rowid FROM words WHERE words MATCH ?",
+    "SELECT rowid,bm25(words) FROM words WHERE words MATCH ?",
 };
 
 }  // namespace qcore

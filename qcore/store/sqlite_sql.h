@@ -8,6 +8,20 @@ namespace qcore {
 
 inline constexpr int kTables = 5;  // of the first version
 
+// The full-text index. Its words know a text by a number: a fourth of the slate's ID at first, and one from
+// kFirstVersion up for each later text of the slate, since words without the text behind them cannot be taken back.
+// Texts that are replaced or gone stay as dead numbers.
+inline constexpr std::uint64_t kFirstVersion = std::uint64_t{1} << 32;
+inline constexpr char kTextSchema[] =
+    "CREATE VIRTUAL TABLE words USING fts5(body,content='',tokenize='quillon');"
+    "CREATE TABLE text_version(number INTEGER PRIMARY KEY,slate INTEGER NOT NULL);"
+    "CREATE INDEX text_slate ON text_version(slate);"
+    "CREATE TABLE text_dead(number INTEGER PRIMARY KEY);"
+    "CREATE TABLE text_guarded(slate INTEGER PRIMARY KEY);";
+inline constexpr char kDropTextSchema[] =
+    "DROP TABLE IF EXISTS words;DROP TABLE IF EXISTS text_version;DROP TABLE IF EXISTS text_dead;"
+    "DROP TABLE IF EXISTS text_guarded;";
+
 // slate.state: class in bits 0 to 15, flags in bits 16 to 31, bit 32 for a deletion stub.
 // Times are numbers: the date word above the time word. chunk.id: value number above 16 bits of place.
 inline constexpr char kSchema[] =
@@ -91,6 +105,22 @@ enum class SqliteStore::Sql : std::size_t {
   kDropOwnSaves,
   kNoteOwnSave,
   kReadOwnSaves,
+  kTextExists,
+  kTextStored,
+  kTextVersion,
+  kTextLastVersion,
+  kAddTextVersion,
+  kAddText,
+  kTextIsDead,
+  kAddDeadText,
+  kGuardText,
+  kUnguardText,
+  kReadDeadTexts,
+  kReadGuardedTexts,
+  kSlateOfText,
+  kCountTexts,
+  kFindText,
+  kRankText,
   kCount,
 };
 

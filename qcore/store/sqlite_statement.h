@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "qcore/store/store.h"
 
@@ -62,6 +63,10 @@ class Use {
     static constexpr std::uint8_t kNothing = 0;
     Keep(sqlite3_bind_blob64(statement_, index, value.empty() ? &kNothing : value.data(), value.size(), SQLITE_STATIC));
   }
+  void BindText(int index, std::string_view value) {
+    Keep(sqlite3_bind_text64(statement_, index, value.data() ? value.data() : "", value.size(), SQLITE_STATIC,
+                             SQLITE_UTF8));
+  }
   void BindNull(int index) { Keep(sqlite3_bind_null(statement_, index)); }
 
   // True for a row. False at the end or on failure, which status() tells.
@@ -75,6 +80,7 @@ class Use {
   std::uint64_t Number(int column) const {
     return static_cast<std::uint64_t>(sqlite3_column_int64(statement_, column));
   }
+  double Real(int column) const { return sqlite3_column_double(statement_, column); }
   bool IsNull(int column) const { return sqlite3_column_type(statement_, column) == SQLITE_NULL; }
   Bytes Blob(int column) const {
     const auto* bytes = static_cast<const std::uint8_t*>(sqlite3_column_blob(statement_, column));

@@ -97,6 +97,13 @@ class SqliteStore final : public Store {
   ENGSTATUS NoteOwnSave(std::uint32_t user, std::uint32_t slate) override;
   ENGSTATUS ReadOwnSaves(std::uint32_t user, const OwnSaveReader& reader) override;
 
+  ENGSTATUS CreateTextIndex() override;
+  ENGSTATUS DeleteTextIndex() override;
+  ENGSTATUS PutText(std::uint32_t slate, std::string_view text, bool guarded, bool* replaced) override;
+  ENGSTATUS DropText(std::uint32_t slate, bool* dropped) override;
+  ENGSTATUS TextWaste(std::uint32_t* percent) override;
+  ENGSTATUS FindText(const TextQuery& query, TextRank rank, const TextReader& reader) override;
+
   ENGSTATUS GetSpace(std::uint64_t* used, std::uint64_t* unused) override;
   ENGSTATUS Check(std::string* report) override;
   ENGSTATUS CheckOwners(const std::set<ValueId>& known, std::string* report) override;
@@ -124,7 +131,7 @@ class SqliteStore final : public Store {
     std::vector<std::uint8_t> packed;
   };
   enum class Sql : std::size_t;
-  static constexpr std::size_t kStatements = 64;
+  static constexpr std::size_t kStatements = 80;
   static const char* const kSql[];
 
   explicit SqliteStore(Connection connection) : connection_(std::move(connection)) {}
@@ -150,6 +157,14 @@ class SqliteStore final : public Store {
   [[nodiscard]] ENGSTATUS Upgrade();
   // Whether the tables of version 2 are there; another process may bring them.
   bool IsUpgraded();
+  // The engine's words are known to SQLite by a tokenizer of the connection.
+  [[nodiscard]] ENGSTATUS UseTokenizer();
+  [[nodiscard]] ENGSTATUS RequireTextIndex();
+  // The number under which SQLite has the slate's text, 0 for none.
+  [[nodiscard]] ENGSTATUS FindTextNumber(std::uint32_t slate, std::uint64_t* number);
+  [[nodiscard]] ENGSTATUS NewTextNumber(std::uint32_t slate, std::uint64_t* number);
+  [[nodiscard]] ENGSTATUS RunWith(Sql which, std::uint64_t number);
+  [[nodiscard]] ENGSTATUS ReadNumbers(Sql which, std::vector<std::uint64_t>* numbers);
   // What a slate's removal means for the lists that name it.
   [[nodiscard]] ENGSTATUS DropFromLists(std::uint32_t id);
   [[nodiscard]] ENGSTATUS ReadFloors(Bytes floors);
@@ -177,6 +192,7 @@ class SqliteStore final : public Store {
   bool counters_known_ = false;
   bool floors_changed_ = false;
   bool upgraded_ = false;
+  bool has_tokenizer_ = false;
   // The list of the user asked for last, known while no other connection has committed.
   std::string unread_user_;
   std::optional<std::uint32_t> unread_number_;

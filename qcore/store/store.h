@@ -17,6 +17,7 @@
 
 #include "engine/status.h"
 #include "engine/types.h"
+#include "qcore/store/textquery.h"
 
 namespace qcore {
 
@@ -77,6 +78,7 @@ enum class Setting : int {
   kReplica = 4,
   kInfo = 5,
   kBuild = 6,
+  kFullText = 7,
 };
 
 class Store {
@@ -186,6 +188,26 @@ class Store {
   [[nodiscard]] virtual ENGSTATUS NoteOwnSave(std::uint32_t user, std::uint32_t slate) = 0;
   using OwnSaveReader = std::function<void(std::uint32_t slate, std::uint64_t feed)>;
   [[nodiscard]] virtual ENGSTATUS ReadOwnSaves(std::uint32_t user, const OwnSaveReader& reader) = 0;
+
+  // The full-text index: one text for each slate. ENG_ERR_NO_FULL_TEXT without one for all but the first two.
+  [[nodiscard]] virtual ENGSTATUS CreateTextIndex() = 0;
+  // Passes over an index that is not there.
+  [[nodiscard]] virtual ENGSTATUS DeleteTextIndex() = 0;
+  // Replaces the slate's text. Texts are best put in ascending order of slates. `guarded` comes back with each hit.
+  [[nodiscard]] virtual ENGSTATUS PutText(std::uint32_t slate, std::string_view text, bool guarded, bool* replaced) = 0;
+  [[nodiscard]] virtual ENGSTATUS DropText(std::uint32_t slate, bool* dropped) = 0;
+  // The share of the index that stands for texts which are gone, in hundredths; making the index anew frees it.
+  [[nodiscard]] virtual ENGSTATUS TextWaste(std::uint32_t* percent) = 0;
+  // Hits in no order; the rank is below 0 and lower for a better hit, 0 without kRanked. A field is passed over: its
+  // hits are those of its part. ENG_ERR_TEXT_QUERY for a query that is too large.
+  enum class TextRank { kNone, kRanked };
+  struct TextHit {
+    std::uint32_t slate;
+    bool guarded;
+    double rank;
+  };
+  using TextReader = std::function<void(const TextHit&)>;
+  [[nodiscard]] virtual ENGSTATUS FindText(const TextQuery& query, TextRank rank, const TextReader& reader) = 0;
 
   [[nodiscard]] virtual ENGSTATUS GetSpace(std::uint64_t* used, std::uint64_t* unused) = 0;
   // Checks the store's own structure; ENG_ERR_DB_DAMAGED with the first fault in `report`.
