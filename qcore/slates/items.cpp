@@ -17,6 +17,17 @@ bool IsName(std::string_view name) {
   return !name.empty() && name.size() <= UINT16_MAX && name.find('\0') == std::string_view::npos;
 }
 
+// A block that no item has yet.
+struct FreshBlock {
+  FreshBlock() = default;
+  FreshBlock(const FreshBlock&) = delete;
+  FreshBlock& operator=(const FreshBlock&) = delete;
+  ~FreshBlock() {
+    if (block != 0) memory::Release(Kind::kMemory, block);
+  }
+  ENGHANDLE block = 0;
+};
+
 }  // namespace
 
 ENGSTATUS Slate::SlotOf(BLOCKID item, Slot* slot) const {
@@ -27,6 +38,7 @@ ENGSTATUS Slate::SlotOf(BLOCKID item, Slot* slot) const {
 
 ENGSTATUS Slate::Search(std::size_t first, std::string_view name, Slot* slot) const {
   const std::uint32_t hash = FoldedHash(name);
+  if ((names_there_ & NameBit(hash)) == 0) return ENG_ERR_NO_ITEM;
   for (std::size_t i = first; i < order_.size(); ++i) {
     const ItemName& present = *items_[order_[i]].name;
     if (present.folded_hash != hash || !SameName(present.text, name)) continue;
@@ -118,18 +130,20 @@ ENGSTATUS Slate::TakeSlot(Slot* slot) {
   return ENG_OK;
 }
 
-ENGSTATUS Slate::AddOwned(std::uint16_t flags, std::string_view name, ENGHANDLE memory, Bytes value, Slot* slot) {
+ENGSTATUS Slate::AddItem(std::uint16_t flags, std::string_view name, const NewValue& value, Slot* slot) {
   const ItemName* interned = database_->names().Intern(name);
   if (order_.size() == order_.capacity()) order_.reserve(std::max<std::size_t>(16, 2 * order_.size()));
   const ENGSTATUS status = TakeSlot(slot);
   if (status != ENG_OK) return status;
   Item& item = items_[*slot];
   item.name = interned;
-  item.pool = memory;
-  item.size = static_cast<std::uint32_t>(value.size());
+  names_there_ |= NameBit(interned->folded_hash);
+  item.pool = value.pool;
+  item.offset = value.offset;
+  item.size = value.size;
   item.flags = flags;
-  item.type = LoadLittle<std::uint16_t>(value.data());
-  item.own_block = true;
+  item.type = value.type;
+  item.own_block = value.own_block;
   item.changed = true;
   item.touched = true;
   order_.push_back(*slot);
@@ -140,15 +154,20 @@ ENGSTATUS Slate::AddOwned(std::uint16_t flags, std::string_view name, ENGHANDLE 
 ENGSTATUS Slate::Append(std::uint16_t flags, std::string_view name, std::uint16_t type, Bytes data, Slot* slot) {
   if (!IsName(name)) return ENG_ERR_ITEM_NAME;
   if (data.size() > kLargestValue) return ENG_ERR_ITEM_SIZE;
-  const auto size = static_cast<std::uint32_t>(data.size() + kSmallestValue);
-  ENGHANDLE memory = 0;
-  ENGSTATUS status = memory::Allocate(Kind::kMemory, size, memory::Fill::kNone, &memory);
-  if (status != ENG_OK) return status;
-  const std::span<std::uint8_t> value = memory::BytesOf(memory);
-  StoreLittle(value.data(), type);
-  std::copy(data.begin(), data.end(), value.data() + kSmallestValue);
-  status = AddOwned(flags, name, memory, value, slot);
-  if (status != ENG_OK) memory::Release(Kind::kMemory, memory);
+  NewValue value{.size = static_cast<std::uint32_t>(data.size() + kSmallestValue), .type = type};
+  FreshBlock fresh;
+  std::uint8_t* bytes = room_.Take(value.size, &value.pool, &value.offset);
+  if (!bytes) {
+    const ENGSTATUS status = memory::Allocate(Kind::kMemory, value.size, memory::Fill::kNone, &fresh.block);
+    if (status != ENG_OK) return status;
+    value.pool = fresh.block;
+    value.own_block = true;
+    bytes = memory::BytesOf(value.pool).data();
+  }
+  StoreLittle(bytes, type);
+  std::copy(data.begin(), data.end(), bytes + kSmallestValue);
+  const ENGSTATUS status = AddItem(flags, name, value, slot);
+  if (status == ENG_OK) fresh.block = 0;
   return status;
 }
 
@@ -168,7 +187,9 @@ ENGSTATUS Slate::AppendBlock(std::uint16_t flags, std::string_view name, ENGHAND
                              Slot* slot) {
   if (!IsName(name)) return ENG_ERR_ITEM_NAME;
   const ENGSTATUS status = CheckBlock(memory, size);
-  return status == ENG_OK ? AddOwned(flags, name, memory, memory::BytesOf(memory).first(size), slot) : status;
+  if (status != ENG_OK) return status;
+  const auto type = LoadLittle<std::uint16_t>(memory::BytesOf(memory).data());
+  return AddItem(flags, name, {.pool = memory, .size = size, .type = type, .own_block = true}, slot);
 }
 
 ENGSTATUS Slate::ReplaceBlock(Slot slot, ENGHANDLE memory, std::uint32_t size) {
@@ -197,19 +218,27 @@ ENGSTATUS Slate::Reallocate(Slot slot, std::uint32_t size) {
   if (old.empty()) return ENG_ERR_ITEM_DAMAGED;
   if (item.own_block) {
     status = memory::Resize(Kind::kMemory, item.pool, size);
-    if (status != ENG_OK) return status;
-  } else {
-    ENGHANDLE pool = 0;
-    status = memory::Allocate(Kind::kMemory, size, memory::Fill::kNone, &pool);
-    if (status != ENG_OK) return status;
-    std::copy_n(old.begin(), std::min(size, item.size), memory::BytesOf(pool).data());
-    item.pool = pool;
-    item.offset = 0;
-    item.own_block = true;
+  } else if (!room_.Holds(item.pool) || !room_.Resize(item.pool, item.offset, item.size, size)) {
+    status = MoveToOwnBlock(item, old.first(std::min(size, item.size)), size);
   }
-  if (size > item.size) std::ranges::fill(memory::BytesOf(item.pool).subspan(item.size), std::uint8_t{0});
+  if (status != ENG_OK) return status;
+  if (size > item.size)
+    std::ranges::fill(memory::BytesOf(item.pool).subspan(item.offset + item.size, size - item.size), std::uint8_t{0});
   item.size = size;
-  Touch(slot);
+  item.touched = true;
+  item.changed = true;
+  modified_ = true;
+  return ENG_OK;
+}
+
+ENGSTATUS Slate::MoveToOwnBlock(Item& item, Bytes bytes, std::uint32_t size) {
+  ENGHANDLE pool = 0;
+  const ENGSTATUS status = memory::Allocate(Kind::kMemory, size, memory::Fill::kNone, &pool);
+  if (status != ENG_OK) return status;
+  std::copy(bytes.begin(), bytes.end(), memory::BytesOf(pool).data());
+  item.pool = pool;
+  item.offset = 0;
+  item.own_block = true;
   return ENG_OK;
 }
 
@@ -263,6 +292,7 @@ ENGSTATUS Slate::Rename(Slot slot, std::string_view name) {
     if (other != slot && SameName(items_[other].name->text, name)) return ENG_ERR_ITEM_EXISTS;
   }
   items_[slot].name = database_->names().Intern(name);
+  names_there_ |= NameBit(items_[slot].name->folded_hash);
   items_[slot].changed = true;
   modified_ = true;
   return ENG_OK;

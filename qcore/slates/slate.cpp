@@ -91,6 +91,7 @@ ENGSTATUS Slate::LoadItem(const PackedItem& packed, const std::uint8_t* start) {
   const ENGSTATUS status = database_->names().Find(database_->store(), packed.name, &item.name);
   if (status != ENG_OK) return status;
   if (!item.name) return ENG_ERR_ITEM_DAMAGED;
+  names_there_ |= NameBit(item.name->folded_hash);
   item.flags = packed.flags;
   item.type = packed.type;
   item.modified = packed.modified;
@@ -114,19 +115,16 @@ ENGSTATUS Slate::LoadItem(const PackedItem& packed, const std::uint8_t* start) {
   return ENG_OK;
 }
 
-ENGSTATUS Slate::CopyItem(const Item& source) {
+ENGSTATUS Slate::CopyItem(const Slate& from, const Item& source) {
   Item item = source;
-  if (source.own_block) {
-    item.own_block = false;
-    const memory::LockedBlock from(source.pool);
-    if (!from.bytes() || from.size() < source.size) return ENG_ERR_ITEM_DAMAGED;
-    const ENGSTATUS status = memory::Allocate(Kind::kMemory, source.size, memory::Fill::kNone, &item.pool);
+  item.own_block = false;
+  if (source.pool == 0 || source.pool == from.packed_) {
+    if (source.pool != 0) item.pool = packed_;
+  } else {
+    const Bytes bytes = from.BytesOf(source);
+    if (bytes.empty()) return ENG_ERR_ITEM_DAMAGED;
+    const ENGSTATUS status = MoveToOwnBlock(item, bytes, source.size);
     if (status != ENG_OK) return status;
-    item.own_block = true;
-    const memory::LockedBlock to(item.pool);
-    std::copy_n(from.bytes(), source.size, to.bytes());
-  } else if (source.pool != 0) {
-    item.pool = packed_;
   }
   items_.push_back(item);
   return ENG_OK;
@@ -150,9 +148,10 @@ ENGSTATUS Slate::Copy(ENGHANDLE* copy) {
     std::copy_n(from.bytes(), from.size(), to.bytes());
   }
   slate->order_ = order_;
+  slate->names_there_ = names_there_;
   slate->items_.reserve(items_.size());
   for (const Item& item : items_) {
-    const ENGSTATUS status = slate->CopyItem(item);
+    const ENGSTATUS status = slate->CopyItem(*this, item);
     if (status != ENG_OK) return status;
   }
   return Publish(std::move(slate), copy);

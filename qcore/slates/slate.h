@@ -1,8 +1,8 @@
 // An open slate: a private copy of a slate's header and items.
 //
-// The packed value of the row lies in one block of engine memory, in which small values are addressed in place; new and
-// grown values have blocks of their own, and large ones are read when they are asked for. A slate is used by one thread
-// at a time; what touches the store takes the database's mutex.
+// The packed value of the row lies in one block of engine memory, in which small values are addressed in place; small
+// new values share blocks, grown and large ones have their own, and what is stored aside is read when it is asked for.
+// A slate is used by one thread at a time; what touches the store takes the database's mutex.
 #ifndef QUILLON_QCORE_SLATES_SLATE_H
 #define QUILLON_QCORE_SLATES_SLATE_H
 
@@ -16,6 +16,7 @@
 #include "engine/slate.h"
 #include "qcore/memory/memory.h"
 #include "qcore/slates/packed.h"
+#include "qcore/slates/value_room.h"
 #include "qcore/store/database.h"
 
 namespace qcore {
@@ -118,6 +119,13 @@ class Slate final : public OpenSlate {
     bool changed = false;  // anything of it
     bool touched = false;  // the value
   };
+  struct NewValue {
+    ENGHANDLE pool = 0;
+    std::uint32_t size = 0;
+    std::uint16_t offset = 0;
+    std::uint16_t type = 0;
+    bool own_block = false;
+  };
   // What an update leaves behind in memory, kept for a client's rollback.
   struct Saved {
     std::uint64_t transaction;
@@ -140,10 +148,11 @@ class Slate final : public OpenSlate {
   [[nodiscard]] ENGSTATUS MaterialiseLocked(Item& item);
   [[nodiscard]] ENGSTATUS MakeNew();
   [[nodiscard]] ENGSTATUS TakeSlot(Slot* slot);
-  [[nodiscard]] ENGSTATUS AddOwned(std::uint16_t flags, std::string_view name, ENGHANDLE memory, Bytes value,
-                                   Slot* slot);
+  [[nodiscard]] ENGSTATUS AddItem(std::uint16_t flags, std::string_view name, const NewValue& value, Slot* slot);
+  [[nodiscard]] ENGSTATUS MoveToOwnBlock(Item& item, Bytes bytes, std::uint32_t size);
   [[nodiscard]] ENGSTATUS Search(std::size_t first, std::string_view name, Slot* slot) const;
-  [[nodiscard]] ENGSTATUS CopyItem(const Item& source);
+  [[nodiscard]] ENGSTATUS CopyItem(const Slate& from, const Item& source);
+  static std::uint64_t NameBit(std::uint32_t hash) { return std::uint64_t{1} << (hash & 63); }
   bool IsLocked(const Item& item) const;
   // The value's bytes, for a value in memory; empty when a client has freed its block.
   Bytes BytesOf(const Item& item) const;
@@ -168,10 +177,12 @@ class Slate final : public OpenSlate {
   SlateHeader header_;
   std::optional<SlateHeader> base_;  // the stored state that an update builds on; none for a new slate
   ENGHANDLE packed_ = 0;
+  ValueRoom room_;
   std::uint32_t rest_at_ = 0;  // bytes behind the records
   std::uint32_t rest_size_ = 0;
   std::vector<Item> items_;              // by slot
   std::vector<Slot> order_;              // live items as they were added
+  std::uint64_t names_there_ = 0;        // a bit for each name that an item has or had, most of them different
   std::vector<Store::ValueId> dropped_;  // stored values of deleted items, freed by the next update
   ENGHANDLE responses_ = 0;
   bool modified_ = false;

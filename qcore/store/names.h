@@ -7,7 +7,6 @@
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "qcore/store/store.h"
@@ -37,12 +36,16 @@ class NameTable {
   void ForgetBehind(std::size_t stored);
 
  private:
+  static constexpr std::size_t kFirstPlaces = 64;  // a power of two, as all that follow
+
   ItemName* InternForChange(std::string_view text);
+  ItemName** PlaceOf(std::string_view text, std::uint32_t hash);
+  void Spread(std::size_t count);
   [[nodiscard]] ENGSTATUS Refresh(Store& store);
 
   std::mutex mutex_;  // guards the two below
   std::deque<ItemName> names_;
-  std::unordered_map<std::string_view, ItemName*> by_text_;
+  std::vector<ItemName*> places_ = std::vector<ItemName*>(kFirstPlaces);  // by hash; null where there is none
   std::vector<ItemName*> by_number_;
 };
 

@@ -67,6 +67,30 @@ const Edit kEdits[] = {
        all.emplace_back("Last", "1");
        return all;
      }()},
+    {"new ones that grow in turn",
+     {{"A", "1"}},
+     [](ENGHANDLE s) {
+       Append(s, "B", "");
+       Append(s, "C", "");
+       Resize(s, "B", "first");
+       Resize(s, "C", Repeated(700, 'c'));
+       Resize(s, "C", "short");
+       Append(s, "D", "4");
+       Resize(s, "C", "longer again");
+       Resize(s, "D", Repeated(3000, 'd'));
+     },
+     {{"A", "1"}, {"B", "first"}, {"C", "longer again"}, {"D", Repeated(3000, 'd')}}},
+    {"more new ones than share their blocks",
+     {},
+     [](ENGHANDLE s) {
+       for (int i = 0; i < 60; ++i) Append(s, "N", Repeated(900, 'n'));
+       Resize(s, "N", "1");
+     },
+     [] {
+       List all(60, {"N", Repeated(900, 'n')});
+       all[0].second = "1";
+       return all;
+     }()},
     {"set a text, cut at a character",
      {{"A", "1"}, {"A", "2"}},
      [](ENGHANDLE s) { EngItemSetText(s, Store("A"), Store("ab\xC3\xA9"), 3); },
@@ -179,6 +203,23 @@ TEST_F(Slates, RefusalsChangeNothing) {
   EXPECT_EQ(EngSlateUpdate(slate, 0), ENG_ERR_INVALID_HANDLE);
 }
 
+TEST_F(Slates, NamesCompareWithoutCaseOfAsciiAlone) {
+  const ENGHANDLE slate = OpenSlate(Make({}));
+  for (std::size_t size : {1, 3, 4, 7, 8, 9, 16, 20}) {
+    for (int byte = 1; byte < 256; ++byte) {
+      std::string name(size, 'k');
+      name.back() = static_cast<char>(byte);
+      ASSERT_EQ(Append(slate, name, "1"), ENG_OK);
+      name.back() = static_cast<char>(byte ^ 0x20);
+      const bool letter = (byte | 0x20) >= 'a' && (byte | 0x20) <= 'z';
+      EXPECT_EQ(EngItemIsPresent(slate, Store(name), Length(name)) != 0, letter) << size << ' ' << byte;
+      name.back() = static_cast<char>(byte);
+      ASSERT_EQ(EngItemDeleteByName(slate, Store(name), Length(name)), ENG_OK);
+    }
+  }
+  EXPECT_EQ(EngSlateClose(slate), ENG_OK);
+}
+
 TEST_F(Slates, ItemTimesTellWhichItemsChanged) {
   qtest::StandingClock clock;
   const std::uint32_t id = Make({{"A", "1"}, {"B", "2"}});
@@ -202,10 +243,13 @@ TEST_F(Slates, ItemTimesTellWhichItemsChanged) {
 TEST_F(Slates, ACopyIsPrivateAndBecomesANewSlateElsewhere) {
   const std::uint32_t id = Make({{"A", "1"}, {"Body", kBig}});
   const ENGHANDLE source = OpenSlate(id);
+  ASSERT_EQ(Append(source, "New", "2"), ENG_OK);
   ENGHANDLE copy = 0;
   ASSERT_EQ(EngSlateCopy(source, &copy), ENG_OK);
   Resize(copy, "A", "changed");
+  Resize(copy, "New", "changed");
   EXPECT_EQ(Data(source, "A"), "1");
+  EXPECT_EQ(Data(source, "New"), "2");
   ASSERT_EQ(EngDbCreate("other", 255, 0), ENG_OK);
   const ENGHANDLE other = Open("other");
   ORIGINATORID origin{};
@@ -218,7 +262,7 @@ TEST_F(Slates, ACopyIsPrivateAndBecomesANewSlateElsewhere) {
   const std::uint32_t copied = SaveAndClose(copy);
   ENGHANDLE slate = 0;
   ASSERT_EQ(EngSlateOpen(other, copied, 0, &slate), ENG_OK);
-  EXPECT_EQ(Items(slate), (List{{"A", "changed"}, {"Body", kBig}}));
+  EXPECT_EQ(Items(slate), (List{{"A", "changed"}, {"Body", kBig}, {"New", "changed"}}));
   EXPECT_EQ(EngDbClose(other), ENG_OK);
   EXPECT_EQ(EngSlateClose(slate), ENG_ERR_INVALID_HANDLE) << "closed with its database";
 }
