@@ -19,5 +19,6 @@
 #include "engine/text.h"
 #include "engine/time.h"
 #include "engine/types.h"
+#include "engine/view.h"
 
 #endif

@@ -190,9 +190,6 @@ ENG_API ENGSTATUS EngAddinSetStatusLine(ENGHANDLE line, const ENGCHAR* format, c
 ENG_API ENGSTATUS EngAddinSetText(const ENGCHAR* format, const ENGCHAR* text);
 ENG_API ENGSTATUS EngAddinShouldTerminate(int* result);
 
-// View appearance
-ENG_API ENGSTATUS EngColorToLegacy(uint16_t color_index, uint16_t* legacy);
-
 #ifdef __cplusplus
 }
 #endif

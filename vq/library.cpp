@@ -6,6 +6,7 @@
 #include "vq/values/vqdts.h"
 #include "vq/values/vqnumber.h"
 #include "vq/values/vqtext.h"
+#include "vq/views/viewbody.h"
 
 namespace vq {
 
@@ -50,6 +51,7 @@ constexpr std::uint16_t kDocumentClasses = VQSLATECLASS_DOCUMENT | VQSLATECLASS_
 
 constexpr SlateMakerRow kSlateRows[] = {
     {kDocumentClasses, 0, VQCLASSID_VQDOCUMENTBODY, MakeSlate<VQDocumentBody>},
+    {VQSLATECLASS_VIEW, VQDESIGNKIND_VIEW, VQCLASSID_VQVIEWFOLDERBODY, MakeSlate<VQViewFolderBody>},
 };
 
 }  // namespace

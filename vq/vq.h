@@ -3,6 +3,7 @@
 #define QUILLON_VQ_VQ_H
 
 #include "vq/automation/vqformula.h"
+#include "vq/automation/vqscript.h"
 #include "vq/frame/objlist.h"
 #include "vq/frame/session.h"
 #include "vq/frame/status.h"
@@ -33,5 +34,11 @@
 #include "vq/values/vqnumber.h"
 #include "vq/values/vqstring.h"
 #include "vq/values/vqtext.h"
+#include "vq/views/vcolbody.h"
+#include "vq/views/ventbody.h"
+#include "vq/views/vfindkey.h"
+#include "vq/views/vfposition.h"
+#include "vq/views/viewbody.h"
+#include "vq/views/vnavbody.h"
 
 #endif

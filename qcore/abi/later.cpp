@@ -235,4 +235,3 @@ ENGSTATUS EngAddinSetStatusLine(ENGHANDLE, const ENGCHAR*, const ENGCHAR*) {
 }
 ENGSTATUS EngAddinSetText(const ENGCHAR*, const ENGCHAR*) { return NotAvailable(EngLater_AddinSetText); }
 ENGSTATUS EngAddinShouldTerminate(int*) { return NotAvailable(EngLater_AddinShouldTerminate); }
-ENGSTATUS EngColorToLegacy(uint16_t, uint16_t*) { return NotAvailable(EngLater_ColorToLegacy); }

@@ -164,7 +164,9 @@ bool Walk::DoConstant(Visitor* visitor) {
   std::uint16_t index = 0;
   if (!Word(&index) || index >= constants_.size()) return false;
   if (constants_[index].kind == ConstantKind::kName) return false;
-  if (!Push({kTight, 0, index, false})) return false;
+  const Constant& constant = constants_[index];
+  const bool digit = constant.kind == ConstantKind::kNumber && !std::signbit(constant.number);
+  if (!Push({kTight, 0, index, false, digit})) return false;
   if (visitor) visitor->OnConstant(index);
   return true;
 }
@@ -180,9 +182,9 @@ bool Walk::DoUnary(Op op, Visitor* visitor) {
   if (stack_.size() == Base() || !Plain(stack_.back())) return false;
   const Entry operand = stack_.back();
   const std::uint8_t binding = OperatorOf(op).binding;
-  const bool parentheses = operand.binding < binding;
+  const bool parentheses = operand.binding < binding || (op == Op::kNegate && operand.digit);
   stack_.pop_back();
-  if (!Push({binding, static_cast<std::uint16_t>(operand.nesting + 1 + parentheses), -1, false})) return false;
+  if (!Push({binding, static_cast<std::uint16_t>(operand.nesting + 1 + parentheses), -1})) return false;
   if (visitor) visitor->OnUnary(op, parentheses);
   return true;
 }
@@ -197,7 +199,8 @@ bool Walk::DoBinary(Op op, Visitor* visitor) {
   const bool right_parentheses = right.binding <= binding;
   stack_.resize(stack_.size() - 2);
   const int nesting = std::max(left.nesting + left_parentheses, right.nesting + right_parentheses);
-  if (!Push({binding, static_cast<std::uint16_t>(nesting), -1, false})) return false;
+  const bool digit = left.digit && !left_parentheses;
+  if (!Push({binding, static_cast<std::uint16_t>(nesting), -1, false, digit})) return false;
   if (visitor) visitor->OnBinary(op, left_parentheses, right_parentheses);
   return true;
 }
@@ -225,7 +228,7 @@ bool Walk::DoCall(Visitor* visitor) {
     if (!KnowsKeyword(*function, constants_[static_cast<std::size_t>(stack_[i].constant)].text)) return false;
   }
   stack_.resize(stack_.size() - count);
-  if (!Push({kTight, static_cast<std::uint16_t>(nesting), -1, false})) return false;
+  if (!Push({kTight, static_cast<std::uint16_t>(nesting), -1})) return false;
   if (visitor) visitor->OnCall(number, count);
   return true;
 }
@@ -261,7 +264,7 @@ bool Walk::CloseArgument(Visitor* visitor) {
   if (visitor) visitor->OnArgumentEnd(frame.argument);
   // The deepest argument is kept in the slot of the first.
   if (frame.argument == 0) {
-    stack_.back() = {kTight, static_cast<std::uint16_t>(argument.nesting + 1), -1, false};
+    stack_.back() = {kTight, static_cast<std::uint16_t>(argument.nesting + 1), -1};
   } else {
     stack_.pop_back();
     Entry& whole = stack_.back();
@@ -299,10 +302,11 @@ bool Walk::CloseBlocks(Visitor* visitor) {
     if (!Plain(right)) return false;
     const std::uint8_t binding = OperatorOf(frame.op).binding;
     const bool parentheses = right.binding <= binding;
-    const int nesting = std::max(left.nesting + (left.binding < binding), right.nesting + parentheses);
+    const bool left_parentheses = left.binding < binding;
+    const int nesting = std::max(left.nesting + left_parentheses, right.nesting + parentheses);
     frames_.pop_back();
     stack_.resize(stack_.size() - 2);
-    if (!Push({binding, static_cast<std::uint16_t>(nesting), -1, false})) return false;
+    if (!Push({binding, static_cast<std::uint16_t>(nesting), -1, false, left.digit && !left_parentheses})) return false;
     if (visitor) visitor->OnLogicEnd(frame.op, parentheses);
   }
   return true;
@@ -313,7 +317,7 @@ bool Walk::DoSetTemp(Visitor* visitor) {
   if (!Index(ConstantKind::kName, &index) || stack_.size() == Base() || !Plain(stack_.back())) return false;
   const Entry value = stack_.back();
   stack_.pop_back();
-  if (!Push({0, static_cast<std::uint16_t>(value.nesting + 1), -1, false})) return false;
+  if (!Push({0, static_cast<std::uint16_t>(value.nesting + 1), -1})) return false;
   if (visitor) visitor->OnSet(Op::kSetTemp, index);
   return true;
 }

@@ -145,7 +145,8 @@ class Walk {
     std::uint8_t binding;
     std::uint16_t nesting;
     std::int32_t constant;  // -1 when it is computed
-    bool name;              // a name by itself
+    bool name = false;      // a name by itself
+    bool digit = false;     // its text begins with a number, which would take a '-' in front of it for its own
   };
   struct Frame {
     Op op;

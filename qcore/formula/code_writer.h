@@ -29,6 +29,8 @@ class BodyWriter {
   std::size_t BeginBlock();
   void EndBlock(std::size_t block);
 
+  // Where the next operation will stand, for PatchWord.
+  std::size_t at() const { return code_.size(); }
   // About the size of the finished body.
   std::size_t size() const { return code_.size() + constants_.size() + 2; }
   std::vector<std::uint8_t> Finish() const;

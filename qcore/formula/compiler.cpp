@@ -242,7 +242,7 @@ class Compiler {
     std::size_t count_at = 0;
     if (lazy) {
       body_.Put(Op::kLazy, function.number);
-      count_at = body_.size();
+      count_at = body_.at();
       body_.Word(0);
     }
     const std::uint32_t count = Arguments(function);

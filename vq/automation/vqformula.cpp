@@ -6,6 +6,9 @@
 #include "engine/memory.h"
 #include "vq/store/vqitem.h"
 #include "vq/store/vqslate.h"
+#include "vq/values/vqdts.h"
+#include "vq/values/vqnumber.h"
+#include "vq/values/vqtext.h"
 
 namespace {
 
@@ -25,13 +28,44 @@ bool HoldsType(VQCLASSID handle, unsigned short type) {
   }
 }
 
+// A value of its own, with the body that its type has.
+VQItemBody* MakeValue(unsigned short type, const unsigned char* data, unsigned long length) {
+  switch (type & 0xFF00U) {
+    case TYPE_TEXT:
+      return new VQTextBody(type, data, length);
+    case TYPE_NUMBER:
+      return new VQNumbersBody(type, data, length);
+    case TYPE_TIME:
+      return new VQDatetimesBody(type, data, length);
+    default:
+      return new VQItemBody(type, data, length);
+  }
+}
+
+// An item in a slate keeps its body, so that its value is of the kind that the body has, or of any for a plain one.
+bool KeepsKind(const VQItem& item, unsigned short type) {
+  VQCLASSID body = item.GetItemBody()->GetClassID();
+  switch (body) {
+    case VQCLASSID_VQTEXTBODY:
+      return HoldsType(VQCLASSID_VQTEXT, type);
+    case VQCLASSID_VQNUMBERSBODY:
+      return HoldsType(VQCLASSID_VQNUMBERS, type);
+    case VQCLASSID_VQDATETIMESBODY:
+      return HoldsType(VQCLASSID_VQDATETIMES, type);
+    default:
+      return true;
+  }
+}
+
 VQSTATUS StoreValue(const unsigned char* value, unsigned length, VQItem* item) {
   if (value == nullptr || length < 2) return VQERR_CORRUPTED;
   unsigned short type = static_cast<unsigned short>(value[0] | value[1] << 8);
   if (!HoldsType(item->GetClassID(), type)) return VQERR_INCORRECT_ITEM_TYPE;
-  if (!item->IsNull()) return item->GetItemBody()->ReplaceValue(type, value + 2, length - 2);
-  if (item->GetClassID() != VQCLASSID_VQITEM) return VQERR_UNINITIALIZED_ARGUMENT;
-  *item = new VQItemBody(type, value + 2, length - 2);
+  if (!item->IsNull() && KeepsKind(*item, type)) {
+    return item->GetItemBody()->ReplaceValue(type, value + 2, length - 2);
+  }
+  if (!item->IsNull() && item->IsSlateItem()) return VQERR_INCORRECT_ITEM_TYPE;
+  *item = MakeValue(type, value + 2, length - 2);
   return VQ_OK;
 }
 
@@ -79,7 +113,10 @@ VQSTATUS VQFormulaBody::Compile(const VQString& text, unsigned long* errorOffset
     if (errorLength != nullptr) *errorLength = error.Length;
     return status;
   }
-  if (VQSTATUS kept = KeepBlock(block, length)) return kept;
+  if (VQSTATUS kept = KeepBlock(block, length)) {
+    EngFormulaRelease(block);
+    return kept;
+  }
   Text = text;
   return VQ_OK;
 }
@@ -105,6 +142,7 @@ VQSTATUS VQFormulaBody::TakeCode(const char* code, unsigned long length, int sha
 
 VQSTATUS VQFormulaBody::EnsureText() {
   if (!Text.IsNull() || Code == nullptr) return VQ_OK;
+  if (VQSTATUS status = vq::FromEngine(EngFormulaVerify(Code, CodeLength))) return status;
   ENGHANDLE block = 0;
   uint16_t length = 0;
   if (VQSTATUS status = vq::FromEngine(EngFormulaDecompile(Code, 0, &block, &length))) return status;
@@ -118,6 +156,7 @@ VQSTATUS VQFormulaBody::EnsureText() {
 VQSTATUS VQFormulaBody::EnsureCompute() {
   if (Compute != 0) return VQ_OK;
   if (Code == nullptr) return VQERR_OBJECT_NOT_INITIALIZED;
+  if (VQSTATUS status = vq::FromEngine(EngFormulaVerify(Code, CodeLength))) return status;
   return vq::FromEngine(EngFormulaComputeStart(0, Code, &Compute));
 }
 

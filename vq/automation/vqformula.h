@@ -1,7 +1,7 @@
 // VQFormula: a formula as text and as compiled code, and its evaluation.
 //
-// The engine compiles, decompiles and evaluates; its statuses are passed on, and where it lacks a compiler it says so.
-// Code is taken as it stands. A null handle gives VQERR_OBJECT_NOT_INITIALIZED, thrown where the result is no status.
+// The engine compiles, decompiles and evaluates; its statuses are passed on. Code is taken as it stands and checked
+// before it is used. A null handle gives VQERR_OBJECT_NOT_INITIALIZED, thrown where the result is no status.
 // Handles share; operations that fail leave the formula as it was.
 #ifndef QUILLON_VQ_AUTOMATION_VQFORMULA_H
 #define QUILLON_VQ_AUTOMATION_VQFORMULA_H
@@ -68,9 +68,10 @@ class VQ_API VQFormula : public VQSmartPtr {
   // VQERR_NULL_STRING, VQERR_STRING_TOO_LONG above 65,535 bytes, or the compiler's status with the place of the error.
   VQSTATUS SetText(const VQString& text, unsigned long* errorOffset = nullptr, unsigned long* errorLength = nullptr);
   // The result goes into the item by the item's class: VQERR_INCORRECT_ITEM_TYPE for a VQText, VQNumbers or VQDatetimes
-  // that cannot hold it. These must have a value already; a plain VQItem gets one.
+  // that cannot hold it, and for an item in a slate that has such a value. A plain VQItem takes any.
   VQSTATUS Evaluate(VQItem* result) const;
-  // With an open document as context; the flags say whether the result would change it.
+  // With an open document as context, which stays as it is; the flags are ENG_FORMULA_SELECTED, _MODIFIED (assignments
+  // would change it) and _DELETED of engine/formula.h. They may be null.
   VQSTATUS Evaluate(VQItem* result, const VQSlate& slate, unsigned short* flags) const;
   // Good until the code is changed.
   const char* GetCode() const;

@@ -24,7 +24,10 @@ class VQSlateArray;
 class VQSlateBody;
 class VQString;
 class VQText;
+class VQViewFolder;
+class VQViewFolderArray;
 enum VQENCRYPTOPTION : unsigned int;
+enum VQVFSHARINGOPTION : unsigned int;
 
 // The value of GetReplicationPriority, in place in the replication flags.
 enum VQREPLICATIONPRIORITY : unsigned int {
@@ -98,6 +101,14 @@ class VQ_API VQDatabase : public VQSmartPtr {
   // time.
   VQSTATUS GetModifiedSlates(const VQDatetime& since, VQSlateArray* slates, unsigned long classes,
                              VQDatetime* until) const;
+  VQSTATUS GetViewFolder(const unsigned long id, VQViewFolder* view) const;
+  VQSTATUS GetViewFolder(const UNIVERSALSLATEID* universal, VQViewFolder* view) const;
+  VQSTATUS GetViewFolder(void* handle, VQViewFolder* view) const;
+  // By any of its names; statuses as GetDesignSlate.
+  VQSTATUS GetViewFolder(const VQString& name, VQViewFolder* view) const;
+  VQSTATUS GetViews(VQViewFolderArray* views) const;
+  VQSTATUS GetFolders(VQViewFolderArray* folders) const;
+  VQSTATUS GetViewFolders(VQViewFolderArray* views) const;
   int AgentExists(const VQString& name) const;
   int FormExists(const VQString& name) const;
   int SubformExists(const VQString& name) const;
@@ -115,6 +126,17 @@ class VQ_API VQDatabase : public VQSmartPtr {
   VQSTATUS CreateEncryptedSlate(VQSlate& source, VQENCRYPTOPTION option, VQSlate* target);
   VQSTATUS CreateEncryptedSlate(VQSlate& source, const VQString& key, VQSlate* target);
   VQSTATUS CreateEncryptedSlate(VQSlate& source, const VQText& keys, VQSlate* target);
+  // Views and folders. `template_`, which may be null, is a closed view or folder of any database that the design is
+  // taken from. The new one is handed out open for its design, and goes again with its handles unless it is saved or
+  // takes documents; with a null `view` it is saved at once. VQERR_NULL_STRING, VQERR_STRING_TOO_LONG from 64 bytes of
+  // name on, VQERR_INVALID_PARAMETER for a sharing option other than shared and private.
+  VQSTATUS CreateView(const VQString& name, const VQViewFolder* template_, VQViewFolder* view);
+  VQSTATUS CreateFolder(const VQString& name, VQVFSHARINGOPTION sharing, const VQViewFolder* template_,
+                        VQViewFolder* folder);
+  // A copy of a view, or of a folder of this database with its documents.
+  VQSTATUS CreateViewFolder(const VQString& name, const VQViewFolder& template_, VQViewFolder* view);
+  VQSTATUS DeleteViewFolder(VQViewFolder* view);
+  VQSTATUS DeleteViewFolder(const VQString& name);
   // Closes the slate, deletes it and unbinds the handle, whatever the result.
   VQSTATUS DeleteSlate(VQSlate* slate);
   VQSTATUS DeleteDocument(VQDocument* document);
@@ -215,6 +237,12 @@ class VQ_API VQDatabase : public VQSmartPtr {
   VQSTATUS FillArray(ENGHANDLE table, unsigned long slate_class, VQSlateArray* slates) const;
   VQSTATUS ListClass(unsigned short classes, VQSlateArray* slates) const;
   int DesignExists(unsigned long type, const VQString& name) const;
+  // Bits of VQVFTYPE values.
+  VQSTATUS ListViews(unsigned types, VQViewFolderArray* views) const;
+  VQSTATUS MakeFolder(const VQString& name, unsigned sharing, const VQViewFolder* template_, std::uint32_t* id);
+  VQSTATUS OpenMade(std::uint32_t id, VQViewFolder* view);
+  VQSTATUS HandOutView(VQViewFolder& made, VQViewFolder* view);
+  VQSTATUS CopyViewFolder(const VQString& name, const VQViewFolder& template_, VQViewFolder* view);
 };
 
 // The open database. Operations return their status and leave the throw rule to the handle.

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "engine/database.h"
+#include "engine/fulltext.h"
 #include "engine/slate.h"
 #include "engine/status.h"
 #include "engine/time.h"

@@ -83,6 +83,12 @@ void VQSlate::Attach(VQSlateBody* body) {
   TakeFields(body);
 }
 
+void VQSlate::AttachClosed(VQSlateBody* body) {
+  body->SetBinding(SlateID & ~kDeletedBit, Originator, Modified);
+  LeaveBody();
+  Attach(body);
+}
+
 // A table counts the bodies that were opened through it; the last handle to go must not leave one open there.
 void VQSlate::LeaveBody() {
   if (IDTable != nullptr && Body != nullptr && Body->GetRefCount() == 2) IDTable->RemoveBody(GetSlateBody());

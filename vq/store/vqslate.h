@@ -188,9 +188,12 @@ class VQ_API VQSlate : public VQSmartPtr {
   VQSlateBody* RequireOpen() const;
   void RequireBound() const;
 
+  // A body of the slate that stays closed in the handle, for classes that open more than the slate.
+  void AttachClosed(VQSlateBody* body);
+  void TakeFields(const VQSlateBody* body);
+
  private:
   void CopyFields(const VQSlate& other);
-  void TakeFields(const VQSlateBody* body);
   void Unbind();
   void LeaveBody();
   VQSTATUS Bind(VQDatabaseBody* database, unsigned long id);
@@ -259,6 +262,7 @@ class VQ_API VQSlateBody : public VQBody {
   VQSTATUS AddItem(VQItemBody* item);
   void RemoveItem(VQItemBody* item);
   VQSTATUS DeleteItems(std::string_view name);
+  VQSTATUS DeleteItemsOfType(unsigned short type);
   VQSTATUS DeleteOneItem(VQItemBody* item);
   VQSTATUS DeleteAllItems();
   // All items of the name.

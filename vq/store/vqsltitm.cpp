@@ -274,6 +274,21 @@ VQSTATUS VQSlateBody::DeleteAllItems() {
   return DropItems(places);
 }
 
+VQSTATUS VQSlateBody::DeleteItemsOfType(unsigned short type) {
+  std::vector<vq::ItemPlace> places;
+  const unsigned long count = ItemCount();
+  for (unsigned long i = 0; i < count; ++i) {
+    vq::ItemPlace place;
+    ENGSTATUS result = EngSlateItemAt(SlateHandle, static_cast<std::uint32_t>(i), &place.Item);
+    if (result == ENG_OK) {
+      result = EngItemQuery(SlateHandle, place.Item, nullptr, 0, nullptr, nullptr, &place.Type, nullptr, nullptr);
+    }
+    if (result != ENG_OK) return vq::FromEngine(result);
+    if (place.Type == type) places.push_back(place);
+  }
+  return DropItems(places);
+}
+
 unsigned long VQSlateBody::ItemCount() const {
   std::uint32_t count = 0;
   vq::ThrowIfError(vq::FromEngine(EngSlateItemCount(SlateHandle, &count)));

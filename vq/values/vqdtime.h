@@ -68,6 +68,7 @@ enum VQDATETIMEDISPLAY : unsigned char {
 class VQ_API VQDatetimeFormat : public VQQuillonClass {
  public:
   VQDatetimeFormat();
+  explicit VQDatetimeFormat(const TFMT& block);
   VQDatetimeFormat(const VQDatetimeFormat& other);
   VQDatetimeFormat& operator=(const VQDatetimeFormat& other);
   VQCLASSID GetClassID() const override;

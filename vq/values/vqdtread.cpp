@@ -11,6 +11,7 @@ constexpr std::uint16_t kTextSize = 256;
 
 VQDatetimeFormat::VQDatetimeFormat() : Block{0, 0, 0, ENG_STRUCTURE_DATE_TIME} {}
 
+VQDatetimeFormat::VQDatetimeFormat(const TFMT& block) : Block(block) {}
 VQDatetimeFormat::VQDatetimeFormat(const VQDatetimeFormat& other) = default;
 
 VQDatetimeFormat& VQDatetimeFormat::operator=(const VQDatetimeFormat& other) = default;

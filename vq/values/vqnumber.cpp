@@ -18,6 +18,7 @@ constexpr std::uint16_t kTextSize = 2048;  // 309 digits, separators of 7 bytes,
 
 VQNumberFormat::VQNumberFormat() : Block{kDefaultDigits, VQNUMBERFORMAT_GENERAL, 0, 0} {}
 
+VQNumberFormat::VQNumberFormat(const NFMT& block) : Block(block) {}
 VQNumberFormat::VQNumberFormat(const VQNumberFormat& other) = default;
 
 VQNumberFormat& VQNumberFormat::operator=(const VQNumberFormat& other) = default;

@@ -20,6 +20,7 @@ enum VQNUMBERFORMAT : unsigned char {
 class VQ_API VQNumberFormat : public VQQuillonClass {
  public:
   VQNumberFormat();
+  explicit VQNumberFormat(const NFMT& block);
   VQNumberFormat(const VQNumberFormat& other);
   VQNumberFormat& operator=(const VQNumberFormat& other);
   VQCLASSID GetClassID() const override;

@@ -25,6 +25,8 @@ class VQ_API VQVFColumnBodyArray : public VQQuillonClass {
   [[nodiscard]] VQSTATUS Reserve(std::uint32_t count);
   // VQERR_OUT_OF_RANGE behind the count, VQERR_NULL_POINTER, VQERR_CANT_ADD_COLUMNS at the maximum.
   [[nodiscard]] VQSTATUS Insert(std::uint32_t at, VQVFColumnBody* body);
+  // At the end, without a mark on the design: a column that was read.
+  [[nodiscard]] VQSTATUS Load(VQVFColumnBody* body);
   // `count` columns with the defaults.
   [[nodiscard]] VQSTATUS InsertNew(std::uint32_t at, std::uint32_t count);
   // VQERR_OUT_OF_RANGE unless all of them are there.
@@ -37,6 +39,7 @@ class VQ_API VQVFColumnBodyArray : public VQQuillonClass {
  private:
   // Moves the columns from `from` on to `to`.
   void Shift(std::uint32_t from, std::uint32_t to);
+  void Place(std::uint32_t at, VQVFColumnBody* body);
   void LetGo(VQVFColumnBody* body);
   void MarkChanged();
 

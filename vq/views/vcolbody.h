@@ -101,9 +101,9 @@ class VQ_API VQVFColumn : public VQSmartPtr {
   VQString GetFieldName() const;
   // VQERR_NULL_STRING for an empty one.
   VQSTATUS SetFieldName(const VQString& name);
-  // VQWARN_NOT_FOUND when the column has no formula.
+  // A copy, here and in SetFormula. VQWARN_NOT_FOUND when the column has no formula.
   VQSTATUS GetFormula(VQFormula* formula) const;
-  // VQERR_INVALID_PARAMETER for a null one. The formula is shared.
+  // VQERR_INVALID_PARAMETER for a null one.
   VQSTATUS SetFormula(const VQFormula& formula);
   // The name that the view's index knows the column by; generated at the save where a formula has none.
   // VQERR_COLUMN_NAME_IS_FIELD for a column of a field.
@@ -162,11 +162,16 @@ class VQ_API VQVFColumn : public VQSmartPtr {
 
   VQSTATUS Check(VQVFColumnBody** body, Kind kind = Kind::Any) const;
   VQVFColumnBody* Require(Kind kind = Kind::Any) const;
+  // Runs an edit, which gives a status, and marks the column when it succeeds.
   template <typename Edit>
   VQSTATUS Change(Kind kind, Edit edit);
-  VQSTATUS SetBits(Kind kind, std::uint16_t ViewColumnRecord::*word, unsigned mask, unsigned value);
-  VQSTATUS GetFont(std::uint32_t id, VQFontStyle* style) const;
-  VQSTATUS SetFont(const VQFontStyle& style, bool title);
+  using Word = std::uint16_t ViewColumnRecord::*;
+  int GetBit(Word word, unsigned mask) const;
+  VQSTATUS SetBits(Word word, unsigned mask, unsigned value, Kind kind = Kind::Any);
+  VQSTATUS SetBit(Word word, unsigned mask, int flag, Kind kind = Kind::Any);
+  VQSTATUS GetFont(bool title, VQFontStyle* style) const;
+  VQSTATUS SetFont(bool title, const VQFontStyle& style);
+  VQSTATUS PointSecondarySort(VQVFColumnBody* body, unsigned long index);
 };
 
 // The decoded column. Counted by the array of its view and by handles.
@@ -202,14 +207,20 @@ class VQ_API VQVFColumnBody : public VQBody {
   VQFormula& Formula() { return ColumnFormula; }
   bool HasFormula() const;
   const VQString& GetInternalName() const { return InternalName; }
-  void SetInternalName(const VQString& name) { InternalName = name; }
+  void SetInternalName(const VQString& name);
+  // As they are stored: zero bytes in them read as line feeds, and are written back as long as nobody changes the text.
+  void LoadName(std::string_view name);
+  void LoadTitle(std::string_view title);
+  const std::string& GetStoredName() const { return StoredName; }
+  const std::string& GetStoredTitle() const { return StoredTitle; }
   // Ordinal of the column's value in the summary of a row, kNoSummary for none; valid while the view's columns are
   // matched.
   std::uint16_t GetSummaryIndex() const { return SummaryIndex; }
   void SetSummaryIndex(unsigned short index) { SummaryIndex = index; }
   const VQString& GetTitle() const { return Title; }
-  void SetTitle(const VQString& title) { Title = title; }
+  void SetTitle(const VQString& title);
   bool HasFlag(unsigned short mask) const { return (ColumnRecord.Flags1 & mask) != 0; }
+  void ClearSecondarySort();
   // Marks the column and its view as changed.
   void Touch(unsigned short dirty = kChanged);
 
@@ -223,8 +234,10 @@ class VQ_API VQVFColumnBody : public VQBody {
   VQString FieldName;
   VQFormula ColumnFormula;
   VQString InternalName;
+  std::string StoredName;
   std::uint16_t SummaryIndex;
   VQString Title;
+  std::string StoredTitle;
 };
 
 inline VQVFColumnBody* VQVFColumn::GetColumnBody() const { return static_cast<VQVFColumnBody*>(Body); }

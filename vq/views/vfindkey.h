@@ -70,9 +70,9 @@ class VQ_API VQVFFindKeys : public VQQuillonClass {
 
 enum VQVFCOMPARISON : unsigned short {
   VQVFCOMPARISON_EQUAL = 0x00,
-  VQVFCOMPARISON_LESS = 0x40,
-  VQVFCOMPARISON_GREATER = 0x80,
-  VQVFCOMPARISON_OTHER = 0xC0,
+  VQVFCOMPARISON_LESS = 0x40,        // the last of the rows before the key, in view order
+  VQVFCOMPARISON_LAST_EQUAL = 0x80,  // as equal, from the last match
+  VQVFCOMPARISON_GREATER = 0xC0,     // the last of the rows behind the key
 };
 
 class VQ_API VQVFFindOptions : public VQQuillonClass {

@@ -3,7 +3,7 @@
 //
 // A handle binds like any slate (vq/store/vqslate.h). Open reads the design and opens the index, which is read through
 // a navigator that is built in (vq/views/vnavbody.h); with VQVFOPENFLAGS_DESIGN_ONLY it reads the design alone. A view
-// that was never saved is open for its design only, and its entries can be read after the first Save.
+// that was never saved is open for its design only; its entries can be read after the first Save and another Open.
 //
 // On a view that is not open every operation gives the status of the Open that failed, or VQERR_VIEW_NOT_OPEN; thrown
 // where the result is no status. A setter changes the design in memory, and Save writes what has changed and leaves all
@@ -12,6 +12,9 @@
 // of theirs gives VQERR_INVALID_PARAMETER.
 #ifndef QUILLON_VQ_VIEWS_VIEWBODY_H
 #define QUILLON_VQ_VIEWS_VIEWBODY_H
+
+#include <span>
+#include <string>
 
 #include "engine/records.h"
 #include "vq/automation/vqformula.h"
@@ -23,6 +26,12 @@
 #include "vq/views/ventbody.h"
 #include "vq/views/vfindkey.h"
 #include "vq/views/vnavbody.h"
+
+namespace vq::viewdesign {
+struct Format;
+struct SortColumn;
+class MergedFormula;
+}  // namespace vq::viewdesign
 
 enum VQVFTYPE : unsigned int {
   VQVFTYPE_VIEW = 0,
@@ -115,6 +124,8 @@ class VQ_API VQViewFolder : public VQSlate {
   VQSTATUS ValidateSlateType(unsigned long type) const override;
   // A body of folder type, its design unread, after a Close.
   VQSTATUS CreateViewFolderBody();
+
+  VQSTATUS Save(unsigned short flags = 0);
 
   // Name and alias, split at bars; a third part is dropped. VQERR_NULL_STRING, VQERR_INVALID_PARAMETER for an empty
   // first part, VQERR_VIEW_NAME_TOO_LONG from 64 bytes of name and alias on.
@@ -324,18 +335,50 @@ class VQ_API VQViewFolder : public VQSlate {
  private:
   friend class VQDatabase;
 
+  static constexpr unsigned long kAtEnd = ~0UL;
+
   enum class Suits { All, Calendar, NotCalendar, Folder, View };
   enum class Change { Add, Remove };
 
   VQSTATUS CheckDesign(VQViewFolderBody** body, Suits suits = Suits::All) const;
   VQViewFolderBody* RequireDesign(Suits suits = Suits::All) const;
+  // Runs an edit, which gives a status, and marks the design when it succeeds.
   template <typename Edit>
   VQSTATUS Amend(Suits suits, Edit edit);
+  // Families of properties.
+  int GetTableBit(unsigned mask, Suits suits = Suits::All) const;
+  VQSTATUS SetTableBits(unsigned mask, unsigned value, Suits suits = Suits::All);
+  VQSTATUS SetTableBit(unsigned mask, int flag, Suits suits = Suits::All);
+  VQSTATUS SetRowBit(unsigned mask, bool on);
+  int GetLetter(char letter) const;
+  VQSTATUS SetLetter(char letter, int flag);
+  int GetState(unsigned long mask) const;
+  VQSTATUS SetState(unsigned long mask, int flag, unsigned long more = 0);
+  template <auto Field>
+  auto GetField(Suits suits) const;
+  template <auto Field>
+  VQSTATUS SetNumber(Suits suits, unsigned long value, unsigned long lowest, unsigned long highest, VQSTATUS wrong);
+  template <auto Field>
+  VQSTATUS GetFont(Suits suits, VQFontStyle* style) const;
+  template <auto Field>
+  VQSTATUS SetFont(Suits suits, const VQFontStyle& style);
+  VQSTATUS SetTexts(VQText VQViewFolderBody::*texts, const VQText& value, Suits suits);
+  VQSTATUS CopyOut(const VQFormula& formula, VQFormula* copy) const;
+  VQSTATUS SetHour(unsigned long hour, bool end);
+  VQSTATUS OpenWith(unsigned long flags, const VQDatabase& entries);
+  VQSTATUS AddColumn(unsigned long position, const VQVFColumn* source, VQVFColumn* column);
   VQSTATUS CheckEntries(VQViewFolderBody** body) const;
   VQVFNavigator& RequireEntries() const;
+  [[nodiscard]] VQSTATUS CheckFolder() const;
   VQSTATUS ChangeFolder(Change change, ENGHANDLE table);
-  VQSTATUS ChangeOne(Change change, std::uint32_t id);
-  VQSTATUS ChangeMany(Change change, const VQDatabaseBody* database, ENGHANDLE table);
+  VQSTATUS FolderChanged(VQSTATUS status);
+  VQSTATUS ChangeOne(Change change, unsigned long id);
+  VQSTATUS ChangeArray(Change change, const VQSlateArray& documents);
+  VQSTATUS ChangeTable(Change change, void* idtable);
+  VQSTATUS ChangeSlate(Change change, const VQSlate& document);
+  VQSTATUS ChangeMany(Change change, const VQDatabase& database, ENGHANDLE table);
+  template <typename Source>
+  VQSTATUS ChangeFrom(Change change, Source source);
 };
 
 // The open view. Operations return their status and leave the throw rule to the handle.
@@ -365,7 +408,7 @@ class VQ_API VQViewFolderBody : public VQSlateBody {
   static constexpr unsigned long kDesignUnread = 0x40000;
   static constexpr unsigned long kFromFind = 0x80000;
 
-  // A slate that has an identifier is not read before Open; a new one is opened for its design.
+  // The design is not read before Open.
   VQViewFolderBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle);
   ~VQViewFolderBody() override;
 
@@ -378,11 +421,15 @@ class VQ_API VQViewFolderBody : public VQSlateBody {
   VQSTATUS Save(unsigned short flags) override;
   VQSTATUS Open(unsigned long flags, const VQDatabase& entries);
 
+  // Opens a slate that was never saved, and that nobody has opened yet, for its design.
+  [[nodiscard]] VQSTATUS OpenNew();
   VQSTATUS SetName(const VQString& name);
   VQSTATUS SetAlias(const VQString& alias);
   // Reads $Flags when the type is not known yet, opening the slate for the moment.
   VQSTATUS GetType(VQVFTYPE* type);
   void SetType(VQVFTYPE type) { Type = type; }
+  // An open folder that is a view from its next save on.
+  void BecomeView();
   // The slate anew after the engine has changed it; unsaved changes keep it as it is.
   VQSTATUS ReopenUnmodified();
 
@@ -405,46 +452,67 @@ class VQ_API VQViewFolderBody : public VQSlateBody {
   VQSTATUS GetNavigatorStatus() const { return NavigatorStatus; }
   // Navigators that close with the view.
   VQObjectList& GetOpenObjects() { return OpenObjects; }
-  // Enters a font's face into the slate's table; the font under which the slate knows it.
-  VQSTATUS RegisterFont(const VQFontStyle& style, std::uint32_t* font_id);
+  // What can't be carried along when the columns are others.
+  void ForgetTrailer() { FormatTrailer.clear(); }
+  [[nodiscard]] VQSTATUS GetFont(std::uint32_t font_id, VQFontStyle* style);
+  // VQERR_UNINITIALIZED_ARGUMENT for a null style. Enters a font's face into the slate's table; the font under which
+  // the slate knows it.
+  [[nodiscard]] VQSTATUS RegisterFont(const VQFontStyle& style, std::uint32_t* font_id);
 
  private:
   friend class VQViewFolder;
 
-  VQSTATUS CheckFlags(unsigned long flags, const VQDatabase& entries) const;
-  VQSTATUS OpenCollection();
-  VQSTATUS OpenDesign();
+  [[nodiscard]] VQSTATUS CheckFlags(unsigned long flags, const VQDatabase& entries) const;
+  [[nodiscard]] VQSTATUS OpenEntries(unsigned long flags);
+  [[nodiscard]] VQSTATUS OpenCollection(unsigned long flags);
+  [[nodiscard]] VQSTATUS OpenDesign();
+  // The engine's slate anew; the decoded design stays.
+  [[nodiscard]] VQSTATUS ReopenSlate();
+  void CloseEntries();
+  // The reason for which the view can't be used.
   VQSTATUS Fail(VQSTATUS status);
   void ReleaseDesign();
 
-  // Decoding and writing, see vdesign.cpp.
+  // Reading.
   void SetDefaults();
-  VQSTATUS LoadDesign();
-  VQSTATUS LoadFormat();
-  VQSTATUS DefaultColumn();
-  VQSTATUS DecodeFormat(const unsigned char* value, std::size_t size);
-  VQSTATUS CompleteExtension();
-  VQSTATUS LoadCalendar();
-  VQSTATUS LoadItems();
-  VQSTATUS LoadFormula(std::string_view item, VQFormula* formula);
-  VQSTATUS LoadTexts(std::string_view item, VQText* texts, unsigned long state);
-  VQSTATUS LoadUniqueKeys();
-  VQSTATUS SaveDesign();
-  VQSTATUS SaveTitle(bool temporary);
-  VQSTATUS SaveSelection();
-  VQSTATUS MergeColumns();
-  VQSTATUS SettleColumn(VQVFColumnBody* column);
-  VQSTATUS SaveCollations();
-  VQSTATUS SaveTotals();
-  VQSTATUS SaveFormat();
-  VQSTATUS SaveCalendar();
-  VQSTATUS SaveRest();
-  VQSTATUS SaveFormula(std::string_view item, VQFormula& formula);
-  VQSTATUS SaveText(std::string_view item, std::string_view text, unsigned short flags);
-  VQSTATUS SaveTexts(std::string_view item, VQText& texts, unsigned short flags, bool keep);
-  VQSTATUS Remove(std::string_view item);
-  VQSTATUS SaveClass();
-  VQSTATUS FinishRename();
+  [[nodiscard]] VQSTATUS LoadDesign();
+  [[nodiscard]] VQSTATUS ReadItem(std::string_view item, unsigned short* type, std::string* value) const;
+  [[nodiscard]] VQSTATUS LoadFormat();
+  [[nodiscard]] VQSTATUS AppendDefaultColumn();
+  [[nodiscard]] VQSTATUS LoadFlags();
+  [[nodiscard]] VQSTATUS LoadCalendar();
+  [[nodiscard]] VQSTATUS LoadItems();
+  // Clears the state where the item is there.
+  [[nodiscard]] VQSTATUS LoadTexts(std::string_view item, VQText* texts, unsigned long state);
+  [[nodiscard]] VQSTATUS LoadFormula(std::string_view item, bool selection, VQFormula* formula);
+  [[nodiscard]] VQSTATUS LoadUniqueKeys();
+  vq::viewdesign::Format Format();
+
+  // Writing.
+  [[nodiscard]] VQSTATUS SaveDesign();
+  [[nodiscard]] VQSTATUS SaveItems();
+  [[nodiscard]] VQSTATUS SaveValue(std::string_view item, unsigned short type, std::string_view value,
+                                   unsigned short flags);
+  [[nodiscard]] VQSTATUS SaveText(std::string_view item, std::string_view text, unsigned short flags);
+  [[nodiscard]] VQSTATUS SaveOrRemove(std::string_view item, bool keep, std::string_view text, unsigned short flags);
+  [[nodiscard]] VQSTATUS SaveTexts(std::string_view item, const VQText& texts, unsigned short flags, bool keep);
+  [[nodiscard]] VQSTATUS SaveCode(std::string_view item, std::string_view code);
+  [[nodiscard]] VQSTATUS Remove(std::string_view item);
+  [[nodiscard]] VQSTATUS SaveTitle(bool temporary);
+  [[nodiscard]] VQSTATUS SettleColumn(VQVFColumnBody* column);
+  [[nodiscard]] VQSTATUS SettleColumns();
+  [[nodiscard]] VQSTATUS SaveSelection();
+  [[nodiscard]] VQSTATUS MergeColumns(vq::viewdesign::MergedFormula* merged);
+  [[nodiscard]] VQSTATUS SaveCollations();
+  [[nodiscard]] VQSTATUS SaveCollation(const std::string& item, std::span<const vq::viewdesign::SortColumn> sort,
+                                       unsigned char flags);
+  [[nodiscard]] VQSTATUS SaveResorts(std::uint32_t index, unsigned* number);
+  [[nodiscard]] VQSTATUS SaveTotals();
+  [[nodiscard]] VQSTATUS SaveFormat();
+  [[nodiscard]] VQSTATUS SaveCalendar();
+  [[nodiscard]] VQSTATUS SaveRest();
+  [[nodiscard]] VQSTATUS SaveClass();
+  [[nodiscard]] VQSTATUS FinishRename(unsigned short flags);
 
   VQString Alias;
   VQText Authors;
@@ -468,6 +536,7 @@ class VQ_API VQViewFolderBody : public VQSlateBody {
   VQString InheritsFromTemplateName;
   ViewTableRecord TableRecord;
   ViewTableExtension TableExtension;
+  std::string FormatTrailer;  // what a newer release wrote behind the format's records
 };
 
 inline VQViewFolderBody* VQViewFolder::GetViewFolderBody() const { return static_cast<VQViewFolderBody*>(Body); }

@@ -154,6 +154,12 @@ class VQ_API VQVFNavigatorBody : public VQBody {
   friend class VQVFEntryBody;
   friend class VQVFNavigator;
 
+  [[nodiscard]] VQSTATUS OpenCollection(const VQVFPosition* start, std::uint32_t count, std::uint32_t flags);
+  // Reads the first row's identifier; VQWARN_NOT_FOUND when there is no row.
+  [[nodiscard]] VQSTATUS ReadFirst(bool below, std::uint32_t* id);
+  void TakeStart(const VQVFPosition& start, std::uint32_t count, bool from_find);
+  void Reset();
+
   VFCache Cache;
   ENGHANDLE Collection;
   std::uint32_t EntryCount;
@@ -163,7 +169,7 @@ class VQ_API VQVFNavigatorBody : public VQBody {
   VQVFPosition StartPosition;
   TIMEDATE CreationTime;
   ENGHANDLE UnreadTable;
-  VQViewFolderBody* ViewFolder;
+  VQViewFolderBody* ViewFolder;  // not counted: the view closes its navigators before it goes
 };
 
 inline VQVFNavigatorBody* VQVFNavigator::GetNavigatorBody() const { return static_cast<VQVFNavigatorBody*>(Body); }
