@@ -48,9 +48,9 @@ ENGSTATUS Evaluated(ENGHANDLE handle, ENGHANDLE slate, uint16_t* flags, Take tak
     formula::Compute* compute = formula::Compute::Find(handle);
     if (!compute) return ENG_ERR_INVALID_HANDLE;
     formula::Result result;
-    const ENGSTATUS status = compute->Evaluate(slate, &result);
+    const ENGSTATUS status = compute->Evaluate(slate, &result, take);
     *flags = FlagsOf(result);
-    return status == ENG_OK ? take(result.value) : status;
+    return status;
   });
 }
 
@@ -182,8 +182,15 @@ ENGSTATUS EngFormulaGetInfo(ENGHANDLE handle, uint16_t selector, void* target) {
 
 ENGSTATUS EngFormulaEvaluate(ENGHANDLE compute, ENGHANDLE slate, ENGHANDLE* result, uint16_t* length, uint16_t* flags) {
   if (!result || !length || !flags) return ENG_ERR_ARGUMENT;
-  return Evaluated(compute, slate, flags,
-                   [&](formula::Bytes value) { return Block(value.data(), value.size(), result, length); });
+  ENGHANDLE block = 0;
+  const ENGSTATUS status = Evaluated(
+      compute, slate, flags, [&](formula::Bytes value) { return Block(value.data(), value.size(), &block, length); });
+  if (status == ENG_OK) {
+    *result = block;
+  } else if (block != 0) {
+    qcore::memory::Release(qcore::Kind::kMemory, block);
+  }
+  return status;
 }
 
 ENGSTATUS EngFormulaEvaluateTo(ENGHANDLE compute, ENGHANDLE slate, void* buffer, uint32_t size, uint32_t* length,

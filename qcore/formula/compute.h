@@ -2,6 +2,8 @@
 #ifndef QUILLON_QCORE_FORMULA_COMPUTE_H
 #define QUILLON_QCORE_FORMULA_COMPUTE_H
 
+#include <functional>
+
 #include "qcore/formula/formula.h"
 #include "qcore/handles/handles.h"
 
@@ -17,8 +19,9 @@ class Compute {
 
   const Program& program() const { return evaluator_.program(); }
   std::uint32_t code_length() const { return code_length_; }
-  // Slate 0 is no document. *result is good until the next evaluation.
-  [[nodiscard]] ENGSTATUS Evaluate(ENGHANDLE slate, Result* result);
+  // Slate 0 is no document. Assignments are made when `take` has taken the result, which is good until the next
+  // evaluation; *result has the flags of a failure too.
+  [[nodiscard]] ENGSTATUS Evaluate(ENGHANDLE slate, Result* result, const std::function<ENGSTATUS(Bytes)>& take);
 
  private:
   Compute(std::shared_ptr<const Program> program, std::uint32_t code_length, bool assigns)
