@@ -137,8 +137,8 @@ VQSTATUS VQViewFolderBody::MergeColumns(design::MergedFormula* merged) {
     VQVFColumnBody& column = *Columns[i];
     if (!column.ConstantValue().empty()) continue;
     const std::string& name = column.GetStoredName();
-    if (!name.empty()) status = merged->AddName(name);
-    if (status == VQ_OK && column.HasFormula()) status = merged->AddColumn(name, design::CodeOf(column.Formula()));
+    if (name.empty()) continue;
+    status = column.HasFormula() ? merged->AddColumn(name, design::CodeOf(column.Formula())) : merged->AddName(name);
   }
   if (status == VQ_OK && (TableRecord.Flags & VIEWTABLE_CONFLICTS) != 0) status = merged->AddName("$Conflict");
   if (status == VQ_OK && (TableRecord.Flags & VIEWTABLE_FLAT) == 0) status = merged->AddName("$REF");
