@@ -146,9 +146,12 @@ class Memory : public ::testing::Test {
     });
     Must([&] {
       VQDocumentArray all;
-      VQDocument first;
-      const VQSTATUS status = Database.GetDocuments(&all);
-      return status == VQ_OK ? Database.GetDocument(all[0].GetSlateID(), &first) : status;
+      VQSTATUS status = Database.GetDocuments(&all);
+      if (status != VQ_OK) return status;
+      VQDocument first = all[0];
+      status = first.Open();
+      EXPECT_EQ(first.IsOpen(), status == VQ_OK);
+      return status;
     });
     const bool struck = gAllocations >= n;
     gFailAt = 0;

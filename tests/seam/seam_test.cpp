@@ -112,7 +112,9 @@ class Seam : public ::testing::Test {
     must("Open document", Twice([&] { return document.Open(); }));
     VQText subject;
     must("GetItem", Twice([&] { return document.GetItem("Subject", &subject); }));
-    must("SetValue", Twice([&] { return subject.SetValue(text); }));
+    const VQString longer = VQString("--") += text;
+    must("SetValue", Twice([&] { return subject.SetValue(longer); }));
+    must("Shorten", Twice([&] { return subject.Shorten(0, 2); }));
     VQNumbers count;
     must("GetItem", Twice([&] { return document.GetItem("Count", &count); }));
     must("SetValue", Twice([&] { return count.SetValue(number); }));

@@ -173,6 +173,11 @@ TEST_F(Slates, CreateItemFollowsItsOption) {
     EXPECT_EQ(TextAt(document, "Subject"), row.after) << row.what;
     EXPECT_EQ(document.GetItemCount(), 1U) << row.what;
   }
+  VQDocument document = NewDocument("a");
+  VQText itself;
+  ASSERT_EQ(document.GetItem("Subject", &itself), VQ_OK);
+  EXPECT_EQ(document.CreateItem(itself, VQITEMOPTION_APPEND), VQ_OK);
+  EXPECT_EQ(TextAt(document, "Subject"), "a|a");
 }
 
 TEST_F(Slates, ATypedHandleRefusesOtherValuesBeforeAnythingIsMade) {
@@ -237,6 +242,9 @@ TEST_F(Slates, CopiesGoIntoAnotherDatabaseAsNewSlates) {
   EXPECT_FALSE(source.IsOpen());
   VQSlate nothing;
   EXPECT_EQ(other.CreateSlate(nothing, &copy), VQERR_UNINITIALIZED_ARGUMENT);
+  ASSERT_EQ(other.CreateDocument(source, &source), VQ_OK);
+  EXPECT_EQ(TextAt(source, "Subject"), "saved");
+  EXPECT_EQ(source.GetDatabaseBody(), other.GetDatabaseBody());
 }
 
 TEST_F(Slates, CryptographyAnswersWithTheEnginesStatusAndChangesNothing) {

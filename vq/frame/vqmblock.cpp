@@ -25,7 +25,9 @@ void VQMemoryBlock::ClearPlace() {
 }
 
 VQSTATUS VQMemoryBlock::Reset() {
-  if (Locked) Unlock();
+  // Memory that went with the engine is no failure here: a destructor runs this.
+  if (Locked && !IsInline()) EngMemUnlock(PoolHandle);
+  Locked = 0;
   if (AllocatedByThisClass && PoolHandle != 0) EngMemFree(PoolHandle);
   ClearPlace();
   Size = 0;

@@ -164,16 +164,25 @@ VQSTATUS VQDatabaseBody::FirstSynonym(std::string_view name, std::string* first)
 }
 
 // Names are compared byte for byte, as VQStringCompare does with flags 0.
-bool VQDatabaseBody::HasName(std::uint32_t id, unsigned short slate_class, unsigned short kind, std::string_view name) {
+// VQWARN_NOT_FOUND for an element of another kind or name, and for one that went meanwhile.
+VQSTATUS VQDatabaseBody::CompareName(std::uint32_t id, unsigned short slate_class, unsigned short kind,
+                                     std::string_view name) {
   ENGHANDLE handle = 0;
-  if (EngSlateOpen(Handle, id, 0, &handle) != ENG_OK) return false;
-  const VQSlate slate(new VQSlateBody(this, slate_class, handle));
-  std::uint16_t found = 0;
-  if (vq::ReadDesignKindOf(handle, slate_class, &found) != VQ_OK || found != kind) return false;
-  for (const std::string& own : slate.GetSlateBody()->NamesInTitle()) {
-    if (own == name) return true;
+  const ENGSTATUS opened = EngSlateOpen(Handle, id, 0, &handle);
+  if ((opened & ENG_ERROR_MASK) == ENG_ERR_SLATE_DELETED) return VQWARN_NOT_FOUND;
+  if (opened != ENG_OK) return vq::FromEngine(opened);
+  VQSlateBody* body = nullptr;
+  VQSTATUS status = vq::MakeSlateBody(this, slate_class, handle, &body);
+  if (status != VQ_OK) {
+    EngSlateClose(handle);
+    return status;
   }
-  return false;
+  const VQSlate slate(body);
+  std::uint16_t found = 0;
+  status = vq::ReadDesignKindOf(handle, slate_class, &found);
+  if (status != VQ_OK) return status;
+  const std::vector<std::string> names = body->NamesInTitle();
+  return found == kind && std::count(names.begin(), names.end(), name) != 0 ? VQ_OK : VQWARN_NOT_FOUND;
 }
 
 VQSTATUS VQDatabaseBody::FindDesign(unsigned short slate_class, unsigned short kind, std::string_view name,
@@ -202,15 +211,14 @@ VQSTATUS VQDatabaseBody::SearchDesign(unsigned short slate_class, unsigned short
   const VQSTATUS status = vq::FromEngine(EngDbSearchClass(Handle, slate_class, nullptr, nullptr, &table));
   if (status != VQ_OK) return status;
   std::uint32_t candidate = 0;
-  VQSTATUS found = VQERR_NOT_FOUND;
-  for (int more = EngIdTableScan(table, 1, &candidate); more != 0; more = EngIdTableScan(table, 0, &candidate)) {
-    if (!HasName(candidate, slate_class, kind, name)) continue;
-    *id = candidate;
-    found = VQ_OK;
-    break;
+  VQSTATUS found = VQWARN_NOT_FOUND;
+  for (int more = EngIdTableScan(table, 1, &candidate); more != 0 && found == VQWARN_NOT_FOUND;
+       more = EngIdTableScan(table, 0, &candidate)) {
+    found = CompareName(candidate, slate_class, kind, name);
+    if (found == VQ_OK) *id = candidate;
   }
   EngIdTableDestroy(table);
-  return found;
+  return found == VQWARN_NOT_FOUND ? VQERR_NOT_FOUND : found;
 }
 
 VQSTATUS VQDatabaseBody::FindSpecial(unsigned short selector, std::uint32_t* id) {

@@ -298,7 +298,7 @@ class VQ_API VQDatabaseBody : public VQBody {
   VQSTATUS SplitPath(std::string_view full_path);
   VQSTATUS MirrorInfo(const ENGCHAR* info);
   VQSTATUS SearchDesign(unsigned short slate_class, unsigned short kind, std::string_view name, std::uint32_t* id);
-  bool HasName(std::uint32_t id, unsigned short slate_class, unsigned short kind, std::string_view name);
+  VQSTATUS CompareName(std::uint32_t id, unsigned short slate_class, unsigned short kind, std::string_view name);
 
   VQACL* ACL;  // the one object handed out, null if none
   ENGHANDLE Handle;

@@ -18,8 +18,9 @@ constexpr std::uint32_t kDeletedBit = 0x80000000;
 class OpenForCopy {
  public:
   explicit OpenForCopy(VQSlate& slate) : Source(slate) {}
+  // The copy may have gone into the source's own handle.
   ~OpenForCopy() {
-    if (Opened && Source.IsOpen()) Source.GetSlateBody()->Close();
+    if (!Opened.IsNull()) Opened.GetSlateBody()->Close();
   }
   OpenForCopy(const OpenForCopy&) = delete;
   OpenForCopy& operator=(const OpenForCopy&) = delete;
@@ -30,13 +31,13 @@ class OpenForCopy {
     if (database == nullptr || !database->IsOpen()) return VQERR_DATABASE_NOT_OPEN;
     if (Source.IsOpen()) return VQ_OK;
     const VQSTATUS status = Source.VQSlate::CreateSlateBody(0, 0, 0);
-    Opened = status == VQ_OK;
+    if (status == VQ_OK) Opened = Source.GetSlateBody();
     return status;
   }
 
  private:
   VQSlate& Source;
-  bool Opened = false;
+  VQSlate Opened;
 };
 
 }  // namespace

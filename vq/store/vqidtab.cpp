@@ -169,7 +169,11 @@ VQSTATUS VQIDTable::AddBody(VQSlateBody* body) {
   for (auto same = place; same != Bodies.end() && same->ID == id; ++same) {
     if (same->Body == body) return VQ_OK;
   }
-  Bodies.insert(place, {id, body});
+  try {
+    Bodies.insert(place, {id, body});
+  } catch (VQSTATUS status) {
+    return status;
+  }
   body->AddReference();
   body->SetTable(this);
   return VQ_OK;

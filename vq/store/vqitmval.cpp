@@ -1,6 +1,7 @@
 // VQItemBody: size and form of the value.
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "engine/memory.h"
 #include "engine/records.h"
@@ -105,14 +106,11 @@ VQSTATUS VQItemBody::Shorten(unsigned long offset, unsigned long size) {
   VQSTATUS status = CheckValue();
   if (status == VQ_OK) status = CheckRange(offset, size);
   if (status != VQ_OK || size == 0) return status;
-  if (LockCount > 0) return vq::FromEngine(ENG_ERR_MEMORY_LOCKED);
-  {
-    const VQItemLock value(this);
-    if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
-    const unsigned long tail = ValueSize - kTypeWord - offset - size;
-    std::memmove(value.Data() + offset, value.Data() + offset + size, tail);
-  }
-  return ReallocateValue(ValueSize - size);
+  // The size changes first: when that fails, the value is whole.
+  std::vector<unsigned char> tail(ValueSize - kTypeWord - offset - size);
+  status = Read(offset + size, tail.size(), tail.data());
+  if (status == VQ_OK) status = ReallocateValue(ValueSize - size);
+  return status == VQ_OK ? Write(offset, tail.size(), tail.data()) : status;
 }
 
 VQSTATUS VQItemBody::Allocate(unsigned long size, unsigned long offset) {

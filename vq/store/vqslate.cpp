@@ -106,10 +106,12 @@ void VQSlate::Unbind() {
 }
 
 void VQSlate::SetIDTable(VQIDTable* table) {
+  // A closed table keeps no bodies, and none is missed there.
+  const VQSTATUS status = table != nullptr && IsOpen() ? table->AddBody(GetSlateBody()) : VQ_OK;
+  if (status == VQERR_INSUFFICIENT_MEMORY) vq::Throw(status);
   if (table != nullptr) table->AddReference();
   VQIDTable* old = IDTable;
   IDTable = table;
-  if (table != nullptr && Body != nullptr && IsOpen()) table->AddBody(GetSlateBody());
   if (old != nullptr) old->Release();
 }
 
@@ -185,13 +187,13 @@ VQSTATUS VQSlate::AttachHandle(VQDatabaseBody* database, unsigned long type, ENG
   VQSTATUS status = vq::MakeSlateBody(database, type, handle, &body);
   if (status != VQ_OK) return status;
   status = body->ReadHeader();
+  if (status == VQ_OK && IDTable != nullptr) status = IDTable->AddBody(body);
   if (status != VQ_OK) {
     body->Detach();
     delete body;
     return status;
   }
   Attach(body);
-  if (IDTable != nullptr) IDTable->AddBody(body);
   return VQ_OK;
 }
 

@@ -229,9 +229,11 @@ VQSTATUS VQSlateBody::CreateCopy(std::string_view name, VQItemBody* source, unsi
     return status == VQ_OK && place != nullptr ? PlaceOf(name, place) : status;
   }
   if (join) {
-    const VQItemLock value(source);
-    if (value.Value() == nullptr) return VQERR_ITEM_UNINITIALIZED;
-    return JoinItem(name, present.front(), source->GetType(), value.Data(), source->GetValueSize() - kTypeWord, place);
+    // Bytes of its own, since the source may be the item that grows.
+    std::vector<unsigned char> value(source->GetValueSize() - kTypeWord);
+    status = source->Read(0, value.size(), value.data());
+    if (status != VQ_OK) return status;
+    return JoinItem(name, present.front(), source->GetType(), value.data(), value.size(), place);
   }
   status = source->CopyInto(this, name, flags, place);
   if (status == VQ_OK) return DropItems(present);
