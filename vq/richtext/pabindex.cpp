@@ -18,12 +18,14 @@ void PABIndex::ForEach(VQRTObjectBody& object, Work work) {
   }
 }
 
-PABIndex::PABIndex(const VQRTBaseContainerBody& tree) {
+PABIndex::PABIndex(const VQRTBaseContainerBody& tree) : Tree(tree) {
   for (VQRTObjectBody* child = tree.GetFirstChild(); child; child = child->GetNext()) Take(*child);
 }
 
 void PABIndex::Take(VQRTObjectBody& object) {
-  ForEach(object, [this](VQRTObjectBody* each) { Unread.insert(each); });
+  ForEach(object, [this](VQRTObjectBody* each) {
+    if (HasReferences || !IsReference(each->GetType())) Unread.insert(each);
+  });
 }
 
 void PABIndex::Forget(VQRTObjectBody& object) {
@@ -56,14 +58,18 @@ void PABIndex::Drop(VQRTObjectBody* object) {
   auto known = Entries.find(object);
   if (known == Entries.end()) return;
   EraseFrom(ByID, known->second.ID, object);
+  EraseFrom(ByID, known->second.OtherID, object);
   EraseFrom(BySettings, known->second.Settings, object);
   Names.erase(object);
   Entries.erase(known);
 }
 
 void PABIndex::Enter(VQRTObjectBody* object) {
-  Entry entry{KeyOf(object->GetType(), pab::IDsOf(*object).First), 0};
+  const PABIDs ids = pab::IDsOf(*object);
+  const VQRTTYPE type = object->GetType();
+  Entry entry{KeyOf(type, ids.First), KeyOf(type, IsReference(type) ? ids.Second : ids.First), 0};
   ByID[entry.ID].insert(object);
+  ByID[entry.OtherID].insert(object);
   if (object->GetType() == VQRTTYPE_PAB_STYLE_NAME) Names.insert(object);
   if (object->GetType() == VQRTTYPE_PAB_DEFINITION) {
     entry.Settings = FingerprintOf(*object);
@@ -92,6 +98,22 @@ VQRTObjectBody* PABIndex::Find(VQRTObjectBody* from, VQRTTYPE type, std::uint16_
   if (VQRTObjectBody* left = FindLeft(from, type, pabid)) return left;
   auto same = ByID.find(KeyOf(type, pabid));
   return same == ByID.end() ? nullptr : *same->second.begin();
+}
+
+void PABIndex::TakeReferences() {
+  HasReferences = true;
+  VQRTObjectBody* reference = Tree.FirstOfType(VQRTTYPE_PAB_REFERENCE);
+  for (; reference; reference = Tree.NextOfType(reference, VQRTTYPE_PAB_REFERENCE)) Unread.insert(reference);
+}
+
+VQRTObjectBody* PABIndex::FindUser(VQRTObjectBody* from, std::uint16_t pabid) {
+  if (!from) return nullptr;
+  if (!HasReferences) TakeReferences();
+  Settle();
+  auto same = ByID.find(KeyOf(VQRTTYPE_PAB_REFERENCE, pabid));
+  if (same == ByID.end()) return nullptr;
+  auto user = same->second.lower_bound(from);
+  return user == same->second.end() ? nullptr : *user;
 }
 
 const PABIndex::Objects& PABIndex::GetDefinitions(const CDPABDEFINITION& settings) {

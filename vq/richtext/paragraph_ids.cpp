@@ -91,22 +91,6 @@ struct Defined {
   std::set<std::uint16_t> Any;
 };
 
-// The first reference at or behind `from` for each identifier of the definitions; none for those that none uses.
-std::map<std::uint16_t, VQRTObjectBody*> UsersBehind(const VQRTBaseContainerBody& root, VQRTObjectBody* from,
-                                                     const Objects& definitions) {
-  std::set<std::uint16_t> sought;
-  for (const VQRTObjectBody* definition : definitions) sought.insert(pab::IDsOf(*definition).First);
-  std::map<std::uint16_t, VQRTObjectBody*> users;
-  for (VQRTObjectBody* object = from; object && !sought.empty(); object = root.NextInTree(object)) {
-    if (!object->IsType(VQRTTYPE_PAB_REFERENCE)) continue;
-    vq::PABIDs ids = pab::IDsOf(*object);
-    for (std::uint16_t id : {ids.First, ids.Second}) {
-      if (sought.erase(id) != 0) users[id] = object;
-    }
-  }
-  return users;
-}
-
 VQSTATUS MoveBefore(VQRTObjectBody* object, VQRTObjectBody* place) {
   VQRTObject hold(object);
   if (VQSTATUS status = object->RemoveThis(1)) return status;
@@ -193,11 +177,16 @@ VQSTATUS VQRTContainerBody::DeleteRepairLinks(VQRTObjectBody* first, VQRTObjectB
   for (VQRTObjectBody* object = first; object && object != behind; object = root.NextInTree(object)) {
     if (object->IsType(VQRTTYPE_PAB_DEFINITION)) definitions.push_back(object);
   }
-  const std::map<std::uint16_t, VQRTObjectBody*> users = UsersBehind(root, behind, definitions);
-  for (VQRTObjectBody* definition : definitions) {
-    auto user = users.find(pab::IDsOf(*definition).First);
-    if (user == users.end()) continue;
-    if (VQSTATUS status = RescueDefinition(root, definition, user->second, moved)) return status;
+  if (definitions.empty()) return VQ_OK;
+  // Before anything moves: an index that was made for the occasion is not told of moves.
+  std::vector<VQRTObjectBody*> users;
+  pab::IndexOf index(root);
+  for (const VQRTObjectBody* definition : definitions) {
+    users.push_back(index->FindUser(behind, pab::IDsOf(*definition).First));
+  }
+  for (std::size_t i = 0; i < definitions.size(); ++i) {
+    if (!users[i]) continue;
+    if (VQSTATUS status = RescueDefinition(root, definitions[i], users[i], moved)) return status;
   }
   return VQ_OK;
 }
