@@ -277,34 +277,83 @@ void InsertAndDeleteWord(benchmark::State& state) {
   }
 }
 
+constexpr char kLine[] = "A line of a text with many paragraphs.";
+
+VQRichText Paragraphs(unsigned count) {
+  constexpr unsigned kLines = 500;  // that go in at once
+  std::string lines;
+  for (unsigned line = 0; line < kLines; ++line) lines += std::string(kLine) + "\n";
+  Home::Get();
+  VQRichText text;
+  text.Create();
+  for (unsigned line = 0; line < count; line += kLines) text.Append(lines.c_str());
+  return text;
+}
+
+void StyleAll(VQRichText& text, bool ownStyles) {
+  unsigned number = 0;
+  VQRTObject run;
+  for (VQSTATUS found = text.FindFirst(VQRTTYPE_STYLIZED_TEXT, &run); found == VQ_OK; ++number) {
+    VQParagraphStyle style, same;
+    style.SetSpacingAbove(static_cast<unsigned short>(1 + (ownStyles ? number : number % 3)));
+    VQRTCursor cursor;
+    VQStylizedText(run).GetCursor(&cursor);
+    text.SetParagraphStyle(cursor, style);
+    text.FindParagraphStyle(run, &same);
+    if (same != style) throw VQSTATUS{VQERR_NOT_FOUND};
+    found = text.FindNext(VQRTObject(run), VQRTTYPE_STYLIZED_TEXT, &run);
+  }
+}
+
+void CountEach(benchmark::State& state, const char* what, double count) {
+  state.counters[what] =
+      benchmark::Counter(count, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
 // Each paragraph of a text gets one of three styles, or one of its own, and is asked for it: time for a paragraph.
 void StyleParagraphs(benchmark::State& state, bool ownStyles) {
-  constexpr int kLines = 500;  // that go in at once
-  std::string lines;
-  for (int line = 0; line < kLines; ++line) lines += "A line of a text with many paragraphs.\n";
   const auto count = static_cast<unsigned>(state.range(0));
-  Home::Get();
   for (auto _ : state) {
     state.PauseTiming();
-    VQRichText text;
-    text.Create();
-    for (unsigned line = 0; line < count; line += kLines) text.Append(lines.c_str());
+    VQRichText text = Paragraphs(count);
     state.ResumeTiming();
-    unsigned number = 0;
-    VQRTObject run;
-    for (VQSTATUS found = text.FindFirst(VQRTTYPE_STYLIZED_TEXT, &run); found == VQ_OK; ++number) {
-      VQParagraphStyle style, same;
-      style.SetSpacingAbove(static_cast<unsigned short>(1 + (ownStyles ? number : number % 3)));
-      VQRTCursor cursor;
-      VQStylizedText(run).GetCursor(&cursor);
-      text.SetParagraphStyle(cursor, style);
-      text.FindParagraphStyle(run, &same);
-      if (same != style) throw VQSTATUS{VQERR_NOT_FOUND};
-      found = text.FindNext(VQRTObject(run), VQRTTYPE_STYLIZED_TEXT, &run);
+    StyleAll(text, ownStyles);
+  }
+  CountEach(state, "a paragraph", count);
+}
+
+// All paragraphs but one are deleted, one at a time, each with the definition that it brought.
+void DeleteStyledParagraphs(benchmark::State& state) {
+  const auto count = static_cast<unsigned>(state.range(0));
+  for (auto _ : state) {
+    state.PauseTiming();
+    VQRichText text = Paragraphs(count);
+    StyleAll(text, true);
+    VQRTCursor cursor;
+    text.GetCursor(&cursor);
+    state.ResumeTiming();
+    for (unsigned i = 1; i < count; ++i) {
+      if (text.Delete(&cursor, std::strlen(kLine)) != VQ_OK) throw VQSTATUS{VQERR_NOT_FOUND};
     }
   }
-  state.counters["a paragraph"] =
-      benchmark::Counter(count, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  CountEach(state, "a paragraph", count);
+}
+
+// Character by character through one run of the length given, two bytes each.
+void StepCursor(benchmark::State& state) {
+  Home::Get();
+  std::string letters;
+  for (std::int64_t i = 0; i < state.range(0); ++i) letters += "\xC3\xA9";
+  VQRichText text;
+  text.Create();
+  text.Append(VQString(reinterpret_cast<const VQCHAR*>(letters.data()), letters.size()));
+  for (auto _ : state) {
+    VQRTCursor cursor;
+    text.GetCursor(&cursor);
+    for (std::int64_t i = 0; i < state.range(0); ++i) cursor += 1;
+    benchmark::DoNotOptimize(&cursor);
+  }
+  CountEach(state, "a step", static_cast<double>(state.range(0)));
 }
 
 void FindWordMemmem(benchmark::State& state) {
@@ -339,6 +388,8 @@ BENCHMARK(SaveOneWord)->Unit(benchmark::kMicrosecond)->UseRealTime();
 BENCHMARK(InsertAndDeleteWord)->Arg(100000)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kNanosecond);
 BENCHMARK_CAPTURE(StyleParagraphs, ThreeStyles, false)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(StyleParagraphs, OwnStyles, true)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
+BENCHMARK(DeleteStyledParagraphs)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
+BENCHMARK(StepCursor)->Arg(500)->Arg(5000)->Arg(15000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(FindWordMemmem)->Unit(benchmark::kMicrosecond);
 BENCHMARK(FindWordByCursor)->Unit(benchmark::kMicrosecond);
 
