@@ -1,9 +1,15 @@
 // VQVFEntry: one row of a view, a category, a main topic, a response or a total.
 //
-// An entry is a private copy of the row as it was read; statistics are read on first need. It keeps its navigator
-// alive. Operations on a null entry throw VQERR_OBJECT_NOT_INITIALIZED.
+// An entry is a private copy of the row as it was read; statistics are read on first need. It keeps its navigator and
+// its view alive; once these are closed, statistics and column values throw the status that says so. Operations on a
+// null entry throw VQERR_OBJECT_NOT_INITIALIZED.
 #ifndef QUILLON_VQ_VIEWS_VENTBODY_H
 #define QUILLON_VQ_VIEWS_VENTBODY_H
+
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
 
 #include "vq/views/vnavbody.h"
 
@@ -50,6 +56,10 @@ class VQ_API VQVFEntry : public VQSmartPtr {
   int IsUnread() const;
 
   VQVFEntryBody* GetEntryBody() const;
+
+ private:
+  VQVFEntryBody* Require() const;
+  VQVFEntryBody* RequireStatistics() const;
 };
 
 class VQ_API VQVFEntryBody : public VQBody {
@@ -59,10 +69,12 @@ class VQ_API VQVFEntryBody : public VQBody {
   static constexpr unsigned short kUnread = 0x0002;
   static constexpr unsigned short kStatistics = 0x0004;
 
-  // Takes the engine block over; a row that does not fit it gives VQERR_CANT_CREATE_ENTRY in *status.
-  VQVFEntryBody(VQVFNavigatorBody* navigator, const COLLECTIONPOSITION* position, ENGHANDLE buffer, std::uint32_t size,
-                VQSTATUS* status);
+  // A copy of the row as it was read.
+  VQVFEntryBody(VQVFNavigatorBody* navigator, const COLLECTIONPOSITION& position, const vq::EntryRow& row);
   ~VQVFEntryBody() override;
+  VQVFEntryBody(const VQVFEntryBody&) = delete;
+  VQVFEntryBody& operator=(const VQVFEntryBody&) = delete;
+  // Lets go of navigator and view.
   VQSTATUS Close() override;
   VQCLASSID GetClassID() const override;
 
@@ -78,24 +90,38 @@ class VQ_API VQVFEntryBody : public VQBody {
   const VQVFPosition& GetPosition() const { return Position; }
   VQVFENTRYTYPE GetType() const { return Type; }
   bool IsUnread() const { return (Flags & kUnread) != 0; }
-  VQVFNavigatorBody* GetNavigatorBody() const { return Navigator.GetNavigatorBody(); }
+  VQVFNavigatorBody* GetNavigatorBody() const { return Navigator; }
+  VQViewFolderBody* GetViewFolderBody() const { return ViewFolder; }
+  // The view, while the navigator reads from it.
+  [[nodiscard]] VQSTATUS CheckView(VQViewFolderBody** view) const;
 
  private:
+  [[nodiscard]] VQSTATUS RecountDescendants();
+  bool ShowsColumn(VQViewFolderBody* view, std::uint32_t index, bool include_hidden) const;
+  void MatchColumns(VQViewFolderBody* view) const;
+  // Type word and value of the summary's item, if it has that name.
+  bool FindValue(std::uint16_t index, std::string_view name, std::span<const unsigned char>* value) const;
+  [[nodiscard]] VQSTATUS ConstantItem(VQViewFolderBody* view, std::string_view constant, VQItem* item);
+  [[nodiscard]] VQSTATUS ExpandConstant(VQViewFolderBody* view, std::string_view constant, std::string* expanded);
+
   std::uint32_t ChildCount;
   std::uint32_t DescendantCount;
-  ENGHANDLE Buffer;
+  std::unique_ptr<unsigned char[]> Summary;
+  std::uint32_t SummarySize;
   std::uint16_t Flags;
   std::uint16_t IndentLevels;
-  VQVFNavigator Navigator;
+  VQVFNavigatorBody* Navigator;  // counted
+  VQViewFolderBody* ViewFolder;  // counted, null once the entry is closed
   std::uint32_t SlateID;
   VQVFPosition Position;
   std::uint16_t FTSearchScore;
   std::uint32_t SiblingCount;
-  std::uint16_t HeaderSize;
   TIMEDATE Time;  // the navigator's at the moment of reading
   VQVFENTRYTYPE Type;
   std::uint16_t AnyUnread;
-  ENGHANDLE UnreadTable;
+  ENGHANDLE UnreadTable;  // the navigator's
 };
+
+inline VQVFEntryBody* VQVFEntry::GetEntryBody() const { return static_cast<VQVFEntryBody*>(Body); }
 
 #endif

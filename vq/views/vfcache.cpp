@@ -1,33 +1,62 @@
+// VFCache: filling a block, and the rows that it has.
 #include "vq/views/vfcache.h"
+
+#include <algorithm>
+#include <new>
 
 #include "engine/memory.h"
 #include "engine/process.h"
+#include "vq/store/storetext.h"
 #include "vq/values/vqnumber.h"
-#include "vq/views/vnavbody.h"
+#include "vq/views/entryrow.h"
+#include "vq/views/navmove.h"
+#include "vq/views/ventbody.h"
 
 namespace {
 
-constexpr const char* kLimitKey = "$VQCPPAPI_MAX_CACHE_ENTRIES";
-constexpr std::uint32_t kNoLimit = 0xFFFFFFFF;
-
-// A text that is no number leaves the default.
-std::uint32_t LimitOf(const VQString& text) {
-  try {
-    const double limit = VQNumber(text);
-    return limit >= 0 && limit <= 4294967295.0 ? static_cast<std::uint32_t>(limit) : kNoLimit;
-  } catch (VQSTATUS) {
-    return kNoLimit;
-  }
-}
+constexpr char kFile[] = "VFCACHE";
+constexpr char kLimitKey[] = "$VQCPPAPI_MAX_CACHE_ENTRIES";
+constexpr double kHighestLimit = 4294967295.0;
 
 }  // namespace
 
-VFCache::~VFCache() { Close(); }
+VFCache::Locked::Locked(VFCache* cache) : Cache(cache) {
+  VQ_ASSERT_TEXT(cache->CachePtr == nullptr && cache->CacheHandle != 0, "CachePtr == 0 && CacheHandle", kFile);
+  cache->CachePtr = static_cast<const unsigned char*>(EngMemLock(cache->CacheHandle));
+  if (cache->CachePtr == nullptr) vq::Throw(VQERR_READ_ENTRIES);
+}
+
+VFCache::Locked::~Locked() {
+  Cache->CachePtr = nullptr;
+  EngMemUnlock(Cache->CacheHandle);
+}
+
+VFCache::~VFCache() { Clear(); }
+
+void VFCache::Bind(VQVFNavigatorBody* navigator) {
+  Navigator = navigator;
+  MaxCount = 0xFFFFFFFF;
+  try {
+    ReadLimit();
+  } catch (...) {
+    // A text that is no number is as good as none.
+    MaxCount = 0xFFFFFFFF;
+  }
+}
+
+void VFCache::ReadLimit() {
+  char text[255];
+  const std::uint16_t length = EngEnvGetString(kLimitKey, text, sizeof text);
+  if (length == 0) return;
+  const double limit = VQNumber(VQString(text, length));
+  if (limit >= 0 && limit <= kHighestLimit) MaxCount = static_cast<std::uint32_t>(limit);
+}
 
 void VFCache::Clear() {
   if (CacheHandle != 0) EngMemFree(CacheHandle);
-  if (IndexHandle != 0) EngMemFree(IndexHandle);
-  CacheHandle = IndexHandle = 0;
+  CacheHandle = 0;
+  CacheSize = 0;
+  Index.reset();
   Count = 0;
   CurrentIndex = FirstIndex = INDEX_UNKNOWN;
   SignalFlags = 0;
@@ -39,10 +68,170 @@ void VFCache::Close() {
   MaxCount = 0;
 }
 
-void VFCache::Bind(VQVFNavigatorBody* navigator) {
-  Navigator = navigator;
-  MaxCount = kNoLimit;
-  char text[255];
-  const std::uint16_t length = EngEnvGetString(kLimitKey, text, sizeof text);
-  if (length != 0) MaxCount = LimitOf(VQString(text, length));
+bool VFCache::KnowsEntryCount(std::uint32_t* count) { return Navigator->GetCount(count) == VQ_OK; }
+
+VQSTATUS VFCache::Fill(const vq::NavigatorMove& move) {
+  VQ_ASSERT(MaxCount > 0, kFile);
+  COLLECTIONPOSITION position = move.From;
+  Navigator->Limit(&position);
+  std::uint32_t entries = 0;
+  if (VQSTATUS status = Navigator->GetCount(&entries)) return status;
+  vq::EntryRows rows;
+  const VQSTATUS status =
+      Navigator->ReadEntries(&position, move.Skip, move.SkipCount, Navigator->StepCode(move.Backward),
+                             std::max(1U, std::min(MaxCount, entries)), Navigator->EntryMask() | ENG_READ_POSITION,
+                             &rows.Buffer, &rows.Length, &rows.Skipped, &rows.Returned, &rows.Signals);
+  if (status != VQ_OK) return status;
+  if (move.MustMove && rows.Skipped == 0) return VQWARN_NOT_FOUND;
+  return Adopt(&rows, move.Backward);
+}
+
+// A read of a find's rows goes on among their peers; what is behind the run is cut off.
+VQSTATUS VFCache::RowsInside(const COLLECTIONPOSITION& first, bool backward, std::uint32_t* count) const {
+  if (!Navigator->Contains(first)) return VQWARN_NOT_FOUND;
+  if (!Navigator->HasFlag(VQVFNavigatorBody::kFind)) return VQ_OK;
+  const COLLECTIONPOSITION& start = *Navigator->StartPosition.GetPosition();
+  const std::uint32_t offset = first.Tumbler[start.Level] - start.Tumbler[start.Level];
+  *count = std::min(*count, backward ? offset + 1 : Navigator->EntryCount - offset);
+  VQ_ASSERT(*count != 0, kFile);
+  return VQ_OK;
+}
+
+// The old block stays unless all of the new one is sound.
+VQSTATUS VFCache::Adopt(vq::EntryRows* rows, bool backward) {
+  const unsigned char* bytes = rows->Lock();
+  if (bytes == nullptr) return VQERR_READ_ENTRIES;
+  const bool scored = Navigator->HasFlag(VQVFNavigatorBody::kFTSearch);
+  std::uint32_t count = rows->Returned;
+  std::unique_ptr<std::uint32_t[]> index(new (std::nothrow) std::uint32_t[count]);
+  if (index == nullptr) return VQERR_INSUFFICIENT_MEMORY;
+  std::size_t at = 0;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    COLLECTIONPOSITION position;
+    vq::EntryRow row;
+    std::size_t used = 0;
+    if (vq::ReadRow(bytes + at, rows->Length - at, scored, &position, &row, &used) != VQ_OK) return VQERR_READ_ENTRIES;
+    if (i == 0) {
+      if (VQSTATUS status = RowsInside(position, backward, &count)) return status;
+    }
+    index[i] = static_cast<std::uint32_t>(at);
+    at += used;
+  }
+  if (backward) std::reverse(index.get(), index.get() + count);
+  Clear();
+  CacheSize = rows->Length;
+  SignalFlags = rows->Signals;
+  CacheHandle = rows->Give();
+  Index = std::move(index);
+  Count = count;
+  std::uint32_t entries = 0;
+  if (KnowsEntryCount(&entries) && entries == Count) FirstIndex = 0;
+  return VQ_OK;
+}
+
+std::uint32_t VFCache::IDAt(std::uint32_t index) const { return vq::LoadLong(CachePtr + Index[index]); }
+
+unsigned VFCache::LevelAt(std::uint32_t index) const {
+  const bool scored = Navigator->HasFlag(VQVFNavigatorBody::kFTSearch);
+  return vq::LoadWord(CachePtr + Index[index] + (scored ? VFFTENTRYDATA_SIZE : VFENTRYDATA_SIZE));
+}
+
+bool VFCache::IsMainAt(std::uint32_t index) const {
+  return (IDAt(index) & ENG_ROW_NO_DOCUMENT) == 0 && vq::LoadWord(CachePtr + Index[index] + 6) == 0;
+}
+
+bool VFCache::IsUnreadAt(std::uint32_t index) const {
+  const bool scored = Navigator->HasFlag(VQVFNavigatorBody::kFTSearch);
+  return vq::LoadWord(CachePtr + Index[index] + (scored ? VFFTENTRYDATA_SIZE : VFENTRYDATA_SIZE) - 2) != 0;
+}
+
+// Order of a row against a place: below 0 when the row is in front.
+int VFCache::ComparePlace(std::uint32_t index, const COLLECTIONPOSITION& place) const {
+  const bool scored = Navigator->HasFlag(VQVFNavigatorBody::kFTSearch);
+  const unsigned char* bytes = CachePtr + Index[index] + (scored ? VFFTENTRYDATA_SIZE : VFENTRYDATA_SIZE);
+  const unsigned level = vq::LoadWord(bytes);
+  for (unsigned i = 0; i <= std::min<unsigned>(level, place.Level); ++i) {
+    const std::uint32_t ordinal = vq::LoadLong(bytes + 4 + 4 * i);
+    if (ordinal != place.Tumbler[i]) return ordinal < place.Tumbler[i] ? -1 : 1;
+  }
+  return level == place.Level ? 0 : (level < place.Level ? -1 : 1);
+}
+
+VFCache::Landing VFCache::Locate(const VQVFPosition& position) const {
+  const COLLECTIONPOSITION& place = *position.GetPosition();
+  if (ComparePlace(0, place) > 0 || ComparePlace(Count - 1, place) < 0) return kOutside;
+  std::uint32_t low = 0;
+  std::uint32_t high = Count;
+  while (low < high) {
+    const std::uint32_t middle = low + (high - low) / 2;
+    if (ComparePlace(middle, place) < 0) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low < Count && ComparePlace(low, place) == 0 ? low : kNone;
+}
+
+VFCache::Landing VFCache::LocateCurrent(const VQVFPosition& position) const {
+  if (CurrentIndex < Count && ComparePlace(CurrentIndex, *position.GetPosition()) == 0) return CurrentIndex;
+  return Locate(position);
+}
+
+VQSTATUS VFCache::CopyOut(std::uint32_t index, VQVFPosition* position, VQVFEntry* entry) const {
+  COLLECTIONPOSITION place;
+  vq::EntryRow row;
+  std::size_t used = 0;
+  const std::uint32_t at = Index[index];
+  VQSTATUS status =
+      vq::ReadRow(CachePtr + at, CacheSize - at, Navigator->HasFlag(VQVFNavigatorBody::kFTSearch), &place, &row, &used);
+  if (status == VQ_OK && entry != nullptr) status = Navigator->MakeEntry(place, row, entry);
+  if (status == VQ_OK && position != nullptr) *position = &place;
+  return status;
+}
+
+VQSTATUS VFCache::GetEntry(const VQVFPosition& position, VQVFEntry* entry, bool no_cache) {
+  if (MaxCount == 0) return VQWARN_NO_CACHE;
+  if (HasBlock()) {
+    const Locked locked(this);
+    const Landing landing = Locate(position);
+    if (landing == kNone) return VQWARN_NOT_FOUND;
+    if (IsRow(landing)) {
+      CurrentIndex = landing;
+      return CopyOut(landing, nullptr, entry);
+    }
+  }
+  if (no_cache) {
+    Clear();
+    return VQWARN_NO_CACHE;
+  }
+  const vq::NavigatorMove stay{*position.GetPosition(), ENG_GO_CURRENT, 0, false, false};
+  const VQSTATUS status = Fill(stay);
+  if (status != VQ_OK) return status == VQWARN_NOT_FOUND ? VQERR_INVALID_PARAMETER : status;
+  CurrentIndex = 0;
+  const Locked locked(this);
+  return CopyOut(0, nullptr, entry);
+}
+
+VQSTATUS VFCache::GetIndexedEntry(std::uint32_t index, std::uint32_t last_index, VQVFPosition* position,
+                                  VQVFEntry* entry) {
+  if (MaxCount == 0) return VQWARN_NO_CACHE;
+  if (HasBlock()) {
+    const Locked locked(this);
+    if (FirstIndex == INDEX_UNKNOWN && last_index > 0) {
+      const Landing landing = Locate(*position);
+      if (landing == kNone) return VQWARN_NOT_FOUND;
+      if (IsRow(landing) && landing <= last_index) FirstIndex = last_index - landing;
+    }
+    if (FirstIndex != INDEX_UNKNOWN && index >= FirstIndex && index - FirstIndex < Count) {
+      CurrentIndex = index - FirstIndex;
+      return CopyOut(CurrentIndex, position, entry);
+    }
+  }
+  const vq::NavigatorMove move = Navigator->PlanIndex(index, last_index, *position);
+  if (VQSTATUS status = Fill(move)) return status;
+  CurrentIndex = move.Backward ? Count - 1 : 0;
+  if (index >= CurrentIndex) FirstIndex = index - CurrentIndex;
+  const Locked locked(this);
+  return CopyOut(CurrentIndex, position, entry);
 }

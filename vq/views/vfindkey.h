@@ -54,7 +54,8 @@ class VQ_API VQVFFindKeys : public VQQuillonClass {
   VQSTATUS Append(const VQString& text);
   VQSTATUS Append(const VQDatetime& moment);
   VQSTATUS Append(const double& number);
-  // Takes a key made with `new`, also on failure.
+  // Takes a key made with `new`, also on failure, unless it stands in a list already (VQERR_ALREADY_IN_LIST).
+  // VQERR_UNINITIALIZED_ARGUMENT for a key without a value.
   VQSTATUS Append(VQVFFindKey* key);
   VQSTATUS Copy(const VQVFFindKeys& other);
   // Lets all keys go.
@@ -62,16 +63,20 @@ class VQ_API VQVFFindKeys : public VQQuillonClass {
   // The keys as the engine takes them, good until the list changes; VQERR_ITEM_TABLE_SIZE above 65,535 bytes.
   VQSTATUS GetItemTable(const void** table) const;
   unsigned long GetCount() const { return Keys.GetCount(); }
+  // GetItemTable without the throw rule.
+  [[nodiscard]] VQSTATUS BuildTable(const void** table) const;
 
  private:
+  [[nodiscard]] VQSTATUS FillItemTable() const;
+
   mutable std::unique_ptr<unsigned char[]> ItemTable;  // null until built
   VQObjectList Keys;
 };
 
 enum VQVFCOMPARISON : unsigned short {
-  VQVFCOMPARISON_EQUAL = 0x00,
-  VQVFCOMPARISON_LESS = 0x40,        // the last of the rows before the key, in view order
-  VQVFCOMPARISON_LAST_EQUAL = 0x80,  // as equal, from the last match
+  VQVFCOMPARISON_EQUAL = 0x00,       // the first of the rows that match
+  VQVFCOMPARISON_LESS = 0x40,        // the last of the rows before the key
+  VQVFCOMPARISON_LAST_EQUAL = 0x80,  // the last of the rows that match
   VQVFCOMPARISON_GREATER = 0xC0,     // the last of the rows behind the key
 };
 

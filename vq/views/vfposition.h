@@ -15,7 +15,7 @@ class VQ_API VQVFPosition : public VQQuillonClass {
  public:
   // The first row of the top level.
   VQVFPosition();
-  // VQERR_NULL_POINTER is thrown for a null one.
+  // VQERR_NULL_POINTER is thrown for a null one, VQERR_OUT_OF_RANGE for a level above 31.
   explicit VQVFPosition(const COLLECTIONPOSITION* position);
   VQVFPosition(const VQVFPosition& other);
   ~VQVFPosition() override;

@@ -369,6 +369,14 @@ class VQ_API VQViewFolder : public VQSlate {
   VQSTATUS AddColumn(unsigned long position, const VQVFColumn* source, VQVFColumn* column);
   VQSTATUS CheckEntries(VQViewFolderBody** body) const;
   VQVFNavigator& RequireEntries() const;
+  template <typename Operation>
+  VQSTATUS WithEntries(Operation operation) const;
+  template <typename Key>
+  VQSTATUS FindKey(const Key& key, const VQVFFindOptions* options, VQVFEntry* entry, unsigned long* count,
+                   VQVFNavigator* navigator);
+  VQSTATUS FindKeys(const VQVFFindKeys& keys, const VQVFFindOptions* options, VQVFEntry* entry, unsigned long* count,
+                    VQVFNavigator* navigator);
+  VQSTATUS MakeNavigator(const VQVFPosition* start, std::uint32_t levels, VQVFNavigator* navigator) const;
   [[nodiscard]] VQSTATUS CheckFolder() const;
   VQSTATUS ChangeFolder(Change change, ENGHANDLE table);
   VQSTATUS FolderChanged(VQSTATUS status);

@@ -1,7 +1,8 @@
-// VQVFNavigator and its body: opening, closing and the one reader.
+// VQVFNavigatorBody: opening, closing, reading, what is inside.
 #include "vq/views/vnavbody.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "engine/collection.h"
 #include "engine/folder.h"
@@ -11,143 +12,257 @@
 #include "engine/status.h"
 #include "engine/time.h"
 #include "vq/store/storetext.h"
+#include "vq/views/entryrow.h"
+#include "vq/views/navmove.h"
 #include "vq/views/viewbody.h"
 
 namespace {
 
-constexpr std::uint16_t kFindUpdates = 0x0020;
-constexpr std::size_t kUserName = 256;
+constexpr char kFile[] = "VNAVBODY";
+constexpr std::uint16_t kOpenCurrent = 0x0020;  // asked for by all but the navigators of a find
+constexpr std::size_t kUserNameSize = 256;
+
+VQSTATUS OpenUnreadTable(ENGHANDLE database, ENGHANDLE* table) {
+  ENGCHAR user[kUserNameSize];
+  ENGSTATUS result = EngUserNameGet(user);
+  if (result != ENG_OK) return vq::FromEngine(result);
+  const std::size_t length = std::strlen(reinterpret_cast<const char*>(user));
+  return vq::FromEngine(EngDbGetUnreadTable(database, user, static_cast<std::uint16_t>(length), 1, table));
+}
 
 }  // namespace
 
-VQVFNavigator::VQVFNavigator() : LastIndex(0), Status(VQERR_OBJECT_NOT_INITIALIZED) {}
-VQVFNavigator::VQVFNavigator(const VQVFNavigator& other) = default;
-VQVFNavigator::VQVFNavigator(VQVFNavigatorBody* body) : VQVFNavigator() { *this = body; }
-VQVFNavigator& VQVFNavigator::operator=(const VQVFNavigator& other) = default;
-
-VQVFNavigator& VQVFNavigator::operator=(VQVFNavigatorBody* body) {
-  VQSmartPtr::operator=(body);
-  if (body != nullptr) Position = body->GetStartPosition();
-  LastIndex = 0;
-  Status = VQERR_OBJECT_NOT_INITIALIZED;
-  return *this;
-}
-
-VQCLASSID VQVFNavigator::GetClassID() const { return VQCLASSID_VQVFNAVIGATOR; }
-
 VQVFNavigatorBody::VQVFNavigatorBody(VQViewFolderBody* view, const VQVFPosition* start, std::uint32_t count,
                                      std::uint32_t flags, VQSTATUS* status)
-    : VQBody(view->GetSession()) {
-  Reset();
-  ViewFolder = view;
+    : VQBody(view->GetSession()),
+      Collection(0),
+      EntryCount(0),
+      Flags(0),
+      IDTable(0),
+      OpenStatus(VQERR_NO_COLLECTION),
+      CreationTime{},
+      UnreadTable(0),
+      ViewFolder(nullptr),
+      CountsView(false) {
   Cache.Bind(this);
-  *status = OpenCollection(start, count, flags);
+  *status = Open(view, start, count, flags);
   if (*status == VQ_OK) return;
-  VQVFNavigatorBody::Close();
+  ReleaseAll();
   OpenStatus = *status;
 }
 
 VQVFNavigatorBody::~VQVFNavigatorBody() {
-  try {
-    VQVFNavigatorBody::Close();
-  } catch (...) {
-    // The status of a close that a destructor runs is lost.
-  }
+  // What is built and released while closing must not bring the count to zero a second time.
+  ++RefCount;
+  ReleaseAll();
 }
 
 VQCLASSID VQVFNavigatorBody::GetClassID() const { return VQCLASSID_VQVFNAVIGATORBODY; }
 
-void VQVFNavigatorBody::Reset() {
-  Collection = IDTable = UnreadTable = 0;
-  EntryCount = 0;
-  Flags = 0;
-  OpenStatus = VQERR_NO_COLLECTION;
-  CreationTime = {};
-  ViewFolder = nullptr;
-  StartPosition.Reset();
+VQSTATUS VQVFNavigatorBody::HandOut(VQViewFolderBody* view, const VQVFPosition* start, std::uint32_t count,
+                                    std::uint32_t flags, VQVFNavigator* navigator) {
+  VQSTATUS status = VQ_OK;
+  VQVFNavigator made(new VQVFNavigatorBody(view, start, count, flags, &status));
+  VQVFNavigatorBody* body = made.GetNavigatorBody();
+  if (status == VQ_OK) status = view->GetOpenObjects().AddObject(body);
+  if (status != VQ_OK) return status;
+  view->AddReference();
+  body->CountsView = true;
+  *navigator = body;
+  return VQ_OK;
 }
 
-VQSTATUS VQVFNavigatorBody::OpenCollection(const VQVFPosition* start, std::uint32_t count, std::uint32_t flags) {
+VQSTATUS VQVFNavigatorBody::Open(VQViewFolderBody* view, const VQVFPosition* start, std::uint32_t count,
+                                 std::uint32_t flags) {
   if (start != nullptr && !start->IsSet()) return VQERR_UNINITIALIZED_ARGUMENT;
-  const ENGHANDLE entries = ViewFolder->GetEntryDatabase().GetDatabaseBody()->GetHandle();
-  const bool from_find = (flags & VQViewFolderBody::kFromFind) != 0;
-  if ((flags & VQVFOPENFLAGS_USE_UNREAD_LIST) != 0) {
-    ENGCHAR user[kUserName]{};
-    ENGSTATUS result = EngUserNameGet(user);
-    const auto length = static_cast<std::uint16_t>(std::find(user, user + kUserName - 1, 0) - user);
-    if (result == ENG_OK) result = EngDbGetUnreadTable(entries, user, length, 1, &UnreadTable);
-    if (result != ENG_OK) return vq::FromEngine(result);
-  }
-  const auto engine_flags = static_cast<std::uint16_t>((flags & 0xFFFF) | (from_find ? 0 : kFindUpdates));
-  VQSTATUS status =
-      vq::FromEngine(EngCollectionOpen(ViewFolder->GetDatabaseBody()->GetHandle(), entries, ViewFolder->GetID(),
-                                       engine_flags, UnreadTable, &Collection, nullptr, nullptr, nullptr, nullptr));
-  if (status != VQ_OK) return status;
+  const bool find = (flags & VQViewFolderBody::kFromFind) != 0;
+  ViewFolder = view;
+  if (VQSTATUS status = OpenCollection(flags)) return status;
   if (start != nullptr) StartPosition = *start;
-  std::uint32_t first = 0;
-  status = ReadFirst(start != nullptr && !from_find, &first);
-  if (status == VQWARN_NOT_FOUND && start != nullptr) return VQERR_NOT_FOUND;
+  const VQSTATUS status = Probe(start != nullptr && !find ? ENG_GO_CHILD : ENG_GO_CURRENT);
   if (VQIsError(status)) return status;
-  if (status == VQWARN_NOT_FOUND) Flags |= kCountKnown;
-  if (status == VQ_OK && (first & ENG_ROW_NO_DOCUMENT) != 0) Flags |= kCategorized;
-  if (status == VQ_OK && start != nullptr) TakeStart(*start, count, from_find);
+  if (status == VQWARN_NOT_FOUND) {
+    if (start != nullptr) return VQERR_NOT_FOUND;
+    Flags |= kCountKnown;
+  } else if (start != nullptr) {
+    Restrict(count, find);
+  }
   EngTimeNow(&CreationTime);
   return VQ_OK;
 }
 
-void VQVFNavigatorBody::TakeStart(const VQVFPosition& start, std::uint32_t count, bool from_find) {
-  COLLECTIONPOSITION& place = *StartPosition.GetPosition();
-  const std::uint32_t level = start.GetPosition()->Level;
-  place.MinLevel = static_cast<std::uint8_t>(level);
+VQSTATUS VQVFNavigatorBody::OpenCollection(std::uint32_t flags) {
+  const ENGHANDLE entries = ViewFolder->GetEntryDatabase().GetDatabaseBody()->GetHandle();
+  if ((flags & VQVFOPENFLAGS_USE_UNREAD_LIST) != 0) {
+    if (VQSTATUS status = OpenUnreadTable(entries, &UnreadTable)) return status;
+  }
+  // The rows of a find are those that were found: nothing is brought in between.
+  const bool find = (flags & VQViewFolderBody::kFromFind) != 0;
+  const std::uint32_t engine_flags =
+      find ? ENG_COLLECTION_NO_UPDATE | (flags & 0xFFFF & ~std::uint32_t{ENG_COLLECTION_REBUILD})
+           : kOpenCurrent | (flags & 0xFFFF);
+  return vq::FromEngine(EngCollectionOpen(ViewFolder->GetDatabaseBody()->GetHandle(), entries, ViewFolder->GetID(),
+                                          static_cast<std::uint16_t>(engine_flags), UnreadTable, &Collection, nullptr,
+                                          nullptr, nullptr, nullptr));
+}
+
+// Reads the first row's identifier. The start position becomes its place.
+VQSTATUS VQVFNavigatorBody::Probe(unsigned short skip) {
+  COLLECTIONPOSITION position = *StartPosition.GetPosition();
+  vq::EntryRows rows;
+  const VQSTATUS status = ReadEntries(&position, skip, skip == ENG_GO_CURRENT ? 0 : 1, ENG_GO_CURRENT, 1, ENG_READ_ID,
+                                      &rows.Buffer, &rows.Length, nullptr, &rows.Returned, nullptr);
+  if (status != VQ_OK) return status;
+  const unsigned char* bytes = rows.Lock();
+  if (bytes == nullptr || rows.Length < sizeof(std::uint32_t)) return VQERR_READ_ENTRIES;
+  const std::uint32_t id = vq::LoadLong(bytes);
+  const bool category = (id & ENG_ROW_NO_DOCUMENT) != 0 && (id & ENG_ROW_TOTAL) == 0;
+  Flags = static_cast<std::uint16_t>(category ? Flags | kCategorized : Flags & ~kCategorized);
+  StartPosition = &position;
+  return VQ_OK;
+}
+
+void VQVFNavigatorBody::Restrict(std::uint32_t count, bool find) {
+  COLLECTIONPOSITION* start = StartPosition.GetPosition();
   Flags |= kRestricted;
-  if (from_find) {
-    place.MaxLevel = place.MinLevel;
+  const auto level = static_cast<std::uint8_t>(start->Level);
+  start->MinLevel = level;
+  if (find) {
+    start->MaxLevel = level;
     EntryCount = count;
-    Flags |= kFind | kCountKnown;
+    Flags |= kCountKnown | kFind;
     return;
   }
   constexpr std::uint32_t kNoLimit = ENG_COLLECTION_NO_LIMIT;
-  place.MaxLevel =
-      static_cast<std::uint8_t>(count == 0 || count > kNoLimit ? kNoLimit : std::min(kNoLimit, level + count - 1));
+  const std::uint32_t deepest = count == 0 || count > kNoLimit ? kNoLimit : std::min(level + count - 1, kNoLimit);
+  start->MaxLevel = static_cast<std::uint8_t>(deepest);
 }
 
-VQSTATUS VQVFNavigatorBody::ReadFirst(bool below, std::uint32_t* id) {
-  COLLECTIONPOSITION place = *StartPosition.GetPosition();
-  ENGHANDLE buffer = 0;
-  std::uint32_t length = 0;
-  std::uint32_t returned = 0;
-  const VQSTATUS status = ReadEntries(&place, below ? ENG_GO_CHILD : ENG_GO_CURRENT, below ? 1 : 0, ENG_GO_CURRENT, 1,
-                                      ENG_READ_ID, &buffer, &length, nullptr, &returned, nullptr);
-  if (status != VQ_OK) return status;
-  const auto* bytes = static_cast<const unsigned char*>(EngMemLock(buffer));
-  const bool whole = bytes != nullptr && length >= sizeof(std::uint32_t);
-  if (whole) *id = vq::LoadWord(bytes) | static_cast<std::uint32_t>(vq::LoadWord(bytes + 2)) << 16;
-  if (bytes != nullptr) EngMemUnlock(buffer);
-  EngMemFree(buffer);
-  return whole ? VQ_OK : VQERR_CORRUPTED;
+VQSTATUS VQVFNavigatorBody::Close() {
+  if (Collection == 0 && ViewFolder == nullptr) return VQWARN_NOT_OPEN;
+  return ReleaseAll();
+}
+
+// Everything goes, and the first failure is told. The view goes last: it may have been kept alive by this object only.
+VQSTATUS VQVFNavigatorBody::ReleaseAll() {
+  Cache.Close();
+  VQSTATUS status = VQ_OK;
+  if (Collection != 0) status = vq::FromEngine(EngCollectionClose(Collection));
+  if (IDTable != 0) EngIdTableDestroy(IDTable);
+  if (UnreadTable != 0) EngIdTableDestroy(UnreadTable);
+  Collection = IDTable = UnreadTable = 0;
+  EntryCount = 0;
+  Flags = 0;
+  OpenStatus = VQERR_NO_COLLECTION;
+  StartPosition.Reset();
+  CreationTime = TIMEDATE{};
+  VQViewFolderBody* view = ViewFolder;
+  ViewFolder = nullptr;
+  if (!CountsView) return status;
+  CountsView = false;
+  // Not in the list any more where the view itself closes its navigators.
+  static_cast<void>(view->GetOpenObjects().RemoveObject(this));
+  view->Release();
+  return status;
 }
 
 VQSTATUS VQVFNavigatorBody::ReadEntries(COLLECTIONPOSITION* position, unsigned short skip, std::uint32_t skipCount,
                                         unsigned short navigation, std::uint32_t count, std::uint32_t mask,
                                         ENGHANDLE* buffer, std::uint32_t* length, std::uint32_t* skipped,
                                         std::uint32_t* returned, unsigned short* signals) {
-  const ENGSTATUS result = EngCollectionRead(Collection, position, skip, skipCount, navigation, count, mask, buffer,
-                                             length, skipped, returned, signals);
+  ENGHANDLE block = 0;
+  std::uint32_t rows = 0;
+  const ENGSTATUS result = EngCollectionRead(Collection, position, skip, skipCount, navigation, count, mask,
+                                             buffer != nullptr ? &block : nullptr, length, skipped, &rows, signals);
   if ((result & ENG_ERROR_MASK) == ENG_ERR_NO_ENTRY) return VQWARN_NOT_FOUND;
-  if (result != ENG_OK || buffer == nullptr) return vq::FromEngine(result);
-  if (*buffer != 0 && (returned == nullptr || *returned != 0)) return VQ_OK;
-  if (*buffer != 0) EngMemFree(*buffer);
-  *buffer = 0;
-  return VQWARN_NOT_FOUND;
+  if (result != ENG_OK) return vq::FromEngine(result);
+  if (returned != nullptr) *returned = rows;
+  if (buffer != nullptr && (block == 0 || rows == 0)) {
+    if (block != 0) EngMemFree(block);
+    return VQWARN_NOT_FOUND;
+  }
+  if (buffer != nullptr) *buffer = block;
+  return VQ_OK;
 }
 
-VQSTATUS VQVFNavigatorBody::Close() {
-  Cache.Close();
-  const bool was_open = Collection != 0;
-  // The collection reads the unread table to its end.
-  const VQSTATUS status = was_open ? vq::FromEngine(EngCollectionClose(Collection)) : VQWARN_NOT_OPEN;
+bool VQVFNavigatorBody::HasPrefixOfStart(const COLLECTIONPOSITION& position, unsigned levels) const {
+  const std::uint32_t* start = StartPosition.GetPosition()->Tumbler;
+  return std::equal(start, start + levels, position.Tumbler);
+}
+
+bool VQVFNavigatorBody::Contains(const COLLECTIONPOSITION& position) const {
+  if (HasFlag(kFTSearch)) return position.Level == 0 && position.Tumbler[0] - 1 < EntryCount;
+  if (!HasFlag(kRestricted)) return true;
+  const COLLECTIONPOSITION& start = *StartPosition.GetPosition();
+  if (HasFlag(kFind)) {
+    return position.Level == start.Level && HasPrefixOfStart(position, start.Level) &&
+           position.Tumbler[start.Level] - start.Tumbler[start.Level] < EntryCount;
+  }
+  VQ_ASSERT_TEXT(start.Level != 0 && start.Level == start.MinLevel, "start->Level && start->Level == start->MinLevel",
+                 kFile);
+  return position.Level >= start.MinLevel && position.Level <= start.MaxLevel &&
+         HasPrefixOfStart(position, start.Level);
+}
+
+void VQVFNavigatorBody::Limit(COLLECTIONPOSITION* position) const {
+  if (!HasFlag(kRestricted)) return;
+  const COLLECTIONPOSITION& start = *StartPosition.GetPosition();
+  position->MinLevel = start.MinLevel;
+  if (start.MaxLevel < ENG_COLLECTION_NO_LIMIT) position->MaxLevel = start.MaxLevel;
+}
+
+unsigned short VQVFNavigatorBody::LimitBits() const {
+  if (!HasFlag(kRestricted)) return 0;
+  const bool deep = StartPosition.GetPosition()->MaxLevel >= ENG_COLLECTION_NO_LIMIT;
+  return deep ? ENG_GO_MIN_LEVEL : ENG_GO_MIN_LEVEL | ENG_GO_MAX_LEVEL;
+}
+
+unsigned short VQVFNavigatorBody::StepCode(bool backward) const {
+  if (HasFlag(kFTSearch)) return backward ? ENG_GO_PREV_HIT : ENG_GO_NEXT_HIT;
+  return static_cast<unsigned short>((backward ? ENG_GO_PREV : ENG_GO_NEXT) | LimitBits());
+}
+
+std::uint32_t VQVFNavigatorBody::EntryMask() const { return HasFlag(kFTSearch) ? vq::kHitMask : vq::kEntryMask; }
+
+VQSTATUS VQVFNavigatorBody::GetCount(std::uint32_t* count) {
+  if (!HasFlag(kCountKnown)) {
+    COLLECTIONPOSITION from{};
+    from.MaxLevel = ENG_COLLECTION_NO_LIMIT;
+    if (HasFlag(kRestricted)) {
+      from = *StartPosition.GetPosition();
+      --from.Level;
+    }
+    std::uint32_t skipped = 0;
+    const VQSTATUS status = ReadEntries(&from, StepCode(false), vq::kToTheEnd, ENG_GO_CURRENT, 0, 0, nullptr, nullptr,
+                                        &skipped, nullptr, nullptr);
+    if (VQIsError(status)) return status;
+    EntryCount = status == VQ_OK ? skipped : 0;
+    Flags |= kCountKnown;
+  }
+  *count = EntryCount;
+  return VQ_OK;
+}
+
+void VQVFNavigatorBody::ForgetRows() {
+  EntryCount = 0;
+  Flags = static_cast<std::uint16_t>(Flags & ~kCountKnown);
   if (IDTable != 0) EngIdTableDestroy(IDTable);
-  if (UnreadTable != 0) EngIdTableDestroy(UnreadTable);
-  Reset();
-  return status;
+  IDTable = 0;
+  Cache.Clear();
+}
+
+VQSTATUS VQVFNavigatorBody::Refresh() {
+  if (HasFlag(kSearch)) return VQERR_INVALID_FOR_SEARCH_NAVIGATOR;
+  if (VQSTATUS status = vq::FromEngine(EngCollectionUpdate(Collection))) return status;
+  ForgetRows();
+  EngTimeNow(&CreationTime);
+  const VQSTATUS status = Probe(ENG_GO_CURRENT);
+  if (VQIsError(status)) return status;
+  if (status == VQWARN_NOT_FOUND) Flags |= kCountKnown;
+  return VQ_OK;
+}
+
+VQSTATUS VQVFNavigatorBody::MakeEntry(const COLLECTIONPOSITION& position, const vq::EntryRow& row, VQVFEntry* entry) {
+  *entry = new VQVFEntryBody(this, position, row);
+  return VQ_OK;
 }

@@ -21,6 +21,12 @@ class VQVFNavigatorBody;
 class VQViewFolder;
 class VQViewFolderBody;
 
+namespace vq {
+struct EntryRow;
+struct NavigatorMove;
+class EntryRows;
+}  // namespace vq
+
 enum VQNAVIGATION : unsigned int {
   VQNAVIGATE_CHILD = 0,
   VQNAVIGATE_FIRST = 1,
@@ -83,7 +89,8 @@ class VQ_API VQVFNavigator : public VQSmartPtr {
   VQSTATUS Find(const VQVFFindKeys& keys, const VQVFFindOptions& options, VQVFEntry* entry,
                 unsigned long* count = nullptr, VQVFNavigator* navigator = nullptr);
   VQSTATUS GetEntry(VQVFEntry* entry);
-  // The entry at a position; the place moves there.
+  // The entry at a position; the navigator's own place stays. VQERR_OUT_OF_RANGE for one outside the navigator,
+  // VQWARN_NOT_FOUND or VQERR_INVALID_PARAMETER where there is no row.
   VQSTATUS GetEntry(VQVFEntry* entry, const VQVFPosition& position);
   unsigned long GetEntryCount() const;
   VQDatabase GetEntryDatabase() const;
@@ -106,7 +113,20 @@ class VQ_API VQVFNavigator : public VQSmartPtr {
   VQSTATUS GetStatus() const { return Status; }
 
  private:
-  std::uint32_t LastIndex;
+  friend class VQViewFolder;
+
+  // The body, with an open collection.
+  [[nodiscard]] VQSTATUS CheckOpen(VQVFNavigatorBody** body) const;
+  VQVFNavigatorBody* RequireOpen() const;
+  VQSTATUS FindKeys(const VQVFFindKeys& keys, const VQVFFindOptions* options, VQVFEntry* entry, unsigned long* count,
+                    VQVFNavigator* navigator);
+  template <typename Key>
+  VQSTATUS FindKey(const Key& key, const VQVFFindOptions* options, VQVFEntry* entry, unsigned long* count,
+                   VQVFNavigator* navigator);
+  // The place is another one than operator[] left.
+  VQSTATUS Moved(VQSTATUS status);
+
+  std::uint32_t LastIndex;  // of the last operator[], 0 after any other move
   VQVFPosition Position;
   VQSTATUS Status;
 };
@@ -123,7 +143,8 @@ class VQ_API VQVFNavigatorBody : public VQBody {
   static constexpr unsigned short kSearch = kFTSearch | kFind;
 
   // The whole view, or the part below `start`: `count` levels of descendants, 0 for all, or with the Find bit in
-  // `flags` that many rows from `start` on. What went wrong goes to *status.
+  // `flags` that many rows from `start` on. What went wrong goes to *status; VQERR_NOT_FOUND when there is no row below
+  // `start`.
   VQVFNavigatorBody(VQViewFolderBody* view, const VQVFPosition* start, std::uint32_t count, std::uint32_t flags,
                     VQSTATUS* status);
   ~VQVFNavigatorBody() override;
@@ -132,17 +153,30 @@ class VQ_API VQVFNavigatorBody : public VQBody {
   VQSTATUS Close() override;
   VQCLASSID GetClassID() const override;
 
+  // As the constructor, for a navigator that is handed out: it counts its view, stands in the view's list, and closes
+  // with the view. On failure *navigator is as it was.
+  [[nodiscard]] static VQSTATUS HandOut(VQViewFolderBody* view, const VQVFPosition* start, std::uint32_t count,
+                                        std::uint32_t flags, VQVFNavigator* navigator);
+
   // The one reader of the collection. Null outputs are not asked for; the buffer is the caller's. VQWARN_NOT_FOUND at
   // the end.
   [[nodiscard]] VQSTATUS ReadEntries(COLLECTIONPOSITION* position, unsigned short skip, std::uint32_t skipCount,
                                      unsigned short navigation, std::uint32_t count, std::uint32_t mask,
                                      ENGHANDLE* buffer, std::uint32_t* length, std::uint32_t* skipped,
                                      std::uint32_t* returned, unsigned short* signals);
-  [[nodiscard]] VQSTATUS BuildIDTable(const VQVFPosition& position, unsigned short skip, std::uint32_t skipCount,
+  // Slate IDs of documents only; the caller destroys *table.
+  [[nodiscard]] VQSTATUS BuildIDTable(const COLLECTIONPOSITION& position, unsigned short skip, std::uint32_t skipCount,
                                       unsigned short navigation, std::uint32_t count, ENGHANDLE* table);
   // Searches this navigator, a fresh one over the whole view.
   [[nodiscard]] VQSTATUS FTSearch(const VQString& query, const VQFTSearchOptions* options,
                                   VQVFNavigatorBody* restriction);
+  // Outputs may be null. *position is the place to be moved; it stays when nothing is found.
+  [[nodiscard]] VQSTATUS Find(const VQVFFindKeys& keys, const VQVFFindOptions* options, VQVFPosition* position,
+                              VQVFEntry* entry, unsigned long* count, VQVFNavigator* navigator);
+  // The navigator's own.
+  [[nodiscard]] VQSTATUS GetTable(ENGHANDLE* table);
+  [[nodiscard]] VQSTATUS GetCount(std::uint32_t* count);
+
   ENGHANDLE GetCollectionHandle() const { return Collection; }
   VQSTATUS GetOpenStatus() const { return Collection != 0 ? VQ_OK : OpenStatus; }
   bool HasFlag(unsigned short mask) const { return (Flags & mask) != 0; }
@@ -154,11 +188,47 @@ class VQ_API VQVFNavigatorBody : public VQBody {
   friend class VQVFEntryBody;
   friend class VQVFNavigator;
 
-  [[nodiscard]] VQSTATUS OpenCollection(const VQVFPosition* start, std::uint32_t count, std::uint32_t flags);
-  // Reads the first row's identifier; VQWARN_NOT_FOUND when there is no row.
-  [[nodiscard]] VQSTATUS ReadFirst(bool below, std::uint32_t* id);
-  void TakeStart(const VQVFPosition& start, std::uint32_t count, bool from_find);
-  void Reset();
+  VQSTATUS Open(VQViewFolderBody* view, const VQVFPosition* start, std::uint32_t count, std::uint32_t flags);
+  [[nodiscard]] VQSTATUS OpenCollection(std::uint32_t flags);
+  [[nodiscard]] VQSTATUS Probe(unsigned short skip);
+  void Restrict(std::uint32_t count, bool find);
+  VQSTATUS ReleaseAll();
+  [[nodiscard]] VQSTATUS Refresh();
+  void ForgetRows();
+
+  bool IsEmpty() const { return HasFlag(kCountKnown) && EntryCount == 0; }
+  bool Contains(const COLLECTIONPOSITION& position) const;
+  bool HasPrefixOfStart(const COLLECTIONPOSITION& position, unsigned levels) const;
+  // Limits of a read of this navigator: in the position, and as bits of the code.
+  void Limit(COLLECTIONPOSITION* position) const;
+  unsigned short LimitBits() const;
+  unsigned short StepCode(bool backward) const;
+  std::uint32_t EntryMask() const;
+
+  // The code as this kind of navigator takes it; VQWARN_NOT_FOUND where it has no such move.
+  [[nodiscard]] VQSTATUS Translate(VQNAVIGATION* code) const;
+  [[nodiscard]] VQSTATUS PlanGoto(VQNAVIGATION code, const VQVFPosition& position, vq::NavigatorMove* move);
+  [[nodiscard]] VQSTATUS PlanHit(VQNAVIGATION code, vq::NavigatorMove* move) const;
+  [[nodiscard]] VQSTATUS PlanFound(VQNAVIGATION code, vq::NavigatorMove* move) const;
+  [[nodiscard]] VQSTATUS PlanFromCategory(VQNAVIGATION code, vq::NavigatorMove* move);
+  vq::NavigatorMove PlanIndex(std::uint32_t index, std::uint32_t last_index, const VQVFPosition& position) const;
+  [[nodiscard]] VQSTATUS IsCategoryAt(const COLLECTIONPOSITION& position, bool* category);
+  [[nodiscard]] VQSTATUS MakeMove(const vq::NavigatorMove& move, VQVFPosition* position, VQVFEntry* entry);
+  [[nodiscard]] VQSTATUS MakeEntry(const COLLECTIONPOSITION& position, const vq::EntryRow& row, VQVFEntry* entry);
+
+  [[nodiscard]] VQSTATUS Goto(VQNAVIGATION code, VQVFPosition* position, VQVFEntry* entry);
+  [[nodiscard]] VQSTATUS GetEntry(const VQVFPosition& position, bool cached, VQVFEntry* entry);
+  [[nodiscard]] VQSTATUS GetIndexed(std::uint32_t index, std::uint32_t last_index, VQVFPosition* position,
+                                    VQVFEntry* entry);
+  // Whether a place can be this navigator's, and whether there is a row.
+  [[nodiscard]] VQSTATUS CheckPosition(const VQVFPosition& position) const;
+  [[nodiscard]] VQSTATUS CheckRow(const COLLECTIONPOSITION& position);
+  [[nodiscard]] VQSTATUS DeleteEntries(VQVFEntryBody* entry, bool with_descendants);
+  [[nodiscard]] VQSTATUS DeleteWithDescendants(VQVFEntryBody* entry);
+  [[nodiscard]] VQSTATUS DeleteAllEntries();
+  [[nodiscard]] VQSTATUS FindInCollection(const VQVFFindKeys& keys, unsigned short flags, bool counted,
+                                          COLLECTIONPOSITION* position, std::uint32_t* count);
+  [[nodiscard]] VQSTATUS StepOutOfCategory(COLLECTIONPOSITION* position, std::uint32_t* count);
 
   VFCache Cache;
   ENGHANDLE Collection;
@@ -169,7 +239,8 @@ class VQ_API VQVFNavigatorBody : public VQBody {
   VQVFPosition StartPosition;
   TIMEDATE CreationTime;
   ENGHANDLE UnreadTable;
-  VQViewFolderBody* ViewFolder;  // not counted: the view closes its navigators before it goes
+  VQViewFolderBody* ViewFolder;
+  bool CountsView;  // all but the one that is built into the view
 };
 
 inline VQVFNavigatorBody* VQVFNavigator::GetNavigatorBody() const { return static_cast<VQVFNavigatorBody*>(Body); }

@@ -1,0 +1,49 @@
+#include "vq/views/entryrow.h"
+
+#include "vq/store/storetext.h"
+#include "vq/views/vfcache.h"
+
+namespace vq {
+
+namespace {
+
+constexpr std::size_t kPositionHead = 4;
+constexpr std::size_t kSummaryHead = 4;
+
+// The bytes of the position, 0 when it leads out.
+std::size_t ReadPosition(const unsigned char* bytes, std::size_t size, COLLECTIONPOSITION* position) {
+  if (size < kPositionHead) return 0;
+  position->Level = LoadWord(bytes);
+  if (position->Level >= ENG_COLLECTION_LEVELS) return 0;
+  const std::size_t length = (position->Level + std::size_t{2}) * 4;
+  if (size < length) return 0;
+  position->MinLevel = bytes[2];
+  position->MaxLevel = bytes[3];
+  for (unsigned i = 0; i <= position->Level; ++i) position->Tumbler[i] = LoadLong(bytes + kPositionHead + 4 * i);
+  return length;
+}
+
+}  // namespace
+
+VQSTATUS ReadRow(const unsigned char* bytes, std::size_t size, bool scored, COLLECTIONPOSITION* position, EntryRow* row,
+                 std::size_t* used) {
+  std::size_t at = scored ? VFFTENTRYDATA_SIZE : VFENTRYDATA_SIZE;
+  if (size < at) return VQERR_CANT_CREATE_ENTRY;
+  row->ID = LoadLong(bytes);
+  row->IndentLevels = LoadWord(bytes + 6);
+  row->Score = scored ? LoadWord(bytes + 8) : std::uint16_t{0};
+  row->Unread = LoadWord(bytes + at - 2);
+  if (position != nullptr) {
+    const std::size_t length = ReadPosition(bytes + at, size - at, position);
+    if (length == 0) return VQERR_CANT_CREATE_ENTRY;
+    at += length;
+  }
+  if (size - at < kSummaryHead) return VQERR_CANT_CREATE_ENTRY;
+  row->Summary = bytes + at;
+  row->SummarySize = LoadWord(bytes + at);
+  if (row->SummarySize < kSummaryHead || size - at < row->SummarySize) return VQERR_CANT_CREATE_ENTRY;
+  *used = at + row->SummarySize;
+  return VQ_OK;
+}
+
+}  // namespace vq
