@@ -161,7 +161,8 @@ VQSTATUS VQVFNavigatorBody::ReleaseAll() {
   if (!CountsView) return status;
   CountsView = false;
   // Not in the list any more where the view itself closes its navigators.
-  static_cast<void>(view->GetOpenObjects().RemoveObject(this));
+  VQElement* element = nullptr;
+  if (view->GetOpenObjects().GetElement(this, &element) == VQ_OK) view->GetOpenObjects().DeleteElement(element);
   view->Release();
   return status;
 }
