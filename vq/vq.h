@@ -25,6 +25,7 @@
 #include "vq/store/vqcreate.h"
 #include "vq/store/vqdbbody.h"
 #include "vq/store/vqdoc.h"
+#include "vq/store/vqftsrch.h"
 #include "vq/store/vqidtab.h"
 #include "vq/store/vqitem.h"
 #include "vq/store/vqslate.h"

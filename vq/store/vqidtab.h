@@ -16,6 +16,8 @@
 class VQDocument;
 class VQSlate;
 class VQSlateBody;
+class VQVFNavigator;
+class VQViewFolder;
 
 // The set itself. Operations return their status; those without one throw. Closed, every one gives
 // VQERR_OBJECT_NOT_INITIALIZED.
@@ -89,6 +91,10 @@ class VQ_API VQSlateArray : public VQSmartPtr {
   VQSlateArray();
   // An empty array of an open database; a closed one throws VQERR_UNINITIALIZED_ARGUMENT.
   explicit VQSlateArray(const VQDatabase& database);
+  // The documents of the entries, in a set of the array's own. Throws VQERR_UNINITIALIZED_ARGUMENT for a null source, or
+  // the status that says why entries can't be read.
+  explicit VQSlateArray(const VQViewFolder& view);
+  explicit VQSlateArray(const VQVFNavigator& navigator);
   VQSlateArray(const VQSlateArray& other);
   VQSlateArray& operator=(const VQSlateArray& other);
   VQCLASSID GetClassID() const override;
@@ -100,6 +106,9 @@ class VQ_API VQSlateArray : public VQSmartPtr {
   virtual VQSTATUS Add(const VQSlate& slate);
   virtual VQSTATUS Add(unsigned long id);
   virtual VQSTATUS Add(const VQSlateArray& other);
+  // The documents of a view's or navigator's entries as it has them now.
+  virtual VQSTATUS Add(const VQViewFolder& view);
+  virtual VQSTATUS Add(const VQVFNavigator& navigator);
   // An engine table that stays the caller's; VQERR_EMPTY_ARRAY when it has no entries.
   virtual VQSTATUS Add(void* idtable);
   virtual VQSTATUS Copy(VQSlateArray* copy) const;
@@ -108,6 +117,8 @@ class VQ_API VQSlateArray : public VQSmartPtr {
   virtual VQSTATUS Remove(const VQSlate& slate);
   virtual VQSTATUS Remove(unsigned long id);
   virtual VQSTATUS Remove(const VQSlateArray& other);
+  virtual VQSTATUS Remove(const VQViewFolder& view);
+  virtual VQSTATUS Remove(const VQVFNavigator& navigator);
   virtual VQSTATUS Remove(void* idtable);
   virtual VQSTATUS RemoveAll();
 
@@ -132,6 +143,11 @@ class VQ_API VQSlateArray : public VQSmartPtr {
   VQSTATUS CheckChange() const;
 
  private:
+  template <typename Source>
+  void TakeEntries(const Source& source);
+  template <typename Source>
+  VQSTATUS ChangeByEntries(const Source& source, bool add);
+
   VQDatabase Database;
   std::uint32_t SlateClass;
 };

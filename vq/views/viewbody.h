@@ -376,6 +376,8 @@ class VQ_API VQViewFolder : public VQSlate {
                    VQVFNavigator* navigator);
   VQSTATUS FindKeys(const VQVFFindKeys& keys, const VQVFFindOptions* options, VQVFEntry* entry, unsigned long* count,
                     VQVFNavigator* navigator);
+  [[nodiscard]] VQSTATUS SearchEntries(const VQString& query, VQVFNavigator* navigator,
+                                       const VQFTSearchOptions* options, const VQVFNavigator* restriction);
   VQSTATUS MakeNavigator(const VQVFPosition* start, std::uint32_t levels, VQVFNavigator* navigator) const;
   [[nodiscard]] VQSTATUS CheckFolder() const;
   VQSTATUS ChangeFolder(Change change, ENGHANDLE table);
@@ -386,7 +388,7 @@ class VQ_API VQViewFolder : public VQSlate {
   VQSTATUS ChangeSlate(Change change, const VQSlate& document);
   VQSTATUS ChangeMany(Change change, const VQDatabase& database, ENGHANDLE table);
   template <typename Source>
-  VQSTATUS ChangeFrom(Change change, Source source);
+  VQSTATUS ChangeFrom(Change change, const Source& source);
 };
 
 // The open view. Operations return their status and leave the throw rule to the handle.

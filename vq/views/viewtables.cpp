@@ -1,0 +1,81 @@
+// Entries as sets of documents: arrays made from them, and folders that take them.
+#include "engine/idtable.h"
+#include "vq/views/viewbody.h"
+
+namespace {
+
+// A navigator's documents, and the database that they stand in.
+struct Documents {
+  VQVFNavigator Source;
+  ENGHANDLE Table = 0;
+  VQDatabase Database;
+};
+
+VQSTATUS Collect(const VQVFNavigator& navigator, Documents* documents) {
+  if (navigator.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
+  documents->Source = navigator;
+  VQVFNavigatorBody* body = documents->Source.GetNavigatorBody();
+  if (VQSTATUS status = body->GetOpenStatus()) return status;
+  documents->Database = body->GetViewFolderBody()->GetEntryDatabase();
+  return body->GetTable(&documents->Table);
+}
+
+VQSTATUS Collect(const VQViewFolder& view, Documents* documents) {
+  if (view.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
+  VQViewFolderBody* body = view.GetViewFolderBody();
+  if (body == nullptr) return VQERR_VIEW_NOT_OPEN;
+  if (VQSTATUS status = body->GetNavigatorStatus()) return status;
+  return Collect(body->GetNavigator(), documents);
+}
+
+template <typename Source>
+VQSTATUS CopyDocuments(const Source& source, Documents* documents, ENGHANDLE* copy) {
+  if (VQSTATUS status = Collect(source, documents)) return status;
+  return vq::FromEngine(EngIdTableCopy(documents->Table, copy));
+}
+
+}  // namespace
+
+template <typename Source>
+void VQSlateArray::TakeEntries(const Source& source) {
+  Documents documents;
+  ENGHANDLE copy = 0;
+  vq::ThrowIfError(CopyDocuments(source, &documents, &copy));
+  CreateVQIDTable(copy);
+  Database = documents.Database;
+  SlateClass = VQSLATECLASS_DOCUMENT;
+}
+
+VQSlateArray::VQSlateArray(const VQViewFolder& view) : SlateClass(0) { TakeEntries(view); }
+VQSlateArray::VQSlateArray(const VQVFNavigator& navigator) : SlateClass(0) { TakeEntries(navigator); }
+
+template <typename Source>
+VQSTATUS VQSlateArray::ChangeByEntries(const Source& source, bool add) {
+  VQSTATUS status = CheckChange();
+  Documents documents;
+  if (status == VQ_OK) status = Collect(source, &documents);
+  if (status == VQ_OK && add && documents.Database.GetDatabaseBody() != Database.GetDatabaseBody()) {
+    status = VQERR_DIFFERENT_DATABASE;
+  }
+  if (status == VQ_OK && EngIdTableEntries(documents.Table) == 0) status = VQERR_EMPTY_ARRAY;
+  if (status == VQ_OK) status = add ? Table()->AddTable(documents.Table) : Table()->RemoveTable(documents.Table);
+  return vq::Apply(status);
+}
+
+VQSTATUS VQSlateArray::Add(const VQViewFolder& view) { return ChangeByEntries(view, true); }
+VQSTATUS VQSlateArray::Add(const VQVFNavigator& navigator) { return ChangeByEntries(navigator, true); }
+VQSTATUS VQSlateArray::Remove(const VQViewFolder& view) { return ChangeByEntries(view, false); }
+VQSTATUS VQSlateArray::Remove(const VQVFNavigator& navigator) { return ChangeByEntries(navigator, false); }
+
+template <typename Source>
+VQSTATUS VQViewFolder::ChangeFrom(Change change, const Source& source) {
+  VQSTATUS status = CheckFolder();
+  Documents documents;
+  if (status == VQ_OK) status = Collect(source, &documents);
+  return status == VQ_OK ? ChangeMany(change, documents.Database, documents.Table) : vq::Apply(status);
+}
+
+VQSTATUS VQViewFolder::FolderAddDocuments(const VQViewFolder& source) { return ChangeFrom(Change::Add, source); }
+VQSTATUS VQViewFolder::FolderAddDocuments(const VQVFNavigator& source) { return ChangeFrom(Change::Add, source); }
+VQSTATUS VQViewFolder::FolderRemoveDocuments(const VQViewFolder& source) { return ChangeFrom(Change::Remove, source); }
+VQSTATUS VQViewFolder::FolderRemoveDocuments(const VQVFNavigator& source) { return ChangeFrom(Change::Remove, source); }
