@@ -1,0 +1,351 @@
+#include "qcore/index/page.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "qcore/store/wire.h"
+
+namespace qcore::index {
+
+namespace {
+
+constexpr std::size_t kHeadSize = 2;  // level and kind
+constexpr std::uint8_t kForm = 1;
+
+std::size_t CommonLength(std::string_view a, std::string_view b) {
+  const std::size_t most = std::min(a.size(), b.size());
+  std::size_t length = 0;
+  while (length < most && a[length] == b[length]) ++length;
+  return length;
+}
+
+std::uint32_t HeadOf(std::string_view suffix) {
+  std::uint32_t head = 0;
+  for (std::size_t i = 0; i < 4; ++i)
+    head = head << 8 | (i < suffix.size() ? static_cast<std::uint8_t>(suffix[i]) : 0u);
+  return head;
+}
+
+std::string_view AsText(const std::uint8_t* at, std::size_t size) { return {reinterpret_cast<const char*>(at), size}; }
+
+Bytes AsBytes(std::string_view text) { return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}; }
+
+std::vector<std::uint8_t> RecordOf(const Row& row, std::size_t prefix) {
+  std::vector<std::uint8_t> record;
+  record.reserve(row.key.size() - prefix + row.value.size() + kHeadSize + 3);
+  record.push_back(row.level);
+  record.push_back(static_cast<std::uint8_t>(static_cast<unsigned>(row.kind) | static_cast<unsigned>(row.indent) << 3));
+  WireWriter writer(&record);
+  writer.PutVarint(row.key.size() - prefix);
+  writer.PutBytes(AsBytes(std::string_view(row.key).substr(prefix)));
+  writer.PutBytes(row.value);
+  return record;
+}
+
+// Grows by an eighth, not by half: rows have to be small in memory.
+template <typename T>
+void MakeRoom(std::vector<T>* vector, std::size_t more) {
+  if (vector->capacity() < vector->size() + more) vector->reserve(vector->size() + more + vector->size() / 8);
+}
+
+}  // namespace
+
+void Sum::Add(const Sum& other) {
+  rows += other.rows;
+  documents += other.documents;
+  if (other.least < least) {
+    least = other.least;
+    at_least = 0;
+  }
+  if (other.least == least) at_least += other.at_least;
+  if (totals.size() < other.totals.size()) totals.resize(other.totals.size());
+  for (std::size_t i = 0; i < other.totals.size(); ++i) totals[i] += other.totals[i];
+}
+
+void Sum::AddRow(std::uint8_t level, RowKind kind) {
+  ++rows;
+  if (kind == RowKind::kDocument) ++documents;
+  if (level < least) {
+    least = level;
+    at_least = 0;
+  }
+  if (level == least) ++at_least;
+}
+
+std::uint32_t IdInKey(std::string_view key) {
+  return key.size() < kIdSize ? 0 : HeadOf(key.substr(key.size() - kIdSize));
+}
+
+void AppendId(std::uint32_t id, std::string* key) {
+  for (int shift = 24; shift >= 0; shift -= 8) key->push_back(static_cast<char>(id >> shift));
+}
+
+std::size_t Leaf::PrefixRoom(std::string_view key) { return key.size() < kIdSize ? 0 : key.size() - kIdSize; }
+
+std::string_view Leaf::SuffixAt(std::uint32_t row, std::size_t* value_at) const {
+  const std::uint8_t* at = bytes_.data() + offsets_[row] + kHeadSize;
+  std::size_t length = *at & 0x7F;
+  for (int shift = 7; (*at++ & 0x80) != 0; shift += 7) length |= std::size_t{*at & 0x7Fu} << shift;
+  *value_at = static_cast<std::size_t>(at - bytes_.data()) + length;
+  return AsText(at, length);
+}
+
+std::string Leaf::KeyAt(std::uint32_t row) const {
+  const std::string_view suffix = SuffixAt(row);
+  std::string key;
+  key.reserve(prefix_.size() + suffix.size());
+  return key.append(prefix_).append(suffix);
+}
+
+std::uint32_t Leaf::IdAt(std::uint32_t row) const { return IdInKey(SuffixAt(row)); }
+
+Bytes Leaf::ValueAt(std::uint32_t row) const {
+  std::size_t value_at = 0;
+  SuffixAt(row, &value_at);
+  return Bytes(bytes_).subspan(value_at, EndOf(row) - value_at);
+}
+
+Row Leaf::RowAt(std::uint32_t row) const {
+  const Bytes value = ValueAt(row);
+  return {KeyAt(row), LevelAt(row), KindAt(row), IndentAt(row), {value.begin(), value.end()}};
+}
+
+std::uint32_t Leaf::LowerBound(std::string_view key) const {
+  const int order = key.substr(0, prefix_.size()).compare(prefix_);
+  if (order != 0) return order < 0 ? 0 : count();
+  const std::string_view rest = key.substr(prefix_.size());
+  const std::uint32_t head = HeadOf(rest);
+  const auto same = std::equal_range(heads_.begin(), heads_.end(), head);
+  auto first = static_cast<std::uint32_t>(same.first - heads_.begin());
+  auto last = static_cast<std::uint32_t>(same.second - heads_.begin());
+  while (first < last) {
+    const std::uint32_t middle = (first + last) / 2;
+    if (SuffixAt(middle) < rest) {
+      first = middle + 1;
+    } else {
+      last = middle;
+    }
+  }
+  return first;
+}
+
+bool Leaf::HasKey(std::uint32_t row, std::string_view key) const {
+  return row < count() && key.starts_with(prefix_) && SuffixAt(row) == key.substr(prefix_.size());
+}
+
+void Leaf::Assign(std::span<const Row> rows) {
+  prefix_.clear();
+  if (!rows.empty()) {
+    std::size_t length = PrefixRoom(rows.front().key);
+    for (const Row& row : rows) length = std::min(length, PrefixRoom(row.key));
+    // Keys are in order: what the first and the last have in common, all have.
+    prefix_ = rows.front().key.substr(0, std::min(length, CommonLength(rows.front().key, rows.back().key)));
+  }
+  heads_.clear();
+  offsets_.clear();
+  bytes_.clear();
+  std::size_t size = 0;
+  for (const Row& row : rows) size += row.key.size() - prefix_.size() + row.value.size() + kHeadSize + 2;
+  bytes_.reserve(size);
+  heads_.reserve(rows.size());
+  offsets_.reserve(rows.size());
+  for (const Row& row : rows) {
+    const std::vector<std::uint8_t> record = RecordOf(row, prefix_.size());
+    heads_.push_back(HeadOf(std::string_view(row.key).substr(prefix_.size())));
+    offsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
+    bytes_.insert(bytes_.end(), record.begin(), record.end());
+  }
+}
+
+void Leaf::ShortenPrefix(std::size_t length) {
+  std::vector<Row> rows(count());
+  for (std::uint32_t i = 0; i < count(); ++i) rows[i] = RowAt(i);
+  prefix_.resize(length);
+  heads_.clear();
+  offsets_.clear();
+  bytes_.clear();
+  for (const Row& row : rows) {
+    const std::vector<std::uint8_t> record = RecordOf(row, length);
+    heads_.push_back(HeadOf(std::string_view(row.key).substr(length)));
+    offsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
+    bytes_.insert(bytes_.end(), record.begin(), record.end());
+  }
+}
+
+void Leaf::Replace(std::uint32_t at, std::size_t old_size, Bytes record) {
+  const auto place = bytes_.begin() + offsets_[at];
+  const std::size_t kept = std::min(old_size, record.size());
+  std::copy_n(record.begin(), kept, place);
+  const auto behind = place + static_cast<std::ptrdiff_t>(kept);
+  if (record.size() > old_size) {
+    const auto offset = behind - bytes_.begin();
+    MakeRoom(&bytes_, record.size() - old_size);
+    bytes_.insert(bytes_.begin() + offset, record.begin() + static_cast<std::ptrdiff_t>(kept), record.end());
+  } else {
+    bytes_.erase(behind, behind + static_cast<std::ptrdiff_t>(old_size - kept));
+  }
+  const auto shift = static_cast<std::uint32_t>(record.size() - old_size);  // wraps where the record got smaller
+  for (std::uint32_t i = at + 1; i < count(); ++i) offsets_[i] += shift;
+}
+
+void Leaf::Insert(std::uint32_t at, const Row& row) {
+  const std::size_t common = std::min(CommonLength(prefix_, row.key), PrefixRoom(row.key));
+  if (count() == 0) {
+    prefix_ = row.key.substr(0, PrefixRoom(row.key));
+  } else if (common < prefix_.size()) {
+    ShortenPrefix(common);
+  }
+  const std::vector<std::uint8_t> record = RecordOf(row, prefix_.size());
+  const std::size_t place = at < count() ? offsets_[at] : bytes_.size();
+  MakeRoom(&heads_, 1);
+  MakeRoom(&offsets_, 1);
+  heads_.insert(heads_.begin() + at, HeadOf(std::string_view(row.key).substr(prefix_.size())));
+  offsets_.insert(offsets_.begin() + at, static_cast<std::uint32_t>(place));
+  Replace(at, 0, record);
+}
+
+void Leaf::Erase(std::uint32_t at) {
+  Replace(at, EndOf(at) - offsets_[at], {});
+  heads_.erase(heads_.begin() + at);
+  offsets_.erase(offsets_.begin() + at);
+}
+
+void Leaf::SetValue(std::uint32_t at, Bytes value) {
+  Row row = RowAt(at);
+  row.value.assign(value.begin(), value.end());
+  Replace(at, EndOf(at) - offsets_[at], RecordOf(row, prefix_.size()));
+}
+
+void Leaf::Count(std::uint32_t first, std::uint32_t last, const TotalsReader* totals, Sum* sum) const {
+  if (totals && sum->totals.size() < totals->columns()) sum->totals.resize(totals->columns());
+  for (std::uint32_t row = first; row < last; ++row) {
+    const RowKind kind = KindAt(row);
+    sum->AddRow(LevelAt(row), kind);
+    if (totals && kind == RowKind::kDocument) totals->Add(ValueAt(row), sum->totals.data());
+  }
+}
+
+Sum Leaf::Count(const TotalsReader* totals) const {
+  Sum sum;
+  Count(0, count(), totals, &sum);
+  return sum;
+}
+
+void Leaf::Encode(std::vector<std::uint8_t>* bytes) const {
+  WireWriter writer(bytes);
+  writer.PutVarint(prefix_.size());
+  writer.PutBytes(AsBytes(prefix_));
+  writer.PutVarint(count());
+  for (std::uint32_t row = 0; row < count(); ++row) {
+    writer.PutVarint(EndOf(row) - offsets_[row]);
+    writer.PutBytes(Bytes(bytes_).subspan(offsets_[row], EndOf(row) - offsets_[row]));
+  }
+}
+
+bool Leaf::Decode(Bytes bytes) {
+  WireReader reader(bytes);
+  const auto prefix_size = static_cast<std::size_t>(reader.TakeVarint());
+  const std::uint8_t* prefix = reader.Skip(prefix_size);
+  const std::uint64_t count = reader.TakeVarint();
+  if (!prefix || count > bytes.size() / kHeadSize) return false;
+  prefix_.assign(AsText(prefix, prefix_size));
+  heads_.reserve(count);
+  offsets_.reserve(count);
+  bytes_.reserve(bytes.size() - reader.position());
+  std::string_view before;
+  for (std::uint64_t i = 0; i < count; ++i) {
+    const auto size = static_cast<std::size_t>(reader.TakeVarint());
+    const std::uint8_t* at = reader.Skip(size);
+    if (!at) return false;
+    WireReader record(Bytes(at, size));
+    const auto level = record.Take<std::uint8_t>();
+    const auto kind = record.Take<std::uint8_t>();
+    const auto length = static_cast<std::size_t>(record.TakeVarint());
+    const std::uint8_t* suffix = record.Skip(length);
+    if (!suffix || level > kDeepestLevel || (kind & 3) > 2) return false;
+    if ((kind & 3) == 0 && length < kIdSize) return false;
+    const std::string_view key = AsText(suffix, length);
+    if (i != 0 && key <= before) return false;
+    before = key;
+    heads_.push_back(HeadOf(key));
+    offsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
+    bytes_.insert(bytes_.end(), at, at + size);
+  }
+  return reader.good() && reader.at_end();
+}
+
+Sum Page::Count(const TotalsReader* totals) const {
+  if (height == 0) return leaf.Count(totals);
+  Sum sum;
+  for (const Child& child : children) sum.Add(child.sum);
+  return sum;
+}
+
+std::size_t Page::size() const {
+  if (height == 0) return leaf.size();
+  std::size_t size = 0;
+  for (const Child& child : children) size += child.key.size() + 20 + 8 * child.sum.totals.size();
+  return size;
+}
+
+std::vector<std::uint8_t> Page::Encode() const {
+  std::vector<std::uint8_t> bytes{kForm, height};
+  if (height == 0) {
+    leaf.Encode(&bytes);
+    return bytes;
+  }
+  WireWriter writer(&bytes);
+  writer.PutVarint(children.size());
+  for (const Child& child : children) {
+    writer.PutVarint(child.key.size());
+    writer.PutBytes(AsBytes(child.key));
+    writer.Put(child.number);
+    writer.PutVarint(child.sum.rows);
+    writer.PutVarint(child.sum.documents);
+    writer.PutVarint(child.sum.at_least);
+    writer.Put(child.sum.least);
+    for (const double total : child.sum.totals) writer.Put(std::bit_cast<std::uint64_t>(total));
+  }
+  return bytes;
+}
+
+namespace {
+
+bool DecodeChildren(Bytes bytes, std::size_t totals, std::vector<Child>* children) {
+  WireReader reader(bytes);
+  const std::uint64_t count = reader.TakeVarint();
+  if (count == 0 || count > bytes.size()) return false;
+  children->resize(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    Child& child = (*children)[i];
+    const auto length = static_cast<std::size_t>(reader.TakeVarint());
+    const std::uint8_t* key = reader.Skip(length);
+    if (!key) return false;
+    child.key.assign(AsText(key, length));
+    child.number = reader.Take<std::uint32_t>();
+    child.sum.rows = static_cast<std::uint32_t>(reader.TakeVarint());
+    child.sum.documents = static_cast<std::uint32_t>(reader.TakeVarint());
+    child.sum.at_least = static_cast<std::uint32_t>(reader.TakeVarint());
+    child.sum.least = reader.Take<std::uint8_t>();
+    for (std::size_t t = 0; t < totals; ++t)
+      child.sum.totals.push_back(std::bit_cast<double>(reader.Take<std::uint64_t>()));
+    if (!reader.good() || child.number == 0 || child.sum.rows == 0) return false;
+    if (i > 1 && child.key <= (*children)[i - 1].key) return false;
+  }
+  return reader.at_end();
+}
+
+}  // namespace
+
+std::unique_ptr<Page> Page::Decode(Bytes bytes, PageNumber number, std::uint8_t height, std::size_t totals) {
+  if (bytes.size() < 2 || bytes[0] != kForm || bytes[1] != height) return nullptr;
+  auto page = std::make_unique<Page>();
+  page->number = number;
+  page->height = height;
+  const Bytes body = bytes.subspan(2);
+  const bool good = height == 0 ? page->leaf.Decode(body) : DecodeChildren(body, totals, &page->children);
+  return good ? std::move(page) : nullptr;
+}
+
+}  // namespace qcore::index

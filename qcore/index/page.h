@@ -1,0 +1,148 @@
+// Pages of a row tree: leaves of rows in key order, inner pages of children with what lies below them.
+//
+// A row's record in a leaf:  u8 level | u8 kind (bits 0 and 1), indent (bits 3 to 7) | varint length, key | value
+//
+// A leaf keeps the beginning that all its keys have once, and of each key the four bytes behind that as one number for
+// the search. In a document's key the last four bytes are its slate ID, big-endian.
+#ifndef QUILLON_QCORE_INDEX_PAGE_H
+#define QUILLON_QCORE_INDEX_PAGE_H
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/status.h"
+#include "engine/types.h"
+
+namespace qcore::index {
+
+using Bytes = std::span<const std::uint8_t>;
+using PageNumber = std::uint32_t;  // from 1
+
+inline constexpr std::uint8_t kDeepestLevel = 31;
+inline constexpr std::uint8_t kNoLevel = 0xFF;
+inline constexpr std::size_t kIdSize = 4;
+
+enum class RowKind : std::uint8_t { kDocument = 0, kCategory = 1, kTotal = 2 };
+
+// Thrown where a page cannot be had; caught where an operation on an index begins.
+struct IndexFault {
+  ENGSTATUS status;
+};
+
+struct Row {
+  std::string key;
+  std::uint8_t level = 0;
+  RowKind kind = RowKind::kDocument;
+  std::uint8_t indent = 0;
+  std::vector<std::uint8_t> value;
+
+  bool operator==(const Row&) const = default;
+};
+
+// Adds the numbers of a document row's value to one sum for each totals column.
+class TotalsReader {
+ public:
+  virtual ~TotalsReader() = default;
+  virtual std::size_t columns() const = 0;
+  virtual void Add(Bytes value, double* totals) const = 0;
+};
+
+// What a stretch of rows holds.
+struct Sum {
+  std::uint32_t rows = 0;
+  std::uint32_t documents = 0;
+  std::uint32_t at_least = 0;     // rows of the least level
+  std::uint8_t least = kNoLevel;  // level
+  std::vector<double> totals;
+
+  void Add(const Sum& other);
+  void AddRow(std::uint8_t level, RowKind kind);
+  // Rows of `level` where there is none above it.
+  std::uint32_t At(std::uint8_t level) const { return least == level ? at_least : 0; }
+  bool SameCounts(const Sum& other) const {
+    return rows == other.rows && documents == other.documents && at_least == other.at_least && least == other.least;
+  }
+};
+
+// Slate ID at the end of a document's key.
+std::uint32_t IdInKey(std::string_view key);
+void AppendId(std::uint32_t id, std::string* key);
+
+class Leaf {
+ public:
+  std::uint32_t count() const { return static_cast<std::uint32_t>(offsets_.size()); }
+  std::size_t size() const { return bytes_.size() + 8 * offsets_.size() + prefix_.size(); }
+
+  std::uint8_t LevelAt(std::uint32_t row) const { return bytes_[offsets_[row]]; }
+  RowKind KindAt(std::uint32_t row) const { return static_cast<RowKind>(bytes_[offsets_[row] + 1] & 3); }
+  std::uint8_t IndentAt(std::uint32_t row) const { return bytes_[offsets_[row] + 1] >> 3; }
+  std::string KeyAt(std::uint32_t row) const;
+  std::uint32_t IdAt(std::uint32_t row) const;  // of a document
+  Bytes ValueAt(std::uint32_t row) const;
+  Row RowAt(std::uint32_t row) const;
+
+  // The first row that is not below the key.
+  std::uint32_t LowerBound(std::string_view key) const;
+  bool HasKey(std::uint32_t row, std::string_view key) const;
+  void Insert(std::uint32_t at, const Row& row);
+  void Erase(std::uint32_t at);
+  void SetValue(std::uint32_t at, Bytes value);
+  // For rows that come in order, into a leaf that is filled once.
+  void Append(const Row& row) { Insert(count(), row); }
+  void Assign(std::span<const Row> rows);
+  Sum Count(const TotalsReader* totals) const;
+  void Count(std::uint32_t first, std::uint32_t last, const TotalsReader* totals, Sum* sum) const;
+  std::size_t Memory() const { return bytes_.capacity() + 4 * (heads_.capacity() + offsets_.capacity()); }
+
+  void Encode(std::vector<std::uint8_t>* bytes) const;
+  // False for bytes that are no leaf.
+  [[nodiscard]] bool Decode(Bytes bytes);
+
+ private:
+  std::string_view SuffixAt(std::uint32_t row, std::size_t* value_at) const;
+  std::string_view SuffixAt(std::uint32_t row) const {
+    std::size_t value_at = 0;
+    return SuffixAt(row, &value_at);
+  }
+  std::size_t EndOf(std::uint32_t row) const { return row + 1 < count() ? offsets_[row + 1] : bytes_.size(); }
+  void Replace(std::uint32_t at, std::size_t old_size, Bytes record);
+  void ShortenPrefix(std::size_t length);
+  // The most that may be common with rows of that key.
+  static std::size_t PrefixRoom(std::string_view key);
+
+  std::string prefix_;
+  std::vector<std::uint32_t> heads_;
+  std::vector<std::uint32_t> offsets_;
+  std::vector<std::uint8_t> bytes_;
+};
+
+struct Page;
+
+struct Child {
+  std::string key;  // not above the first key below it; nothing counts for the first child
+  PageNumber number = 0;
+  Sum sum;
+  std::unique_ptr<Page> page;  // null until it is read
+};
+
+struct Page {
+  PageNumber number = 0;
+  std::uint8_t height = 0;  // 0: a leaf
+  bool changed = false;
+  Leaf leaf;
+  std::vector<Child> children;
+
+  Sum Count(const TotalsReader* totals) const;
+  std::size_t size() const;
+  std::vector<std::uint8_t> Encode() const;
+  // Null for bytes that are no page of that height.
+  static std::unique_ptr<Page> Decode(Bytes bytes, PageNumber number, std::uint8_t height, std::size_t totals);
+};
+
+}  // namespace qcore::index
+
+#endif

@@ -1,0 +1,610 @@
+#include "qcore/index/pagetree.h"
+
+#include <algorithm>
+
+namespace qcore::index {
+
+namespace {
+
+constexpr std::size_t kPageSize = 8192;
+constexpr std::size_t kFilled = 7700;  // of a leaf that is built in order
+constexpr std::size_t kThin = 2048;    // looks for a neighbour to join
+constexpr std::size_t kMostChildren = 96;
+
+std::size_t ChildFor(const std::vector<Child>& children, std::string_view key) {
+  const auto behind = std::upper_bound(children.begin() + 1, children.end(), key,
+                                       [](std::string_view k, const Child& child) { return k < child.key; });
+  return static_cast<std::size_t>(behind - children.begin()) - 1;
+}
+
+bool IsFull(const Page& page) {
+  if (page.height == 0) return page.size() > kPageSize && page.leaf.count() > 1;
+  return page.children.size() > kMostChildren || (page.size() > kPageSize && page.children.size() > 3);
+}
+
+// Tells the first key of the right side from the last of the left.
+std::string Separator(std::string_view left, std::string_view right) {
+  std::size_t length = 0;
+  while (length < left.size() && length < right.size() && left[length] == right[length]) ++length;
+  return std::string(right.substr(0, length + 1));
+}
+
+std::uint32_t CountOf(const Page& page) {
+  return page.height == 0 ? page.leaf.count() : static_cast<std::uint32_t>(page.children.size());
+}
+
+}  // namespace
+
+PageNumber PageTree::NewNumber() {
+  if (free_.empty()) return next_page_++;
+  const PageNumber number = free_.back();
+  free_.pop_back();
+  return number;
+}
+
+std::unique_ptr<Page> PageTree::NewPage(std::uint8_t height) {
+  auto page = std::make_unique<Page>();
+  page->number = NewNumber();
+  page->height = height;
+  page->changed = true;
+  if (leaves_.size() <= page->number) leaves_.resize(page->number + 1 + page->number / 8);
+  leaves_[page->number] = height == 0 ? page.get() : nullptr;
+  return page;
+}
+
+void PageTree::Release(Page* page) {
+  leaves_[page->number] = nullptr;
+  free_.push_back(page->number);
+}
+
+Page* PageTree::Load(Child* child, std::uint8_t height) {
+  if (child->page) return child->page.get();
+  if (!reader_ || child->number >= next_page_) throw IndexFault{ENG_ERR_DB_DAMAGED};
+  const std::size_t totals = totals_ ? totals_->columns() : 0;
+  std::unique_ptr<Page> page = Page::Decode(reader_(child->number), child->number, height, totals);
+  // What the parent says of the page guards against a page of another time.
+  if (!page || !page->Count(totals_).SameCounts(child->sum)) throw IndexFault{ENG_ERR_DB_DAMAGED};
+  if (leaves_.size() <= page->number) leaves_.resize(std::max<std::size_t>(next_page_, page->number + 1));
+  if (height == 0) {
+    if (leaves_[page->number]) throw IndexFault{ENG_ERR_DB_DAMAGED};
+    leaves_[page->number] = page.get();
+  }
+  child->page = std::move(page);
+  return child->page.get();
+}
+
+// Look-ups
+
+PageTree::Cursor PageTree::At(Rank rank) {
+  Cursor cursor;
+  if (rank >= rows()) return cursor;
+  Child* child = &root_;
+  for (std::uint8_t height = height_;; --height) {
+    Page* page = Load(child, height);
+    cursor.pages_[cursor.depth_] = page;
+    std::uint32_t at = height == 0 ? rank : 0;
+    if (height != 0) {
+      while (rank >= page->children[at].sum.rows) rank -= page->children[at++].sum.rows;
+      child = &page->children[at];
+    }
+    cursor.at_[cursor.depth_++] = at;
+    if (height == 0) return cursor;
+  }
+}
+
+bool PageTree::Descend(Cursor* cursor, bool to_last) {
+  Page* page = cursor->pages_[cursor->depth_ - 1];
+  while (page->height != 0) {
+    page = Load(&page->children[cursor->at_[cursor->depth_ - 1]], page->height - 1);
+    cursor->pages_[cursor->depth_] = page;
+    cursor->at_[cursor->depth_++] = to_last ? CountOf(*page) - 1 : 0;
+  }
+  return true;
+}
+
+bool PageTree::Next(Cursor* cursor) {
+  for (; cursor->depth_ != 0; --cursor->depth_) {
+    std::uint32_t& at = cursor->at_[cursor->depth_ - 1];
+    if (++at < CountOf(*cursor->pages_[cursor->depth_ - 1])) return Descend(cursor, false);
+  }
+  return false;
+}
+
+bool PageTree::Prev(Cursor* cursor) {
+  for (; cursor->depth_ != 0; --cursor->depth_) {
+    std::uint32_t& at = cursor->at_[cursor->depth_ - 1];
+    if (at-- != 0) return Descend(cursor, true);
+  }
+  return false;
+}
+
+Rank PageTree::RankOf(std::string_view key) {
+  if (rows() == 0) return 0;
+  Rank rank = 0;
+  Child* child = &root_;
+  for (std::uint8_t height = height_;; --height) {
+    Page* page = Load(child, height);
+    if (height == 0) return rank + page->leaf.LowerBound(key);
+    const std::size_t at = ChildFor(page->children, key);
+    for (std::size_t i = 0; i < at; ++i) rank += page->children[i].sum.rows;
+    child = &page->children[at];
+  }
+}
+
+bool PageTree::Has(std::string_view key) {
+  if (rows() == 0) return false;
+  Child* child = &root_;
+  for (std::uint8_t height = height_;; --height) {
+    Page* page = Load(child, height);
+    if (height == 0) return page->leaf.HasKey(page->leaf.LowerBound(key), key);
+    child = &page->children[ChildFor(page->children, key)];
+  }
+}
+
+template <typename Fits, typename RowFits>
+std::optional<Rank> PageTree::Forward(Child* child, std::uint8_t height, Rank base, Rank from, const Fits& fits,
+                                      const RowFits& row_fits) {
+  Page* page = Load(child, height);
+  if (height == 0) {
+    for (std::uint32_t row = from > base ? from - base : 0; row < page->leaf.count(); ++row) {
+      if (row_fits(page->leaf, row)) return base + row;
+    }
+    return std::nullopt;
+  }
+  for (Child& next : page->children) {
+    if (base + next.sum.rows > from && fits(next.sum)) {
+      const std::optional<Rank> found = Forward(&next, height - 1, base, from, fits, row_fits);
+      if (found) return found;
+    }
+    base += next.sum.rows;
+  }
+  return std::nullopt;
+}
+
+template <typename Fits, typename RowFits>
+std::optional<Rank> PageTree::Backward(Child* child, std::uint8_t height, Rank base, Rank until, const Fits& fits,
+                                       const RowFits& row_fits) {
+  Page* page = Load(child, height);
+  if (height == 0) {
+    for (std::uint32_t row = std::min(page->leaf.count(), until - base); row-- > 0;) {
+      if (row_fits(page->leaf, row)) return base + row;
+    }
+    return std::nullopt;
+  }
+  base += child->sum.rows;
+  for (std::size_t i = page->children.size(); i-- > 0;) {
+    Child& next = page->children[i];
+    base -= next.sum.rows;
+    if (base >= until || !fits(next.sum)) continue;
+    const std::optional<Rank> found = Backward(&next, height - 1, base, until, fits, row_fits);
+    if (found) return found;
+  }
+  return std::nullopt;
+}
+
+std::optional<Rank> PageTree::NextAtMost(Rank rank, std::uint8_t level) {
+  if (rank + 1 >= rows()) return std::nullopt;
+  return Forward(
+      &root_, height_, 0, rank + 1, [level](const Sum& sum) { return sum.least <= level; },
+      [level](const Leaf& leaf, std::uint32_t row) { return leaf.LevelAt(row) <= level; });
+}
+
+std::optional<Rank> PageTree::PrevAtMost(Rank rank, std::uint8_t level) {
+  if (rank == 0 || rows() == 0) return std::nullopt;
+  return Backward(
+      &root_, height_, 0, rank, [level](const Sum& sum) { return sum.least <= level; },
+      [level](const Leaf& leaf, std::uint32_t row) { return leaf.LevelAt(row) <= level; });
+}
+
+std::optional<Rank> PageTree::NextOfKind(Rank rank, bool document) {
+  if (rank + 1 >= rows()) return std::nullopt;
+  return Forward(
+      &root_, height_, 0, rank + 1,
+      [document](const Sum& sum) { return (document ? sum.documents : sum.rows - sum.documents) != 0; },
+      [document](const Leaf& leaf, std::uint32_t row) { return (leaf.KindAt(row) == RowKind::kDocument) == document; });
+}
+
+std::optional<Rank> PageTree::PrevOfKind(Rank rank, bool document) {
+  if (rank == 0 || rows() == 0) return std::nullopt;
+  return Backward(
+      &root_, height_, 0, rank,
+      [document](const Sum& sum) { return (document ? sum.documents : sum.rows - sum.documents) != 0; },
+      [document](const Leaf& leaf, std::uint32_t row) { return (leaf.KindAt(row) == RowKind::kDocument) == document; });
+}
+
+PageTree::Found PageTree::SelectBelow(Child* child, std::uint8_t height, Rank base, Rank from, std::uint8_t level,
+                                      std::uint32_t* n, Rank* rank) {
+  Page* page = Load(child, height);
+  if (height == 0) {
+    for (std::uint32_t row = from > base ? from - base : 0; row < page->leaf.count(); ++row) {
+      const std::uint8_t found = page->leaf.LevelAt(row);
+      if (found < level) return Found::kStopped;
+      if (found == level && --*n == 0) {
+        *rank = base + row;
+        return Found::kYes;
+      }
+    }
+    return Found::kNo;
+  }
+  for (Child& next : page->children) {
+    const Sum& sum = next.sum;
+    const bool whole = base >= from;
+    const bool passed =
+        base + sum.rows <= from || (whole && sum.least > level) || (whole && sum.At(level) != 0 && sum.At(level) < *n);
+    if (!passed) {
+      const Found found = SelectBelow(&next, height - 1, base, from, level, n, rank);
+      if (found != Found::kNo) return found;
+    } else if (whole) {
+      *n -= sum.At(level);
+    }
+    base += sum.rows;
+  }
+  return Found::kNo;
+}
+
+std::optional<Rank> PageTree::Select(Rank from, std::uint8_t level, std::uint32_t n) {
+  if (from >= rows() || n == 0) return std::nullopt;
+  Rank rank = 0;
+  return SelectBelow(&root_, height_, 0, from, level, &n, &rank) == Found::kYes ? std::optional(rank) : std::nullopt;
+}
+
+void PageTree::RangeBelow(Child* child, std::uint8_t height, Rank base, Rank first, Rank last, Sum* sum) {
+  Page* page = Load(child, height);
+  if (height == 0) {
+    const std::uint32_t begin = first > base ? first - base : 0;
+    page->leaf.Count(begin, std::min(page->leaf.count(), last - base), totals_, sum);
+    return;
+  }
+  for (Child& next : page->children) {
+    if (base >= last) return;
+    const Rank end = base + next.sum.rows;
+    if (base >= first && end <= last) {
+      sum->Add(next.sum);
+    } else if (end > first) {
+      RangeBelow(&next, height - 1, base, first, last, sum);
+    }
+    base = end;
+  }
+}
+
+Sum PageTree::Range(Rank first, Rank last) {
+  Sum sum;
+  last = std::min(last, rows());
+  if (first < last) RangeBelow(&root_, height_, 0, first, last, &sum);
+  return sum;
+}
+
+std::optional<std::string> PageTree::KeyInLeaf(PageNumber leaf) const {
+  const Page* page = leaf < leaves_.size() ? leaves_[leaf] : nullptr;
+  return page ? std::optional(page->leaf.KeyAt(0)) : std::nullopt;
+}
+
+void PageTree::RowsIn(std::string_view key, std::uint32_t id, std::vector<Row>* found) {
+  if (rows() == 0) return;
+  Child* child = &root_;
+  for (std::uint8_t height = height_; height != 0; --height) {
+    Page* page = Load(child, height);
+    child = &page->children[ChildFor(page->children, key)];
+  }
+  const Leaf& leaf = Load(child, 0)->leaf;
+  for (std::uint32_t row = 0; row < leaf.count(); ++row) {
+    if (leaf.KindAt(row) == RowKind::kDocument && leaf.IdAt(row) == id) found->push_back(leaf.RowAt(row));
+  }
+}
+
+// Changes
+
+void PageTree::SetSum(Child* child) {
+  child->page->changed = true;
+  child->sum = child->page->Count(totals_);
+}
+
+void PageTree::Notice(const Page& page, std::uint32_t first, std::uint32_t last) {
+  if (!watcher_) return;
+  for (std::uint32_t row = first; row < last; ++row) {
+    if (page.leaf.KindAt(row) == RowKind::kDocument) watcher_->Came(page.leaf.IdAt(row), page.number);
+  }
+}
+
+namespace {
+
+std::vector<std::uint32_t> IdsOf(const Leaf& leaf) {
+  std::vector<std::uint32_t> ids;
+  for (std::uint32_t row = 0; row < leaf.count(); ++row) {
+    if (leaf.KindAt(row) == RowKind::kDocument) ids.push_back(leaf.IdAt(row));
+  }
+  std::sort(ids.begin(), ids.end());
+  ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+  return ids;
+}
+
+}  // namespace
+
+void PageTree::SplitLeaf(Page* page, Page* right) {
+  std::vector<Row> rows(page->leaf.count());
+  for (std::uint32_t i = 0; i < rows.size(); ++i) rows[i] = page->leaf.RowAt(i);
+  const std::size_t half = page->leaf.size() / 2;
+  std::size_t at = 0;
+  for (std::size_t size = 0; at + 1 < rows.size() && (at == 0 || size < half); ++at) {
+    size += rows[at].key.size() + rows[at].value.size() + 12;
+  }
+  page->leaf.Assign(std::span(rows).first(at));
+  right->leaf.Assign(std::span(rows).subspan(at));
+  if (!watcher_) return;
+  const std::vector<std::uint32_t> stay = IdsOf(page->leaf);
+  for (const std::uint32_t id : IdsOf(right->leaf)) {
+    watcher_->Came(id, right->number);
+    if (!std::binary_search(stay.begin(), stay.end(), id)) watcher_->Went(id, page->number);
+  }
+}
+
+void PageTree::SplitChild(Page* parent, std::size_t at) {
+  Page* page = parent->children[at].page.get();
+  std::unique_ptr<Page> right = NewPage(page->height);
+  Child made;
+  if (page->height == 0) {
+    SplitLeaf(page, right.get());
+    made.key = Separator(page->leaf.KeyAt(page->leaf.count() - 1), right->leaf.KeyAt(0));
+  } else {
+    const auto half = page->children.begin() + static_cast<std::ptrdiff_t>(page->children.size() / 2);
+    right->children.assign(std::make_move_iterator(half), std::make_move_iterator(page->children.end()));
+    page->children.erase(half, page->children.end());
+    made.key = right->children.front().key;
+  }
+  made.number = right->number;
+  made.page = std::move(right);
+  SetSum(&made);
+  SetSum(&parent->children[at]);
+  parent->children.insert(parent->children.begin() + static_cast<std::ptrdiff_t>(at) + 1, std::move(made));
+  parent->changed = true;
+}
+
+void PageTree::GrowRoot() {
+  std::unique_ptr<Page> top = NewPage(static_cast<std::uint8_t>(height_ + 1));
+  Child below = std::move(root_);
+  root_ = Child();
+  top->children.push_back(std::move(below));
+  SplitChild(top.get(), 0);
+  root_.number = top->number;
+  root_.page = std::move(top);
+  SetSum(&root_);
+  ++height_;
+}
+
+void PageTree::InsertBelow(Child* child, std::uint8_t height, const Row& row) {
+  Page* page = Load(child, height);
+  if (height == 0) {
+    const std::uint32_t at = page->leaf.LowerBound(row.key);
+    if (page->leaf.HasKey(at, row.key)) page->leaf.Erase(at);
+    page->leaf.Insert(at, row);
+    Notice(*page, at, at + 1);
+  } else {
+    const std::size_t at = ChildFor(page->children, row.key);
+    InsertBelow(&page->children[at], static_cast<std::uint8_t>(height - 1), row);
+    if (IsFull(*page->children[at].page)) SplitChild(page, at);
+  }
+  SetSum(child);
+}
+
+void PageTree::Insert(const Row& row) {
+  if (root_.number == 0) {
+    root_.page = NewPage(0);
+    root_.number = root_.page->number;
+    height_ = 0;
+  }
+  InsertBelow(&root_, height_, row);
+  if (IsFull(*root_.page)) GrowRoot();
+}
+
+void PageTree::MergeAround(Page* parent, std::size_t at) {
+  std::vector<Child>& children = parent->children;
+  Page* page = children[at].page.get();
+  if (CountOf(*page) == 0) {
+    Release(page);
+    children.erase(children.begin() + static_cast<std::ptrdiff_t>(at));
+    return;
+  }
+  if (children.size() < 2 || page->size() > kThin) return;
+  const std::size_t left = at == 0 ? 0 : at - 1;
+  Page* first = Load(&children[left], page->height);
+  Page* second = Load(&children[left + 1], page->height);
+  if (first->size() + second->size() > kPageSize / 2) return;
+  if (page->height == 0) {
+    std::vector<Row> rows;
+    for (const Page* part : {first, second}) {
+      for (std::uint32_t i = 0; i < part->leaf.count(); ++i) rows.push_back(part->leaf.RowAt(i));
+    }
+    if (watcher_) {
+      for (const std::uint32_t id : IdsOf(second->leaf)) {
+        watcher_->Came(id, first->number);
+        watcher_->Went(id, second->number);
+      }
+    }
+    first->leaf.Assign(rows);
+  } else {
+    if (first->children.size() + second->children.size() > kMostChildren) return;
+    second->children.front().key = children[left + 1].key;
+    std::move(second->children.begin(), second->children.end(), std::back_inserter(first->children));
+  }
+  Release(second);
+  children.erase(children.begin() + static_cast<std::ptrdiff_t>(left) + 1);
+  SetSum(&children[left]);
+}
+
+bool PageTree::EraseBelow(Child* child, std::uint8_t height, std::string_view key) {
+  Page* page = Load(child, height);
+  if (height == 0) {
+    const std::uint32_t at = page->leaf.LowerBound(key);
+    if (!page->leaf.HasKey(at, key)) return false;
+    const bool document = page->leaf.KindAt(at) == RowKind::kDocument;
+    const std::uint32_t id = document ? page->leaf.IdAt(at) : 0;
+    page->leaf.Erase(at);
+    bool stays = !document;
+    for (std::uint32_t row = 0; !stays && row < page->leaf.count(); ++row) {
+      stays = page->leaf.KindAt(row) == RowKind::kDocument && page->leaf.IdAt(row) == id;
+    }
+    if (!stays && watcher_) watcher_->Went(id, page->number);
+  } else {
+    const std::size_t at = ChildFor(page->children, key);
+    if (!EraseBelow(&page->children[at], static_cast<std::uint8_t>(height - 1), key)) return false;
+    MergeAround(page, at);
+  }
+  SetSum(child);
+  return true;
+}
+
+bool PageTree::Erase(std::string_view key) {
+  if (root_.number == 0 || !EraseBelow(&root_, height_, key)) return false;
+  if (CountOf(*root_.page) == 0) {
+    Release(root_.page.get());
+    root_ = Child();
+    height_ = 0;
+  }
+  while (height_ != 0 && root_.page->children.size() == 1) {
+    Release(root_.page.get());
+    Child only = std::move(root_.page->children.front());
+    only.key.clear();
+    root_ = std::move(only);
+    Load(&root_, --height_);
+  }
+  return true;
+}
+
+bool PageTree::SetValue(std::string_view key, Bytes value) {
+  const Rank rank = RankOf(key);
+  Cursor cursor = At(rank);
+  if (!cursor.at_row() || cursor.key() != key) return false;
+  Page* leaf = cursor.pages_[cursor.depth_ - 1];
+  const bool grows = value.size() > cursor.value().size();
+  if ((totals_ && totals_->columns() != 0) || (grows && leaf->size() + value.size() > kPageSize)) {
+    Row row = cursor.row();
+    row.value.assign(value.begin(), value.end());
+    Insert(row);
+    return true;
+  }
+  leaf->leaf.SetValue(cursor.slot(), value);
+  leaf->changed = true;
+  return true;
+}
+
+void PageTree::Clear() {
+  root_ = Child();
+  height_ = 0;
+  next_page_ = 1;
+  free_.clear();
+  leaves_.clear();
+}
+
+// Building
+
+void PageTree::Builder::Add(Row row) {
+  size_ += row.key.size() + row.value.size() + 12;
+  rows_.push_back(std::move(row));
+  // Keys share more within a page than a sum tells, and the leaf's own size is known only when it is made.
+  if (rows_.size() > 1) {
+    const std::string_view first = rows_.front().key;
+    const std::string_view last = rows_.back().key;
+    std::size_t common = 0;
+    while (common < first.size() && common < last.size() && first[common] == last[common]) ++common;
+    if (size_ - common * rows_.size() > kFilled) FlushLeaf();
+  }
+}
+
+void PageTree::Builder::FlushLeaf() {
+  if (rows_.empty()) return;
+  Child child;
+  child.page = tree_.NewPage(0);
+  child.number = child.page->number;
+  child.key = rows_.front().key;
+  child.page->leaf.Assign(rows_);
+  tree_.Notice(*child.page, 0, child.page->leaf.count());
+  tree_.SetSum(&child);
+  level_.push_back(std::move(child));
+  rows_.clear();
+  size_ = 0;
+}
+
+void PageTree::Builder::Finish() {
+  FlushLeaf();
+  std::uint8_t height = 0;
+  while (level_.size() > 1) {
+    ++height;
+    std::vector<Child> above;
+    for (std::size_t at = 0; at < level_.size();) {
+      const std::size_t left = level_.size() - at;
+      // A rest of one page would make a page of a single child.
+      std::size_t take = std::min(left, kMostChildren * 3 / 4);
+      if (left - take == 1) --take;
+      Child child;
+      child.page = tree_.NewPage(height);
+      child.number = child.page->number;
+      child.key = level_[at].key;
+      const auto from = level_.begin() + static_cast<std::ptrdiff_t>(at);
+      child.page->children.assign(std::make_move_iterator(from),
+                                  std::make_move_iterator(from + static_cast<std::ptrdiff_t>(take)));
+      tree_.SetSum(&child);
+      above.push_back(std::move(child));
+      at += take;
+    }
+    level_ = std::move(above);
+  }
+  if (level_.empty()) return;
+  tree_.root_ = std::move(level_.front());
+  tree_.root_.key.clear();
+  tree_.height_ = height;
+}
+
+// Keeping
+
+PageTree::Root PageTree::root() const { return {root_.number, height_, next_page_, root_.sum}; }
+
+void PageTree::SetRoot(const Root& root) {
+  Clear();
+  root_.number = root.number;
+  root_.sum = root.sum;
+  height_ = root.height;
+  next_page_ = root.next_page;
+}
+
+namespace {
+
+template <typename Visit>
+void ForEachPage(const Child& child, const Visit& visit) {
+  if (!child.page) return;
+  visit(*child.page);
+  for (const Child& below : child.page->children) ForEachPage(below, visit);
+}
+
+}  // namespace
+
+void PageTree::ForEachChanged(const std::function<void(const Page&)>& visit) {
+  ForEachPage(root_, [&visit](const Page& page) {
+    if (page.changed) visit(page);
+  });
+}
+
+void PageTree::MarkKept() {
+  ForEachPage(root_, [](Page& page) { page.changed = false; });
+}
+
+void PageTree::ReadAll() {
+  if (rows() == 0) return;
+  Cursor cursor = At(0);
+  std::string before;
+  do {
+    std::string key = cursor.key();
+    if (!before.empty() && key <= before) throw IndexFault{ENG_ERR_DB_DAMAGED};
+    before = std::move(key);
+  } while (Next(&cursor));
+}
+
+std::size_t PageTree::Memory() const {
+  std::size_t memory = leaves_.capacity() * sizeof(Page*);
+  ForEachPage(root_, [&memory](const Page& page) {
+    memory += sizeof(Page) + page.leaf.Memory() + page.children.capacity() * sizeof(Child);
+    for (const Child& child : page.children) memory += child.key.capacity() + child.sum.totals.capacity() * 8;
+  });
+  return memory;
+}
+
+}  // namespace qcore::index
