@@ -103,6 +103,17 @@ ENGSTATUS SqliteStore::ReadSlate(std::uint32_t id, const PackedReader& reader) {
   return reader(header, use.Blob(11));
 }
 
+ENGSTATUS SqliteStore::ScanSlates(std::uint32_t first, const SlateScanner& scanner) {
+  Use use = Start(Sql::kScanSlates);
+  use.Bind(1, first);
+  SlateHeader header;
+  while (use.Row()) {
+    if (!TakeHeader(use, &header)) return ENG_ERR_DB_DAMAGED;
+    if (!scanner(header, use.Blob(11))) return ENG_OK;
+  }
+  return Result(use.code());
+}
+
 ENGSTATUS SqliteStore::ReadHeader(std::uint32_t id, SlateHeader* header) {
   const std::optional<LogState> before = Committed();
   glance_.state.reset();

@@ -84,6 +84,11 @@ const char* const SqliteStore::kSql[] = {
     "SELECT count(*) FROM words_docsize",
     "SELECT rowid FROM words WHERE words MATCH ?",
     "SELECT rowid,bm25(words) FROM words WHERE words MATCH ?",
+    "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent,sum,packed FROM slate WHERE "
+    "id>=? AND packed IS NOT NULL ORDER BY id",
+    "SELECT data FROM page WHERE id=?",
+    "INSERT INTO page(id,data) VALUES(?1,?2) ON CONFLICT(id) DO UPDATE SET data=?2",
+    "DELETE FROM page WHERE id BETWEEN ?1 AND ?2",
 };
 
 }  // namespace qcore

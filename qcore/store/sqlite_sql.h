@@ -48,6 +48,7 @@ inline constexpr char kSchema2[] =
     "CREATE TABLE unread(id INTEGER PRIMARY KEY,user BLOB NOT NULL UNIQUE,feed INTEGER NOT NULL,ids BLOB NOT NULL);"
     "CREATE TABLE own(user INTEGER NOT NULL,slate INTEGER NOT NULL,feed INTEGER NOT NULL,PRIMARY KEY(user,slate))"
     "WITHOUT ROWID;"
+    "CREATE TABLE page(id INTEGER PRIMARY KEY,data BLOB NOT NULL);"
     "PRAGMA user_version=2";
 
 enum class SqliteStore::Sql : std::size_t {
@@ -121,6 +122,10 @@ enum class SqliteStore::Sql : std::size_t {
   kCountTexts,
   kFindText,
   kRankText,
+  kScanSlates,
+  kReadPage,
+  kWritePage,
+  kDropPages,
   kCount,
 };
 

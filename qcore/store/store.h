@@ -109,6 +109,9 @@ class Store {
   // deletion stub. ENG_ERR_NO_SLATE for an ID that has no row.
   using PackedReader = std::function<ENGSTATUS(const SlateHeader&, Bytes)>;
   [[nodiscard]] virtual ENGSTATUS ReadSlate(std::uint32_t id, const PackedReader& reader) = 0;
+  // Every slate that is no deletion stub from ID `first` on, in order, until the reader gives false.
+  using SlateScanner = std::function<bool(const SlateHeader&, Bytes)>;
+  [[nodiscard]] virtual ENGSTATUS ScanSlates(std::uint32_t first, const SlateScanner& scanner) = 0;
   [[nodiscard]] virtual ENGSTATUS ReadHeader(std::uint32_t id, SlateHeader* header) = 0;
   [[nodiscard]] virtual ENGSTATUS NewSlateId(std::uint32_t* id) = 0;
   // Both set modified_here, and put the slate at the end of the change feed.
@@ -208,6 +211,12 @@ class Store {
   };
   using TextReader = std::function<void(const TextHit&)>;
   [[nodiscard]] virtual ENGSTATUS FindText(const TextQuery& query, TextRank rank, const TextReader& reader) = 0;
+
+  // Pages of derived data, by a number of 63 bits. A missing one gives no bytes; a damaged one counts as missing.
+  [[nodiscard]] virtual ENGSTATUS ReadPage(std::uint64_t page, std::vector<std::uint8_t>* bytes) = 0;
+  [[nodiscard]] virtual ENGSTATUS WritePage(std::uint64_t page, Bytes bytes) = 0;
+  // All from `first` to `last`, both included.
+  [[nodiscard]] virtual ENGSTATUS DropPages(std::uint64_t first, std::uint64_t last) = 0;
 
   [[nodiscard]] virtual ENGSTATUS GetSpace(std::uint64_t* used, std::uint64_t* unused) = 0;
   // Checks the store's own structure; ENG_ERR_DB_DAMAGED with the first fault in `report`.
