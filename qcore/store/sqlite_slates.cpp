@@ -114,6 +114,13 @@ ENGSTATUS SqliteStore::ScanSlates(std::uint32_t first, const SlateScanner& scann
   return Result(use.code());
 }
 
+ENGSTATUS SqliteStore::HighestSlate(std::uint32_t* id) {
+  *id = 0;
+  Use use = Start(Sql::kHighestSlate);
+  if (use.Row()) *id = static_cast<std::uint32_t>(use.Number(0));
+  return Result(use.code());
+}
+
 ENGSTATUS SqliteStore::ReadHeader(std::uint32_t id, SlateHeader* header) {
   const std::optional<LogState> before = Committed();
   glance_.state.reset();

@@ -86,6 +86,7 @@ const char* const SqliteStore::kSql[] = {
     "SELECT rowid,bm25(words) FROM words WHERE words MATCH ?",
     "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent,sum,packed FROM slate WHERE "
     "id>=? AND packed IS NOT NULL ORDER BY id",
+    "SELECT max(id) FROM slate",
     "SELECT data FROM page WHERE id=?",
     "INSERT INTO page(id,data) VALUES(?1,?2) ON CONFLICT(id) DO UPDATE SET data=?2",
     "DELETE FROM page WHERE id BETWEEN ?1 AND ?2",

@@ -123,6 +123,7 @@ enum class SqliteStore::Sql : std::size_t {
   kFindText,
   kRankText,
   kScanSlates,
+  kHighestSlate,
   kReadPage,
   kWritePage,
   kDropPages,

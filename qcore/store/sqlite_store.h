@@ -54,6 +54,7 @@ class SqliteStore final : public Store {
 
   ENGSTATUS ReadSlate(std::uint32_t id, const PackedReader& reader) override;
   ENGSTATUS ScanSlates(std::uint32_t first, const SlateScanner& scanner) override;
+  ENGSTATUS HighestSlate(std::uint32_t* id) override;
   ENGSTATUS ReadPage(std::uint64_t page, std::vector<std::uint8_t>* bytes) override;
   ENGSTATUS WritePage(std::uint64_t page, Bytes bytes) override;
   ENGSTATUS DropPages(std::uint64_t first, std::uint64_t last) override;

@@ -212,6 +212,9 @@ class Store {
   using TextReader = std::function<void(const TextHit&)>;
   [[nodiscard]] virtual ENGSTATUS FindText(const TextQuery& query, TextRank rank, const TextReader& reader) = 0;
 
+  // The highest ID of a slate, 0 for none.
+  [[nodiscard]] virtual ENGSTATUS HighestSlate(std::uint32_t* id) = 0;
+
   // Pages of derived data, by a number of 63 bits. A missing one gives no bytes; a damaged one counts as missing.
   [[nodiscard]] virtual ENGSTATUS ReadPage(std::uint64_t page, std::vector<std::uint8_t>* bytes) = 0;
   [[nodiscard]] virtual ENGSTATUS WritePage(std::uint64_t page, Bytes bytes) = 0;

@@ -1,0 +1,157 @@
+#include "qcore/index/indextree.h"
+
+#include <algorithm>
+#include <bit>
+#include <mutex>
+#include <utility>
+
+#include "qcore/store/wire.h"
+
+namespace qcore::index {
+
+ColumnTotals::ColumnTotals(const ValueLayout& layout) {
+  for (std::size_t value = 0; value < layout.summary_size(); ++value) {
+    if (layout.column(value).totals != Totals::kNone) values_.push_back(value);
+  }
+}
+
+void ColumnTotals::Add(Bytes value, double* totals) const {
+  RowValues values(value);
+  RowValues::Item item;
+  std::size_t next = 0;
+  for (std::size_t number = 0; next < values_.size() && values.Next(&item); ++number) {
+    if (number != values_[next]) continue;
+    if (item.type == kTypeNumber && item.data.size() >= 8) {
+      totals[next] += std::bit_cast<double>(LoadLittle<std::uint64_t>(item.data.data()));
+    } else if (item.type == kTypeNumberList) {
+      Value whole{static_cast<std::uint8_t>(kTypeNumberList), static_cast<std::uint8_t>(kTypeNumberList >> 8)};
+      whole.insert(whole.end(), item.data.begin(), item.data.end());
+      totals[next] += NumberOf(whole).value_or(0);
+    }
+    ++next;
+  }
+}
+
+std::optional<std::size_t> ColumnTotals::PlaceOf(std::size_t value) const {
+  const auto at = std::find(values_.begin(), values_.end(), value);
+  if (at == values_.end()) return std::nullopt;
+  return static_cast<std::size_t>(at - values_.begin());
+}
+
+IndexTree::IndexTree(std::shared_ptr<Database> database, std::uint32_t view, const Collation& collation,
+                     const ValueLayout& layout, bool hierarchy)
+    : database_(std::move(database)),
+      view_(view),
+      collation_(collation),
+      planner_(collation, layout),
+      totals_(layout),
+      hierarchy_(hierarchy),
+      tree_(totals_.columns() == 0 ? nullptr : &totals_, &directory_) {
+  tree_.SetReader([this](PageNumber page) {
+    std::vector<std::uint8_t> bytes = ReadStored(page);
+    if (bytes.empty()) throw IndexFault{ENG_ERR_DB_DAMAGED};
+    return bytes;
+  });
+}
+
+std::string IndexTree::KeyInLeaf(PageNumber leaf) {
+  std::optional<std::string> key = tree_.KeyInLeaf(leaf);
+  if (key) return *key;
+  const std::unique_ptr<Page> page = Page::Decode(ReadStored(leaf), leaf, 0, totals_.columns());
+  if (!page || page->leaf.count() == 0) throw IndexFault{ENG_ERR_DB_DAMAGED};
+  return page->leaf.KeyAt(0);
+}
+
+std::vector<PlannedRow> IndexTree::RowsOf(std::uint32_t id) {
+  std::vector<Row> found;
+  for (const PageNumber leaf : directory_.LeavesOf(id)) tree_.RowsIn(KeyInLeaf(leaf), id, &found);
+  std::vector<PlannedRow> rows;
+  for (Row& row : found) {
+    PlannedRow planned;
+    if (row.indent != 0 && row.level == kDeepestLevel) {
+      const auto parent = tree_.PrevAtMost(tree_.RankOf(row.key), kDeepestLevel - 1);
+      if (parent) planned.parent_end = static_cast<std::uint32_t>(tree_.At(*parent).key().size());
+    }
+    planned.row = std::move(row);
+    rows.push_back(std::move(planned));
+  }
+  std::ranges::sort(rows, {}, [](const PlannedRow& row) -> const std::string& { return row.row.key; });
+  return rows;
+}
+
+void IndexTree::Note(RowEvent kind, const Row& row) {
+  ++unkept_;
+  changes_.push_back({kind, row.kind, row.indent, row.kind == RowKind::kDocument ? IdInKey(row.key) : 0, row.key});
+}
+
+void IndexTree::Insert(const PlannedRow& planned) {
+  for (std::size_t step = planned.categories.size(); step-- > 0;) {
+    const Row category = RowPlanner::CategoryRow(planned, step);
+    if (tree_.Has(category.key)) break;  // and so are those above it
+    tree_.Insert(category);
+    Note(RowEvent::kInserted, category);
+  }
+  tree_.Insert(planned.row);
+  Note(RowEvent::kInserted, planned.row);
+}
+
+void IndexTree::SetValue(const Row& row) {
+  if (tree_.SetValue(row.key, row.value)) Note(RowEvent::kChanged, row);
+}
+
+void IndexTree::Erase(const PlannedRow& planned) {
+  const Row& row = planned.row;
+  if (row.indent == 0 && row.level != 0) {
+    const auto parent = tree_.PrevAtMost(tree_.RankOf(row.key), row.level - 1);
+    if (parent) maybe_empty_.push_back(tree_.At(*parent).key());
+  }
+  if (tree_.Erase(row.key)) Note(RowEvent::kRemoved, row);
+}
+
+void IndexTree::Settle() {
+  std::ranges::sort(maybe_empty_, std::greater<>());
+  for (std::string& key : maybe_empty_) {
+    while (tree_.Has(key)) {
+      const Rank rank = tree_.RankOf(key);
+      const Row category = tree_.At(rank).row();
+      const PageTree::Cursor behind = tree_.At(rank + 1);
+      if (behind.at_row() && behind.level() > category.level) break;
+      std::optional<Rank> above;
+      if (category.level != 0) above = tree_.PrevAtMost(rank, category.level - 1);
+      std::string next = above ? tree_.At(*above).key() : std::string();
+      tree_.Erase(key);
+      Note(RowEvent::kRemoved, category);
+      key = std::move(next);
+    }
+  }
+  maybe_empty_.clear();
+  const bool has_total = tree_.Has(kTotalKey);
+  const bool wants_total = totals_.columns() != 0 && tree_.sum().documents != 0;
+  if (has_total == wants_total) return;
+  Row total;
+  total.key = kTotalKey;
+  total.kind = RowKind::kTotal;
+  if (wants_total) {
+    tree_.Insert(total);
+  } else {
+    tree_.Erase(kTotalKey);
+  }
+  Note(wants_total ? RowEvent::kInserted : RowEvent::kRemoved, total);
+}
+
+std::vector<RowChange> IndexTree::TakeChanges() { return std::exchange(changes_, {}); }
+
+void IndexTree::Drop() {
+  tree_.Clear();
+  directory_.Clear();
+  directory_.SetReader(nullptr);
+  generation_.reset();
+  feed = 0;
+  folder_change = 0;
+  restricted = false;
+  maybe_empty_.clear();
+  changes_.clear();
+  unkept_ = 0;
+}
+
+}  // namespace qcore::index

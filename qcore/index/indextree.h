@@ -1,0 +1,115 @@
+// The index of one collation of a view: its rows, where each document's rows lie, and how they are kept in the store.
+#ifndef QUILLON_QCORE_INDEX_INDEXTREE_H
+#define QUILLON_QCORE_INDEX_INDEXTREE_H
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "qcore/index/directory.h"
+#include "qcore/index/rowplan.h"
+
+namespace qcore::index {
+
+enum class RowEvent : std::uint16_t { kInserted = 1, kRemoved = 2, kMoved = 3, kChanged = 4 };
+
+// What an observer is told of a row.
+struct RowChange {
+  RowEvent kind;
+  RowKind row_kind;
+  std::uint8_t indent;
+  std::uint32_t id;  // 0 for rows that are no document
+  std::string key;
+};
+
+// Sums the totals columns of rows.
+class ColumnTotals final : public TotalsReader {
+ public:
+  explicit ColumnTotals(const ValueLayout& layout);
+  std::size_t columns() const override { return values_.size(); }
+  void Add(Bytes value, double* totals) const override;
+  // The place of a summary value among the totals.
+  std::optional<std::size_t> PlaceOf(std::size_t value) const;
+
+ private:
+  std::vector<std::size_t> values_;
+};
+
+class IndexTree {
+ public:
+  // What an index stands for: one that was kept for something else is no use.
+  struct Identity {
+    std::uint64_t design = 0;
+    std::uint64_t names = 0;  // of the user, where documents are restricted to readers
+  };
+
+  IndexTree(std::shared_ptr<Database> database, std::uint32_t view, const Collation& collation,
+            const ValueLayout& layout, bool hierarchy);
+  IndexTree(const IndexTree&) = delete;
+  IndexTree& operator=(const IndexTree&) = delete;
+
+  PageTree& rows() { return tree_; }
+  const RowPlanner& planner() const { return planner_; }
+  const ColumnTotals& totals() const { return totals_; }
+  const Collation& collation() const { return collation_; }
+  bool hierarchy() const { return hierarchy_; }
+  // The place in the change feed, and in that of the folder, that the rows stand for.
+  std::uint64_t feed = 0;
+  std::uint64_t folder_change = 0;
+  bool restricted = false;  // a document was left out or let in by its readers
+
+  // All may throw IndexFault.
+  std::vector<PlannedRow> RowsOf(std::uint32_t id);
+  bool Has(std::uint32_t id) { return directory_.Has(id); }
+  void Insert(const PlannedRow& row);
+  void SetValue(const Row& row);
+  void Erase(const PlannedRow& row);
+  // Categories that have become empty go, and the totals row comes or goes: after a batch of changes.
+  void Settle();
+
+  [[nodiscard]] ENGSTATUS Build(DocumentReader& reader);
+  [[nodiscard]] ENGSTATUS Update(DocumentReader& reader, const std::vector<std::uint32_t>& changed);
+
+  // Keeping. False for an index that is not there, stands for something else or can't be read.
+  [[nodiscard]] ENGSTATUS LoadKept(const Identity& identity, bool* found);
+  // ENG_ERR_SLATE_CONFLICT when another process has kept its own since.
+  [[nodiscard]] ENGSTATUS Keep(const Identity& identity);
+  std::size_t unkept() const { return unkept_; }
+  void Drop();
+
+  // What Insert, SetValue and Erase did since the last call.
+  std::vector<RowChange> TakeChanges();
+  std::size_t Memory() const { return tree_.Memory() + directory_.Memory(); }
+
+ private:
+  class Builder;
+  class Updater;
+
+  std::uint64_t PageKey(std::uint32_t page) const;
+  std::vector<std::uint8_t> ReadStored(std::uint32_t page);
+  [[nodiscard]] ENGSTATUS ReadStoredLocked(std::uint32_t page, std::vector<std::uint8_t>* bytes);
+  std::string KeyInLeaf(PageNumber leaf);
+  [[nodiscard]] ENGSTATUS WriteChanged(const Identity& identity, std::uint64_t generation);
+  void Note(RowEvent kind, const Row& row);
+
+  std::shared_ptr<Database> database_;
+  std::uint32_t view_;
+  Collation collation_;
+  RowPlanner planner_;
+  ColumnTotals totals_;
+  bool hierarchy_;
+  Directory directory_;
+  PageTree tree_;
+  std::vector<std::string> maybe_empty_;     // keys of categories
+  std::optional<std::uint64_t> generation_;  // of what is kept, which the pages not in memory are of
+  std::size_t unkept_ = 0;                   // changes since the last keeping
+  std::vector<RowChange> changes_;
+};
+
+// Called from builds; see EngCollectionSetProgress.
+void SetBuildProgress(void (*callback)(void*, std::uint32_t, std::uint32_t), void* context);
+void ReportBuildProgress(std::uint32_t done, std::uint32_t total);
+
+}  // namespace qcore::index
+
+#endif

@@ -1,0 +1,176 @@
+// Indexes in the store: a head, the changed pages, and the directory's parts, written as one.
+//
+//   page key:  slate ID / 4 | 8 bits collation | 26 bits page     page 0 the head, from 0x2000000 the directory's parts
+//   head:      u8 form | u32 view | u64 design | u64 names | u8 restricted | u64 generation | u64 feed | u64 folder
+//              u32 root | u8 height | u32 next page | u32 rows | u32 documents | u32 at least | u8 least | totals
+#include <algorithm>
+#include <bit>
+#include <mutex>
+
+#include "qcore/index/indextree.h"
+#include "qcore/store/moment.h"
+#include "qcore/store/wire.h"
+
+namespace qcore::index {
+
+namespace {
+
+constexpr std::uint8_t kForm = 1;
+constexpr int kPageBits = 26;
+constexpr int kCollationBits = 8;
+constexpr std::uint32_t kLastPage = (1u << kPageBits) - 1;
+constexpr std::uint32_t kFirstPart = 1u << (kPageBits - 1);
+constexpr std::uint32_t kHead = 0;
+
+struct Head {
+  IndexTree::Identity identity;
+  std::uint32_t view = 0;
+  bool restricted = false;
+  std::uint64_t generation = 0;
+  std::uint64_t feed = 0;
+  std::uint64_t folder = 0;
+  PageTree::Root root;
+};
+
+std::vector<std::uint8_t> Encode(const Head& head) {
+  std::vector<std::uint8_t> bytes{kForm};
+  WireWriter writer(&bytes);
+  writer.Put(head.view);
+  writer.Put(head.identity.design);
+  writer.Put(head.identity.names);
+  writer.Put(static_cast<std::uint8_t>(head.restricted));
+  writer.Put(head.generation);
+  writer.Put(head.feed);
+  writer.Put(head.folder);
+  writer.Put(head.root.number);
+  writer.Put(head.root.height);
+  writer.Put(head.root.next_page);
+  writer.Put(head.root.sum.rows);
+  writer.Put(head.root.sum.documents);
+  writer.Put(head.root.sum.at_least);
+  writer.Put(head.root.sum.least);
+  for (const double total : head.root.sum.totals) writer.Put(std::bit_cast<std::uint64_t>(total));
+  return bytes;
+}
+
+std::optional<Head> DecodeHead(Bytes bytes, std::size_t totals) {
+  constexpr std::uint8_t kHighest = 12;
+  WireReader reader(bytes);
+  if (reader.Take<std::uint8_t>() != kForm) return std::nullopt;
+  Head head;
+  head.view = reader.Take<std::uint32_t>();
+  head.identity.design = reader.Take<std::uint64_t>();
+  head.identity.names = reader.Take<std::uint64_t>();
+  head.restricted = reader.Take<std::uint8_t>() != 0;
+  head.generation = reader.Take<std::uint64_t>();
+  head.feed = reader.Take<std::uint64_t>();
+  head.folder = reader.Take<std::uint64_t>();
+  PageTree::Root& root = head.root;
+  root.number = reader.Take<std::uint32_t>();
+  root.height = reader.Take<std::uint8_t>();
+  root.next_page = reader.Take<std::uint32_t>();
+  root.sum.rows = reader.Take<std::uint32_t>();
+  root.sum.documents = reader.Take<std::uint32_t>();
+  root.sum.at_least = reader.Take<std::uint32_t>();
+  root.sum.least = reader.Take<std::uint8_t>();
+  for (std::size_t i = 0; i < totals && root.sum.rows != 0; ++i) {
+    root.sum.totals.push_back(std::bit_cast<double>(reader.Take<std::uint64_t>()));
+  }
+  const bool good = reader.good() && reader.at_end() && root.height <= kHighest && root.next_page <= kFirstPart &&
+                    (root.number == 0) == (root.sum.rows == 0) && root.number < root.next_page;
+  return good ? std::optional(head) : std::nullopt;
+}
+
+}  // namespace
+
+std::uint64_t IndexTree::PageKey(std::uint32_t page) const {
+  return (std::uint64_t{view_ / 4} << kCollationBits | collation_.number) << kPageBits | page;
+}
+
+ENGSTATUS IndexTree::ReadStoredLocked(std::uint32_t page, std::vector<std::uint8_t>* bytes) {
+  Store& store = database_->store();
+  ENGSTATUS status = store.ReadPage(PageKey(page), bytes);
+  if (status != ENG_OK) return status;
+  // A page is good for the head that was read with it.
+  std::vector<std::uint8_t> head_bytes;
+  status = store.ReadPage(PageKey(kHead), &head_bytes);
+  const std::optional<Head> head = DecodeHead(head_bytes, totals_.columns());
+  if (status == ENG_OK && (!head || head->generation != generation_)) return ENG_ERR_SLATE_CONFLICT;
+  return status;
+}
+
+std::vector<std::uint8_t> IndexTree::ReadStored(std::uint32_t page) {
+  if (!generation_) throw IndexFault{ENG_ERR_DB_DAMAGED};
+  std::vector<std::uint8_t> bytes;
+  const std::lock_guard lock(database_->mutex());
+  const bool own = !database_->store().InTransaction();
+  ENGSTATUS status = own ? database_->store().BeginRead() : ENGSTATUS{ENG_OK};
+  if (status == ENG_OK) status = ReadStoredLocked(page, &bytes);
+  if (own) database_->store().EndRead();
+  if (status != ENG_OK) throw IndexFault{status};
+  return bytes;
+}
+
+ENGSTATUS IndexTree::LoadKept(const Identity& identity, bool* found) {
+  Drop();
+  *found = false;
+  std::vector<std::uint8_t> bytes;
+  {
+    const std::lock_guard lock(database_->mutex());
+    const ENGSTATUS status = database_->store().ReadPage(PageKey(kHead), &bytes);
+    if (status != ENG_OK) return status;
+  }
+  const std::optional<Head> head = DecodeHead(bytes, totals_.columns());
+  if (!head || head->view != view_ || head->identity.design != identity.design) return ENG_OK;
+  if (head->restricted && head->identity.names != identity.names) return ENG_OK;
+  generation_ = head->generation;
+  feed = head->feed;
+  folder_change = head->folder;
+  restricted = head->restricted;
+  tree_.SetRoot(head->root);
+  directory_.SetReader([this](std::uint32_t part) { return ReadStored(kFirstPart + part); });
+  *found = true;
+  return ENG_OK;
+}
+
+ENGSTATUS IndexTree::WriteChanged(const Identity& identity, std::uint64_t generation) {
+  Store& store = database_->store();
+  ENGSTATUS status = ENG_OK;
+  if (!generation_) status = store.DropPages(PageKey(kHead), PageKey(kLastPage));
+  const auto write = [&](std::uint32_t page, Bytes bytes) {
+    if (status == ENG_OK) status = store.WritePage(PageKey(page), bytes);
+  };
+  tree_.ForEachChanged([&](const Page& page) { write(page.number, page.Encode()); });
+  directory_.ForEachChanged(
+      [&](std::uint32_t part, const std::vector<std::uint8_t>& bytes) { write(kFirstPart + part, bytes); });
+  for (const PageNumber gone : tree_.Gone()) {
+    if (status == ENG_OK) status = store.DropPages(PageKey(gone), PageKey(gone));
+  }
+  Head head{identity, view_, restricted, generation, feed, folder_change, tree_.root()};
+  write(kHead, Encode(head));
+  return status;
+}
+
+ENGSTATUS IndexTree::Keep(const Identity& identity) {
+  const std::lock_guard lock(database_->mutex());
+  qcore::Change change(*database_);
+  ENGSTATUS status = change.Begin();
+  if (status != ENG_OK) return status;
+  std::vector<std::uint8_t> bytes;
+  status = database_->store().ReadPage(PageKey(kHead), &bytes);
+  if (status != ENG_OK) return status;
+  const std::optional<Head> head = DecodeHead(bytes, totals_.columns());
+  if (generation_ && (!head || head->generation != generation_)) return ENG_ERR_SLATE_CONFLICT;
+  // Never that of an index that was dropped meanwhile.
+  const std::uint64_t generation = std::max(head ? head->generation + 1 : 1, Pack(Now()));
+  status = WriteChanged(identity, generation);
+  if (status == ENG_OK) status = change.Commit();
+  if (status != ENG_OK) return status;
+  generation_ = generation;
+  tree_.MarkKept();
+  directory_.MarkKept();
+  unkept_ = 0;
+  return ENG_OK;
+}
+
+}  // namespace qcore::index
