@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "qcore/slates/readers.h"
-
 namespace qcore::index {
 
 namespace {
@@ -49,6 +47,22 @@ bool DocumentReader::IsMember(std::uint32_t id) const {
   return !members_ || std::binary_search(members_->begin(), members_->end(), id);
 }
 
+ENGSTATUS DocumentReader::CheckReaders(Document* document, bool* may_read) {
+  std::vector<std::pair<std::string, PackedItem>> items;
+  {
+    const std::lock_guard lock(database_->mutex());
+    const ENGSTATUS status = rows_.ForEach([&items](std::string_view name, const PackedItem& item) {
+      if (ReadersCheck::Wants(item.flags, name)) items.emplace_back(name, item);
+    });
+    if (status != ENG_OK) return status;
+  }
+  ReadersCheck check(user_names_);
+  for (const auto& [name, item] : items) check.Item(item.flags, name, rows_.ValueOf(item));
+  document->restricted = check.restricted();
+  *may_read = check.may_read();
+  return ENG_OK;
+}
+
 ENGSTATUS DocumentReader::Evaluate(const StoredRow& row, Document* document) {
   const SlateHeader& header = row.header;
   document->id = header.id;
@@ -63,6 +77,11 @@ ENGSTATUS DocumentReader::Evaluate(const StoredRow& row, Document* document) {
     // A document that can't be read has no row; the check of the database names it.
     if (status == ENG_ERR_ITEM_DAMAGED) return ENG_OK;
     if (status != ENG_OK) return status;
+  }
+  bool may_read = true;
+  if (rows_.names_readers()) {
+    const ENGSTATUS status = CheckReaders(document, &may_read);
+    if (status != ENG_OK || !may_read) return status;
   }
   document->selected = true;
   document->values.resize(layout_.size());

@@ -9,6 +9,7 @@
 
 #include "qcore/index/design.h"
 #include "qcore/index/values.h"
+#include "qcore/slates/readers.h"
 #include "qcore/slates/rowreader.h"
 
 namespace qcore::index {
@@ -63,6 +64,7 @@ class DocumentReader {
  private:
   class Formulas;
 
+  [[nodiscard]] ENGSTATUS CheckReaders(Document* document, bool* may_read);
   [[nodiscard]] ENGSTATUS Evaluate(const StoredRow& row, Document* document);
   bool IsMember(std::uint32_t id) const;
 
@@ -72,6 +74,7 @@ class DocumentReader {
   RowReader rows_;
   std::vector<std::uint32_t> places_;  // in rows_, by value number
   std::optional<std::vector<std::uint32_t>> members_;
+  NamesList user_names_ = CurrentNames();
   std::unique_ptr<Formulas> formulas_;
 };
 

@@ -18,6 +18,14 @@ std::vector<std::string_view> SegmentsOf(std::string_view text) {
   return segments;
 }
 
+std::string_view SegmentAt(std::string_view text, std::uint8_t segment) {
+  const std::vector<std::string_view> segments = SegmentsOf(text);
+  const std::size_t number = segment & ~kRest & 0xFF;
+  if (number >= segments.size()) return {};
+  const char* from = segments[number].data();
+  return (segment & kRest) == 0 ? segments[number] : text.substr(static_cast<std::size_t>(from - text.data()));
+}
+
 // A row in the making: the key so far, and which single value stands in for a list.
 struct RowPlanner::Draft {
   std::string key;
@@ -46,9 +54,10 @@ void RowPlanner::AddCategory(Bytes value, std::size_t column, Draft* draft) cons
   // Each category column that follows needs a level of its own.
   const std::size_t room =
       kMostSegments - std::min(kMostSegments - 1, draft->categories.size() + categories_ - column - 1);
-  if (segments.size() > room) {
+  const bool cut = segments.size() > room;
+  if (cut) {
     const char* last = segments[room - 1].data();
-    segments[room - 1] = {last, static_cast<std::size_t>(text->data() + text->size() - last)};
+    segments[room - 1] = text->substr(static_cast<std::size_t>(last - text->data()));
     segments.resize(room);
   }
   if (segments.empty()) {
@@ -60,7 +69,7 @@ void RowPlanner::AddCategory(Bytes value, std::size_t column, Draft* draft) cons
   for (std::size_t segment = 0; segment < segments.size(); ++segment) {
     draft->key.push_back(segment == 0 ? kMarkCategory : kMarkDeeper);
     AppendTextKey(segments[segment], sorted.column.options, &draft->key);
-    step(segment);
+    step(segment | (cut && segment + 1 == room ? kRest : 0u));
   }
 }
 

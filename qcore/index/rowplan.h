@@ -30,7 +30,7 @@ inline constexpr std::size_t kMostSegments = 24;
 struct CategoryStep {
   std::uint32_t end;
   std::uint16_t value;   // number of its value
-  std::uint8_t segment;  // of that value's text
+  std::uint8_t segment;  // of that value's text; kRest: with all that follows
 };
 
 struct PlannedRow {
@@ -39,8 +39,12 @@ struct PlannedRow {
   std::uint32_t parent_end = 0;  // of a response: the length of the key that it hangs below
 };
 
+inline constexpr std::uint8_t kRest = 0x80;
+
 // The parts of a category's text.
 std::vector<std::string_view> SegmentsOf(std::string_view text);
+// What the category of a step shows of its value's text.
+std::string_view SegmentAt(std::string_view text, std::uint8_t segment);
 
 class RowPlanner {
  public:

@@ -3,6 +3,7 @@
 #include "engine/slate.h"
 #include "engine/text.h"
 #include "qcore/settings/settings.h"
+#include "qcore/store/checksum.h"
 #include "qcore/store/wire.h"
 #include "qcore/text/fold.h"
 #include "qcore/text/textlist.h"
@@ -70,6 +71,15 @@ void NamesList::Add(std::string_view name) {
 }
 
 bool NamesList::Has(std::string_view name) const { return names_.contains(Comparable(name)); }
+
+std::uint64_t NamesList::Sum() const {
+  std::uint64_t sum = names_.size();
+  for (const std::string& name : names_) {
+    const Bytes bytes(reinterpret_cast<const std::uint8_t*>(name.data()), name.size());
+    sum += std::uint64_t{Checksum(bytes, 1)} << 32 | Checksum(bytes, 2);
+  }
+  return sum;
+}
 
 NamesList CurrentNames() {
   const std::string platform = settings::UserName();

@@ -24,6 +24,8 @@ class NamesList {
   void Add(std::string_view name);
   bool Has(std::string_view name) const;
   bool operator==(const NamesList&) const = default;
+  // One number for the whole list, the same whenever the names are.
+  std::uint64_t Sum() const;
 
  private:
   std::unordered_set<std::string> names_;  // in comparable form

@@ -1,6 +1,16 @@
 #include "qcore/slates/rowreader.h"
 
+#include "engine/slate.h"
+
 namespace qcore {
+
+namespace {
+
+constexpr std::uint16_t kReaderFlags = ENG_ITEM_READERS | ENG_ITEM_READERS_WRITERS;
+
+}  // namespace
+
+RowReader::RowReader(Database& database) : database_(database), readers_(Want("$Readers")) {}
 
 std::uint32_t RowReader::Want(std::string_view name) {
   for (std::uint32_t place = 0; place < wanted_.size(); ++place) {
@@ -33,6 +43,7 @@ ENGSTATUS RowReader::PlaceOf(std::uint32_t number, std::uint16_t* place) {
 ENGSTATUS RowReader::Take(const SlateHeader& header, Bytes packed) {
   for (Found& found : found_) found.present = false;
   aside_.clear();
+  names_readers_ = false;
   header_ = &header;
   packed_ = packed;
   PackedReader reader;
@@ -42,6 +53,7 @@ ENGSTATUS RowReader::Take(const SlateHeader& header, Bytes packed) {
     status = reader.Next(&item);
     std::uint16_t place = kNotWanted;
     if (status == ENG_OK) status = PlaceOf(item.name, &place);
+    names_readers_ = names_readers_ || (item.flags & kReaderFlags) != 0 || (place != kNotWanted && place == readers_);
     if (status == ENG_OK && place != kNotWanted && !found_[place].present) found_[place] = {item, true};
   }
   return status;

@@ -23,7 +23,7 @@ struct StoredRow {
 
 class RowReader {
  public:
-  explicit RowReader(Database& database) : database_(database) {}
+  explicit RowReader(Database& database);
 
   // The place of a name among those wanted; names compare without ASCII case. Before the first Take.
   std::uint32_t Want(std::string_view name);
@@ -34,6 +34,8 @@ class RowReader {
   const SlateHeader& header() const { return *header_; }
   // The first item of a wanted name, null for none. A value that stands aside has been read by Value.
   const PackedItem* Item(std::uint32_t place) const { return found_[place].present ? &found_[place].item : nullptr; }
+  // Whether an item says who may read or write the slate.
+  bool names_readers() const { return names_readers_; }
   // The value with its type word, good until the next Take; empty when there is none or it can't be read. Takes the
   // database's mutex for one that stands aside.
   Bytes Value(std::uint32_t place);
@@ -57,8 +59,10 @@ class RowReader {
   std::vector<std::uint16_t> by_number_;  // name number -> place
   std::vector<Found> found_;
   const SlateHeader* header_ = nullptr;
+  bool names_readers_ = false;
   Bytes packed_;
   std::vector<std::unique_ptr<std::vector<std::uint8_t>>> aside_;
+  std::uint32_t readers_;  // place of $Readers, which must come last: Want needs the rest
 };
 
 }  // namespace qcore

@@ -1,0 +1,24 @@
+// Finding rows by the values of the sorted columns.
+#ifndef QUILLON_QCORE_INDEX_FIND_H
+#define QUILLON_QCORE_INDEX_FIND_H
+
+#include "qcore/index/indextree.h"
+#include "qcore/index/walk.h"
+
+namespace qcore::index {
+
+struct FindResult {
+  Walk::Spot spot = 0;
+  std::uint32_t matches = 0;
+  bool together = true;  // whether the rows found are peers of each other, one behind another
+};
+
+// The keys of an ITEM_TABLE: values with their type word. False for a table whose lengths lead out of `size` bytes.
+[[nodiscard]] bool DecodeKeys(const std::uint8_t* table, std::size_t size, std::vector<Value>* keys);
+
+// See EngCollectionFind.
+[[nodiscard]] ENGSTATUS Find(IndexTree& index, const std::vector<Value>& keys, std::uint16_t flags, FindResult* result);
+
+}  // namespace qcore::index
+
+#endif

@@ -1,0 +1,178 @@
+#include "qcore/index/rowbuffer.h"
+
+#include <bit>
+
+#include "qcore/store/checksum.h"
+#include "qcore/store/wire.h"
+
+namespace qcore::index {
+
+namespace {
+
+constexpr std::size_t kTypeSize = 2;
+constexpr std::uint16_t kClassDocument = 1;
+
+}  // namespace
+
+std::uint32_t NumberOfRow(RowKind kind, std::string_view key) {
+  const Bytes bytes(reinterpret_cast<const std::uint8_t*>(key.data()), key.size());
+  const std::uint32_t number = Checksum(bytes, 0) & 0x3FFFFFFF;
+  return ENG_ROW_NO_DOCUMENT | (kind == RowKind::kTotal ? ENG_ROW_TOTAL : 0u) | number;
+}
+
+RowBuffer::RowBuffer(IndexTree& index, const ValueLayout& layout, Database& entries, Walk& walk, ENGHANDLE unread,
+                     std::uint32_t mask)
+    : index_(index), layout_(layout), entries_(entries), walk_(walk), unread_(unread), mask_(mask) {
+  bytes_.reserve(4096);
+  numbers_.resize(layout.summary_size());
+}
+
+bool RowBuffer::Add(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position, std::uint16_t score) {
+  const std::size_t before = bytes_.size();
+  const bool document = row.kind() == RowKind::kDocument;
+  WireWriter writer(&bytes_);
+  if ((mask_ & ENG_READ_ID) != 0) writer.Put(document ? row.id() : NumberOfRow(row.kind(), row.key()));
+  if ((mask_ & ENG_READ_UNIVERSAL_ID) != 0) AddUniversalId(row);
+  if ((mask_ & ENG_READ_CLASS) != 0) writer.Put(static_cast<std::uint16_t>(document ? kClassDocument : 0));
+  if ((mask_ & (ENG_READ_SIBLINGS | ENG_READ_CHILDREN | ENG_READ_DESCENDANTS)) != 0) AddCounts(rank);
+  if ((mask_ & ENG_READ_INDENT) != 0) writer.Put(static_cast<std::uint16_t>(document ? row.indent() : 0));
+  if ((mask_ & ENG_READ_SCORE) != 0) writer.Put(score);
+  if ((mask_ & ENG_READ_UNREAD) != 0) writer.Put(static_cast<std::uint16_t>(unread_ != 0 && walk_.IsUnread(rank)));
+  if ((mask_ & ENG_READ_POSITION) != 0) {
+    writer.Put(position.Level);
+    writer.Put(position.MinLevel);
+    writer.Put(position.MaxLevel);
+    for (std::uint16_t level = 0; level <= position.Level; ++level) writer.Put(position.Tumbler[level]);
+  }
+  if ((mask_ & ENG_READ_SUMMARY) != 0) AddSummary(rank, row);
+  if (before == 0 || bytes_.size() <= kSize) return true;
+  bytes_.resize(before);
+  return false;
+}
+
+void RowBuffer::AddCounts(Rank rank) {
+  WireWriter writer(&bytes_);
+  if ((mask_ & ENG_READ_SIBLINGS) != 0) writer.Put(walk_.Siblings(rank));
+  if ((mask_ & ENG_READ_CHILDREN) != 0) writer.Put(walk_.Children(rank));
+  if ((mask_ & ENG_READ_DESCENDANTS) != 0) writer.Put(walk_.Descendants(rank));
+}
+
+void RowBuffer::AddUniversalId(const PageTree::Cursor& row) {
+  SlateHeader header;
+  if (row.kind() == RowKind::kDocument) {
+    const std::lock_guard lock(entries_.mutex());
+    // One that is gone meanwhile has none.
+    if (entries_.store().ReadHeader(row.id(), &header) != ENG_OK) header = {};
+  }
+  WireWriter writer(&bytes_);
+  writer.PutTime(header.origin.File);
+  writer.PutTime(header.origin.Slate);
+}
+
+void RowBuffer::AddSummary(Rank rank, const PageTree::Cursor& row) {
+  pieces_.assign(layout_.summary_size(), {});
+  if (row.kind() == RowKind::kDocument) {
+    RowValues values(row.value());
+    RowValues::Item item;
+    for (Piece& piece : pieces_) {
+      if (!values.Next(&item)) break;
+      piece = {item.type, item.data};
+    }
+  } else if (row.kind() == RowKind::kCategory) {
+    PiecesOfCategory(row);
+    AddTotals(rank + 1, walk_.EndOf(rank));
+  } else {
+    AddTotals(0, index_.rows().rows());
+  }
+  WriteSummary();
+}
+
+// A category shows what the first document below it has there.
+void RowBuffer::PiecesOfCategory(const PageTree::Cursor& row) {
+  WireReader reader(row.value());
+  const auto number = reader.Take<std::uint16_t>();
+  const auto segment = reader.Take<std::uint8_t>();
+  PageTree::Cursor document = row;
+  do {
+    if (!index_.rows().Next(&document)) return;
+  } while (document.kind() != RowKind::kDocument);
+  const Bytes stored = document.value();
+  scratch_.assign(stored.begin(), stored.end());
+  RowValues values(scratch_);
+  RowValues::Item item;
+  for (std::size_t value = 0; value <= number; ++value) {
+    if (!values.Next(&item)) return;
+  }
+  if (number >= pieces_.size()) return;
+  if (item.type == kTypeText) {
+    const std::string_view text(reinterpret_cast<const char*>(item.data.data()), item.data.size());
+    const std::string_view shown = SegmentAt(text, segment);
+    item.data = Bytes(reinterpret_cast<const std::uint8_t*>(shown.data()), shown.size());
+  }
+  pieces_[number] = {item.type, item.data};
+}
+
+double RowBuffer::TotalOf(Totals totals, std::size_t place, const Sum& sum, Rank first, Rank end) {
+  const auto at = [place](const Sum& s) { return place < s.totals.size() ? s.totals[place] : 0.0; };
+  const auto part = [&at, &sum](double whole) { return whole != 0 ? 100 * at(sum) / whole : 0.0; };
+  switch (totals) {
+    case Totals::kPerChild: {
+      const Sum all = index_.rows().Range(first, end);
+      return all.at_least != 0 ? at(sum) / all.at_least : 0.0;
+    }
+    case Totals::kPerDocument:
+      return sum.documents != 0 ? at(sum) / sum.documents : 0.0;
+    case Totals::kPercentOfAll:
+      return part(at(index_.rows().sum()));
+    case Totals::kPercentOfParent: {
+      if (first == 0) return part(at(sum));
+      const Rank category = first - 1;
+      const std::uint8_t level = index_.rows().At(category).level();
+      std::optional<Rank> parent;
+      if (level != 0) parent = index_.rows().PrevAtMost(category, level - 1);
+      return part(at(parent ? index_.rows().Range(*parent + 1, walk_.EndOf(*parent)) : index_.rows().sum()));
+    }
+    default:
+      return at(sum);
+  }
+}
+
+void RowBuffer::AddTotals(Rank first, Rank end) {
+  if (index_.totals().columns() == 0) return;
+  const Sum sum = index_.rows().Range(first, end);
+  for (std::size_t value = 0; value < pieces_.size(); ++value) {
+    const auto place = index_.totals().PlaceOf(value);
+    if (!place) continue;
+    const double total = TotalOf(layout_.column(value).totals, *place, sum, first, end);
+    StoreLittle(numbers_[value].data(), std::bit_cast<std::uint64_t>(total));
+    pieces_[value] = {kTypeNumber, numbers_[value]};
+  }
+}
+
+void RowBuffer::WriteSummary() {
+  constexpr std::size_t kMost = 65535;
+  std::size_t size = 4;
+  for (std::size_t value = 0; value < pieces_.size(); ++value) size += 4 + layout_.name(value).size();
+  for (Piece& piece : pieces_) {
+    const std::size_t value_size = piece.type == 0 ? 0 : kTypeSize + piece.data.size();
+    if (size + value_size > kMost) piece = {};
+    if (piece.type != 0) size += value_size;
+  }
+  WireWriter writer(&bytes_);
+  writer.Put(static_cast<std::uint16_t>(size));
+  writer.Put(static_cast<std::uint16_t>(pieces_.size()));
+  for (std::size_t value = 0; value < pieces_.size(); ++value) {
+    const Piece& piece = pieces_[value];
+    writer.Put(static_cast<std::uint16_t>(layout_.name(value).size()));
+    writer.Put(static_cast<std::uint16_t>(piece.type == 0 ? 0 : kTypeSize + piece.data.size()));
+  }
+  for (std::size_t value = 0; value < pieces_.size(); ++value) {
+    const std::string& name = layout_.name(value);
+    writer.PutBytes({reinterpret_cast<const std::uint8_t*>(name.data()), name.size()});
+    if (pieces_[value].type == 0) continue;
+    writer.Put(pieces_[value].type);
+    writer.PutBytes(pieces_[value].data);
+  }
+}
+
+}  // namespace qcore::index

@@ -1,0 +1,57 @@
+// Rows as they go to the client; the layout stands in engine/collection.h.
+#ifndef QUILLON_QCORE_INDEX_ROWBUFFER_H
+#define QUILLON_QCORE_INDEX_ROWBUFFER_H
+
+#include <array>
+
+#include "qcore/index/indextree.h"
+#include "qcore/index/walk.h"
+#include "qcore/store/database.h"
+
+namespace qcore::index {
+
+// A number for a row that is no document: the same as long as the row is there.
+std::uint32_t NumberOfRow(RowKind kind, std::string_view key);
+
+class RowBuffer {
+ public:
+  RowBuffer(IndexTree& index, const ValueLayout& layout, Database& entries, Walk& walk, ENGHANDLE unread,
+            std::uint32_t mask);
+
+  // Appends the row at a cursor. False when it would go beyond the buffer, which a first row never does.
+  [[nodiscard]] bool Add(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position,
+                         std::uint16_t score);
+  const std::vector<std::uint8_t>& bytes() const { return bytes_; }
+
+  // Bytes of a read; a client asks again for what is behind.
+  static constexpr std::size_t kSize = 65536;
+
+ private:
+  struct Piece {
+    std::uint16_t type = 0;
+    Bytes data;
+  };
+
+  void AddCounts(Rank rank);
+  void AddUniversalId(const PageTree::Cursor& row);
+  void AddSummary(Rank rank, const PageTree::Cursor& row);
+  void PiecesOfCategory(const PageTree::Cursor& row);
+  void AddTotals(Rank first, Rank end);
+  double TotalOf(Totals totals, std::size_t place, const Sum& sum, Rank first, Rank end);
+  void WriteSummary();
+
+  IndexTree& index_;
+  const ValueLayout& layout_;
+  Database& entries_;
+  Walk& walk_;
+  ENGHANDLE unread_;
+  std::uint32_t mask_;
+  std::vector<std::uint8_t> bytes_;
+  std::vector<Piece> pieces_;
+  std::vector<std::array<std::uint8_t, 8>> numbers_;  // of totals
+  std::vector<std::uint8_t> scratch_;                 // of a category's document
+};
+
+}  // namespace qcore::index
+
+#endif

@@ -1,0 +1,27 @@
+// Markers in constant column texts; see EngCollectionTranslateSpecial.
+#ifndef QUILLON_QCORE_INDEX_SPECIAL_H
+#define QUILLON_QCORE_INDEX_SPECIAL_H
+
+#include <string>
+#include <string_view>
+
+#include "engine/collection.h"
+
+namespace qcore::index {
+
+struct SpecialFacts {
+  std::uint32_t id = 0;
+  const COLLECTIONPOSITION* position = nullptr;
+  std::uint32_t siblings = 0;
+  std::uint32_t children = 0;
+  std::uint32_t descendants = 0;
+  bool unread = false;
+  std::string_view db_title;
+  std::string_view view_title;
+};
+
+std::string ExpandSpecial(std::string_view text, const SpecialFacts& facts);
+
+}  // namespace qcore::index
+
+#endif

@@ -1,0 +1,327 @@
+#include "qcore/index/viewindex.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "qcore/folders/folders.h"
+#include "qcore/slates/readers.h"
+
+namespace qcore::index {
+
+namespace {
+
+constexpr std::size_t kMostLogged = 65536;
+constexpr std::size_t kKeepAfter = 20000;  // changes of rows
+constexpr std::uint16_t kClassDocument = 1;
+
+using Key = std::tuple<const Database*, const Database*, std::uint32_t>;
+std::mutex registry_mutex;
+std::map<Key, std::weak_ptr<ViewIndex>>& Registry() {
+  static std::map<Key, std::weak_ptr<ViewIndex>> registry;
+  return registry;
+}
+
+}  // namespace
+
+std::shared_ptr<ViewIndex> ViewIndex::Find(std::shared_ptr<Database> design, std::shared_ptr<Database> entries,
+                                           std::uint32_t view) {
+  const std::lock_guard lock(registry_mutex);
+  auto& registry = Registry();
+  std::erase_if(registry, [](const auto& entry) { return entry.second.expired(); });
+  std::weak_ptr<ViewIndex>& known = registry[Key(design.get(), entries.get(), view)];
+  std::shared_ptr<ViewIndex> index = known.lock();
+  if (!index) {
+    index = std::make_shared<ViewIndex>(std::move(design), std::move(entries), view);
+    known = index;
+  }
+  return index;
+}
+
+ViewIndex::ViewIndex(std::shared_ptr<Database> design, std::shared_ptr<Database> entries, std::uint32_t view)
+    : design_database_(std::move(design)), entries_(std::move(entries)), view_(view) {}
+
+template <typename Work>
+ENGSTATUS ViewIndex::Caught(const Work& work) {
+  try {
+    return work();
+  } catch (const IndexFault& fault) {
+    return fault.status;
+  } catch (const std::bad_alloc&) {
+    return ENG_ERR_MEMORY;
+  }
+}
+
+IndexTree::Identity ViewIndex::identity() const { return {design_->sum, names_}; }
+
+ENGSTATUS ViewIndex::ReadDesignIfChanged(bool* changed) {
+  *changed = false;
+  SlateHeader header;
+  {
+    const std::lock_guard lock(design_database_->mutex());
+    const ENGSTATUS status = design_database_->store().ReadHeader(view_, &header);
+    if (status == ENG_ERR_NO_SLATE || (status == ENG_OK && header.deleted)) return ENG_ERR_NO_COLLECTION;
+    if (status != ENG_OK) return status;
+  }
+  const bool restricted =
+      std::ranges::any_of(slots_, [](const auto& slot) { return slot.second.tree && slot.second.tree->restricted; });
+  const std::uint64_t names = design_ && !restricted ? names_ : CurrentNames().Sum();
+  const bool same_time = header.modified_here.TimeWord == design_time_.TimeWord &&
+                         header.modified_here.DateWord == design_time_.DateWord &&
+                         header.origin.Sequence == design_sequence_;
+  if (design_ && same_time && names == names_) return ENG_OK;
+  auto design = std::make_unique<Design>();
+  const ENGSTATUS status = ReadDesign(design_database_, view_, design.get());
+  if (status != ENG_OK) return status;
+  *changed = !design_ || design->sum != design_->sum || names != names_;
+  design_time_ = header.modified_here;
+  design_sequence_ = header.origin.Sequence;
+  if (!*changed) return ENG_OK;
+  auto layout = std::make_unique<ValueLayout>(*design);
+  auto reader = std::make_unique<DocumentReader>(entries_, *design, *layout);
+  const ENGSTATUS opened = reader->Open();
+  if (opened != ENG_OK) return opened;
+  for (auto& [number, slot] : slots_) {
+    slot.tree.reset();
+    ForgetLog(&slot);
+  }
+  reader_ = std::move(reader);
+  layout_ = std::move(layout);
+  design_ = std::move(design);
+  names_ = names;
+  return ENG_OK;
+}
+
+ENGSTATUS ViewIndex::ReadMembers() {
+  if (!design_->folder) return ENG_OK;
+  std::vector<std::uint32_t> members;
+  {
+    const std::lock_guard lock(design_database_->mutex());
+    const ENGSTATUS status = FolderMembers(*design_database_, view_, &members);
+    if (status != ENG_OK) return status;
+  }
+  reader_->SetMembers(std::move(members));
+  return ENG_OK;
+}
+
+// The numbers are taken first: what is saved while the documents are read is brought in again by the next update.
+ENGSTATUS ViewIndex::Rebuild(Slot* slot) {
+  IndexTree& tree = *slot->tree;
+  std::uint64_t feed = 0;
+  std::uint64_t folder_change = 0;
+  {
+    const std::lock_guard lock(entries_->mutex());
+    const ENGSTATUS status = entries_->store().FeedEnd(&feed);
+    if (status != ENG_OK) return status;
+  }
+  if (design_->folder) {
+    const std::lock_guard lock(design_database_->mutex());
+    const ENGSTATUS status = FolderSequence(*design_database_, view_, &folder_change);
+    if (status != ENG_OK) return status;
+  }
+  ENGSTATUS status = ReadMembers();
+  ForgetLog(slot);
+  if (status == ENG_OK) status = Caught([&] { return tree.Build(*reader_); });
+  if (status != ENG_OK) return status;
+  tree.feed = feed;
+  tree.folder_change = folder_change;
+  KeepSlot(slot);
+  return ENG_OK;
+}
+
+ENGSTATUS ViewIndex::ChangedSince(const IndexTree& tree, std::uint64_t* feed, std::uint64_t* folder_change,
+                                  std::vector<std::uint32_t>* ids) {
+  {
+    const std::lock_guard lock(entries_->mutex());
+    const ENGSTATUS status = entries_->store().ReadFeedBehind(tree.feed, [&](const NumberedEntry& entry) {
+      *feed = std::max(*feed, entry.feed);
+      if ((entry.entry.slate_class & kClassDocument) != 0) ids->push_back(entry.entry.id);
+    });
+    if (status != ENG_OK) return status;
+  }
+  if (design_->folder) {
+    std::vector<std::uint32_t> added;
+    std::vector<std::uint32_t> removed;
+    const std::lock_guard lock(design_database_->mutex());
+    ENGSTATUS status = FolderSequence(*design_database_, view_, folder_change);
+    if (status == ENG_OK && *folder_change != tree.folder_change) {
+      status = FolderChanges(*design_database_, view_, tree.folder_change, &added, &removed);
+    }
+    if (status != ENG_OK) return status;
+    ids->insert(ids->end(), added.begin(), added.end());
+    ids->insert(ids->end(), removed.begin(), removed.end());
+  }
+  std::sort(ids->begin(), ids->end());
+  ids->erase(std::unique(ids->begin(), ids->end()), ids->end());
+  return ENG_OK;
+}
+
+ENGSTATUS ViewIndex::BringIn(Slot* slot) {
+  IndexTree& tree = *slot->tree;
+  std::uint64_t feed = tree.feed;
+  std::uint64_t folder_change = tree.folder_change;
+  std::vector<std::uint32_t> ids;
+  ENGSTATUS status = ChangedSince(tree, &feed, &folder_change, &ids);
+  if (status != ENG_OK) return status;
+  if (folder_change != tree.folder_change || (design_->folder && !ids.empty())) status = ReadMembers();
+  if (status != ENG_OK) return status;
+  if (!ids.empty()) {
+    // Past a point, reading everything in order costs less than reading much of it in disorder.
+    if (tree.collation().unique || ids.size() > 1000 + tree.rows().rows() / 2) return Rebuild(slot);
+    status = tree.Update(*reader_, ids);
+    if (status != ENG_OK) return status;
+  }
+  tree.feed = feed;
+  tree.folder_change = folder_change;
+  TakeLog(slot);
+  if (tree.unkept() > kKeepAfter) KeepSlot(slot);
+  return ENG_OK;
+}
+
+// A tree that lost its pages starts again from what is kept.
+ENGSTATUS ViewIndex::Renew(Slot* slot) {
+  ForgetLog(slot);
+  bool found = false;
+  const ENGSTATUS status = slot->tree->LoadKept(identity(), &found);
+  if (status != ENG_OK) return status;
+  if (found) {
+    const ENGSTATUS brought = Caught([&] {
+      const ENGSTATUS members = ReadMembers();
+      return members == ENG_OK ? BringIn(slot) : members;
+    });
+    if (brought == ENG_OK) return ENG_OK;
+  }
+  return Rebuild(slot);
+}
+
+ENGSTATUS ViewIndex::UpdateSlot(Slot* slot) {
+  const ENGSTATUS status = Caught([&] { return BringIn(slot); });
+  const bool lost = status == ENG_ERR_DB_DAMAGED || status == ENG_ERR_SLATE_CONFLICT;
+  return lost ? Renew(slot) : status;
+}
+
+ENGSTATUS ViewIndex::TreeFor(std::uint16_t number, Missing missing, Slot** slot) {
+  Slot& found = slots_[number];
+  *slot = &found;
+  if (found.tree) return ENG_OK;
+  const auto collation =
+      std::ranges::find_if(design_->collations, [number](const Collation& c) { return c.number == number; });
+  if (collation == design_->collations.end()) return ENG_ERR_NO_COLLECTION;
+  auto tree = std::make_unique<IndexTree>(entries_, view_, *collation, *layout_, design_->hierarchy);
+  bool kept = false;
+  ENGSTATUS status = tree->LoadKept(identity(), &kept);
+  if (status != ENG_OK) return status;
+  if (!kept && missing == Missing::kRefuse) return ENG_ERR_NO_COLLECTION;
+  found.tree = std::move(tree);
+  ForgetLog(&found);
+  status = kept ? ReadMembers() : Rebuild(&found);
+  if (status != ENG_OK) found.tree.reset();
+  return status;
+}
+
+ENGSTATUS ViewIndex::Open(Start start, Missing missing) {
+  const std::lock_guard lock(mutex_);
+  bool changed = false;
+  ENGSTATUS status = start == Start::kAsKept && open_ ? ENGSTATUS{ENG_OK} : ReadDesignIfChanged(&changed);
+  Slot* slot = nullptr;
+  if (status == ENG_OK) status = TreeFor(0, missing, &slot);
+  if (status == ENG_OK && start == Start::kRebuilt) status = Rebuild(slot);
+  if (status == ENG_OK && start == Start::kUpdated) status = UpdateLocked();
+  open_ = open_ || status == ENG_OK;
+  return status;
+}
+
+ENGSTATUS ViewIndex::Update() {
+  const std::lock_guard lock(mutex_);
+  bool changed = false;
+  const ENGSTATUS status = ReadDesignIfChanged(&changed);
+  return status == ENG_OK ? UpdateLocked() : status;
+}
+
+ENGSTATUS ViewIndex::UpdateLocked() {
+  ENGSTATUS status = ENG_OK;
+  for (auto& [number, slot] : slots_) {
+    if (!slot.tree || status != ENG_OK) continue;
+    status = slot.reverted.exchange(false) ? Renew(&slot) : UpdateSlot(&slot);
+  }
+  return status;
+}
+
+ENGSTATUS ViewIndex::With(std::uint16_t collation, const Use& use) {
+  const std::lock_guard lock(mutex_);
+  Slot* slot = nullptr;
+  ENGSTATUS status = design_ ? TreeFor(collation, Missing::kBuild, &slot) : ENGSTATUS{ENG_ERR_NO_COLLECTION};
+  if (status == ENG_OK && slot->reverted.exchange(false)) status = Renew(slot);
+  if (status != ENG_OK) return status;
+  bool lost = false;
+  try {
+    return use(*slot->tree);
+  } catch (const IndexFault& fault) {
+    lost = fault.status == ENG_ERR_DB_DAMAGED || fault.status == ENG_ERR_SLATE_CONFLICT;
+    status = fault.status;
+  }
+  if (lost) status = Renew(slot);
+  return status == ENG_OK ? Caught([&] { return use(*slot->tree); }) : status;
+}
+
+void ViewIndex::KeepSlot(Slot* slot) {
+  // Derived data: what can't be written now, in a database that is read only or in use, comes from the feed again.
+  const ENGSTATUS status = Caught([&] { return slot->tree->Keep(identity()); });
+  static_cast<void>(status);
+}
+
+void ViewIndex::Keep() {
+  const std::lock_guard lock(mutex_);
+  for (auto& [number, slot] : slots_) {
+    if (slot.tree && slot.tree->unkept() != 0) KeepSlot(&slot);
+  }
+}
+
+void ViewIndex::Revert() {
+  for (auto& [number, slot] : slots_) slot.reverted = true;
+}
+
+void ViewIndex::ForgetLog(Slot* slot) {
+  slot->log.clear();
+  slot->log_from = ++last_change_;
+}
+
+// A document's row that goes and one that comes in the same update are one that moved.
+void ViewIndex::TakeLog(Slot* slot) {
+  std::vector<RowChange> changes = slot->tree->TakeChanges();
+  std::map<std::uint32_t, std::vector<std::size_t>> gone;
+  std::vector<bool> paired(changes.size());
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    if (changes[i].id != 0 && changes[i].kind == RowEvent::kRemoved) gone[changes[i].id].push_back(i);
+  }
+  for (RowChange& change : changes) {
+    if (change.kind != RowEvent::kInserted || change.id == 0) continue;
+    const auto pair = gone.find(change.id);
+    if (pair == gone.end() || pair->second.empty()) continue;
+    change.kind = RowEvent::kMoved;
+    paired[pair->second.back()] = true;
+    pair->second.pop_back();
+  }
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    if (!paired[i]) slot->log.push_back({++last_change_, std::move(changes[i])});
+  }
+  for (; slot->log.size() > kMostLogged; slot->log.pop_front()) slot->log_from = slot->log.front().number;
+}
+
+bool ViewIndex::ChangesBehind(std::uint16_t collation, std::uint64_t number, std::vector<RowChange>* changes) const {
+  const auto slot = slots_.find(collation);
+  if (slot == slots_.end() || number < slot->second.log_from || number > last_change_) return false;
+  const auto& log = slot->second.log;
+  auto at = std::upper_bound(log.begin(), log.end(), number,
+                             [](std::uint64_t n, const LoggedChange& change) { return n < change.number; });
+  for (; at != log.end(); ++at) changes->push_back(at->change);
+  return true;
+}
+
+std::size_t ViewIndex::Memory() {
+  const std::lock_guard lock(mutex_);
+  std::size_t memory = 0;
+  for (const auto& [number, slot] : slots_) memory += slot.tree ? slot.tree->Memory() : 0;
+  return memory;
+}
+
+}  // namespace qcore::index

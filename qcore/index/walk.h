@@ -1,0 +1,69 @@
+// Moving about in the rows of an index by the navigation codes of engine/collection.h.
+#ifndef QUILLON_QCORE_INDEX_WALK_H
+#define QUILLON_QCORE_INDEX_WALK_H
+
+#include "engine/collection.h"
+#include "qcore/index/pagetree.h"
+
+namespace qcore::index {
+
+class Walk {
+ public:
+  // A row's rank; kBefore is the place before the first row.
+  using Spot = std::int64_t;
+  static constexpr Spot kBefore = -1;
+
+  // Limits of a way, see ENG_GO_MIN_LEVEL and ENG_GO_MAX_LEVEL.
+  struct Limits {
+    std::uint8_t least = 0;
+    std::uint8_t most = kDeepestLevel;
+  };
+
+  // `unread` may be 0.
+  Walk(PageTree& tree, ENGHANDLE unread) : tree_(tree), unread_(unread) {}
+
+  // False for codes that are none.
+  static bool IsCode(std::uint16_t code);
+  static Limits LimitsOf(std::uint16_t code, const COLLECTIONPOSITION& position);
+
+  // Nothing when there is no such row.
+  std::optional<Spot> SpotAt(const COLLECTIONPOSITION& position);
+  // Level and ordinals; the limits stay.
+  void SetPosition(Spot spot, COLLECTIONPOSITION* position);
+  // The same for the row behind a row whose position it is.
+  void AdvancePosition(std::uint8_t level, COLLECTIONPOSITION* position) const;
+
+  // Goes `count` times and gives how often it could.
+  std::uint32_t Go(std::uint16_t code, std::uint32_t count, const Limits& limits, Spot* spot);
+
+  std::uint32_t Siblings(Rank rank);
+  std::uint32_t Children(Rank rank);
+  std::uint32_t Descendants(Rank rank);
+  bool IsUnread(Rank rank);  // of a category: whether there is one below it
+
+  Rank EndOf(Rank rank);  // behind the row's descendants
+
+ private:
+  std::uint8_t LevelOf(Spot spot) { return tree_.At(static_cast<Rank>(spot)).level(); }
+  Spot FirstPeer(Spot spot, std::uint8_t level);
+  std::uint32_t Forward(std::uint32_t count, const Limits& limits, Spot* spot);
+  std::uint32_t Backward(std::uint32_t count, const Limits& limits, Spot* spot);
+  std::uint32_t NextPeer(std::uint32_t count, Spot* spot);
+  std::uint32_t PrevPeer(std::uint32_t count, Spot* spot);
+  std::optional<Spot> Main(Spot spot);
+  std::optional<Spot> Step(std::uint16_t code, Spot spot);
+  std::optional<Spot> NextMain(Spot spot);
+  std::optional<Spot> PrevMain(Spot spot);
+  std::optional<Spot> PrevParent(Spot spot);
+  std::optional<Spot> NextNoCategory(Spot spot);
+  std::optional<Spot> PrevNoCategory(Spot spot);
+  std::optional<Spot> Category(std::optional<Rank> rank);
+  std::optional<Spot> Unread(Spot spot, bool forward, bool main);
+
+  PageTree& tree_;
+  ENGHANDLE unread_;
+};
+
+}  // namespace qcore::index
+
+#endif
