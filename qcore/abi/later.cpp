@@ -1,8 +1,6 @@
 // The operations of engine/later.h: each tells the caller which one it is.
 #include "engine/later.h"
 
-#include "engine/collection.h"
-#include "engine/formula.h"
 #include "engine/status.h"
 #include "qcore/abi/later.h"
 
@@ -145,65 +143,6 @@ ENGSTATUS EngSchedFreeTimeSearch(uint32_t, uint32_t, uint32_t, uint32_t, const T
                                  ENGHANDLE*) {
   return NotAvailable(EngLater_SchedFreeTimeSearch);
 }
-ENGSTATUS EngCollectionClose(ENGHANDLE) { return NotAvailable(EngLater_CollectionClose); }
-ENGSTATUS EngCollectionFind(ENGHANDLE, const void*, uint16_t, void*, uint32_t*) {
-  return NotAvailable(EngLater_CollectionFind);
-}
-ENGSTATUS EngCollectionOpen(ENGHANDLE, ENGHANDLE, uint32_t, uint16_t, ENGHANDLE, ENGHANDLE*, ENGHANDLE*, void*,
-                            ENGHANDLE*, ENGHANDLE*) {
-  return NotAvailable(EngLater_CollectionOpen);
-}
-ENGSTATUS EngCollectionRead(ENGHANDLE, void*, uint16_t, uint32_t, uint16_t, uint32_t, uint32_t, ENGHANDLE*, uint32_t*,
-                            uint32_t*, uint32_t*, uint16_t*) {
-  return NotAvailable(EngLater_CollectionRead);
-}
-ENGSTATUS EngCollectionTranslateSpecial(const ENGCHAR*, uint16_t, ENGCHAR*, uint16_t, uint32_t, const void*,
-                                        const void*, const void*, ENGHANDLE, const ENGCHAR*, const ENGCHAR*,
-                                        uint16_t*) {
-  return NotAvailable(EngLater_CollectionTranslateSpecial);
-}
-ENGSTATUS EngCollectionUpdate(ENGHANDLE) { return NotAvailable(EngLater_CollectionUpdate); }
-ENGSTATUS EngFolderClose(ENGHANDLE, ENGHANDLE, uint32_t, uint32_t) { return NotAvailable(EngLater_FolderClose); }
-ENGSTATUS EngFolderCopy(ENGHANDLE, ENGHANDLE, uint32_t, ENGHANDLE, const ENGCHAR*, uint16_t, uint32_t, uint32_t*) {
-  return NotAvailable(EngLater_FolderCopy);
-}
-ENGSTATUS EngFolderCreate(ENGHANDLE, ENGHANDLE, uint32_t, ENGHANDLE, const ENGCHAR*, uint16_t, uint16_t, uint32_t,
-                          uint32_t*) {
-  return NotAvailable(EngLater_FolderCreate);
-}
-ENGSTATUS EngFolderDocAdd(ENGHANDLE, ENGHANDLE, uint32_t, ENGHANDLE, uint32_t) {
-  return NotAvailable(EngLater_FolderDocAdd);
-}
-ENGSTATUS EngFolderDocRemove(ENGHANDLE, ENGHANDLE, uint32_t, ENGHANDLE, uint32_t) {
-  return NotAvailable(EngLater_FolderDocRemove);
-}
-ENGSTATUS EngFolderDocRemoveAll(ENGHANDLE, ENGHANDLE, uint32_t, uint32_t) {
-  return NotAvailable(EngLater_FolderDocRemoveAll);
-}
-ENGSTATUS EngFolderRename(ENGHANDLE, ENGHANDLE, uint32_t, const ENGCHAR*, uint16_t, uint32_t) {
-  return NotAvailable(EngLater_FolderRename);
-}
-ENGSTATUS EngFtClose(ENGHANDLE) { return NotAvailable(EngLater_FtClose); }
-ENGSTATUS EngFtOpen(ENGHANDLE*) { return NotAvailable(EngLater_FtOpen); }
-ENGSTATUS EngFtSearch(ENGHANDLE, ENGHANDLE*, ENGHANDLE, const ENGCHAR*, uint32_t, uint16_t, ENGHANDLE, uint32_t*,
-                      ENGHANDLE*, ENGHANDLE*) {
-  return NotAvailable(EngLater_FtSearch);
-}
-ENGSTATUS EngFormulaCompile(const ENGCHAR*, uint16_t, ENGHANDLE*, uint16_t*, ENGFORMULAERROR*) {
-  return NotAvailable(EngLater_FormulaCompile);
-}
-ENGSTATUS EngFormulaComputeStart(uint16_t, const void*, ENGHANDLE*) {
-  return NotAvailable(EngLater_FormulaComputeStart);
-}
-ENGSTATUS EngFormulaComputeStop(ENGHANDLE) { return NotAvailable(EngLater_FormulaComputeStop); }
-ENGSTATUS EngFormulaDecompile(const void*, uint16_t, ENGHANDLE*, uint16_t*) {
-  return NotAvailable(EngLater_FormulaDecompile);
-}
-ENGSTATUS EngFormulaEvaluate(ENGHANDLE, ENGHANDLE, ENGHANDLE*, uint16_t*, uint16_t*) {
-  return NotAvailable(EngLater_FormulaEvaluate);
-}
-ENGSTATUS EngFormulaGetInfo(ENGHANDLE, uint16_t, void*) { return NotAvailable(EngLater_FormulaGetInfo); }
-ENGSTATUS EngFormulaRelease(ENGHANDLE) { return NotAvailable(EngLater_FormulaRelease); }
 ENGSTATUS EngAgentClose(ENGHANDLE) { return NotAvailable(EngLater_AgentClose); }
 ENGSTATUS EngAgentCreateRunContext(ENGHANDLE, uint32_t, ENGHANDLE*) {
   return NotAvailable(EngLater_AgentCreateRunContext);
