@@ -59,7 +59,11 @@ TEST_F(Items, ListsWithManyEntriesStayWhole) {
     EXPECT_EQ(StatusOf([&] { text[count]; }), VQERR_BAD_SUBSCRIPT);
     EXPECT_EQ(text.GetCount(), count);
     EXPECT_EQ(DataOf(text), list);
-    EXPECT_EQ(text.Delete(1, count - 3), VQ_OK);
+    EXPECT_EQ(text.Delete(0, 1), VQ_OK);
+    EXPECT_EQ(text.GetCount(), count - 1);
+    EXPECT_EQ(text.Insert(0, VQString("abc")), VQSTATUS{ENG_ERR_LIST_FULL});
+    EXPECT_EQ(text.Insert(count - 1, VQString("abc")), VQSTATUS{ENG_ERR_LIST_FULL});
+    EXPECT_EQ(text.Delete(1, count - 4), VQ_OK);
     EXPECT_EQ(DataOf(text), std::string("\3\0\0\0\0\0\0\0", 8));
   }
 }

@@ -65,12 +65,10 @@ VQSTATUS VQDatabaseArrayBody::AddEntry(const char* path, const ENGCHAR* info) {
   VQ_ASSERT_TEXT(path, "summarybuf", "DBARRAY");
   VQSTATUS status = VQ_OK;
   auto* database = new VQDatabaseBody(Owner, path, Server, Port, &status);
-  if (status != VQ_OK) {
-    delete database;
-    return status;
-  }
-  database->AddReference();
+  const VQDatabase keep(database);
+  if (status != VQ_OK) return status;
   Entries.push_back({database, info != nullptr ? reinterpret_cast<const char*>(info) : ""});
+  database->AddReference();
   return VQ_OK;
 }
 

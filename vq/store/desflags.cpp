@@ -34,6 +34,7 @@ constexpr std::array<LetterBit, 43> kLetters{{
 constexpr std::string_view kRunOfFour = "456789";
 
 const LetterBit* FindLetter(char letter) {
+  if (kRunOfFour.find(letter) != std::string_view::npos) letter = kRunOfFour.front();
   const auto* row =
       std::find_if(kLetters.begin(), kLetters.end(), [&](const LetterBit& r) { return r.Letter == letter; });
   return row != kLetters.end() ? row : nullptr;

@@ -83,11 +83,11 @@ VQSTATUS FindEntries(const VQItemLock& value, unsigned short type, unsigned long
   return VQ_OK;
 }
 
-// The stored list behind its type word.
-VQSTATUS WriteList(std::span<const Entry> entries, std::vector<VQCHAR>* bytes) {
+// The stored list behind its type word. One that was too large before may stay so, but grows no more.
+VQSTATUS WriteList(std::span<const Entry> entries, unsigned long present, std::vector<VQCHAR>* bytes) {
   unsigned long size = 2 * kTypeWord + 2 * entries.size();
   for (const Entry& entry : entries) size += entry.size();
-  if (size > kLargestList) return vq::FromEngine(ENG_ERR_LIST_FULL);
+  if (size > std::max(kLargestList, present)) return vq::FromEngine(ENG_ERR_LIST_FULL);
   size -= kTypeWord;
   bytes->resize(size);
   VQCHAR* length = bytes->data();
@@ -223,7 +223,7 @@ VQSTATUS VQTextBody::PutEntries(unsigned long index, unsigned long replaced, std
     const auto at = entries.begin() + static_cast<std::ptrdiff_t>(index);
     entries.erase(at, at + static_cast<std::ptrdiff_t>(replaced));
     entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(index), added.begin(), added.end());
-    if (const VQSTATUS status = WriteList(entries, &list)) return status;
+    if (const VQSTATUS status = WriteList(entries, GetValueSize(), &list)) return status;
   }
   if (entries.empty()) return ReplaceValue(TYPE_TEXT, nullptr, 0);
   if (const VQSTATUS status = ReplaceValue(TYPE_TEXT_LIST, list.data(), list.size())) return status;
@@ -236,7 +236,7 @@ VQSTATUS VQTextBody::PutEntries(unsigned long index, unsigned long replaced, std
 VQSTATUS VQTextBody::AppendEntries(std::span<const Entry> added) {
   unsigned long size = 2 * added.size();
   for (const Entry& entry : added) size += entry.size();
-  if (size > kLargestList - ValueSize) return vq::FromEngine(ENG_ERR_LIST_FULL);
+  if (ValueSize + size > kLargestList) return vq::FromEngine(ENG_ERR_LIST_FULL);
   const auto count = static_cast<std::uint32_t>(EntryCount);
   const unsigned long texts = kTypeWord + 2UL * count;
   const unsigned long length = ValueSize - kTypeWord - texts;
