@@ -69,6 +69,12 @@ ENGSTATUS OfferDatabase(const fs::path& file, const std::string& name, std::uint
   return wanted ? found(name, &info) : ENGSTATUS{ENG_OK};
 }
 
+// What is too long for a path, or would read as a server's, can't be asked for, nor can anything below it.
+bool HasPath(const std::string& name) {
+  PathParts parts;
+  return SplitPath(name, &parts) == ENG_OK && parts.file == name;
+}
+
 ENGSTATUS SearchLevel(const fs::path& place, const fs::path& base, std::uint16_t flags, const DatabaseFound& found) {
   std::vector<fs::directory_entry> entries;
   ENGSTATUS status = ListDirectory(place, &entries);
@@ -76,6 +82,7 @@ ENGSTATUS SearchLevel(const fs::path& place, const fs::path& base, std::uint16_t
     const fs::directory_entry& entry = entries[i];
     const std::string name = entry.path().lexically_relative(base).string();
     std::error_code error;
+    if (!HasPath(name)) continue;
     if (entry.is_directory(error)) {
       if (flags & kEverything) status = found(name, nullptr);
       // A link may lead back up.

@@ -113,6 +113,12 @@ TEST_F(Databases, DirectorySearch) {
   std::filesystem::create_directory(folder_.File("data/sub"));
   for (const char* path : {"pattern", "sub/deep"}) ASSERT_EQ(EngDbCreate(path, 255, 0), ENG_OK);
   folder_.Write("data/bad.vlt", "no store");
+  // Files that no path can name.
+  const std::string store = folder_.File("data/sub/deep.vlt");
+  for (const std::string& directory : {std::string("a!!b"), std::string(250, 'd') + "/" + std::string(10, 'd')}) {
+    std::filesystem::create_directories(folder_.File("data/" + directory));
+    std::filesystem::copy_file(store, folder_.File("data/" + directory + "/x.vlt"));
+  }
   const ENGHANDLE pattern = Open("pattern");
   ENGCHAR info[ENG_INFO_SIZE] = "";
   EngDbInfoModify(info, ENG_INFO_TEMPLATE, Store("Pattern"));
@@ -121,7 +127,7 @@ TEST_F(Databases, DirectorySearch) {
   using Names = std::vector<std::string>;
   EXPECT_EQ(Found("", 4), (Names{"main.vlt"}));
   EXPECT_EQ(Found("", 5), (Names{"main.vlt", "pattern.vlt"}));
-  EXPECT_EQ(Found("", 2), (Names{"main.vlt", "pattern.vlt", "sub/"}));
+  EXPECT_EQ(Found("", 2), (Names{std::string(250, 'd') + "/", "main.vlt", "pattern.vlt", "sub/"}));
   EXPECT_EQ(Found("", 0x2004), (Names{"main.vlt", "sub/deep.vlt"}));
   EXPECT_EQ(Found("sub", 4), (Names{"sub/deep.vlt"}));
 }
