@@ -2,6 +2,7 @@
 
 #include "vq/richtext/fontid.h"
 #include "vq/richtext/fonttable.h"
+#include "vq/richtext/linktable.h"
 #include "vq/richtext/vqpabdef.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqstyltx.h"
@@ -73,6 +74,48 @@ VQSTATUS EnterStyle(const VQRTObjectBody& object, const VQFontStyle& style) {
   return EnterFace(object, face, &number);
 }
 
+struct FontGuard::Contents {
+  VQFontTable Table;
+  VQFontTableBody::Contents Faces;
+};
+
+FontGuard::FontGuard(VQRichTextBody* text) : Text(text) { Remember(); }
+FontGuard::FontGuard(VQSlateBody* slate) : Slate(slate) { Remember(); }
+
+VQSTATUS FontGuard::Find(VQFontTable* table) const {
+  if (Text) return Text->FindFontTable(table);
+  return Slate ? FindFontTable(Slate, table) : VQSTATUS{VQWARN_NOT_FOUND};
+}
+
+void FontGuard::Remember() {
+  VQFontTable table;
+  const VQSTATUS status = Find(&table);
+  if (status == VQWARN_NOT_FOUND) return;
+  // A table that cannot be read takes no faces either.
+  Kept = status != VQ_OK || table.GetFontTableBody()->Load() != VQ_OK;
+  if (!Kept) Before.reset(new Contents{table, table.GetFontTableBody()->GetContents()});
+}
+
+FontGuard::~FontGuard() {
+  if (Kept) return;
+  try {
+    Restore();
+  } catch (...) {
+    // A face too many does no harm, and the caller is told of the refusal.
+  }
+}
+
+void FontGuard::Restore() {
+  if (Before) {
+    Before->Table.GetFontTableBody()->SetContents(Before->Faces);
+    return;
+  }
+  VQFontTable table;
+  if (Find(&table) != VQ_OK) return;
+  if (Text) Text->DropFontTable();
+  if (Slate) static_cast<void>(Slate->DeleteItems(VQ_FONT_TABLE_ITEM));
+}
+
 VQSTATUS EnterFacesOf(VQRTObjectBody& incoming, const VQRTObjectBody& object) {
   const VQRTBaseContainerBody* container = incoming.AsBase();
   for (VQRTObjectBody* each = &incoming; each; each = container ? container->NextInTree(each) : nullptr) {
@@ -127,7 +170,17 @@ VQSTATUS VQRichTextBody::FindOrMakeFontTable(VQFontTable* table) {
   return FindFontTable(table);
 }
 
-VQSTATUS VQRichTextBody::TakeFonts(VQRichTextBody& source) {
+void VQRichTextBody::DropFontTable() {
+  if (IsSlateItem()) static_cast<void>(GetSlateBody()->DeleteItems(VQ_FONT_TABLE_ITEM));
+  OwnFonts = VQItem();
+}
+
+VQSTATUS VQRichTextBody::TakeTables(VQRichTextBody& source) {
+  vq::LinkTable links;
+  if (VQSTATUS status = source.FindLinks(&links)) return status;
+  if (!links.IsEmpty()) {
+    if (VQSTATUS status = TakeLinks(links)) return status;
+  }
   VQFontTable theirs;
   VQSTATUS status = source.FindFontTable(&theirs);
   if (status != VQ_OK) return status == VQWARN_NOT_FOUND ? VQ_OK : status;

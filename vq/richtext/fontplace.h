@@ -2,6 +2,8 @@
 #ifndef QUILLON_VQ_RICHTEXT_FONTPLACE_H
 #define QUILLON_VQ_RICHTEXT_FONTPLACE_H
 
+#include <memory>
+
 #include "engine/records.h"
 #include "vq/frame/vqcommon.h"
 
@@ -13,6 +15,29 @@ class VQRichTextBody;
 class VQSlateBody;
 
 namespace vq {
+
+// What a refused operation has entered into a font table goes again, and a table that it made.
+class FontGuard {
+ public:
+  explicit FontGuard(VQRichTextBody* text);  // null: of nothing
+  explicit FontGuard(VQSlateBody* slate);
+  ~FontGuard();
+  FontGuard(const FontGuard&) = delete;
+  FontGuard& operator=(const FontGuard&) = delete;
+  // The operation has come to where it succeeds.
+  void Keep() { Kept = true; }
+
+ private:
+  [[nodiscard]] VQSTATUS Find(VQFontTable* table) const;
+  void Remember();
+  void Restore();
+
+  struct Contents;
+  VQRichTextBody* Text = nullptr;
+  VQSlateBody* Slate = nullptr;
+  std::unique_ptr<Contents> Before;  // null: there was no table
+  bool Kept = false;
+};
 
 // The slate's "$Fonts"; VQWARN_NOT_FOUND when it has none.
 [[nodiscard]] VQSTATUS FindFontTable(VQSlateBody* slate, VQFontTable* table);

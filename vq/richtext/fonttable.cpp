@@ -141,19 +141,21 @@ VQSTATUS VQFontTableBody::Erase(unsigned long position, unsigned long count) {
 
 VQSTATUS VQFontTableBody::Merge(VQFontTableBody& other) {
   if (VQSTATUS status = other.Load()) return status;
-  std::vector<CDFACE> before = Entries;
-  unsigned highestBefore = HighestFace;
-  int dirtyBefore = IsDirty();
+  const Contents before = GetContents();
   for (const CDFACE& face : other.Entries) {
     unsigned char ignored = 0;
     VQSTATUS status = AddFace(face.Family, face.Name, &ignored);
     if (status == VQ_OK) continue;
-    Entries = std::move(before);
-    HighestFace = highestBefore;
-    SetDirty(dirtyBefore);
+    SetContents(before);
     return status;
   }
   return VQ_OK;
+}
+
+void VQFontTableBody::SetContents(const Contents& contents) {
+  HighestFace = contents.HighestFace;
+  Entries = contents.Entries;
+  SetDirty(contents.Dirty);
 }
 
 VQSTATUS VQFontTableBody::TakeFaces(VQFontTableBody& other) {

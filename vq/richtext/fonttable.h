@@ -96,6 +96,13 @@ class VQ_API VQFontTableBody : public VQCompositeItemBody {
   [[nodiscard]] VQSTATUS Merge(VQFontTableBody& other);
   // The other table's faces with their numbers, in place of those here.
   [[nodiscard]] VQSTATUS TakeFaces(VQFontTableBody& other);
+  struct Contents {
+    unsigned HighestFace;
+    std::vector<CDFACE> Entries;
+    int Dirty;
+  };
+  Contents GetContents() { return {HighestFace, Entries, IsDirty()}; }
+  void SetContents(const Contents& contents);
   [[nodiscard]] VQSTATUS FindFace(unsigned face, CDFACE* target);
   [[nodiscard]] VQSTATUS FindName(const ENGCHAR* name, CDFACE* target);
   // Position of a face or name, or the count.

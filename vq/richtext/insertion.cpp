@@ -1,6 +1,8 @@
 // Container operations that put whole rich texts in.
 #include "vq/richtext/fontid.h"
+#include "vq/richtext/fontplace.h"
 #include "vq/richtext/fonttable.h"
+#include "vq/richtext/linktable.h"
 #include "vq/richtext/pabtree.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtbody.h"
@@ -26,7 +28,7 @@ VQSTATUS CheckTypes(const VQRTBaseContainerBody* around, const VQRTContainerBody
   return VQ_OK;
 }
 
-// A rich text that stands alone, with copies of all that the source's top holds and the source's faces.
+// A rich text that stands alone, with copies of all that the source's top holds and the source's tables.
 VQSTATUS CopyWhole(const VQRichText& source, VQRichText* copy) {
   VQRichTextBody* from = source.GetRichTextBody();
   if (VQSTATUS status = from->Initialize()) return status;
@@ -38,10 +40,10 @@ VQSTATUS CopyWhole(const VQRichText& source, VQRichText* copy) {
     if (VQSTATUS status = pab::CopyOf(child, &object)) return status;
     if (VQSTATUS status = body->GetTop()->Append(object.GetRTObjectBody())) return status;
   }
-  return body->TakeFonts(*from);
+  return body->TakeTables(*from);
 }
 
-// What in `incoming` refers to its own tables refers to the target's afterwards.
+// What in `incoming` refers to its own tables refers to the target's afterwards, as far as those may be shared.
 VQSTATUS Adapt(VQRichText& incoming, VQRTContainerBody& root) {
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   unsigned short highest = 0;
@@ -52,6 +54,7 @@ VQSTATUS Adapt(VQRichText& incoming, VQRTContainerBody& root) {
     if ((status = top.ConvertFonts(&target)) != VQ_OK) return status;
     if ((status = top.ConvertLinks(&incoming, &target)) != VQ_OK) return status;
     if ((status = top.ConvertObjects(&incoming, &target)) != VQ_OK) return status;
+    if ((status = vq::BringLinks(top, incoming.GetRichTextBody(), owner)) != VQ_OK) return status;
   }
   root.SetHighestPABID(highest);
   return VQ_OK;
@@ -127,6 +130,7 @@ VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* curso
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   if (top.GetChildCount() == 0) return VQ_OK;
   if (VQSTATUS status = CheckTypes(vq::EnclosingContainer(cursor->GetElementBody()), top)) return status;
+  vq::FontGuard fonts(root.GetRichTextBody());
   if (VQSTATUS status = Adapt(incoming, root)) return status;
 
   VQRTObjectBody* inForce = pab::ReferenceFor(root, cursor->GetElementBody());
@@ -134,6 +138,7 @@ VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* curso
       top.FirstOfType(VQRTTYPE_STYLIZED_TEXT) ? StandIn(root) : std::vector<VQRTObjectBody*>();
   pab::Place place;
   if (VQSTATUS status = pab::SplitAt(*cursor, &place)) return status;
+  fonts.Keep();
   VQRTObject first, last;
   if (VQSTATUS status = MoveIn(top, place, &first, &last)) return status;
   if (inForce) {
@@ -157,7 +162,9 @@ VQSTATUS VQRTContainerBody::Append(const VQRichText& richText) {
   if (VQSTATUS status = CopyWhole(richText, &incoming)) return status;
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   if (VQSTATUS status = CheckTypes(this, top)) return status;
+  vq::FontGuard fonts(GetRichTextBody());
   if (VQSTATUS status = Adapt(incoming, pab::Root(*this))) return status;
+  fonts.Keep();
   VQRTObject first, last;
   return MoveIn(top, {this, nullptr}, &first, &last);
 }

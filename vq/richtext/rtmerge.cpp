@@ -2,6 +2,7 @@
 #include "engine/memory.h"
 #include "vq/richtext/fontplace.h"
 #include "vq/richtext/fonttable.h"
+#include "vq/richtext/linktable.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/store/vqslate.h"
@@ -27,8 +28,38 @@ VQSTATUS CopyBlocks(VQSlateBody* slate, std::string_view name, unsigned short fl
 
 VQSTATUS VQRichTextBody::CopyInto(VQSlateBody* slate, std::string_view name, unsigned short flags,
                                   vq::ItemPlace* first) {
+  // A link table is one that records of other items point into.
+  if (slate == GetSlateBody() || vq::IsLinkTableName(name)) {
+    return VQCompositeItemBody::CopyInto(slate, name, flags, first);
+  }
+  vq::LinkTable links;
+  VQSTATUS status = LinksFor(slate, &links);
+  if (status != VQ_OK) return status;
+  vq::FontGuard fonts(slate);
+  status = CopyWithTables(slate, name, flags, first);
+  if (status == VQ_OK) status = links.Write(*slate);
+  if (status == VQ_OK) fonts.Keep();
+  return status;
+}
+
+VQSTATUS VQRichTextBody::LinksFor(VQSlateBody* slate, vq::LinkTable* links) {
+  vq::LinkTable theirs;
+  VQSTATUS status = FindLinks(links);
+  if (status == VQ_OK && !links->IsEmpty()) status = theirs.Read(*slate);
+  if (status != VQ_OK || theirs.IsEmpty()) return status;
+  if (*links != theirs) {
+    status = Initialize();
+    if (status != VQ_OK) return status;
+    if (vq::HoldsLinks(*Top)) return VQERR_WRONG_SITUATION;
+  }
+  *links = vq::LinkTable();
+  return VQ_OK;
+}
+
+VQSTATUS VQRichTextBody::CopyWithTables(VQSlateBody* slate, std::string_view name, unsigned short flags,
+                                        vq::ItemPlace* first) {
   VQFontTable source, target;
-  VQSTATUS status = slate == GetSlateBody() ? VQWARN_NOT_FOUND : FindFontTable(&source);
+  VQSTATUS status = FindFontTable(&source);
   if (status == VQWARN_NOT_FOUND) return VQCompositeItemBody::CopyInto(slate, name, flags, first);
   if (status != VQ_OK) return status;
   status = vq::FindFontTable(slate, &target);
@@ -58,7 +89,7 @@ VQSTATUS VQRichTextBody::Join(VQItemBody* source) {
 VQSTATUS VQRichTextBody::CopyWithFonts(VQFontTable& table, VQRichTextBody* copy) {
   VQSTATUS status = Initialize();
   if (status == VQ_OK) status = copy->Initialize();
-  if (status == VQ_OK) status = copy->TakeFonts(*this);
+  if (status == VQ_OK) status = copy->TakeTables(*this);
   const VQRTCursor open;
   if (status == VQ_OK) status = copy->Top->CopyChildren(open, open, Top, nullptr);
   return status == VQ_OK ? copy->Top->ConvertFonts(&table) : status;

@@ -10,13 +10,13 @@ namespace pab = vq::pab;
 
 namespace {
 
-// An empty rich text that stands alone, with the faces of the source's table.
+// An empty rich text that stands alone, with the source's tables.
 VQSTATUS MakeRichText(const VQRTContainerBody& source, VQRichText* richText) {
   VQRichTextBody* body = new VQRichTextBody;
   *richText = VQRichText(body);
   if (VQSTATUS status = body->Initialize()) return status;
   VQRichTextBody* owner = source.GetRichTextBody();
-  return owner ? body->TakeFonts(*owner) : VQ_OK;
+  return owner ? body->TakeTables(*owner) : VQ_OK;
 }
 
 // Copies records of the source in front of references of the selection whose identifiers it does not define.

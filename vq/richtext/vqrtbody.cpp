@@ -1,6 +1,7 @@
 #include "vq/richtext/vqrtbody.h"
 
 #include "engine/memory.h"
+#include "vq/richtext/linktable.h"
 #include "vq/richtext/pabindex.h"
 #include "vq/richtext/vqrtinit.h"
 #include "vq/richtext/vqrtwrit.h"

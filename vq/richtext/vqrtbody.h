@@ -21,6 +21,7 @@ struct VQRTPARSERERRORDATA {
 
 namespace vq {
 
+class LinkTable;
 class PABIndex;
 
 // Builds the body for a composite item that is in the slate.
@@ -54,7 +55,8 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   // stays dirty and the items are what they were; so it is with a tree that could not be read again, which gives
   // VQERR_RT_INVALID or what the parser would give.
   VQSTATUS Flush() override;
-  // Into another slate the fonts go along: runs get the face numbers that the faces have there.
+  // Into another slate the fonts go along: runs get the face numbers that the faces have there. So does the link table,
+  // unless the slate has one: when that is another one, a text with links is refused with VQERR_WRONG_SITUATION.
   VQSTATUS CopyInto(VQSlateBody* slate, std::string_view name, unsigned short flags, vq::ItemPlace* first) override;
   // As Append of a rich text; the items are written.
   VQSTATUS Join(VQItemBody* source) override;
@@ -72,8 +74,14 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   [[nodiscard]] VQSTATUS FindFontTable(VQFontTable* table);
   // The same, made when there is none.
   [[nodiscard]] VQSTATUS FindOrMakeFontTable(VQFontTable* table);
-  // For a rich text that stands alone: a copy of the other one's font table, face numbers included.
-  [[nodiscard]] VQSTATUS TakeFonts(VQRichTextBody& source);
+  // The slate's link table, or the one that a rich text that stands alone brought along; empty when there is none.
+  [[nodiscard]] VQSTATUS FindLinks(vq::LinkTable* links);
+  // Where there is none.
+  [[nodiscard]] VQSTATUS TakeLinks(const vq::LinkTable& links);
+  // For a rich text that stands alone: copies of the other one's font table, face numbers included, and link table.
+  [[nodiscard]] VQSTATUS TakeTables(VQRichTextBody& source);
+  // A font table that was made for nothing goes.
+  void DropFontTable();
   // Runs the font work of a style that enters this rich text: a table face goes into the slate's font table.
   [[nodiscard]] VQSTATUS AddFontToTable(VQFontStyleBody& style);
   // The values as they would be stored, in engine memory that becomes the caller's; the tree stays as it is.
@@ -90,6 +98,10 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   [[nodiscard]] VQSTATUS StoreTree();
   // Makes the blocks the value of a rich text that stands alone.
   [[nodiscard]] VQSTATUS TakeBlocks(std::vector<vq::ItemBlock>& blocks);
+  // What is to be stored in a slate that the text is copied into, empty if nothing is.
+  [[nodiscard]] VQSTATUS LinksFor(VQSlateBody* slate, vq::LinkTable* links);
+  [[nodiscard]] VQSTATUS CopyWithTables(VQSlateBody* slate, std::string_view name, unsigned short flags,
+                                        vq::ItemPlace* first);
   // A copy that stands alone, its faces numbered as in the table.
   [[nodiscard]] VQSTATUS CopyWithFonts(VQFontTable& table, VQRichTextBody* copy);
   void FreeExtraBlocks();
@@ -101,7 +113,8 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   InitStates InitState;
   std::vector<Loaded> Blocks;  // of the parsed tree, one for each item, in order
   std::unique_ptr<vq::PABIndex> Paragraphs;
-  VQItem OwnFonts;  // font table of a rich text that stands alone, null until it has one
+  VQItem OwnFonts;                          // font table of a rich text that stands alone, null until it has one
+  std::unique_ptr<vq::LinkTable> OwnLinks;  // the same of links
 };
 
 // Handle on a rich text. The first navigation or edit parses it; a stream that cannot be parsed gives its status each

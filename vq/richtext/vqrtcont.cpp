@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "vq/richtext/fontplace.h"
+#include "vq/richtext/linktable.h"
 #include "vq/richtext/pabtree.h"
 #include "vq/richtext/rtcheck.h"
 #include "vq/richtext/rttext.h"
@@ -116,9 +117,13 @@ VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appende
   if (!CanInsertType(object.GetType())) return VQERR_CANT_INSERT_TYPE;
   VQRTObject copy;
   VQSTATUS status = copy.CopyRTObject(object, VQRTCOPYOPTIONS_DEEP);
+  vq::FontGuard fonts(GetRichTextBody());
   if (status == VQ_OK) status = vq::EnterFacesOf(*copy.GetRTObjectBody(), *this);
+  if (status == VQ_OK)
+    status = vq::BringLinks(*copy.GetRTObjectBody(), object.GetRTObjectBody()->GetRichTextBody(), GetRichTextBody());
   if (status == VQ_OK && vq::pab::IsContent(copy.GetRTObjectBody())) status = BeginText();
   if (status == VQ_OK) status = Append(copy.GetRTObjectBody());
+  if (status == VQ_OK) fonts.Keep();
   if (status == VQ_OK) status = vq::EnterFonts(*copy.GetRTObjectBody());
   if (status == VQ_OK) status = copy.GetRTObjectBody()->AdjustNeighbours(1, 1, nullptr);
   if (status == VQ_OK && appended) *appended = copy;
@@ -173,8 +178,11 @@ VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObj
     placed = object;
   }
   VQRTObjectBody* body = placed.GetRTObjectBody();
+  vq::FontGuard fonts(GetRichTextBody());
   status = vq::EnterFacesOf(*body, *this);
+  if (status == VQ_OK) status = vq::BringLinks(*body, object.GetRTObjectBody()->GetRichTextBody(), GetRichTextBody());
   if (status == VQ_OK) status = PlaceAt(body, *cursor);
+  if (status == VQ_OK) fonts.Keep();
   if (status == VQ_OK) status = vq::EnterFonts(*body);
   if (status != VQ_OK) return status;
 
