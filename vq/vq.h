@@ -38,6 +38,7 @@
 #include "vq/views/vcolbody.h"
 #include "vq/views/ventbody.h"
 #include "vq/views/vfindkey.h"
+#include "vq/views/vfobserver.h"
 #include "vq/views/vfposition.h"
 #include "vq/views/viewbody.h"
 #include "vq/views/vnavbody.h"

@@ -141,6 +141,7 @@ bool VFCache::IsMainAt(std::uint32_t index) const {
 }
 
 bool VFCache::IsUnreadAt(std::uint32_t index) const {
+  if ((IDAt(index) & ENG_ROW_NO_DOCUMENT) != 0) return false;
   const bool scored = Navigator->HasFlag(VQVFNavigatorBody::kFTSearch);
   return vq::LoadWord(CachePtr + Index[index] + (scored ? VFFTENTRYDATA_SIZE : VFENTRYDATA_SIZE) - 2) != 0;
 }

@@ -1,4 +1,6 @@
 // VFCache: moves inside the block.
+#include <algorithm>
+
 #include "vq/views/entryrow.h"
 #include "vq/views/navmove.h"
 #include "vq/views/ventbody.h"
@@ -80,18 +82,13 @@ VFCache::Landing VFCache::Scan(VQNAVIGATION code, bool backward) {
         if (!IsCategory(IDAt(i))) return i;
         break;
       case VQNAVIGATE_PARENT:
+      case VQNAVIGATE_NEXT_PARENT:
         if (here < level) return i;
         break;
-      case VQNAVIGATE_NEXT_PARENT:
-        // A row further out follows the last of the parents' peers.
-        if (here < level) return here + 1 == level ? i : kNone;
-        break;
       case VQNAVIGATE_PREV_PARENT:
-        if (at_parent && here <= level) return here == level ? i : kNone;
-        if (here < level) {
-          level = here;
-          at_parent = true;
-        }
+        if (at_parent && here == level) return i;
+        at_parent = at_parent || here < level;
+        level = std::min(level, here);
         break;
       case VQNAVIGATE_NEXT_SIBLING:
       case VQNAVIGATE_PREV_SIBLING:

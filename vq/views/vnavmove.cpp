@@ -125,7 +125,7 @@ VQSTATUS VQVFNavigatorBody::PlanFound(VQNAVIGATION code, vq::NavigatorMove* move
   if (code == VQNAVIGATE_MAIN || IsUnreadCode(code)) {
     move->Skip = static_cast<unsigned short>(kEngineCodes[code] | LimitBits());
     move->SkipCount = 1;
-    move->MustMove = code != VQNAVIGATE_MAIN;
+    move->MustMove = true;
   }
   return moved ? VQ_OK : VQWARN_NOT_FOUND;
 }
@@ -177,7 +177,7 @@ VQSTATUS VQVFNavigatorBody::PlanGoto(VQNAVIGATION code, const VQVFPosition& posi
   if (HasFlag(kFind)) return PlanFound(code, move);
   move->Skip = static_cast<unsigned short>(kEngineCodes[code] | LimitBits());
   move->SkipCount = 1;
-  move->MustMove = code != VQNAVIGATE_FIRST_SIBLING && code != VQNAVIGATE_LAST_SIBLING && code != VQNAVIGATE_MAIN;
+  move->MustMove = code != VQNAVIGATE_FIRST_SIBLING && code != VQNAVIGATE_LAST_SIBLING;
   if (code == VQNAVIGATE_FIRST || code == VQNAVIGATE_LAST) {
     move->From = *StartPosition.GetPosition();
     move->SkipCount = code == VQNAVIGATE_LAST ? vq::kToTheEnd : 0;
