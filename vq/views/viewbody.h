@@ -388,7 +388,7 @@ class VQ_API VQViewFolder : public VQSlate {
   VQSTATUS ChangeSlate(Change change, const VQSlate& document);
   VQSTATUS ChangeMany(Change change, const VQDatabase& database, ENGHANDLE table);
   template <typename Source>
-  VQSTATUS ChangeFrom(Change change, const Source& source);
+  VQSTATUS ChangeFrom(Change change, Source source);
 };
 
 // The open view. Operations return their status and leave the throw rule to the handle.

@@ -1,4 +1,4 @@
-// Entries as sets of documents: arrays made from them, and folders that take them.
+// Arrays of slates that are made of entries.
 #include "engine/idtable.h"
 #include "vq/views/viewbody.h"
 
@@ -66,16 +66,3 @@ VQSTATUS VQSlateArray::Add(const VQViewFolder& view) { return ChangeByEntries(vi
 VQSTATUS VQSlateArray::Add(const VQVFNavigator& navigator) { return ChangeByEntries(navigator, true); }
 VQSTATUS VQSlateArray::Remove(const VQViewFolder& view) { return ChangeByEntries(view, false); }
 VQSTATUS VQSlateArray::Remove(const VQVFNavigator& navigator) { return ChangeByEntries(navigator, false); }
-
-template <typename Source>
-VQSTATUS VQViewFolder::ChangeFrom(Change change, const Source& source) {
-  VQSTATUS status = CheckFolder();
-  Documents documents;
-  if (status == VQ_OK) status = Collect(source, &documents);
-  return status == VQ_OK ? ChangeMany(change, documents.Database, documents.Table) : vq::Apply(status);
-}
-
-VQSTATUS VQViewFolder::FolderAddDocuments(const VQViewFolder& source) { return ChangeFrom(Change::Add, source); }
-VQSTATUS VQViewFolder::FolderAddDocuments(const VQVFNavigator& source) { return ChangeFrom(Change::Add, source); }
-VQSTATUS VQViewFolder::FolderRemoveDocuments(const VQViewFolder& source) { return ChangeFrom(Change::Remove, source); }
-VQSTATUS VQViewFolder::FolderRemoveDocuments(const VQVFNavigator& source) { return ChangeFrom(Change::Remove, source); }
