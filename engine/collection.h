@@ -8,6 +8,8 @@
 // see at their next read. It is kept in the database and comes out the same when it is built anew. A handle is used by
 // one thread at a time.
 //
+// Where formulas of a view depend on the time, its rows are those of the last opening that updated it.
+//
 // A row in the read buffer, little-endian and packed, has the fields whose mask bits are set, in this order:
 //
 //   0x0001  u32  slate ID; for rows that are no document bit 31 and a number for the row, bit 30 for a totals row

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 
+#include "qcore/formula/formula.h"
+
 namespace qcore::index {
 
 namespace {
 
 constexpr std::uint16_t kClassDocument = 0x0001;
 constexpr std::size_t kBatch = 256;
+constexpr std::size_t kNoCode = SIZE_MAX;
 
 }  // namespace
 
@@ -30,18 +33,213 @@ std::size_t ValueLayout::Find(std::string_view name) const {
       names_.begin());
 }
 
-class DocumentReader::Formulas {};
+// A stored row as what formulas read.
+class DocumentReader::RowSource final : public formula::Source {
+ public:
+  RowSource(RowReader& rows, DocumentReader& owner) : rows_(rows), owner_(owner) {}
+
+  // Names that a program reads, by the indexes that it asks with.
+  void SetPlaces(const std::vector<std::uint32_t>* places) { places_ = places; }
+  void Start() { facts_.reset(); }
+
+  bool FindItem(std::uint32_t index, std::string_view name, formula::ItemValue* item) override {
+    if (index != kNoIndex && index < places_->size()) return Take((*places_)[index], item);
+    bool found = false;
+    ForEachItem([&](std::string_view present, const formula::ItemValue& value) {
+      if (found || !SameName(present, name)) return;
+      *item = value;
+      found = true;
+    });
+    return found;
+  }
+
+  void ForEachItem(const std::function<void(std::string_view, const formula::ItemValue&)>& take) override {
+    std::vector<std::pair<std::string, PackedItem>> items;
+    {
+      const std::lock_guard lock(owner_.database_->mutex());
+      const ENGSTATUS status =
+          rows_.ForEach([&items](std::string_view name, const PackedItem& item) { items.emplace_back(name, item); });
+      if (status != ENG_OK) return;
+    }
+    for (const auto& [name, item] : items) {
+      const Bytes value = rows_.ValueOf(item);
+      if (value.size() >= kSmallestValue) take(name, {item.type, item.flags, value.subspan(kSmallestValue)});
+    }
+  }
+
+  const formula::DocumentFacts* Document() override {
+    if (facts_) return &*facts_;
+    const SlateHeader& header = rows_.header();
+    facts_ = formula::DocumentFacts{header.id,       header.origin, header.origin.Slate, header.modified,
+                                    header.accessed, header.added,  header.slate_class,  header.parent};
+    return &*facts_;
+  }
+
+  std::uint32_t Size() override {
+    std::uint32_t size = 0;
+    const std::lock_guard lock(owner_.database_->mutex());
+    const ENGSTATUS status = rows_.ForEach([&size](std::string_view, const PackedItem& item) { size += item.size; });
+    return status == ENG_OK ? size : 0;
+  }
+
+  std::uint32_t ResponseCount() override {
+    std::vector<std::uint32_t> ids;
+    const ORIGINATORID& origin = rows_.header().origin;
+    const std::lock_guard lock(owner_.database_->mutex());
+    const ENGSTATUS status = owner_.database_->store().FindResponses({origin.File, origin.Slate}, &ids);
+    return status == ENG_OK ? static_cast<std::uint32_t>(ids.size()) : 0;
+  }
+
+  bool IsBelowSelected(bool deep) override { return owner_.IsBelowSelected(rows_.header(), deep); }
+
+ private:
+  bool Take(std::uint32_t place, formula::ItemValue* item) {
+    const PackedItem* packed = rows_.Item(place);
+    if (!packed) return false;
+    const std::uint16_t type = packed->type;
+    const std::uint16_t flags = packed->flags;
+    const Bytes value = rows_.Value(place);
+    if (value.size() < kSmallestValue) return false;
+    *item = {type, flags, value.subspan(kSmallestValue)};
+    return true;
+  }
+
+  RowReader& rows_;
+  DocumentReader& owner_;
+  const std::vector<std::uint32_t>* places_ = nullptr;
+  std::optional<formula::DocumentFacts> facts_;
+};
+
+// The view's compiled code: the selection with the columns that were merged into it, and columns that stand alone.
+class DocumentReader::Formulas {
+ public:
+  ENGSTATUS Load(Bytes code, RowReader* rows) {
+    std::shared_ptr<const formula::Program> program;
+    const ENGSTATUS status = formula::Program::Load(code, &program);
+    if (status != ENG_OK) return status;
+    Code& made = codes_.emplace_back(formula::Evaluator(program));
+    for (const std::string& name : program->item_names()) made.places.push_back(rows->Want(name));
+    return ENG_OK;
+  }
+
+  struct Code {
+    explicit Code(formula::Evaluator e) : evaluator(std::move(e)) {}
+    formula::Evaluator evaluator;
+    std::vector<std::uint32_t> places;
+  };
+  // Where a column's value comes from; no code for an item of the column's name.
+  struct Origin {
+    std::optional<std::size_t> code;
+    std::size_t section = 0;
+  };
+
+  bool has_selection = false;
+  std::vector<Code>& codes() { return codes_; }
+  std::vector<Origin> origins;  // by value number
+
+ private:
+  std::vector<Code> codes_;
+};
 
 DocumentReader::DocumentReader(std::shared_ptr<Database> database, const Design& design, const ValueLayout& layout)
-    : database_(std::move(database)), design_(design), layout_(layout), rows_(*database_) {
+    : database_(std::move(database)),
+      design_(design),
+      layout_(layout),
+      rows_(*database_),
+      source_(std::make_unique<RowSource>(rows_, *this)),
+      formulas_(std::make_unique<Formulas>()) {
   for (std::size_t value = 0; value < layout_.size(); ++value) places_.push_back(rows_.Want(layout_.name(value)));
 }
 
 DocumentReader::~DocumentReader() = default;
 
-ENGSTATUS DocumentReader::Open() { return ENG_OK; }
+ENGSTATUS DocumentReader::Open() {
+  Formulas& formulas = *formulas_;
+  formulas.origins.resize(layout_.size());
+  if (!design_.selection.empty()) {
+    const ENGSTATUS status = formulas.Load(design_.selection, &rows_);
+    if (status != ENG_OK) return status;
+    formulas.has_selection = true;
+    const formula::Program& program = formulas.codes().front().evaluator.program();
+    for (std::size_t section = 1; section < program.section_count(); ++section) {
+      const std::size_t value = layout_.Find(program.section_name(section));
+      if (value < layout_.size()) formulas.origins[value] = {0, section};
+    }
+  }
+  for (std::size_t value = 0; value < layout_.summary_size(); ++value) {
+    const Column& column = layout_.column(value);
+    if (formulas.origins[value].code || column.formula.empty()) continue;
+    // A column whose code can't be used has no values; the other columns have.
+    if (formulas.Load(column.formula, &rows_) == ENG_OK) {
+      formulas.origins[value] = {formulas.codes().size() - 1, 0};
+    } else {
+      formulas.origins[value] = {kNoCode, 0};
+    }
+  }
+  return ENG_OK;
+}
 
-bool DocumentReader::selects_below() const { return false; }
+bool DocumentReader::selects_below() const {
+  if (!formulas_->has_selection) return false;
+  const formula::Program& program = formulas_->codes().front().evaluator.program();
+  return program.selects_responses() || program.selects_descendants();
+}
+
+bool DocumentReader::depends_on_time() const {
+  return std::ranges::any_of(formulas_->codes(),
+                             [](const Formulas::Code& code) { return code.evaluator.program().depends_on_time(); });
+}
+
+// Goes up from a response. What its parents are selected for by themselves is asked of a reader of its own.
+bool DocumentReader::IsBelowSelected(const SlateHeader& header, bool deep) {
+  constexpr int kHighest = 32;
+  if (is_above_) return false;
+  if (!above_) {
+    above_ = std::make_unique<DocumentReader>(database_, design_, layout_);
+    above_->is_above_ = true;
+    above_->members_ = members_;
+    if (above_->Open() != ENG_OK) return false;
+  }
+  std::optional<UNIVERSALSLATEID> parent = header.parent;
+  for (int step = 0; parent && step < (deep ? kHighest : 1); ++step) {
+    std::uint32_t id = 0;
+    {
+      const std::lock_guard lock(database_->mutex());
+      if (database_->store().FindUniversal(*parent, &id) != ENG_OK) return false;
+    }
+    Document document;
+    if (above_->Read(id, &document) != ENG_OK) return false;
+    if (document.selected) return true;
+    parent = document.parent;
+  }
+  return false;
+}
+
+bool DocumentReader::Selects() {
+  if (!formulas_->has_selection) return true;
+  Formulas::Code& code = formulas_->codes().front();
+  source_->SetPlaces(&code.places);
+  bool selected = false;
+  // A document on which the selection fails is not selected.
+  return code.evaluator.Selects(*source_, &selected) == ENG_OK && selected;
+}
+
+void DocumentReader::ComputeValue(std::size_t value, Value* target) {
+  const Formulas::Origin& origin = formulas_->origins[value];
+  if (!origin.code) {
+    const Bytes bytes = rows_.Value(places_[value]);
+    target->assign(bytes.begin(), bytes.end());
+    return;
+  }
+  target->clear();
+  if (*origin.code == kNoCode) return;
+  Formulas::Code& code = formulas_->codes()[*origin.code];
+  source_->SetPlaces(&code.places);
+  formula::Result result;
+  // A column that fails has no value on this row.
+  if (code.evaluator.Evaluate(*source_, origin.section, &result) != ENG_OK) return;
+  target->assign(result.value.begin(), result.value.end());
+}
 
 bool DocumentReader::IsMember(std::uint32_t id) const {
   return !members_ || std::binary_search(members_->begin(), members_->end(), id);
@@ -83,12 +281,11 @@ ENGSTATUS DocumentReader::Evaluate(const StoredRow& row, Document* document) {
     const ENGSTATUS status = CheckReaders(document, &may_read);
     if (status != ENG_OK || !may_read) return status;
   }
-  document->selected = true;
+  source_->Start();
+  document->selected = Selects();
+  if (!document->selected || is_above_) return ENG_OK;
   document->values.resize(layout_.size());
-  for (std::size_t value = 0; value < layout_.size(); ++value) {
-    const Bytes bytes = rows_.Value(places_[value]);
-    document->values[value].assign(bytes.begin(), bytes.end());
-  }
+  for (std::size_t value = 0; value < layout_.size(); ++value) ComputeValue(value, &document->values[value]);
   return ENG_OK;
 }
 

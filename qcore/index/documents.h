@@ -50,7 +50,10 @@ class DocumentReader {
   // Statuses of the selection's code.
   [[nodiscard]] ENGSTATUS Open();
   // For a folder: its members in ascending order.
-  void SetMembers(std::vector<std::uint32_t> members) { members_ = std::move(members); }
+  void SetMembers(std::vector<std::uint32_t> members) {
+    members_ = std::move(members);
+    above_.reset();
+  }
 
   // ENG_OK with nothing selected for a slate that is gone or no document. A damaged document is not selected.
   [[nodiscard]] ENGSTATUS Read(std::uint32_t id, Document* document);
@@ -60,13 +63,19 @@ class DocumentReader {
   [[nodiscard]] ENGSTATUS ReadAll(const Visitor& visit);
   // Whether a change of a document can change the selection of those below it.
   bool selects_below() const;
+  // Whether rows change by themselves with time.
+  bool depends_on_time() const;
 
  private:
   class Formulas;
+  class RowSource;
 
   [[nodiscard]] ENGSTATUS CheckReaders(Document* document, bool* may_read);
   [[nodiscard]] ENGSTATUS Evaluate(const StoredRow& row, Document* document);
   bool IsMember(std::uint32_t id) const;
+  bool IsBelowSelected(const SlateHeader& header, bool deep);
+  bool Selects();
+  void ComputeValue(std::size_t value, Value* target);
 
   std::shared_ptr<Database> database_;
   const Design& design_;
@@ -75,7 +84,10 @@ class DocumentReader {
   std::vector<std::uint32_t> places_;  // in rows_, by value number
   std::optional<std::vector<std::uint32_t>> members_;
   NamesList user_names_ = CurrentNames();
+  std::unique_ptr<RowSource> source_;
   std::unique_ptr<Formulas> formulas_;
+  std::unique_ptr<DocumentReader> above_;  // for the selection of those above a response
+  bool is_above_ = false;                  // looks at no document above, and computes no values
 };
 
 }  // namespace qcore::index

@@ -21,7 +21,7 @@ class IndexTree::Updater {
     for (const std::uint32_t id : changed) {
       if (!Touch(id)) return status_;
     }
-    if (index_.hierarchy_) Spread(changed);
+    if (index_.hierarchy_ || reader_.selects_below()) Spread(changed);
     for (std::size_t i = 0; status_ == ENG_OK && i < order_.size(); ++i) Place(order_[i]);
     if (status_ == ENG_OK) Apply();
     return status_;

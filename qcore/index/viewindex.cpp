@@ -224,7 +224,10 @@ ENGSTATUS ViewIndex::Open(Start start, Missing missing) {
   ENGSTATUS status = start == Start::kAsKept && open_ ? ENGSTATUS{ENG_OK} : ReadDesignIfChanged(&changed);
   Slot* slot = nullptr;
   if (status == ENG_OK) status = TreeFor(0, missing, &slot);
-  if (status == ENG_OK && start == Start::kRebuilt) status = Rebuild(slot);
+  // Rows that change with time are those of the moment of the opening.
+  const bool anew =
+      start == Start::kRebuilt || (start == Start::kUpdated && status == ENG_OK && reader_->depends_on_time());
+  if (status == ENG_OK && anew) status = Rebuild(slot);
   if (status == ENG_OK && start == Start::kUpdated) status = UpdateLocked();
   open_ = open_ || status == ENG_OK;
   return status;
