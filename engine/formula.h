@@ -86,6 +86,13 @@ ENG_API ENGSTATUS EngFormulaEvaluate(ENGHANDLE compute, ENGHANDLE slate, ENGHAND
 ENG_API ENGSTATUS EngFormulaEvaluateTo(ENGHANDLE compute, ENGHANDLE slate, void* buffer, uint32_t size,
                                        uint32_t* length, uint16_t* flags);
 
+// The slates of a class mask that the code selects and the user may read. `since` and `until` bound the time of the
+// last change in this file; both may be null. `limit` keeps the lowest IDs, 0 all. A slate on which the code fails is
+// not selected. *completed (may be null) is the moment to pass as `since` next time. The caller destroys *table.
+ENG_API ENGSTATUS EngDbSearchFormula(ENGHANDLE db, const void* code, uint32_t code_length, uint16_t class_mask,
+                                     const TIMEDATE* since, const TIMEDATE* until, uint32_t limit, TIMEDATE* completed,
+                                     ENGHANDLE* table);
+
 #ifdef __cplusplus
 }
 #endif

@@ -4,6 +4,7 @@
 
 #include "vq/automation/vqformula.h"
 #include "vq/automation/vqscript.h"
+#include "vq/automation/vqsrchop.h"
 #include "vq/frame/objlist.h"
 #include "vq/frame/session.h"
 #include "vq/frame/status.h"
@@ -25,6 +26,7 @@
 #include "vq/store/vqcreate.h"
 #include "vq/store/vqdbbody.h"
 #include "vq/store/vqdoc.h"
+#include "vq/store/vqftarr.h"
 #include "vq/store/vqftsrch.h"
 #include "vq/store/vqidtab.h"
 #include "vq/store/vqitem.h"

@@ -2,9 +2,11 @@
 
 #include <cstring>
 
-#include "qcore/abi/guard.h"
+#include "qcore/abi/lookup.h"
 #include "qcore/formula/compute.h"
 #include "qcore/formula/formula.h"
+#include "qcore/formula/search.h"
+#include "qcore/idtables/idtable.h"
 #include "qcore/memory/memory.h"
 #include "qcore/text/textlist.h"
 
@@ -201,5 +203,23 @@ ENGSTATUS EngFormulaEvaluateTo(ENGHANDLE compute, ENGHANDLE slate, void* buffer,
     if (value.size() > size) return ENG_ERR_BUFFER_SIZE;
     std::memcpy(buffer, value.data(), value.size());
     return ENG_OK;
+  });
+}
+
+ENGSTATUS EngDbSearchFormula(ENGHANDLE db, const void* code, uint32_t code_length, uint16_t class_mask,
+                             const TIMEDATE* since, const TIMEDATE* until, uint32_t limit, TIMEDATE* completed,
+                             ENGHANDLE* table) {
+  if (!code || !table) return ENG_ERR_ARGUMENT;
+  return qcore::abi::WithStore(db, [&](const auto& database) {
+    formula::SearchScope scope{class_mask, std::nullopt, std::nullopt, limit};
+    if (since) scope.since = *since;
+    if (until) scope.until = *until;
+    std::vector<uint32_t> ids;
+    TIMEDATE horizon{};
+    ENGSTATUS status =
+        formula::SearchDatabase(database, {static_cast<const uint8_t*>(code), code_length}, scope, &horizon, &ids);
+    if (status == ENG_OK) status = qcore::idtable::Make(ids, table);
+    if (status == ENG_OK && completed) *completed = horizon;
+    return status;
   });
 }

@@ -15,7 +15,7 @@ namespace qcore::formula {
 
 enum class Assignments { kDropped, kKept };
 
-class SlateSource final : public Source {
+class SlateSource : public Source {
  public:
   SlateSource(Slate& slate, Assignments assignments) : slate_(slate), assignments_(assignments) {}
 

@@ -57,25 +57,37 @@ bool IsReadable(Database& database, std::uint32_t id) {
 
 }  // namespace
 
+namespace {
+
+ENGSTATUS ListFeed(Database& database, std::uint16_t mask, const TIMEDATE* since, DeletionStubs deleted,
+                   TIMEDATE* until, std::vector<std::uint32_t>* ids) {
+  const auto classes = static_cast<std::uint16_t>(mask & ~kDefaultDesign);
+  const std::lock_guard lock(database.mutex());
+  Store& store = database.store();
+  ENGSTATUS status = until ? store.SearchHorizon(until) : ENGSTATUS{ENG_OK};
+  if (status == ENG_OK) {
+    status = store.ReadFeed(since, [&](const FeedEntry& entry) {
+      if ((entry.slate_class & classes) == 0) return;
+      if (!entry.deleted) ids->push_back(entry.id);
+      if (entry.deleted && deleted == DeletionStubs::kListed) ids->push_back(entry.id | kDeletedBit);
+    });
+  }
+  std::sort(ids->begin(), ids->end());
+  return status;
+}
+
+}  // namespace
+
+ENGSTATUS ListClass(Database& database, std::uint16_t mask, const TIMEDATE* since, TIMEDATE* until,
+                    std::vector<std::uint32_t>* ids) {
+  return ListFeed(database, mask, since, DeletionStubs::kLeftOut, until, ids);
+}
+
 ENGSTATUS SearchClass(Database& database, std::uint16_t mask, const TIMEDATE* since, DeletionStubs deleted,
                       TIMEDATE* until, ENGHANDLE* table) {
-  const auto classes = static_cast<std::uint16_t>(mask & ~kDefaultDesign);
   std::vector<std::uint32_t> ids;
-  {
-    const std::lock_guard lock(database.mutex());
-    Store& store = database.store();
-    ENGSTATUS status = until ? store.SearchHorizon(until) : ENGSTATUS{ENG_OK};
-    if (status == ENG_OK) {
-      status = store.ReadFeed(since, [&](const FeedEntry& entry) {
-        if ((entry.slate_class & classes) == 0) return;
-        if (!entry.deleted) ids.push_back(entry.id);
-        if (entry.deleted && deleted == DeletionStubs::kListed) ids.push_back(entry.id | kDeletedBit);
-      });
-    }
-    if (status != ENG_OK) return status;
-  }
-  std::sort(ids.begin(), ids.end());
-  return idtable::Make(ids, table);
+  const ENGSTATUS status = ListFeed(database, mask, since, deleted, until, &ids);
+  return status == ENG_OK ? idtable::Make(ids, table) : status;
 }
 
 ENGSTATUS FindSpecialSlate(Database& database, std::uint16_t selector, std::uint32_t* id) {

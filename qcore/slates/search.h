@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "qcore/store/database.h"
 
@@ -17,6 +18,9 @@ enum class DeletionStubs { kLeftOut, kListed };  // listed ones have bit 31 of t
 // See EngDbSearchClass and EngDbGetModifiedSlates. `until` may be null; the caller owns the table.
 [[nodiscard]] ENGSTATUS SearchClass(Database& database, std::uint16_t mask, const TIMEDATE* since,
                                     DeletionStubs deleted, TIMEDATE* until, ENGHANDLE* table);
+// The same in ascending order, without deletion stubs.
+[[nodiscard]] ENGSTATUS ListClass(Database& database, std::uint16_t mask, const TIMEDATE* since, TIMEDATE* until,
+                                  std::vector<std::uint32_t>* ids);
 // A selector is a class with bit 0x8000. Default form and view are the slates with just that class; of the icon, the
 // about and the using document there is one each, and one without the bit is found too. Of several the last one saved
 // under the lowest ID wins. ENG_ERR_NO_SPECIAL_SLATE.

@@ -19,6 +19,10 @@ class VQDatabaseBody;
 class VQDatetime;
 class VQDocument;
 class VQDocumentArray;
+class VQFTIndexStatistics;
+class VQFTSearchOptions;
+class VQFormula;
+class VQSearchOptions;
 class VQSlate;
 class VQSlateArray;
 class VQSlateBody;
@@ -210,9 +214,39 @@ class VQ_API VQDatabase : public VQSmartPtr {
   int GetReplicateSendTitleAndCatalogInfo() const;
   VQSTATUS SetReplicateSendTitleAndCatalogInfo(int flag);
   int IsFTIndexed() const;
-  // The engine's status when there is no full text index.
+  // The engine's status (ENG_ERR_NO_FULL_TEXT) when there is no full text index.
   VQSTATUS GetLastFTIndexed(VQDatetime* moment) const;
   VQSTATUS GetFTIndexFlags(unsigned short* flags) const;
+  // The full text index stands in the database and covers texts, names and rich text of its documents as they were at
+  // its last update. CreateFTIndex throws away what is there, the others need an index. `statistics` may be null;
+  // `progress` is called between the parts of a long update, each of which is kept.
+  VQSTATUS CreateFTIndex(VQFTIndexStatistics* statistics = nullptr,
+                         void (*progress)(void* context, unsigned long done, unsigned long all) = nullptr,
+                         void* context = nullptr);
+  VQSTATUS UpdateFTIndex(VQFTIndexStatistics* statistics = nullptr,
+                         void (*progress)(void* context, unsigned long done, unsigned long all) = nullptr,
+                         void* context = nullptr);
+  VQSTATUS DeleteFTIndex();
+  // The query language is that of docs/full-text.md; a query that is not of it gives the engine's status
+  // (ENG_ERR_TEXT_QUERY), an empty one VQERR_NULL_STRING. The array gets the hits in their order; none give
+  // VQWARN_NOT_FOUND and an array without entries. `restriction` leaves only its own entries.
+  VQSTATUS FTSearch(const VQString& query, VQDocumentArray* documents) const;
+  VQSTATUS FTSearch(const VQString& query, VQDocumentArray* documents, const VQFTSearchOptions& options) const;
+  VQSTATUS FTSearch(const VQString& query, VQDocumentArray* documents, const VQFTSearchOptions& options,
+                    const VQSlateArray& restriction) const;
+  // The slates that the formula selects. Options may be null; their completed date is set.
+  VQSTATUS Search(const VQFormula& formula, VQSlateArray* slates, VQSearchOptions* options = nullptr) const;
+
+  // The documents that are new or changed for a user, who is the session's where none is named; the first reading
+  // starts the user's list with all documents. SetUnreadList replaces the list, UpdateUnreadList does what differs
+  // between two arrays, so that documents that came in meanwhile stay unread. Entries that are no documents are passed
+  // over.
+  VQSTATUS GetUnreadList(VQSlateArray* slates) const;
+  VQSTATUS GetUnreadList(VQSlateArray* slates, const VQString& user) const;
+  VQSTATUS SetUnreadList(const VQSlateArray& slates);
+  VQSTATUS SetUnreadList(const VQSlateArray& slates, const VQString& user);
+  VQSTATUS UpdateUnreadList(const VQSlateArray& before, const VQSlateArray& after);
+  VQSTATUS UpdateUnreadList(const VQSlateArray& before, const VQSlateArray& after, const VQString& user);
 
   // For the library's own code: the body, or null.
   VQDatabaseBody* GetDatabaseBody() const;
@@ -235,6 +269,13 @@ class VQ_API VQDatabase : public VQSmartPtr {
   VQSTATUS SetInfoText(unsigned short selector, const VQString& text);
   VQSTATUS ChangeFlags(unsigned short mask, unsigned short value);
   VQSTATUS FillArray(ENGHANDLE table, unsigned long slate_class, VQSlateArray* slates) const;
+  VQSTATUS RunFTSearch(const VQString& query, VQDocumentArray* documents, const VQFTSearchOptions& options,
+                       ENGHANDLE restriction) const;
+  VQSTATUS RunFTIndex(unsigned short options, VQFTIndexStatistics* statistics,
+                      void (*progress)(void* context, unsigned long done, unsigned long all), void* context);
+  VQSTATUS ReadUnread(const VQString& user, VQSlateArray* slates) const;
+  VQSTATUS WriteUnread(const VQString& user, const VQSlateArray* before, const VQSlateArray& after);
+  VQString CurrentUser() const;
   VQSTATUS ListClass(unsigned short classes, VQSlateArray* slates) const;
   int DesignExists(unsigned long type, const VQString& name) const;
   // Bits of VQVFTYPE values.

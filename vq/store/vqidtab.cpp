@@ -20,6 +20,20 @@ std::uint32_t RunStart(const unsigned char* run) {
 
 }  // namespace
 
+VQIDTable::VQIDTable()
+    : Closed(0),
+      RunOffset(0),
+      CurrentID(0),
+      CurrentIndex(0),
+      RunPtr(nullptr),
+      FirstRun(nullptr),
+      UseScan(0),
+      LastRun(nullptr),
+      Count(0),
+      Handle(0),
+      LockedPtr(nullptr),
+      Header{} {}
+
 VQIDTable::VQIDTable(ENGHANDLE table)
     : Closed(0),
       RunOffset(0),

@@ -53,13 +53,17 @@ class VQ_API VQIDTable : public VQBody {
   // The hit's score; 0 where there are none.
   virtual unsigned short GetScore(unsigned long /*index*/) const { return 0; }
 
+ protected:
+  // For a set that is not an engine's table.
+  VQIDTable();
+  VQSTATUS CheckUsable() const;
+
  private:
   struct Registration {
     std::uint32_t ID;
     VQSlateBody* Body;  // counted
   };
 
-  VQSTATUS CheckUsable() const;
   void Refresh();
   void ReadRuns(std::uint32_t size);
   void LockTable();
