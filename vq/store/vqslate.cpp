@@ -89,6 +89,11 @@ void VQSlate::AttachClosed(VQSlateBody* body) {
   Attach(body);
 }
 
+void VQSlate::BodyOpened() {
+  TakeFields(GetSlateBody());
+  if (IDTable != nullptr) IDTable->AddBody(GetSlateBody());
+}
+
 // A table counts the bodies that were opened through it; the last handle to go must not leave one open there.
 void VQSlate::LeaveBody() {
   if (IDTable != nullptr && Body != nullptr && Body->GetRefCount() == 2) IDTable->RemoveBody(GetSlateBody());

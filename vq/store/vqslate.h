@@ -190,10 +190,12 @@ class VQ_API VQSlate : public VQSmartPtr {
 
   // A body of the slate that stays closed in the handle, for classes that open more than the slate.
   void AttachClosed(VQSlateBody* body);
-  void TakeFields(const VQSlateBody* body);
+  // The attached body has opened its slate.
+  void BodyOpened();
 
  private:
   void CopyFields(const VQSlate& other);
+  void TakeFields(const VQSlateBody* body);
   void Unbind();
   void LeaveBody();
   VQSTATUS Bind(VQDatabaseBody* database, unsigned long id);
@@ -238,6 +240,7 @@ class VQ_API VQSlateBody : public VQBody {
   // The table that the body is registered with goes away.
   virtual void TableGone(VQIDTable* table);
   void SetTable(VQIDTable* table);
+  VQIDTable* GetTable() const { return Table; }
 
   VQSTATUS CreateItem(std::string_view name, unsigned short type, const void* data, unsigned long size,
                       unsigned short flags, VQITEMOPTION option, vq::ItemPlace* place);

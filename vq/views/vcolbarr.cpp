@@ -88,6 +88,11 @@ VQSTATUS VQVFColumnBodyArray::Find(const VQString& title, std::uint32_t* index) 
   return VQERR_NOT_FOUND;
 }
 
+bool VQVFColumnBodyArray::HasName(std::string_view name) const {
+  return std::any_of(Items.get(), Items.get() + Count,
+                     [&](const VQVFColumnBody* column) { return column->GetStoredName() == name; });
+}
+
 void VQVFColumnBodyArray::Place(std::uint32_t at, VQVFColumnBody* body) {
   body->AddReference();
   body->SetOwner(Owner);

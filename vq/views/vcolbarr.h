@@ -35,6 +35,8 @@ class VQ_API VQVFColumnBodyArray : public VQQuillonClass {
   void Release();
   // By title, without case and accents; the first match, or VQERR_NOT_FOUND.
   [[nodiscard]] VQSTATUS Find(const VQString& title, std::uint32_t* index) const;
+  // Whether a column goes by that internal name.
+  bool HasName(std::string_view name) const;
 
  private:
   // Moves the columns from `from` on to `to`.

@@ -129,10 +129,12 @@ VQSTATUS VQViewFolderBody::OpenCollection(unsigned long flags) {
 
 VQSTATUS VQViewFolderBody::ReopenSlate() {
   const int delete_on_close = GetDeleteOnClose();
+  VQIDTable* table = GetTable();
   SetDeleteOnClose(0);
   VQSTATUS status = VQSlateBody::Close();
   if (status == VQ_OK) status = VQSlateBody::Open(0);
   SetDeleteOnClose(delete_on_close);
+  if (status == VQ_OK && table != nullptr) status = table->AddBody(this);
   return status;
 }
 

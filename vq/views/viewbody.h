@@ -509,6 +509,8 @@ class VQ_API VQViewFolderBody : public VQSlateBody {
   [[nodiscard]] VQSTATUS SaveCode(std::string_view item, std::string_view code);
   [[nodiscard]] VQSTATUS Remove(std::string_view item);
   [[nodiscard]] VQSTATUS SaveTitle(bool temporary);
+  // For a column's values, in no other column's use.
+  std::string NextItemName();
   [[nodiscard]] VQSTATUS SettleColumn(VQVFColumnBody* column);
   [[nodiscard]] VQSTATUS SettleColumns();
   [[nodiscard]] VQSTATUS SaveSelection();

@@ -8,6 +8,7 @@ VQSTATUS VQViewFolder::CheckEntries(VQViewFolderBody** body) const {
   if (IsNull()) return VQERR_OBJECT_NOT_INITIALIZED;
   if (Body == nullptr) return VQERR_VIEW_NOT_OPEN;
   *body = GetViewFolderBody();
+  if (VQSTATUS status = (*body)->OpenNew()) return status;
   return (*body)->GetNavigatorStatus();
 }
 

@@ -94,7 +94,7 @@ VQSTATUS VQViewFolder::OpenWith(unsigned long flags, const VQDatabase& entries) 
   VQDatabaseBody* own = GetDatabaseBody();
   if (!own->IsOpen()) return vq::Apply(VQERR_DATABASE_NOT_OPEN);
   status = GetViewFolderBody()->Open(flags, entries);
-  if (status == VQ_OK) TakeFields(GetViewFolderBody());
+  if (status == VQ_OK) BodyOpened();
   return vq::Apply(status);
 }
 
@@ -202,6 +202,12 @@ VQSTATUS VQViewFolder::AddColumn(unsigned long position, const VQVFColumn* sourc
   if (status != VQ_OK) return vq::Apply(status);
   VQVFColumnBodyArray& columns = body->GetColumns();
   const VQVFColumn added(source != nullptr ? new VQVFColumnBody(*source->GetColumnBody()) : new VQVFColumnBody(body));
+  // Two formulas of one name would be one.
+  VQVFColumnBody* made = added.GetColumnBody();
+  if (made->HasFormula() && columns.HasName(made->GetStoredName())) {
+    made->SetInternalName(VQString());
+    made->SetDirtyFlags(VQVFColumnBody::kGenerateName | VQVFColumnBody::kRecompile);
+  }
   const unsigned long at = position == kAtEnd ? columns.GetCount() : position;
   status = at <= VQVFColumnBodyArray::kMaximum ? columns.Insert(static_cast<std::uint32_t>(at), added.GetColumnBody())
                                                : VQERR_OUT_OF_RANGE;

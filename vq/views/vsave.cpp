@@ -87,6 +87,14 @@ VQSTATUS VQViewFolderBody::SaveTitle(bool temporary) {
   return status;
 }
 
+std::string VQViewFolderBody::NextItemName() {
+  std::string name;
+  do {
+    name = "$" + std::to_string(TableRecord.ItemSequenceNumber++);
+  } while (Columns.HasName(name));
+  return name;
+}
+
 // What a column has pending. Nothing here reaches the slate, and doing it twice does no harm.
 VQSTATUS VQViewFolderBody::SettleColumn(VQVFColumnBody* column) {
   unsigned short dirty = column->GetDirtyFlags();
@@ -96,7 +104,7 @@ VQSTATUS VQViewFolderBody::SettleColumn(VQVFColumnBody* column) {
   if (!column->ConstantValue().empty()) return VQ_OK;
   if ((dirty & VQVFColumnBody::kGenerateName) != 0) {
     if (column->HasFormula() && column->GetInternalName().IsNull()) {
-      column->LoadName("$" + std::to_string(TableRecord.ItemSequenceNumber++));
+      column->LoadName(NextItemName());
     }
     dirty &= static_cast<unsigned short>(~VQVFColumnBody::kGenerateName);
   }
