@@ -19,9 +19,19 @@ VQElement::~VQElement() {
   if (Object != nullptr) Object->Element = nullptr;
 }
 
-VQObjectList::VQObjectList() : Count(0), First(nullptr), Last(nullptr) {}
+VQObjectList::VQObjectList() : Count(0), First(nullptr), Last(nullptr), Spare(nullptr) {}
 
-VQObjectList::~VQObjectList() { DeleteAllObjects(); }
+VQObjectList::~VQObjectList() {
+  DeleteAllObjects();
+  delete Spare;
+}
+
+VQElement* VQObjectList::MakeElement(VQQuillonClass* object) {
+  VQElement* element = Spare;
+  if (element == nullptr) return new (std::nothrow) VQElement(object);
+  Spare = nullptr;
+  return new (element) VQElement(object);
+}
 
 VQCLASSID VQObjectList::GetClassID() const { return VQCLASSID_VQOBJECTLIST; }
 
@@ -39,7 +49,7 @@ VQSTATUS VQObjectList::CheckObject(const VQQuillonClass* object) const {
 
 VQSTATUS VQObjectList::AddObject(VQQuillonClass* object) {
   if (const VQSTATUS status = CheckObject(object)) return vq::Apply(status);
-  auto* element = new (std::nothrow) VQElement(object);
+  VQElement* element = MakeElement(object);
   if (element == nullptr) return vq::Apply(VQERR_INSUFFICIENT_MEMORY);
   AddElement(element);
   return VQ_OK;
@@ -62,7 +72,12 @@ void VQObjectList::DeleteElement(VQElement* element) {
   (element->Previous != nullptr ? element->Previous->Next : First) = element->Next;
   (element->Next != nullptr ? element->Next->Previous : Last) = element->Previous;
   --Count;
-  delete element;
+  if (Spare != nullptr) {
+    delete element;
+    return;
+  }
+  element->~VQElement();
+  Spare = new (element) VQElement(nullptr);
 }
 
 VQSTATUS VQObjectList::GetElement(const VQQuillonClass* object, VQElement** element) const {
@@ -132,7 +147,7 @@ VQSTATUS VQSortedObjectList::AddObject(VQQuillonClass*) { return vq::Apply(VQERR
 VQSTATUS VQSortedObjectList::AddObject(VQQuillonClass* object, unsigned long key) {
   if (const VQSTATUS status = CheckObject(object)) return vq::Apply(status);
   if (key > 0xFFFFFFFFUL) return vq::Apply(VQERR_OUT_OF_RANGE);
-  auto* element = new (std::nothrow) VQElement(object);
+  VQElement* element = MakeElement(object);
   if (element == nullptr) return vq::Apply(VQERR_INSUFFICIENT_MEMORY);
   element->SortKey = static_cast<std::uint32_t>(key);
   InsertElement(element);

@@ -59,9 +59,15 @@ class VQ_API VQObjectList : public VQQuillonClass {
  protected:
   void CheckInvariant() const;
 
+  // An element that holds the object; null without memory.
+  VQElement* MakeElement(VQQuillonClass* object);
+
   std::uint32_t Count;
   VQElement* First;
   VQElement* Last;
+
+ private:
+  VQElement* Spare;  // the last element that was destroyed, for the next object
 };
 
 // Ordered by key, a sparse array. Of equal keys the newest stands in front, but behind the last element's. Keys that
