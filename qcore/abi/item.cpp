@@ -147,7 +147,8 @@ ENGSTATUS EngItemAppend(ENGHANDLE slate, uint16_t flags, const ENGCHAR* name, ui
     const ENGSTATUS status = target.Append(flags, Text(name, name_length), type, bytes, &slot);
     if (status != ENG_OK) return status;
     if (item) *item = target.IdOf(slot);
-    return value ? GiveValue(target, slot, nullptr, value, nullptr) : ENGSTATUS{ENG_OK};
+    if (value) *value = target.PlaceOf(slot);
+    return ENG_OK;
   });
 }
 
@@ -169,7 +170,8 @@ ENGSTATUS EngItemReplaceBlock(ENGHANDLE slate, BLOCKID item, ENGHANDLE memory, u
 ENGSTATUS EngItemReallocate(ENGHANDLE slate, BLOCKID item, BLOCKID* value, uint32_t new_size) {
   return WithItem(slate, item, [&](Slate& target, Slate::Slot slot) -> ENGSTATUS {
     const ENGSTATUS status = target.Reallocate(slot, new_size);
-    return status == ENG_OK ? GiveValue(target, slot, nullptr, value, nullptr) : status;
+    if (status == ENG_OK && value) *value = target.PlaceOf(slot);
+    return status;
   });
 }
 

@@ -212,7 +212,7 @@ ENGSTATUS Slate::ReplaceBlock(Slot slot, ENGHANDLE memory, std::uint32_t size) {
 ENGSTATUS Slate::Reallocate(Slot slot, std::uint32_t size) {
   if (size < kSmallestValue || size > kLargestValue) return ENG_ERR_ITEM_SIZE;
   Item& item = items_[slot];
-  ENGSTATUS status = Materialise(item);
+  ENGSTATUS status = item.pool != 0 ? ENGSTATUS{ENG_OK} : Materialise(item);
   if (status != ENG_OK) return status;
   const Bytes old = BytesOf(item);
   if (old.empty()) return ENG_ERR_ITEM_DAMAGED;

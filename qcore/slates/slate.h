@@ -74,6 +74,8 @@ class Slate final : public OpenSlate {
   std::uint16_t FlagsOf(Slot slot) const { return items_[slot].flags; }
   // Type and size, without reading the value.
   Value FactsOf(Slot slot) const { return {{0, 0}, items_[slot].size, items_[slot].type}; }
+  // Where the value of an item that was appended or reallocated lies.
+  BLOCKID PlaceOf(Slot slot) const { return {items_[slot].pool, items_[slot].offset}; }
   // Reads a value that stands aside.
   [[nodiscard]] ENGSTATUS GetValue(Slot slot, Value* value);
   TIMEDATE ModifiedOf(Slot slot) const;

@@ -33,6 +33,21 @@ void ReplaceNuls(Element* text, unsigned long bytes) {
   for (Element* at = text; (at = find(at)) != nullptr; ++at) *at = static_cast<Element>(kLineFeed);
 }
 
+// Eight bytes at a time; the last ones may be looked at twice.
+bool IsAscii(const VQCHAR* text, unsigned long bytes) {
+  constexpr unsigned long kWord = sizeof(std::uint64_t);
+  if (bytes < kWord) return std::all_of(text, text + bytes, [](VQCHAR byte) { return byte < 0x80; });
+  std::uint64_t any = 0;
+  const auto look = [&any](const VQCHAR* at) {
+    std::uint64_t word;
+    std::memcpy(&word, at, sizeof word);
+    any |= word;
+  };
+  for (unsigned long at = 0; at + kWord <= bytes; at += kWord) look(text + at);
+  look(text + bytes - kWord);
+  return (any & 0x8080808080808080u) == 0;
+}
+
 unsigned long StoreLength(const VQCHAR* text) {
   return text == nullptr ? 0 : std::strlen(reinterpret_cast<const char*>(text));
 }
@@ -133,7 +148,7 @@ VQSTATUS VQStringBody::TakePlatformText(const char* text, unsigned long bytes) {
   if (bytes > kMaximum) return VQERR_STRING_TOO_LONG;
   // Every platform character set contains ASCII.
   const auto* plain = reinterpret_cast<const VQCHAR*>(text);
-  if (std::all_of(plain, plain + bytes, [](VQCHAR byte) { return byte < 0x80; })) return TakeStoreText(plain, bytes);
+  if (IsAscii(plain, bytes)) return TakeStoreText(plain, bytes);
   const unsigned long limit = std::min(3 * bytes, kMaximum);
   auto work = Allocate<VQCHAR>(limit);
   const unsigned long length = TranslateText(ENG_TRANSLATE_PLATFORM_TO_STORE, text, bytes, work.get(), limit);
