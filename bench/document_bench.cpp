@@ -237,14 +237,14 @@ double Decode(const unsigned char* at, std::size_t size) {
 constexpr char kTables[] =
     "CREATE TABLE slate(id INTEGER PRIMARY KEY,feed INTEGER NOT NULL,here INTEGER NOT NULL,state INTEGER NOT NULL,"
     "universal BLOB NOT NULL,sequence INTEGER NOT NULL,sequenced INTEGER NOT NULL,modified INTEGER NOT NULL,"
-    "added INTEGER NOT NULL,accessed INTEGER NOT NULL,parent BLOB,packed BLOB);"
+    "added INTEGER NOT NULL,accessed INTEGER NOT NULL,sum INTEGER NOT NULL,parent BLOB,packed BLOB);"
     "CREATE INDEX slate_universal ON slate(universal);"
     "CREATE INDEX slate_feed ON slate(feed,here,state);"
     "CREATE INDEX slate_parent ON slate(parent) WHERE parent IS NOT NULL;"
     "CREATE INDEX slate_design ON slate(state,here) WHERE state&65535<>1;";
 constexpr char kInsert[] =
-    "INSERT INTO slate(id,feed,here,state,sequence,sequenced,modified,added,accessed,packed,universal) "
-    "VALUES(?,?,?,1,1,?3,?3,?3,?3,?,?)";
+    "INSERT INTO slate(id,feed,here,state,sequence,sequenced,modified,added,accessed,packed,universal,sum) "
+    "VALUES(?,?,?,1,1,?3,?3,?3,?3,?,?,?)";
 constexpr char kSelect[] =
     "SELECT id,here,state,universal,sequence,sequenced,modified,added,accessed,parent,packed FROM slate WHERE id=?";
 constexpr char kUpdate[] = "UPDATE slate SET feed=?2,here=?3,modified=?3,packed=?4 WHERE id=?1";
@@ -263,6 +263,7 @@ void FillPeer(Sqlite& peer) {
     sqlite3_bind_int64(insert, 3, 0x25A3D0000000 + i);
     sqlite3_bind_blob(insert, 4, packed.data(), static_cast<int>(packed.size()), SQLITE_STATIC);
     sqlite3_bind_blob(insert, 5, universal, sizeof universal, SQLITE_STATIC);
+    sqlite3_bind_int64(insert, 6, 0x9E3779B9u + i);
     peer.Step(insert);
   }
   peer.Run("COMMIT");
