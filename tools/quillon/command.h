@@ -2,11 +2,14 @@
 #ifndef QUILLON_TOOLS_QUILLON_COMMAND_H
 #define QUILLON_TOOLS_QUILLON_COMMAND_H
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <string_view>
 
 #include "vq/vq.h"
+
+namespace CLI {
+class App;
+}
 
 namespace tool {
 

@@ -1,4 +1,5 @@
 // quillon diff: two copies of a store, document by document, byte for byte.
+#include <CLI/CLI.hpp>
 #include <array>
 #include <cstring>
 #include <iostream>

@@ -1,4 +1,5 @@
 // quillon export: a document's rich text into a file.
+#include <CLI/CLI.hpp>
 #include <filesystem>
 
 #include "tools/quillon/command.h"

@@ -1,6 +1,7 @@
 // quillon import: text files into a store, one document a file.
 #include <sys/stat.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <cstring>

@@ -1,4 +1,5 @@
 // quillon ls: the documents of a store.
+#include <CLI/CLI.hpp>
 #include <iostream>
 
 #include "tools/quillon/command.h"

@@ -1,4 +1,5 @@
 // quillon: the command-line client.
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <iostream>
 

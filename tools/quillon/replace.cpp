@@ -1,4 +1,5 @@
 // quillon replace: a word in a document's rich text, found by a cursor.
+#include <CLI/CLI.hpp>
 #include <iostream>
 
 #include "tools/quillon/command.h"

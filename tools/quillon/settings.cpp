@@ -1,4 +1,5 @@
 // quillon init: the settings file.
+#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fstream>
 

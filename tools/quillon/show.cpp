@@ -1,4 +1,5 @@
 // quillon show: one document, as items, as text or record by record.
+#include <CLI/CLI.hpp>
 #include <cinttypes>
 #include <cstdio>
 #include <iostream>

@@ -1,4 +1,5 @@
 // quillon create, info, check: a store as a whole.
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <iostream>
 
