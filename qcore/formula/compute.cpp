@@ -1,7 +1,6 @@
 #include "qcore/formula/compute.h"
 
 #include "engine/formula.h"
-#include "qcore/formula/slatesource.h"
 
 namespace qcore::formula {
 
@@ -24,20 +23,6 @@ ENGSTATUS Compute::Stop(ENGHANDLE handle) {
 
 void Compute::StopAll() {
   for (const ENGHANDLE handle : handle_table.All(Kind::kCompute)) static_cast<void>(Stop(handle));
-}
-
-ENGSTATUS Compute::Evaluate(ENGHANDLE slate_handle, Result* result, const std::function<ENGSTATUS(Bytes)>& take) {
-  if (slate_handle == 0) {
-    NoDocument none;
-    const ENGSTATUS status = evaluator_.Evaluate(none, 0, result);
-    return status == ENG_OK ? take(result->value) : status;
-  }
-  Slate* slate = Slate::Find(slate_handle);
-  if (!slate) return ENG_ERR_INVALID_HANDLE;
-  SlateSource source(*slate, assigns_ ? Assignments::kKept : Assignments::kDropped);
-  ENGSTATUS status = evaluator_.Evaluate(source, 0, result);
-  if (status == ENG_OK) status = take(result->value);
-  return status == ENG_OK ? source.Apply() : status;
 }
 
 }  // namespace qcore::formula

@@ -2,10 +2,10 @@
 #ifndef QUILLON_QCORE_FORMULA_COMPUTE_H
 #define QUILLON_QCORE_FORMULA_COMPUTE_H
 
-#include <functional>
-
 #include "qcore/formula/formula.h"
+#include "qcore/formula/slatesource.h"
 #include "qcore/handles/handles.h"
+#include "qcore/store/names.h"
 
 namespace qcore::formula {
 
@@ -21,13 +21,29 @@ class Compute {
   std::uint32_t code_length() const { return code_length_; }
   // Slate 0 is no document. Assignments are made when `take` has taken the result, which is good until the next
   // evaluation; *result has the flags of a failure too.
-  [[nodiscard]] ENGSTATUS Evaluate(ENGHANDLE slate, Result* result, const std::function<ENGSTATUS(Bytes)>& take);
+  template <typename Take>
+  [[nodiscard]] ENGSTATUS Evaluate(ENGHANDLE slate_handle, Result* result, Take take) {
+    if (slate_handle == 0) {
+      NoDocument none;
+      const ENGSTATUS status = evaluator_.Evaluate(none, 0, result);
+      return status == ENG_OK ? take(result->value) : status;
+    }
+    Slate* slate = Slate::Find(slate_handle);
+    if (!slate) return ENG_ERR_INVALID_HANDLE;
+    SlateSource source(*slate, assigns_ ? Assignments::kKept : Assignments::kDropped, hashes_);
+    ENGSTATUS status = evaluator_.Evaluate(source, 0, result);
+    if (status == ENG_OK) status = take(result->value);
+    return status == ENG_OK ? source.Apply() : status;
+  }
 
  private:
   Compute(std::shared_ptr<const Program> program, std::uint32_t code_length, bool assigns)
-      : evaluator_(std::move(program)), code_length_(code_length), assigns_(assigns) {}
+      : evaluator_(std::move(program)), code_length_(code_length), assigns_(assigns) {
+    for (const std::string& name : evaluator_.program().item_names()) hashes_.push_back(FoldedHash(name));
+  }
 
   Evaluator evaluator_;
+  std::vector<std::uint32_t> hashes_;  // of the names that the formula reads
   std::uint32_t code_length_;
   bool assigns_;
 };

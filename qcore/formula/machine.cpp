@@ -1,6 +1,7 @@
 #include "qcore/formula/machine.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "qcore/store/names.h"
@@ -92,7 +93,7 @@ Value DecodeTimes(Arena& arena, Bytes data) {
 
 }  // namespace
 
-TruthValue TruthOf(const Value& value) {
+TruthValue TruthOfList(const Value& value) {
   if (value.is_error()) return {false, value.error};
   if (!value.is_number()) return {false, ENG_ERR_FORMULA_TYPE};
   const double* numbers = value.numbers();
@@ -149,18 +150,23 @@ Value Machine::Decode(const ItemValue& item) {
   }
 }
 
-const Value& Machine::Read(std::uint32_t index) {
+void Machine::Fetch(std::uint32_t index) {
   SlotValue& slot = slots_[index];
-  if (slot.state != State::kUnread) return slot.value;
+  const Slot& name = program_.slots()[index];
   ItemValue item;
-  if (source_->FindItem(program_.slots()[index].item, program_.slots()[index].name, &item)) {
-    slot.value = Decode(item);
+  if (source_->FindItem(name.item, name.name, &item)) {
     slot.state = State::kItem;
+    if (item.type == kNumberType && item.data.size() >= 8) {
+      slot.value = Value::Number(NumberAt(item.data.data()));
+    } else if (item.type == kTextType) {
+      slot.value = Value::Text(reinterpret_cast<const char*>(item.data.data()), item.data.size());
+    } else {
+      slot.value = Decode(item);
+    }
   } else {
     slot.value = Value();
     slot.state = State::kMissing;
   }
-  return slot.value;
 }
 
 Value Machine::ReadItem(std::string_view name) {
@@ -246,7 +252,7 @@ Value Machine::Join(const Value& left, const Value& right) {
   return Value::Moments(join(left.moments(), right.moments()), count);
 }
 
-Value Machine::Binary(Op op, const Value& left, const Value& right) {
+Value Machine::BinaryValues(Op op, const Value& left, const Value& right) {
   if (op == Op::kList) return Join(left, right);
   if (left.is_error()) return left;
   if (right.is_error()) return right;
@@ -254,6 +260,65 @@ Value Machine::Binary(Op op, const Value& left, const Value& right) {
     return Compare(*this, op, left, right);
   }
   return Calculate(*this, op, left, right);
+}
+
+// Two numbers, or one text against another, need no detour.
+inline Value Machine::Binary(Op op, const Value& left, const Value& right) {
+  if (left.count == 1 && right.count == 1) {
+    if (left.is_number() && right.is_number()) {
+      const double a = left.number;
+      const double b = right.number;
+      switch (op) {
+        case Op::kAdd:
+          if (std::isfinite(a + b)) return Value::Number(a + b);
+          break;
+        case Op::kSubtract:
+          if (std::isfinite(a - b)) return Value::Number(a - b);
+          break;
+        case Op::kMultiply:
+          if (std::isfinite(a * b)) return Value::Number(a * b);
+          break;
+        case Op::kEqual:
+          return Value::Truth(a == b);
+        case Op::kNotEqual:
+          return Value::Truth(a != b);
+        case Op::kLess:
+          return Value::Truth(a < b);
+        case Op::kGreater:
+          return Value::Truth(a > b);
+        case Op::kLessEqual:
+          return Value::Truth(a <= b);
+        case Op::kGreaterEqual:
+          return Value::Truth(a >= b);
+        default:
+          break;
+      }
+    } else if (left.is_text() && right.is_text() && (op == Op::kEqual || op == Op::kNotEqual)) {
+      return Value::Truth((left.text.view() == right.text.view()) == (op == Op::kEqual));
+    }
+  }
+  return BinaryValues(op, left, right);
+}
+
+Value Machine::AddMany(std::span<const Value> values) {
+  std::size_t size = 0;
+  const bool texts = std::ranges::all_of(values, [&size](const Value& value) {
+    if (!value.is_text() || value.count != 1) return false;
+    size += value.text.size;
+    return true;
+  });
+  if (texts) {
+    char* const joined = arena_.Array<char>(size);
+    char* at = joined;
+    for (const Value& value : values) {
+      if (value.text.size != 0) std::memcpy(at, value.text.data, value.text.size);
+      at += value.text.size;
+    }
+    return Value::Text(joined, size);
+  }
+  Value sum = values[0];
+  for (const Value& value : values.subspan(1)) sum = Binary(Op::kAdd, sum, value);
+  return sum;
 }
 
 Value Machine::Call(const Function& function, std::span<const Value> arguments) {
@@ -319,17 +384,21 @@ Value Machine::RunSection(Source& source, std::size_t section_index) {
       }
       case Run::kBinary:
         --top;
+        top[-1] = BinaryValues(static_cast<Op>(at->a), top[-1], top[0]);
+        break;
+      case Run::kArithmetic:
+      case Run::kCompare:
+        --top;
         top[-1] = Binary(static_cast<Op>(at->a), top[-1], top[0]);
         break;
-      case Run::kEqualConstant: {
-        const Value& right = constants[at->b];
-        if (top[-1].is_text() && top[-1].count == 1 && right.count == 1) {
-          top[-1] = Value::Truth(top[-1].text.view() == right.text.view());
-        } else {
-          top[-1] = Binary(Op::kEqual, top[-1], right);
-        }
+      case Run::kCompareConstant:
+        top[-1] = Binary(static_cast<Op>(at->a), top[-1], constants[at->b]);
         break;
-      }
+      case Run::kAddMany:
+        top -= at->a;
+        *top = AddMany({top, at->a});
+        ++top;
+        break;
       case Run::kAnd:
       case Run::kOr: {
         const TruthValue truth = TruthOf(top[-1]);

@@ -17,7 +17,10 @@ struct TruthValue {
   bool truth = false;
   ENGSTATUS error = ENG_OK;
 };
-TruthValue TruthOf(const Value& value);
+TruthValue TruthOfList(const Value& value);
+inline TruthValue TruthOf(const Value& value) {
+  return value.is_number() && value.count == 1 ? TruthValue{value.number != 0, ENG_OK} : TruthOfList(value);
+}
 
 class Machine {
  public:
@@ -67,10 +70,17 @@ class Machine {
   };
 
   void Start(Source& source);
-  const Value& Read(std::uint32_t slot);
+  const Value& Read(std::uint32_t slot) {
+    if (slots_[slot].state == State::kUnread) Fetch(slot);
+    return slots_[slot].value;
+  }
+  void Fetch(std::uint32_t slot);
   Value Decode(const ItemValue& item);
   Value DecodeComposite(Bytes records);
   Value Binary(Op op, const Value& left, const Value& right);
+  Value BinaryValues(Op op, const Value& left, const Value& right);
+  // One after the other, or all at once where all are single texts.
+  Value AddMany(std::span<const Value> values);
   Value Call(const Function& function, std::span<const Value> arguments);
   bool Iterate(std::uint32_t slot, const Value& list);
   // The next entry into the variable; false at the end.

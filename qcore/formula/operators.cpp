@@ -203,26 +203,33 @@ Value CompareTextLists(Machine& machine, Plan plan, const Value& left, const Val
                  [&](std::uint32_t i, std::uint32_t j) { return CompareTexts(left.texts()[i], right.texts()[j]); });
 }
 
-void AppendWord(std::vector<std::uint8_t>* bytes, std::uint32_t word) {
-  bytes->push_back(static_cast<std::uint8_t>(word));
-  bytes->push_back(static_cast<std::uint8_t>(word >> 8));
-}
-void AppendWide(std::vector<std::uint8_t>* bytes, std::uint64_t word, std::size_t size) {
-  const std::size_t at = bytes->size();
-  bytes->resize(at + size);
-  for (std::size_t i = 0; i < size; ++i) (*bytes)[at + i] = static_cast<std::uint8_t>(word >> (8 * i));
-}
-void AppendNumber(std::vector<std::uint8_t>* bytes, double number) {
-  std::uint64_t bits = 0;
-  std::memcpy(&bits, &number, sizeof bits);
-  AppendWide(bytes, bits, 8);
-}
-void AppendMoment(std::vector<std::uint8_t>* bytes, const TIMEDATE& moment) {
-  AppendWide(bytes, moment.TimeWord | std::uint64_t{moment.DateWord} << 32, 8);
-}
-void AppendText(std::vector<std::uint8_t>* bytes, const TextRef& text) {
-  bytes->insert(bytes->end(), text.data, text.data + text.size);
-}
+// Writes into room that was made before.
+class ValueWriter {
+ public:
+  ValueWriter(std::vector<std::uint8_t>* bytes, std::size_t size) {
+    bytes->resize(size);
+    at_ = bytes->data();
+  }
+  void Word(std::uint32_t word) { Put(word, 2); }
+  void Wide(std::uint32_t word) { Put(word, 4); }
+  void Number(double number) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &number, sizeof bits);
+    Put(bits, 8);
+  }
+  void Moment(const TIMEDATE& moment) { Put(moment.TimeWord | std::uint64_t{moment.DateWord} << 32, 8); }
+  void Text(const TextRef& text) {
+    if (text.size != 0) std::memcpy(at_, text.data, text.size);
+    at_ += text.size;
+  }
+
+ private:
+  void Put(std::uint64_t word, std::size_t size) {
+    for (std::size_t i = 0; i < size; ++i) *at_++ = static_cast<std::uint8_t>(word >> (8 * i));
+  }
+
+  std::uint8_t* at_;
+};
 
 constexpr std::size_t kMostResult = 65535;
 
@@ -230,22 +237,23 @@ ENGSTATUS EncodeTexts(const Value& value, std::vector<std::uint8_t>* bytes) {
   std::size_t size = value.count == 1 ? 2 : 4 + std::size_t{2} * value.count;
   for (std::uint32_t i = 0; i < value.count && size <= kMostResult; ++i) size += value.texts()[i].size;
   if (size > kMostResult) return ENG_ERR_FORMULA_RESULT;
-  AppendWord(bytes, value.count == 1 ? 0x0500 : 0x0501);
+  ValueWriter writer(bytes, size);
+  writer.Word(value.count == 1 ? 0x0500 : 0x0501);
   if (value.count > 1) {
-    AppendWord(bytes, value.count);
-    for (std::uint32_t i = 0; i < value.count; ++i) {
-      AppendWord(bytes, static_cast<std::uint32_t>(value.texts()[i].size));
-    }
+    writer.Word(value.count);
+    for (std::uint32_t i = 0; i < value.count; ++i) writer.Word(static_cast<std::uint32_t>(value.texts()[i].size));
   }
-  for (std::uint32_t i = 0; i < value.count; ++i) AppendText(bytes, value.texts()[i]);
+  for (std::uint32_t i = 0; i < value.count; ++i) writer.Text(value.texts()[i]);
   return ENG_OK;
 }
 
 ENGSTATUS EncodeNumbers(const Value& value, std::vector<std::uint8_t>* bytes) {
-  if (6 + std::uint64_t{8} * value.count > kMostResult) return ENG_ERR_FORMULA_RESULT;
-  AppendWord(bytes, value.count == 1 ? 0x0300 : 0x0301);
-  if (value.count > 1) AppendWide(bytes, value.count, 4);
-  for (std::uint32_t i = 0; i < value.count; ++i) AppendNumber(bytes, value.numbers()[i]);
+  const std::uint64_t size = (value.count == 1 ? 2 : 6) + std::uint64_t{8} * value.count;
+  if (size > kMostResult) return ENG_ERR_FORMULA_RESULT;
+  ValueWriter writer(bytes, size);
+  writer.Word(value.count == 1 ? 0x0300 : 0x0301);
+  if (value.count > 1) writer.Wide(value.count);
+  for (std::uint32_t i = 0; i < value.count; ++i) writer.Number(value.numbers()[i]);
   return ENG_OK;
 }
 
@@ -256,17 +264,19 @@ ENGSTATUS EncodeTimes(const Value& value, std::vector<std::uint8_t>* bytes) {
   const auto ranges =
       static_cast<std::uint32_t>(std::count_if(begin, end, [](const Moment& moment) { return moment.is_range(); }));
   const std::uint32_t singles = value.count - ranges;
-  if (6 + std::uint64_t{8} * singles + std::uint64_t{16} * ranges > kMostResult) return ENG_ERR_FORMULA_RESULT;
   const bool single = value.count == 1 && ranges == 0;
-  AppendWord(bytes, single ? 0x0400 : 0x0401);
-  if (!single) AppendWide(bytes, singles | std::uint64_t{ranges} << 16, 4);
+  const std::uint64_t size = (single ? 2 : 6) + std::uint64_t{8} * singles + std::uint64_t{16} * ranges;
+  if (size > kMostResult) return ENG_ERR_FORMULA_RESULT;
+  ValueWriter writer(bytes, size);
+  writer.Word(single ? 0x0400 : 0x0401);
+  if (!single) writer.Wide(singles | ranges << 16);
   for (const Moment* moment = begin; moment != end; ++moment) {
-    if (!moment->is_range()) AppendMoment(bytes, moment->lower);
+    if (!moment->is_range()) writer.Moment(moment->lower);
   }
   for (const Moment* moment = begin; ranges > 0 && moment != end; ++moment) {
     if (!moment->is_range()) continue;
-    AppendMoment(bytes, moment->lower);
-    AppendMoment(bytes, moment->upper);
+    writer.Moment(moment->lower);
+    writer.Moment(moment->upper);
   }
   return ENG_OK;
 }
@@ -333,7 +343,6 @@ Value Compare(Machine& machine, Op op, const Value& left, const Value& right) {
 }
 
 ENGSTATUS Encode(const Value& value, std::vector<std::uint8_t>* bytes) {
-  bytes->clear();
   switch (value.type) {
     case Type::kText:
       return EncodeTexts(value, bytes);

@@ -25,8 +25,8 @@ class Lowering final : public Visitor {
   }
 
   void OnUnary(Op op, bool) override {
-    const std::uint32_t constant = Pop();
-    Push();
+    const std::uint32_t constant = Pop().constant;
+    Push({kNone, kNone, op == Op::kNot});
     if (op == Op::kNegate && constant != kNone && program_->constants_[constant].is_number() &&
         program_->constants_[constant].count == 1) {
       code().pop_back();
@@ -37,19 +37,18 @@ class Lowering final : public Visitor {
   }
 
   void OnBinary(Op op, bool, bool) override {
-    const std::uint32_t right = Pop();
-    const std::uint32_t left = Pop();
-    if (op == Op::kList && left != kNone && right != kNone &&
-        program_->constants_[left].type == program_->constants_[right].type) {
+    const Entry right = Pop();
+    const Entry left = Pop();
+    if (op == Op::kList && left.constant != kNone && right.constant != kNone &&
+        program_->constants_[left.constant].type == program_->constants_[right.constant].type) {
       code().resize(code().size() - 2);
-      return PushConstant(Joined(left, right));
+      return PushConstant(Joined(left.constant, right.constant));
     }
-    Push();
-    if (op == Op::kEqual && right != kNone && program_->constants_[right].is_text()) {
-      code().back() = {Run::kEqualConstant, 0, right};
-      return;
-    }
-    Put({Run::kBinary, static_cast<std::uint16_t>(op)});
+    if (op >= Op::kEqual && op <= Op::kGreaterEqual) return Comparison(op, right.constant);
+    if (op == Op::kAdd) return Addition(left.sum);
+    const bool arithmetic = op >= Op::kMultiply && op <= Op::kSubtract;
+    Push({kNone, kNone, op >= Op::kEachEqual});
+    Put({arithmetic ? Run::kArithmetic : Run::kBinary, static_cast<std::uint16_t>(op)});
   }
 
   void OnLogicBegin(Op op, bool) override {
@@ -59,11 +58,10 @@ class Lowering final : public Visitor {
     ++depth_;
   }
   void OnLogicEnd(Op, bool) override {
-    Pop();
-    Put({Run::kTruth});
+    if (!Pop().truth) Put({Run::kTruth});
     code()[pending_.back().start].b = Here();
     pending_.pop_back();
-    Push();
+    Push({kNone, kNone, true});
     --depth_;
   }
 
@@ -120,6 +118,12 @@ class Lowering final : public Visitor {
  private:
   static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
+  // What is known of a value on the stack.
+  struct Entry {
+    std::uint32_t constant;  // which one it is; never one that a jump leads behind
+    std::uint32_t sum;       // the kArithmetic or kAddMany that adds it up
+    bool truth;              // 0, 1 or an error
+  };
   // An operation with blocks whose end is not known yet.
   struct Pending {
     std::uint32_t start;
@@ -135,19 +139,19 @@ class Lowering final : public Visitor {
   std::vector<Instruction>& code() { return section_->instructions; }
   std::uint32_t Here() { return static_cast<std::uint32_t>(code().size()); }
   void Put(const Instruction& instruction) { code().push_back(instruction); }
-  void Push(std::uint32_t constant = kNone) {
-    stack_.push_back(constant);
+  void Push() { Push({kNone, kNone, false}); }
+  void Push(const Entry& entry) {
+    stack_.push_back(entry);
     program_->most_stack_ = std::max(program_->most_stack_, static_cast<std::uint32_t>(stack_.size()));
   }
-  // The constant that the top is, or kNone; never one that a jump leads behind.
-  std::uint32_t Pop() {
-    const std::uint32_t top = stack_.back();
+  Entry Pop() {
+    const Entry top = stack_.back();
     stack_.pop_back();
     return top;
   }
   void PushConstant(std::uint32_t constant) {
     Put({Run::kConstant, 0, constant});
-    Push(constant);
+    Push({constant, kNone, false});
   }
   std::uint32_t AddConstant(const Value& value) {
     program_->constants_.push_back(value);
@@ -210,6 +214,27 @@ class Lowering final : public Visitor {
     return left_index;
   }
 
+  void Comparison(Op op, std::uint32_t right) {
+    Push({kNone, kNone, true});
+    if (right == kNone) {
+      Put({Run::kCompare, static_cast<std::uint16_t>(op)});
+    } else {
+      code().back() = {Run::kCompareConstant, static_cast<std::uint16_t>(op), right};
+    }
+  }
+  // A sum grows by an operand that is one instruction.
+  void Addition(std::uint32_t sum) {
+    if (sum != kNone && sum + 2 == Here()) {
+      const std::uint16_t count = code()[sum].run == Run::kAddMany ? code()[sum].a : std::uint16_t{2};
+      code().erase(code().end() - 2);
+      Put({Run::kAddMany, static_cast<std::uint16_t>(count + 1)});
+      program_->most_stack_ = std::max(program_->most_stack_, static_cast<std::uint32_t>(stack_.size()) + count + 1);
+    } else {
+      Put({Run::kArithmetic, static_cast<std::uint16_t>(Op::kAdd)});
+    }
+    Push({kNone, Here() - 1, false});
+  }
+
   void EndOfIf(std::uint16_t argument);
   void EndOfLoop(std::uint16_t argument, std::uint16_t condition);
   void EndOfFor(std::uint16_t argument);
@@ -235,7 +260,7 @@ class Lowering final : public Visitor {
   RunSection* section_;
   const std::vector<Constant>& constants_;
   std::vector<std::uint32_t> made_;
-  std::vector<std::uint32_t> stack_;
+  std::vector<Entry> stack_;
   std::vector<Pending> pending_;
   std::vector<Lazy> form_;
   std::vector<std::uint32_t> set_;  // slots that hold a temporary from here on

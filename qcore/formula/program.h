@@ -18,14 +18,17 @@ enum class Run : std::uint8_t {
   kTemp,      // b slot, which does
   kNegate,
   kNot,
-  kBinary,         // a Op
-  kEqualConstant,  // the top against constant b: one or more texts
-  kAnd,            // a false or failing top ends at b
-  kOr,             // a true or failing top ends at b
-  kTruth,          // the top becomes 0 or 1
-  kCondition,      // takes the top; false goes to b, an error stays and goes to c
-  kJump,           // to b
-  kLoop,           // to b, and counts
+  kBinary,           // a Op
+  kArithmetic,       // a Op, kMultiply to kSubtract
+  kCompare,          // a Op, kEqual to kGreaterEqual
+  kCompareConstant,  // as kCompare, the right one being constant b
+  kAddMany,          // the sum of a values, from the left
+  kAnd,              // a false or failing top ends at b
+  kOr,               // a true or failing top ends at b
+  kTruth,            // the top becomes 0 or 1
+  kCondition,        // takes the top; false goes to b, an error stays and goes to c
+  kJump,             // to b
+  kLoop,             // to b, and counts
   kPop,
   kIfError,  // takes an error away; any other value goes to b
   kCall,     // function, a arguments

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 
-#include "qcore/memory/memory.h"
 #include "qcore/store/info.h"
 #include "qcore/store/names.h"
 #include "qcore/store/properties.h"
@@ -19,16 +18,13 @@ std::uint16_t WordOf(const std::vector<std::uint8_t>& bytes) {
 
 // The block stays where it is as long as the slate is not changed.
 bool SlateSource::ReadItem(Slate::Slot slot, ItemValue* item) {
-  Slate::Value value{};
-  if (slate_.GetValue(slot, &value) != ENG_OK || value.size < kSmallestValue) return false;
-  const memory::LockedBlock block(value.place.Pool);
-  if (!block.bytes() || block.size() < value.place.Block + std::uint64_t{value.size}) return false;
-  const std::uint8_t* const data = block.bytes() + value.place.Block + kSmallestValue;
-  *item = {value.type, slate_.FlagsOf(slot), {data, value.size - kSmallestValue}};
+  Bytes value;
+  if (slate_.GetBytes(slot, &value) != ENG_OK || value.size() < kSmallestValue) return false;
+  *item = {static_cast<std::uint16_t>(value[0] | value[1] << 8), slate_.FlagsOf(slot), value.subspan(kSmallestValue)};
   return true;
 }
 
-bool SlateSource::FindItem(std::uint32_t, std::string_view name, ItemValue* item) {
+bool SlateSource::FindItem(std::uint32_t index, std::string_view name, ItemValue* item) {
   for (const Assigned& assigned : assigned_) {
     if (!SameName(assigned.name, name)) continue;
     if (assigned.value.empty()) return false;
@@ -36,7 +32,8 @@ bool SlateSource::FindItem(std::uint32_t, std::string_view name, ItemValue* item
     return true;
   }
   Slate::Slot slot = 0;
-  return slate_.FindItem(name, &slot) == ENG_OK && ReadItem(slot, item);
+  const std::uint32_t hash = index < hashes_.size() ? hashes_[index] : FoldedHash(name);
+  return slate_.FindHashed(hash, name, &slot) == ENG_OK && ReadItem(slot, item);
 }
 
 void SlateSource::ForEachItem(const std::function<void(std::string_view, const ItemValue&)>& take) {

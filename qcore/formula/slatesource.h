@@ -17,7 +17,9 @@ enum class Assignments { kDropped, kKept };
 
 class SlateSource : public Source {
  public:
-  SlateSource(Slate& slate, Assignments assignments) : slate_(slate), assignments_(assignments) {}
+  // `hashes` are the folded hashes of the program's item names, or empty.
+  SlateSource(Slate& slate, Assignments assignments, std::span<const std::uint32_t> hashes = {})
+      : slate_(slate), assignments_(assignments), hashes_(hashes) {}
 
   bool FindItem(std::uint32_t index, std::string_view name, ItemValue* item) override;
   void ForEachItem(const std::function<void(std::string_view, const ItemValue&)>& take) override;
@@ -40,6 +42,7 @@ class SlateSource : public Source {
 
   Slate& slate_;
   Assignments assignments_;
+  std::span<const std::uint32_t> hashes_;
   std::vector<Assigned> assigned_;
   std::optional<DocumentFacts> document_;
   std::optional<DatabaseFacts> database_;

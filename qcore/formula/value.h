@@ -16,7 +16,7 @@
 
 namespace qcore::formula {
 
-enum class Type : std::uint8_t { kText, kNumber, kTime, kError, kRemoval };
+enum class Type : std::uint32_t { kText, kNumber, kTime, kError, kRemoval };
 
 struct TextRef {
   const char* data = "";
@@ -44,9 +44,19 @@ struct Value {
     const TextRef* text_list;
     const double* number_list;
     const Moment* moment_list;
+    std::uint64_t words[2];
   };
 
   Value() : text() {}
+  // Member by member, in the widths in which they are written: a wider read would wait for the writes.
+  Value(const Value& other) : type(other.type), count(other.count), words{other.words[0], other.words[1]} {}
+  Value& operator=(const Value& other) {
+    type = other.type;
+    count = other.count;
+    words[0] = other.words[0];
+    words[1] = other.words[1];
+    return *this;
+  }
   static Value Number(double number) {
     Value value(Type::kNumber);
     value.number = number;
@@ -104,7 +114,7 @@ struct Value {
   const Moment* moments() const { return count == 1 ? &moment : moment_list; }
 
  private:
-  explicit Value(Type of, std::uint32_t entries = 1) : type(of), count(entries), moment() {}
+  explicit Value(Type of, std::uint32_t entries = 1) : type(of), count(entries), words{0, 0} {}
 };
 
 // Memory of one evaluation, taken back as a whole. Throws LimitReached at its limit and std::bad_alloc.

@@ -36,8 +36,7 @@ ENGSTATUS Slate::SlotOf(BLOCKID item, Slot* slot) const {
   return ENG_OK;
 }
 
-ENGSTATUS Slate::Search(std::size_t first, std::string_view name, Slot* slot) const {
-  const std::uint32_t hash = FoldedHash(name);
+ENGSTATUS Slate::Search(std::size_t first, std::uint32_t hash, std::string_view name, Slot* slot) const {
   if ((names_there_ & NameBit(hash)) == 0) return ENG_ERR_NO_ITEM;
   for (std::size_t i = first; i < order_.size(); ++i) {
     const ItemName& present = *items_[order_[i]].name;
@@ -48,12 +47,12 @@ ENGSTATUS Slate::Search(std::size_t first, std::string_view name, Slot* slot) co
   return ENG_ERR_NO_ITEM;
 }
 
-ENGSTATUS Slate::FindItem(std::string_view name, Slot* slot) const { return Search(0, name, slot); }
+ENGSTATUS Slate::FindItem(std::string_view name, Slot* slot) const { return Search(0, FoldedHash(name), name, slot); }
 
 ENGSTATUS Slate::FindNextItem(Slot previous, std::string_view name, Slot* slot) const {
   const auto place = std::find(order_.begin(), order_.end(), previous);
   if (place == order_.end()) return ENG_ERR_NO_ITEM;
-  return Search(static_cast<std::size_t>(place - order_.begin()) + 1, name, slot);
+  return Search(static_cast<std::size_t>(place - order_.begin()) + 1, FoldedHash(name), name, slot);
 }
 
 ENGSTATUS Slate::ItemAt(std::uint32_t index, Slot* slot) const {
@@ -68,6 +67,13 @@ ENGSTATUS Slate::GetValue(Slot slot, Value* value) {
   Item& item = items_[slot];
   const ENGSTATUS status = Materialise(item);
   if (status == ENG_OK) *value = {{item.pool, item.offset}, item.size, item.type};
+  return status;
+}
+
+ENGSTATUS Slate::GetBytes(Slot slot, Bytes* bytes) {
+  Item& item = items_[slot];
+  const ENGSTATUS status = Materialise(item);
+  if (status == ENG_OK) *bytes = BytesOf(item);
   return status;
 }
 

@@ -67,6 +67,10 @@ class Slate final : public OpenSlate {
   BLOCKID IdOf(Slot slot) const { return {handle_, slot}; }
   // ENG_ERR_NO_ITEM.
   [[nodiscard]] ENGSTATUS FindItem(std::string_view name, Slot* slot) const;
+  // With the name's FoldedHash at hand.
+  [[nodiscard]] ENGSTATUS FindHashed(std::uint32_t hash, std::string_view name, Slot* slot) const {
+    return Search(0, hash, name, slot);
+  }
   [[nodiscard]] ENGSTATUS FindNextItem(Slot previous, std::string_view name, Slot* slot) const;
   std::uint32_t ItemCount() const { return static_cast<std::uint32_t>(order_.size()); }
   [[nodiscard]] ENGSTATUS ItemAt(std::uint32_t index, Slot* slot) const;
@@ -78,6 +82,8 @@ class Slate final : public OpenSlate {
   BLOCKID PlaceOf(Slot slot) const { return {items_[slot].pool, items_[slot].offset}; }
   // Reads a value that stands aside.
   [[nodiscard]] ENGSTATUS GetValue(Slot slot, Value* value);
+  // The value's bytes, the type word first; good until the slate changes.
+  [[nodiscard]] ENGSTATUS GetBytes(Slot slot, Bytes* bytes);
   TIMEDATE ModifiedOf(Slot slot) const;
 
   [[nodiscard]] ENGSTATUS Append(std::uint16_t flags, std::string_view name, std::uint16_t type, Bytes data,
@@ -152,7 +158,7 @@ class Slate final : public OpenSlate {
   [[nodiscard]] ENGSTATUS TakeSlot(Slot* slot);
   [[nodiscard]] ENGSTATUS AddItem(std::uint16_t flags, std::string_view name, const NewValue& value, Slot* slot);
   [[nodiscard]] ENGSTATUS MoveToOwnBlock(Item& item, Bytes bytes, std::uint32_t size);
-  [[nodiscard]] ENGSTATUS Search(std::size_t first, std::string_view name, Slot* slot) const;
+  [[nodiscard]] ENGSTATUS Search(std::size_t first, std::uint32_t hash, std::string_view name, Slot* slot) const;
   [[nodiscard]] ENGSTATUS CopyItem(const Slate& from, const Item& source);
   static std::uint64_t NameBit(std::uint32_t hash) { return std::uint64_t{1} << (hash & 63); }
   bool IsLocked(const Item& item) const;
