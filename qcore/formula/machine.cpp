@@ -394,6 +394,9 @@ Value Machine::RunSection(Source& source, std::size_t section_index) {
       case Run::kCompareConstant:
         top[-1] = Binary(static_cast<Op>(at->a), top[-1], constants[at->b]);
         break;
+      case Run::kNameCompare:
+        *top++ = Binary(static_cast<Op>(at->a), Read(at->b), constants[at->c]);
+        break;
       case Run::kAddMany:
         top -= at->a;
         *top = AddMany({top, at->a});

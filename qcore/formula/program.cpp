@@ -21,7 +21,7 @@ class Lowering final : public Visitor {
     const bool temp = std::ranges::find(set_, slot) != set_.end();
     if (!temp) Reads(slot);
     Put({temp ? Run::kTemp : Run::kName, 0, slot});
-    Push();
+    Push({kNone, kNone, false, true});
   }
 
   void OnUnary(Op op, bool) override {
@@ -44,7 +44,7 @@ class Lowering final : public Visitor {
       code().resize(code().size() - 2);
       return PushConstant(Joined(left.constant, right.constant));
     }
-    if (op >= Op::kEqual && op <= Op::kGreaterEqual) return Comparison(op, right.constant);
+    if (op >= Op::kEqual && op <= Op::kGreaterEqual) return Comparison(op, left.name, right.constant);
     if (op == Op::kAdd) return Addition(left.sum);
     const bool arithmetic = op >= Op::kMultiply && op <= Op::kSubtract;
     Push({kNone, kNone, op >= Op::kEachEqual});
@@ -123,6 +123,7 @@ class Lowering final : public Visitor {
     std::uint32_t constant;  // which one it is; never one that a jump leads behind
     std::uint32_t sum;       // the kArithmetic or kAddMany that adds it up
     bool truth;              // 0, 1 or an error
+    bool name = false;       // a name by itself
   };
   // An operation with blocks whose end is not known yet.
   struct Pending {
@@ -214,12 +215,19 @@ class Lowering final : public Visitor {
     return left_index;
   }
 
-  void Comparison(Op op, std::uint32_t right) {
+  void Comparison(Op op, bool named, std::uint32_t right) {
     Push({kNone, kNone, true});
     if (right == kNone) {
       Put({Run::kCompare, static_cast<std::uint16_t>(op)});
+      return;
+    }
+    // An item against a constant, as selections have it, is one instruction.
+    code().pop_back();
+    Instruction& left = code().back();
+    if (named && left.run == Run::kName) {
+      left = {Run::kNameCompare, static_cast<std::uint16_t>(op), left.b, right};
     } else {
-      code().back() = {Run::kCompareConstant, static_cast<std::uint16_t>(op), right};
+      Put({Run::kCompareConstant, static_cast<std::uint16_t>(op), right});
     }
   }
   // A sum grows by an operand that is one instruction.

@@ -22,6 +22,7 @@ enum class Run : std::uint8_t {
   kArithmetic,       // a Op, kMultiply to kSubtract
   kCompare,          // a Op, kEqual to kGreaterEqual
   kCompareConstant,  // as kCompare, the right one being constant b
+  kNameCompare,      // a Op, slot b against constant c
   kAddMany,          // the sum of a values, from the left
   kAnd,              // a false or failing top ends at b
   kOr,               // a true or failing top ends at b
