@@ -125,8 +125,8 @@ void RowPlanner::Plan(const Document& document, std::vector<PlannedRow>* rows) c
   if (rows->size() < 2) return;
   const auto key = [](const PlannedRow& row) -> const std::string& { return row.row.key; };
   std::ranges::stable_sort(*rows, {}, key);
-  const auto doubles = std::ranges::unique(*rows, {}, key);
-  rows->erase(doubles.begin(), doubles.end());
+  const auto same = [&](const PlannedRow& a, const PlannedRow& b) { return key(a) == key(b); };
+  rows->erase(std::unique(rows->begin(), rows->end(), same), rows->end());
 }
 
 std::string RowPlanner::ResponsePart(const Document& document) const {

@@ -77,6 +77,17 @@ VQSTATUS VQViewFolder::ChangeArray(Change change, const VQSlateArray& documents)
   return status == VQ_OK ? ChangeMany(change, documents.GetDatabase(), documents.GetIDTable()) : vq::Apply(status);
 }
 
+// The documents that a view or navigator shows.
+template <typename Source>
+VQSTATUS VQViewFolder::ChangeFrom(Change change, Source source) {
+  VQSTATUS status = CheckFolder();
+  if (status == VQ_OK && source.IsNull() != 0) status = VQERR_UNINITIALIZED_ARGUMENT;
+  if (status != VQ_OK) return vq::Apply(status);
+  void* table = nullptr;
+  status = source.GetIDTable(&table);
+  return status == VQ_OK ? ChangeMany(change, source.GetEntryDatabase(), vq::ToHandle(table)) : status;
+}
+
 VQSTATUS VQViewFolder::ChangeTable(Change change, void* idtable) {
   const VQSTATUS status = CheckFolder();
   return vq::Apply(status == VQ_OK ? ChangeFolder(change, vq::ToHandle(idtable)) : status);
@@ -85,6 +96,8 @@ VQSTATUS VQViewFolder::ChangeTable(Change change, void* idtable) {
 VQSTATUS VQViewFolder::FolderAddDocument(const VQSlate& document) { return ChangeSlate(Change::Add, document); }
 VQSTATUS VQViewFolder::FolderAddDocument(unsigned long id) { return ChangeOne(Change::Add, id); }
 VQSTATUS VQViewFolder::FolderAddDocuments(const VQSlateArray& documents) { return ChangeArray(Change::Add, documents); }
+VQSTATUS VQViewFolder::FolderAddDocuments(const VQViewFolder& source) { return ChangeFrom(Change::Add, source); }
+VQSTATUS VQViewFolder::FolderAddDocuments(const VQVFNavigator& source) { return ChangeFrom(Change::Add, source); }
 VQSTATUS VQViewFolder::FolderAddDocuments(void* idtable) { return ChangeTable(Change::Add, idtable); }
 
 VQSTATUS VQViewFolder::FolderRemoveDocument(const VQSlate& document) { return ChangeSlate(Change::Remove, document); }
@@ -92,6 +105,8 @@ VQSTATUS VQViewFolder::FolderRemoveDocument(unsigned long id) { return ChangeOne
 VQSTATUS VQViewFolder::FolderRemoveDocuments(const VQSlateArray& documents) {
   return ChangeArray(Change::Remove, documents);
 }
+VQSTATUS VQViewFolder::FolderRemoveDocuments(const VQViewFolder& source) { return ChangeFrom(Change::Remove, source); }
+VQSTATUS VQViewFolder::FolderRemoveDocuments(const VQVFNavigator& source) { return ChangeFrom(Change::Remove, source); }
 VQSTATUS VQViewFolder::FolderRemoveDocuments(void* idtable) { return ChangeTable(Change::Remove, idtable); }
 
 VQSTATUS VQViewFolder::FolderRemoveAllDocuments() {
