@@ -34,14 +34,15 @@ bench:
 	@cmake --build --preset bench
 	@set -e; for program in build/bench/bin/*_bench; do $$program --benchmark_counters_tabular=true; done
 
-# Each target for FUZZ_SECONDS, with its corpus under build/fuzz/corpus.
+# Each target for FUZZ_SECONDS, with its corpus under build/fuzz/corpus and its seeds.
 fuzz:
 	@scripts/setup.sh build fuzz
 	@cmake --preset fuzz --log-level=WARNING
 	@cmake --build --preset fuzz
 	@set -e; for target in build/fuzz/bin/fuzz_*; do \
 	  corpus=build/fuzz/corpus/$${target##*/}; mkdir -p $$corpus; \
-	  $$target -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 $$corpus; done
+	  seeds=fuzz/seeds/$${target##*/fuzz_}; [ -d $$seeds ] || seeds=; \
+	  $$target -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 $$corpus $$seeds; done
 
 format:
 	@scripts/setup.sh check
