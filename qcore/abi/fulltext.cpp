@@ -6,6 +6,7 @@
 #include "qcore/fulltext/index.h"
 #include "qcore/fulltext/search.h"
 #include "qcore/idtables/idtable.h"
+#include "qcore/index/collection.h"
 #include "qcore/memory/memory.h"
 #include "qcore/store/wire.h"
 
@@ -13,6 +14,7 @@ using qcore::TextHit;
 using qcore::TextSearch;
 using qcore::abi::Guard;
 using qcore::abi::WithStore;
+using qcore::index::Collection;
 
 namespace {
 
@@ -43,6 +45,17 @@ ENGSTATUS MakeBuffer(const Hits& hits, bool scores, ENGHANDLE* result) {
   }
   for (std::size_t i = 0; scores && i < hits.size(); ++i) at[i] = hits[i].score;
   return ENG_OK;
+}
+
+// Without an order of its own a search over rows goes by theirs.
+ENGSTATUS GiveHits(Collection& rows, uint32_t options, Hits* found) {
+  std::vector<qcore::index::Hit> hits;
+  for (const TextHit& hit : *found) hits.push_back({hit.id, hit.score});
+  ENGSTATUS status = ENG_OK;
+  if ((options & (ENG_FT_SCORES | ENG_FT_BY_DATE)) == 0) status = rows.SortAsRows(&hits);
+  if (status != ENG_OK) return status;
+  for (std::size_t i = 0; i < hits.size(); ++i) (*found)[i] = {hits[i].id, static_cast<uint8_t>(hits[i].score)};
+  return (options & ENG_FT_COLLECTION) != 0 ? rows.SetHits(std::move(hits)) : status;
 }
 
 }  // namespace
@@ -92,10 +105,17 @@ ENGSTATUS EngFtSearch(ENGHANDLE db, ENGHANDLE* search, ENGHANDLE collection, con
   *result = 0;
   return WithStore(db, [&](const auto& database) -> ENGSTATUS {
     const TextSearch* open = TextSearch::Find(*search);
-    if (!open || collection != 0) return ENG_ERR_INVALID_HANDLE;
+    auto* rows = collection == 0 ? nullptr : Collection::Find(collection);
+    if (!open || (collection != 0 && !rows)) return ENG_ERR_INVALID_HANDLE;
+    std::vector<uint32_t> documents;
+    ENGSTATUS status = rows ? rows->Documents(&documents) : ENGSTATUS{ENG_OK};
+    if (status != ENG_OK) return status;
+    qcore::TextFilter keep;
+    if (rows) keep = [&documents](uint32_t id) { return std::ranges::binary_search(documents, id); };
     Hits found;
-    ENGSTATUS status = qcore::SearchText(*database, open->names(), reinterpret_cast<const char*>(query), options, limit,
-                                         table, nullptr, &found);
+    status = qcore::SearchText(*database, open->names(), reinterpret_cast<const char*>(query), options, limit, table,
+                               keep, &found);
+    if (status == ENG_OK && rows) status = GiveHits(*rows, options, &found);
     if (status == ENG_OK && found.empty()) status = ENG_ERR_NO_HITS;
     if (status != ENG_OK) return status;
     const bool scores = (options & ENG_FT_SCORES) != 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "qcore/folders/unread.h"
 #include "qcore/idtables/idtable.h"
 #include "qcore/index/find.h"
 #include "qcore/index/rowbuffer.h"
@@ -238,6 +239,14 @@ ENGSTATUS Collection::GetChanges(std::uint64_t* since, std::vector<COLLECTIONCHA
     }
     return ENGSTATUS{ENG_OK};
   });
+}
+
+ENGSTATUS Collection::Update() {
+  const ENGSTATUS status = index_->Update();
+  if (status != ENG_OK || unread_ == 0) return status;
+  bool changed = false;
+  const ENGSTATUS refreshed = RefreshUnread(*entries_, unread_, &changed);
+  return refreshed == ENG_ERR_MEMORY_LOCKED ? ENGSTATUS{ENG_OK} : refreshed;
 }
 
 ENGSTATUS Collection::SetHits(std::vector<Hit> hits) {

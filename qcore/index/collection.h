@@ -28,7 +28,8 @@ class Collection final : public OpenSlate {
   Collection& operator=(const Collection&) = delete;
   ~Collection();
 
-  [[nodiscard]] ENGSTATUS Update() { return index_->Update(); }
+  // The unread table too, unless it is locked.
+  [[nodiscard]] ENGSTATUS Update();
   [[nodiscard]] ENGSTATUS SetCollation(std::uint16_t number);
 
   struct ReadRequest {
