@@ -1,5 +1,6 @@
 // Databases: opening, properties, lists, special slates, design elements, transactions.
 #include <fstream>
+#include <functional>
 
 #include "engine/engine.h"
 #include "tests/vq/support/store_fixture.h"
@@ -280,6 +281,27 @@ TEST_F(Databases, FormNames) {
   ASSERT_EQ(document.GetFormSlate(&name), VQ_OK);
   EXPECT_EQ(TextOf(name), "Memo");
   EXPECT_EQ(document.GetCategories().GetCount(), 0U);
+}
+
+// With the switch off no argument makes an operation with a status throw.
+TEST_F(Databases, ATextOfAClosedSlateIsAStatus) {
+  VQDocument document = NewDocument("x");
+  VQDocument other = NewDocument("gone");
+  VQText gone;
+  ASSERT_EQ(other.GetItem("Subject", &gone), VQ_OK);
+  ASSERT_EQ(other.Close(), VQ_OK);
+  const std::pair<const char*, std::function<VQSTATUS()>> rows[] = {
+      {"form", [&] { return document.SetFormSlate(gone); }},
+      {"categories", [&] { return Db.SetDatabaseCatalogCategories(gone); }},
+      {"keys", [&] { return document.Encrypt(gone); }},
+      {"keys of a copy", [&] { return Db.CreateEncryptedSlate(document, gone, &other); }},
+      {"copy", [&] { return document.CreateItem("Copy", gone); }},
+  };
+  for (const auto& [what, operation] : rows) {
+    SCOPED_TRACE(what);
+    EXPECT_EQ(vqtest::ReturnedStatusOf(operation), VQERR_ITEM_UNINITIALIZED);
+  }
+  EXPECT_EQ(document.GetItemCount(), 1U);
 }
 
 struct LetterRow {

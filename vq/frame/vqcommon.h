@@ -147,6 +147,16 @@ inline void ThrowIfError(VQSTATUS status) {
   if (VQIsError(status)) Throw(status);
 }
 
+// What an operation gives or throws, for operations with a status that read by ones without.
+template <class Operation>
+[[nodiscard]] VQSTATUS Caught(Operation&& operation) {
+  try {
+    return operation();
+  } catch (VQSTATUS status) {
+    return status;
+  }
+}
+
 // Engine results are narrowed here and nowhere else.
 constexpr VQSTATUS FromEngine(ENGSTATUS result) { return result; }
 constexpr unsigned EngineError(VQSTATUS status) { return static_cast<unsigned>(status & 0x3FFF); }

@@ -7,6 +7,7 @@
 #include "vq/store/storetext.h"
 #include "vq/store/vqdoc.h"
 #include "vq/store/vqidtab.h"
+#include "vq/values/entrycount.h"
 #include "vq/values/vqdtime.h"
 #include "vq/values/vqtext.h"
 
@@ -306,8 +307,10 @@ VQSTATUS VQDatabase::CreateEncryptedSlate(VQSlate& source, const VQString& key, 
 
 VQSTATUS VQDatabase::CreateEncryptedSlate(VQSlate& source, const VQText& keys, VQSlate* target) {
   if (target == nullptr) return vq::Apply(VQERR_NULL_POINTER);
-  if (keys.GetCount() == 0) return vq::Apply(VQERR_NULL_STRING);
-  VQSTATUS status = CopyInto(source, 0, target);
+  unsigned long count = 0;
+  VQSTATUS status = vq::CountEntries(keys.GetItemBody(), &count);
+  if (status == VQ_OK && count == 0) status = VQERR_NULL_STRING;
+  if (status == VQ_OK) status = CopyInto(source, 0, target);
   if (status == VQ_OK) status = FinishEncrypted(target->EncryptCopy(keys), target);
   return vq::Apply(status);
 }

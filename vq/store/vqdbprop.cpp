@@ -160,12 +160,9 @@ VQText VQDatabase::GetDatabaseCatalogCategories() const {
 }
 
 VQSTATUS VQDatabase::SetDatabaseCatalogCategories(const VQText& categories) {
-  std::string joined;
-  for (unsigned long i = 0; i < categories.GetCount(); ++i) {
-    if (i != 0) joined.push_back(',');
-    joined += vq::ViewOf(VQString(categories[i]));
-  }
-  return SetInfoText(ENG_INFO_CATEGORIES, vq::StringOf(joined));
+  VQString joined;
+  const VQSTATUS status = vq::Caught([&] { return categories.GetText(&joined, vq::StringOf(",")); });
+  return status == VQ_OK ? SetInfoText(ENG_INFO_CATEGORIES, joined) : vq::Apply(status);
 }
 
 VQString VQDatabase::GetOwnerName() const { return vq::StringOf(RequireOpen()->GetOwnerName()); }

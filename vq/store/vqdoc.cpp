@@ -11,6 +11,7 @@
 #include "vq/store/makers.h"
 #include "vq/store/storetext.h"
 #include "vq/store/vqidtab.h"
+#include "vq/values/entrycount.h"
 #include "vq/values/vqtext.h"
 
 namespace {
@@ -186,7 +187,9 @@ VQSTATUS VQDocument::SetFormSlate(const VQString& name) const {
 VQSTATUS VQDocument::SetFormSlate(const VQText& name) const {
   VQDocumentBody* body = nullptr;
   VQSTATUS status = CheckDocument(&body);
-  if (status == VQ_OK && name.GetCount() == 0) status = VQERR_NULL_POINTER;
+  unsigned long entries = 0;
+  if (status == VQ_OK) status = vq::CountEntries(name.GetItemBody(), &entries);
+  if (status == VQ_OK && entries == 0) status = VQERR_NULL_POINTER;
   if (status != VQ_OK) return vq::Apply(status);
   return vq::Apply(body->CreateCopy("Form", name.GetItemBody(), VQITEMFLAGS_SUMMARY, VQITEMOPTION_REPLACE, nullptr));
 }

@@ -117,12 +117,15 @@ VQSTATUS VQSlate::Encrypt(VQENCRYPTOPTION option) {
 }
 
 VQSTATUS VQSlate::EncryptWith(VQSlateBody* body, const VQText& keys) {
-  if (keys.GetCount() == 0) return VQERR_NULL_STRING;
-  for (unsigned long i = 0; i < keys.GetCount(); ++i) {
-    if (VQString(keys[i]).IsNull()) return VQERR_NULL_STRING;
-  }
-  const VQSTATUS status =
-      body->CreateCopy(kKeysItem, keys.GetItemBody(), VQITEMFLAGS_SUMMARY, VQITEMOPTION_REPLACE, nullptr);
+  VQSTATUS status = vq::Caught([&]() -> VQSTATUS {
+    const unsigned long count = keys.GetCount();
+    for (unsigned long i = 0; i < count; ++i) {
+      if (VQString(keys[i]).IsNull()) return VQERR_NULL_STRING;
+    }
+    return count != 0 ? VQ_OK : VQERR_NULL_STRING;
+  });
+  if (status != VQ_OK) return status;
+  status = body->CreateCopy(kKeysItem, keys.GetItemBody(), VQITEMFLAGS_SUMMARY, VQITEMOPTION_REPLACE, nullptr);
   return status == VQ_OK ? EncryptWith(body, VQENCRYPTOPTION_SECRET_KEYS) : status;
 }
 
