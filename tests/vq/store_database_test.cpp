@@ -290,12 +290,17 @@ TEST_F(Databases, ATextOfAClosedSlateIsAStatus) {
   VQText gone;
   ASSERT_EQ(other.GetItem("Subject", &gone), VQ_OK);
   ASSERT_EQ(other.Close(), VQ_OK);
+  VQText deleted;
+  SetText(document, "Short", "s");
+  ASSERT_EQ(document.GetItem("Short", &deleted), VQ_OK);
+  ASSERT_EQ(document.DeleteItem("Short"), VQ_OK);
   const std::pair<const char*, std::function<VQSTATUS()>> rows[] = {
       {"form", [&] { return document.SetFormSlate(gone); }},
       {"categories", [&] { return Db.SetDatabaseCatalogCategories(gone); }},
       {"keys", [&] { return document.Encrypt(gone); }},
       {"keys of a copy", [&] { return Db.CreateEncryptedSlate(document, gone, &other); }},
       {"copy", [&] { return document.CreateItem("Copy", gone); }},
+      {"copy of a deleted item", [&] { return document.CreateItem(deleted); }},
   };
   for (const auto& [what, operation] : rows) {
     SCOPED_TRACE(what);

@@ -171,7 +171,7 @@ VQSTATUS VQItemBody::CheckRange(unsigned long offset, unsigned long size) const 
 
 // Spelling and flags are asked for only when somebody wants them.
 void VQItemBody::QueryItem() const {
-  if (QueryDone || Slate == nullptr || !Slate->IsOpen()) return;
+  if (QueryDone || (State & kDeleted) != 0 || Slate == nullptr || !Slate->IsOpen()) return;
   std::string name(Name.size(), '\0');
   std::uint16_t length = 0;
   const ENGSTATUS result =

@@ -134,9 +134,12 @@ VQSTATUS VQSlateBody::GatherMore(VQItemBody* item) {
   if (!IsComposite(item->GetType())) return VQ_OK;
   auto* composite = dynamic_cast<VQCompositeItemBody*>(item);
   if (composite == nullptr) return VQ_OK;
-  const std::string name(item->GetNameText());
+  std::string name;
   vq::ItemPlace place;
-  VQSTATUS status = NextPlaceOf(name, item->GetItemBlock(), &place);
+  VQSTATUS status = vq::Caught([&] {
+    name = item->GetNameText();
+    return NextPlaceOf(name, item->GetItemBlock(), &place);
+  });
   while (status == VQ_OK) {
     if (IsComposite(place.Type)) status = composite->AddBlockID(place.Item, place.Value, place.Size);
     const BLOCKID previous = place.Item;
@@ -356,7 +359,8 @@ VQSTATUS VQSlateBody::ForEachItem(VQSTATUS (VQSlateBody::*step)(VQItemBody*)) {
   for (VQElement* e = Items.GetFirstElement(); e != nullptr;) {
     VQElement* next = e->Next;
     if (e->Object != nullptr) {
-      const VQSTATUS status = (this->*step)(static_cast<VQItemBody*>(e->Object));
+      auto* item = static_cast<VQItemBody*>(e->Object);
+      const VQSTATUS status = vq::Caught([&] { return (this->*step)(item); });
       if (VQIsError(status)) return status;
     }
     e = next;
@@ -394,7 +398,7 @@ VQSTATUS VQSlateBody::RereadOne(VQItemBody* item) {
 VQSTATUS VQSlateBody::FlushItems() {
   const VQSTATUS status = ForEachItem(&VQSlateBody::FlushOne);
   if (status != VQ_OK || FontTable == nullptr || !FontTable->IsDirty()) return status;
-  return FontTable->Flush();
+  return vq::Caught([&] { return FontTable->Flush(); });
 }
 
 VQSTATUS VQSlateBody::PrepareItems() { return ForEachItem(&VQSlateBody::PrepareOne); }

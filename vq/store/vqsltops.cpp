@@ -174,7 +174,7 @@ VQSTATUS VQSlate::GetItem(const VQString& name, VQItem* item) const {
   VQSTATUS status = CheckOpen(&body);
   if (status == VQ_OK && item == nullptr) status = VQERR_NULL_POINTER;
   VQItemBody* found = nullptr;
-  if (status == VQ_OK) status = body->FindItem(vq::ViewOf(name), &found);
+  if (status == VQ_OK) status = vq::Caught([&] { return body->FindItem(vq::ViewOf(name), &found); });
   return vq::Apply(status == VQ_OK ? HandOut(body, found, item) : status);
 }
 
@@ -197,7 +197,7 @@ VQSTATUS VQSlate::CreateItem(const VQString& name, unsigned long type, const voi
     return vq::Apply(VQERR_INCORRECT_ITEM_TYPE);
   }
   vq::ItemPlace place;
-  status = body->CreateItem(text, word, data, size, flags, option, &place);
+  status = vq::Caught([&] { return body->CreateItem(text, word, data, size, flags, option, &place); });
   return vq::Apply(status == VQ_OK ? HandOutPlace(body, text, place, item) : status);
 }
 
@@ -205,13 +205,13 @@ VQSTATUS VQSlate::HandOutPlace(VQSlateBody* body, std::string_view name, const v
                                VQItem* item) const {
   if (item == nullptr) return VQ_OK;
   VQItemBody* found = nullptr;
-  const VQSTATUS status = body->BodyFor(name, place, &found);
+  const VQSTATUS status = vq::Caught([&] { return body->BodyFor(name, place, &found); });
   return status == VQ_OK ? HandOut(body, found, item) : status;
 }
 
 VQSTATUS VQSlate::CreateItem(const VQItem& source, VQITEMOPTION option, VQItem* item) {
   if (source.IsNull()) return vq::Apply(VQERR_UNINITIALIZED_ARGUMENT);
-  return CreateItem(source.GetName(), source, source.GetFlags(), option, item);
+  return vq::Apply(vq::Caught([&] { return CreateItem(source.GetName(), source, source.GetFlags(), option, item); }));
 }
 
 VQSTATUS VQSlate::CreateItem(const VQString& name, const VQItem& source, unsigned short flags, VQITEMOPTION option,
@@ -227,7 +227,7 @@ VQSTATUS VQSlate::CreateItem(const VQString& name, const VQItem& source, unsigne
   }
   const VQItem hold(source);
   vq::ItemPlace place;
-  status = body->CreateCopy(text, from, flags, option, &place);
+  status = vq::Caught([&] { return body->CreateCopy(text, from, flags, option, &place); });
   return vq::Apply(status == VQ_OK ? HandOutPlace(body, text, place, item) : status);
 }
 
@@ -280,7 +280,8 @@ VQSTATUS VQSlate::DeleteAllItems() {
 VQSTATUS VQSlate::RenameItem(const VQString& name, const VQString& new_name) {
   VQSlateBody* body = nullptr;
   const VQSTATUS status = CheckOpen(&body);
-  return vq::Apply(status == VQ_OK ? body->RenameItems(vq::ViewOf(name), vq::ViewOf(new_name)) : status);
+  if (status != VQ_OK) return vq::Apply(status);
+  return vq::Apply(vq::Caught([&] { return body->RenameItems(vq::ViewOf(name), vq::ViewOf(new_name)); }));
 }
 
 VQSTATUS VQSlate::RenameItem(VQItem& item, const VQString& new_name) {
@@ -289,7 +290,7 @@ VQSTATUS VQSlate::RenameItem(VQItem& item, const VQString& new_name) {
   if (status == VQ_OK && item.IsNull()) status = VQERR_UNINITIALIZED_ARGUMENT;
   if (status == VQ_OK && item.GetItemBody()->GetSlateBody() != body) status = VQERR_NOT_IN_SLATE;
   if (status != VQ_OK) return vq::Apply(status);
-  return vq::Apply(body->RenameOneItem(item.GetItemBody(), vq::ViewOf(new_name)));
+  return vq::Apply(vq::Caught([&] { return body->RenameOneItem(item.GetItemBody(), vq::ViewOf(new_name)); }));
 }
 
 VQSTATUS VQSlate::RefreshSlateHandleFromObject() {
