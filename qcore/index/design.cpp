@@ -16,6 +16,9 @@ constexpr std::uint16_t kClassView = 0x0008;
 constexpr std::uint16_t kTypeViewFormat = 5;
 constexpr std::uint16_t kTypeCollation = 2;
 constexpr std::uint16_t kTypeFormula = 0x0600;
+constexpr std::uint16_t kTypeText = 0x0500;
+constexpr std::uint16_t kTypeTextList = 0x0501;
+constexpr std::size_t kWord = 2;
 constexpr std::size_t kTypeSize = 2;
 constexpr std::size_t kMostCollations = 64;  // besides the first
 
@@ -169,6 +172,16 @@ class DesignItems {
   std::uint64_t sum_ = 1;
 };
 
+std::size_t WordAt(Bytes data, std::size_t place) { return data[place] | std::size_t{data[place + 1]} << 8; }
+
+// Of a text list: its count, the length of each entry, then the entries.
+Bytes FirstEntry(Bytes list) {
+  if (list.size() < 2 * kWord || WordAt(list, 0) == 0) return {};
+  const std::size_t head = kWord * (1 + WordAt(list, 0));
+  const Bytes texts = list.subspan(std::min(head, list.size()));
+  return texts.first(std::min(WordAt(list, kWord), texts.size()));
+}
+
 bool Behind(Bytes value, Bytes* data) {
   if (value.size() < kTypeSize) return false;
   *data = value.subspan(kTypeSize);
@@ -199,9 +212,13 @@ ENGSTATUS ReadDesign(const std::shared_ptr<Database>& database, std::uint32_t vi
                 : design->collations.emplace_back(std::move(collation));
   }
   if (Behind(items.Value("$Formula", kTypeFormula), &data)) design->selection.assign(data.begin(), data.end());
-  const Bytes flags = items.Value("$Flags", 0x0500);
-  design->folder =
-      std::find(flags.begin() + std::min<std::size_t>(kTypeSize, flags.size()), flags.end(), 'F') != flags.end();
+  Bytes letters;
+  if (Behind(items.Value("$Flags", kTypeTextList), &data)) {
+    letters = FirstEntry(data);
+  } else if (Behind(items.Value("$Flags", kTypeText), &data)) {
+    letters = data;
+  }
+  design->folder = std::find(letters.begin(), letters.end(), 'F') != letters.end();
   design->sum = items.sum();
   return ENG_OK;
 }
