@@ -91,9 +91,16 @@ TEST_P(Times, FailedChangesLeaveTheValue) {
                                             [&] { return value.SetMonth(2); },
                                             [&] { return VQDatetime().SetDate(1, 1, 50000); },
                                             [&] { return value.SetTime(24, 0, 0, 0); },
+                                            [&] { return value.SetDay(32); },
+                                            [&] { return value.SetHour(24); },
+                                            [&] { return value.SetHundredth(100); },
+                                            [&] { return value.SetTime(1UL << 40, 0, 0, 0); },
                                             [&] { return value.SetSecond(60); }};
   for (const auto& run : rows) EXPECT_EQ(StatusOf(run), VQERR_INVALID_PARAMETER);
   EXPECT_EQ(ReturnedStatusOf([&] { return value.AdjustDate(0, 1L << 40, 0); }), VQERR_CANT_ADJUST_DATETIME);
+  EXPECT_EQ(ReturnedStatusOf([&] { return value.AdjustTime(1L << 40, 0, 0, 0); }), VQERR_CANT_ADJUST_DATETIME);
+  EXPECT_EQ(StatusOf([&] { return Clock(1, 2).SetYear(2000); }), VQERR_SPECIAL_DATETIME);
+  EXPECT_EQ(StatusOf([&] { return Date(1, 2, 2000).SetHour(3); }), VQERR_SPECIAL_DATETIME);
   EXPECT_EQ(ReturnedStatusOf([&] { return value.SetDatetime(nullptr); }), VQERR_ASSERTION_FAILED);
   EXPECT_EQ(value.GetDay(), 31u);
   EXPECT_EQ(value.GetHour(), 10u);
