@@ -95,8 +95,8 @@ class VQ_API VQSlateArray : public VQSmartPtr {
   VQSlateArray();
   // An empty array of an open database; a closed one throws VQERR_UNINITIALIZED_ARGUMENT.
   explicit VQSlateArray(const VQDatabase& database);
-  // The documents of the entries, in a set of the array's own. Throws VQERR_UNINITIALIZED_ARGUMENT for a null source, or
-  // the status that says why entries can't be read.
+  // The documents of the entries, in a set of the array's own. Throws VQERR_UNINITIALIZED_ARGUMENT for a null source,
+  // or the status that says why entries can't be read.
   explicit VQSlateArray(const VQViewFolder& view);
   explicit VQSlateArray(const VQVFNavigator& navigator);
   VQSlateArray(const VQSlateArray& other);
