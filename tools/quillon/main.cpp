@@ -45,6 +45,7 @@ int Run(int argc, char** argv, tool::Options& options) {
   tool::AddShowCommand(app, options, &result);
   tool::AddReplaceCommand(app, options, &result);
   tool::AddDiffCommand(app, options, &result);
+  tool::AddViewCommands(app, options, &result);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

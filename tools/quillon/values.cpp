@@ -155,20 +155,6 @@ void WriteEntry(JsonWriter& json, const Entry& entry) {
   json.EndArray();
 }
 
-StoredItem ReadItem(const VQItem& item) {
-  StoredItem stored;
-  stored.name = ToText(item.GetName());
-  stored.type = static_cast<std::uint16_t>(item.GetType());
-  stored.flags = item.GetFlags();
-  const unsigned long size = item.GetValueSize();
-  stored.value.resize(size);
-  if (size < 2) return stored;
-  stored.value[0] = static_cast<unsigned char>(stored.type & 0xFF);
-  stored.value[1] = static_cast<unsigned char>(stored.type >> 8);
-  vq::ThrowIfError(item.Read(0, size - 2, stored.value.data() + 2));
-  return stored;
-}
-
 // A long rich text stands in further items of the name behind the first, which has their places.
 void AddLaterItems(const VQItem& item, std::vector<StoredItem>* items) {
   const auto* composite = dynamic_cast<const VQCompositeItemBody*>(item.GetItemBody());
@@ -183,6 +169,20 @@ void AddLaterItems(const VQItem& item, std::vector<StoredItem>* items) {
 }
 
 }  // namespace
+
+StoredItem ReadItem(const VQItem& item) {
+  StoredItem stored;
+  stored.name = ToText(item.GetName());
+  stored.type = static_cast<std::uint16_t>(item.GetType());
+  stored.flags = item.GetFlags();
+  const unsigned long size = item.GetValueSize();
+  stored.value.resize(size);
+  if (size < 2) return stored;
+  stored.value[0] = static_cast<unsigned char>(stored.type & 0xFF);
+  stored.value[1] = static_cast<unsigned char>(stored.type >> 8);
+  vq::ThrowIfError(item.Read(0, size - 2, stored.value.data() + 2));
+  return stored;
+}
 
 std::vector<StoredItem> ReadItems(const VQSlate& slate) {
   VQItemArray array;

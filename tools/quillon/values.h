@@ -21,6 +21,7 @@ struct StoredItem {
   bool operator==(const StoredItem&) const = default;
 };
 
+StoredItem ReadItem(const VQItem& item);
 // In the slate's order. The slate is open.
 std::vector<StoredItem> ReadItems(const VQSlate& slate);
 
