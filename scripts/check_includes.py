@@ -28,7 +28,7 @@ ROOMS = {
     "tests/client": ["vq/vq.h", "tests"],
     "tests": ["engine", "vq", "qcore", "tests", "tools"],
     "fuzz": ["engine", "vq", "qcore", "tests"],
-    "bench": ["engine", "vq"],
+    "bench": ["engine", "vq", "qcore/index"],
 }
 
 # Lowest first. A room of the engine includes itself and those to its left; qcore/abi stands above all of them.

@@ -84,7 +84,8 @@ std::optional<Head> DecodeHead(Bytes bytes, std::size_t totals) {
 }  // namespace
 
 std::uint64_t IndexTree::PageKey(std::uint32_t page) const {
-  return (std::uint64_t{view_ / 4} << kCollationBits | collation_.number) << kPageBits | page;
+  static_assert(std::uint64_t{1} << (kCollationBits + kPageBits) == kPagesOfSlate);
+  return FirstPageOf(view_) + (std::uint64_t{collation_.number} << kPageBits) + page;
 }
 
 ENGSTATUS IndexTree::ReadStoredLocked(std::uint32_t page, std::vector<std::uint8_t>* bytes) {

@@ -31,15 +31,19 @@ std::string_view AsText(const std::uint8_t* at, std::size_t size) { return {rein
 
 Bytes AsBytes(std::string_view text) { return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}; }
 
-std::vector<std::uint8_t> RecordOf(const Row& row, std::size_t prefix) {
-  std::vector<std::uint8_t> record;
-  record.reserve(row.key.size() - prefix + row.value.size() + kHeadSize + 3);
-  record.push_back(row.level);
-  record.push_back(static_cast<std::uint8_t>(static_cast<unsigned>(row.kind) | static_cast<unsigned>(row.indent) << 3));
-  WireWriter writer(&record);
+void AppendRecord(const Row& row, std::size_t prefix, std::vector<std::uint8_t>* bytes) {
+  bytes->push_back(row.level);
+  bytes->push_back(static_cast<std::uint8_t>(static_cast<unsigned>(row.kind) | static_cast<unsigned>(row.indent) << 3));
+  WireWriter writer(bytes);
   writer.PutVarint(row.key.size() - prefix);
   writer.PutBytes(AsBytes(std::string_view(row.key).substr(prefix)));
   writer.PutBytes(row.value);
+}
+
+std::vector<std::uint8_t> RecordOf(const Row& row, std::size_t prefix) {
+  std::vector<std::uint8_t> record;
+  record.reserve(row.key.size() - prefix + row.value.size() + kHeadSize + 3);
+  AppendRecord(row, prefix, &record);
   return record;
 }
 
@@ -151,10 +155,9 @@ void Leaf::Assign(std::span<const Row> rows) {
   heads_.reserve(rows.size());
   offsets_.reserve(rows.size());
   for (const Row& row : rows) {
-    const std::vector<std::uint8_t> record = RecordOf(row, prefix_.size());
     heads_.push_back(HeadOf(std::string_view(row.key).substr(prefix_.size())));
     offsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
-    bytes_.insert(bytes_.end(), record.begin(), record.end());
+    AppendRecord(row, prefix_.size(), &bytes_);
   }
 }
 
@@ -166,10 +169,9 @@ void Leaf::ShortenPrefix(std::size_t length) {
   offsets_.clear();
   bytes_.clear();
   for (const Row& row : rows) {
-    const std::vector<std::uint8_t> record = RecordOf(row, length);
     heads_.push_back(HeadOf(std::string_view(row.key).substr(length)));
     offsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
-    bytes_.insert(bytes_.end(), record.begin(), record.end());
+    AppendRecord(row, length, &bytes_);
   }
 }
 

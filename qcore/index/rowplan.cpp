@@ -95,10 +95,10 @@ void RowPlanner::Expand(const Document& document, std::size_t column, Draft* dra
   if (column == sorted_.size()) return Finish(document, *draft, rows);
   const Sorted& sorted = sorted_[column];
   const Value& whole = document.values[sorted.value];
-  std::vector<Value> entries;
-  if (sorted.column.separate && TypeOf(whole) % 2 != 0) entries = EntriesOf(whole);
-  const bool lists = !entries.empty();
-  if (!lists) entries.push_back(whole);
+  std::vector<Value> list;
+  if (sorted.column.separate && TypeOf(whole) % 2 != 0) list = EntriesOf(whole);
+  const bool lists = !list.empty();
+  const std::span<const Value> entries = lists ? std::span<const Value>(list) : std::span(&whole, 1);
   if (column == categories_ && !sorted.category) draft->key.push_back(kMarkDocument);
   const std::size_t size = draft->key.size();
   const std::size_t steps = draft->categories.size();

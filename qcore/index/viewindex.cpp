@@ -11,7 +11,7 @@ namespace qcore::index {
 namespace {
 
 constexpr std::size_t kMostLogged = 65536;
-constexpr std::size_t kKeepAfter = 20000;  // changes of rows
+constexpr std::size_t kKeepAfter = 100000;  // changes of rows, which a start after a crash brings in again
 constexpr std::uint16_t kClassDocument = 1;
 
 using Key = std::tuple<const Database*, const Database*, std::uint32_t>;

@@ -14,6 +14,7 @@ namespace {
 constexpr std::size_t kUniversalSize = 16;
 constexpr std::uint64_t kDeletedState = std::uint64_t{1} << 32;
 constexpr std::uint32_t kSlateStep = 4;
+constexpr std::uint16_t kClassDocument = 1;
 constexpr std::uint64_t kLastSlate = 0x7FFFFFF8;  // bit 31 of an ID marks deletion in lists
 
 using UniversalBytes = std::array<std::uint8_t, kUniversalSize>;
@@ -207,11 +208,18 @@ ENGSTATUS SqliteStore::UpdateMisses(std::uint32_t id) {
   return present.deleted ? ENG_ERR_SLATE_DELETED : ENG_ERR_SLATE_CONFLICT;
 }
 
+ENGSTATUS SqliteStore::DropBelongings(const SlateHeader& header) {
+  const ENGSTATUS status = DropFromLists(header.id);
+  if (status != ENG_OK || header.slate_class == kClassDocument) return status;
+  const std::uint64_t first = FirstPageOf(header.id);
+  return DropPages(first, first + kPagesOfSlate - 1);
+}
+
 ENGSTATUS SqliteStore::MakeDeletionStub(SlateHeader* header) {
   header->deleted = true;
   header->parent.reset();
   Stamp(header);
-  const ENGSTATUS status = DropFromLists(header->id);
+  const ENGSTATUS status = DropBelongings(*header);
   if (status != ENG_OK) return status;
   Use use = Start(Sql::kMakeDeletionStub);
   BindHeader(use, *header, counters_.feed);
@@ -224,7 +232,7 @@ ENGSTATUS SqliteStore::RemoveSlate(const SlateHeader& header) {
   Stamp(&gone);
   (header.slate_class == 1 ? counters_.removed_data : counters_.removed_design) = gone.modified_here;
   floors_changed_ = true;
-  const ENGSTATUS status = DropFromLists(header.id);
+  const ENGSTATUS status = DropBelongings(header);
   if (status != ENG_OK) return status;
   {
     Use note = Start(Sql::kNoteRemoved);

@@ -157,6 +157,8 @@ class SqliteStore final : public Store {
   [[nodiscard]] ENGSTATUS Run(Sql which);
   // Every result passes here, so that a failed sync is noticed.
   [[nodiscard]] ENGSTATUS Result(int code);
+  // What is kept for a slate beside its row goes with it.
+  [[nodiscard]] ENGSTATUS DropBelongings(const SlateHeader& header);
   [[nodiscard]] ENGSTATUS LoadCounters();
   // Brings a store of an older version up to this one, within the running transaction.
   [[nodiscard]] ENGSTATUS Upgrade();

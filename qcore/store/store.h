@@ -81,6 +81,10 @@ enum class Setting : int {
   kFullText = 7,
 };
 
+// The numbers of the pages of a slate.
+inline constexpr std::uint64_t kPagesOfSlate = std::uint64_t{1} << 34;
+inline std::uint64_t FirstPageOf(std::uint32_t slate) { return (slate / 4) * kPagesOfSlate; }
+
 class Store {
  public:
   // A large value's number: never used twice in a store, so that a number read earlier is either gone or still means
@@ -215,7 +219,8 @@ class Store {
   // The highest ID of a slate, 0 for none.
   [[nodiscard]] virtual ENGSTATUS HighestSlate(std::uint32_t* id) = 0;
 
-  // Pages of derived data, by a number of 63 bits. A missing one gives no bytes; a damaged one counts as missing.
+  // Pages of derived data. A design slate has a stretch of numbers for its own, and its pages go with it. A missing one
+  // gives no bytes; a damaged one counts as missing.
   [[nodiscard]] virtual ENGSTATUS ReadPage(std::uint64_t page, std::vector<std::uint8_t>* bytes) = 0;
   [[nodiscard]] virtual ENGSTATUS WritePage(std::uint64_t page, Bytes bytes) = 0;
   // All from `first` to `last`, both included.

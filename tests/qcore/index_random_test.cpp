@@ -1,6 +1,12 @@
 // Incremental against rebuilt: after every batch of random changes the index must be the one that is built from
 // nothing.
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
 #include <random>
+#include <thread>
 
 #include "tests/qcore/index_fixture.h"
 
@@ -81,6 +87,48 @@ TEST_P(Random, IncrementalIsRebuilt) {
     ASSERT_FALSE(rows.empty());
   }
 }
+
+struct Killed : Random {
+  // Saves, brings in and keeps until the end comes from outside.
+  [[noreturn]] void Work(std::uint32_t view, unsigned seed) {
+    random_.seed(seed);
+    db_ = Open();
+    ids_ = Search(1);
+    for (;;) {
+      const OpenCollection collection(db_, view);
+      for (int i = 0; i < 3; ++i) ChangeSomething();
+      if (EngCollectionUpdate(collection.get()) != ENG_OK) _exit(1);
+    }
+  }
+};
+
+TEST_P(Killed, AReopenedIndexIsARebuiltOne) {
+  const Case& test = GetParam();
+  const std::uint32_t view = MakeView(test.columns, test.table_flags, test.selection, test.collation_flags);
+  for (int i = 0; i < 60; ++i) ChangeSomething();
+  for (unsigned round = 0; round < 8; ++round) {
+    ASSERT_EQ(EngDbClose(db_), ENG_OK);
+    db_ = 0;
+    const pid_t child = fork();
+    if (child == 0) Work(view, round);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20 + 9 * round));
+    kill(child, SIGKILL);
+    int how = 0;
+    ASSERT_EQ(waitpid(child, &how, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(how)) << WEXITSTATUS(how);
+    db_ = Open();
+    std::vector<std::string> rows;
+    {
+      const OpenCollection collection(db_, view);
+      rows = AllRows(collection.get());
+    }
+    const OpenCollection rebuilt(db_, view, ENG_COLLECTION_REBUILD);
+    ASSERT_EQ(rows, AllRows(rebuilt.get())) << round;
+  }
+  EXPECT_EQ(Check(), ENG_OK);
+}
+
+INSTANTIATE_TEST_SUITE_P(Index, Killed, testing::Values(kCases[2]));
 
 INSTANTIATE_TEST_SUITE_P(Index, Random, testing::ValuesIn(kCases), [](const auto& info) {
   std::string name = info.param.title;
