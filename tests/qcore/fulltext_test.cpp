@@ -210,6 +210,48 @@ TEST_F(FullText, ReadersKeepOthersOut) {
   EXPECT_EQ(Search_("apple"), (Hits{open, others}));
 }
 
+// A folder stands for any view here.
+TEST_F(FullText, HitsOfACollectionAreItsRows) {
+  const std::uint32_t far = Make({{"Body", "apple and very many other words of no concern"}});
+  const std::uint32_t outside = Make({{"Body", "apple apple apple"}});
+  const std::uint32_t near = Make({{"Body", "apple apple"}});
+  Index();
+  std::uint32_t folder = 0;
+  ASSERT_EQ(EngFolderCreate(db_, 0, 0, 0, Store("Fruit"), 5, 0, 0, &folder), ENG_OK);
+  ENGHANDLE table = 0;
+  ASSERT_EQ(EngIdTableCreate(4, &table), ENG_OK);
+  for (std::uint32_t id : {far, near}) EXPECT_EQ(EngIdTableInsert(table, id, nullptr), ENG_OK);
+  ASSERT_EQ(EngFolderDocAdd(db_, 0, folder, table, 0), ENG_OK);
+  EXPECT_EQ(EngIdTableDestroy(table), ENG_OK);
+  ENGHANDLE rows = 0;
+  ASSERT_EQ(EngCollectionOpen(db_, db_, folder, 0, 0, &rows, nullptr, nullptr, nullptr, nullptr), ENG_OK);
+  ENGHANDLE search = 0;
+  ENGHANDLE result = 0;
+  std::uint32_t hits = 0;
+  ASSERT_EQ(EngFtOpen(&search), ENG_OK);
+  const std::uint32_t options = ENG_FT_COLLECTION | ENG_FT_TABLE | ENG_FT_SCORES | ENG_FT_BEST;
+  ASSERT_EQ(EngFtSearch(db_, &search, rows, Store("apple"), options, 2, 0, &hits, nullptr, &result), ENG_OK);
+  EXPECT_EQ(Ids(result), (Hits{far, near})) << outside << " has no row";
+  EXPECT_EQ(EngIdTableDestroy(result), ENG_OK);
+  COLLECTIONPOSITION position{};
+  position.Tumbler[0] = 1;
+  ENGHANDLE buffer = 0;
+  std::uint32_t length = 0;
+  std::uint32_t returned = 0;
+  std::uint16_t signals = 0;
+  ASSERT_EQ(EngCollectionRead(rows, &position, ENG_GO_CURRENT_HIT, 0, ENG_GO_NEXT_HIT, 2, ENG_READ_ID, &buffer, &length,
+                              nullptr, &returned, &signals),
+            ENG_OK);
+  ASSERT_EQ(length, 8u);
+  std::uint32_t first = 0;
+  std::memcpy(&first, EngMemLock(buffer), sizeof first);
+  EXPECT_EQ(first, near) << "best first";
+  EXPECT_EQ(EngMemUnlock(buffer), ENG_OK);
+  EXPECT_EQ(EngMemFree(buffer), ENG_OK);
+  EXPECT_EQ(EngFtClose(search), ENG_OK);
+  EXPECT_EQ(EngCollectionClose(rows), ENG_OK);
+}
+
 TEST_F(FullText, AKillWithinAnUpdateLeavesAGoodIndex) {
   for (int i = 0; i < 40; ++i) Make({{"Body", "apple number " + std::to_string(i)}});
   Index();
