@@ -41,7 +41,7 @@ enum class Extent { kAll, kSelection };
 
 // Bounds of one evaluation, each with its status.
 struct Limits {
-  std::uint64_t steps = 20'000'000;         // operations and list entries; ENG_ERR_FORMULA_STEPS
+  std::uint64_t steps = 5'000'000;          // operations, list entries, stretches of text; ENG_ERR_FORMULA_STEPS
   std::uint64_t memory = 32 * 1024 * 1024;  // of intermediate values; ENG_ERR_FORMULA_MEMORY
 };
 

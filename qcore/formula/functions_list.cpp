@@ -57,7 +57,9 @@ Value Element(Machine&, Arguments arguments) {
 // 0 when it is not there.
 std::uint32_t PlaceOf(Machine& machine, const Value& sought, std::uint32_t at, const Value& list) {
   machine.Charge(list.count);
+  const std::size_t size = sought.is_text() ? sought.texts()[at].size : 0;
   for (std::uint32_t i = 0; i < list.count; ++i) {
+    machine.ChargeText(size);
     if (SameEntry(sought, at, list, i)) return i + 1;
   }
   return 0;
@@ -119,6 +121,7 @@ Value Unique(Machine& machine, Arguments arguments) {
   if (list.is_time()) machine.Charge(std::uint64_t{list.count} * list.count);
   std::unordered_set<std::uint32_t, EntryHash, EntryEqual> seen(list.count, EntryHash{&list}, EntryEqual{&list});
   for (std::uint32_t i = 0; i < list.count; ++i) {
+    if (list.is_text()) machine.ChargeText(list.texts()[i].size);
     if (seen.insert(i).second) places.push_back(i);
   }
   return Picked(machine, list, places);
@@ -157,6 +160,7 @@ Value Sort(Machine& machine, Arguments arguments) {
   machine.Charge(std::uint64_t{list.count} * 16);
   // A half that a time lacks counts as equal, which is no order that std::sort can take; a merge sort takes any.
   std::stable_sort(places.begin(), places.end(), [&](std::uint32_t i, std::uint32_t j) {
+    if (list.is_text()) machine.ChargeText(list.texts()[i].size);
     const int compared = CompareEntries(list, i, j, order);
     return order.descending ? compared > 0 : compared < 0;
   });

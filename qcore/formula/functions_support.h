@@ -57,7 +57,10 @@ Value MapTexts(Machine& machine, const Value& value, Map map) {
     return Value::Text(mapped.data, mapped.size);
   }
   TextRef* texts = machine.arena().Array<TextRef>(value.count);
-  for (std::uint32_t i = 0; i < value.count; ++i) texts[i] = map(value.text_list[i].view());
+  for (std::uint32_t i = 0; i < value.count; ++i) {
+    machine.ChargeText(value.text_list[i].size);
+    texts[i] = map(value.text_list[i].view());
+  }
   return Value::Texts(texts, value.count);
 }
 

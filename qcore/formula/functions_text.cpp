@@ -23,8 +23,10 @@ std::int64_t CharactersOf(std::string_view text) { return text::Measure(Chars(te
 Value Length(Machine& machine, Arguments arguments) {
   const Value& list = arguments[0];
   if (!list.is_text()) return TypeError();
-  return MakeNumbers(machine, list.count,
-                     [&](std::uint32_t i) { return static_cast<double>(CharactersOf(list.texts()[i].view())); });
+  return MakeNumbers(machine, list.count, [&](std::uint32_t i) {
+    machine.ChargeText(list.texts()[i].size);
+    return static_cast<double>(CharactersOf(list.texts()[i].view()));
+  });
 }
 
 Value Bytes(Machine& machine, Arguments arguments) {

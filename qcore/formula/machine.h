@@ -37,6 +37,10 @@ class Machine {
     if (steps > steps_) throw LimitReached{ENG_ERR_FORMULA_STEPS};
     steps_ -= steps;
   }
+  // The same for a text that is looked at.
+  void ChargeText(std::size_t size) {
+    if (size >= 64) Charge(size / 64);
+  }
   Value Text(std::string_view text) { return Value::Text(arena_.Copy(text), text.size()); }
   // The list that both make; an error for two types.
   Value Join(const Value& left, const Value& right);

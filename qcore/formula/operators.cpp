@@ -196,11 +196,14 @@ bool EqualPair(const TextRef& left, const TextRef& right) {
 Value CompareTextLists(Machine& machine, Plan plan, const Value& left, const Value& right) {
   if (plan.op == Op::kEqual) {
     return AnyPair(machine, plan, left, right, [&](std::uint32_t i, std::uint32_t j) {
+      machine.ChargeText(left.texts()[i].size);
       return EqualPair(left.texts()[i], right.texts()[j]) ? 0 : 1;
     });
   }
-  return AnyPair(machine, plan, left, right,
-                 [&](std::uint32_t i, std::uint32_t j) { return CompareTexts(left.texts()[i], right.texts()[j]); });
+  return AnyPair(machine, plan, left, right, [&](std::uint32_t i, std::uint32_t j) {
+    machine.ChargeText(left.texts()[i].size);
+    return CompareTexts(left.texts()[i], right.texts()[j]);
+  });
 }
 
 // Writes into room that was made before.

@@ -146,6 +146,9 @@ class Arena {
   void Reset() {
     used_ = 0;
     if (blocks_.size() > 1) blocks_.erase(blocks_.begin(), blocks_.end() - 1);
+    if (!blocks_.empty() && blocks_.back().size > kMostKept) blocks_.clear();
+    next_ = nullptr;
+    end_ = nullptr;
     if (blocks_.empty()) return;
     next_ = blocks_.back().bytes.get();
     end_ = next_ + blocks_.back().size;
@@ -158,10 +161,13 @@ class Arena {
     std::size_t size;
   };
 
+  // What an idle arena holds on to.
+  static constexpr std::size_t kMostKept = 1u << 20;
+
   [[gnu::noinline]] void* Refill(std::size_t size) {
     constexpr std::size_t kFirst = 8192;
     if (size > limit_ || used_ > limit_ - size) throw LimitReached{ENG_ERR_FORMULA_MEMORY};
-    const std::size_t grown = blocks_.empty() ? kFirst : std::min<std::size_t>(blocks_.back().size * 2, 1u << 20);
+    const std::size_t grown = blocks_.empty() ? kFirst : std::min(blocks_.back().size * 2, kMostKept);
     const std::size_t wanted = std::max(size, grown);
     blocks_.push_back({std::unique_ptr<char[]>(new char[wanted]), wanted});
     used_ += wanted;
