@@ -59,6 +59,7 @@ class EntriesFixture : public StoreFixture {
     Add("c\\d", "d1");
     const VQDocument c1 = Add("c", "c1");
     Add("c", "q1", &c1);
+    Add("a", "hidden");
   }
 
   VQViewFolder OpenTree(unsigned long flags = 0) {
