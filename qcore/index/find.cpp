@@ -198,10 +198,23 @@ class Finder {
     return !outer || *outer > second;
   }
 
+  // What the first row whose key begins with the part has in its place.
+  std::string FirstWay(std::size_t part, const std::string& prefix) {
+    const std::string begin = prefix + parts_[part].bytes;
+    if (!parts_[part].loose) return begin;
+    const PageTree::Cursor row = tree_.At(tree_.RankOf(begin));
+    const std::string key = row.at_row() ? row.key() : std::string();
+    if (!key.starts_with(begin)) return begin;
+    const std::size_t front = prefix.size() + MarkSize(part);
+    const std::size_t length = ComponentLength(key, front, options_[part].descending);
+    if (length == 0) throw IndexFault{ENG_ERR_DB_DAMAGED};
+    return key.substr(0, front + length);
+  }
+
   // Rows before or behind the key among the peers that it would stand between.
   ENGSTATUS FindOrdered(bool less, FindResult* result) {
     std::string prefix;
-    for (std::size_t part = 0; part + 1 < parts_.size(); ++part) prefix += parts_[part].bytes;
+    for (std::size_t part = 0; part + 1 < parts_.size(); ++part) prefix = FirstWay(part, prefix);
     const std::string key = prefix + parts_.back().bytes;
     if (parts_.back().bytes[0] == kMarkDocument || parts_.back().bytes[0] == kMarkCategory ||
         parts_.back().bytes[0] == kMarkDeeper) {

@@ -80,8 +80,9 @@ TEST_F(Keys, ATableHasEachKeyInOrder) {
   ASSERT_EQ(keys.Append(new VQVFFindKey(VQDatetime(TIMEDATE{0, 0x256859}))), VQ_OK);
   ASSERT_EQ(keys.GetItemTable(&table), VQ_OK);
   const std::string bytes(static_cast<const char*>(table), 40);
-  EXPECT_EQ(bytes,
-            std::string("\x28\0\3\0\0\0\4\0\0\0\x0A\0\0\0\x0A\0\0\5ab\0\3\0\0\0\0\0\0\4@\0\4\0\0\0\0\x59\x68\x25\0", 40));
+  EXPECT_EQ(
+      bytes,
+      std::string("\x28\0\3\0\0\0\4\0\0\0\x0A\0\0\0\x0A\0\0\5ab\0\3\0\0\0\0\0\0\4@\0\4\0\0\0\0\x59\x68\x25\0", 40));
   EXPECT_EQ(static_cast<double>(keys[1]), 2.5);
   EXPECT_EQ(TextOf(keys[0]), "ab");
   EXPECT_EQ(StatusOf([&] { return static_cast<double>(keys[0]); }), VQERR_INCORRECT_ITEM_TYPE);
