@@ -119,28 +119,39 @@ ENGSTATUS Collection::ReadRows(IndexTree& tree, const ReadRequest& request, COLL
   const std::uint16_t code = request.navigation & ENG_GO_MASK;
   const bool plain = code == ENG_GO_NEXT && limits.most >= kDeepestLevel;
   const bool within = code == ENG_GO_DESCENDANTS;
+  const bool peers = code == ENG_GO_NEXT_PEER;
+  Walk::Spot last = spot;
   const Walk::Spot end = within ? Walk::Spot{walk.EndOf(static_cast<Rank>(spot))} : Walk::Spot{tree.rows().rows()};
   RowBuffer buffer(tree, index_->layout(), *entries_, walk, unread_, request.mask);
   PageTree::Cursor cursor = tree.rows().At(static_cast<Rank>(spot));
-  for (;;) {
-    if (!buffer.Add(static_cast<Rank>(spot), cursor, here, 0)) {
+  for (bool full = false;;) {
+    full = !buffer.Add(static_cast<Rank>(spot), cursor, here, 0);
+    if (full) {
       result->signals |= ENG_SIGNAL_MORE_TO_DO;
+      walk.SetPosition(last, &here);
       break;
     }
-    *position = here;
+    last = spot;
     if (++result->returned == request.count) break;
     if (plain || within) {
-      if (spot + 1 >= end || !tree.rows().Next(&cursor)) break;
-      if (cursor.level() < limits.least) break;
+      if (spot + 1 >= end || !tree.rows().Next(&cursor) || cursor.level() < limits.least) break;
       ++spot;
       walk.AdvancePosition(cursor.level(), &here);
+    } else if (peers) {
+      const Rank behind = walk.EndOf(static_cast<Rank>(spot));
+      const PageTree::Cursor next = tree.rows().At(behind);
+      if (!next.at_row() || next.level() < cursor.level()) break;
+      cursor = next;
+      spot = behind;
+      ++here.Tumbler[here.Level];
     } else {
       if (code == ENG_GO_CURRENT || walk.Go(request.navigation, 1, limits, &spot) == 0) break;
       cursor = tree.rows().At(static_cast<Rank>(spot));
       walk.SetPosition(spot, &here);
     }
   }
-  result->rows = buffer.bytes();
+  *position = here;
+  result->rows = buffer.Take();
   return ENG_OK;
 }
 
@@ -194,7 +205,7 @@ ENGSTATUS Collection::ReadHits(IndexTree& tree, const ReadRequest& request, COLL
     const std::uint16_t code = request.navigation & ENG_GO_MASK;
     if (result->returned == request.count || code == ENG_GO_CURRENT_HIT || GoHits(code, 1, &hit) == 0) break;
   }
-  result->rows = buffer.bytes();
+  result->rows = buffer.Take();
   return result->returned != 0 ? ENG_OK : ENG_ERR_NO_ENTRY;
 }
 
@@ -203,7 +214,7 @@ ENGSTATUS Collection::FindByKey(const std::vector<Value>& keys, std::uint16_t fl
   const auto look = [&] {
     return index_->With(collation_, [&](IndexTree& tree) {
       FindResult found;
-      const ENGSTATUS status = index::Find(tree, keys, flags, &found);
+      const ENGSTATUS status = index::Find(tree, keys, flags, matches ? Wanted::kMatches : Wanted::kPlace, &found);
       if (status != ENG_OK) return status;
       if (matches && !found.together) return ENGSTATUS{ENG_ERR_COUNT_UNSUPPORTED};
       *position = {};

@@ -61,8 +61,8 @@ std::string Behind(std::string prefix) {
 
 class Finder {
  public:
-  Finder(IndexTree& index, const std::vector<Value>& keys, std::uint16_t flags)
-      : index_(index), tree_(index.rows()), keys_(keys), flags_(flags) {}
+  Finder(IndexTree& index, const std::vector<Value>& keys, std::uint16_t flags, Wanted wanted)
+      : index_(index), tree_(index.rows()), keys_(keys), flags_(flags), wanted_(wanted) {}
 
   ENGSTATUS Run(FindResult* result) {
     const auto& sorted = index_.planner().sorted();
@@ -159,7 +159,22 @@ class Finder {
   }
 
   // Rows of the run's own level: what hangs below them counts for nothing.
+  ENGSTATUS FindFirst(FindResult* result) {
+    bool found = false;
+    ForEachRange(0, {}, [&](const std::string& begin) {
+      const Rank rank = tree_.RankOf(begin);
+      const PageTree::Cursor row = tree_.At(rank);
+      found = row.at_row() && row.key().starts_with(begin);
+      result->spot = rank;
+      return !found;
+    });
+    if (!found) return ENG_ERR_NO_ENTRY;
+    if (keys_.size() == 1 && names_category()) ++result->spot;
+    return ENG_OK;
+  }
+
   ENGSTATUS FindEqual(bool last, FindResult* result) {
+    if (!last && wanted_ == Wanted::kPlace) return FindFirst(result);
     bool found = false;
     Rank first = 0;
     Rank end = 0;
@@ -238,14 +253,16 @@ class Finder {
   PageTree& tree_;
   const std::vector<Value>& keys_;
   std::uint16_t flags_;
+  Wanted wanted_;
   std::vector<Part> parts_;
   std::vector<SortOptions> options_;
 };
 
 }  // namespace
 
-ENGSTATUS Find(IndexTree& index, const std::vector<Value>& keys, std::uint16_t flags, FindResult* result) {
-  Finder finder(index, keys, flags);
+ENGSTATUS Find(IndexTree& index, const std::vector<Value>& keys, std::uint16_t flags, Wanted wanted,
+               FindResult* result) {
+  Finder finder(index, keys, flags, wanted);
   return finder.Run(result);
 }
 

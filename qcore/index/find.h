@@ -17,7 +17,9 @@ struct FindResult {
 [[nodiscard]] bool DecodeKeys(const std::uint8_t* table, std::size_t size, std::vector<Value>* keys);
 
 // See EngCollectionFind.
-[[nodiscard]] ENGSTATUS Find(IndexTree& index, const std::vector<Value>& keys, std::uint16_t flags, FindResult* result);
+enum class Wanted { kPlace, kMatches };
+[[nodiscard]] ENGSTATUS Find(IndexTree& index, const std::vector<Value>& keys, std::uint16_t flags, Wanted wanted,
+                             FindResult* result);
 
 }  // namespace qcore::index
 

@@ -284,6 +284,48 @@ Sum Page::Count(const TotalsReader* totals) const {
   return sum;
 }
 
+Sum Page::Recount(const TotalsReader* totals) {
+  ends.resize(children.size());
+  std::uint32_t rows = 0;
+  for (std::size_t i = 0; i < children.size(); ++i) ends[i] = rows += children[i].sum.rows;
+  return Count(totals);
+}
+
+namespace {
+
+std::uint64_t EightBytes(std::string_view key) {
+  std::uint64_t head = 0;
+  for (std::size_t i = 0; i < 8; ++i) head = head << 8 | (i < key.size() ? static_cast<std::uint8_t>(key[i]) : 0u);
+  return head;
+}
+
+}  // namespace
+
+void Page::IndexKeys() {
+  heads.clear();
+  if (children.size() < 2) return;
+  common = CommonLength(children[1].key, children.back().key);
+  for (std::size_t i = 1; i < children.size(); ++i) {
+    heads.push_back(EightBytes(std::string_view(children[i].key).substr(common)));
+  }
+}
+
+std::size_t Page::ChildFor(std::string_view key) const {
+  if (heads.empty()) return 0;
+  const int order = key.substr(0, common).compare(std::string_view(children[1].key).substr(0, common));
+  if (order != 0) return order < 0 ? 0 : children.size() - 1;
+  const std::uint64_t head = EightBytes(key.substr(common));
+  const auto same = std::equal_range(heads.begin(), heads.end(), head);
+  auto at = static_cast<std::size_t>(same.first - heads.begin());
+  const auto end = static_cast<std::size_t>(same.second - heads.begin());
+  while (at < end && std::string_view(children[at + 1].key) <= key) ++at;
+  return at;
+}
+
+std::size_t Page::ChildAt(std::uint32_t rank) const {
+  return static_cast<std::size_t>(std::upper_bound(ends.begin(), ends.end(), rank) - ends.begin());
+}
+
 std::size_t Page::size() const {
   if (height == 0) return leaf.size();
   std::size_t size = 0;
@@ -347,6 +389,7 @@ std::unique_ptr<Page> Page::Decode(Bytes bytes, PageNumber number, std::uint8_t 
   page->height = height;
   const Bytes body = bytes.subspan(2);
   const bool good = height == 0 ? page->leaf.Decode(body) : DecodeChildren(body, totals, &page->children);
+  page->IndexKeys();
   return good ? std::move(page) : nullptr;
 }
 

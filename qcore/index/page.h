@@ -135,8 +135,20 @@ struct Page {
   bool changed = false;
   Leaf leaf;
   std::vector<Child> children;
+  std::vector<std::uint32_t> ends;   // rows up to the end of each child
+  std::size_t common = 0;            // bytes that the children's keys have in common, the first one's left out
+  std::vector<std::uint64_t> heads;  // the eight bytes behind that, for all but the first
 
   Sum Count(const TotalsReader* totals) const;
+  // The same, and notes where each child's rows end: after any change of a child's sum.
+  Sum Recount(const TotalsReader* totals);
+  // After any change of the children's keys.
+  void IndexKeys();
+  // The child that rows of a key belong to; the child that holds the row of a rank, counted from the page's first.
+  std::size_t ChildFor(std::string_view key) const;
+  std::size_t ChildAt(std::uint32_t rank) const;
+  // Rows before a child.
+  std::uint32_t Before(std::size_t child) const { return child == 0 ? 0 : ends[child - 1]; }
   std::size_t size() const;
   std::vector<std::uint8_t> Encode() const;
   // Null for bytes that are no page of that height.

@@ -11,12 +11,6 @@ constexpr std::size_t kFilled = 7700;  // of a leaf that is built in order
 constexpr std::size_t kThin = 2048;    // looks for a neighbour to join
 constexpr std::size_t kMostChildren = 96;
 
-std::size_t ChildFor(const std::vector<Child>& children, std::string_view key) {
-  const auto behind = std::upper_bound(children.begin() + 1, children.end(), key,
-                                       [](std::string_view k, const Child& child) { return k < child.key; });
-  return static_cast<std::size_t>(behind - children.begin()) - 1;
-}
-
 bool IsFull(const Page& page) {
   if (page.height == 0) return page.size() > kPageSize && page.leaf.count() > 1;
   return page.children.size() > kMostChildren || (page.size() > kPageSize && page.children.size() > 3);
@@ -63,7 +57,7 @@ Page* PageTree::Load(Child* child, std::uint8_t height) {
   const std::size_t totals = totals_ ? totals_->columns() : 0;
   std::unique_ptr<Page> page = Page::Decode(reader_(child->number), child->number, height, totals);
   // What the parent says of the page guards against a page of another time.
-  if (!page || !page->Count(totals_).SameCounts(child->sum)) throw IndexFault{ENG_ERR_DB_DAMAGED};
+  if (!page || !page->Recount(totals_).SameCounts(child->sum)) throw IndexFault{ENG_ERR_DB_DAMAGED};
   if (leaves_.size() <= page->number) leaves_.resize(std::max<std::size_t>(next_page_, page->number + 1));
   if (height == 0) {
     if (leaves_[page->number]) throw IndexFault{ENG_ERR_DB_DAMAGED};
@@ -84,7 +78,8 @@ PageTree::Cursor PageTree::At(Rank rank) {
     cursor.pages_[cursor.depth_] = page;
     std::uint32_t at = height == 0 ? rank : 0;
     if (height != 0) {
-      while (rank >= page->children[at].sum.rows) rank -= page->children[at++].sum.rows;
+      at = static_cast<std::uint32_t>(page->ChildAt(rank));
+      rank -= page->Before(at);
       child = &page->children[at];
     }
     cursor.at_[cursor.depth_++] = at;
@@ -125,8 +120,8 @@ Rank PageTree::RankOf(std::string_view key) {
   for (std::uint8_t height = height_;; --height) {
     Page* page = Load(child, height);
     if (height == 0) return rank + page->leaf.LowerBound(key);
-    const std::size_t at = ChildFor(page->children, key);
-    for (std::size_t i = 0; i < at; ++i) rank += page->children[i].sum.rows;
+    const std::size_t at = page->ChildFor(key);
+    rank += page->Before(at);
     child = &page->children[at];
   }
 }
@@ -137,7 +132,7 @@ bool PageTree::Has(std::string_view key) {
   for (std::uint8_t height = height_;; --height) {
     Page* page = Load(child, height);
     if (height == 0) return page->leaf.HasKey(page->leaf.LowerBound(key), key);
-    child = &page->children[ChildFor(page->children, key)];
+    child = &page->children[page->ChildFor(key)];
   }
 }
 
@@ -151,12 +146,11 @@ std::optional<Rank> PageTree::Forward(Child* child, std::uint8_t height, Rank ba
     }
     return std::nullopt;
   }
-  for (Child& next : page->children) {
-    if (base + next.sum.rows > from && fits(next.sum)) {
-      const std::optional<Rank> found = Forward(&next, height - 1, base, from, fits, row_fits);
-      if (found) return found;
-    }
-    base += next.sum.rows;
+  for (std::size_t i = from > base ? page->ChildAt(from - base) : 0; i < page->children.size(); ++i) {
+    Child& next = page->children[i];
+    if (!fits(next.sum)) continue;
+    const std::optional<Rank> found = Forward(&next, height - 1, base + page->Before(i), from, fits, row_fits);
+    if (found) return found;
   }
   return std::nullopt;
 }
@@ -171,12 +165,12 @@ std::optional<Rank> PageTree::Backward(Child* child, std::uint8_t height, Rank b
     }
     return std::nullopt;
   }
-  base += child->sum.rows;
-  for (std::size_t i = page->children.size(); i-- > 0;) {
+  const std::size_t behind =
+      until - base >= child->sum.rows ? page->children.size() : page->ChildAt(until - base - 1) + 1;
+  for (std::size_t i = behind; i-- > 0;) {
     Child& next = page->children[i];
-    base -= next.sum.rows;
-    if (base >= until || !fits(next.sum)) continue;
-    const std::optional<Rank> found = Backward(&next, height - 1, base, until, fits, row_fits);
+    if (!fits(next.sum)) continue;
+    const std::optional<Rank> found = Backward(&next, height - 1, base + page->Before(i), until, fits, row_fits);
     if (found) return found;
   }
   return std::nullopt;
@@ -226,7 +220,10 @@ PageTree::Found PageTree::SelectBelow(Child* child, std::uint8_t height, Rank ba
     }
     return Found::kNo;
   }
-  for (Child& next : page->children) {
+  const std::size_t begin = from > base ? page->ChildAt(from - base) : 0;
+  base += page->Before(begin);
+  for (std::size_t i = begin; i < page->children.size(); ++i) {
+    Child& next = page->children[i];
     const Sum& sum = next.sum;
     const bool whole = base >= from;
     const bool passed =
@@ -255,7 +252,10 @@ void PageTree::RangeBelow(Child* child, std::uint8_t height, Rank base, Rank fir
     page->leaf.Count(begin, std::min(page->leaf.count(), last - base), totals_, sum);
     return;
   }
-  for (Child& next : page->children) {
+  const std::size_t begin = first > base ? page->ChildAt(first - base) : 0;
+  base += page->Before(begin);
+  for (std::size_t i = begin; i < page->children.size(); ++i) {
+    Child& next = page->children[i];
     if (base >= last) return;
     const Rank end = base + next.sum.rows;
     if (base >= first && end <= last) {
@@ -284,7 +284,7 @@ void PageTree::RowsIn(std::string_view key, std::uint32_t id, std::vector<Row>* 
   Child* child = &root_;
   for (std::uint8_t height = height_; height != 0; --height) {
     Page* page = Load(child, height);
-    child = &page->children[ChildFor(page->children, key)];
+    child = &page->children[page->ChildFor(key)];
   }
   const Leaf& leaf = Load(child, 0)->leaf;
   for (std::uint32_t row = 0; row < leaf.count(); ++row) {
@@ -296,7 +296,7 @@ void PageTree::RowsIn(std::string_view key, std::uint32_t id, std::vector<Row>* 
 
 void PageTree::SetSum(Child* child) {
   child->page->changed = true;
-  child->sum = child->page->Count(totals_);
+  child->sum = child->page->Recount(totals_);
 }
 
 void PageTree::Notice(const Page& page, std::uint32_t first, std::uint32_t last) {
@@ -349,6 +349,8 @@ void PageTree::SplitChild(Page* parent, std::size_t at) {
     const auto half = page->children.begin() + static_cast<std::ptrdiff_t>(page->children.size() / 2);
     right->children.assign(std::make_move_iterator(half), std::make_move_iterator(page->children.end()));
     page->children.erase(half, page->children.end());
+    page->IndexKeys();
+    right->IndexKeys();
     made.key = right->children.front().key;
   }
   made.number = right->number;
@@ -356,6 +358,7 @@ void PageTree::SplitChild(Page* parent, std::size_t at) {
   SetSum(&made);
   SetSum(&parent->children[at]);
   parent->children.insert(parent->children.begin() + static_cast<std::ptrdiff_t>(at) + 1, std::move(made));
+  parent->IndexKeys();
   parent->changed = true;
 }
 
@@ -379,7 +382,7 @@ void PageTree::InsertBelow(Child* child, std::uint8_t height, const Row& row) {
     page->leaf.Insert(at, row);
     Notice(*page, at, at + 1);
   } else {
-    const std::size_t at = ChildFor(page->children, row.key);
+    const std::size_t at = page->ChildFor(row.key);
     InsertBelow(&page->children[at], static_cast<std::uint8_t>(height - 1), row);
     if (IsFull(*page->children[at].page)) SplitChild(page, at);
   }
@@ -402,6 +405,7 @@ void PageTree::MergeAround(Page* parent, std::size_t at) {
   if (CountOf(*page) == 0) {
     Release(page);
     children.erase(children.begin() + static_cast<std::ptrdiff_t>(at));
+    parent->IndexKeys();
     return;
   }
   if (children.size() < 2 || page->size() > kThin) return;
@@ -425,9 +429,11 @@ void PageTree::MergeAround(Page* parent, std::size_t at) {
     if (first->children.size() + second->children.size() > kMostChildren) return;
     second->children.front().key = children[left + 1].key;
     std::move(second->children.begin(), second->children.end(), std::back_inserter(first->children));
+    first->IndexKeys();
   }
   Release(second);
   children.erase(children.begin() + static_cast<std::ptrdiff_t>(left) + 1);
+  parent->IndexKeys();
   SetSum(&children[left]);
 }
 
@@ -445,7 +451,7 @@ bool PageTree::EraseBelow(Child* child, std::uint8_t height, std::string_view ke
     }
     if (!stays && watcher_) watcher_->Went(id, page->number);
   } else {
-    const std::size_t at = ChildFor(page->children, key);
+    const std::size_t at = page->ChildFor(key);
     if (!EraseBelow(&page->children[at], static_cast<std::uint8_t>(height - 1), key)) return false;
     MergeAround(page, at);
   }
@@ -542,6 +548,7 @@ void PageTree::Builder::Finish() {
       const auto from = level_.begin() + static_cast<std::ptrdiff_t>(at);
       child.page->children.assign(std::make_move_iterator(from),
                                   std::make_move_iterator(from + static_cast<std::ptrdiff_t>(take)));
+      child.page->IndexKeys();
       tree_.SetSum(&child);
       above.push_back(std::move(child));
       at += take;
@@ -601,7 +608,8 @@ void PageTree::ReadAll() {
 std::size_t PageTree::Memory() const {
   std::size_t memory = leaves_.capacity() * sizeof(Page*);
   ForEachPage(root_, [&memory](const Page& page) {
-    memory += sizeof(Page) + page.leaf.Memory() + page.children.capacity() * sizeof(Child);
+    memory += sizeof(Page) + page.leaf.Memory() + page.children.capacity() * sizeof(Child) + 4 * page.ends.capacity() +
+              8 * page.heads.capacity();
     for (const Child& child : page.children) memory += child.key.capacity() + child.sum.totals.capacity() * 8;
   });
   return memory;

@@ -61,6 +61,9 @@ class PageTree {
   const Sum& sum() const { return root_.sum; }
   Rank rows() const { return root_.sum.rows; }
 
+  // Whether all rows are of level 0, so that ranks are ordinals.
+  bool is_flat() const { return root_.sum.least == 0 && root_.sum.at_least == root_.sum.rows; }
+
   // Look-ups.
   Cursor At(Rank rank);
   // To the row behind or before; false, and the cursor at no row, when there is none.

@@ -1,6 +1,8 @@
 #include "qcore/index/rowbuffer.h"
 
+#include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "qcore/store/checksum.h"
 #include "qcore/store/wire.h"
@@ -23,38 +25,89 @@ std::uint32_t NumberOfRow(RowKind kind, std::string_view key) {
 RowBuffer::RowBuffer(IndexTree& index, const ValueLayout& layout, Database& entries, Walk& walk, ENGHANDLE unread,
                      std::uint32_t mask)
     : index_(index), layout_(layout), entries_(entries), walk_(walk), unread_(unread), mask_(mask) {
-  bytes_.reserve(4096);
+  constexpr std::size_t kHead = 64 + sizeof(COLLECTIONPOSITION);
+  fixed_ = kHead;
+  for (std::size_t value = 0; value < layout.summary_size(); ++value) fixed_ += 16 + layout.name(value).size();
   numbers_.resize(layout.summary_size());
 }
 
+void RowBuffer::Need(std::size_t more) {
+  if (bytes_.size() - size_ < more) bytes_.resize(std::max(2 * bytes_.size(), size_ + more));
+}
+
+template <typename T>
+void RowBuffer::Put(T value) {
+  StoreLittle(bytes_.data() + size_, value);
+  size_ += sizeof value;
+}
+
+void RowBuffer::PutBytes(Bytes bytes) {
+  if (!bytes.empty()) std::memcpy(bytes_.data() + size_, bytes.data(), bytes.size());
+  size_ += bytes.size();
+}
+
+std::vector<std::uint8_t> RowBuffer::Take() {
+  bytes_.resize(size_);
+  return std::move(bytes_);
+}
+
 bool RowBuffer::Add(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position, std::uint16_t score) {
-  const std::size_t before = bytes_.size();
+  const std::size_t before = size_;
   const bool document = row.kind() == RowKind::kDocument;
-  WireWriter writer(&bytes_);
-  if ((mask_ & ENG_READ_ID) != 0) writer.Put(document ? row.id() : NumberOfRow(row.kind(), row.key()));
+  Need(fixed_);
+  if ((mask_ & ENG_READ_ID) != 0) Put(document ? row.id() : NumberOfRow(row.kind(), row.key()));
   if ((mask_ & ENG_READ_UNIVERSAL_ID) != 0) AddUniversalId(row);
-  if ((mask_ & ENG_READ_CLASS) != 0) writer.Put(static_cast<std::uint16_t>(document ? kClassDocument : 0));
+  if ((mask_ & ENG_READ_CLASS) != 0) Put(static_cast<std::uint16_t>(document ? kClassDocument : 0));
   if ((mask_ & (ENG_READ_SIBLINGS | ENG_READ_CHILDREN | ENG_READ_DESCENDANTS)) != 0) AddCounts(rank);
-  if ((mask_ & ENG_READ_INDENT) != 0) writer.Put(static_cast<std::uint16_t>(document ? row.indent() : 0));
-  if ((mask_ & ENG_READ_SCORE) != 0) writer.Put(score);
-  if ((mask_ & ENG_READ_UNREAD) != 0) writer.Put(static_cast<std::uint16_t>(unread_ != 0 && walk_.IsUnread(rank)));
+  if ((mask_ & ENG_READ_INDENT) != 0) Put(static_cast<std::uint16_t>(document ? row.indent() : 0));
+  if ((mask_ & ENG_READ_SCORE) != 0) Put(score);
+  if ((mask_ & ENG_READ_UNREAD) != 0) Put(static_cast<std::uint16_t>(unread_ != 0 && walk_.IsUnread(rank)));
   if ((mask_ & ENG_READ_POSITION) != 0) {
-    writer.Put(position.Level);
-    writer.Put(position.MinLevel);
-    writer.Put(position.MaxLevel);
-    for (std::uint16_t level = 0; level <= position.Level; ++level) writer.Put(position.Tumbler[level]);
+    Put(position.Level);
+    Put(position.MinLevel);
+    Put(position.MaxLevel);
+    for (std::uint16_t level = 0; level <= position.Level; ++level) Put(position.Tumbler[level]);
   }
-  if ((mask_ & ENG_READ_SUMMARY) != 0) AddSummary(rank, row);
-  if (before == 0 || bytes_.size() <= kSize) return true;
-  bytes_.resize(before);
+  if ((mask_ & ENG_READ_SUMMARY) != 0 && !(document && CopySummary(row.value()))) AddSummary(rank, row);
+  if (before == 0 || size_ <= kSize) return true;
+  size_ = before;
   return false;
 }
 
+bool RowBuffer::CopySummary(Bytes value) {
+  constexpr std::size_t kMost = 65535;
+  const std::size_t columns = layout_.summary_size();
+  Need(fixed_ + value.size() + kTypeSize * columns);
+  const std::size_t start = size_;
+  std::uint8_t* const summary = bytes_.data() + start;
+  std::uint8_t* at = summary + 4 + 4 * columns;
+  RowValues values(value);
+  for (std::size_t column = 0; column < columns; ++column) {
+    RowValues::Item item;
+    const bool present = values.Next(&item) && item.type != 0;
+    const std::string& name = layout_.name(column);
+    const std::size_t size = present ? kTypeSize + item.data.size() : 0;
+    StoreLittle(summary + 4 + 4 * column, static_cast<std::uint16_t>(name.size()));
+    StoreLittle(summary + 6 + 4 * column, static_cast<std::uint16_t>(size));
+    std::memcpy(at, name.data(), name.size());
+    at += name.size();
+    if (!present) continue;
+    StoreLittle(at, item.type);
+    if (!item.data.empty()) std::memcpy(at + kTypeSize, item.data.data(), item.data.size());
+    at += size;
+  }
+  const auto size = static_cast<std::size_t>(at - summary);
+  if (size > kMost) return false;
+  StoreLittle(summary, static_cast<std::uint16_t>(size));
+  StoreLittle(summary + 2, static_cast<std::uint16_t>(columns));
+  size_ = start + size;
+  return true;
+}
+
 void RowBuffer::AddCounts(Rank rank) {
-  WireWriter writer(&bytes_);
-  if ((mask_ & ENG_READ_SIBLINGS) != 0) writer.Put(walk_.Siblings(rank));
-  if ((mask_ & ENG_READ_CHILDREN) != 0) writer.Put(walk_.Children(rank));
-  if ((mask_ & ENG_READ_DESCENDANTS) != 0) writer.Put(walk_.Descendants(rank));
+  if ((mask_ & ENG_READ_SIBLINGS) != 0) Put(walk_.Siblings(rank));
+  if ((mask_ & ENG_READ_CHILDREN) != 0) Put(walk_.Children(rank));
+  if ((mask_ & ENG_READ_DESCENDANTS) != 0) Put(walk_.Descendants(rank));
 }
 
 void RowBuffer::AddUniversalId(const PageTree::Cursor& row) {
@@ -64,9 +117,10 @@ void RowBuffer::AddUniversalId(const PageTree::Cursor& row) {
     // One that is gone meanwhile has none.
     if (entries_.store().ReadHeader(row.id(), &header) != ENG_OK) header = {};
   }
-  WireWriter writer(&bytes_);
-  writer.PutTime(header.origin.File);
-  writer.PutTime(header.origin.Slate);
+  for (const TIMEDATE& half : {header.origin.File, header.origin.Slate}) {
+    Put(half.TimeWord);
+    Put(half.DateWord);
+  }
 }
 
 void RowBuffer::AddSummary(Rank rank, const PageTree::Cursor& row) {
@@ -158,20 +212,20 @@ void RowBuffer::WriteSummary() {
     if (size + value_size > kMost) piece = {};
     if (piece.type != 0) size += value_size;
   }
-  WireWriter writer(&bytes_);
-  writer.Put(static_cast<std::uint16_t>(size));
-  writer.Put(static_cast<std::uint16_t>(pieces_.size()));
+  Need(size);
+  Put(static_cast<std::uint16_t>(size));
+  Put(static_cast<std::uint16_t>(pieces_.size()));
   for (std::size_t value = 0; value < pieces_.size(); ++value) {
     const Piece& piece = pieces_[value];
-    writer.Put(static_cast<std::uint16_t>(layout_.name(value).size()));
-    writer.Put(static_cast<std::uint16_t>(piece.type == 0 ? 0 : kTypeSize + piece.data.size()));
+    Put(static_cast<std::uint16_t>(layout_.name(value).size()));
+    Put(static_cast<std::uint16_t>(piece.type == 0 ? 0 : kTypeSize + piece.data.size()));
   }
   for (std::size_t value = 0; value < pieces_.size(); ++value) {
     const std::string& name = layout_.name(value);
-    writer.PutBytes({reinterpret_cast<const std::uint8_t*>(name.data()), name.size()});
+    PutBytes({reinterpret_cast<const std::uint8_t*>(name.data()), name.size()});
     if (pieces_[value].type == 0) continue;
-    writer.Put(pieces_[value].type);
-    writer.PutBytes(pieces_[value].data);
+    Put(pieces_[value].type);
+    PutBytes(pieces_[value].data);
   }
 }
 

@@ -21,7 +21,7 @@ class RowBuffer {
   // Appends the row at a cursor. False when it would go beyond the buffer, which a first row never does.
   [[nodiscard]] bool Add(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position,
                          std::uint16_t score);
-  const std::vector<std::uint8_t>& bytes() const { return bytes_; }
+  std::vector<std::uint8_t> Take();
 
   // Bytes of a read; a client asks again for what is behind.
   static constexpr std::size_t kSize = 65536;
@@ -35,6 +35,12 @@ class RowBuffer {
   void AddCounts(Rank rank);
   void AddUniversalId(const PageTree::Cursor& row);
   void AddSummary(Rank rank, const PageTree::Cursor& row);
+  // The summary of a document, in one go; false when it would be too long.
+  bool CopySummary(Bytes value);
+  void Need(std::size_t more);
+  template <typename T>
+  void Put(T value);
+  void PutBytes(Bytes bytes);
   void PiecesOfCategory(const PageTree::Cursor& row);
   void AddTotals(Rank first, Rank end);
   double TotalOf(Totals totals, std::size_t place, const Sum& sum, Rank first, Rank end);
@@ -46,7 +52,9 @@ class RowBuffer {
   Walk& walk_;
   ENGHANDLE unread_;
   std::uint32_t mask_;
-  std::vector<std::uint8_t> bytes_;
+  std::vector<std::uint8_t> bytes_;  // room; the first size_ bytes are rows
+  std::size_t size_ = 0;
+  std::size_t fixed_;  // the most that a row has beside its values
   std::vector<Piece> pieces_;
   std::vector<std::array<std::uint8_t, 8>> numbers_;  // of totals
   std::vector<std::uint8_t> scratch_;                 // of a category's document

@@ -60,6 +60,10 @@ Walk::Limits Walk::LimitsOf(std::uint16_t code, const COLLECTIONPOSITION& positi
 std::optional<Walk::Spot> Walk::SpotAt(const COLLECTIONPOSITION& position) {
   if (position.Level > kDeepestLevel) return std::nullopt;
   if (position.Level == 0 && position.Tumbler[0] == 0) return kBefore;
+  if (tree_.is_flat()) {
+    const std::uint32_t ordinal = position.Tumbler[0];
+    return position.Level == 0 && ordinal <= tree_.rows() ? std::optional<Spot>(Spot{ordinal} - 1) : std::nullopt;
+  }
   Rank from = 0;
   for (std::uint8_t level = 0;; ++level) {
     const std::optional<Rank> found = tree_.Select(from, level, position.Tumbler[level]);
@@ -80,6 +84,11 @@ void Walk::SetPosition(Spot spot, COLLECTIONPOSITION* position) {
     position->Tumbler[0] = 0;
     return;
   }
+  if (tree_.is_flat()) {
+    position->Level = 0;
+    position->Tumbler[0] = static_cast<std::uint32_t>(spot + 1);
+    return;
+  }
   std::uint8_t level = LevelOf(spot);
   position->Level = level;
   for (;; --level) {
@@ -96,7 +105,12 @@ void Walk::AdvancePosition(std::uint8_t level, COLLECTIONPOSITION* position) con
   ++position->Tumbler[level];
 }
 
-Rank Walk::EndOf(Rank rank) { return tree_.NextAtMost(rank, LevelOf(rank)).value_or(tree_.rows()); }
+Rank Walk::EndOf(Rank rank) {
+  if (end_of_ && *end_of_ == rank) return end_;
+  end_ = tree_.NextAtMost(rank, LevelOf(rank)).value_or(tree_.rows());
+  end_of_ = rank;
+  return end_;
+}
 
 std::uint32_t Walk::Forward(std::uint32_t count, const Limits& limits, Spot* spot) {
   Spot end = tree_.rows();

@@ -62,6 +62,8 @@ class Walk {
 
   PageTree& tree_;
   ENGHANDLE unread_;
+  std::optional<Rank> end_of_;  // the row that EndOf was last asked for, and its answer
+  Rank end_ = 0;
 };
 
 }  // namespace qcore::index
