@@ -299,6 +299,21 @@ void PageTree::SetSum(Child* child) {
   child->sum = child->page->Recount(totals_);
 }
 
+// The sum of a page of which one child has changed, and nothing else.
+void PageTree::FollowChild(Child* child, std::size_t at, const Sum& before) {
+  Page& page = *child->page;
+  const Sum& now = page.children[at].sum;
+  Sum& sum = child->sum;
+  const bool simple = now.least == before.least && now.least >= sum.least && now.totals.empty() && sum.totals.empty();
+  if (!simple || page.ends.size() != page.children.size()) return SetSum(child);
+  page.changed = true;
+  const std::uint32_t rows = now.rows - before.rows;  // wraps where rows went
+  for (std::size_t i = at; i < page.ends.size(); ++i) page.ends[i] += rows;
+  sum.rows += rows;
+  sum.documents += now.documents - before.documents;
+  if (now.least == sum.least) sum.at_least += now.at_least - before.at_least;
+}
+
 void PageTree::Notice(const Page& page, std::uint32_t first, std::uint32_t last) {
   if (!watcher_) return;
   for (std::uint32_t row = first; row < last; ++row) {
@@ -383,8 +398,10 @@ void PageTree::InsertBelow(Child* child, std::uint8_t height, const Row& row) {
     Notice(*page, at, at + 1);
   } else {
     const std::size_t at = page->ChildFor(row.key);
+    const Sum before = page->children[at].sum;
     InsertBelow(&page->children[at], static_cast<std::uint8_t>(height - 1), row);
-    if (IsFull(*page->children[at].page)) SplitChild(page, at);
+    if (!IsFull(*page->children[at].page)) return FollowChild(child, at, before);
+    SplitChild(page, at);
   }
   SetSum(child);
 }
@@ -399,20 +416,20 @@ void PageTree::Insert(const Row& row) {
   if (IsFull(*root_.page)) GrowRoot();
 }
 
-void PageTree::MergeAround(Page* parent, std::size_t at) {
+bool PageTree::MergeAround(Page* parent, std::size_t at) {
   std::vector<Child>& children = parent->children;
   Page* page = children[at].page.get();
   if (CountOf(*page) == 0) {
     Release(page);
     children.erase(children.begin() + static_cast<std::ptrdiff_t>(at));
     parent->IndexKeys();
-    return;
+    return true;
   }
-  if (children.size() < 2 || page->size() > kThin) return;
+  if (children.size() < 2 || page->size() > kThin) return false;
   const std::size_t left = at == 0 ? 0 : at - 1;
   Page* first = Load(&children[left], page->height);
   Page* second = Load(&children[left + 1], page->height);
-  if (first->size() + second->size() > kPageSize / 2) return;
+  if (first->size() + second->size() > kPageSize / 2) return false;
   if (page->height == 0) {
     std::vector<Row> rows;
     for (const Page* part : {first, second}) {
@@ -426,7 +443,7 @@ void PageTree::MergeAround(Page* parent, std::size_t at) {
     }
     first->leaf.Assign(rows);
   } else {
-    if (first->children.size() + second->children.size() > kMostChildren) return;
+    if (first->children.size() + second->children.size() > kMostChildren) return false;
     second->children.front().key = children[left + 1].key;
     std::move(second->children.begin(), second->children.end(), std::back_inserter(first->children));
     first->IndexKeys();
@@ -435,6 +452,7 @@ void PageTree::MergeAround(Page* parent, std::size_t at) {
   children.erase(children.begin() + static_cast<std::ptrdiff_t>(left) + 1);
   parent->IndexKeys();
   SetSum(&children[left]);
+  return true;
 }
 
 bool PageTree::EraseBelow(Child* child, std::uint8_t height, std::string_view key) {
@@ -452,8 +470,12 @@ bool PageTree::EraseBelow(Child* child, std::uint8_t height, std::string_view ke
     if (!stays && watcher_) watcher_->Went(id, page->number);
   } else {
     const std::size_t at = page->ChildFor(key);
+    const Sum before = page->children[at].sum;
     if (!EraseBelow(&page->children[at], static_cast<std::uint8_t>(height - 1), key)) return false;
-    MergeAround(page, at);
+    if (!MergeAround(page, at)) {
+      FollowChild(child, at, before);
+      return true;
+    }
   }
   SetSum(child);
   return true;

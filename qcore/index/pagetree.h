@@ -136,7 +136,9 @@ class PageTree {
   void SplitChild(Page* parent, std::size_t at);
   void InsertBelow(Child* child, std::uint8_t height, const Row& row);
   bool EraseBelow(Child* child, std::uint8_t height, std::string_view key);
-  void MergeAround(Page* parent, std::size_t at);
+  // False when the children stay as they are.
+  bool MergeAround(Page* parent, std::size_t at);
+  void FollowChild(Child* child, std::size_t at, const Sum& before);
   void Notice(const Page& leaf, std::uint32_t first, std::uint32_t last);
   void GrowRoot();
 

@@ -134,6 +134,7 @@ ENGSTATUS ViewIndex::ChangedSince(const IndexTree& tree, std::uint64_t* feed, st
     const std::lock_guard lock(entries_->mutex());
     const ENGSTATUS status = entries_->store().ReadFeedBehind(tree.feed, [&](const NumberedEntry& entry) {
       *feed = std::max(*feed, entry.feed);
+      design_touched_ = design_touched_ || entry.entry.id == view_;
       if ((entry.entry.slate_class & kClassDocument) != 0) ids->push_back(entry.entry.id);
     });
     if (status != ENG_OK) return status;
@@ -233,8 +234,20 @@ ENGSTATUS ViewIndex::Open(Start start, Missing missing) {
   return status;
 }
 
+// The documents' change feed tells of the view too when both are in one database.
+bool ViewIndex::FeedTellsOfDesign() const {
+  const auto slot = slots_.find(0);
+  return design_ && design_database_ == entries_ && slot != slots_.end() && slot->second.tree &&
+         !slot->second.tree->restricted && !slot->second.reverted;
+}
+
 ENGSTATUS ViewIndex::Update() {
   const std::lock_guard lock(mutex_);
+  design_touched_ = false;
+  if (FeedTellsOfDesign()) {
+    const ENGSTATUS status = UpdateLocked();
+    if (status != ENG_OK || !design_touched_) return status;
+  }
   bool changed = false;
   const ENGSTATUS status = ReadDesignIfChanged(&changed);
   return status == ENG_OK ? UpdateLocked() : status;

@@ -72,6 +72,7 @@ class ViewIndex {
                                        std::vector<std::uint32_t>* ids);
   [[nodiscard]] ENGSTATUS ReadMembers();
   [[nodiscard]] ENGSTATUS UpdateLocked();
+  bool FeedTellsOfDesign() const;
   // Runs `work`; a fault of a page becomes its status.
   template <typename Work>
   static ENGSTATUS Caught(const Work& work);
@@ -85,6 +86,7 @@ class ViewIndex {
   std::uint32_t view_;
   std::mutex mutex_;
   bool open_ = false;
+  bool design_touched_ = false;  // the view was saved, by what the last update has read
   TIMEDATE design_time_{};
   std::uint32_t design_sequence_ = 0;
   std::uint64_t names_ = 0;
