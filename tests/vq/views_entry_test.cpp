@@ -2,6 +2,7 @@
 #include "tests/vq/support/entries_fixture.h"
 #include "vq/store/vqftsrch.h"
 #include "vq/values/vqdtime.h"
+#include "vq/views/entryrow.h"
 
 namespace {
 
@@ -91,6 +92,33 @@ TEST_F(Keys, ATableHasEachKeyInOrder) {
   keys.Free();
   EXPECT_EQ(copy.GetCount(), 3U);
   EXPECT_EQ(keys.GetCount(), 0U);
+}
+
+// A row with a position and a summary of two items, cut anywhere.
+TEST(EntryRows, NothingIsReadBehindTheBytes) {
+  const std::string head("\x08\0\0\0\1\0\2\0\1\0", 10), position("\1\0\0\x1F\3\0\0\0\4\0\0\0", 12);
+  const std::string summary("\x12\0\2\0\1\0\2\0\1\0\2\0a\0\5b\0\5", 18);
+  const std::string row = head + position + summary;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(row.data());
+  COLLECTIONPOSITION place;
+  vq::EntryRow read;
+  std::size_t used = 0;
+  for (std::size_t size = 0; size < row.size(); ++size) {
+    EXPECT_EQ(vq::ReadRow(bytes, size, false, &place, &read, &used), VQERR_CANT_CREATE_ENTRY) << size;
+  }
+  ASSERT_EQ(vq::ReadRow(bytes, row.size(), false, &place, &read, &used), VQ_OK);
+  EXPECT_TRUE(used == row.size() && read.ID == 8 && read.IndentLevels == 2 && read.Unread == 1);
+  EXPECT_TRUE(place.Level == 1 && place.MaxLevel == 31 && place.Tumbler[0] == 3 && place.Tumbler[1] == 4);
+  std::span<const unsigned char> value;
+  for (std::size_t size = 0; size < summary.size(); ++size) {
+    EXPECT_FALSE(vq::FindInSummary({read.Summary, size}, 1, "b", &value)) << size;
+  }
+  EXPECT_TRUE(vq::FindInSummary({read.Summary, read.SummarySize}, 1, "b", &value) && value.size() == 2);
+  EXPECT_FALSE(vq::FindInSummary({read.Summary, read.SummarySize}, 2, "b", &value));
+  std::string deep = row;
+  deep[10] = 32;
+  EXPECT_EQ(vq::ReadRow(reinterpret_cast<const unsigned char*>(deep.data()), deep.size(), false, &place, &read, &used),
+            VQERR_CANT_CREATE_ENTRY);
 }
 
 TEST(SearchOptions, LimitAndOrderAgree) {

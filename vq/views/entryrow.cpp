@@ -1,5 +1,7 @@
 #include "vq/views/entryrow.h"
 
+#include <algorithm>
+
 #include "vq/store/storetext.h"
 #include "vq/views/vfcache.h"
 
@@ -9,6 +11,7 @@ namespace {
 
 constexpr std::size_t kPositionHead = 4;
 constexpr std::size_t kSummaryHead = 4;
+constexpr std::size_t kItemHead = 4;  // lengths of a name and a value
 
 // The bytes of the position, 0 when it leads out.
 std::size_t ReadPosition(const unsigned char* bytes, std::size_t size, COLLECTIONPOSITION* position) {
@@ -44,6 +47,25 @@ VQSTATUS ReadRow(const unsigned char* bytes, std::size_t size, bool scored, COLL
   if (row->SummarySize < kSummaryHead || size - at < row->SummarySize) return VQERR_CANT_CREATE_ENTRY;
   *used = at + row->SummarySize;
   return VQ_OK;
+}
+
+bool FindInSummary(std::span<const unsigned char> summary, std::uint16_t index, std::string_view name,
+                   std::span<const unsigned char>* value) {
+  if (summary.size() < kSummaryHead) return false;
+  const unsigned char* bytes = summary.data();
+  const std::size_t items = LoadWord(bytes + 2);
+  std::size_t at = kSummaryHead + items * kItemHead;
+  if (index >= items || at > summary.size()) return false;
+  const unsigned char* head = bytes + kSummaryHead;
+  for (; index > 0; --index, head += kItemHead) at += LoadWord(head) + std::size_t{LoadWord(head + 2)};
+  const std::size_t name_size = LoadWord(head);
+  const std::size_t value_size = LoadWord(head + 2);
+  if (at > summary.size() || summary.size() - at < name_size + value_size) return false;
+  if (name_size != name.size() || !std::equal(name.begin(), name.end(), reinterpret_cast<const char*>(bytes + at))) {
+    return false;
+  }
+  *value = summary.subspan(at + name_size, value_size);
+  return true;
 }
 
 }  // namespace vq

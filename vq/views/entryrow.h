@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
+#include <string_view>
 
 #include "engine/collection.h"
 #include "vq/frame/status.h"
@@ -35,6 +37,10 @@ inline std::uint32_t LoadLong(const unsigned char* bytes) {
 // VQERR_CANT_CREATE_ENTRY for a row that leads out of the bytes.
 [[nodiscard]] VQSTATUS ReadRow(const unsigned char* bytes, std::size_t size, bool scored, COLLECTIONPOSITION* position,
                                EntryRow* row, std::size_t* used);
+
+// The value, type word first, of the summary's item at `index`, when that item has this name and lies inside `summary`.
+bool FindInSummary(std::span<const unsigned char> summary, std::uint16_t index, std::string_view name,
+                   std::span<const unsigned char>* value);
 
 }  // namespace vq
 

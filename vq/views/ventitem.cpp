@@ -20,8 +20,6 @@ constexpr char kMarker = 0x7F;
 constexpr std::size_t kTypeWord = 2;
 constexpr std::size_t kLargestValue = 0xFFFF;
 constexpr std::size_t kSmallestExpansion = 128;
-constexpr std::size_t kTableHead = 4;
-constexpr std::size_t kItemHead = 4;
 
 const unsigned char* Bytes(std::string_view text) { return reinterpret_cast<const unsigned char*>(text.data()); }
 
@@ -148,21 +146,7 @@ bool VQVFEntryBody::ShowsColumn(VQViewFolderBody* view, std::uint32_t index, boo
 }
 
 bool VQVFEntryBody::FindValue(std::uint16_t index, std::string_view name, std::span<const unsigned char>* value) const {
-  const unsigned char* bytes = Summary.get();
-  const std::size_t items = vq::LoadWord(bytes + 2);
-  std::size_t at = kTableHead + items * kItemHead;
-  if (index >= items || at > SummarySize) return false;
-  const unsigned char* head = bytes + kTableHead;
-  for (std::uint16_t i = 0; i < index; ++i, head += kItemHead)
-    at += vq::LoadWord(head) + std::size_t{vq::LoadWord(head + 2)};
-  const std::size_t name_size = vq::LoadWord(head);
-  const std::size_t value_size = vq::LoadWord(head + 2);
-  if (at > SummarySize || SummarySize - at < name_size + value_size) return false;
-  if (name_size != name.size() || !std::equal(name.begin(), name.end(), reinterpret_cast<const char*>(bytes + at))) {
-    return false;
-  }
-  *value = {bytes + at + name_size, value_size};
-  return true;
+  return vq::FindInSummary({Summary.get(), SummarySize}, index, name, value);
 }
 
 // Columns and values stand in the same order; columns that the rows lack are passed over.
