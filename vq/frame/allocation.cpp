@@ -8,8 +8,7 @@
 
 namespace {
 
-void* Allocate(std::size_t size) {
-  void* memory = ::operator new(size, std::nothrow);
+void* Checked(void* memory) {
   if (memory == nullptr) vq::Throw(VQERR_INSUFFICIENT_MEMORY);
   return memory;
 }
@@ -21,6 +20,7 @@ extern "C" {
 void* __wrap__Znwm(std::size_t size);
 void* __wrap__Znam(std::size_t size);
 
-void* __wrap__Znwm(std::size_t size) { return Allocate(size); }
-void* __wrap__Znam(std::size_t size) { return Allocate(size); }
+// Each keeps to its kind, as its delete does.
+void* __wrap__Znwm(std::size_t size) { return Checked(::operator new(size, std::nothrow)); }
+void* __wrap__Znam(std::size_t size) { return Checked(::operator new[](size, std::nothrow)); }
 }
