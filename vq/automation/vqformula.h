@@ -6,6 +6,7 @@
 #ifndef QUILLON_VQ_AUTOMATION_VQFORMULA_H
 #define QUILLON_VQ_AUTOMATION_VQFORMULA_H
 
+#include "engine/formula.h"
 #include "vq/frame/vqcommon.h"
 #include "vq/values/vqstring.h"
 

@@ -330,6 +330,11 @@ class VQ_API VQViewFolder : public VQSlate {
   VQSTATUS FolderRemoveDocuments(const VQVFNavigator& source);
   VQSTATUS FolderRemoveDocuments(void* idtable);
 
+  // Called now and then while any view of the process has its index built, with documents done and to do, on the thread
+  // that opens or refreshes the view; it must not use the library. Null ends it.
+  static VQSTATUS SetIndexProgress(void (*progress)(void* context, unsigned long done, unsigned long all),
+                                   void* context);
+
   VQViewFolderBody* GetViewFolderBody() const;
 
  private:

@@ -1,8 +1,41 @@
 // VQViewFolder: entries, by the navigator that is built in.
 #include <algorithm>
+#include <mutex>
 
+#include "engine/collection.h"
 #include "vq/values/vqdtime.h"
 #include "vq/views/viewbody.h"
+
+namespace {
+
+struct IndexProgress {
+  void (*Tell)(void* context, unsigned long done, unsigned long all) = nullptr;
+  void* Context = nullptr;
+};
+
+std::mutex progress_lock;
+IndexProgress index_progress;
+
+void TellIndexProgress(void*, std::uint32_t done, std::uint32_t all) {
+  IndexProgress progress;
+  {
+    const std::lock_guard lock(progress_lock);
+    progress = index_progress;
+  }
+  if (progress.Tell != nullptr) progress.Tell(progress.Context, done, all);
+}
+
+}  // namespace
+
+VQSTATUS VQViewFolder::SetIndexProgress(void (*progress)(void* context, unsigned long done, unsigned long all),
+                                        void* context) {
+  {
+    const std::lock_guard lock(progress_lock);
+    index_progress = {progress, context};
+  }
+  return vq::Apply(
+      vq::FromEngine(EngCollectionSetProgress(progress != nullptr ? TellIndexProgress : nullptr, nullptr)));
+}
 
 VQSTATUS VQViewFolder::CheckEntries(VQViewFolderBody** body) const {
   if (IsNull()) return VQERR_OBJECT_NOT_INITIALIZED;
