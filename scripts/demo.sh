@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # The whole job on real files: demo.sh BUILD-DIRECTORY FOLDER
-# One process imports, a second replaces a word by a cursor, a third compares what is stored with what was.
+# One process imports, a second replaces a word by a cursor, a third compares what is stored with what was. Then a view
+# over the documents and notes on them is made, read, searched, and followed while a document changes. Each command is a
+# process of its own, and what it prints is checked.
 set -euo pipefail
 
 build=$(cd "$1" && pwd)
@@ -54,11 +56,70 @@ echo "the body of document $id stands in $bodies items"
 
 echo "== the store"
 "$tool" info "$store" --count
+echo "== notes on documents, and a note on a note"
+"$tool" ls "$store" | sed -n 1,20p | while IFS=$'\t' read -r each _; do
+  "$tool" note "$store" "$each" "a note on document $each" >/dev/null
+done
+"$tool" note "$store" "$id" "the largest document"
+note=$("$tool" --json note "$store" "the largest document" "a note on the note" | grep -oE '"document":[0-9]+' | cut -d: -f2)
+
+echo "== a view by categories, with sizes summed up and notes below their documents"
+"$tool" view-create "$store" Papers --select 'SELECT @All' --column 'Category:categorized=Categories' \
+  --column 'Note:responses=Subject' --column 'Size:total=Size' --column 'Subject:sorted=Subject'
+view=$place/view.txt
+"$tool" view "$store" Papers >"$view"
+rows=$(wc -l <"$view")
+"$tool" view "$store" Papers --count 16
+total=$(tail -n 1 "$view")
+echo "... $rows rows, the last: $total"
+awk -F'\t' '$2 == "total" { total = $3 } $2 ~ /^[0-9]+$/ && $3 ~ /^[0-9]+ \| / { sum += $3 }
+  END { exit !(sum > 0 && sum == total) }' "$view" || fail "the total isn't the sum of the rows"
+[ "$(awk -F'\t' -v id="$id" '$2 == id' "$view" | wc -l)" -ge 2 ] || fail "a document isn't below each of its categories"
+awk -F'\t' -v note="$note" '$2 == note && $3 == "    a note on the note" { found = 1 } END { exit !found }' "$view" ||
+  fail "the note on the note isn't two levels below its document"
+
+middle=$((rows / 2 + 1))
+echo "== to row $middle by its ordinal"
+"$tool" view "$store" Papers --from "$middle" --count 4 >"$place/middle.txt"
+cat "$place/middle.txt"
+sed -n "$middle,$((middle + 3))p" "$view" | cmp - "$place/middle.txt" || fail "other rows than those of the whole walk"
+
+category=$("$tool" view "$store" Papers --categories | tail -n 1 | cut -f3)
+inside=$(awk -F'\t' -v category="$category" '$2 == "category" { in_it = $3 == category } in_it && $2 ~ /^[0-9]+$/ &&
+  $3 ~ /^[0-9]+ \| / { print $3; exit }' "$view")
+inside=${inside#* | }
+echo "== by the keys \"$category\" and \"$inside\""
+"$tool" find "$store" Papers "$category" "$inside" >"$place/found.txt"
+cat "$place/found.txt"
+[ "$(cut -f1,2 "$place/found.txt" | grep -cxFf <(grep -F -- "| $inside" "$view" | cut -f1,2))" -ge 1 ] ||
+  fail "the keys didn't find the document"
+
+echo "== full text: $new"
+"$tool" index "$store" >"$place/index.txt"
+"$tool" search "$store" "$new" >"$place/hits.txt"
+cat "$place/hits.txt"
+cut -f2 "$place/hits.txt" | grep -qx "$id" || fail "the replaced word isn't found"
+"$tool" search "$store" "$new" --view Papers >"$place/rows.txt"
+cat "$place/rows.txt"
+cut -f3 "$place/rows.txt" | grep -qx "$id" || fail "the search in the view doesn't find the document"
+
+echo "== document $id gets another category, and the view follows"
+"$tool" set "$store" "$id" Categories "A changed one" --watch Papers
+"$tool" view "$store" Papers >"$place/view-after.txt"
+head -n 2 "$place/view-after.txt"
+[ "$(head -n 2 "$place/view-after.txt" | cut -f1,2 | tr '\t\n' '  ')" = "1 category 1.1 $id " ] ||
+  fail "the view didn't follow"
+[ "$(awk -F'\t' -v id="$id" '$2 == id' "$place/view-after.txt" | wc -l)" -eq 1 ] ||
+  fail "the document is still below its former categories"
+"$tool" check "$store" >/dev/null || fail "the store isn't whole"
+
 cat <<END
 
 Go on with it:
   export QUILLON_HOME=$place PATH=$build/bin:\$PATH
   quillon ls $store
   quillon show $store $id --records | head -40
+  quillon view $store Papers --categories
+  quillon search $store '$new' --view Papers
   quillon replace $store $id "$new" "$word" && quillon diff $before $store
 END

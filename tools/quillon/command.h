@@ -82,7 +82,12 @@ void AddListCommand(CLI::App& app, Options& options, int* result);
 void AddShowCommand(CLI::App& app, Options& options, int* result);
 void AddReplaceCommand(CLI::App& app, Options& options, int* result);
 void AddDiffCommand(CLI::App& app, Options& options, int* result);
-void AddViewCommands(CLI::App& app, Options& options, int* result);  // views, view, view-create, find
+void AddViewCommands(CLI::App& app, Options& options, int* result);  // views, view, find
+void AddViewCreateCommand(CLI::App& app, Options& options, int* result);
+void AddFolderCommands(CLI::App& app, Options& options, int* result);  // folder, unread
+void AddSearchCommands(CLI::App& app, Options& options, int* result);  // index, search
+void AddFormulaCommand(CLI::App& app, Options& options, int* result);
+void AddEditCommands(CLI::App& app, Options& options, int* result);  // note, set
 
 }  // namespace tool
 

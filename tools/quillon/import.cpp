@@ -98,14 +98,24 @@ void AddText(VQDocument& document, const char* name, const std::string& value) {
   text.SetValue(FromText(value));
 }
 
-// The folders that the file lies in, or its ending.
+// Behind a dot, unless it begins like a number of a version.
+std::string EndingOf(const fs::path& name) {
+  const std::string ending = name.extension().string();
+  return ending.size() > 1 && (ending[1] < '0' || ending[1] > '9') ? ending.substr(1) : "text";
+}
+
+constexpr std::pair<std::uint64_t, const char*> kSizes[] = {{1 << 14, "small"}, {1 << 16, "middling"}};
+
+// The folders that the file lies in, its ending, and how large it is.
 void AddCategories(VQDocument& document, const Source& source) {
   VQText categories;
   document.CreateItem("Categories", &categories, VQITEMFLAGS_SUMMARY);
   const fs::path subject(source.subject);
   for (const fs::path& part : subject.parent_path()) categories << FromText(part.string());
-  const std::string ending = subject.extension().string();
-  categories << FromText(ending.size() > 1 ? ending.substr(1) : "text");
+  categories << FromText(EndingOf(subject));
+  const auto* size =
+      std::find_if(std::begin(kSizes), std::end(kSizes), [&](const auto& each) { return source.size < each.first; });
+  categories << (size == std::end(kSizes) ? "large" : size->second);
 }
 
 void AddSize(VQDocument& document, std::uint64_t size) {

@@ -46,6 +46,11 @@ int Run(int argc, char** argv, tool::Options& options) {
   tool::AddReplaceCommand(app, options, &result);
   tool::AddDiffCommand(app, options, &result);
   tool::AddViewCommands(app, options, &result);
+  tool::AddViewCreateCommand(app, options, &result);
+  tool::AddFolderCommands(app, options, &result);
+  tool::AddSearchCommands(app, options, &result);
+  tool::AddFormulaCommand(app, options, &result);
+  tool::AddEditCommands(app, options, &result);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

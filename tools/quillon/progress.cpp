@@ -29,6 +29,11 @@ void Progress::Advance(std::uint64_t done) {
   next_ = Clock::now() + kRedrawTime;
 }
 
+void Progress::Advance(std::uint64_t done, std::uint64_t total) {
+  total_ = total;
+  Advance(done);
+}
+
 void Progress::Draw() {
   drawn_ = true;
   const double seconds = std::chrono::duration<double>(Clock::now() - start_).count();
@@ -42,6 +47,10 @@ void Progress::Draw() {
   const int filled = static_cast<int>(share * kBarWidth);
   const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
   std::fprintf(stderr, "\r%s [%s] %llu/%llu, %.0f s\033[K", what_.c_str(), bar.c_str(), done, total, seconds);
+}
+
+void ShowProgress(void* context, unsigned long done, unsigned long total) {
+  static_cast<Progress*>(context)->Advance(done, total);
 }
 
 bool ErrorIsTerminal() { return isatty(STDERR_FILENO) != 0; }

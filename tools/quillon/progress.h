@@ -18,6 +18,8 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
 
   void Advance(std::uint64_t done);
+  // Where the total comes with each step.
+  void Advance(std::uint64_t done, std::uint64_t total);
 
  private:
   void Draw();
@@ -31,6 +33,9 @@ class Progress {
   Clock::time_point start_ = Clock::now();
   Clock::time_point next_;
 };
+
+// For operations that tell their progress; the context is a Progress.
+void ShowProgress(void* context, unsigned long done, unsigned long total);
 
 // Whether standard error is a terminal.
 bool ErrorIsTerminal();

@@ -1,6 +1,7 @@
 #include "tools/quillon/values.h"
 
 #include <bit>
+#include <charconv>
 #include <chrono>
 #include <cinttypes>
 #include <cstdio>
@@ -266,6 +267,43 @@ void WriteValue(JsonWriter& json, const StoredItem& item) {
   json.BeginArray();
   for (const Entry& entry : decoded.entries) WriteEntry(json, entry);
   json.EndArray();
+}
+
+bool ReadNumberArgument(const std::string& text, double* number) {
+  static constexpr std::string_view kPrefix = "number:";
+  if (!text.starts_with(kPrefix)) return false;
+  const char* const begin = text.data() + kPrefix.size();
+  const char* const end = text.data() + text.size();
+  const auto parsed = std::from_chars(begin, end, *number);
+  if (parsed.ec != std::errc() || parsed.ptr != end) {
+    throw Failure{kExitUsage, "no number: " + Printable(text.substr(kPrefix.size()))};
+  }
+  return true;
+}
+
+void SetItem(VQDocument& document, const std::string& name, const std::vector<std::string>& values) {
+  VQText texts;
+  VQNumbers numbers;
+  for (const std::string& value : values) {
+    double number = 0;
+    if (ReadNumberArgument(value, &number)) {
+      numbers << number;
+    } else {
+      texts << FromText(value);
+    }
+  }
+  if (texts.GetCount() != 0 && numbers.GetCount() != 0) throw Failure{kExitUsage, "texts and numbers in one item"};
+  const VQString item = FromText(name);
+  if (document.HasItem(item)) document.DeleteItem(item);
+  if (texts.GetCount() != 0) {
+    VQText target;
+    document.CreateItem(item, &target, VQITEMFLAGS_SUMMARY);
+    target.SetValue(texts);
+  } else {
+    VQNumbers target;
+    document.CreateItem(item, &target, VQITEMFLAGS_SUMMARY);
+    target.SetValue(numbers);
+  }
 }
 
 }  // namespace tool

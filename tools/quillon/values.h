@@ -37,6 +37,11 @@ std::string ValueText(const StoredItem& item);
 // The value alone: a text or number, an array for a list, null for what isn't decoded.
 void WriteValue(JsonWriter& json, const StoredItem& item);
 
+// number:VALUE; false for an argument that stands for a text, Failure{kExitUsage} for a value that is no number.
+bool ReadNumberArgument(const std::string& text, double* number);
+// In place of what the open document has under that name: all texts, or all number:VALUE (Failure{kExitUsage}).
+void SetItem(VQDocument& document, const std::string& name, const std::vector<std::string>& values);
+
 }  // namespace tool
 
 #endif

@@ -5,12 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "tools/quillon/command.h"
 #include "tools/quillon/values.h"
 
 namespace tool {
 
-// The view or folder of that name, open; Failure{kExitNotFound}.
-void OpenView(VQDatabase& database, const std::string& name, VQViewFolder* view);
+// The view or folder of that name, opened with VQViewFolder::Open's flags; Failure{kExitNotFound}.
+void OpenView(const Options& options, VQDatabase& database, const std::string& name, VQViewFolder* view,
+              unsigned long flags = 0);
 
 // One row: its place, what it stands for, and the values of the columns that are not hidden.
 struct ViewRow {
@@ -31,6 +33,14 @@ struct ViewRow {
 ViewRow ReadViewRow(const VQVFEntry& entry, const VQViewFolder& view);
 void PrintViewRow(const ViewRow& row);
 void WriteViewRow(JsonWriter& json, const ViewRow& row);
+
+struct RowRange {
+  std::uint64_t from = 1;   // counted from 1
+  std::uint64_t count = 0;  // 0: all
+  bool categories = false;  // pass over other rows
+};
+
+void ShowRows(const Options& options, const VQViewFolder& view, VQVFNavigator& navigator, const RowRange& range);
 
 }  // namespace tool
 
