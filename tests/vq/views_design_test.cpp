@@ -209,8 +209,10 @@ TEST_F(ViewDesign, LongCodeLosesItsPlaceInTheSummary) {
 TEST_F(ViewDesign, WhatIsNotUnderstoodStays) {
   const std::string tail = "written by a later release";
   const std::string format = vqtest::FormatBytes({ColumnBytes("A", std::string("two\0lines", 9))}) + tail;
-  VQViewFolder view =
-      Stored({{"$ViewFormat", 5, format}, {"$Flags", 0x501, Bytes({1, 0, 3, 0}) + "FK5"}, {"$Viewer", 0x77, "opaque"}});
+  VQViewFolder view = Stored({{"$ViewFormat", 5, format},
+                              {"$Flags", 0x501, Bytes({1, 0, 3, 0}) + "FK5"},
+                              {"$TITLE", 0x500, "One|Two|Three"},
+                              {"$Viewer", 0x77, "opaque"}});
   EXPECT_EQ(TextOf(view[0].GetTitle()), "two\nlines");
   EXPECT_EQ(view.IsFolder(), 1);
   ASSERT_EQ(view.SetShrinkRows(1), VQ_OK);
@@ -220,6 +222,10 @@ TEST_F(ViewDesign, WhatIsNotUnderstoodStays) {
   EXPECT_EQ(StoredValue(view, "$ViewFormat"), expected);
   EXPECT_EQ(StoredValue(view, "$Flags"), Bytes({1, 0, 2, 0}) + "FK");
   EXPECT_EQ(StoredValue(view, "$Viewer"), "opaque");
+  EXPECT_EQ(StoredText(view, "$TITLE"), "One|Two|Three");
+  ASSERT_EQ(view.SetAlias("Four"), VQ_OK);
+  ASSERT_EQ(view.Save(), VQ_OK);
+  EXPECT_EQ(StoredText(view, "$TITLE"), "One|Four");
 }
 
 TEST_F(ViewDesign, ACalendarsSettingsStartFromTheDefaultsAgain) {

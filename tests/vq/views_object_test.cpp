@@ -219,6 +219,51 @@ TEST_F(ViewObject, DatabasesMakeAndListViews) {
   EXPECT_EQ(Db.CreateFolder("x", VQVFSHARINGOPTION_PRIVATE_ON_FIRST_USE, nullptr, nullptr), VQERR_INVALID_PARAMETER);
 }
 
+TEST_F(ViewObject, APrivateFolderIsItsOwners) {
+  VQViewFolder folder;
+  ASSERT_EQ(Db.CreateFolder("Mine", VQVFSHARINGOPTION_PRIVATE, nullptr, &folder), VQ_OK);
+  EXPECT_EQ(folder.GetSlateType(), 0xE1008U);
+  EXPECT_EQ(folder.IsPrivate(), 1);
+  ASSERT_EQ(folder.Save(), VQ_OK);
+  ASSERT_EQ(folder.FolderAddDocument(NewDocument("d")), VQ_OK);
+  VQViewFolder again;
+  ASSERT_EQ(Db.GetViewFolder("Mine", &again), VQ_OK);
+  ASSERT_EQ(again.Open(), VQ_OK);
+  EXPECT_EQ(again.GetEntryCount(), 1U);
+}
+
+TEST_F(ViewObject, ACopyOfTheDefaultViewIsAnotherView) {
+  VQViewFolder view;
+  ASSERT_EQ(Db.CreateView("Main", nullptr, &view), VQ_OK);
+  ASSERT_EQ(view.SetIsDefaultViewFolder(1), VQ_OK);
+  ASSERT_EQ(view.Save(), VQ_OK);
+  ASSERT_EQ(view.Close(), VQ_OK);
+  VQViewFolder copy;
+  ASSERT_EQ(Db.CreateViewFolder("Copy", view, &copy), VQ_OK);
+  EXPECT_EQ(copy.GetIsDefaultViewFolder(), 0);
+}
+
+// Numbers of faces are those of a view's own table.
+TEST_F(ViewObject, ACopiedColumnKeepsItsFonts) {
+  const auto style = [](const char* name) {
+    VQFontStyle made;
+    EXPECT_EQ(made.Assign(0x20, 2, VQString(name), 1, 0), VQ_OK);
+    return made;
+  };
+  VQViewFolder from = NewView("From");
+  ASSERT_EQ(from.AppendColumns(1), VQ_OK);
+  ASSERT_EQ(from[0].SetFontStyle(style("Plain")), VQ_OK);
+  ASSERT_EQ(from[0].SetTitleFontStyle(style("Broad")), VQ_OK);
+  VQViewFolder to = NewView("To");
+  ASSERT_EQ(to.SetUnreadFontStyle(style("Broad")), VQ_OK);
+  ASSERT_EQ(to.AppendColumn(from[0]), VQ_OK);
+  VQFontStyle found;
+  ASSERT_EQ(to[0].GetFontStyle(&found), VQ_OK);
+  EXPECT_EQ(TextOf(found.GetFaceName()), "Plain");
+  ASSERT_EQ(to[0].GetTitleFontStyle(&found), VQ_OK);
+  EXPECT_EQ(TextOf(found.GetFaceName()), "Broad");
+}
+
 TEST_F(ViewObject, FoldersTakeDocumentsOfTheirDatabase) {
   VQViewFolder folder;
   ASSERT_EQ(Db.CreateFolder("F", VQVFSHARINGOPTION_SHARED, nullptr, &folder), VQ_OK);
@@ -234,6 +279,10 @@ TEST_F(ViewObject, FoldersTakeDocumentsOfTheirDatabase) {
   ASSERT_EQ(other.CreateDocument(&foreign), VQ_OK);
   ASSERT_EQ(foreign.Save(), VQ_OK);
   VQSlateArray one(Db);
+  VQViewFolder gone;
+  ASSERT_EQ(Db.CreateFolder("Gone", VQVFSHARINGOPTION_SHARED, nullptr, nullptr), VQ_OK);
+  ASSERT_EQ(Db.GetViewFolder("Gone", &gone), VQ_OK);
+  ASSERT_EQ(Db.DeleteViewFolder("Gone"), VQ_OK);
   struct Row {
     const char* what;
     std::function<VQSTATUS()> operation;
@@ -242,6 +291,8 @@ TEST_F(ViewObject, FoldersTakeDocumentsOfTheirDatabase) {
   };
   const Row rows[] = {
       {"to a view", [&] { return view.FolderAddDocument(document); }, VQERR_FOLDER_ONLY, 0},
+      {"to no folder", [&] { return gone.FolderAddDocument(document); }, ENG_ERR_SLATE_DELETED, 0},
+      {"copied", [&] { return Db.CreateViewFolder("x", gone, nullptr); }, ENG_ERR_SLATE_DELETED, 0},
       {"null", [&] { return folder.FolderAddDocument(VQSlate()); }, VQERR_UNINITIALIZED_ARGUMENT, 0},
       {"not saved", [&] { return folder.FolderAddDocument(fresh); }, VQERR_SLATE_NOT_SAVED, 0},
       {"foreign", [&] { return folder.FolderAddDocument(foreign); }, VQERR_DIFFERENT_DATABASE, 0},

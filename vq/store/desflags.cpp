@@ -54,7 +54,10 @@ constexpr KindLetter kKinds[] = {
     {VQSLATECLASS_AGENT, 'O', 12}, {VQSLATECLASS_AGENT, 'm', 13}, {VQSLATECLASS_AGENT, 0, 8},
 };
 
-std::uint16_t ClassBits(std::uint16_t slate_class) { return slate_class & VQSLATECLASS_ALL; }
+std::uint16_t ClassBits(std::uint16_t slate_class) {
+  const auto bits = static_cast<std::uint16_t>(slate_class & VQSLATECLASS_ALL);
+  return bits == (VQSLATECLASS_VIEW | VQSLATECLASS_PRIVATE) ? VQSLATECLASS_VIEW : bits;
+}
 
 bool HasKinds(std::uint16_t slate_class) {
   const std::uint16_t bits = ClassBits(slate_class);
@@ -106,9 +109,8 @@ VQSTATUS VQDesignFlags::Read(const VQSlateBody* slate) {
   VQ_ASSERT_TEXT(slate, "slate", "DESFLAGS");
   vq::ItemPlace place;
   const VQSTATUS status = slate->PlaceOf("$Flags", &place);
-  if (VQIsError(status)) return status;
-  const bool counts = status == VQ_OK && place.Type == TYPE_TEXT_LIST;
-  Parse(counts ? slate->TextOf("$Flags") : std::string());
+  if (status != VQ_OK) return status;
+  Parse(place.Type == TYPE_TEXT_LIST ? slate->TextOf("$Flags") : std::string());
   return VQ_OK;
 }
 

@@ -20,7 +20,8 @@ class VQ_API VQDesignFlags {
   VQDesignFlags(const VQDesignFlags& other);
   VQDesignFlags& operator=(const VQDesignFlags& other);
 
-  // The first entry of a $Flags text list; an item of another type, or none, clears all letters.
+  // The first entry of a $Flags text list; an item of another type clears all letters. VQWARN_NOT_FOUND for none,
+  // which leaves them as they are.
   VQSTATUS Read(const VQSlateBody* slate);
   // Writes $Flags as a text list and clears the dirty mark.
   VQSTATUS Write(VQSlateBody* slate);

@@ -35,6 +35,7 @@ inline constexpr unsigned short VQSLATECLASS_HELP_INDEX = 0x0080;
 inline constexpr unsigned short VQSLATECLASS_HELP = 0x0100;  // the using document
 inline constexpr unsigned short VQSLATECLASS_AGENT = 0x0200;
 inline constexpr unsigned short VQSLATECLASS_FIELD = 0x0400;
+inline constexpr unsigned short VQSLATECLASS_PRIVATE = 0x1000;  // one user's own; stands beside the bit of its class
 inline constexpr unsigned short VQSLATECLASS_DEFAULT = 0x8000;  // the default design element of its class
 inline constexpr unsigned short VQSLATECLASS_ALL = 0x7FFF;
 

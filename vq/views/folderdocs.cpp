@@ -25,10 +25,11 @@ class SingleTable {
 }  // namespace
 
 VQSTATUS VQViewFolder::CheckFolder() const {
-  if (IsNull()) return VQERR_OBJECT_NOT_INITIALIZED;
+  VQVFTYPE type = VQVFTYPE_UNKNOWN;
+  if (VQSTATUS status = FindType(&type)) return status;
+  if (type != VQVFTYPE_FOLDER) return VQERR_FOLDER_ONLY;
   if (!GetDatabaseBody()->IsOpen()) return VQERR_DATABASE_NOT_OPEN;
-  if (GetSlateID() == 0) return VQERR_VIEW_NOT_SAVED;
-  return IsFolder() != 0 ? VQ_OK : VQERR_FOLDER_ONLY;
+  return GetSlateID() != 0 ? VQ_OK : VQERR_VIEW_NOT_SAVED;
 }
 
 // The engine changes the folder's slate under an open handle. A folder that takes documents is there to stay.

@@ -306,3 +306,14 @@ VQSTATUS VQViewFolderBody::RegisterFont(const VQFontStyle& style, std::uint32_t*
   if (status == VQ_OK) *font_id = static_cast<std::uint32_t>(own.GetFontID());
   return status;
 }
+
+VQSTATUS VQViewFolderBody::TakeFonts(VQViewFolderBody* source, VQVFColumnBody* column) {
+  if (source == nullptr || source == this) return VQ_OK;
+  VQSTATUS status = VQ_OK;
+  for (std::uint32_t* font : {&column->Record().FontID, &column->Extension().TitleFont}) {
+    VQFontStyle style;
+    if (status == VQ_OK) status = source->GetFont(*font, &style);
+    if (status == VQ_OK) status = RegisterFont(style, font);
+  }
+  return status;
+}

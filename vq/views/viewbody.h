@@ -122,7 +122,8 @@ class VQ_API VQViewFolder : public VQSlate {
   VQSTATUS ValidateSlateType(const VQSlate& other) const override;
   VQSTATUS ValidateSlateType(const VQSlateBody* body) const override;
   VQSTATUS ValidateSlateType(unsigned long type) const override;
-  // A body of folder type, its design unread, after a Close.
+  // A body of folder type, its design unread, after a Close. VQERR_VIEW_NOT_SAVED, and no Close, for a slate that is
+  // not stored.
   VQSTATUS CreateViewFolderBody();
 
   VQSTATUS Save(unsigned short flags = 0);
@@ -151,7 +152,7 @@ class VQ_API VQViewFolder : public VQSlate {
   // Colours are indexes below 240, else VQERR_INVALID_PARAMETER.
   unsigned short GetAlternateRowColor() const;
   VQSTATUS SetAlternateRowColor(unsigned short color);
-  // Of folders.
+  // Of folders. Stored while AllowAllAuthors is off.
   VQText GetAuthors() const;
   VQSTATUS SetAuthors(const VQText& authors);
   unsigned short GetBackgroundColor() const;
@@ -174,7 +175,7 @@ class VQ_API VQViewFolder : public VQSlate {
   VQSTATUS SetDaySeparatorColor(unsigned short color);
   int GetExtendLastColumn() const;
   VQSTATUS SetExtendLastColumn(int flag);
-  // Formulas: VQWARN_NOT_FOUND for none. The formula is shared.
+  // Formulas: a copy, both ways; VQWARN_NOT_FOUND for none.
   VQSTATUS GetFormFormula(VQFormula* formula) const;
   VQSTATUS SetFormFormula(const VQFormula& formula);
   int GetGenerateUniqueKeys() const;
@@ -201,6 +202,7 @@ class VQ_API VQViewFolder : public VQSlate {
   VQSTATUS SetLinesPerRow(unsigned long lines);
   VQVFOPENPOSITION GetOpenPosition() const;
   VQSTATUS SetOpenPosition(VQVFOPENPOSITION position);
+  // Stored while AllowAllReaders is off.
   VQText GetReaders() const;
   VQSTATUS SetReaders(const VQText& readers);
   VQVFREFRESHOPTION GetRefreshOption() const;
@@ -384,6 +386,7 @@ class VQ_API VQViewFolder : public VQSlate {
   [[nodiscard]] VQSTATUS SearchEntries(const VQString& query, VQVFNavigator* navigator,
                                        const VQFTSearchOptions* options, const VQVFNavigator* restriction);
   VQSTATUS MakeNavigator(const VQVFPosition* start, std::uint32_t levels, VQVFNavigator* navigator) const;
+  [[nodiscard]] VQSTATUS FindType(VQVFTYPE* type) const;
   [[nodiscard]] VQSTATUS CheckFolder() const;
   VQSTATUS ChangeFolder(Change change, ENGHANDLE table);
   VQSTATUS FolderChanged(VQSTATUS status);
@@ -473,6 +476,8 @@ class VQ_API VQViewFolderBody : public VQSlateBody {
   // VQERR_UNINITIALIZED_ARGUMENT for a null style. Enters a font's face into the slate's table; the font under which
   // the slate knows it.
   [[nodiscard]] VQSTATUS RegisterFont(const VQFontStyle& style, std::uint32_t* font_id);
+  // The fonts of a column copied from `source`, null for none, in this view's numbers.
+  [[nodiscard]] VQSTATUS TakeFonts(VQViewFolderBody* source, VQVFColumnBody* column);
 
  private:
   friend class VQViewFolder;

@@ -10,7 +10,6 @@
 namespace {
 
 constexpr unsigned long kMaximumName = 64;
-constexpr unsigned short kPrivateClass = 0x1000;
 constexpr unsigned kViews = 1U << VQVFTYPE_VIEW;
 constexpr unsigned kFolders = 1U << VQVFTYPE_FOLDER;
 
@@ -98,8 +97,8 @@ VQSTATUS VQDatabase::ListViews(unsigned types, VQViewFolderArray* views) const {
   if (status != VQ_OK) return vq::Apply(status);
   ENGHANDLE all = 0;
   ENGHANDLE kept = 0;
-  status =
-      vq::FromEngine(EngDbSearchClass(body->GetHandle(), VQSLATECLASS_VIEW | kPrivateClass, nullptr, nullptr, &all));
+  status = vq::FromEngine(
+      EngDbSearchClass(body->GetHandle(), VQSLATECLASS_VIEW | VQSLATECLASS_PRIVATE, nullptr, nullptr, &all));
   if (status == VQ_OK) status = vq::FromEngine(EngIdTableCreate(sizeof(std::uint32_t), &kept));
   if (status == VQ_OK) status = KeepTypes(body->GetHandle(), types, all, kept);
   if (all != 0) EngIdTableDestroy(all);
@@ -179,7 +178,9 @@ VQSTATUS VQDatabase::CreateView(const VQString& name, const VQViewFolder* templa
 
 VQSTATUS VQDatabase::CopyViewFolder(const VQString& name, const VQViewFolder& template_, VQViewFolder* view) {
   VQViewFolder source(template_);
-  if (source.IsFolder() != 0) {
+  VQVFTYPE type = VQVFTYPE_UNKNOWN;
+  if (VQSTATUS status = source.FindType(&type)) return status;
+  if (type == VQVFTYPE_FOLDER) {
     if (source.GetDatabaseBody() != GetDatabaseBody()) return VQERR_DIFFERENT_DATABASE;
     const std::string_view text = vq::ViewOf(name);
     std::uint32_t id = 0;
@@ -196,7 +197,10 @@ VQSTATUS VQDatabase::CopyViewFolder(const VQString& name, const VQViewFolder& te
   VQViewFolder made;
   status = OpenMade(id, &made);
   if (status == VQ_OK) status = made.GetViewFolderBody()->SetName(name);
-  return status == VQ_OK ? HandOutView(made, view) : status;
+  if (status != VQ_OK) return status;
+  // The source stays the default view.
+  made.GetViewFolderBody()->SetState(VQViewFolderBody::kDefault, false);
+  return HandOutView(made, view);
 }
 
 VQSTATUS VQDatabase::CreateViewFolder(const VQString& name, const VQViewFolder& template_, VQViewFolder* view) {

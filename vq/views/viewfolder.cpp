@@ -3,12 +3,6 @@
 #include "vq/views/vdesign.h"
 #include "vq/views/viewbody.h"
 
-namespace {
-
-constexpr unsigned long kPrivateClass = 0x1000;
-
-}  // namespace
-
 VQViewFolder::VQViewFolder() = default;
 VQViewFolder::VQViewFolder(VQDatabaseBody* database, unsigned long id) { Assign(database, id); }
 VQViewFolder::VQViewFolder(const VQViewFolder& other) = default;
@@ -52,7 +46,7 @@ VQSTATUS VQViewFolder::ValidateSlateType(const VQSlateBody* body) const {
 VQSTATUS VQViewFolder::ValidateSlateType(unsigned long type) const {
   const unsigned long slate_class = type & VQSLATECLASS_ALL;
   const unsigned long kind = type >> 16;
-  const bool view_class = slate_class == VQSLATECLASS_VIEW || slate_class == (VQSLATECLASS_VIEW | kPrivateClass);
+  const bool view_class = slate_class == VQSLATECLASS_VIEW || slate_class == (VQSLATECLASS_VIEW | VQSLATECLASS_PRIVATE);
   return view_class && (kind == VQDESIGNKIND_VIEW || kind == 0) ? VQ_OK : VQERR_INCORRECT_SLATE_TYPE;
 }
 
@@ -76,6 +70,7 @@ VQSTATUS VQViewFolder::CreateSlateBody(unsigned long flags, unsigned long argume
 
 VQSTATUS VQViewFolder::CreateViewFolderBody() {
   if (IsNull()) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
+  if (GetSlateID() == 0) return vq::Apply(VQERR_VIEW_NOT_SAVED);
   const VQSTATUS closed = Close();
   if (VQIsError(closed)) return closed;
   const VQSTATUS status = CreateSlateBody(VQViewFolderBody::kDesignUnread, 0, 0);
@@ -140,12 +135,16 @@ VQViewFolderBody* VQViewFolder::RequireDesign(Suits suits) const {
 }
 
 // A view that is not open is looked into for the moment.
-VQVFTYPE VQViewFolder::GetType() const {
-  if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
+VQSTATUS VQViewFolder::FindType(VQVFTYPE* type) const {
+  if (IsNull()) return VQERR_OBJECT_NOT_INITIALIZED;
   VQViewFolder view(*this);
-  vq::ThrowIfError(view.CreateSlateBody(0, 0, 1));
+  const VQSTATUS status = view.CreateSlateBody(0, 0, 1);
+  return status == VQ_OK ? view.GetViewFolderBody()->GetType(type) : status;
+}
+
+VQVFTYPE VQViewFolder::GetType() const {
   VQVFTYPE type = VQVFTYPE_UNKNOWN;
-  vq::ThrowIfError(view.GetViewFolderBody()->GetType(&type));
+  if (VQSTATUS status = FindType(&type)) vq::Throw(status);
   return type;
 }
 
@@ -209,8 +208,9 @@ VQSTATUS VQViewFolder::AddColumn(unsigned long position, const VQVFColumn* sourc
     made->SetDirtyFlags(VQVFColumnBody::kGenerateName | VQVFColumnBody::kRecompile);
   }
   const unsigned long at = position == kAtEnd ? columns.GetCount() : position;
-  status = at <= VQVFColumnBodyArray::kMaximum ? columns.Insert(static_cast<std::uint32_t>(at), added.GetColumnBody())
-                                               : VQERR_OUT_OF_RANGE;
+  if (at > columns.GetCount()) return vq::Apply(VQERR_OUT_OF_RANGE);
+  if (source != nullptr) status = body->TakeFonts(source->GetColumnBody()->GetOwner(), made);
+  if (status == VQ_OK) status = columns.Insert(static_cast<std::uint32_t>(at), made);
   if (status == VQ_OK && column != nullptr) *column = added;
   return vq::Apply(status);
 }

@@ -19,8 +19,8 @@ void VQViewFolderBody::SetDefaults() {
   // A record of no length takes its defaults.
   VQ_ASSERT_TEXT(design::CompleteExtension(&TableExtension) == VQ_OK, "error == 0", "VDESIGN");
   CalendarRecord = design::DefaultCalendar();
-  Flags.Parse({});
-  Flags.SetLetter('Y', true);
+  // Not in the view menu until told otherwise.
+  Flags.Parse("Y");
   SetState(kAllAuthors | kAllReaders, true);
 }
 
@@ -76,13 +76,12 @@ VQSTATUS VQViewFolderBody::LoadFlags() {
   const VQSTATUS status = Flags.Read(this);
   if (VQIsError(status)) return status;
   SetState(kFlagsRead, true);
-  if (!HasState(kNew) || PlaceOf("$Flags", nullptr) == VQ_OK) {
+  if (!HasState(kNew) || status == VQ_OK) {
     Type = Flags.HasLetter('F') ? VQVFTYPE_FOLDER : VQVFTYPE_VIEW;
     return VQ_OK;
   }
   if (Type == VQVFTYPE_UNKNOWN) Type = VQVFTYPE_VIEW;
   Flags.SetLetter('F', Type == VQVFTYPE_FOLDER);
-  Flags.SetLetter('Y', true);
   return VQ_OK;
 }
 

@@ -74,8 +74,13 @@ VQSTATUS VQViewFolderBody::SaveOrRemove(std::string_view item, bool keep, std::s
   return keep ? SaveText(item, text, flags) : Remove(item);
 }
 
-// A folder takes its true name by a rename in the engine, once it is stored.
+// A folder takes its true name by a rename in the engine, once it is stored. Further synonyms, between name and alias,
+// stay until the name changes.
 VQSTATUS VQViewFolderBody::SaveTitle(bool temporary) {
+  if (!temporary && !HasState(kNameChanged)) {
+    const std::vector<std::string> stored = NamesInTitle();
+    if (stored.size() > 2 && stored.front() == vq::ViewOf(Name) && stored.back() == vq::ViewOf(Alias)) return VQ_OK;
+  }
   std::string title(vq::ViewOf(Name));
   if (temporary) {
     std::replace(title.begin(), title.end(), '_', '$');
