@@ -5,7 +5,8 @@
 // `folder` that is no folder gives ENG_ERR_NOT_FOLDER, ENG_ERR_SLATE_DELETED or ENG_ERR_NO_SLATE.
 //
 // A user's unread list is the set of documents that were new or changed and not read since; what a user saves is read
-// for that user. It stands in the database, so that every process sees the same list.
+// for that user. It stands in the database, so that every process sees the same list. Documents whose readers leave
+// the user out are not in its tables.
 #ifndef QUILLON_ENGINE_FOLDER_H
 #define QUILLON_ENGINE_FOLDER_H
 

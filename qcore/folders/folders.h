@@ -19,9 +19,9 @@ namespace qcore {
 
 enum class FolderSharing : std::uint16_t { kShared = 0, kPrivate = 1 };
 
-// A new folder of the design of slate `format` in `format_database`; `format` 0 stands for a plain design of one column
-// that shows the document's position. ENG_ERR_FOLDER_NAME, ENG_ERR_FOLDER_EXISTS; ENG_ERR_NOT_FOLDER
-// when `format` is neither a view nor a folder. A private folder can be read by its maker alone.
+// A new folder of the design of slate `format` in `format_database`; `format` 0 gives one without columns.
+// ENG_ERR_FOLDER_NAME, ENG_ERR_FOLDER_EXISTS; ENG_ERR_NOT_FOLDER when `format` is neither a view nor a folder. A
+// private folder can be read by its maker alone.
 [[nodiscard]] ENGSTATUS CreateFolder(const std::shared_ptr<Database>& database,
                                      const std::shared_ptr<Database>& format_database, std::uint32_t format,
                                      std::string_view name, FolderSharing sharing, std::uint32_t* id);

@@ -16,6 +16,13 @@ ENGSTATUS ListIds(ENGHANDLE id_table, Ids* ids) {
   return idtable::ForEach(id_table, [ids](std::uint32_t id) { ids->push_back(id); });
 }
 
+// Another process may have deleted the folder since it was found to be one.
+ENGSTATUS CheckStillThere(Store& store, std::uint32_t folder) {
+  SlateHeader header;
+  const ENGSTATUS status = store.ReadHeader(folder, &header);
+  return status == ENG_OK && header.deleted ? ENGSTATUS{ENG_ERR_SLATE_DELETED} : status;
+}
+
 ENGSTATUS CheckDocuments(Store& store, const Ids& ids) {
   for (std::uint32_t id : ids) {
     SlateHeader header;
@@ -47,6 +54,7 @@ ENGSTATUS AddToFolder(const std::shared_ptr<Database>& database, std::uint32_t f
   const std::lock_guard lock(database->mutex());
   Change change(*database);
   status = change.Begin();
+  if (status == ENG_OK) status = CheckStillThere(database->store(), folder);
   if (status == ENG_OK) status = CheckDocuments(database->store(), ids);
   if (status == ENG_OK) status = SetMembers(database->store(), folder, ids, true);
   return status == ENG_OK ? change.Commit() : status;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "qcore/idtables/idtable.h"
+#include "qcore/slates/readers.h"
 #include "qcore/store/wire.h"
 
 namespace qcore {
@@ -77,7 +78,7 @@ ENGSTATUS ReadUnread(Store& store, std::string_view user, UnreadList* list, Ids*
     status = store.ReadOwnSaves(list->user, [&own](std::uint32_t id, std::uint64_t feed) { own[id] = feed; });
     if (status != ENG_OK) return status;
   }
-  Ids gone;
+  Ids gone;  // deleted or read
   Ids come;
   status = store.ReadFeedBehind(list->feed, [&](const NumberedEntry& change) {
     const FeedEntry& entry = change.entry;
@@ -85,7 +86,7 @@ ENGSTATUS ReadUnread(Store& store, std::string_view user, UnreadList* list, Ids*
       gone.push_back(entry.id);
     } else if ((entry.slate_class & kDocumentClass) != 0) {
       const auto saved = own.find(entry.id);
-      if (saved == own.end() || saved->second < change.feed) come.push_back(entry.id);
+      (saved != own.end() && saved->second >= change.feed ? gone : come).push_back(entry.id);
     }
     list->feed = change.feed;
   });
@@ -161,6 +162,7 @@ ENGSTATUS GetUnreadTable(Database& database, std::string_view user, bool create,
       if (status == ENG_OK) status = database.store().PutUnread(user, &list);
       if (status == ENG_OK) status = change.Commit();
     }
+    if (status == ENG_OK) status = KeepReadable(database, NamesList(user), &ids);
   }
   if (status == ENG_OK) status = idtable::Make(ids, table);
   if (status == ENG_OK) registry.Add(*table, user);
@@ -175,7 +177,8 @@ ENGSTATUS RefreshUnread(Database& database, ENGHANDLE table, bool* changed) {
   Ids ids;
   {
     const std::lock_guard lock(database.mutex());
-    const ENGSTATUS status = ReadUnreadOnce(database.store(), user, &list, &ids);
+    ENGSTATUS status = ReadUnreadOnce(database.store(), user, &list, &ids);
+    if (status == ENG_OK) status = KeepReadable(database, NamesList(user), &ids);
     if (status != ENG_OK) return status;
   }
   return idtable::Assign(table, ids, changed);
@@ -194,7 +197,9 @@ ENGSTATUS SetUnreadTable(Database& database, std::string_view user, ENGHANDLE be
   UnreadList list;
   Ids ids;
   if (status == ENG_OK) status = ReadUnread(database.store(), user, &list, &ids);
+  // What the user may not read was not in sight, and keeps its place in the list.
   if (before == 0) old_ids = ids;
+  if (status == ENG_OK && before == 0) status = KeepReadable(database, NamesList(user), &old_ids);
   Ids added = Without(new_ids, old_ids);
   if (status == ENG_OK) status = KeepDocuments(database.store(), &added);
   if (status != ENG_OK) return status;

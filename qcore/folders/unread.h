@@ -1,7 +1,8 @@
 // Unread tables: for a user, the documents not yet read.
 //
 // Kept in the store as a set of IDs with the place in the change feed that it stands for; what has come behind is
-// folded in at each use. A document is unread once it is new or changed, but for the user who saved it.
+// folded in at each use. A document is unread once it is new or changed, but for the user who saved it. Documents that
+// the user may not read are kept in the list and left out of every table.
 #ifndef QUILLON_QCORE_FOLDERS_UNREAD_H
 #define QUILLON_QCORE_FOLDERS_UNREAD_H
 

@@ -1,5 +1,7 @@
 #include "qcore/slates/readers.h"
 
+#include <algorithm>
+
 #include "engine/slate.h"
 #include "engine/text.h"
 #include "qcore/settings/settings.h"
@@ -16,6 +18,7 @@ namespace {
 constexpr std::string_view kReadersName = "$Readers";
 constexpr std::string_view kParts[] = {"cn=", "ou=", "o=", "c="};
 constexpr std::uint16_t kTypeText = 0x0500;
+constexpr std::uint32_t kSlateStep = 4;
 
 std::string_view Trimmed(std::string_view text) {
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
@@ -144,6 +147,57 @@ ENGSTATUS CheckReaders(Database& database, std::uint32_t id, const NamesList& na
   return database.store().ReadSlate(id, [&](const SlateHeader& header, Bytes packed) {
     return CheckReaders(database, header.id, packed, names, readability);
   });
+}
+
+namespace {
+
+// Forgets what has changed. Change numbers inside a client's transaction may be given again after it, so that nothing
+// is remembered there.
+ENGSTATUS RenewOpenSlates(Database& database, OpenToAll* open) {
+  if (database.transaction() != 0) {
+    open->slates.clear();
+    return ENG_OK;
+  }
+  if (open->slates.empty()) return database.store().FeedEnd(&open->feed);
+  return database.store().ReadFeedBehind(open->feed, [open](const NumberedEntry& change) {
+    const std::size_t place = change.entry.id / kSlateStep;
+    if (place < open->slates.size()) open->slates[place] = false;
+    open->feed = change.feed;
+  });
+}
+
+bool IsLost(ENGSTATUS status) {
+  return status == ENG_ERR_SLATE_DELETED || status == ENG_ERR_NO_SLATE || status == ENG_ERR_ITEM_DAMAGED ||
+         status == ENG_ERR_DB_DAMAGED;
+}
+
+ENGSTATUS DropUnreadable(Database& database, const NamesList& names, std::vector<std::uint32_t>* ids) {
+  OpenToAll& open = database.open_to_all();
+  ENGSTATUS failure = RenewOpenSlates(database, &open);
+  if (failure != ENG_OK) return failure;
+  const bool remember = database.transaction() == 0;
+  if (remember) open.slates.resize(std::max<std::size_t>(open.slates.size(), ids->back() / kSlateStep + 1));
+  std::erase_if(*ids, [&](std::uint32_t id) {
+    if (failure != ENG_OK || (remember && open.slates[id / kSlateStep])) return false;
+    Readability readability{};
+    const ENGSTATUS status = CheckReaders(database, id, names, &readability);
+    if (IsLost(status)) return true;
+    failure = status;
+    if (remember) open.slates[id / kSlateStep] = status == ENG_OK && !readability.restricted;
+    return !readability.may_read;
+  });
+  return failure;
+}
+
+}  // namespace
+
+ENGSTATUS KeepReadable(Database& database, const NamesList& names, std::vector<std::uint32_t>* ids) {
+  if (ids->empty()) return ENG_OK;
+  const ENGSTATUS status = database.store().BeginRead();
+  if (status != ENG_OK) return status;
+  const ENGSTATUS kept = DropUnreadable(database, names, ids);
+  database.store().EndRead();
+  return kept;
 }
 
 }  // namespace qcore

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 #include "qcore/slates/packed.h"
 #include "qcore/store/database.h"
@@ -65,6 +66,10 @@ struct Readability {
 // The same by ID. ENG_ERR_SLATE_DELETED, ENG_ERR_NO_SLATE.
 [[nodiscard]] ENGSTATUS CheckReaders(Database& database, std::uint32_t id, const NamesList& names,
                                      Readability* readability);
+
+// Leaves those of `ids`, in ascending order, that exist and may be read; what is damaged goes too. With the database's
+// mutex held. Slates without readers are remembered until they change, so that a list costs its reading once.
+[[nodiscard]] ENGSTATUS KeepReadable(Database& database, const NamesList& names, std::vector<std::uint32_t>* ids);
 
 }  // namespace qcore
 

@@ -28,6 +28,12 @@ class OpenSlate {
   ~OpenSlate() = default;
 };
 
+// Slates that are known to be readable for everybody, by ID / 4, as of change `feed`.
+struct OpenToAll {
+  std::uint64_t feed = 0;
+  std::vector<bool> slates;
+};
+
 class Database {
  public:
   // A database or, for a path that names one, a directory.
@@ -63,6 +69,7 @@ class Database {
   // The rest is used with the mutex held.
   std::mutex& mutex() { return mutex_; }
   Store& store() { return *store_; }
+  OpenToAll& open_to_all() { return open_to_all_; }
   // Serial of the running client transaction, 0 outside of one.
   std::uint64_t transaction() const { return transaction_; }
   void Register(OpenSlate* slate) { slates_.insert(slate); }
@@ -80,6 +87,7 @@ class Database {
   std::unique_ptr<Store> store_;
   std::string user_;
   NameTable names_;
+  OpenToAll open_to_all_;
   std::mutex mutex_;
   ENGHANDLE handle_ = 0;
   std::uint64_t transaction_ = 0;

@@ -176,7 +176,41 @@ TEST_F(Folders, NewAndChangedDocumentsAreUnreadForOthers) {
   EXPECT_EQ(SetUnread("Jane", {a}, {b, c}), ENG_OK) << "a deleted document cannot be unread";
   Reopen();
   EXPECT_EQ(Unread("Jane"), Ids_{b});
+  EXPECT_EQ(Unread(me), Ids_{b});
+  const ENGHANDLE mine = OpenSlate(b);
+  EXPECT_EQ(Append(mine, "More", "x"), ENG_OK);
+  SaveAndClose(mine);
+  EXPECT_EQ(Unread(me), Ids_{}) << "saving reads what was unread, too";
   EXPECT_EQ(SetUnread("", {}, {}), ENG_ERR_USER_NAME);
+}
+
+TEST_F(Folders, UnreadListsLeaveOutWhatTheUserMayNotRead) {
+  const std::string jane = "CN=Jane/O=Acme";
+  const std::uint32_t open = Make({{"Subject", "a"}});
+  const std::uint32_t hidden = Make({{"Subject", "b"}, {"$Readers", "CN=Bob/O=Acme"}});
+  const std::uint32_t hers = Make({{"Subject", "c"}, {"$Readers", jane}});
+  const ENGHANDLE table = UnreadTable(jane, db_);
+  EXPECT_EQ(Ids(table), (Ids_{open, hers}));
+  EXPECT_EQ(Unread("Bob/Acme"), (Ids_{open, hidden}));
+  const auto set_readers = [&](std::uint32_t id, const char* name) {
+    const ENGHANDLE slate = OpenSlate(id);
+    EXPECT_EQ(EngItemSetText(slate, Store("$Readers"), Store(name), 100), ENG_OK);
+    SaveAndClose(slate);
+  };
+  set_readers(open, "Bob/Acme");
+  set_readers(hidden, "*");
+  int changed = 0;
+  EXPECT_EQ(EngDbRefreshUnreadTable(db_, table, &changed), ENG_OK);
+  EXPECT_EQ(TakeIds(table), (Ids_{hidden, hers}));
+  ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+  set_readers(hers, "Bob/Acme");
+  EXPECT_EQ(Unread(jane), Ids_{hidden});
+  ASSERT_EQ(EngDbRollback(db_), ENG_OK);
+  set_readers(hidden, "Bob/Acme");  // its change has the number of the one that was undone
+  EXPECT_EQ(Unread(jane), Ids_{hers});
+  EXPECT_EQ(SetUnread(jane, {}, {}), ENG_OK);
+  EXPECT_EQ(Unread(jane), Ids_{});
+  EXPECT_EQ(Unread("Bob/Acme"), (Ids_{open, hidden}));
 }
 
 TEST_F(Folders, AnUnreadTableFollowsAnotherHandle) {

@@ -237,10 +237,10 @@ class VQ_API VQDatabase : public VQSmartPtr {
   // The slates that the formula selects. Options may be null; their completed date is set.
   VQSTATUS Search(const VQFormula& formula, VQSlateArray* slates, VQSearchOptions* options = nullptr) const;
 
-  // The documents that are new or changed for a user, who is the session's where none is named; the first reading
-  // starts the user's list with all documents. SetUnreadList replaces the list, UpdateUnreadList does what differs
-  // between two arrays, so that documents that came in meanwhile stay unread. Entries that are no documents are passed
-  // over.
+  // The documents that are new or changed for a user and may be read by that user, who is the session's where none is
+  // named; the first reading starts the user's list with all documents. SetUnreadList replaces the list,
+  // UpdateUnreadList does what differs between two arrays, so that documents that came in meanwhile stay unread.
+  // Entries that are no documents are passed over.
   VQSTATUS GetUnreadList(VQSlateArray* slates) const;
   VQSTATUS GetUnreadList(VQSlateArray* slates, const VQString& user) const;
   VQSTATUS SetUnreadList(const VQSlateArray& slates);
