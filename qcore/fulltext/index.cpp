@@ -43,38 +43,48 @@ class Updater {
   // What has changed since the index's place, in one list, so that parts do not walk the feed again.
   ENGSTATUS List() {
     const std::lock_guard lock(database_.mutex());
-    ENGSTATUS status = ReadTextIndexState(database_, &state_);
-    if (status != ENG_OK) return status;
-    return database_.store().ReadFeedBehind(state_.feed,
-                                            [this](const NumberedEntry& entry) { changes_.push_back(entry); });
+    TextIndexState state;
+    const ENGSTATUS status = ReadTextIndexState(database_, &state);
+    return status == ENG_OK ? ListBehind(state.feed) : status;
   }
   bool at_end() const { return next_ == changes_.size(); }
   std::uint32_t done() const { return static_cast<std::uint32_t>(next_); }
   std::uint32_t all() const { return static_cast<std::uint32_t>(changes_.size()); }
 
-  // One part, whole or not at all. Another process may have been faster: then its place is the index's.
+  // One part, whole or not at all. Another process may have been faster: then its place is the index's. Or it has made
+  // the index anew meanwhile, whose place lies before ours.
   ENGSTATUS TakePart() {
     const std::lock_guard lock(database_.mutex());
     Change change(database_);
     ENGSTATUS status = change.Begin();
     TextIndexState present;
     if (status == ENG_OK) status = ReadTextIndexState(database_, &present);
+    if (status == ENG_OK && present.feed < feed_) status = ListBehind(present.feed);
     if (status != ENG_OK) return status;
     while (!at_end() && changes_[next_].feed <= present.feed) ++next_;
     const FT_INDEX_STATS before = *statistics_;
     const std::size_t end = std::min(next_ + kPart, changes_.size());
     status = TakeChanges(next_, end);
-    if (status == ENG_OK) {
-      const std::uint64_t feed = end == 0 ? present.feed : std::max(present.feed, changes_[end - 1].feed);
-      status = WriteState(database_.store(), {feed, Now()});
-    }
+    const std::uint64_t feed = end == 0 ? present.feed : std::max(present.feed, changes_[end - 1].feed);
+    if (status == ENG_OK) status = WriteState(database_.store(), {feed, Now()});
     if (status == ENG_OK) status = change.Commit();
-    if (status == ENG_OK) next_ = end;
-    if (status != ENG_OK) *statistics_ = before;
-    return status;
+    if (status != ENG_OK) {
+      *statistics_ = before;
+      return status;
+    }
+    next_ = end;
+    feed_ = feed;
+    return ENG_OK;
   }
 
  private:
+  ENGSTATUS ListBehind(std::uint64_t feed) {
+    changes_.clear();
+    next_ = 0;
+    feed_ = feed;
+    return database_.store().ReadFeedBehind(feed, [this](const NumberedEntry& entry) { changes_.push_back(entry); });
+  }
+
   // By slate, as the index takes them best.
   ENGSTATUS TakeChanges(std::size_t begin, std::size_t end) {
     std::vector<NumberedEntry> part(changes_.begin() + static_cast<std::ptrdiff_t>(begin),
@@ -125,7 +135,7 @@ class Updater {
 
   Database& database_;
   FT_INDEX_STATS* statistics_;
-  TextIndexState state_;
+  std::uint64_t feed_ = 0;  // the place that next_ stands for
   std::vector<NumberedEntry> changes_;
   std::size_t next_ = 0;
   std::string text_;

@@ -52,12 +52,15 @@ void AppendPhrase(const TextQuery& query, std::string* expression) {
   *expression += query.prefix ? "\"*" : "\"";
 }
 
-void AppendQuery(const TextQuery& query, std::string* expression) {
+// What the words of a field take away is for the caller to tell: elsewhere in the document they take nothing away.
+enum class Within { kDocument, kField };
+
+void AppendQuery(const TextQuery& query, Within within, std::string* expression) {
   const auto join = [&](const char* word) {
     *expression += '(';
     for (std::size_t i = 0; i < query.parts.size(); ++i) {
       if (i != 0) *expression += word;
-      AppendQuery(query.parts[i], expression);
+      AppendQuery(query.parts[i], within, expression);
     }
     *expression += ')';
   };
@@ -69,8 +72,8 @@ void AppendQuery(const TextQuery& query, std::string* expression) {
     case TextQuery::Kind::kOr:
       return join(" OR ");
     case TextQuery::Kind::kNot:
-      // What a field takes away is for the caller to tell.
-      return HasField(query.parts[1]) ? AppendQuery(query.parts[0], expression) : join(" NOT ");
+      if (within == Within::kDocument && !HasField(query.parts[1])) return join(" NOT ");
+      return AppendQuery(query.parts[0], within, expression);
     case TextQuery::Kind::kNear:
       *expression += "NEAR";
       join(" ");
@@ -78,7 +81,7 @@ void AppendQuery(const TextQuery& query, std::string* expression) {
       *expression += "," + std::to_string(query.distance) + ")";
       return;
     case TextQuery::Kind::kField:
-      return AppendQuery(query.parts[0], expression);
+      return AppendQuery(query.parts[0], Within::kField, expression);
   }
 }
 
@@ -218,7 +221,7 @@ ENGSTATUS SqliteStore::FindText(const TextQuery& query, TextRank rank, const Tex
   if (status == ENG_OK) status = ReadNumbers(Sql::kReadGuardedTexts, &guarded);
   if (status != ENG_OK) return status;
   std::string expression;
-  AppendQuery(query, &expression);
+  AppendQuery(query, Within::kDocument, &expression);
   Use use = Start(rank == TextRank::kRanked ? Sql::kRankText : Sql::kFindText);
   use.BindText(1, expression);
   while (use.Row()) {

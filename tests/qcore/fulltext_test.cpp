@@ -106,6 +106,8 @@ TEST_F(FullText, QueriesFindWhatTheySay) {
       {"field subject contains quick", "b"},
       {"[Body] contains (quick fox)", "ad"},
       {"quick NOT [body] contains fox", "b"},
+      {"[body] contains (quick NOT the)", "d"},
+      {"京都 NOT [body] contains (quick NOT the)", "c"},
       {"[subject] contains (the or 東)", "cd"},
       {"[Body] contains \"quick brown\"", "a"},
       {"[Body] contains (quick near/1 jumps)", "-"},
@@ -208,6 +210,29 @@ TEST_F(FullText, ReadersKeepOthersOut) {
   EXPECT_EQ(Search_("apple"), Hits{mine}) << "readers that the index does not know yet";
   ASSERT_EQ(EngEnvSetString("UserName", "CN=jane doe/OU=Dev/O=ACME"), ENG_OK);
   EXPECT_EQ(Search_("apple"), (Hits{open, others}));
+}
+
+// Another process makes the index anew between two parts of an update, and gets less far than that update was.
+TEST_F(FullText, AnUpdateGoesOnWhereARemadeIndexStands) {
+  constexpr std::uint32_t kEarlier = 10;
+  constexpr std::uint32_t kPart = 10000;
+  for (std::uint32_t i = 0; i < kEarlier; ++i) Make({{"Body", "apple"}});
+  Index();
+  ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+  for (std::uint32_t i = 0; i < kPart + kEarlier; ++i) Make({{"Body", "apple"}});
+  ASSERT_EQ(EngDbCommit(db_), ENG_OK);
+  ENGHANDLE other = Open();
+  const auto remake = [](void* context, std::uint32_t, std::uint32_t) -> ENGSTATUS {
+    auto& handle = *static_cast<ENGHANDLE*>(context);
+    if (handle == 0) return ENG_OK;
+    const auto stop = [](void*, std::uint32_t, std::uint32_t) -> ENGSTATUS { return ENG_ERR_ARGUMENT; };
+    EXPECT_EQ(EngFtIndex(handle, ENG_FT_INDEX_ANEW, stop, nullptr, nullptr), ENG_ERR_ARGUMENT);
+    EXPECT_EQ(EngDbClose(handle), ENG_OK);
+    handle = 0;
+    return ENG_OK;
+  };
+  EXPECT_EQ(EngFtIndex(db_, 0, remake, &other, nullptr), ENG_OK);
+  EXPECT_EQ(Search_("apple").size(), kPart + 2 * kEarlier);
 }
 
 // A folder stands for any view here.
