@@ -30,6 +30,29 @@ TEST_F(Tables, EveryWalkGivesTheSameIdentifiers) {
   EXPECT_EQ(array.GetSlateID(3), ids[4]);
 }
 
+// More runs than the form of runs has room for. Steps back that began at the front each time would not end.
+TEST_F(Tables, ATableOfManyRunsIsWalkedBothWays) {
+  constexpr unsigned long kCount = 66000;
+  const auto id = [](unsigned long index) { return 8 + 8 * index + (index >= 5000 ? 4 : 0); };
+  VQSlateArray array(Db);
+  for (unsigned long i = 0; i < kCount; ++i) ASSERT_EQ(array.Add(id(i)), VQ_OK);
+  IDTABLEHEADER header{};
+  void* cursor = EngMemLock(array.GetIDTable());
+  EXPECT_EQ(EngOdsRead(&cursor, ODS_IDTABLEHEADER, &header, 1), ENG_OK);
+  EXPECT_EQ(EngMemUnlock(array.GetIDTable()), ENG_OK);
+  ASSERT_EQ(header.Flags & 0x8000, 0x8000);
+  unsigned long wrong = 0;
+  for (unsigned long i = 0; i < kCount; ++i) wrong += array.GetSlateID(i) != id(i);
+  for (unsigned long i = kCount; i-- > 0;) wrong += array.GetSlateID(i) != id(i);
+  for (unsigned long i = 0, at = 0; i < 2000; ++i, at = (at * 31 + 2570) % kCount) {
+    wrong += array.GetSlateID(at) != id(at);
+  }
+  EXPECT_EQ(wrong, 0U);
+  ASSERT_EQ(array.Remove(id(3)), VQ_OK);
+  EXPECT_EQ(array.GetSlateID(kCount - 2), id(kCount - 1));
+  EXPECT_EQ(array.GetSlateID(3), id(4));
+}
+
 struct AddRow {
   const char* what;
   VQSTATUS (*operation)(VQSlateArray& array, VQDatabase& database);
@@ -43,6 +66,14 @@ TEST_F(Tables, RefusalsLeaveTheSetAlone) {
        [](VQSlateArray& a, VQDatabase& db) {
          VQDocument fresh;
          db.CreateDocument(&fresh);
+         return a.Add(fresh);
+       },
+       VQERR_SLATE_NOT_SAVED},
+      {"slate closed before it was saved",
+       [](VQSlateArray& a, VQDatabase& db) {
+         VQDocument fresh;
+         db.CreateDocument(&fresh);
+         fresh.Close();
          return a.Add(fresh);
        },
        VQERR_SLATE_NOT_SAVED},

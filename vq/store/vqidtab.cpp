@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::uint32_t kRunSize = 5;
 constexpr std::uint16_t kNotInRuns = 0x8000;
+constexpr std::uint32_t kScanStride = 1024;
 
 std::uint32_t RunStart(const unsigned char* run) {
   return vq::LoadWord(run + 1) | static_cast<std::uint32_t>(vq::LoadWord(run + 3)) << 16;
@@ -32,7 +33,8 @@ VQIDTable::VQIDTable()
       Count(0),
       Handle(0),
       LockedPtr(nullptr),
-      Header{} {}
+      Header{},
+      WindowStride(0) {}
 
 VQIDTable::VQIDTable(ENGHANDLE table)
     : Closed(0),
@@ -46,7 +48,8 @@ VQIDTable::VQIDTable(ENGHANDLE table)
       Count(0),
       Handle(table),
       LockedPtr(nullptr),
-      Header{} {
+      Header{},
+      WindowStride(0) {
   try {
     Refresh();
   } catch (...) {
@@ -111,6 +114,8 @@ void VQIDTable::ReadRuns(std::uint32_t size) {
     UseScan = 1;
     UnlockTable();
     EngIdTableScan(Handle, 1, &CurrentID);
+    ScanMarks.assign(1, CurrentID);
+    ScanWindow.clear();
     return;
   }
   if ((size - header) / kRunSize < Header.RunCount) vq::Throw(VQERR_CORRUPTED);
@@ -216,7 +221,7 @@ VQSTATUS VQIDTable::RemoveBody(VQSlateBody* body) {
 std::uint32_t VQIDTable::GetID(unsigned long index) {
   vq::ThrowIfError(CheckUsable());
   if (index >= Count) vq::Throw(VQERR_BAD_SUBSCRIPT);
-  if (UseScan != 0) return ScanTo(index);
+  if (UseScan != 0) return ScanTo(static_cast<std::uint32_t>(index));
   if (LockedPtr == nullptr) Refresh();
   if (index == 0) {
     RunPtr = FirstRun;
@@ -272,16 +277,37 @@ void VQIDTable::MoveBackward(unsigned long distance) {
   RunOffset = static_cast<std::uint8_t>(Extra() + 1UL - distance);
 }
 
-std::uint32_t VQIDTable::ScanTo(unsigned long index) {
-  unsigned long steps = index;
-  if (index >= CurrentIndex && index != 0) {
-    steps = index - CurrentIndex;
-  } else if (EngIdTableScan(Handle, 1, &CurrentID) == 0) {
-    vq::Throw(VQERR_BAD_SUBSCRIPT);
+// From the nearest known position before it: the one asked for last, or a mark. A step back fills the window, in which
+// the next steps back lie.
+std::uint32_t VQIDTable::ScanTo(std::uint32_t index) {
+  const auto stride = std::min(index / kScanStride, static_cast<std::uint32_t>(ScanMarks.size() - 1));
+  if (index < CurrentIndex) {
+    FillWindow(stride);
+    const std::size_t place = index - stride * kScanStride;
+    if (place >= ScanWindow.size()) vq::Throw(VQERR_BAD_SUBSCRIPT);
+    CurrentID = ScanWindow[place];
+    CurrentIndex = index;
+    return CurrentID;
   }
-  for (; steps > 0; --steps) {
+  if (stride * kScanStride > CurrentIndex) {
+    CurrentID = ScanMarks[stride];
+    CurrentIndex = stride * kScanStride;
+  }
+  while (CurrentIndex < index) {
     if (EngIdTableScan(Handle, 0, &CurrentID) == 0) vq::Throw(VQERR_BAD_SUBSCRIPT);
+    ++CurrentIndex;
+    if (CurrentIndex == ScanMarks.size() * kScanStride) ScanMarks.push_back(CurrentID);
   }
-  CurrentIndex = static_cast<std::uint32_t>(index);
   return CurrentID;
+}
+
+void VQIDTable::FillWindow(std::uint32_t stride) {
+  if (!ScanWindow.empty() && WindowStride == stride) return;
+  ScanWindow.clear();
+  ScanWindow.reserve(kScanStride);
+  WindowStride = stride;
+  std::uint32_t id = ScanMarks[stride];
+  do {
+    ScanWindow.push_back(id);
+  } while (ScanWindow.size() < kScanStride && EngIdTableScan(Handle, 0, &id) != 0);
 }

@@ -73,7 +73,8 @@ class VQ_API VQIDTable : public VQBody {
   void MoveForward(unsigned long distance);
   void MoveBackward(unsigned long distance);
   void StepRun(bool forward);
-  std::uint32_t ScanTo(unsigned long index);
+  std::uint32_t ScanTo(std::uint32_t index);
+  void FillWindow(std::uint32_t stride);
 
   int Closed;
   std::uint8_t RunOffset;
@@ -88,6 +89,10 @@ class VQ_API VQIDTable : public VQBody {
   unsigned char* LockedPtr;
   IDTABLEHEADER Header;
   std::vector<Registration> Bodies;  // by identifier
+  // In scan mode: the IDs at every 1024th position that a scan has passed, and all of one such stretch.
+  std::vector<std::uint32_t> ScanMarks;
+  std::vector<std::uint32_t> ScanWindow;
+  std::uint32_t WindowStride;
 };
 
 class VQ_API VQSlateArray : public VQSmartPtr {

@@ -76,7 +76,7 @@ VQSTATUS VQSlateArray::Add(const VQSlate& slate) {
   if (Body == nullptr) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
   if (slate.IsNull()) return vq::Apply(VQERR_UNINITIALIZED_ARGUMENT);
   const unsigned long id = slate.GetSlateID();
-  if (id == 0) return vq::Apply(slate.IsOpen() ? VQERR_SLATE_NOT_SAVED : VQERR_UNINITIALIZED_ARGUMENT);
+  if (id == 0) return vq::Apply(VQERR_SLATE_NOT_SAVED);
   if (slate.GetDatabaseBody() != Database.GetDatabaseBody()) return vq::Apply(VQERR_DIFFERENT_DATABASE);
   return Add(id);
 }
