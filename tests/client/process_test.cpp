@@ -1,4 +1,5 @@
-// Two processes save one document: the later one hears of it, loses nothing, and may insist.
+// Two processes on one database: the later save of a document hears of the earlier one, loses nothing, and may insist;
+// folders, unread lists and full text see what the other process did.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
@@ -39,6 +40,30 @@ TEST(OtherProcess, Saves) {
   ASSERT_EQ(document.Save(), VQ_OK);
 }
 
+TEST(OtherProcess, AddsAndChanges) {
+  const char* id = ::getenv(kOther);
+  if (id == nullptr) GTEST_SKIP() << "runs within TwoProcesses";
+  VQQuillonSession session;
+  VQDatabase database;
+  VQDocument fresh;
+  VQDocument changed;
+  VQViewFolder folder;
+  ASSERT_EQ(session.Init(), VQ_OK);
+  ASSERT_EQ(session.GetDatabase("day", &database), VQ_OK);
+  ASSERT_EQ(database.Open(), VQ_OK);
+  ASSERT_EQ(database.CreateDocument(&fresh), VQ_OK);
+  ASSERT_EQ(fresh.CreateItem("Subject", TYPE_TEXT, "fresh pear", 10), VQ_OK);
+  ASSERT_EQ(fresh.Save(), VQ_OK);
+  ASSERT_EQ(database.GetDocument(std::stoul(id), &changed), VQ_OK);
+  ASSERT_EQ(changed.Open(), VQ_OK);
+  ASSERT_EQ(changed.CreateItem("More", TYPE_TEXT, "ripe pear", 9), VQ_OK);
+  ASSERT_EQ(changed.Save(), VQ_OK);
+  ASSERT_EQ(database.GetViewFolder("Kept", &folder), VQ_OK);
+  ASSERT_EQ(folder.Open(), VQ_OK);
+  ASSERT_EQ(folder.FolderAddDocument(fresh), VQ_OK);
+  ASSERT_EQ(folder.FolderRemoveDocument(changed), VQ_OK);
+}
+
 class TwoProcesses : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -63,10 +88,11 @@ class TwoProcesses : public ::testing::Test {
     std::filesystem::remove_all(Home);
   }
 
-  void SaveInOtherProcess() const {
+  void SaveInOtherProcess() const { RunInOtherProcess("Saves"); }
+  void RunInOtherProcess(const std::string& test) const {
     const std::string self = std::filesystem::read_symlink("/proc/self/exe");
     const std::string command = kOther + ("=" + std::to_string(Mine.GetSlateID())) + " '" + self +
-                                "' --gtest_filter=OtherProcess.Saves >'" + (Home / "log").string() + "' 2>&1";
+                                "' --gtest_filter=OtherProcess." + test + " >'" + (Home / "log").string() + "' 2>&1";
     ASSERT_EQ(::system(command.c_str()), 0);
   }
   VQDocument Stored() const {
@@ -74,6 +100,17 @@ class TwoProcesses : public ::testing::Test {
     EXPECT_EQ(Database.GetDocument(Mine.GetSlateID(), &document), VQ_OK);
     EXPECT_EQ(document.Open(), VQ_OK);
     return document;
+  }
+
+  // Subjects of the documents of an array.
+  static std::string Subjects(const VQSlateArray& slates) {
+    std::string all;
+    for (unsigned long i = 0; i < slates.GetCount(); ++i) {
+      VQSlate slate = slates[i];
+      EXPECT_EQ(slate.Open(), VQ_OK);
+      all += First(slate, "Subject") + ";";
+    }
+    return all;
   }
 
   std::filesystem::path Home;
@@ -108,6 +145,32 @@ TEST_F(TwoProcesses, TheLaterSaveLosesNothingAndMayInsist) {
   EXPECT_EQ(First(Stored(), "Subject"), "theirs");
   EXPECT_EQ(Stored().HasItem("Body"), 1);
   EXPECT_EQ(Database.Check(&text), VQ_OK) << text.GetPlatformTextPtr();
+}
+
+TEST_F(TwoProcesses, ListsAndSearchesSeeTheOthersDocuments) {
+  VQViewFolder folder;
+  VQSlateArray unread;
+  VQFTIndexStatistics statistics;
+  VQDocumentArray found;
+  ASSERT_EQ(Database.CreateFolder("Kept", VQVFSHARINGOPTION_SHARED, nullptr, &folder), VQ_OK);
+  ASSERT_EQ(folder.Open(), VQ_OK);
+  ASSERT_EQ(folder.FolderAddDocument(Mine), VQ_OK);
+  ASSERT_EQ(Database.CreateFTIndex(), VQ_OK);
+  ASSERT_EQ(Database.GetUnreadList(&unread, "Jane"), VQ_OK);
+  ASSERT_EQ(Database.SetUnreadList(VQSlateArray(Database), "Jane"), VQ_OK);
+  RunInOtherProcess("AddsAndChanges");
+  ASSERT_EQ(Database.GetUnreadList(&unread, "Jane"), VQ_OK);
+  EXPECT_EQ(Subjects(unread), "old;fresh pear;");
+  EXPECT_EQ(Database.FTSearch("pear", &found), VQWARN_NOT_FOUND);
+  ASSERT_EQ(Database.UpdateFTIndex(&statistics), VQ_OK);
+  EXPECT_EQ(statistics.GetDocumentsAdded(), 1u);
+  EXPECT_EQ(statistics.GetDocumentsUpdated(), 1u);
+  ASSERT_EQ(Database.FTSearch("fresh", &found), VQ_OK);
+  EXPECT_EQ(Subjects(found), "fresh pear;");
+  ASSERT_EQ(Database.FTSearch("pear", &found), VQ_OK);
+  EXPECT_EQ(found.GetCount(), 2u);
+  ASSERT_EQ(folder.Refresh(), VQ_OK);
+  EXPECT_EQ(Subjects(VQSlateArray(folder)), "fresh pear;");
 }
 
 }  // namespace
