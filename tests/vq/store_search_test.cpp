@@ -1,4 +1,6 @@
 // Searches by full text and by formula, and unread lists, through the class library.
+#include <functional>
+
 #include "tests/vq/support/store_fixture.h"
 #include "vq/automation/vqformula.h"
 #include "vq/automation/vqsrchop.h"
@@ -138,6 +140,31 @@ TEST_F(Searches, UnreadListsAreTheUsersOwn) {
   ASSERT_EQ(Db.GetUnreadList(&after), VQ_OK);
   EXPECT_EQ(after.GetCount(), 1u);
   EXPECT_EQ(Db.SetUnreadList(VQSlateArray()), VQERR_UNINITIALIZED_ARGUMENT);
+}
+
+TEST_F(Searches, WithoutAnOpenDatabaseThereIsAStatus) {
+  VQDocumentArray found;
+  const VQSlateArray none(Db);
+  const std::function<VQSTATUS(VQDatabase&)> operations[] = {
+      [&](VQDatabase& db) { return db.FTSearch("apple", &found); },
+      [&](VQDatabase& db) { return db.CreateFTIndex(); },
+      [&](VQDatabase& db) { return db.UpdateFTIndex(); },
+      [&](VQDatabase& db) { return db.DeleteFTIndex(); },
+      [&](VQDatabase& db) { return db.Search(VQFormula("SELECT @All"), &found); },
+      [&](VQDatabase& db) { return db.GetUnreadList(&found); },
+      [&](VQDatabase& db) { return db.GetUnreadList(&found, "Jane"); },
+      [&](VQDatabase& db) { return db.SetUnreadList(none); },
+      [&](VQDatabase& db) { return db.UpdateUnreadList(none, none); },
+  };
+  VQDatabase closed = Db;
+  ASSERT_EQ(closed.Close(), VQ_OK);
+  for (int place = 0; place < 2 * static_cast<int>(std::size(operations)); ++place) {
+    const auto& operation = operations[place / 2];
+    VQDatabase null;
+    VQSetThrowAllErrors(place % 2);
+    EXPECT_EQ(ReturnedStatusOf([&] { return operation(null); }), VQERR_OBJECT_NOT_INITIALIZED) << place;
+    EXPECT_EQ(ReturnedStatusOf([&] { return operation(closed); }), VQERR_DATABASE_NOT_OPEN) << place;
+  }
 }
 
 }  // namespace

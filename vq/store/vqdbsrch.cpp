@@ -159,16 +159,26 @@ VQSTATUS VQDatabase::WriteUnread(const VQString& user, const VQSlateArray* befor
 
 VQString VQDatabase::CurrentUser() const { return RequireOpen()->GetOwnerSession()->GetUserNameText(); }
 
-VQSTATUS VQDatabase::GetUnreadList(VQSlateArray* slates) const { return GetUnreadList(slates, CurrentUser()); }
+VQSTATUS VQDatabase::GetUnreadList(VQSlateArray* slates) const {
+  VQDatabaseBody* body = nullptr;
+  const VQSTATUS status = CheckOpen(&body);
+  return status == VQ_OK ? GetUnreadList(slates, CurrentUser()) : vq::Apply(status);
+}
 VQSTATUS VQDatabase::GetUnreadList(VQSlateArray* slates, const VQString& user) const {
   return vq::Apply(ReadUnread(user, slates));
 }
-VQSTATUS VQDatabase::SetUnreadList(const VQSlateArray& slates) { return SetUnreadList(slates, CurrentUser()); }
+VQSTATUS VQDatabase::SetUnreadList(const VQSlateArray& slates) {
+  VQDatabaseBody* body = nullptr;
+  const VQSTATUS status = CheckOpen(&body);
+  return status == VQ_OK ? SetUnreadList(slates, CurrentUser()) : vq::Apply(status);
+}
 VQSTATUS VQDatabase::SetUnreadList(const VQSlateArray& slates, const VQString& user) {
   return vq::Apply(WriteUnread(user, nullptr, slates));
 }
 VQSTATUS VQDatabase::UpdateUnreadList(const VQSlateArray& before, const VQSlateArray& after) {
-  return UpdateUnreadList(before, after, CurrentUser());
+  VQDatabaseBody* body = nullptr;
+  const VQSTATUS status = CheckOpen(&body);
+  return status == VQ_OK ? UpdateUnreadList(before, after, CurrentUser()) : vq::Apply(status);
 }
 VQSTATUS VQDatabase::UpdateUnreadList(const VQSlateArray& before, const VQSlateArray& after, const VQString& user) {
   return vq::Apply(WriteUnread(user, &before, after));
