@@ -110,7 +110,8 @@ void CodeWriter::AddSection(SectionKind kind, std::string_view name, Bytes body)
 }
 
 void CodeWriter::ReplaceBody(Bytes body) {
-  code_.resize(code_.size() - 2);
+  code_.pop_back();
+  code_.pop_back();
   AppendWord(&code_, body.size());
   AppendBytes(&code_, body);
 }
