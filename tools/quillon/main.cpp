@@ -9,7 +9,8 @@
 namespace {
 
 constexpr char kExitCodes[] =
-    "Exit codes: 0 done; 1 failed, the reason on standard error; 2 wrong command line; 3 document or word not found;\n"
+    "Exit codes: 0 done; 1 failed, the reason on standard error; 2 wrong command line; 3 no such document, word, view "
+    "or row;\n"
     "4 check found damage or diff a difference.";
 
 constexpr VQSTATUS kNoSettings = 421;
