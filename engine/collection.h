@@ -151,15 +151,10 @@ ENG_API ENGSTATUS EngCollectionRead(ENGHANDLE collection, void* position, uint16
 ENG_API ENGSTATUS EngCollectionFind(ENGHANDLE collection, const void* keys, uint16_t flags, void* position,
                                     uint32_t* matches);
 
-// Expands the markers in a column's constant text for one row: byte 0x7F and a letter.
-//
-//   0x7F 'D' number of the row ("1.2.1")      0x7F 'L' its level, from 1        0x7F 'C' children
-//   0x7F 'd' descendants                      0x7F 'S' siblings                 0x7F 'U' "*" for an unread row
-//   0x7F 'I' "+" for a row with rows below it 0x7F 'T' title of the database    0x7F 'V' title of the view
-//
-// Another letter stays as it is, marker included. `statistics` is the record of mask 0x0438 without the last word; null
-// counts as zero. `unread` is not looked at: `table` tells what is unread. ENG_ERR_BUFFER_SIZE when the result does not
-// fit; nothing is written then.
+// Expands the marks in a column's constant text for one row: those of ENG_SPECIAL_... in engine/formula.h. What is no
+// such mark stays as it is. `id` is the row's as mask 0x0001 gives it. `statistics` is the record of mask 0x0438
+// without the last word; null counts as zero. `unread` is not looked at: `table` tells what is unread.
+// ENG_ERR_BUFFER_SIZE when the result does not fit; nothing is written then.
 ENG_API ENGSTATUS EngCollectionTranslateSpecial(const ENGCHAR* text, uint16_t length, ENGCHAR* output,
                                                 uint16_t output_size, uint32_t id, const void* position,
                                                 const void* statistics, const void* unread, ENGHANDLE table,

@@ -53,6 +53,9 @@ typedef struct ENGFORMULAERROR {
 #define ENG_SPECIAL_DOC_PARENT_NUMBER 'P'  // [separator], as the number
 #define ENG_SPECIAL_IS_CATEGORY 'G'        // [text for yes, text for no], "*" and "" without them
 #define ENG_SPECIAL_IS_EXPANDABLE 'X'      // [text for yes, text for no], "+" and "" without them
+#define ENG_SPECIAL_IS_UNREAD 'U'          // as the category; no function gives this mark, nor the next two
+#define ENG_SPECIAL_DB_TITLE 'T'
+#define ENG_SPECIAL_VIEW_TITLE 'V'
 
 // On a failure with *error filled the text is wrong there; statuses ENG_ERR_FORMULA_... of engine/status.h.
 ENG_API ENGSTATUS EngFormulaCompile(const ENGCHAR* text, uint16_t length, ENGHANDLE* code, uint16_t* code_length,

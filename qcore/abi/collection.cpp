@@ -117,6 +117,7 @@ ENGSTATUS EngCollectionTranslateSpecial(const ENGCHAR* text, uint16_t length, EN
       facts.children = qcore::LoadLittle<uint32_t>(words + 4);
       facts.descendants = qcore::LoadLittle<uint32_t>(words + 8);
     }
+    facts.id = id;
     facts.unread = qcore::idtable::Contains(table, id);
     if (db_title) facts.db_title = Terminated(db_title, UINT16_MAX);
     if (view_title) facts.view_title = Terminated(view_title, UINT16_MAX);

@@ -32,7 +32,14 @@ enum class Form : std::uint8_t {
 };
 
 // What the result depends on beside the arguments.
-enum Depends : std::uint8_t { kNothing = 0, kOnTime = 1, kOnItems = 2, kOnResponses = 4, kOnDescendants = 8 };
+enum Depends : std::uint8_t {
+  kNothing = 0,
+  kOnTime = 1,
+  kOnItems = 2,
+  kOnResponses = 4,
+  kOnDescendants = 8,
+  kOnRow = 16
+};
 
 inline constexpr std::uint16_t kAnyNumber = 0xFFFF;
 

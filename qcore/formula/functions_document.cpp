@@ -256,14 +256,14 @@ constexpr Function kFunctions[] = {
     {133, "ViewTitle", 0, 0, Form::kEager, kNothing, ViewTitle, nullptr},
     {134, "DbColumn", 4, 4, Form::kEager, kOnTime, DbColumn, "NOCACHE"},
     {135, "DbLookup", 5, 7, Form::kEager, kOnTime, DbLookup, "NOCACHE FAILSILENT PARTIALMATCH"},
-    {146, "DocNumber", 0, 1, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_NUMBER>, nullptr},
-    {147, "DocLevel", 0, 0, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_LEVEL>, nullptr},
-    {148, "DocSiblings", 0, 0, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_SIBLINGS>, nullptr},
-    {149, "DocChildren", 0, 3, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_CHILDREN>, nullptr},
-    {150, "DocDescendants", 0, 3, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_DESCENDANTS>, nullptr},
-    {151, "DocParentNumber", 0, 1, Form::kEager, kNothing, Mark<ENG_SPECIAL_DOC_PARENT_NUMBER>, nullptr},
-    {152, "IsCategory", 0, 2, Form::kEager, kNothing, Mark<ENG_SPECIAL_IS_CATEGORY>, nullptr},
-    {153, "IsExpandable", 0, 2, Form::kEager, kNothing, Mark<ENG_SPECIAL_IS_EXPANDABLE>, nullptr},
+    {146, "DocNumber", 0, 1, Form::kEager, kOnRow, Mark<ENG_SPECIAL_DOC_NUMBER>, nullptr},
+    {147, "DocLevel", 0, 0, Form::kEager, kOnRow, Mark<ENG_SPECIAL_DOC_LEVEL>, nullptr},
+    {148, "DocSiblings", 0, 0, Form::kEager, kOnRow, Mark<ENG_SPECIAL_DOC_SIBLINGS>, nullptr},
+    {149, "DocChildren", 0, 3, Form::kEager, kOnRow, Mark<ENG_SPECIAL_DOC_CHILDREN>, nullptr},
+    {150, "DocDescendants", 0, 3, Form::kEager, kOnRow, Mark<ENG_SPECIAL_DOC_DESCENDANTS>, nullptr},
+    {151, "DocParentNumber", 0, 1, Form::kEager, kOnRow, Mark<ENG_SPECIAL_DOC_PARENT_NUMBER>, nullptr},
+    {152, "IsCategory", 0, 2, Form::kEager, kOnRow, Mark<ENG_SPECIAL_IS_CATEGORY>, nullptr},
+    {153, "IsExpandable", 0, 2, Form::kEager, kOnRow, Mark<ENG_SPECIAL_IS_EXPANDABLE>, nullptr},
 };
 
 }  // namespace

@@ -77,6 +77,7 @@ class LoadedProgram final : public Program {
   bool depends_on_time() const override { return (depends_ & kOnTime) != 0; }
   bool selects_responses() const override { return (depends_ & kOnResponses) != 0; }
   bool selects_descendants() const override { return (depends_ & kOnDescendants) != 0; }
+  bool marks_rows() const override { return (depends_ & kOnRow) != 0; }
   bool reads_any_item() const override { return (depends_ & kOnItems) != 0; }
 
   const RunSection& section(std::size_t index) const { return sections_[index]; }

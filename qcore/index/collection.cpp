@@ -123,6 +123,7 @@ ENGSTATUS Collection::ReadRows(IndexTree& tree, const ReadRequest& request, COLL
   Walk::Spot last = spot;
   const Walk::Spot end = within ? Walk::Spot{walk.EndOf(static_cast<Rank>(spot))} : Walk::Spot{tree.rows().rows()};
   RowBuffer buffer(tree, index_->layout(), *entries_, walk, unread_, request.mask);
+  if (index_->marks_rows()) buffer.ExpandMarks();
   PageTree::Cursor cursor = tree.rows().At(static_cast<Rank>(spot));
   for (bool full = false;;) {
     full = !buffer.Add(static_cast<Rank>(spot), cursor, here, 0);
@@ -186,6 +187,7 @@ ENGSTATUS Collection::ReadHits(IndexTree& tree, const ReadRequest& request, COLL
   hit = std::max(hit, 1u);
   Walk walk(tree.rows(), unread_);
   RowBuffer buffer(tree, index_->layout(), *entries_, walk, unread_, request.mask);
+  if (index_->marks_rows()) buffer.ExpandMarks();
   for (std::uint32_t passed = 0;;) {
     const std::vector<PlannedRow> rows = tree.RowsOf(hits_[hit - 1].id);
     COLLECTIONPOSITION here = *position;

@@ -185,6 +185,11 @@ bool DocumentReader::selects_below() const {
   return program.selects_responses() || program.selects_descendants();
 }
 
+bool DocumentReader::marks_rows() const {
+  return std::ranges::any_of(formulas_->codes(),
+                             [](const Formulas::Code& code) { return code.evaluator.program().marks_rows(); });
+}
+
 bool DocumentReader::depends_on_time() const {
   return std::ranges::any_of(formulas_->codes(),
                              [](const Formulas::Code& code) { return code.evaluator.program().depends_on_time(); });

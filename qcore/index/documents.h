@@ -63,6 +63,8 @@ class DocumentReader {
   [[nodiscard]] ENGSTATUS ReadAll(const Visitor& visit);
   // Whether a change of a document can change the selection of those below it.
   bool selects_below() const;
+  // Whether values have marks that each row expands.
+  bool marks_rows() const;
   // Whether rows change by themselves with time.
   bool depends_on_time() const;
 

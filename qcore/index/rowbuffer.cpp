@@ -4,6 +4,8 @@
 #include <bit>
 #include <cstring>
 
+#include "engine/formula.h"
+#include "qcore/index/special.h"
 #include "qcore/store/checksum.h"
 #include "qcore/store/wire.h"
 
@@ -68,7 +70,9 @@ bool RowBuffer::Add(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSI
     Put(position.MaxLevel);
     for (std::uint16_t level = 0; level <= position.Level; ++level) Put(position.Tumbler[level]);
   }
-  if ((mask_ & ENG_READ_SUMMARY) != 0 && !(document && CopySummary(row.value()))) AddSummary(rank, row);
+  if ((mask_ & ENG_READ_SUMMARY) != 0 && !(document && !expands_ && CopySummary(row.value()))) {
+    AddSummary(rank, row, position);
+  }
   if (before == 0 || size_ <= kSize) return true;
   size_ = before;
   return false;
@@ -123,7 +127,7 @@ void RowBuffer::AddUniversalId(const PageTree::Cursor& row) {
   }
 }
 
-void RowBuffer::AddSummary(Rank rank, const PageTree::Cursor& row) {
+void RowBuffer::AddSummary(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position) {
   pieces_.assign(layout_.summary_size(), {});
   if (row.kind() == RowKind::kDocument) {
     RowValues values(row.value());
@@ -132,6 +136,7 @@ void RowBuffer::AddSummary(Rank rank, const PageTree::Cursor& row) {
       if (!values.Next(&item)) break;
       piece = {item.type, item.data};
     }
+    if (expands_) ExpandPieces(rank, row, position);
   } else if (row.kind() == RowKind::kCategory) {
     PiecesOfCategory(row);
     AddTotals(rank + 1, walk_.EndOf(rank));
@@ -139,6 +144,25 @@ void RowBuffer::AddSummary(Rank rank, const PageTree::Cursor& row) {
     AddTotals(0, index_.rows().rows());
   }
   WriteSummary();
+}
+
+void RowBuffer::ExpandPieces(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position) {
+  expanded_.resize(pieces_.size());
+  for (std::size_t value = 0; value < pieces_.size(); ++value) {
+    Piece& piece = pieces_[value];
+    const bool texts = piece.type == kTypeText || piece.type == kTypeTextList;
+    const bool marked = std::ranges::find(piece.data, std::uint8_t{ENG_SPECIAL_MARK}) != piece.data.end();
+    if (!texts || !marked || layout_.column(value).formula.empty()) continue;
+    SpecialFacts facts;
+    facts.id = row.id();
+    facts.position = &position;
+    facts.siblings = walk_.Siblings(rank);
+    facts.children = walk_.Children(rank);
+    facts.descendants = walk_.Descendants(rank);
+    if (ExpandSpecialValue(piece.type == kTypeTextList, piece.data, facts, &expanded_[value])) {
+      piece.data = expanded_[value];
+    }
+  }
 }
 
 // A category shows what the first document below it has there.

@@ -18,6 +18,8 @@ class RowBuffer {
   RowBuffer(IndexTree& index, const ValueLayout& layout, Database& entries, Walk& walk, ENGHANDLE unread,
             std::uint32_t mask);
 
+  // From then on the marks that formulas left in documents' values are expanded.
+  void ExpandMarks() { expands_ = true; }
   // Appends the row at a cursor. False when it would go beyond the buffer, which a first row never does.
   [[nodiscard]] bool Add(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position,
                          std::uint16_t score);
@@ -34,13 +36,14 @@ class RowBuffer {
 
   void AddCounts(Rank rank);
   void AddUniversalId(const PageTree::Cursor& row);
-  void AddSummary(Rank rank, const PageTree::Cursor& row);
+  void AddSummary(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position);
   // The summary of a document, in one go; false when it would be too long.
   bool CopySummary(Bytes value);
   void Need(std::size_t more);
   template <typename T>
   void Put(T value);
   void PutBytes(Bytes bytes);
+  void ExpandPieces(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position);
   void PiecesOfCategory(const PageTree::Cursor& row);
   void AddTotals(Rank first, Rank end);
   double TotalOf(Totals totals, std::size_t place, const Sum& sum, Rank first, Rank end);
@@ -57,7 +60,9 @@ class RowBuffer {
   std::size_t fixed_;  // the most that a row has beside its values
   std::vector<Piece> pieces_;
   std::vector<std::array<std::uint8_t, 8>> numbers_;  // of totals
-  std::vector<std::uint8_t> scratch_;                 // of a category's document
+  bool expands_ = false;
+  std::vector<std::vector<std::uint8_t>> expanded_;  // by value
+  std::vector<std::uint8_t> scratch_;                // of a category's document
 };
 
 }  // namespace qcore::index

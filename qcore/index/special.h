@@ -1,11 +1,13 @@
-// Markers in constant column texts; see EngCollectionTranslateSpecial.
+// Marks in constant column texts; see EngCollectionTranslateSpecial.
 #ifndef QUILLON_QCORE_INDEX_SPECIAL_H
 #define QUILLON_QCORE_INDEX_SPECIAL_H
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "engine/collection.h"
+#include "qcore/index/values.h"
 
 namespace qcore::index {
 
@@ -21,6 +23,8 @@ struct SpecialFacts {
 };
 
 std::string ExpandSpecial(std::string_view text, const SpecialFacts& facts);
+// The same for a text or text list behind its type word. False for a list that is none or grows too long.
+bool ExpandSpecialValue(bool list, Bytes value, const SpecialFacts& facts, std::vector<std::uint8_t>* expanded);
 
 }  // namespace qcore::index
 

@@ -47,6 +47,7 @@ class ViewIndex {
   [[nodiscard]] ENGSTATUS With(std::uint16_t collation, const Use& use);
   // Within With: what rows need beside the tree.
   const ValueLayout& layout() const { return *layout_; }
+  bool marks_rows() const { return reader_->marks_rows(); }
   Database& entries() { return *entries_; }
 
   // With's lock held. The number of the last change, and those behind a number; false when they are not all known.

@@ -114,8 +114,9 @@ Rank Walk::EndOf(Rank rank) {
 
 std::uint32_t Walk::Forward(std::uint32_t count, const Limits& limits, Spot* spot) {
   Spot end = tree_.rows();
-  if (limits.least != 0 && *spot != kBefore) {
-    end = tree_.NextAtMost(AsRank(*spot), limits.least - 1).value_or(tree_.rows());
+  if (limits.least != 0) {
+    // The first row of all is of level 0.
+    end = *spot == kBefore ? 0 : tree_.NextAtMost(AsRank(*spot), limits.least - 1).value_or(tree_.rows());
   }
   const Rank first = AsRank(*spot + 1);
   if (limits.most >= kDeepestLevel) {

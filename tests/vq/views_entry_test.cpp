@@ -210,23 +210,16 @@ TEST_F(Entries, AConstantIsExpandedForEachRow) {
   const std::string text("\0\5", 2), list("\1\5\2\0\3\0\2\0", 8);
   const ConstantRow rows[] = {
       {text + "plain", "plain"},
-      {text + "<\x7F"
-              "D>",
-       "<1.1.1>"},
-      {text + "\x7F"
-              "L/\x7F"
-              "C/\x7F"
-              "d/\x7F"
-              "S",
-       "3/1/1/2"},
+      {text + "<\x7FN\x7F>", "<1.1.1>"},
+      {text + "\x7FL\x7F/\x7F"
+              "C\x7F/\x7F"
+              "D\x7F/\x7FS\x7F",
+       "2/1/1/2"},
       {text + "\x7F", "\x7F"},
-      {text + std::string(40, '-') +
-           "\x7F"
-           "V",
-       std::string(40, '-') + "Tree"},
-      {list + "a\x7F"
-              "Dbc",
-       "a1.1.1|bc"},
+      {text + std::string(40, '-') + "\x7FV\x7F", std::string(40, '-') + "Tree"},
+      {list + "\x7FN\x7F"
+              "bc",
+       "1.1.1|bc"},
       {text, "-"},
   };
   for (const ConstantRow& row : rows) {

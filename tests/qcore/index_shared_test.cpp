@@ -1,0 +1,267 @@
+// Views beside other things: another process, folders, unread lists, more collations, marks, stores of a former
+// version.
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "engine/formula.h"
+#include "tests/qcore/index_fixture.h"
+
+namespace {
+
+using qtest::AllRows;
+using qtest::At;
+using qtest::Length;
+using qtest::OpenCollection;
+using qtest::Show;
+using qtest::Store;
+using qtest::TestColumn;
+
+using Strings = std::vector<std::string>;
+
+std::string Joined(const Strings& rows) {
+  std::string text;
+  for (const std::string& row : rows) text += row + "\n";
+  return text;
+}
+
+struct Shared : qtest::IndexTest {
+  static ENGHANDLE Table(const std::vector<std::uint32_t>& ids) {
+    ENGHANDLE table = 0;
+    EXPECT_EQ(EngIdTableCreate(4, &table), ENG_OK);
+    for (const std::uint32_t id : ids) EXPECT_EQ(EngIdTableInsert(table, id, nullptr), ENG_OK);
+    return table;
+  }
+  static std::string Go(ENGHANDLE collection, COLLECTIONPOSITION position, std::uint16_t code) {
+    ENGHANDLE block = 0;
+    const ENGSTATUS status = EngCollectionRead(collection, &position, code, 1, ENG_GO_CURRENT, 1, ENG_READ_ID, &block,
+                                               nullptr, nullptr, nullptr, nullptr);
+    if (status != ENG_OK) return "?" + std::to_string(status);
+    EXPECT_EQ(EngMemFree(block), ENG_OK);
+    return Show(position);
+  }
+
+  // The other process: for each byte that comes in it updates its collection, which stays open, and tells the rows;
+  // for 'w' it saves a document before that and writes the index.
+  [[noreturn]] void Answer(std::uint32_t view, int in, int out) {
+    db_ = Open();
+    auto collection = std::make_unique<OpenCollection>(db_, view);
+    for (char what = 0; read(in, &what, 1) == 1;) {
+      if (what == 'w') {
+        Doc({{"Name", "other"}, {"Kind", "o"}});
+        collection.reset();
+        collection = std::make_unique<OpenCollection>(db_, view);
+      }
+      if (EngCollectionUpdate(collection->get()) != ENG_OK) _exit(1);
+      const std::string rows = Joined(AllRows(collection->get())) + '\0';
+      if (write(out, rows.data(), rows.size()) != static_cast<ssize_t>(rows.size())) _exit(2);
+    }
+    _exit(0);
+  }
+  static std::string Ask(char what, int in, int out) {
+    EXPECT_EQ(write(out, &what, 1), 1);
+    std::string rows;
+    char c = 0;
+    while (read(in, &c, 1) == 1 && c != 0) rows += c;
+    return rows;
+  }
+};
+
+TEST_F(Shared, TwoProcessesSeeOneAnothersSaves) {
+  const std::uint32_t view = MakeView({{"Kind", 3}, {"Name", 1}, {"nSize", 0, 4}});
+  std::vector<std::uint32_t> ids;
+  for (int i = 0; i < 300; ++i) {
+    ids.push_back(Doc({{"Name", "n" + std::to_string(i)}, {"Kind", std::to_string(i % 7)}, {"nSize", "1"}}));
+  }
+  ASSERT_EQ(EngDbClose(db_), ENG_OK);
+  db_ = 0;
+  int to[2], from[2];
+  ASSERT_EQ(pipe(to), 0);
+  ASSERT_EQ(pipe(from), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    close(to[1]);
+    Answer(view, to[0], from[1]);
+  }
+  close(from[1]);
+  db_ = Open();
+  for (unsigned round = 0; round < 6; ++round) {
+    const OpenCollection collection(db_, view);
+    const std::string other = Ask(round % 2 == 0 ? 'u' : 'w', from[0], to[1]);
+    ASSERT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+    ASSERT_EQ(Joined(AllRows(collection.get())), other) << round;
+    Change(ids[round * 11], {{"Name", "changed"}, {"Kind", "new"}});
+    ASSERT_EQ(EngSlateDelete(db_, ids[200 + round], 0), ENG_OK);
+    {
+      const OpenCollection rebuilt(db_, view, ENG_COLLECTION_REBUILD);
+      ASSERT_EQ(Joined(AllRows(rebuilt.get())), Ask('u', from[0], to[1])) << round;
+    }
+  }
+  close(to[1]);
+  int how = 0;
+  ASSERT_EQ(waitpid(child, &how, 0), child);
+  EXPECT_TRUE(WIFEXITED(how) && WEXITSTATUS(how) == 0) << how;
+  close(from[0]);
+  EXPECT_EQ(Check(), ENG_OK);
+}
+
+TEST_F(Shared, ANumberedCollationSortsOneHandlesRows) {
+  Doc({{"Name", "a"}, {"nSize", "3"}});
+  Doc({{"Name", "b"}, {"nSize", "1"}});
+  const std::vector<TestColumn> columns = {{"Name", 1}, {"nSize"}};
+  const std::uint32_t view = MakeView(columns);
+  const ENGHANDLE slate = OpenSlate(view);
+  EXPECT_EQ(qtest::Append(slate, "$Collation1", qtest::Collation({{"Name"}, {"nSize", 1}}), 2), ENG_OK);
+  SaveAndClose(slate);
+  const OpenCollection collection(db_, view);
+  const OpenCollection first(db_, view);
+  EXPECT_EQ(EngCollectionSetCollation(collection.get(), 2), ENG_ERR_NO_COLLECTION);
+  EXPECT_EQ(EngCollectionSetCollation(collection.get(), 1), ENG_OK);
+  Doc({{"Name", "c"}, {"nSize", "2"}});
+  EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+  EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d b|1.0", "2 d c|2.0", "3 d a|3.0"}));
+  EXPECT_EQ(AllRows(first.get()), (Strings{"1 d a|3.0", "2 d b|1.0", "3 d c|2.0"}));
+  EXPECT_EQ(EngCollectionSetCollation(collection.get(), 0), ENG_OK);
+  EXPECT_EQ(AllRows(collection.get()), AllRows(first.get()));
+}
+
+TEST_F(Shared, UnreadRowsAreSteppedTo) {
+  const std::uint32_t one = Doc({{"Kind", "a"}, {"Name", "1"}});
+  const std::uint32_t two = Doc({{"Kind", "a"}, {"Name", "2"}});
+  const std::uint32_t below = Doc({{"Name", "3"}}, two);
+  Doc({{"Kind", "b"}, {"Name", "4"}});
+  const std::uint32_t view = MakeView({{"Kind", 3}, {"Name", 1}});
+  const ENGHANDLE unread = Table({one, below});
+  {
+    const OpenCollection collection(db_, view, 0, unread);
+    EXPECT_EQ(AllRows(collection.get()),
+              (Strings{"1 c* a|-", "1.1 d* a|1", "1.2 d a|2", "1.2.1 d1* -|3", "2 c b|-", "2.1 d b|4"}));
+    const struct {
+      std::vector<std::uint32_t> from;
+      std::uint16_t code;
+      const char* to;
+    } steps[] = {{{0}, ENG_GO_NEXT_UNREAD, "1.1"},         {{1, 1}, ENG_GO_NEXT_UNREAD, "1.2.1"},
+                 {{1, 2, 1}, ENG_GO_NEXT_UNREAD, "?1028"}, {{2, 1}, ENG_GO_PREV_UNREAD, "1.2.1"},
+                 {{1, 1}, ENG_GO_PREV_UNREAD, "?1028"},    {{1, 1}, ENG_GO_NEXT_UNREAD_MAIN, "?1028"},
+                 {{2}, ENG_GO_PREV_UNREAD_MAIN, "1.1"},    {{1}, ENG_GO_NEXT_UNREAD_MAIN, "1.1"}};
+    for (const auto& step : steps) {
+      EXPECT_EQ(Go(collection.get(), At(step.from), step.code), step.to) << Show(At(step.from)) << " " << step.code;
+    }
+    EXPECT_EQ(EngIdTableInsert(unread, two, nullptr), ENG_OK);
+    EXPECT_EQ(Go(collection.get(), At({1, 1}), ENG_GO_NEXT_UNREAD_MAIN), "1.2");
+  }
+  EXPECT_EQ(EngIdTableDestroy(unread), ENG_OK);
+}
+
+TEST_F(Shared, AFoldersRowsAreItsMembers) {
+  const std::uint32_t a = Doc({{"Name", "a"}});
+  const std::uint32_t b = Doc({{"Name", "b"}});
+  const std::uint32_t c = Doc({{"Name", "c"}}, b);
+  const std::uint32_t view = MakeView({{"Name", 1}});
+  std::uint32_t folder = 0;
+  ASSERT_EQ(EngFolderCreate(db_, 0, view, db_, Store("In"), 2, 0, 0, &folder), ENG_OK);
+  const OpenCollection collection(db_, folder);
+  const struct {
+    bool add;
+    std::vector<std::uint32_t> ids;
+    Strings rows;
+  } edits[] = {{true, {}, {}},
+               {true, {a, c}, {"1 d a", "2 d c"}},
+               {true, {b}, {"1 d a", "2 d b", "2.1 d1 c"}},
+               {false, {a, b}, {"1 d c"}},
+               {false, {c}, {}},
+               {true, {a, b, c}, {"1 d a", "2 d b", "2.1 d1 c"}}};
+  for (const auto& edit : edits) {
+    const ENGHANDLE table = Table(edit.ids);
+    EXPECT_EQ((edit.add ? EngFolderDocAdd : EngFolderDocRemove)(db_, 0, folder, table, 0), ENG_OK);
+    EXPECT_EQ(EngIdTableDestroy(table), ENG_OK);
+    ASSERT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+    EXPECT_EQ(AllRows(collection.get()), edit.rows);
+  }
+  Change(a, {{"Name", "z"}});
+  EXPECT_EQ(EngSlateDelete(db_, b, 0), ENG_OK);
+  Doc({{"Name", "outside"}});
+  EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+  EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d c", "2 d z"}));
+}
+
+TEST_F(Shared, AStoreOfTheFirstVersionShowsItsViews) {
+  Doc({{"Name", "a"}});
+  const std::uint32_t view = MakeView({{"Name", 1}});
+  ASSERT_EQ(EngDbClose(db_), ENG_OK);
+  sqlite3* connection = nullptr;
+  ASSERT_EQ(sqlite3_open(file().c_str(), &connection), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(connection,
+                         "DROP TABLE removed;DROP TABLE member;DROP TABLE unread;DROP TABLE own;DROP TABLE page;"
+                         "PRAGMA user_version=1",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(connection);
+  db_ = Open();
+  for (const char* name : {"b", "c"}) {
+    const OpenCollection collection(db_, view);
+    const std::size_t rows = AllRows(collection.get()).size();
+    Doc({{"Name", name}});
+    EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+    EXPECT_EQ(AllRows(collection.get()).size(), rows + 1);
+  }
+  Reopen();
+  const OpenCollection kept(db_, view, ENG_COLLECTION_NO_UPDATE | ENG_COLLECTION_NO_CREATE);
+  EXPECT_EQ(AllRows(kept.get()), (Strings{"1 d a", "2 d b", "3 d c"}));
+  EXPECT_EQ(Check(), ENG_OK);
+}
+
+// The mark that a formula gives, as a row of five children and no descendants shows it.
+std::string Expanded(const std::string& text, std::uint32_t id = 4) {
+  const COLLECTIONPOSITION position = At({2, 1, 5});
+  const std::uint32_t statistics[] = {7, 1, 0};
+  ENGCHAR output[64];
+  std::uint16_t length = 0;
+  const ENGSTATUS status =
+      EngCollectionTranslateSpecial(Store(text), Length(text), output, sizeof output, id, &position, statistics,
+                                    nullptr, 0, Store("Db"), Store("View"), &length);
+  return status == ENG_OK ? std::string(reinterpret_cast<char*>(output), length) : "?" + std::to_string(status);
+}
+
+std::string Evaluated(const std::string& formula) {
+  const std::string code = qtest::Compiled(formula);
+  ENGHANDLE compute = 0;
+  char value[200];
+  std::uint32_t length = 0;
+  std::uint16_t flags = 0;
+  EXPECT_EQ(EngFormulaComputeStart(0, code.data(), &compute), ENG_OK);
+  EXPECT_EQ(EngFormulaEvaluateTo(compute, 0, value, sizeof value, &length, &flags), ENG_OK) << formula;
+  EXPECT_EQ(EngFormulaComputeStop(compute), ENG_OK);
+  return std::string(value + 2, length - 2);
+}
+
+TEST_F(Shared, MarksOfFormulasAreExpanded) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"\"<\" + @DocNumber + \">\"", "<2.1.5>"},
+      {"@DocNumber(\"-\")", "2-1-5"},
+      {"@DocNumber(\"\")", "5"},
+      {"@DocParentNumber", "2.1"},
+      {"@DocParentNumber(\"\") + @DocLevel", "12"},
+      {"@DocSiblings", "7"},
+      {"@DocChildren + @DocDescendants", "10"},
+      {"@DocChildren(\"% of them\")", "1 of them"},
+      {"@DocChildren(\"%\"; \"none\"; \"one\")", "one"},
+      {"@DocDescendants(\"%\"; \"none %\"; \"one\")", "none 0"},
+      {"@IsCategory + @IsCategory(\"yes\"; \"no\")", "no"},
+      {"@IsExpandable + @IsExpandable(\"yes\")", "+yes"},
+  };
+  for (const auto& [formula, text] : rows) EXPECT_EQ(Expanded(Evaluated(formula)), text) << formula;
+  EXPECT_EQ(Expanded(Evaluated("@IsCategory"), ENG_ROW_NO_DOCUMENT | 1), "*");
+  for (const std::string& text : {std::string("\x7F"), std::string("a\x7FN"), std::string("\x7Fz\x7F"),
+                                  std::string("\x7FNx\x7F"), std::string("\x7F\x7F\x7F")}) {
+    EXPECT_EQ(Expanded(text), text);
+  }
+  EXPECT_EQ(Expanded(std::string(60, '-') + "\x7FN\x7F"), "?" + std::to_string(ENG_ERR_BUFFER_SIZE));
+  const std::uint32_t parent = Doc({{"Name", "a"}});
+  Doc({{"Name", "\x7FN\x7F"}}, parent);
+  const OpenCollection collection(db_, MakeView({{"Name", 1}, {"No", 0, 0, "@DocNumber + \" \" + Name"}}));
+  EXPECT_EQ(AllRows(collection.get())[0], "1 d a|1 a");
+  EXPECT_EQ(AllRows(collection.get())[1].substr(0, 8), "1.1 d1 \x7F") << "an item's own text stays";
+}
+
+}  // namespace
