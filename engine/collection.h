@@ -82,8 +82,8 @@ typedef struct COLLECTIONPOSITION {
 #define ENG_GO_PREV_MAIN 0x0D
 #define ENG_GO_DESCENDANTS 0x11  // next row, inside the row that the read starts from
 #define ENG_GO_NEXT_UNREAD_MAIN 0x12
-#define ENG_GO_NEXT_PARENT 0x13
-#define ENG_GO_PREV_PARENT 0x14
+#define ENG_GO_NEXT_PARENT 0x13  // next peer of the nearest row above that has one
+#define ENG_GO_PREV_PARENT 0x14  // previous peer of the nearest row above that has one
 #define ENG_GO_PREV_UNREAD 0x15
 #define ENG_GO_NEXT_HIT 0x1D  // hits of a full-text search: Level 0, the hit's number as ordinal
 #define ENG_GO_PREV_HIT 0x1E

@@ -1,7 +1,10 @@
 // Navigators: every move from every row, with every cache, against a plain list of the rows.
 #include <algorithm>
+#include <set>
 
 #include "tests/vq/support/entries_fixture.h"
+#include "vq/store/vqftsrch.h"
+#include "vq/values/vqnumber.h"
 
 namespace {
 
@@ -68,7 +71,7 @@ int Expected(const Lines& rows, VQNAVIGATION code, int at) {
       return LastPeer(rows, at, 1);
     case VQNAVIGATE_MAIN:
       if (row.Main) return at;
-      return row.Category ? kNone : Scan(rows, at, -1, [](const Line& r) { return r.Main; });
+      return row.Level == 1 || row.Category ? kNone : Scan(rows, at, -1, [](const Line& r) { return r.Main; });
     case VQNAVIGATE_NEXT:
     case VQNAVIGATE_PREV:
       return Scan(rows, at, step, [](const Line&) { return true; });
@@ -150,16 +153,23 @@ class Navigators : public vqtest::EntriesFixture {
     EXPECT_EQ(StatusOf([&] { return navigator[rows.size()]; }), VQERR_BAD_SUBSCRIPT);
   }
 
-  // r2 and b1 stay unread.
-  void ReadAllBut(VQViewFolder& view, const std::string& first, const std::string& second) {
+  // The tree, where these alone are unread.
+  VQViewFolder OpenUnread(const std::set<std::string>& names) {
+    VQViewFolder view = OpenTree();
+    ReadAllBut(view, names);
+    EXPECT_EQ(view.Close(), VQ_OK);
+    EXPECT_EQ(view.Open(VQVFOPENFLAGS_USE_UNREAD_LIST), VQ_OK);
+    return view;
+  }
+
+  void ReadAllBut(VQViewFolder& view, const std::set<std::string>& names) {
     VQVFNavigator entries;
     ASSERT_EQ(view.GetEntries(&entries), VQ_OK);
     ENGHANDLE unread = 0;
     ASSERT_EQ(EngIdTableCreate(4, &unread), ENG_OK);
     for (unsigned long i = 0; i < entries.GetEntryCount(); ++i) {
       const VQVFEntry entry = entries[i];
-      const std::string name = Column(entry, 1);
-      if (name != first && name != second) continue;
+      if (entry.IsCategory() != 0 || !names.contains(Column(entry, 1))) continue;
       ASSERT_EQ(EngIdTableInsert(unread, static_cast<std::uint32_t>(entry.GetSlateID()), nullptr), ENG_OK);
     }
     ENGCHAR user[256];
@@ -178,10 +188,7 @@ constexpr const char* kLimits[] = {"0", "1", "3", "", "abc", "5000000000"};
 
 TEST_F(Navigators, EveryCacheGivesTheSameMoves) {
   AddTree();
-  VQViewFolder view = OpenTree();
-  ReadAllBut(view, "r2", "b1");
-  ASSERT_EQ(view.Close(), VQ_OK);
-  ASSERT_EQ(view.Open(VQVFOPENFLAGS_USE_UNREAD_LIST), VQ_OK);
+  VQViewFolder view = OpenUnread({"r2", "b1"});
   for (const char* limit : kLimits) {
     LimitCache(limit);
     SCOPED_TRACE(limit);
@@ -204,17 +211,17 @@ struct PartRow {
 
 TEST_F(Navigators, PartsOfAViewAreClosedWorlds) {
   AddTree();
-  VQViewFolder view = OpenTree();
+  VQViewFolder view = OpenUnread({"r11", "r2", "b1", "d1"});
   VQVFNavigator whole;
   ASSERT_EQ(view.GetEntries(&whole), VQ_OK);
   const Lines all = AllRows(whole);
   const PartRow parts[] = {
-      {"all below a", 0, 0, "1.1 a1\n1.1.1 r1\n1.1.1.1 r11\n1.1.2 r2\n1.2 a2\n"},
+      {"all below a", 0, 0, "1.1 a1\n1.1.1 r1\n1.1.1.1 r11*\n1.1.2 r2*\n1.2 a2\n"},
       {"one level below a", 0, 1, "1.1 a1\n1.2 a2\n"},
-      {"two levels below a", 0, 2, "1.1 a1\n1.1.1 r1\n1.1.2 r2\n1.2 a2\n"},
-      {"below a1", 1, 0, "1.1.1 r1\n1.1.1.1 r11\n1.1.2 r2\n"},
-      {"below c, where a category is deeper", 8, 0, "3.1 c1\n3.1.1 q1\n3.2 d\n3.2.1 d1\n"},
-      {"more levels than there are", 0, 4000000000UL, "1.1 a1\n1.1.1 r1\n1.1.1.1 r11\n1.1.2 r2\n1.2 a2\n"},
+      {"two levels below a", 0, 2, "1.1 a1\n1.1.1 r1\n1.1.2 r2*\n1.2 a2\n"},
+      {"below a1", 1, 0, "1.1.1 r1\n1.1.1.1 r11*\n1.1.2 r2*\n"},
+      {"below c, where a category is deeper", 8, 0, "3.1 c1\n3.1.1 q1\n3.2 d\n3.2.1 d1*\n"},
+      {"more levels than there are", 0, 4000000000UL, "1.1 a1\n1.1.1 r1\n1.1.1.1 r11*\n1.1.2 r2*\n1.2 a2\n"},
   };
   for (const char* limit : kLimits) {
     LimitCache(limit);
@@ -226,19 +233,133 @@ TEST_F(Navigators, PartsOfAViewAreClosedWorlds) {
       const Lines rows = AllRows(below);
       EXPECT_EQ(Listing(rows), part.rows);
       // Category codes are for parts that start with one.
-      for (unsigned code = 0; code <= VQNAVIGATE_PREV_SIBLING; ++code) {
+      for (unsigned code = 0; code < 23; ++code) {
         const bool categories = code == VQNAVIGATE_NEXT_CATEGORY || code == VQNAVIGATE_PREV_CATEGORY;
         if (categories) {
           EXPECT_EQ(below.Goto(static_cast<VQNAVIGATION>(code)), VQWARN_NOT_FOUND);
         }
         for (std::size_t at = 0; !categories && at < rows.size(); ++at) {
-          const bool unread = code == VQNAVIGATE_NEXT_UNREAD || code == VQNAVIGATE_NEXT_UNREAD_MAIN;
-          if (!unread) ExpectMove(below, rows, static_cast<VQNAVIGATION>(code), at, true);
-          if (!unread) ExpectMove(below, rows, static_cast<VQNAVIGATION>(code), at, false);
+          ExpectMove(below, rows, static_cast<VQNAVIGATION>(code), at, true);
+          ExpectMove(below, rows, static_cast<VQNAVIGATION>(code), at, false);
         }
       }
       EXPECT_EQ(below.SetPosition(all[7].Position), VQERR_OUT_OF_RANGE);
     }
+  }
+}
+
+// Rows of one document at several places, and the totals row at the end, which is no category and no document.
+TEST_F(Navigators, TotalsAndRepeatedRowsAreWalkedLikeAny) {
+  AddTree();
+  VQDocument both = Add("a", "both");
+  VQText kinds;
+  ASSERT_EQ(both.GetItem("Kind", &kinds), VQ_OK);
+  kinds << VQString("b");
+  ASSERT_EQ(both.Save(), VQ_OK);
+  VQDocument answer = Add("a", "answer", &both);
+  const double seven = 7;
+  ASSERT_EQ(answer.CreateItem("Size", TYPE_NUMBER, &seven, sizeof seven, VQITEMFLAGS_SUMMARY, VQITEMOPTION_REPLACE),
+            VQ_OK);
+  ASSERT_EQ(answer.Save(), VQ_OK);
+  VQViewFolder view = MakeView(true);
+  ASSERT_EQ(view[3].SetTotalsOption(VQVFTOTALSOPTION_TOTAL), VQ_OK);
+  ASSERT_EQ(view.Save(), VQ_OK);
+  ASSERT_EQ(view.Open(), VQ_OK);
+  ReadAllBut(view, {"both", "d1"});
+  ASSERT_EQ(view.Close(), VQ_OK);
+  ASSERT_EQ(view.Open(VQVFOPENFLAGS_USE_UNREAD_LIST), VQ_OK);
+  for (const char* limit : kLimits) {
+    LimitCache(limit);
+    SCOPED_TRACE(limit);
+    VQVFNavigator whole;
+    ASSERT_EQ(view.GetEntries(&whole), VQ_OK);
+    const Lines rows = AllRows(whole);
+    EXPECT_EQ(Listing(rows),
+              "1 a\n1.1 a1\n1.1.1 r1\n1.1.1.1 r11\n1.1.2 r2\n1.2 a2\n1.3 both*\n1.3.1 answer\n2 b\n2.1 b1\n"
+              "2.2 both*\n2.2.1 answer\n3 c\n3.1 c1\n3.1.1 q1\n3.2 d\n3.2.1 d1*\n4 -\n");
+    ExpectAllMoves(whole, rows, 23);
+    const VQVFEntry total = whole[17];
+    EXPECT_TRUE(total.IsTotal() != 0 && total.IsMainTopic() == 0 && total.GetDescendantCount() == 0);
+    EXPECT_EQ(static_cast<double>(VQNumbers(total.GetColumnItem(3, 1))[0]), 14.0);
+    EXPECT_EQ(Column(total, 2), "-");
+    VQDocument none;
+    EXPECT_EQ(total.GetDocument(&none), VQERR_NO_DOCUMENT_FOR_CATEGORY);
+    EXPECT_EQ(VQDocumentArray(whole).GetCount(), 11U);
+  }
+}
+
+// The rows of a find and the hits of a search are flat, and end where they end.
+TEST_F(Navigators, FoundRowsAndHitsAreWalkedLikeAny) {
+  AddTree();
+  for (const char* name : {"b1", "b1", "b2", "b1"}) Add("b", name);
+  VQViewFolder view = OpenUnread({"b1", "r11", "b2"});
+  ASSERT_EQ(EngFtIndex(vq::ToHandle(Db.GetDatabaseHandle()), 0, nullptr, nullptr, nullptr), ENG_OK);
+  VQVFFindKeys keys;
+  VQVFFindOptions behind;
+  ASSERT_EQ(keys.Append(VQString("b")), VQ_OK);
+  ASSERT_EQ(behind.SetComparison(VQVFCOMPARISON_GREATER), VQ_OK);
+  VQFTSearchOptions plain;
+  ASSERT_EQ(plain.SetSortOrder(VQFTSORTORDER_OLDEST_FIRST), VQ_OK);
+  for (const char* limit : kLimits) {
+    LimitCache(limit);
+    SCOPED_TRACE(limit);
+    VQVFNavigator run;
+    ASSERT_EQ(keys.Append(VQString("b1")), VQ_OK);
+    ASSERT_EQ(view.Find(keys, nullptr, nullptr, &run), VQ_OK);
+    Lines rows = AllRows(run);
+    EXPECT_EQ(Listing(rows), "2.1 b1*\n2.2 b1*\n2.3 b1*\n2.4 b1*\n");
+    ExpectAllMoves(run, rows, 23);
+    keys.Free();
+    ASSERT_EQ(keys.Append(VQString("a")), VQ_OK);
+    ASSERT_EQ(view.Find(keys, behind, nullptr, nullptr, &run), VQ_OK);
+    rows = AllRows(run);
+    EXPECT_EQ(Listing(rows), "2 b\n3 c\n");
+    ExpectAllMoves(run, rows, 23);
+    keys.Free();
+    ASSERT_EQ(keys.Append(VQString("b")), VQ_OK);
+    ASSERT_EQ(view.FTSearch("r11 or b1 or c1 or r2", &run, plain), VQ_OK);
+    rows = AllRows(run);
+    for (Line& row : rows) row.Main = true;
+    EXPECT_EQ(Listing(rows), "1 r11*\n2 r2\n3 b1*\n4 c1\n5 b1*\n6 b1*\n7 b1*\n");
+    ExpectAllMoves(run, rows, 23);
+  }
+}
+
+TEST_F(Navigators, AHitThatHasGoneLeavesTheOthersTheirNumbers) {
+  VQViewFolder view = OpenTree();
+  VQFTSearchOptions plain;
+  ASSERT_EQ(plain.SetSortOrder(VQFTSORTORDER_OLDEST_FIRST), VQ_OK);
+  for (const char* limit : kLimits) {
+    LimitCache(limit);
+    SCOPED_TRACE(limit);
+    Add("a", "needle 1");
+    VQDocument second = Add("a", "needle 2");
+    Add("a", "needle 3");
+    ASSERT_EQ(EngFtIndex(vq::ToHandle(Db.GetDatabaseHandle()), 0, nullptr, nullptr, nullptr), ENG_OK);
+    VQVFNavigator walk, fetch, whole;
+    ASSERT_EQ(view.FTSearch("needle", &walk, plain), VQ_OK);
+    ASSERT_EQ(view.FTSearch("needle", &fetch, plain), VQ_OK);
+    ASSERT_EQ(Db.DeleteSlate(&second), VQ_OK);
+    ASSERT_EQ(view.Refresh(), VQ_OK);
+    COLLECTIONPOSITION gone{};
+    gone.Tumbler[0] = 2;
+    VQVFEntry entry;
+    EXPECT_EQ(fetch.GetEntry(&entry, VQVFPosition(&gone)), VQERR_INVALID_PARAMETER);
+    EXPECT_TRUE(entry.IsNull());
+    EXPECT_EQ(Row(fetch[2]), "3 needle 3");
+    EXPECT_EQ(Row(fetch[0]), "1 needle 1");
+    EXPECT_EQ(StatusOf([&] { return fetch[1]; }), VQERR_BAD_SUBSCRIPT);
+    std::string walked;
+    for (VQSTATUS s = walk.Goto(VQNAVIGATE_FIRST, &entry); s == VQ_OK; s = walk.Goto(VQNAVIGATE_NEXT, &entry)) {
+      walked += Row(entry) + "|";
+    }
+    for (VQSTATUS s = walk.Goto(VQNAVIGATE_LAST, &entry); s == VQ_OK; s = walk.Goto(VQNAVIGATE_PREV, &entry)) {
+      walked += Row(entry) + "|";
+    }
+    EXPECT_EQ(walked, "1 needle 1|3 needle 3|3 needle 3|1 needle 1|");
+    ASSERT_EQ(view.GetEntries(&whole), VQ_OK);
+    ASSERT_EQ(whole.DeleteAllEntries(), VQ_OK);
+    ASSERT_EQ(view.Refresh(), VQ_OK);
   }
 }
 
@@ -367,6 +488,12 @@ TEST_F(Navigators, RefusalsLeaveThePlace) {
          far.MaxLevel = 31;
          far.Tumbler[0] = 77;
          return n.SetPosition(VQVFPosition(&far));
+       },
+       VQERR_INVALID_PARAMETER},
+      {"the place before the first row",
+       [](VQVFNavigator& n) {
+         const COLLECTIONPOSITION before{};
+         return n.SetPosition(VQVFPosition(&before));
        },
        VQERR_INVALID_PARAMETER},
       {"no entry handle", [](VQVFNavigator& n) { return n.GetEntry(nullptr); }, VQERR_NULL_POINTER},

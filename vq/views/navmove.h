@@ -2,6 +2,8 @@
 #ifndef QUILLON_VQ_VIEWS_NAVMOVE_H
 #define QUILLON_VQ_VIEWS_NAVMOVE_H
 
+#include <algorithm>
+
 #include "engine/collection.h"
 #include "engine/memory.h"
 
@@ -16,6 +18,12 @@ struct NavigatorMove {
   std::uint32_t SkipCount;
   bool MustMove;  // a move by nothing is no match
   bool Backward;  // a block that is read along ends at the row
+  bool Exact;     // with no skip: the row at the place or none, not the next hit that is still there
+
+  bool Misses(const COLLECTIONPOSITION& reached) const {
+    if (!Exact || SkipCount != 0) return false;
+    return reached.Level != From.Level || !std::equal(From.Tumbler, From.Tumbler + From.Level + 1, reached.Tumbler);
+  }
 };
 
 // A block of rows, freed with this object.

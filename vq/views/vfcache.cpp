@@ -83,7 +83,7 @@ VQSTATUS VFCache::Fill(const vq::NavigatorMove& move) {
                              &rows.Buffer, &rows.Length, &rows.Skipped, &rows.Returned, &rows.Signals);
   if (status != VQ_OK) return status;
   if (move.MustMove && rows.Skipped == 0) return VQWARN_NOT_FOUND;
-  return Adopt(&rows, move.Backward);
+  return Adopt(&rows, move);
 }
 
 // A read of a find's rows goes on among their peers; what is behind the run is cut off.
@@ -98,7 +98,7 @@ VQSTATUS VFCache::RowsInside(const COLLECTIONPOSITION& first, bool backward, std
 }
 
 // The old block stays unless all of the new one is sound.
-VQSTATUS VFCache::Adopt(vq::EntryRows* rows, bool backward) {
+VQSTATUS VFCache::Adopt(vq::EntryRows* rows, const vq::NavigatorMove& move) {
   const unsigned char* bytes = rows->Lock();
   if (bytes == nullptr) return VQERR_READ_ENTRIES;
   const bool scored = Navigator->HasFlag(VQVFNavigatorBody::kFTSearch);
@@ -112,12 +112,13 @@ VQSTATUS VFCache::Adopt(vq::EntryRows* rows, bool backward) {
     std::size_t used = 0;
     if (vq::ReadRow(bytes + at, rows->Length - at, scored, &position, &row, &used) != VQ_OK) return VQERR_READ_ENTRIES;
     if (i == 0) {
-      if (VQSTATUS status = RowsInside(position, backward, &count)) return status;
+      if (move.Misses(position)) return VQWARN_NOT_FOUND;
+      if (VQSTATUS status = RowsInside(position, move.Backward, &count)) return status;
     }
     index[i] = static_cast<std::uint32_t>(at);
     at += used;
   }
-  if (backward) std::reverse(index.get(), index.get() + count);
+  if (move.Backward) std::reverse(index.get(), index.get() + count);
   Clear();
   CacheSize = rows->Length;
   SignalFlags = rows->Signals;
@@ -158,8 +159,7 @@ int VFCache::ComparePlace(std::uint32_t index, const COLLECTIONPOSITION& place) 
   return level == place.Level ? 0 : (level < place.Level ? -1 : 1);
 }
 
-VFCache::Landing VFCache::Locate(const VQVFPosition& position) const {
-  const COLLECTIONPOSITION& place = *position.GetPosition();
+VFCache::Landing VFCache::Locate(const COLLECTIONPOSITION& place) const {
   if (ComparePlace(0, place) > 0 || ComparePlace(Count - 1, place) < 0) return kOutside;
   std::uint32_t low = 0;
   std::uint32_t high = Count;
@@ -174,9 +174,26 @@ VFCache::Landing VFCache::Locate(const VQVFPosition& position) const {
   return low < Count && ComparePlace(low, place) == 0 ? low : kNone;
 }
 
-VFCache::Landing VFCache::LocateCurrent(const VQVFPosition& position) const {
-  if (CurrentIndex < Count && ComparePlace(CurrentIndex, *position.GetPosition()) == 0) return CurrentIndex;
-  return Locate(position);
+VFCache::Landing VFCache::LocateCurrent(const COLLECTIONPOSITION& place) const {
+  if (CurrentIndex < Count && ComparePlace(CurrentIndex, place) == 0) return CurrentIndex;
+  return Locate(place);
+}
+
+VFCache::Landing VFCache::LocateIndex(std::uint32_t index, std::uint32_t last_index,
+                                      const COLLECTIONPOSITION& last_place) {
+  if (Navigator->HasFlag(VQVFNavigatorBody::kFTSearch)) {
+    // Hits whose documents have left the view since leave gaps in the block.
+    COLLECTIONPOSITION hit{};
+    hit.Tumbler[0] = index + 1;
+    return Locate(hit);
+  }
+  if (FirstIndex == INDEX_UNKNOWN && last_index > 0) {
+    const Landing landing = Locate(last_place);
+    if (landing == kNone) return kNone;
+    if (IsRow(landing) && landing <= last_index) FirstIndex = last_index - landing;
+  }
+  const bool inside = FirstIndex != INDEX_UNKNOWN && index >= FirstIndex && index - FirstIndex < Count;
+  return inside ? index - FirstIndex : kOutside;
 }
 
 VQSTATUS VFCache::CopyOut(std::uint32_t index, VQVFPosition* position, VQVFEntry* entry) const {
@@ -195,7 +212,7 @@ VQSTATUS VFCache::GetEntry(const VQVFPosition& position, VQVFEntry* entry, bool 
   if (MaxCount == 0) return VQWARN_NO_CACHE;
   if (HasBlock()) {
     const Locked locked(this);
-    const Landing landing = Locate(position);
+    const Landing landing = Locate(*position.GetPosition());
     if (landing == kNone) return VQWARN_NOT_FOUND;
     if (IsRow(landing)) {
       CurrentIndex = landing;
@@ -206,7 +223,7 @@ VQSTATUS VFCache::GetEntry(const VQVFPosition& position, VQVFEntry* entry, bool 
     Clear();
     return VQWARN_NO_CACHE;
   }
-  const vq::NavigatorMove stay{*position.GetPosition(), ENG_GO_CURRENT, 0, false, false};
+  const vq::NavigatorMove stay{*position.GetPosition(), ENG_GO_CURRENT, 0, false, false, true};
   const VQSTATUS status = Fill(stay);
   if (status != VQ_OK) return status == VQWARN_NOT_FOUND ? VQERR_INVALID_PARAMETER : status;
   CurrentIndex = 0;
@@ -219,14 +236,11 @@ VQSTATUS VFCache::GetIndexedEntry(std::uint32_t index, std::uint32_t last_index,
   if (MaxCount == 0) return VQWARN_NO_CACHE;
   if (HasBlock()) {
     const Locked locked(this);
-    if (FirstIndex == INDEX_UNKNOWN && last_index > 0) {
-      const Landing landing = Locate(*position);
-      if (landing == kNone) return VQWARN_NOT_FOUND;
-      if (IsRow(landing) && landing <= last_index) FirstIndex = last_index - landing;
-    }
-    if (FirstIndex != INDEX_UNKNOWN && index >= FirstIndex && index - FirstIndex < Count) {
-      CurrentIndex = index - FirstIndex;
-      return CopyOut(CurrentIndex, position, entry);
+    const Landing landing = LocateIndex(index, last_index, *position->GetPosition());
+    if (landing == kNone) return VQWARN_NOT_FOUND;
+    if (IsRow(landing)) {
+      CurrentIndex = landing;
+      return CopyOut(landing, position, entry);
     }
   }
   const vq::NavigatorMove move = Navigator->PlanIndex(index, last_index, *position);

@@ -63,11 +63,12 @@ class VFCache {
   bool HasBlock() const { return CacheHandle != 0; }
   void ReadLimit();
   [[nodiscard]] VQSTATUS Fill(const vq::NavigatorMove& move);
-  [[nodiscard]] VQSTATUS Adopt(vq::EntryRows* rows, bool backward);
+  [[nodiscard]] VQSTATUS Adopt(vq::EntryRows* rows, const vq::NavigatorMove& move);
   [[nodiscard]] VQSTATUS RowsInside(const COLLECTIONPOSITION& first, bool backward, std::uint32_t* count) const;
   // The operations below need the block locked.
-  Landing Locate(const VQVFPosition& position) const;
-  Landing LocateCurrent(const VQVFPosition& position) const;
+  Landing Locate(const COLLECTIONPOSITION& place) const;
+  Landing LocateCurrent(const COLLECTIONPOSITION& place) const;
+  Landing LocateIndex(std::uint32_t index, std::uint32_t last_index, const COLLECTIONPOSITION& last_place);
   Landing Navigate(VQNAVIGATION code);
   Landing GoToEnd(VQNAVIGATION code);
   Landing Scan(VQNAVIGATION code, bool backward);

@@ -9,10 +9,6 @@ namespace {
 
 constexpr char kFile[] = "VFCACHE";
 
-bool IsBackward(VQNAVIGATION code) {
-  return code == VQNAVIGATE_FIRST_SIBLING || code == VQNAVIGATE_MAIN || code >= VQNAVIGATE_PARENT;
-}
-
 bool IsCategory(std::uint32_t id) { return (id & ENG_ROW_NO_DOCUMENT) != 0 && (id & ENG_ROW_TOTAL) == 0; }
 
 }  // namespace
@@ -42,7 +38,7 @@ VFCache::Landing VFCache::Navigate(VQNAVIGATION code) {
     if (Navigator->HasFlag(VQVFNavigatorBody::kFTSearch) || IsMainAt(CurrentIndex)) return CurrentIndex;
     if ((IDAt(CurrentIndex) & ENG_ROW_NO_DOCUMENT) != 0) return kNone;
   }
-  const bool backward = IsBackward(code);
+  const bool backward = VQVFNavigatorBody::IsBackward(code);
   const std::uint32_t distance = backward ? CurrentIndex : Count - CurrentIndex - 1;
   if (distance != 0) {
     if (code == VQNAVIGATE_CHILD) {
@@ -114,7 +110,7 @@ VQSTATUS VFCache::GotoEntry(VQNAVIGATION code, VQVFPosition* position, VQVFEntry
   if (MaxCount == 0) return VQWARN_NO_CACHE;
   if (HasBlock()) {
     const Locked locked(this);
-    Landing landing = code == VQNAVIGATE_FIRST || code == VQNAVIGATE_LAST ? 0 : LocateCurrent(*position);
+    Landing landing = code == VQNAVIGATE_FIRST || code == VQNAVIGATE_LAST ? 0 : LocateCurrent(*position->GetPosition());
     if (landing == kNone) return VQERR_INVALID_PARAMETER;
     if (IsRow(landing)) {
       if (code != VQNAVIGATE_FIRST && code != VQNAVIGATE_LAST) CurrentIndex = landing;
@@ -130,7 +126,6 @@ VQSTATUS VFCache::GotoEntry(VQNAVIGATION code, VQVFPosition* position, VQVFEntry
   if (entry == nullptr) return VQWARN_NO_CACHE;
   vq::NavigatorMove move;
   if (VQSTATUS status = Navigator->PlanGoto(code, *position, &move)) return status;
-  move.Backward = code == VQNAVIGATE_LAST || IsBackward(code);
   if (VQSTATUS status = Fill(move)) return status;
   CurrentIndex = move.Backward ? Count - 1 : 0;
   const Locked locked(this);

@@ -275,21 +275,21 @@ class VQ_API VQViewFolder : public VQSlate {
   VQSTATUS DeleteColumns(unsigned long position, unsigned long count);
 
   // Entries, by the built-in navigator.
-  VQSTATUS Find(const VQString& key, VQVFEntry* entry, unsigned long* count = nullptr,
+  VQSTATUS Find(const VQString& key, VQVFEntry* entry = nullptr, unsigned long* count = nullptr,
                 VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const VQString& key, const VQVFFindOptions& options, VQVFEntry* entry, unsigned long* count = nullptr,
+  VQSTATUS Find(const VQString& key, const VQVFFindOptions& options, VQVFEntry* entry = nullptr,
+                unsigned long* count = nullptr, VQVFNavigator* navigator = nullptr);
+  VQSTATUS Find(const VQDatetime& key, VQVFEntry* entry = nullptr, unsigned long* count = nullptr,
                 VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const VQDatetime& key, VQVFEntry* entry, unsigned long* count = nullptr,
+  VQSTATUS Find(const VQDatetime& key, const VQVFFindOptions& options, VQVFEntry* entry = nullptr,
+                unsigned long* count = nullptr, VQVFNavigator* navigator = nullptr);
+  VQSTATUS Find(const double& key, VQVFEntry* entry = nullptr, unsigned long* count = nullptr,
                 VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const VQDatetime& key, const VQVFFindOptions& options, VQVFEntry* entry, unsigned long* count = nullptr,
+  VQSTATUS Find(const double& key, const VQVFFindOptions& options, VQVFEntry* entry = nullptr,
+                unsigned long* count = nullptr, VQVFNavigator* navigator = nullptr);
+  VQSTATUS Find(const VQVFFindKeys& keys, VQVFEntry* entry = nullptr, unsigned long* count = nullptr,
                 VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const double& key, VQVFEntry* entry, unsigned long* count = nullptr,
-                VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const double& key, const VQVFFindOptions& options, VQVFEntry* entry, unsigned long* count = nullptr,
-                VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const VQVFFindKeys& keys, VQVFEntry* entry, unsigned long* count = nullptr,
-                VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const VQVFFindKeys& keys, const VQVFFindOptions& options, VQVFEntry* entry,
+  VQSTATUS Find(const VQVFFindKeys& keys, const VQVFFindOptions& options, VQVFEntry* entry = nullptr,
                 unsigned long* count = nullptr, VQVFNavigator* navigator = nullptr);
   // *navigator gets the hits. VQWARN_NOT_FOUND for none, with an empty navigator.
   VQSTATUS FTSearch(const VQString& query, VQVFNavigator* navigator);

@@ -38,6 +38,7 @@ enum VQNAVIGATION : unsigned int {
   VQNAVIGATE_NEXT_CATEGORY = 7,
   VQNAVIGATE_NEXT_MAIN = 8,
   VQNAVIGATE_NEXT_DOCUMENT = 9,
+  // The next row further out: the parent's next peer, and where it has none that of the row above it, and so on.
   VQNAVIGATE_NEXT_PARENT = 10,
   VQNAVIGATE_NEXT_SIBLING = 11,
   VQNAVIGATE_NEXT_UNREAD = 12,
@@ -47,7 +48,7 @@ enum VQNAVIGATION : unsigned int {
   VQNAVIGATE_PREV_CATEGORY = 16,
   VQNAVIGATE_PREV_MAIN = 17,
   VQNAVIGATE_PREV_DOCUMENT = 18,
-  VQNAVIGATE_PREV_PARENT = 19,
+  VQNAVIGATE_PREV_PARENT = 19,  // the parent's previous peer, further out where it has none
   VQNAVIGATE_PREV_SIBLING = 20,
   VQNAVIGATE_PREV_UNREAD = 21,
   VQNAVIGATE_PREV_UNREAD_MAIN = 22,
@@ -72,21 +73,21 @@ class VQ_API VQVFNavigator : public VQSmartPtr {
   VQSTATUS DeleteEntries(VQVFEntry* entry, int withDescendants = 0);
   VQSTATUS DeleteEntries(const VQVFPosition& position, int withDescendants = 0);
   // Every output may be null. The place moves to the first match; *navigator covers the matches.
-  VQSTATUS Find(const VQString& key, VQVFEntry* entry, unsigned long* count = nullptr,
+  VQSTATUS Find(const VQString& key, VQVFEntry* entry = nullptr, unsigned long* count = nullptr,
                 VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const VQString& key, const VQVFFindOptions& options, VQVFEntry* entry, unsigned long* count = nullptr,
+  VQSTATUS Find(const VQString& key, const VQVFFindOptions& options, VQVFEntry* entry = nullptr,
+                unsigned long* count = nullptr, VQVFNavigator* navigator = nullptr);
+  VQSTATUS Find(const VQDatetime& key, VQVFEntry* entry = nullptr, unsigned long* count = nullptr,
                 VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const VQDatetime& key, VQVFEntry* entry, unsigned long* count = nullptr,
+  VQSTATUS Find(const VQDatetime& key, const VQVFFindOptions& options, VQVFEntry* entry = nullptr,
+                unsigned long* count = nullptr, VQVFNavigator* navigator = nullptr);
+  VQSTATUS Find(const double& key, VQVFEntry* entry = nullptr, unsigned long* count = nullptr,
                 VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const VQDatetime& key, const VQVFFindOptions& options, VQVFEntry* entry, unsigned long* count = nullptr,
+  VQSTATUS Find(const double& key, const VQVFFindOptions& options, VQVFEntry* entry = nullptr,
+                unsigned long* count = nullptr, VQVFNavigator* navigator = nullptr);
+  VQSTATUS Find(const VQVFFindKeys& keys, VQVFEntry* entry = nullptr, unsigned long* count = nullptr,
                 VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const double& key, VQVFEntry* entry, unsigned long* count = nullptr,
-                VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const double& key, const VQVFFindOptions& options, VQVFEntry* entry, unsigned long* count = nullptr,
-                VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const VQVFFindKeys& keys, VQVFEntry* entry, unsigned long* count = nullptr,
-                VQVFNavigator* navigator = nullptr);
-  VQSTATUS Find(const VQVFFindKeys& keys, const VQVFFindOptions& options, VQVFEntry* entry,
+  VQSTATUS Find(const VQVFFindKeys& keys, const VQVFFindOptions& options, VQVFEntry* entry = nullptr,
                 unsigned long* count = nullptr, VQVFNavigator* navigator = nullptr);
   VQSTATUS GetEntry(VQVFEntry* entry);
   // The entry at a position; the navigator's own place stays. VQERR_OUT_OF_RANGE for one outside the navigator,
@@ -205,6 +206,8 @@ class VQ_API VQVFNavigatorBody : public VQBody {
   unsigned short StepCode(bool backward) const;
   std::uint32_t EntryMask() const;
 
+  // Whether rows are read towards the start for it.
+  static bool IsBackward(VQNAVIGATION code);
   // The code as this kind of navigator takes it; VQWARN_NOT_FOUND where it has no such move.
   [[nodiscard]] VQSTATUS Translate(VQNAVIGATION* code) const;
   [[nodiscard]] VQSTATUS PlanGoto(VQNAVIGATION code, const VQVFPosition& position, vq::NavigatorMove* move);

@@ -87,6 +87,11 @@ void StepOver(std::uint32_t* ordinal, std::uint32_t first, std::uint32_t count, 
 
 }  // namespace
 
+bool VQVFNavigatorBody::IsBackward(VQNAVIGATION code) {
+  return code == VQNAVIGATE_FIRST_SIBLING || code == VQNAVIGATE_LAST || code == VQNAVIGATE_MAIN ||
+         code >= VQNAVIGATE_PARENT;
+}
+
 VQSTATUS VQVFNavigatorBody::Translate(VQNAVIGATION* code) const {
   const bool category_code = *code == VQNAVIGATE_NEXT_CATEGORY || *code == VQNAVIGATE_PREV_CATEGORY;
   if (HasFlag(kFTSearch)) {
@@ -103,6 +108,7 @@ VQSTATUS VQVFNavigatorBody::Translate(VQNAVIGATION* code) const {
 VQSTATUS VQVFNavigatorBody::PlanHit(VQNAVIGATION code, vq::NavigatorMove* move) const {
   bool moved = true;
   std::uint32_t* hit = &move->From.Tumbler[0];
+  move->Exact = code == VQNAVIGATE_MAIN;
   if (code == VQNAVIGATE_FIRST) *hit = 1;
   if (code == VQNAVIGATE_LAST) *hit = EntryCount;
   if (code == VQNAVIGATE_NEXT || code == VQNAVIGATE_PREV) StepOver(hit, 1, EntryCount, code, &moved);
@@ -171,7 +177,7 @@ VQSTATUS VQVFNavigatorBody::PlanFromCategory(VQNAVIGATION code, vq::NavigatorMov
 }
 
 VQSTATUS VQVFNavigatorBody::PlanGoto(VQNAVIGATION code, const VQVFPosition& position, vq::NavigatorMove* move) {
-  *move = vq::NavigatorMove{*position.GetPosition(), ENG_GO_CURRENT, 0, false, false};
+  *move = vq::NavigatorMove{*position.GetPosition(), ENG_GO_CURRENT, 0, false, IsBackward(code), false};
   if (HasFlag(kFTSearch)) return PlanHit(code, move);
   Limit(&move->From);
   if (HasFlag(kFind)) return PlanFound(code, move);
@@ -193,8 +199,12 @@ vq::NavigatorMove VQVFNavigatorBody::PlanIndex(std::uint32_t index, std::uint32_
                                                const VQVFPosition& position) const {
   const bool backward = index < last_index;
   const std::uint32_t distance = backward ? last_index - index : index - last_index;
-  vq::NavigatorMove move{*StartPosition.GetPosition(), StepCode(false), index, false, false};
-  if (index > distance) {
+  vq::NavigatorMove move{*StartPosition.GetPosition(), StepCode(false), index, false, false, true};
+  if (HasFlag(kFTSearch)) {
+    move.From.Tumbler[0] = index + 1;
+    move.SkipCount = 0;
+    move.Backward = backward;
+  } else if (index > distance) {
     move.From = *position.GetPosition();
     move.Skip = StepCode(backward);
     move.SkipCount = distance;
@@ -210,7 +220,8 @@ VQSTATUS VQVFNavigatorBody::MakeMove(const vq::NavigatorMove& move, VQVFPosition
   vq::EntryRows rows;
   const bool wanted = entry != nullptr;
   const bool hits = HasFlag(kFTSearch);
-  const unsigned short navigation = hits ? ENG_GO_CURRENT_HIT : ENG_GO_CURRENT;
+  const unsigned short here = hits ? ENG_GO_CURRENT_HIT : ENG_GO_CURRENT;
+  const unsigned short navigation = hits && !move.Exact ? StepCode(move.Backward) : here;
   if (!wanted && hits && move.SkipCount == 0) {
     *position = &at;
     return VQ_OK;
@@ -222,7 +233,7 @@ VQSTATUS VQVFNavigatorBody::MakeMove(const vq::NavigatorMove& move, VQVFPosition
                   reads ? &rows.Buffer : nullptr, &rows.Length, &rows.Skipped, &rows.Returned, &rows.Signals);
   if (status != VQ_OK) return status;
   if (move.MustMove && rows.Skipped == 0) return VQWARN_NOT_FOUND;
-  if (!Contains(at)) return VQWARN_NOT_FOUND;
+  if (move.Misses(at) || !Contains(at)) return VQWARN_NOT_FOUND;
   if (wanted) {
     const unsigned char* bytes = rows.Lock();
     vq::EntryRow row;
@@ -257,6 +268,8 @@ VQSTATUS VQVFNavigatorBody::CheckPosition(const VQVFPosition& position) const {
 
 VQSTATUS VQVFNavigatorBody::CheckRow(const COLLECTIONPOSITION& position) {
   if (HasFlag(kFTSearch)) return VQ_OK;
+  // The engine reads the first row from the place before it.
+  if (position.Level == 0 && position.Tumbler[0] == 0) return VQERR_INVALID_PARAMETER;
   bool category = false;
   const VQSTATUS status = IsCategoryAt(position, &category);
   return status == VQWARN_NOT_FOUND ? VQERR_INVALID_PARAMETER : status;
@@ -268,7 +281,7 @@ VQSTATUS VQVFNavigatorBody::GetEntry(const VQVFPosition& position, bool cached, 
   if (VQSTATUS status = CheckPosition(position)) return status;
   VQSTATUS status = Cache.GetEntry(position, entry, !cached);
   if (status != VQWARN_NO_CACHE) return status;
-  vq::NavigatorMove move{*position.GetPosition(), ENG_GO_CURRENT, 0, false, false};
+  const vq::NavigatorMove move{*position.GetPosition(), ENG_GO_CURRENT, 0, false, false, true};
   VQVFPosition reached;
   status = MakeMove(move, &reached, entry);
   return status == VQWARN_NOT_FOUND ? VQERR_INVALID_PARAMETER : status;
