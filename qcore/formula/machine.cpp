@@ -1,10 +1,12 @@
 #include "qcore/formula/machine.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
 #include "qcore/store/names.h"
+#include "qcore/store/wire.h"
 #include "qcore/text/composite.h"
 #include "qcore/time/moment.h"
 #include "qcore/time/zone.h"
@@ -24,12 +26,7 @@ constexpr std::uint16_t kTextList = 0x0501;
 std::uint16_t WordAt(const std::uint8_t* at) { return static_cast<std::uint16_t>(at[0] | at[1] << 8); }
 std::uint32_t WideAt(const std::uint8_t* at) { return WordAt(at) | std::uint32_t{WordAt(at + 2)} << 16; }
 
-double NumberAt(const std::uint8_t* at) {
-  const std::uint64_t bits = WideAt(at) | std::uint64_t{WideAt(at + 4)} << 32;
-  double number = 0;
-  std::memcpy(&number, &bits, sizeof number);
-  return number;
-}
+double NumberAt(const std::uint8_t* at) { return std::bit_cast<double>(LoadLittle<std::uint64_t>(at)); }
 
 TIMEDATE MomentAt(const std::uint8_t* at) { return {WideAt(at), WideAt(at + 4)}; }
 
@@ -262,40 +259,84 @@ Value Machine::BinaryValues(Op op, const Value& left, const Value& right) {
   return Calculate(*this, op, left, right);
 }
 
-// Two numbers, or one text against another, need no detour.
-inline Value Machine::Binary(Op op, const Value& left, const Value& right) {
-  if (left.count == 1 && right.count == 1) {
-    if (left.is_number() && right.is_number()) {
-      const double a = left.number;
-      const double b = right.number;
-      switch (op) {
-        case Op::kAdd:
-          if (std::isfinite(a + b)) return Value::Number(a + b);
-          break;
-        case Op::kSubtract:
-          if (std::isfinite(a - b)) return Value::Number(a - b);
-          break;
-        case Op::kMultiply:
-          if (std::isfinite(a * b)) return Value::Number(a * b);
-          break;
-        case Op::kEqual:
-          return Value::Truth(a == b);
-        case Op::kNotEqual:
-          return Value::Truth(a != b);
-        case Op::kLess:
-          return Value::Truth(a < b);
-        case Op::kGreater:
-          return Value::Truth(a > b);
-        case Op::kLessEqual:
-          return Value::Truth(a <= b);
-        case Op::kGreaterEqual:
-          return Value::Truth(a >= b);
-        default:
-          break;
-      }
-    } else if (left.is_text() && right.is_text() && (op == Op::kEqual || op == Op::kNotEqual)) {
-      return Value::Truth((left.text.view() == right.text.view()) == (op == Op::kEqual));
+namespace {
+
+// For kEqual to kGreaterEqual, a bit for each of: not comparable, less, greater, equal.
+constexpr std::uint8_t kHolding[] = {8, 7, 2, 4, 10, 12};
+
+inline bool Holds(Op op, double left, double right) {
+  const unsigned order = (left < right ? 1u : 0u) + (left > right ? 2u : 0u) + (left == right ? 3u : 0u);
+  return (kHolding[static_cast<std::size_t>(op) - static_cast<std::size_t>(Op::kEqual)] >> order & 1) != 0;
+}
+
+}  // namespace
+
+[[gnu::always_inline]] inline bool Machine::CompareQuickly(Op op, const Value& left, const Value& right, bool* truth) {
+  if (left.type != right.type || left.count != 1) return false;
+  if (left.is_number() && right.count == 1) {
+    *truth = Holds(op, left.number, right.number);
+    return true;
+  }
+  if (!left.is_text() || left.text.size >= 64) return false;
+  if (right.count == 1 && (op == Op::kEqual || op == Op::kNotEqual)) {
+    *truth = SameText(left.text, right.text) == (op == Op::kEqual);
+    return true;
+  }
+  if (right.count == 1 || op != Op::kEqual) return false;
+  Charge(right.count);
+  const TextRef* const end = right.text_list + right.count;
+  *truth = std::any_of(right.text_list, end, [&left](const TextRef& text) { return SameText(left.text, text); });
+  return true;
+}
+
+inline Machine::Delivered Machine::Deliver(const Instruction* code, const Instruction* at, bool truth, Value* top) {
+  for (;;) {
+    const Instruction& next = at[1];
+    switch (next.run) {
+      case Run::kAnd:
+      case Run::kOr:
+        if (truth == (next.run == Run::kAnd)) return {at + 1, 0};
+        at = code + next.b - 1;
+        break;
+      case Run::kCondition:
+        return {truth ? at + 1 : code + next.b - 1, 0};
+      case Run::kNot:
+        truth = !truth;
+        ++at;
+        break;
+      case Run::kSelect:
+        selected_ = truth;
+        ++at;
+        break;
+      case Run::kTruth:
+        ++at;
+        break;
+      default:
+        *top = Value::Truth(truth);
+        return {at, 1};
     }
+  }
+}
+
+// Two numbers need no detour.
+[[gnu::always_inline]] inline Value Machine::Binary(Op op, const Value& left, const Value& right) {
+  if (left.is_number() && right.is_number() && left.count == 1 && right.count == 1) {
+    double result = 0;
+    switch (op) {
+      case Op::kAdd:
+        result = left.number + right.number;
+        break;
+      case Op::kSubtract:
+        result = left.number - right.number;
+        break;
+      case Op::kMultiply:
+        result = left.number * right.number;
+        break;
+      default:
+        return BinaryValues(op, left, right);
+    }
+    if (std::isfinite(result)) [[likely]]
+      return Value::Number(result);
   }
   return BinaryValues(op, left, right);
 }
@@ -310,10 +351,7 @@ Value Machine::AddMany(std::span<const Value> values) {
   if (texts) {
     char* const joined = arena_.Array<char>(size);
     char* at = joined;
-    for (const Value& value : values) {
-      if (value.text.size != 0) std::memcpy(at, value.text.data, value.text.size);
-      at += value.text.size;
-    }
+    for (const Value& value : values) at = PutBytes(at, value.text.data, value.text.size);
     return Value::Text(joined, size);
   }
   Value sum = values[0];
@@ -387,16 +425,29 @@ Value Machine::RunSection(Source& source, std::size_t section_index) {
         top[-1] = BinaryValues(static_cast<Op>(at->a), top[-1], top[0]);
         break;
       case Run::kArithmetic:
-      case Run::kCompare:
         --top;
         top[-1] = Binary(static_cast<Op>(at->a), top[-1], top[0]);
         break;
+      case Run::kCompare:
       case Run::kCompareConstant:
-        top[-1] = Binary(static_cast<Op>(at->a), top[-1], constants[at->b]);
+      case Run::kNameCompare: {
+        if (at->run == Run::kCompare) --top;
+        if (at->run != Run::kNameCompare) --top;
+        const Value& left = at->run == Run::kNameCompare ? Read(at->b) : *top;
+        const Value& right = at->run == Run::kCompare           ? top[1]
+                             : at->run == Run::kCompareConstant ? constants[at->b]
+                                                                : constants[at->c];
+        bool truth = false;
+        if (CompareQuickly(static_cast<Op>(at->a), left, right, &truth)) [[likely]] {
+          const Delivered delivered = Deliver(code, at, truth, top);
+          at = delivered.at;
+          top += delivered.values;
+        } else {
+          *top = BinaryValues(static_cast<Op>(at->a), left, right);
+          ++top;
+        }
         break;
-      case Run::kNameCompare:
-        *top++ = Binary(static_cast<Op>(at->a), Read(at->b), constants[at->c]);
-        break;
+      }
       case Run::kAddMany:
         top -= at->a;
         *top = AddMany({top, at->a});

@@ -81,6 +81,15 @@ class Machine {
   void Fetch(std::uint32_t slot);
   Value Decode(const ItemValue& item);
   Value DecodeComposite(Bytes records);
+  // Compares two single values of one type, or a text with a few, as most formulas do; false leaves it to BinaryValues.
+  bool CompareQuickly(Op op, const Value& left, const Value& right, bool* truth);
+  // Hands a comparison's outcome to the instructions behind `at` that take it, without making a value of it. Goes on
+  // behind the result's `at`, with `values` more at `top`.
+  struct Delivered {
+    const Instruction* at;
+    std::ptrdiff_t values;
+  };
+  Delivered Deliver(const Instruction* code, const Instruction* at, bool truth, Value* top);
   Value Binary(Op op, const Value& left, const Value& right);
   Value BinaryValues(Op op, const Value& left, const Value& right);
   // One after the other, or all at once where all are single texts.

@@ -1,9 +1,11 @@
 // Operators over lists: pairwise with the last entry of the shorter list repeated, or each entry with each.
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
 #include "qcore/formula/machine.h"
+#include "qcore/store/wire.h"
 #include "qcore/time/moment.h"
 
 namespace qcore::formula {
@@ -250,6 +252,14 @@ ENGSTATUS EncodeTexts(const Value& value, std::vector<std::uint8_t>* bytes) {
   return ENG_OK;
 }
 
+// As most columns are.
+ENGSTATUS EncodeNumber(double number, std::vector<std::uint8_t>* bytes) {
+  bytes->resize(2 + sizeof number);
+  StoreLittle(bytes->data(), std::uint16_t{0x0300});
+  StoreLittle(bytes->data() + 2, std::bit_cast<std::uint64_t>(number));
+  return ENG_OK;
+}
+
 ENGSTATUS EncodeNumbers(const Value& value, std::vector<std::uint8_t>* bytes) {
   const std::uint64_t size = (value.count == 1 ? 2 : 6) + std::uint64_t{8} * value.count;
   if (size > kMostResult) return ENG_ERR_FORMULA_RESULT;
@@ -350,7 +360,7 @@ ENGSTATUS Encode(const Value& value, std::vector<std::uint8_t>* bytes) {
     case Type::kText:
       return EncodeTexts(value, bytes);
     case Type::kNumber:
-      return EncodeNumbers(value, bytes);
+      return value.count == 1 ? EncodeNumber(value.number, bytes) : EncodeNumbers(value, bytes);
     case Type::kTime:
       return EncodeTimes(value, bytes);
     case Type::kError:

@@ -25,6 +25,46 @@ struct TextRef {
   std::string_view view() const { return {data, size}; }
 };
 
+// Whether short texts are the same, without a call; the first bytes and the last may overlap.
+inline bool SameBytes(const char* left, const char* right, std::size_t size) {
+  const auto differs = [=]<typename Word>(Word, std::size_t at) {
+    Word a;
+    Word b;
+    std::memcpy(&a, left + at, sizeof a);
+    std::memcpy(&b, right + at, sizeof b);
+    return a != b;
+  };
+  if (size > 16) return std::memcmp(left, right, size) == 0;
+  if (size >= 8) return !differs(std::uint64_t{}, 0) && !differs(std::uint64_t{}, size - 8);
+  if (size >= 4) return !differs(std::uint32_t{}, 0) && !differs(std::uint32_t{}, size - 4);
+  for (std::size_t i = 0; i < size; ++i) {
+    if (left[i] != right[i]) return false;
+  }
+  return true;
+}
+inline bool SameText(const TextRef& left, const TextRef& right) {
+  return left.size == right.size && SameBytes(left.data, right.data, left.size);
+}
+// Copies as SameBytes compares, and gives what lies behind.
+inline char* PutBytes(char* target, const char* source, std::size_t size) {
+  const auto move = [=]<typename Word>(Word word, std::size_t at) {
+    std::memcpy(&word, source + at, sizeof word);
+    std::memcpy(target + at, &word, sizeof word);
+  };
+  if (size > 16) {
+    std::memcpy(target, source, size);
+  } else if (size >= 8) {
+    move(std::uint64_t{}, 0);
+    move(std::uint64_t{}, size - 8);
+  } else if (size >= 4) {
+    move(std::uint32_t{}, 0);
+    move(std::uint32_t{}, size - 4);
+  } else {
+    for (std::size_t i = 0; i < size; ++i) target[i] = source[i];
+  }
+  return target + size;
+}
+
 // A time, or a range of times when `upper` is no wild card in both halves.
 struct Moment {
   TIMEDATE lower;
