@@ -243,6 +243,29 @@ TEST_F(Entries, AConstantIsExpandedForEachRow) {
   EXPECT_EQ(StatusOf([&] { return entries[2].GetColumnItem(2); }), VQERR_CANT_EVALUATE_COLUMN);
 }
 
+TEST_F(Entries, AFormulasMarksShowTheRow) {
+  for (const char* subject : {"x", "y", "z"}) Add("k", subject);
+  VQViewFolder view = MakeView(false);
+  const auto numbers = [&](unsigned long column) {
+    VQViewFolder opened;
+    EXPECT_EQ(Db.GetViewFolder(view.GetSlateID(), &opened), VQ_OK);
+    EXPECT_EQ(opened.Open(), VQ_OK);
+    VQVFNavigator entries;
+    EXPECT_EQ(opened.GetEntries(&entries), VQ_OK);
+    std::string shown;
+    for (unsigned long i = 0; i < 3; ++i) shown += Column(entries[i], column) + " ";
+    return shown;
+  };
+  ASSERT_EQ(view[2].SetFormula(VQFormula(VQString("@DocNumber"))), VQ_OK);
+  ASSERT_EQ(view.Save(), VQ_OK);
+  EXPECT_EQ(numbers(2), "1 2 3 ");
+  VQSlate design(Db.GetDatabaseBody(), view.GetSlateID());
+  ASSERT_EQ(design.Open(), VQ_OK);
+  ASSERT_EQ(design.DeleteItem("$ViewFormat"), VQ_OK);
+  ASSERT_EQ(design.Save(), VQ_OK);
+  EXPECT_EQ(numbers(0), "1 2 3 ") << "the column of a design without a format";
+}
+
 struct FindRow {
   const char* what;
   const char* key;

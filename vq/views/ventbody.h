@@ -102,6 +102,7 @@ class VQ_API VQVFEntryBody : public VQBody {
   // Type word and value of the summary's item, if it has that name.
   bool FindValue(std::uint16_t index, std::string_view name, std::span<const unsigned char>* value) const;
   [[nodiscard]] VQSTATUS ConstantItem(VQViewFolderBody* view, std::string_view constant, VQItem* item);
+  [[nodiscard]] VQSTATUS FormulaItem(VQViewFolderBody* view, VQFormula& formula, VQItem* item);
   [[nodiscard]] VQSTATUS ExpandConstant(VQViewFolderBody* view, std::string_view constant, std::string* expanded);
 
   std::uint32_t ChildCount;

@@ -47,17 +47,6 @@ void MakeItem(std::span<const unsigned char> value, VQItem* item) {
   }
 }
 
-VQSTATUS EvaluateFormula(VQFormula& formula, VQItem* item) {
-  VQItem result;
-  const VQSTATUS status = formula.GetFormulaBody()->Evaluate(0, &result, nullptr);
-  if (status != VQ_OK || result.IsNull()) return VQERR_CANT_EVALUATE_COLUMN;
-  const VQItemLock value(result.GetItemBody());
-  if (value.Value() == nullptr) return VQERR_CANT_EVALUATE_COLUMN;
-  MakeItem({value.Value(), result.GetItemBody()->GetValueSize()}, item);
-  if (item->IsNull()) *item = result;
-  return VQ_OK;
-}
-
 bool HasMarkers(std::string_view constant) {
   if (constant.size() <= kTypeWord) return false;
   const unsigned short type = vq::LoadWord(Bytes(constant));
@@ -197,6 +186,19 @@ VQSTATUS VQVFEntryBody::ConstantItem(VQViewFolderBody* view, std::string_view co
   return VQ_OK;
 }
 
+// A column that the rows lack, as in a design that lost its format: its formula's marks stand for this row too.
+VQSTATUS VQVFEntryBody::FormulaItem(VQViewFolderBody* view, VQFormula& formula, VQItem* item) {
+  VQItem result;
+  const VQSTATUS status = formula.GetFormulaBody()->Evaluate(0, &result, nullptr);
+  if (status != VQ_OK || result.IsNull()) return VQERR_CANT_EVALUATE_COLUMN;
+  const VQItemLock value(result.GetItemBody());
+  if (value.Value() == nullptr) return VQERR_CANT_EVALUATE_COLUMN;
+  const std::string bytes(reinterpret_cast<const char*>(value.Value()), result.GetItemBody()->GetValueSize());
+  if (VQSTATUS failed = ConstantItem(view, bytes, item)) return failed;
+  if (item->IsNull()) *item = result;
+  return VQ_OK;
+}
+
 VQSTATUS VQVFEntryBody::GetColumnItem(unsigned long index, int includeHidden, VQItem* item) {
   VQViewFolderBody* view = nullptr;
   if (VQSTATUS status = CheckView(&view)) return status;
@@ -216,7 +218,7 @@ VQSTATUS VQVFEntryBody::GetColumnItem(unsigned long index, int includeHidden, VQ
   if (found) MakeItem(value, item);
   if (found) return VQ_OK;
   if (!column->ConstantValue().empty()) return ConstantItem(view, column->ConstantValue(), item);
-  return column->HasFormula() ? EvaluateFormula(column->Formula(), item) : VQ_OK;
+  return column->HasFormula() ? FormulaItem(view, column->Formula(), item) : VQ_OK;
 }
 
 VQItem VQVFEntry::GetColumnItem(unsigned long index, int includeHidden) const {
