@@ -12,6 +12,7 @@
 #include "vq/frame/vqmblock.h"
 #include "vq/richtext/font.h"
 #include "vq/richtext/fonttable.h"
+#include "vq/richtext/rthistory.h"
 #include "vq/richtext/vqhotspot.h"
 #include "vq/richtext/vqpabdef.h"
 #include "vq/richtext/vqparstl.h"
