@@ -103,8 +103,7 @@ typedef enum EngLaterNumber {
   EngLater_End
 } EngLaterNumber;
 
-// Slates: objects, forms, encryption, rendering
-ENG_API ENGSTATUS EngSlateAppendObjectItem(ENGHANDLE slate, const ENGCHAR* name, const void* descriptor);
+// Slates: forms, encryption, rendering
 ENG_API ENGSTATUS EngSlateCompute(ENGHANDLE slate, uint16_t reserved1, int continue_on_error, void* reserved2,
                                   void* reserved3);
 ENG_API ENGSTATUS EngSlateEncrypt(ENGHANDLE slate, uint16_t flags, ENGHANDLE* encrypted);

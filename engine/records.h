@@ -14,6 +14,7 @@
 #define ODS_VIEWCOLUMN 0x1E
 #define ODS_IDTABLEHEADER 31
 #define ODS_VIEWTABLEEXTENSION 0x2B
+#define ODS_FILEOBJECT 0x3A
 #define ODS_COLLATION 0x3B
 #define ODS_COLLATIONDESCRIPTOR 0x3C
 #define ODS_CDPARAGRAPH 0x6D
@@ -172,6 +173,38 @@ typedef struct CDACTIVEOBJECT {  // 6, data behind it
   uint16_t Type;
   uint16_t Reserved;
 } CDACTIVEOBJECT;
+
+// An object value: this, behind the type word, and what the object's type has behind it.
+typedef struct OBJECTHEADER {
+  uint16_t ObjectType;
+  uint32_t ObjectID;
+} OBJECTHEADER;
+
+// A file: FileNameLength bytes with the name of the attachment stand behind it, and behind those the path that the file
+// had. FileSize counts the file's bytes; the object may hold them compressed.
+typedef struct FILEOBJECT {  // 36
+  OBJECTHEADER Header;
+  uint16_t FileNameLength;
+  uint16_t HostType;
+  uint16_t CompressionType;
+  uint16_t FileAttributes;
+  uint16_t Flags;
+  uint32_t FileSize;
+  TIMEDATE FileCreated;
+  TIMEDATE FileModified;
+} FILEOBJECT;
+
+#define OBJECT_TYPE_MASK 0x00FF
+#define OBJECT_FILE 0
+#define HOST_TYPE_MASK 0x0F00
+#define HOST_POSIX 0x0002  // low byte: the system that the file comes from
+#define COMPRESS_MASK 0x000F
+#define COMPRESS_NONE 0
+#define COMPRESS_STREAM 1  // one Zstandard frame, or several
+#define FILEATTRIBUTE_READ_ONLY 0x0001
+#define FILEATTRIBUTE_PRIVATE 0x0002
+#define FILEFLAG_SIGNED 0x0001
+#define FILEFLAG_IN_RICH_TEXT 0x0002
 
 // The item $ViewFormat: a ViewTableRecord; a ViewColumnRecord for each column; for each column its item name, title,
 // formula code and constant value; a ViewTableExtension; a ViewColumnExtension for each column. Older designs end

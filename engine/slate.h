@@ -6,6 +6,7 @@
 #ifndef QUILLON_ENGINE_SLATE_H
 #define QUILLON_ENGINE_SLATE_H
 
+#include "engine/records.h"
 #include "engine/types.h"
 
 #ifdef __cplusplus
@@ -77,6 +78,31 @@ ENG_API ENGSTATUS EngItemQuery(ENGHANDLE slate, BLOCKID item, ENGCHAR* name, uin
                                uint16_t* flags, uint16_t* type, BLOCKID* value, uint32_t* value_size);
 // The item's own change time; for one that was never saved the time of the call.
 ENG_API ENGSTATUS EngItemGetModified(ENGHANDLE slate, BLOCKID item, TIMEDATE* modified);
+
+// Files as objects. An item of type 3 holds the record; the file's bytes are an object of the database, which belongs
+// to the slate from its next update on. A copy of a slate in another database, or as a new slate, gets copies of its
+// objects when it is updated.
+typedef struct ENGFILEDESCRIPTOR {
+  FILEOBJECT File;      // FileNameLength of the text are the attachment's name, what follows is the path
+  const ENGCHAR* Text;  // store text
+  uint32_t TextLength;
+  uint16_t ItemFlags;
+} ENGFILEDESCRIPTOR;
+
+// EngSlateAttachFile flags
+#define ENG_ATTACH_COMPRESS 0x0001
+
+// Appends an item for an object that the database has: ENG_ERR_NO_OBJECT when it has none of that ID or when another
+// slate owns it, ENG_ERR_ARGUMENT for a descriptor whose lengths do not fit. The item is the last one of the slate.
+ENG_API ENGSTATUS EngSlateAppendObjectItem(ENGHANDLE slate, const ENGCHAR* name, const ENGFILEDESCRIPTOR* descriptor);
+// Stores a file as a new object, in pieces, and appends its item, which `item` (may be null) gets. The attachment gets
+// `name`; its path is that of the file. ENG_ERR_FILE_OPEN (no regular file, or closed to this user), ENG_ERR_FILE_READ,
+// ENG_ERR_OBJECT_RANGE (4 GB or more). After a failure nothing is left of it.
+ENG_API ENGSTATUS EngSlateAttachFile(ENGHANDLE slate, const ENGCHAR* item_name, const ENGCHAR* name,
+                                     uint16_t name_length, const char* path, uint16_t flags, BLOCKID* item);
+// Writes an item's file to `path`, which then has all of it or is what it was; a regular file there is replaced. Change
+// time and the attributes go along. ENG_ERR_NO_OBJECT, ENG_ERR_OBJECT_CONTENT, ENG_ERR_FILE_OPEN, ENG_ERR_FILE_WRITE.
+ENG_API ENGSTATUS EngItemExtractFile(ENGHANDLE slate, BLOCKID item, const char* path, uint16_t reserved);
 
 // `data` lies behind the type word; names are 1 to 65,535 bytes without NUL. `item` gets the new item, `value` the
 // place of its value; either may be null.

@@ -53,8 +53,9 @@
 #define ENG_ERR_NO_SPECIAL_SLATE 578
 #define ENG_ERR_NO_OBJECT 579
 #define ENG_ERR_OBJECT_RANGE 580
-#define ENG_ERR_FOLDER_NAME 592    // empty or above 255 bytes
-#define ENG_ERR_FOLDER_EXISTS 593  // a view or folder has the name
+#define ENG_ERR_OBJECT_CONTENT 581  // an object that does not hold what its record says
+#define ENG_ERR_FOLDER_NAME 592     // empty or above 255 bytes
+#define ENG_ERR_FOLDER_EXISTS 593   // a view or folder has the name
 #define ENG_ERR_NOT_FOLDER 594
 #define ENG_ERR_NOT_DOCUMENT 595
 #define ENG_ERR_USER_NAME 596  // empty or above 255 bytes

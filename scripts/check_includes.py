@@ -20,6 +20,7 @@ ROOMS = {
     "vq/values": ["engine", "vq/frame", "vq/store"],
     "vq/store": ["engine", "vq/frame", "vq/values"],
     "vq/richtext": ["engine", "vq/frame", "vq/values", "vq/store", "vq/automation/vqformula.h"],  # hide formulas
+    "vq/richobjects": ["engine", "vq/frame", "vq/values", "vq/store", "vq/richtext"],
     "vq/automation": ["engine", "vq/frame", "vq/values", "vq/store", "vq/richtext"],
     "qcore": ["engine", "qcore"],
     "converters": ["engine"],

@@ -1,5 +1,6 @@
 // Which body is built for what: the one place that names every subsystem.
 #include "vq/richtext/fonttable.h"
+#include "vq/richtext/rtmakers.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/store/makers.h"
 #include "vq/store/vqdoc.h"
@@ -54,10 +55,14 @@ constexpr SlateMakerRow kSlateRows[] = {
     {VQSLATECLASS_VIEW, VQDESIGNKIND_VIEW, VQCLASSID_VQVIEWFOLDERBODY, MakeSlate<VQViewFolderBody>},
 };
 
+// Nothing of its own yet for any element.
+constexpr std::span<const RTElementRow> kElementRows;
+
 }  // namespace
 
 constexpr std::span<const ItemMakerRow> kItemMakers(kItemRows);
 constexpr std::span<const ItemKindRow> kItemKinds(kKindRows);
 constexpr std::span<const SlateMakerRow> kSlateMakers(kSlateRows);
+constexpr std::span<const RTElementRow> kRTElementMakers(kElementRows);
 
 }  // namespace vq

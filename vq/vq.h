@@ -10,6 +10,8 @@
 #include "vq/frame/status.h"
 #include "vq/frame/vqcommon.h"
 #include "vq/frame/vqmblock.h"
+#include "vq/richobjects/vqattach.h"
+#include "vq/richobjects/vqgraphic.h"
 #include "vq/richtext/font.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/richtext/rthistory.h"

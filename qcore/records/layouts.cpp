@@ -110,6 +110,10 @@ STORED(ViewCalendarRecord, 58, FIELD(ViewCalendarRecord, Version), FIELD(ViewCal
        FIELD(ViewCalendarRecord, TimeSlotStart), FIELD(ViewCalendarRecord, TimeSlotEnd),
        FIELD(ViewCalendarRecord, TimeSlotDuration), FIELD(ViewCalendarRecord, Spare2),
        FIELD(ViewCalendarRecord, Spare3));
+STORED(FILEOBJECT, 36, FIELD(FILEOBJECT, Header.ObjectType), FIELD(FILEOBJECT, Header.ObjectID),
+       FIELD(FILEOBJECT, FileNameLength), FIELD(FILEOBJECT, HostType), FIELD(FILEOBJECT, CompressionType),
+       FIELD(FILEOBJECT, FileAttributes), FIELD(FILEOBJECT, Flags), FIELD(FILEOBJECT, FileSize),
+       FIELD(FILEOBJECT, FileCreated), FIELD(FILEOBJECT, FileModified));
 STORED(CollationHeader, 6, FIELD(CollationHeader, BufferSize), FIELD(CollationHeader, Items),
        FIELD(CollationHeader, Flags), FIELD(CollationHeader, Signature));
 STORED(CollationDescriptor, 7, FIELD(CollationDescriptor, Flags), FIELD(CollationDescriptor, Signature),
@@ -132,6 +136,7 @@ constexpr Layout kLayouts[] = {
     LAYOUT_OF(ODS_VIEWCOLUMN, ViewColumnRecord),
     LAYOUT(IDTABLEHEADER),
     LAYOUT_OF(ODS_VIEWTABLEEXTENSION, ViewTableExtension),
+    LAYOUT(FILEOBJECT),
     LAYOUT_OF(ODS_COLLATION, CollationHeader),
     LAYOUT_OF(ODS_COLLATIONDESCRIPTOR, CollationDescriptor),
     LAYOUT(CDPARAGRAPH),

@@ -59,6 +59,7 @@ constexpr Text kTexts[] = {
     {ENG_ERR_NO_SPECIAL_SLATE, "The database has no such special slate"},
     {ENG_ERR_NO_OBJECT, "There is no such object in the database"},
     {ENG_ERR_OBJECT_RANGE, "The range lies outside the object"},
+    {ENG_ERR_OBJECT_CONTENT, "The object does not hold what its record says"},
     {ENG_ERR_FOLDER_NAME, "The folder name is empty or too long"},
     {ENG_ERR_FOLDER_EXISTS, "There is a view or folder of that name already"},
     {ENG_ERR_NOT_FOLDER, "The slate is not a folder"},

@@ -1,6 +1,7 @@
 // The parser's rules for records that open and close groups: tables, hotspots, graphics.
 #include "engine/records.h"
 #include "vq/richtext/rtcheck.h"
+#include "vq/richtext/rtmakers.h"
 #include "vq/richtext/vqrtinit.h"
 
 namespace {
@@ -97,7 +98,7 @@ VQSTATUS VQRichTextParser::BeginHotspot(const Record& record) {
     return VQ_OK;
   }
   if (vq::IsRTType(type, VQRTTYPE_ELEMENT)) {
-    return AddAndPush(new VQRTElementBody(type, record.Source, record.Offset, record.Size));
+    return AddAndPush(vq::MakeRTElement(type, record.Source, record.Offset, record.Size));
   }
   return AddAndPush(new VQRTContainerBody(type, record.Source, record.Offset, record.Size));
 }

@@ -61,6 +61,9 @@ VQSTATUS VQRTBaseContainerBody::ConvertLinks(VQRichText* source, VQRichText* tar
   return VisitChildren(*this, [&](VQRTObjectBody& child) { return child.ConvertLinks(source, target); });
 }
 
+VQSTATUS VQRTBaseContainerBody::CarryObjects(VQSlateBody* slate) {
+  return VisitChildren(*this, [&](VQRTObjectBody& child) { return child.CarryObjects(slate); });
+}
 VQSTATUS VQRTBaseContainerBody::ConvertObjects(VQRichText* source, VQRichText* target) {
   return VisitChildren(*this, [&](VQRTObjectBody& child) { return child.ConvertObjects(source, target); });
 }

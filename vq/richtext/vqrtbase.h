@@ -19,6 +19,7 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
 
   VQSTATUS ConvertLinks(VQRichText* source, VQRichText* target) override;
   VQSTATUS ConvertObjects(VQRichText* source, VQRichText* target) override;
+  VQSTATUS CarryObjects(VQSlateBody* slate) override;
   VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) override;
   unsigned long GetEndIndexValue() const override;
   unsigned long GetIndexCount() const override;

@@ -73,6 +73,7 @@ VQRTObjectBody* VQRTObjectBody::MakeSame() const {
 
 VQSTATUS VQRTObjectBody::ConvertLinks(VQRichText*, VQRichText*) { return VQ_OK; }
 VQSTATUS VQRTObjectBody::ConvertObjects(VQRichText*, VQRichText*) { return VQ_OK; }
+VQSTATUS VQRTObjectBody::CarryObjects(VQSlateBody*) { return VQ_OK; }
 VQSTATUS VQRTObjectBody::ConvertFonts(VQItem*) { return VQ_OK; }
 VQSTATUS VQRTObjectBody::ShiftLinkIndex(int, unsigned long) { return VQ_OK; }
 

@@ -37,6 +37,8 @@ class VQ_API VQRTObjectBody : public VQBody {
   // The virtual operations that subclasses replace, in slot order.
   virtual VQSTATUS ConvertLinks(VQRichText* source, VQRichText* target);
   virtual VQSTATUS ConvertObjects(VQRichText* source, VQRichText* target);
+  // What ConvertObjects does about stored objects, for a text that is on its way into a slate.
+  virtual VQSTATUS CarryObjects(VQSlateBody* slate);
   // Takes the content of an object of the same type; reopens a closed body. VQERR_INVALID_PARAMETER for null or
   // itself, VQERR_INAPPROPRIATE for another type.
   virtual VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options);
