@@ -86,6 +86,8 @@ ENG_API ENGSTATUS EngDbGetSlateInfo(ENGHANDLE db, uint32_t id, ORIGINATORID* ori
 // *until (may be null) is the moment to pass as `since` next time. The caller destroys *id_table.
 ENG_API ENGSTATUS EngDbSearchClass(ENGHANDLE db, uint16_t class_mask, const TIMEDATE* since, TIMEDATE* until,
                                    ENGHANDLE* id_table);
+// Takes out of a table what is gone, and what the user may not read.
+ENG_API ENGSTATUS EngDbKeepReadable(ENGHANDLE db, ENGHANDLE id_table);
 // As EngDbSearchClass with deletion stubs among the result, their bit 31 set.
 ENG_API ENGSTATUS EngDbGetModifiedSlates(ENGHANDLE db, uint16_t class_mask, const TIMEDATE* since, TIMEDATE* until,
                                          ENGHANDLE* id_table);

@@ -251,6 +251,10 @@ ENGSTATUS EngDbSearchClass(ENGHANDLE db, uint16_t class_mask, const TIMEDATE* si
   return Search(db, class_mask, since, qcore::DeletionStubs::kLeftOut, until, id_table);
 }
 
+ENGSTATUS EngDbKeepReadable(ENGHANDLE db, ENGHANDLE id_table) {
+  return WithStore(db, [&](const auto& database) { return qcore::KeepReadable(*database, id_table); });
+}
+
 ENGSTATUS EngDbGetModifiedSlates(ENGHANDLE db, uint16_t class_mask, const TIMEDATE* since, TIMEDATE* until,
                                  ENGHANDLE* id_table) {
   return Search(db, class_mask, since, qcore::DeletionStubs::kListed, until, id_table);

@@ -5,6 +5,7 @@
 
 #include "engine/slate.h"
 #include "qcore/memory/memory.h"
+#include "qcore/slates/readers.h"
 #include "qcore/slates/remove.h"
 #include "qcore/slates/search.h"
 #include "qcore/slates/slate.h"
@@ -158,6 +159,7 @@ ENGSTATUS CheckFolder(const std::shared_ptr<Database>& database, std::uint32_t f
   ENGSTATUS status = ReadSlateHeader(*database, folder, &header);
   if (status != ENG_OK) return status;
   if (header.deleted) return ENG_ERR_SLATE_DELETED;
+  if ((header.slate_class & kPrivateClass) != 0 && !IsReadable(*database, folder)) return ENG_ERR_NO_SLATE;
   bool is_folder = false;
   status = ReadValueOf(database, folder, "$Flags", [&is_folder](Bytes value, std::uint16_t type) {
     if (type != kTypeText && type != text::kTextListType) return;

@@ -14,7 +14,7 @@
 
 namespace qcore {
 
-// ENG_ERR_NOT_FOLDER, ENG_ERR_SLATE_DELETED, ENG_ERR_NO_SLATE.
+// ENG_ERR_NOT_FOLDER, ENG_ERR_SLATE_DELETED, ENG_ERR_NO_SLATE; the last one also for a private folder of another user.
 [[nodiscard]] ENGSTATUS CheckFolder(const std::shared_ptr<Database>& database, std::uint32_t folder);
 
 enum class FolderSharing : std::uint16_t { kShared = 0, kPrivate = 1 };

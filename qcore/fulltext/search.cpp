@@ -110,7 +110,8 @@ class Search {
     });
   }
 
-  // Readers, deletions since the index's state, and fields ask for the document itself.
+  // Readers, deletions since the index's state, and fields ask for the document itself. A damaged one is no hit: the
+  // check of the database names it.
   ENGSTATUS DropUnfit() {
     const bool has_fields = HasFields(query_);
     Matcher matcher(query_);
@@ -120,9 +121,8 @@ class Search {
       if (failure != ENG_OK || (!candidate.guarded && !changed && !has_fields)) return false;
       bool fits = false;
       const ENGSTATUS status = Fits(candidate.id, has_fields ? &matcher : nullptr, &fits);
-      const bool gone = status == ENG_ERR_SLATE_DELETED || status == ENG_ERR_NO_SLATE;
-      if (status != ENG_OK && !gone) failure = status;
-      return !fits;
+      if (status != ENG_OK && !IsLost(status)) failure = status;
+      return status != ENG_OK || !fits;
     });
     return failure;
   }
@@ -147,8 +147,8 @@ class Search {
     for (Candidate& candidate : candidates_) {
       SlateHeader header;
       const ENGSTATUS status = database_.store().ReadHeader(candidate.id, &header);
-      if (status != ENG_OK) return status;
-      candidate.made = Pack(header.origin.Slate);
+      if (status != ENG_OK && !IsLost(status)) return status;
+      candidate.made = status == ENG_OK ? Pack(header.origin.Slate) : 0;
     }
     return ENG_OK;
   }

@@ -156,7 +156,8 @@ ENGSTATUS Collection::ReadRows(IndexTree& tree, const ReadRequest& request, COLL
   return ENG_OK;
 }
 
-std::uint32_t Collection::GoHits(std::uint16_t code, std::uint32_t count, std::uint32_t* hit) const {
+// Unread hits are those that have a row: what has left the view is none to stop at.
+std::uint32_t Collection::GoHits(IndexTree& tree, std::uint16_t code, std::uint32_t count, std::uint32_t* hit) const {
   code &= ENG_GO_MASK;
   const auto last = static_cast<std::uint32_t>(hits_.size());
   const bool forward = code == ENG_GO_NEXT_HIT || code == ENG_GO_NEXT_UNREAD_HIT;
@@ -166,7 +167,8 @@ std::uint32_t Collection::GoHits(std::uint16_t code, std::uint32_t count, std::u
   for (std::uint32_t at = *hit; steps < count;) {
     if (forward ? at >= last : at <= 1) break;
     forward ? ++at : --at;
-    if (unread && (unread_ == 0 || !idtable::Contains(unread_, hits_[at - 1].id))) continue;
+    const std::uint32_t id = hits_[at - 1].id;
+    if (unread && (unread_ == 0 || !idtable::Contains(unread_, id) || !tree.Has(id))) continue;
     *hit = at;
     ++steps;
   }
@@ -177,7 +179,7 @@ ENGSTATUS Collection::ReadHits(IndexTree& tree, const ReadRequest& request, COLL
                                ReadResult* result) {
   std::uint32_t hit = position->Tumbler[0];
   if (position->Level != 0 || hit > hits_.size()) return ENG_ERR_NO_ENTRY;
-  result->skipped = GoHits(request.skip, request.skip_count, &hit);
+  result->skipped = GoHits(tree, request.skip, request.skip_count, &hit);
   const bool all = result->skipped == request.skip_count || (request.skip & ENG_GO_CONTINUE) != 0;
   if (request.count == 0) {
     position->Tumbler[0] = hit;
@@ -205,7 +207,7 @@ ENGSTATUS Collection::ReadHits(IndexTree& tree, const ReadRequest& request, COLL
       break;
     }
     const std::uint16_t code = request.navigation & ENG_GO_MASK;
-    if (result->returned == request.count || code == ENG_GO_CURRENT_HIT || GoHits(code, 1, &hit) == 0) break;
+    if (result->returned == request.count || code == ENG_GO_CURRENT_HIT || GoHits(tree, code, 1, &hit) == 0) break;
   }
   result->rows = buffer.Take();
   return result->returned != 0 ? ENG_OK : ENG_ERR_NO_ENTRY;

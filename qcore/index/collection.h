@@ -68,7 +68,7 @@ class Collection final : public OpenSlate {
                                    ReadResult* result);
   [[nodiscard]] ENGSTATUS ReadHits(IndexTree& tree, const ReadRequest& request, COLLECTIONPOSITION* position,
                                    ReadResult* result);
-  std::uint32_t GoHits(std::uint16_t code, std::uint32_t count, std::uint32_t* hit) const;
+  std::uint32_t GoHits(IndexTree& tree, std::uint16_t code, std::uint32_t count, std::uint32_t* hit) const;
 
   std::shared_ptr<Database> design_database_;
   std::shared_ptr<Database> entries_;

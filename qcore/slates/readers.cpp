@@ -149,6 +149,18 @@ ENGSTATUS CheckReaders(Database& database, std::uint32_t id, const NamesList& na
   });
 }
 
+bool IsReadable(Database& database, std::uint32_t id) {
+  const NamesList names = CurrentNames();
+  const std::lock_guard lock(database.mutex());
+  Readability readability{};
+  return CheckReaders(database, id, names, &readability) == ENG_OK && readability.may_read;
+}
+
+bool IsLost(ENGSTATUS status) {
+  return status == ENG_ERR_SLATE_DELETED || status == ENG_ERR_NO_SLATE || status == ENG_ERR_ITEM_DAMAGED ||
+         status == ENG_ERR_DB_DAMAGED;
+}
+
 namespace {
 
 // Forgets what has changed. Change numbers inside a client's transaction may be given again after it, so that nothing
@@ -164,11 +176,6 @@ ENGSTATUS RenewOpenSlates(Database& database, OpenToAll* open) {
     if (place < open->slates.size()) open->slates[place] = false;
     open->feed = change.feed;
   });
-}
-
-bool IsLost(ENGSTATUS status) {
-  return status == ENG_ERR_SLATE_DELETED || status == ENG_ERR_NO_SLATE || status == ENG_ERR_ITEM_DAMAGED ||
-         status == ENG_ERR_DB_DAMAGED;
 }
 
 ENGSTATUS DropUnreadable(Database& database, const NamesList& names, std::vector<std::uint32_t>* ids) {

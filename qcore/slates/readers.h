@@ -67,6 +67,11 @@ struct Readability {
 [[nodiscard]] ENGSTATUS CheckReaders(Database& database, std::uint32_t id, const NamesList& names,
                                      Readability* readability);
 
+// Whether the engine's user may read a slate that is there; false where that can't be told. Takes the mutex.
+bool IsReadable(Database& database, std::uint32_t id);
+
+// Statuses of a slate that nobody can read: it is gone or damaged.
+bool IsLost(ENGSTATUS status);
 // Leaves those of `ids`, in ascending order, that exist and may be read; what is damaged goes too. With the database's
 // mutex held. Slates without readers are remembered until they change, so that a list costs its reading once.
 [[nodiscard]] ENGSTATUS KeepReadable(Database& database, const NamesList& names, std::vector<std::uint32_t>* ids);

@@ -4,7 +4,6 @@
 #include <set>
 
 #include "qcore/idtables/idtable.h"
-#include "qcore/slates/packed.h"
 #include "qcore/slates/readers.h"
 #include "qcore/slates/slate.h"
 #include "qcore/store/wire.h"
@@ -47,14 +46,6 @@ bool HasTitle(Bytes value, std::uint16_t type, std::string_view name) {
   return false;
 }
 
-// Of a private design element only its owner knows.
-bool IsReadable(Database& database, std::uint32_t id) {
-  const NamesList names = CurrentNames();
-  const std::lock_guard lock(database.mutex());
-  Readability readability{};
-  return CheckReaders(database, id, names, &readability) == ENG_OK && readability.may_read;
-}
-
 }  // namespace
 
 namespace {
@@ -88,6 +79,18 @@ ENGSTATUS SearchClass(Database& database, std::uint16_t mask, const TIMEDATE* si
   std::vector<std::uint32_t> ids;
   const ENGSTATUS status = ListFeed(database, mask, since, deleted, until, &ids);
   return status == ENG_OK ? idtable::Make(ids, table) : status;
+}
+
+ENGSTATUS KeepReadable(Database& database, ENGHANDLE table) {
+  std::vector<std::uint32_t> ids;
+  ENGSTATUS status = idtable::ForEach(table, [&ids](std::uint32_t id) { ids.push_back(id); });
+  if (status != ENG_OK) return status;
+  {
+    const std::lock_guard lock(database.mutex());
+    status = KeepReadable(database, CurrentNames(), &ids);
+  }
+  bool changed = false;
+  return status == ENG_OK ? idtable::Assign(table, ids, &changed) : status;
 }
 
 ENGSTATUS FindSpecialSlate(Database& database, std::uint16_t selector, std::uint32_t* id) {

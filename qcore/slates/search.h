@@ -21,6 +21,8 @@ enum class DeletionStubs { kLeftOut, kListed };  // listed ones have bit 31 of t
 // The same in ascending order, without deletion stubs.
 [[nodiscard]] ENGSTATUS ListClass(Database& database, std::uint16_t mask, const TIMEDATE* since, TIMEDATE* until,
                                   std::vector<std::uint32_t>* ids);
+// Takes out of a table what is gone or may not be read by the engine's user. ENG_ERR_MEMORY_LOCKED.
+[[nodiscard]] ENGSTATUS KeepReadable(Database& database, ENGHANDLE table);
 // A selector is a class with bit 0x8000. Default form and view are the slates with just that class; of the icon, the
 // about and the using document there is one each, and one without the bit is found too. Of several the last one saved
 // under the lowest ID wins. ENG_ERR_NO_SPECIAL_SLATE.

@@ -1,6 +1,4 @@
 // Folders and unread lists, with a second handle on the same file in the place of another process.
-#include <sqlite3.h>
-
 #include <algorithm>
 
 #include "tests/qcore/store_fixture.h"
@@ -52,12 +50,6 @@ class Folders : public Database {
     EXPECT_TRUE(from == 0 || EngIdTableDestroy(from) == ENG_OK);
     EXPECT_EQ(EngIdTableDestroy(to), ENG_OK);
     return status;
-  }
-  void Execute(const char* sql) const {
-    sqlite3* connection = nullptr;
-    ASSERT_EQ(sqlite3_open(file().c_str(), &connection), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(connection, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(connection);
-    sqlite3_close(connection);
   }
 };
 
@@ -135,6 +127,20 @@ TEST_F(Folders, APrivateFolderIsItsMakersAlone) {
   ASSERT_EQ(EngEnvSetString("UserName", "CN=Another/O=Acme"), ENG_OK);
   Reopen();
   EXPECT_EQ(EngDesignFind(db_, 8, Store("Mine"), &found), ENG_ERR_NO_DESIGN_ELEMENT);
+  const std::uint32_t document = Make({{"Subject", "a"}});
+  const ENGHANDLE table = Table({folder, document});
+  ENGHANDLE members = 0;
+  const std::pair<const char*, ENGSTATUS> refused[] = {
+      {"add", Add(folder, {document})},
+      {"remove", EngFolderDocRemove(db_, 0, folder, table, 0)},
+      {"empty", EngFolderDocRemoveAll(db_, 0, folder, 0)},
+      {"rename", EngFolderRename(db_, 0, folder, Store("Yours"), 5, 0)},
+      {"copy", EngFolderCopy(db_, 0, folder, 0, Store("Yours"), 5, 0, &found)},
+      {"look", EngFolderGetTable(db_, folder, &members)},
+  };
+  for (const auto& [what, status] : refused) EXPECT_EQ(status, ENG_ERR_NO_SLATE) << what;
+  EXPECT_EQ(EngDbKeepReadable(db_, table), ENG_OK);
+  EXPECT_EQ(TakeIds(table), Ids_{document});
   EXPECT_NE(Folder("Mine"), folder);
 }
 

@@ -212,6 +212,19 @@ TEST_F(FullText, ReadersKeepOthersOut) {
   EXPECT_EQ(Search_("apple"), (Hits{open, others}));
 }
 
+TEST_F(FullText, ADamagedDocumentHidesNoOther) {
+  const std::uint32_t bad = Make({{"Subject", "apple"}, {"$Readers", "*"}});
+  const std::uint32_t good = Make({{"Subject", "apple"}, {"$Readers", "*"}});
+  Index();
+  ASSERT_EQ(EngDbClose(db_), ENG_OK);
+  Execute(("UPDATE slate SET packed=zeroblob(90) WHERE id=" + std::to_string(bad)).c_str());
+  db_ = Open();
+  for (const int order : {0, ENG_FT_SCORES | ENG_FT_BEST, ENG_FT_BY_DATE}) {
+    EXPECT_EQ(Search_("apple", static_cast<std::uint32_t>(order)), Hits{good}) << order;
+  }
+  EXPECT_EQ(Search_("[Subject] CONTAINS apple"), Hits{good});
+}
+
 // Another process makes the index anew between two parts of an update, and gets less far than that update was.
 TEST_F(FullText, AnUpdateGoesOnWhereARemadeIndexStands) {
   constexpr std::uint32_t kEarlier = 10;

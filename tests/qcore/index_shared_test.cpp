@@ -189,14 +189,8 @@ TEST_F(Shared, AStoreOfTheFirstVersionShowsItsViews) {
   Doc({{"Name", "a"}});
   const std::uint32_t view = MakeView({{"Name", 1}});
   ASSERT_EQ(EngDbClose(db_), ENG_OK);
-  sqlite3* connection = nullptr;
-  ASSERT_EQ(sqlite3_open(file().c_str(), &connection), SQLITE_OK);
-  EXPECT_EQ(sqlite3_exec(connection,
-                         "DROP TABLE removed;DROP TABLE member;DROP TABLE unread;DROP TABLE own;DROP TABLE page;"
-                         "PRAGMA user_version=1",
-                         nullptr, nullptr, nullptr),
-            SQLITE_OK);
-  sqlite3_close(connection);
+  Execute(
+      "DROP TABLE removed;DROP TABLE member;DROP TABLE unread;DROP TABLE own;DROP TABLE page;PRAGMA user_version=1");
   db_ = Open();
   for (const char* name : {"b", "c"}) {
     const OpenCollection collection(db_, view);

@@ -332,10 +332,7 @@ TEST_F(Damage, RowsThatDoNotFitTogetherAreFound) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.sql);
     folder_.Write("data/main.vlt", whole_);
-    sqlite3* connection = nullptr;
-    ASSERT_EQ(sqlite3_open(file().c_str(), &connection), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(connection, row.sql, nullptr, nullptr, nullptr), SQLITE_OK);
-    ASSERT_EQ(sqlite3_close(connection), SQLITE_OK);
+    Execute(row.sql);
     const ENGHANDLE db = Open();
     ENGHANDLE slate = 0;
     EXPECT_EQ(EngSlateOpen(db, ids_[0], 0, &slate), row.open);
@@ -361,10 +358,7 @@ TEST_F(Damage, DamagedSlatesCanBeDeleted) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.sql);
     folder_.Write("data/main.vlt", whole_);
-    sqlite3* connection = nullptr;
-    ASSERT_EQ(sqlite3_open(file().c_str(), &connection), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(connection, row.sql, nullptr, nullptr, nullptr), SQLITE_OK);
-    ASSERT_EQ(sqlite3_close(connection), SQLITE_OK);
+    Execute(row.sql);
     const ENGHANDLE db = Open();
     EXPECT_EQ(EngDbCheck(db, nullptr, 0), ENG_ERR_DB_DAMAGED);
     EXPECT_EQ(EngSlateDelete(db, 164, row.flags), ENG_OK);

@@ -2,6 +2,8 @@
 #ifndef QUILLON_TESTS_QCORE_STORE_FIXTURE_H
 #define QUILLON_TESTS_QCORE_STORE_FIXTURE_H
 
+#include <sqlite3.h>
+
 #include <cstring>
 #include <string>
 #include <utility>
@@ -103,6 +105,13 @@ class Database : public Engine {
   }
 
   std::string file() const { return folder_.File("data/main.vlt"); }
+  // With the database closed, or looked into by a connection that the engine knows nothing of.
+  void Execute(const char* sql) const {
+    sqlite3* connection = nullptr;
+    ASSERT_EQ(sqlite3_open(file().c_str(), &connection), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(connection, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(connection);
+    EXPECT_EQ(sqlite3_close(connection), SQLITE_OK);
+  }
   static ENGHANDLE Open(const char* path = "main") {
     ENGHANDLE db = 0;
     EXPECT_EQ(EngDbOpen(path, &db), ENG_OK);

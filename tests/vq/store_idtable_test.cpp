@@ -97,6 +97,12 @@ TEST_F(Tables, RefusalsLeaveTheSetAlone) {
   VQSlateArray foreign(other);
   ASSERT_EQ(foreign.Add(8UL), VQ_OK);
   EXPECT_EQ(array.Add(foreign), VQERR_DIFFERENT_DATABASE);
+  VQSlate stranger;
+  ASSERT_EQ(other.CreateSlate(VQSLATECLASS_DOCUMENT, &stranger), VQ_OK);
+  ASSERT_EQ(stranger.Save(), VQ_OK);
+  ASSERT_EQ(array.Add(stranger.GetSlateID()), VQ_OK);
+  EXPECT_EQ(array.Remove(stranger), VQERR_DIFFERENT_DATABASE);
+  EXPECT_EQ(array.Contains(stranger.GetSlateID()), 1);
   EXPECT_EQ(Db.DeleteSlates(foreign), VQERR_DIFFERENT_DATABASE);
   EXPECT_EQ(Db.DeleteSlates(VQSlateArray(Db)), VQERR_EMPTY_ARRAY);
 }

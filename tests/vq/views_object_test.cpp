@@ -187,6 +187,33 @@ TEST_F(ViewObject, ARenamedFolderTakesItsTrueNameInTheEnd) {
   EXPECT_EQ(folder.SetSelectionFormula(VQFormula(VQString("SELECT 1"))), VQERR_NOT_FOR_FOLDER);
 }
 
+TEST_F(ViewObject, AnotherElementsNameIsNoAlias) {
+  VQViewFolder folder;
+  ASSERT_EQ(Db.CreateView("Taken|T", nullptr, nullptr), VQ_OK);
+  ASSERT_EQ(Db.CreateFolder("Folder", VQVFSHARINGOPTION_SHARED, nullptr, &folder), VQ_OK);
+  ASSERT_EQ(folder.Save(), VQ_OK);
+  const std::pair<const char*, VQSTATUS> rows[] = {
+      {"T", ENG_ERR_FOLDER_EXISTS}, {"Taken", ENG_ERR_FOLDER_EXISTS}, {"Own", VQ_OK}, {"Own", VQ_OK}, {"", VQ_OK}};
+  std::string stored = "Folder";
+  for (const auto& [alias, status] : rows) {
+    ASSERT_EQ(folder.SetAlias(alias), VQ_OK);
+    EXPECT_EQ(ReturnedStatusOf([&] { return folder.Save(); }), status) << alias;
+    if (status == VQ_OK) stored = *alias != 0 ? std::string("Folder|") + alias : "Folder";
+    EXPECT_EQ(StoredText(folder, "$TITLE"), stored) << alias;
+  }
+}
+
+TEST_F(ViewObject, AViewThatIsGoneSaysSo) {
+  VQViewFolder view;
+  ASSERT_EQ(Db.CreateView("Gone", nullptr, nullptr), VQ_OK);
+  ASSERT_EQ(Db.GetViewFolder("Gone", &view), VQ_OK);
+  ASSERT_EQ(Db.DeleteViewFolder("Gone"), VQ_OK);
+  for (const unsigned long flags : {0UL, VQVFOPENFLAGS_NO_CREATE, VQVFOPENFLAGS_DESIGN_ONLY}) {
+    EXPECT_EQ(ReturnedStatusOf([&] { return view.Open(flags); }), ENG_ERR_SLATE_DELETED) << flags;
+    EXPECT_EQ(StatusOf([&] { return view.GetEntryCount(); }), ENG_ERR_SLATE_DELETED) << flags;
+  }
+}
+
 TEST_F(ViewObject, DatabasesMakeAndListViews) {
   VQViewFolder view;
   ASSERT_EQ(Db.CreateView("Source", nullptr, &view), VQ_OK);
@@ -230,6 +257,12 @@ TEST_F(ViewObject, APrivateFolderIsItsOwners) {
   ASSERT_EQ(Db.GetViewFolder("Mine", &again), VQ_OK);
   ASSERT_EQ(again.Open(), VQ_OK);
   EXPECT_EQ(again.GetEntryCount(), 1U);
+  VQViewFolderArray found;
+  ASSERT_EQ(Db.GetViewFolders(&found), VQ_OK);
+  EXPECT_EQ(found.GetCount(), 1U);
+  ASSERT_EQ(EngEnvSetString("UserName", "CN=Another/O=Acme"), ENG_OK);
+  ASSERT_EQ(Db.GetViewFolders(&found), VQ_OK);
+  EXPECT_EQ(found.GetCount(), 0U);
 }
 
 TEST_F(ViewObject, ACopyOfTheDefaultViewIsAnotherView) {

@@ -208,10 +208,11 @@ VQSTATUS VQDatabaseBody::FindDesign(unsigned short slate_class, unsigned short k
 VQSTATUS VQDatabaseBody::SearchDesign(unsigned short slate_class, unsigned short kind, std::string_view name,
                                       std::uint32_t* id) {
   ENGHANDLE table = 0;
-  const VQSTATUS status = vq::FromEngine(EngDbSearchClass(Handle, slate_class, nullptr, nullptr, &table));
+  VQSTATUS status = vq::FromEngine(EngDbSearchClass(Handle, slate_class, nullptr, nullptr, &table));
   if (status != VQ_OK) return status;
+  status = vq::FromEngine(EngDbKeepReadable(Handle, table));
   std::uint32_t candidate = 0;
-  VQSTATUS found = VQWARN_NOT_FOUND;
+  VQSTATUS found = status == VQ_OK ? VQWARN_NOT_FOUND : status;
   for (int more = EngIdTableScan(table, 1, &candidate); more != 0 && found == VQWARN_NOT_FOUND;
        more = EngIdTableScan(table, 0, &candidate)) {
     found = CompareName(candidate, slate_class, kind, name);

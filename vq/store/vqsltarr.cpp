@@ -130,6 +130,8 @@ int VQSlateArray::Contains(unsigned long id) const {
 VQSTATUS VQSlateArray::Remove(const VQSlate& slate) {
   if (Body == nullptr) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
   if (slate.IsNull()) return vq::Apply(VQERR_UNINITIALIZED_ARGUMENT);
+  // An identifier says nothing about the slates of another database.
+  if (slate.GetDatabaseBody() != Database.GetDatabaseBody()) return vq::Apply(VQERR_DIFFERENT_DATABASE);
   return Remove(slate.GetSlateID());
 }
 

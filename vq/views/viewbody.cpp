@@ -107,6 +107,11 @@ VQSTATUS VQViewFolderBody::OpenEntries(unsigned long flags) {
   return status;
 }
 
+VQSTATUS VQViewFolderBody::StoredTime(TIMEDATE* modified) const {
+  return vq::FromEngine(
+      EngDbGetSlateInfo(GetDatabaseBody()->GetHandle(), GetID(), nullptr, modified, nullptr, nullptr));
+}
+
 // An index is not built from a design that is about to change.
 VQSTATUS VQViewFolderBody::OpenCollection(unsigned long flags) {
   const bool slate_is_open = VQSlateBody::IsOpen();
@@ -115,6 +120,9 @@ VQSTATUS VQViewFolderBody::OpenCollection(unsigned long flags) {
   VQSTATUS status = VQ_OK;
   VQVFNavigator opened(new VQVFNavigatorBody(this, nullptr, 0, static_cast<std::uint32_t>(engine_flags), &status));
   if (vq::EngineError(status) == ENG_ERR_NO_COLLECTION && status <= 0xFFFF) {
+    // The engine says the same of a view that is gone.
+    const VQSTATUS there = StoredTime(nullptr);
+    if (there != VQ_OK) return there;
     return (flags & VQVFOPENFLAGS_NO_CREATE) != 0 ? VQERR_COLLECTION_NO_CREATE : VQERR_VIEW_NOT_SAVED;
   }
   if (status != VQ_OK) return status;
@@ -123,7 +131,7 @@ VQSTATUS VQViewFolderBody::OpenCollection(unsigned long flags) {
   if (!slate_is_open || modified) return VQ_OK;
   // The engine may have changed the slate on the way.
   TIMEDATE now{};
-  status = vq::FromEngine(EngDbGetSlateInfo(GetDatabaseBody()->GetHandle(), GetID(), nullptr, &now, nullptr, nullptr));
+  status = StoredTime(&now);
   return status != VQ_OK || SameTime(now, GetModified()) ? status : ReopenSlate();
 }
 

@@ -485,6 +485,8 @@ class VQ_API VQViewFolderBody : public VQSlateBody {
   [[nodiscard]] VQSTATUS CheckFlags(unsigned long flags, const VQDatabase& entries) const;
   [[nodiscard]] VQSTATUS OpenEntries(unsigned long flags);
   [[nodiscard]] VQSTATUS OpenCollection(unsigned long flags);
+  // When the stored slate was changed; fails for one that is gone. `modified` may be null.
+  [[nodiscard]] VQSTATUS StoredTime(TIMEDATE* modified) const;
   [[nodiscard]] VQSTATUS OpenDesign();
   // The engine's slate anew; the decoded design stays.
   [[nodiscard]] VQSTATUS ReopenSlate();
@@ -518,6 +520,7 @@ class VQ_API VQViewFolderBody : public VQSlateBody {
   [[nodiscard]] VQSTATUS SaveTexts(std::string_view item, const VQText& texts, unsigned short flags, bool keep);
   [[nodiscard]] VQSTATUS SaveCode(std::string_view item, std::string_view code);
   [[nodiscard]] VQSTATUS Remove(std::string_view item);
+  [[nodiscard]] VQSTATUS CheckAlias() const;
   [[nodiscard]] VQSTATUS SaveTitle(bool temporary);
   // For a column's values, in no other column's use.
   std::string NextItemName();

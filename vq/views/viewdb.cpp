@@ -99,6 +99,7 @@ VQSTATUS VQDatabase::ListViews(unsigned types, VQViewFolderArray* views) const {
   ENGHANDLE kept = 0;
   status = vq::FromEngine(
       EngDbSearchClass(body->GetHandle(), VQSLATECLASS_VIEW | VQSLATECLASS_PRIVATE, nullptr, nullptr, &all));
+  if (status == VQ_OK) status = vq::FromEngine(EngDbKeepReadable(body->GetHandle(), all));
   if (status == VQ_OK) status = vq::FromEngine(EngIdTableCreate(sizeof(std::uint32_t), &kept));
   if (status == VQ_OK) status = KeepTypes(body->GetHandle(), types, all, kept);
   if (all != 0) EngIdTableDestroy(all);

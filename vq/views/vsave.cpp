@@ -1,7 +1,9 @@
 // VQViewFolderBody: writing the design items that have changed.
 #include <algorithm>
 
+#include "engine/database.h"
 #include "engine/slate.h"
+#include "engine/status.h"
 #include "vq/store/storetext.h"
 #include "vq/views/mergedformula.h"
 #include "vq/views/vdesign.h"
@@ -41,7 +43,8 @@ VQSTATUS VQViewFolderBody::SaveDesign() {
 
 VQSTATUS VQViewFolderBody::SaveItems() {
   if (Name.IsNull()) return VQERR_VIEW_NAME_REQUIRED;
-  VQSTATUS status = SettleColumns();
+  VQSTATUS status = CheckAlias();
+  if (status == VQ_OK) status = SettleColumns();
   if (status == VQ_OK) status = SaveTitle(Type == VQVFTYPE_FOLDER && HasState(kNameChanged));
   if (status == VQ_OK) status = SaveOrRemove("$PublicAccess", HasState(kPublicAccess), "1", VQITEMFLAGS_SUMMARY);
   if (status == VQ_OK) status = SaveSelection();
@@ -72,6 +75,20 @@ VQSTATUS VQViewFolderBody::Remove(std::string_view item) {
 
 VQSTATUS VQViewFolderBody::SaveOrRemove(std::string_view item, bool keep, std::string_view text, unsigned short flags) {
   return keep ? SaveText(item, text, flags) : Remove(item);
+}
+
+// The engine refuses a folder's name when a view or folder has it; so must be its alias.
+VQSTATUS VQViewFolderBody::CheckAlias() const {
+  if (Type != VQVFTYPE_FOLDER || Alias.IsNull()) return VQ_OK;
+  const std::string alias(vq::ViewOf(Alias));
+  const std::vector<std::string> stored = NamesInTitle();
+  if (std::find(stored.begin(), stored.end(), alias) != stored.end()) return VQ_OK;
+  std::uint32_t found = 0;
+  const ENGSTATUS result =
+      EngDesignFind(GetDatabaseBody()->GetHandle(), VQSLATECLASS_VIEW, vq::EngineText(alias), &found);
+  if ((result & ENG_ERROR_MASK) == ENG_ERR_NO_DESIGN_ELEMENT) return VQ_OK;
+  if (result == ENG_OK && found != GetID()) return vq::FromEngine(ENG_ERR_FOLDER_EXISTS);
+  return vq::FromEngine(result);
 }
 
 // A folder takes its true name by a rename in the engine, once it is stored. Further synonyms, between name and alias,
