@@ -7,7 +7,9 @@
 #include "qcore/abi/later.h"
 #include "qcore/abi/output.h"
 #include "qcore/formula/compute.h"
+#include "qcore/formula/lookups.h"
 #include "qcore/fulltext/search.h"
+#include "qcore/index/lookup.h"
 #include "qcore/memory/memory.h"
 #include "qcore/settings/libraries.h"
 #include "qcore/settings/settings.h"
@@ -33,7 +35,10 @@ void CloseEverything() {
   qcore::memory::FreeAll();
 }
 
-ENGSTATUS OpenEverything() { return qcore::text::UsePlatformCharset(settings::Get("PlatformCharset")); }
+ENGSTATUS OpenEverything() {
+  qcore::formula::SetLookupsMaker(qcore::index::MakeLookups);
+  return qcore::text::UsePlatformCharset(settings::Get("PlatformCharset"));
+}
 
 ENGSTATUS StartWith(const char* named_settings) {
   return Guard([&] { return qcore::startup::Start(named_settings, OpenEverything); });

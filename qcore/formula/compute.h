@@ -24,19 +24,32 @@ class Compute {
   template <typename Take>
   [[nodiscard]] ENGSTATUS Evaluate(ENGHANDLE slate_handle, Result* result, Take take) {
     if (slate_handle == 0) {
-      NoDocument none;
+      NoSlate none;
       const ENGSTATUS status = evaluator_.Evaluate(none, 0, result);
       return status == ENG_OK ? take(result->value) : status;
     }
     Slate* slate = Slate::Find(slate_handle);
     if (!slate) return ENG_ERR_INVALID_HANDLE;
     SlateSource source(*slate, assigns_ ? Assignments::kKept : Assignments::kDropped, hashes_);
+    Ancestors ancestors(slate->shared_database(), evaluator_);
+    LateLookups lookups(&slate->shared_database());
+    source.SetSurroundings(&ancestors, &lookups);
     ENGSTATUS status = evaluator_.Evaluate(source, 0, result);
     if (status == ENG_OK) status = take(result->value);
     return status == ENG_OK ? source.Apply() : status;
   }
 
  private:
+  // Look-ups that name their database need no document.
+  class NoSlate final : public Source {
+   public:
+    bool FindItem(std::uint32_t, std::string_view, ItemValue*) override { return false; }
+    ENGSTATUS LookUp(const Lookup& lookup, const TakeValue& take) override { return lookups_.LookUp(lookup, take); }
+
+   private:
+    LateLookups lookups_{nullptr};
+  };
+
   Compute(std::shared_ptr<const Program> program, std::uint32_t code_length, bool assigns)
       : evaluator_(std::move(program)), code_length_(code_length), assigns_(assigns) {
     for (const std::string& name : evaluator_.program().item_names()) hashes_.push_back(FoldedHash(name));

@@ -84,6 +84,7 @@ class Evaluator {
   Evaluator(Evaluator&&) noexcept;
 
   const Program& program() const { return *program_; }
+  const std::shared_ptr<const Program>& shared_program() const { return program_; }
   // An error value gives its status, with selected false and the other flags as they were found. The evaluator can be
   // used again after any failure.
   [[nodiscard]] ENGSTATUS Evaluate(Source& source, std::size_t section, Result* result);

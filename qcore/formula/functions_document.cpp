@@ -160,16 +160,24 @@ Value DatabaseFact(Machine& machine, Arguments) {
 
 Value ViewTitle(Machine& machine, Arguments) { return machine.Text(machine.source().ViewTitle()); }
 
-// The database argument is a path, or a server and a path.
-std::string_view PathOf(const Value& value) {
-  return value.is_text() ? value.texts()[value.count - 1].view() : std::string_view();
+// The database argument is a path, or a server and a path, which has its place in front.
+std::string_view PathOf(Machine& machine, const Value& value) {
+  const std::string_view path = value.texts()[value.count - 1].view();
+  if (value.count == 1 || value.texts()->size == 0) return path;
+  return machine.Text(std::string(value.texts()->view()) + "!!" + std::string(path)).text.view();
 }
 
-Value RunLookup(Machine& machine, const Lookup& lookup) {
-  std::vector<std::uint8_t> bytes;
-  const ENGSTATUS status = machine.source().LookUp(lookup, &bytes);
-  if (status != ENG_OK) return Value::Error(status);
-  return machine.DecodeCopy(bytes);
+// Adds what is found to *found.
+Value RunLookup(Machine& machine, const Lookup& lookup, std::optional<Value>* found) {
+  constexpr std::uint64_t kStepsOfOne = 500;
+  machine.Charge(kStepsOfOne);
+  const ENGSTATUS status = machine.source().LookUp(lookup, [&](Bytes bytes) {
+    machine.Charge(1);
+    if (bytes.empty() || (*found && (*found)->is_error())) return;
+    const Value value = machine.DecodeCopy(bytes);
+    *found = *found ? machine.Join(**found, value) : value;
+  });
+  return status == ENG_OK ? Value() : Value::Error(status);
 }
 
 // Class, database, view, column.
@@ -178,10 +186,12 @@ Value DbColumn(Machine& machine, Arguments arguments) {
   if (!arguments[1].is_text() || !arguments[2].is_text() || !column) return TypeError();
   if (*column < 1) return RangeError();
   Lookup lookup;
-  lookup.database = PathOf(arguments[1]);
+  lookup.database = PathOf(machine, arguments[1]);
   lookup.view = FirstText(arguments[2]);
   lookup.column = static_cast<std::uint32_t>(*column);
-  return RunLookup(machine, lookup);
+  std::optional<Value> found;
+  const Value failed = RunLookup(machine, lookup, &found);
+  return failed.is_error() ? failed : found.value_or(Value());
 }
 
 bool HasKeyword(Arguments options, std::string_view keyword) {
@@ -192,23 +202,26 @@ bool HasKeyword(Arguments options, std::string_view keyword) {
 // Class, database, view, keys, column number or item name, keywords.
 Value DbLookup(Machine& machine, Arguments arguments) {
   const Value& keys = arguments[3];
-  if (!arguments[1].is_text() || !arguments[2].is_text() || !keys.is_text()) return TypeError();
+  if (!arguments[1].is_text() || !arguments[2].is_text() || keys.type == Type::kRemoval) return TypeError();
   Lookup lookup;
-  lookup.database = PathOf(arguments[1]);
+  lookup.database = PathOf(machine, arguments[1]);
   lookup.view = FirstText(arguments[2]);
   lookup.field = FirstText(arguments[4]);
   lookup.column = static_cast<std::uint32_t>(std::max<std::int64_t>(AsInteger(arguments[4]).value_or(0), 0));
   lookup.partial = HasKeyword(arguments.subspan(5), "PARTIALMATCH");
   if (lookup.field.empty() && lookup.column == 0) return arguments[4].is_number() ? RangeError() : TypeError();
   std::optional<Value> found;
+  bool any = false;
+  std::vector<std::uint8_t> key;
   for (std::uint32_t i = 0; i < keys.count; ++i) {
-    lookup.key = keys.texts()[i].view();
-    const Value value = RunLookup(machine, lookup);
-    if (value.is_error() && value.error == ENG_ERR_NO_ENTRY) continue;
-    found = found ? machine.Join(*found, value) : value;
-    if (found->is_error()) return *found;
+    const ENGSTATUS status = Encode(EntryAt(keys, i), &key);
+    if (status != ENG_OK) return Value::Error(status);
+    lookup.key = key;
+    const Value failed = RunLookup(machine, lookup, &found);
+    if (failed.is_error() && failed.error != ENG_ERR_NO_ENTRY) return failed;
+    any |= !failed.is_error();
   }
-  if (found) return *found;
+  if (any) return found.value_or(Value());
   return HasKeyword(arguments.subspan(5), "FAILSILENT") ? Value() : Value::Error(ENG_ERR_NO_ENTRY);
 }
 

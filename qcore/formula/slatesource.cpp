@@ -62,6 +62,14 @@ std::uint32_t SlateSource::ResponseCount() {
   return slate_.GetResponseCount(&count) == ENG_OK ? count : 0;
 }
 
+bool SlateSource::IsBelowSelected(bool deep) {
+  return ancestors_ && ancestors_->AnySelected(slate_.header().parent, deep);
+}
+
+ENGSTATUS SlateSource::LookUp(const Lookup& lookup, const TakeValue& take) {
+  return lookups_ ? lookups_->LookUp(lookup, take) : Source::LookUp(lookup, take);
+}
+
 const DatabaseFacts* SlateSource::Database() {
   if (database_) return &*database_;
   qcore::Database& database = slate_.database();

@@ -8,7 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "qcore/formula/ancestors.h"
 #include "qcore/formula/formula.h"
+#include "qcore/formula/lookups.h"
 #include "qcore/slates/slate.h"
 
 namespace qcore::formula {
@@ -21,12 +23,20 @@ class SlateSource : public Source {
   SlateSource(Slate& slate, Assignments assignments, std::span<const std::uint32_t> hashes = {})
       : slate_(slate), assignments_(assignments), hashes_(hashes) {}
 
+  // Without them nobody is below a selected slate, and there are no look-ups.
+  void SetSurroundings(Ancestors* ancestors, LateLookups* lookups) {
+    ancestors_ = ancestors;
+    lookups_ = lookups;
+  }
+
   bool FindItem(std::uint32_t index, std::string_view name, ItemValue* item) override;
   void ForEachItem(const std::function<void(std::string_view, const ItemValue&)>& take) override;
   const DocumentFacts* Document() override;
   std::uint32_t Size() override;
   std::uint32_t ResponseCount() override;
+  bool IsBelowSelected(bool deep) override;
   const DatabaseFacts* Database() override;
+  [[nodiscard]] ENGSTATUS LookUp(const Lookup& lookup, const TakeValue& take) override;
   [[nodiscard]] ENGSTATUS Assign(std::string_view name, Bytes value) override;
 
   // Puts what was assigned into the slate. On a failure what came before it is there.
@@ -43,6 +53,8 @@ class SlateSource : public Source {
   Slate& slate_;
   Assignments assignments_;
   std::span<const std::uint32_t> hashes_;
+  Ancestors* ancestors_ = nullptr;
+  LateLookups* lookups_ = nullptr;
   std::vector<Assigned> assigned_;
   std::optional<DocumentFacts> document_;
   std::optional<DatabaseFacts> database_;

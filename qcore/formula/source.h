@@ -9,7 +9,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "engine/status.h"
 #include "engine/types.h"
@@ -41,16 +40,18 @@ struct DatabaseFacts {
   std::string replica;  // 16 hexadecimal digits
 };
 
-// What one look-up wants: entries of `column` (from 1), or the item `field` when it is not empty, of the view's rows;
-// with a key, of the rows that the key finds.
+// What one look-up wants: the values of `column` (from 1), or of the item `field` when it is not empty, in the view's
+// documents; with a key, in those that the key finds.
 struct Lookup {
-  std::string_view database;  // empty for the document's own
+  std::string_view database;  // a path; empty for the document's own database
   std::string_view view;
-  std::optional<std::string_view> key;
+  Bytes key;  // a single value with its type word; empty for none
   std::uint32_t column = 0;
   std::string_view field;
   bool partial = false;  // the key may be the start of the entry
 };
+// Takes the value of one document with its type word, empty where there is none. May throw, with no lock held.
+using TakeValue = std::function<void(Bytes value)>;
 
 class Source {
  public:
@@ -81,10 +82,11 @@ class Source {
   // Nothing stands for the process's clock.
   virtual std::optional<TIMEDATE> Now() { return std::nullopt; }
 
-  // Puts a value with its type word into *value. ENG_ERR_FORMULA_LOOKUP where there are no look-ups.
-  [[nodiscard]] virtual ENGSTATUS LookUp(const Lookup& lookup, std::vector<std::uint8_t>* value) {
+  // In the order of the view. ENG_ERR_FORMULA_LOOKUP where there are no look-ups, ENG_ERR_NO_ENTRY for a key that finds
+  // nothing.
+  [[nodiscard]] virtual ENGSTATUS LookUp(const Lookup& lookup, const TakeValue& take) {
     static_cast<void>(lookup);
-    static_cast<void>(value);
+    static_cast<void>(take);
     return ENG_ERR_FORMULA_LOOKUP;
   }
   // Takes an assignment; `value` begins with its type word and is empty to remove the item. A source that keeps its

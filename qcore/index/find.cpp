@@ -65,6 +65,29 @@ class Finder {
       : index_(index), tree_(index.rows()), keys_(keys), flags_(flags), wanted_(wanted) {}
 
   ENGSTATUS Run(FindResult* result) {
+    const ENGSTATUS status = ReadKeys();
+    if (status != ENG_OK) return status;
+    const unsigned comparison = flags_ & ENG_FIND_COMPARISON;
+    if (comparison == ENG_FIND_LESS || comparison == ENG_FIND_GREATER) {
+      return FindOrdered(comparison == ENG_FIND_LESS, result);
+    }
+    return FindEqual(comparison == ENG_FIND_LAST_EQUAL, result);
+  }
+
+  ENGSTATUS RunStretches(std::vector<Stretch>* stretches) {
+    const ENGSTATUS status = ReadKeys();
+    if (status != ENG_OK) return status;
+    ForEachRange(0, {}, [&](const std::string& begin) {
+      const std::string behind = Behind(begin);
+      const Stretch stretch{tree_.RankOf(begin), behind.empty() ? tree_.rows() : tree_.RankOf(behind)};
+      if (stretch.first < stretch.end) stretches->push_back(stretch);
+      return true;
+    });
+    return ENG_OK;
+  }
+
+ private:
+  ENGSTATUS ReadKeys() {
     const auto& sorted = index_.planner().sorted();
     if (keys_.size() > sorted.size()) return ENG_ERR_TOO_MANY_KEYS;
     if (keys_.empty()) return ENG_ERR_ARGUMENT;
@@ -73,14 +96,9 @@ class Finder {
       if (type != kTypeText && type != kTypeNumber && type != kTypeTime) return ENG_ERR_ARGUMENT;
       AddParts(i);
     }
-    const unsigned comparison = flags_ & ENG_FIND_COMPARISON;
-    if (comparison == ENG_FIND_LESS || comparison == ENG_FIND_GREATER) {
-      return FindOrdered(comparison == ENG_FIND_LESS, result);
-    }
-    return FindEqual(comparison == ENG_FIND_LAST_EQUAL, result);
+    return ENG_OK;
   }
 
- private:
   bool names_category() const { return keys_.size() <= index_.planner().category_columns(); }
 
   Match TextMatch() const {
@@ -259,6 +277,11 @@ class Finder {
 };
 
 }  // namespace
+
+ENGSTATUS FindStretches(IndexTree& index, const Value& key, std::uint16_t flags, std::vector<Stretch>* stretches) {
+  const std::vector<Value> keys = {key};
+  return Finder(index, keys, flags, Wanted::kPlace).RunStretches(stretches);
+}
 
 ENGSTATUS Find(IndexTree& index, const std::vector<Value>& keys, std::uint16_t flags, Wanted wanted,
                FindResult* result) {

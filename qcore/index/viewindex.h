@@ -47,6 +47,7 @@ class ViewIndex {
   [[nodiscard]] ENGSTATUS With(std::uint16_t collation, const Use& use);
   // Within With: what rows need beside the tree.
   const ValueLayout& layout() const { return *layout_; }
+  const Design& design() const { return *design_; }
   bool marks_rows() const { return reader_->marks_rows(); }
   Database& entries() { return *entries_; }
 

@@ -45,6 +45,7 @@ class Slate final : public OpenSlate {
 
   ENGHANDLE handle() const { return handle_; }
   Database& database() const { return *database_; }
+  const std::shared_ptr<Database>& shared_database() const { return database_; }
   const SlateHeader& header() const { return header_; }
   bool is_modified() const { return modified_; }
   [[nodiscard]] ENGSTATUS Copy(ENGHANDLE* copy);

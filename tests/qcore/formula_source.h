@@ -49,13 +49,14 @@ class MapSource final : public qcore::formula::Source {
   std::span<const std::string> UserNames() override { return names; }
 
   // The look-up as a text; keys that start with "no" find nothing.
-  ENGSTATUS LookUp(const qcore::formula::Lookup& lookup, Value* value) override {
-    if (lookup.key && lookup.key->starts_with("no")) return ENG_ERR_NO_ENTRY;
-    std::string text = std::string(lookup.database) + "," + std::string(lookup.view) + ",";
-    if (lookup.key) text += std::string(*lookup.key) + (lookup.partial ? "*," : ",");
+  ENGSTATUS LookUp(const qcore::formula::Lookup& lookup, const qcore::formula::TakeValue& take) override {
+    const std::string key(lookup.key.begin() + (lookup.key.empty() ? 0 : 2), lookup.key.end());
+    if (key.starts_with("no")) return ENG_ERR_NO_ENTRY;
+    std::string text = std::string("\0\5", 2) + std::string(lookup.database) + "," + std::string(lookup.view) + ",";
+    if (!lookup.key.empty()) text += key + (lookup.partial ? "*," : ",");
     text += lookup.field.empty() ? std::to_string(lookup.column) : std::string(lookup.field);
-    *value = {0x00, 0x05};
-    value->insert(value->end(), text.begin(), text.end());
+    take({});
+    take({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
     return ENG_OK;
   }
   ENGSTATUS Assign(std::string_view name, Bytes value) override {
