@@ -139,6 +139,7 @@ void RowBuffer::AddSummary(Rank rank, const PageTree::Cursor& row, const COLLECT
     if (expands_) ExpandPieces(rank, row, position);
   } else if (row.kind() == RowKind::kCategory) {
     PiecesOfCategory(row);
+    if (expands_) ExpandPieces(rank, row, position);
     AddTotals(rank + 1, walk_.EndOf(rank));
   } else {
     AddTotals(0, index_.rows().rows());
@@ -146,6 +147,7 @@ void RowBuffer::AddSummary(Rank rank, const PageTree::Cursor& row, const COLLECT
   WriteSummary();
 }
 
+// Marks in the values of columns that formulas compute.
 void RowBuffer::ExpandPieces(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position) {
   expanded_.resize(pieces_.size());
   for (std::size_t value = 0; value < pieces_.size(); ++value) {
@@ -154,7 +156,7 @@ void RowBuffer::ExpandPieces(Rank rank, const PageTree::Cursor& row, const COLLE
     const bool marked = std::ranges::find(piece.data, std::uint8_t{ENG_SPECIAL_MARK}) != piece.data.end();
     if (!texts || !marked || layout_.column(value).formula.empty()) continue;
     SpecialFacts facts;
-    facts.id = row.id();
+    facts.id = row.kind() == RowKind::kDocument ? row.id() : NumberOfRow(row.kind(), row.key());
     facts.position = &position;
     facts.siblings = walk_.Siblings(rank);
     facts.children = walk_.Children(rank);

@@ -18,7 +18,7 @@ class RowBuffer {
   RowBuffer(IndexTree& index, const ValueLayout& layout, Database& entries, Walk& walk, ENGHANDLE unread,
             std::uint32_t mask);
 
-  // From then on the marks that formulas left in documents' values are expanded.
+  // From then on the marks that formulas left in values are expanded.
   void ExpandMarks() { expands_ = true; }
   // Appends the row at a cursor. False when it would go beyond the buffer, which a first row never does.
   [[nodiscard]] bool Add(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position,

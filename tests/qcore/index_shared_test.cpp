@@ -256,6 +256,10 @@ TEST_F(Shared, MarksOfFormulasAreExpanded) {
   const OpenCollection collection(db_, MakeView({{"Name", 1}, {"No", 0, 0, "@DocNumber + \" \" + Name"}}));
   EXPECT_EQ(AllRows(collection.get())[0], "1 d a|1 a");
   EXPECT_EQ(AllRows(collection.get())[1].substr(0, 8), "1.1 d1 \x7F") << "an item's own text stays";
+  const std::string category = R"(@DocNumber + @IsCategory(":"; "?") + @DocChildren("%"))";
+  const OpenCollection numbered(db_, MakeView({{"No", 3, 0, category}, {"Name", 1}}));
+  EXPECT_EQ(AllRows(numbered.get())[0], "1 c 1:1|-");
+  EXPECT_EQ(AllRows(numbered.get())[1], "1.1 d 1.1?1|a");
 }
 
 }  // namespace
