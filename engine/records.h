@@ -9,6 +9,7 @@
 #define ODS_WORD 0
 #define ODS_DWORD 1
 #define ODS_TIMEDATE 10
+#define ODS_LIST 13
 #define ODS_RANGE 15
 #define ODS_VIEWTABLE 0x1D
 #define ODS_VIEWCOLUMN 0x1E
@@ -21,6 +22,8 @@
 #define ODS_CDPABDEFINITION 0x6E
 #define ODS_CDPABREFERENCE 0x6F
 #define ODS_CDTEXT 0x71
+#define ODS_FORMINFO 0x72
+#define ODS_FIELD 0x76
 #define ODS_CDFONTTABLE 0x77
 #define ODS_CDFACE 0x78
 #define ODS_CDTABLEBEGIN 0xB0
@@ -29,6 +32,8 @@
 #define ODS_CDSTYLENAME 0xBC
 #define ODS_CDHOTSPOTBEGIN 0xE6
 #define ODS_CDHOTSPOTEND 0xE7
+#define ODS_FIELDEXTENSION 0x156
+#define ODS_FORMAUTOLAUNCH 0x15E
 #define ODS_CDPABHIDE 0x166
 #define ODS_CDPABFORMULAREF 0x167
 #define ODS_VIEWCOLUMNEXTENSION 0x1AC
@@ -41,6 +46,11 @@ typedef struct RANGE {
   uint16_t ListCount;
   uint16_t RangeCount;
 } RANGE;
+
+// Header of a text list: 2 bytes, then the entries' lengths, words, and their texts.
+typedef struct LIST {
+  uint16_t ListEntries;
+} LIST;
 
 // 16 bytes. Flags bit 0x8000: the table is not in run form.
 typedef struct IDTABLEHEADER {
@@ -295,6 +305,70 @@ typedef struct CollationDescriptor {  // 7
   uint16_t NameLength;
 } CollationDescriptor;
 
+// The item $Info of a form, a record of byte form; the name of the field that a document is inherited into behind it.
+typedef struct FormInfoRecord {  // 24
+  BSIG Header;
+  uint16_t LegacyBackground;
+  uint16_t Flags;
+  uint16_t Spare1;
+  uint16_t Flags2;
+  uint16_t InheritFieldNameLength;
+  uint16_t BackgroundColor;
+  uint16_t Spare2[5];
+} FormInfoRecord;
+
+// The item $AUTOLAUNCH of a form; the name of the field that the object is created in behind it.
+typedef struct FormAutoLaunchRecord {  // 50
+  WSIG Header;
+  uint32_t ObjectType;
+  uint32_t HideWhenFlags;
+  uint32_t LaunchWhenFlags;
+  uint32_t OleFlags;
+  uint32_t CopyToFieldFlags;
+  uint32_t Spare1;
+  uint32_t Spare2;
+  uint16_t FieldNameLength;
+  uint32_t Spare3;
+  uint16_t Spare4;
+  uint16_t Spare5;
+  uint8_t Spare6[8];
+} FormAutoLaunchRecord;
+
+// A field of a form, in its rich text. Behind it, without padding: value formula, translation formula, validation
+// formula, name, description, text value (a LIST).
+typedef struct FieldRecord {  // 36
+  WSIG Header;
+  uint16_t Flags;
+  uint16_t DataType;  // of the field's value
+  uint16_t ListDelimiters;
+  NFMT NumberFormat;
+  TFMT TimeFormat;
+  uint32_t FontID;
+  uint16_t DefaultValueLength;
+  uint16_t InputTranslationLength;
+  uint16_t TabOrder;
+  uint16_t InputValidationLength;
+  uint16_t NameLength;
+  uint16_t DescriptionLength;
+  uint16_t TextValueLength;
+} FieldRecord;
+
+// Directly ahead of a field. Behind it: HTML attributes formula, database and view that choices are taken from, choices
+// formula.
+typedef struct FieldExtensionRecord {  // 32
+  WSIG Header;
+  uint32_t Flags1;
+  uint32_t Flags2;
+  uint8_t Kept[6];
+  uint16_t ChoicesViewColumnNumber;
+  uint16_t HTMLAttributesLength;
+  uint16_t ChoicesDatabaseLength;
+  uint16_t ChoicesViewLength;
+  uint16_t ChoicesFormulaLength;
+  uint16_t FieldLength;  // of the field record that it was written with
+  uint16_t Spare;
+} FieldExtensionRecord;
+
 #define VIEWCOLUMN_SIGNATURE 0x4356
 #define VIEWCOLUMNEXTENSION_SIGNATURE 0x4357
 #define VIEWTABLEEXTENSION_SIGNATURE 0x2BAD
@@ -338,5 +412,21 @@ typedef struct CollationDescriptor {  // 7
 #define VIEWCOLUMN_TITLE_JUSTIFY_MASK 0x00C0
 #define VIEWCOLUMN_SEPARATE_VALUES 0x0100
 #define VIEWCOLUMN_LINKS 0x2000
+
+// Field flags that the engine goes by
+#define FIELD_AUTHORS 0x0001
+#define FIELD_EDITABLE 0x0002
+#define FIELD_NAMES 0x0004
+#define FIELD_WHEN_COMPOSED 0x0008  // with FIELD_COMPUTED
+#define FIELD_READERS 0x0010
+#define FIELD_COMPUTED 0x0100
+#define FIELD_KEYWORDS 0x0200
+#define FIELD_PROTECTED 0x0400
+#define FIELD_REFERENCE 0x0800  // to the shared field of that name
+#define FIELD_SIGN 0x1000
+#define FIELD_SEAL 0x2000
+
+// In the extension: a computed field is computed behind the validation of all fields
+#define FIELDEXTENSION_COMPUTE_LATE 0x00080000
 
 #endif

@@ -22,6 +22,7 @@ ROOMS = {
     "vq/richtext": ["engine", "vq/frame", "vq/values", "vq/store", "vq/automation/vqformula.h"],  # hide formulas
     "vq/richobjects": ["engine", "vq/frame", "vq/values", "vq/store", "vq/richtext"],
     "vq/automation": ["engine", "vq/frame", "vq/values", "vq/store", "vq/richtext"],
+    "vq/forms": ["engine", "vq/frame", "vq/values", "vq/store", "vq/richtext", "vq/richobjects", "vq/automation"],
     "qcore": ["engine", "qcore"],
     "converters": ["engine"],
     "tools": ["vq/vq.h"],

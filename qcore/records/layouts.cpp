@@ -52,6 +52,7 @@ consteval Runs<N> Join(const std::array<Field, N>& fields) {
   constexpr auto k##structure = Join(std::to_array<Field>({__VA_ARGS__})); \
   static_assert(k##structure.stored == (size), #structure " has lost a byte")
 
+STORED(LIST, 2, FIELD(LIST, ListEntries));
 STORED(RANGE, 4, FIELD(RANGE, ListCount), FIELD(RANGE, RangeCount));
 STORED(TIMEDATE, 8, FIELD(TIMEDATE, TimeWord), FIELD(TIMEDATE, DateWord));
 STORED(IDTABLEHEADER, 16, FIELD(IDTABLEHEADER, Step), FIELD(IDTABLEHEADER, RunCount), FIELD(IDTABLEHEADER, Flags),
@@ -119,6 +120,27 @@ STORED(CollationHeader, 6, FIELD(CollationHeader, BufferSize), FIELD(CollationHe
 STORED(CollationDescriptor, 7, FIELD(CollationDescriptor, Flags), FIELD(CollationDescriptor, Signature),
        FIELD(CollationDescriptor, KeyType), FIELD(CollationDescriptor, NameOffset),
        FIELD(CollationDescriptor, NameLength));
+STORED(FormInfoRecord, 24, HEADER(FormInfoRecord), FIELD(FormInfoRecord, LegacyBackground),
+       FIELD(FormInfoRecord, Flags), FIELD(FormInfoRecord, Spare1), FIELD(FormInfoRecord, Flags2),
+       FIELD(FormInfoRecord, InheritFieldNameLength), FIELD(FormInfoRecord, BackgroundColor),
+       FIELD(FormInfoRecord, Spare2));
+STORED(FormAutoLaunchRecord, 50, HEADER(FormAutoLaunchRecord), FIELD(FormAutoLaunchRecord, ObjectType),
+       FIELD(FormAutoLaunchRecord, HideWhenFlags), FIELD(FormAutoLaunchRecord, LaunchWhenFlags),
+       FIELD(FormAutoLaunchRecord, OleFlags), FIELD(FormAutoLaunchRecord, CopyToFieldFlags),
+       FIELD(FormAutoLaunchRecord, Spare1), FIELD(FormAutoLaunchRecord, Spare2),
+       FIELD(FormAutoLaunchRecord, FieldNameLength), FIELD(FormAutoLaunchRecord, Spare3),
+       FIELD(FormAutoLaunchRecord, Spare4), FIELD(FormAutoLaunchRecord, Spare5), FIELD(FormAutoLaunchRecord, Spare6));
+STORED(FieldRecord, 36, HEADER(FieldRecord), FIELD(FieldRecord, Flags), FIELD(FieldRecord, DataType),
+       FIELD(FieldRecord, ListDelimiters), FIELD(FieldRecord, NumberFormat), FIELD(FieldRecord, TimeFormat),
+       FIELD(FieldRecord, FontID), FIELD(FieldRecord, DefaultValueLength), FIELD(FieldRecord, InputTranslationLength),
+       FIELD(FieldRecord, TabOrder), FIELD(FieldRecord, InputValidationLength), FIELD(FieldRecord, NameLength),
+       FIELD(FieldRecord, DescriptionLength), FIELD(FieldRecord, TextValueLength));
+STORED(FieldExtensionRecord, 32, HEADER(FieldExtensionRecord), FIELD(FieldExtensionRecord, Flags1),
+       FIELD(FieldExtensionRecord, Flags2), FIELD(FieldExtensionRecord, Kept),
+       FIELD(FieldExtensionRecord, ChoicesViewColumnNumber), FIELD(FieldExtensionRecord, HTMLAttributesLength),
+       FIELD(FieldExtensionRecord, ChoicesDatabaseLength), FIELD(FieldExtensionRecord, ChoicesViewLength),
+       FIELD(FieldExtensionRecord, ChoicesFormulaLength), FIELD(FieldExtensionRecord, FieldLength),
+       FIELD(FieldExtensionRecord, Spare));
 
 constexpr Run kWordRun[] = {{0, 0, 2}};
 constexpr Run kDwordRun[] = {{0, 0, 4}};
@@ -131,6 +153,7 @@ constexpr Layout kLayouts[] = {
     Layout{ODS_WORD, 2, 2, kWordRun},
     Layout{ODS_DWORD, 4, 4, kDwordRun},
     LAYOUT(TIMEDATE),
+    LAYOUT(LIST),
     LAYOUT(RANGE),
     LAYOUT_OF(ODS_VIEWTABLE, ViewTableRecord),
     LAYOUT_OF(ODS_VIEWCOLUMN, ViewColumnRecord),
@@ -143,6 +166,8 @@ constexpr Layout kLayouts[] = {
     LAYOUT(CDPABDEFINITION),
     LAYOUT(CDPABREFERENCE),
     LAYOUT(CDTEXT),
+    LAYOUT_OF(ODS_FORMINFO, FormInfoRecord),
+    LAYOUT_OF(ODS_FIELD, FieldRecord),
     LAYOUT(CDFONTTABLE),
     LAYOUT(CDFACE),
     LAYOUT(CDTABLEBEGIN),
@@ -151,6 +176,8 @@ constexpr Layout kLayouts[] = {
     LAYOUT(CDSTYLENAME),
     LAYOUT(CDHOTSPOTBEGIN),
     LAYOUT(CDHOTSPOTEND),
+    LAYOUT_OF(ODS_FIELDEXTENSION, FieldExtensionRecord),
+    LAYOUT_OF(ODS_FORMAUTOLAUNCH, FormAutoLaunchRecord),
     LAYOUT(CDPABHIDE),
     LAYOUT(CDPABFORMULAREF),
     LAYOUT_OF(ODS_VIEWCOLUMNEXTENSION, ViewColumnExtension),

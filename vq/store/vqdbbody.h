@@ -21,12 +21,19 @@ class VQDocument;
 class VQDocumentArray;
 class VQFTIndexStatistics;
 class VQFTSearchOptions;
+class VQForm;
+class VQFormArray;
+class VQFormField;
 class VQFormula;
 class VQSearchOptions;
+class VQSharedField;
+class VQSharedFieldArray;
 class VQSlate;
 class VQSlateArray;
 class VQSlateBody;
 class VQString;
+class VQSubform;
+class VQSubformArray;
 class VQText;
 class VQViewFolder;
 class VQViewFolderArray;
@@ -113,6 +120,22 @@ class VQ_API VQDatabase : public VQSmartPtr {
   VQSTATUS GetViews(VQViewFolderArray* views) const;
   VQSTATUS GetFolders(VQViewFolderArray* folders) const;
   VQSTATUS GetViewFolders(VQViewFolderArray* views) const;
+  // Forms, subforms and shared fields: as views, without a mixture of kinds.
+  VQSTATUS GetForm(const unsigned long id, VQForm* form) const;
+  VQSTATUS GetForm(const UNIVERSALSLATEID* universal, VQForm* form) const;
+  VQSTATUS GetForm(void* handle, VQForm* form) const;
+  VQSTATUS GetForm(const VQString& name, VQForm* form) const;
+  VQSTATUS GetForms(VQFormArray* forms) const;
+  VQSTATUS GetSubform(const unsigned long id, VQSubform* subform) const;
+  VQSTATUS GetSubform(const UNIVERSALSLATEID* universal, VQSubform* subform) const;
+  VQSTATUS GetSubform(void* handle, VQSubform* subform) const;
+  VQSTATUS GetSubform(const VQString& name, VQSubform* subform) const;
+  VQSTATUS GetSubforms(VQSubformArray* subforms) const;
+  VQSTATUS GetSharedField(const unsigned long id, VQSharedField* field) const;
+  VQSTATUS GetSharedField(const UNIVERSALSLATEID* universal, VQSharedField* field) const;
+  VQSTATUS GetSharedField(void* handle, VQSharedField* field) const;
+  VQSTATUS GetSharedField(const VQString& name, VQSharedField* field) const;
+  VQSTATUS GetSharedFields(VQSharedFieldArray* fields) const;
   int AgentExists(const VQString& name) const;
   int FormExists(const VQString& name) const;
   int SubformExists(const VQString& name) const;
@@ -139,6 +162,22 @@ class VQ_API VQDatabase : public VQSmartPtr {
                         VQViewFolder* folder);
   // A copy of a view, or of a folder of this database with its documents.
   VQSTATUS CreateViewFolder(const VQString& name, const VQViewFolder& template_, VQViewFolder* view);
+  // A new form, open and unsaved; the name as VQForm::SetName takes it.
+  VQSTATUS CreateForm(const VQString& name, VQForm* form);
+  // A saved copy of any open database's form; the copy is bound, and has the source's name. `form` may be null.
+  VQSTATUS CreateForm(VQForm& source, VQForm* form);
+  VQSTATUS DeleteForm(VQForm* form);
+  VQSTATUS DeleteForm(const VQString& name);
+  VQSTATUS CreateSubform(const VQString& name, VQSubform* subform);
+  VQSTATUS CreateSubform(VQSubform& source, VQSubform* subform);
+  VQSTATUS DeleteSubform(VQSubform* subform);
+  VQSTATUS DeleteSubform(const VQString& name);
+  // A saved shared field with the design and the name of a field, which stays as it is: VQERR_SHARED_FIELD_EXISTS.
+  // `shared` may be null.
+  VQSTATUS CreateSharedField(const VQFormField& field, VQSharedField* shared);
+  VQSTATUS CreateSharedField(VQSharedField& source, VQSharedField* shared);
+  VQSTATUS DeleteSharedField(VQSharedField* field);
+  VQSTATUS DeleteSharedField(const VQString& name);
   VQSTATUS DeleteViewFolder(VQViewFolder* view);
   VQSTATUS DeleteViewFolder(const VQString& name);
   // Closes the slate, deletes it and unbinds the handle, whatever the result.

@@ -5,6 +5,7 @@
 #include "vq/store/vqslate.h"
 
 class VQDocumentArray;
+class VQForm;
 
 enum VQMAILMSGTYPE : unsigned int {
   VQMAILMSGTYPE_FORWARD = 0,
@@ -58,6 +59,15 @@ class VQ_API VQDocument : public VQSlate {
   VQText GetCategories() const;
   // The form's name; empty when no form is named.
   VQSTATUS GetFormSlate(VQString* name) const;
+  // Bound, not opened. A document that names no form, or one that the database does not have, leaves the handle
+  // unbound.
+  VQSTATUS GetFormSlate(VQForm* form) const;
+  // Runs the document through its form (of no name: the database's default one): default values, computed fields, input
+  // translation and validation, as engine/compute.h describes. A compute error comes before one of reading the items
+  // back.
+  VQSTATUS ComputeWithForm(int continue_on_error) const;
+  // An addition: which field failed, and what its formula had to say; both may be null and are empty after a success.
+  VQSTATUS ComputeWithForm(int continue_on_error, VQString* field, VQString* message) const;
   // An empty string gives VQERR_NULL_STRING, an empty text VQERR_NULL_POINTER.
   VQSTATUS SetFormSlate(const VQString& name) const;
   VQSTATUS SetFormSlate(const VQText& name) const;

@@ -1,0 +1,409 @@
+// VQForm: the design of a form, as typed properties, and the rich text that holds its fields.
+//
+// A handle binds like any slate (vq/store/vqslate.h); Open reads the design. Setters change it in memory, and Save
+// writes the items that belong to what has changed; all else in the slate stays as it is. Fields are elements of the
+// form's rich text (GetFormBody) and are added, changed and removed there; each Save checks them and derives from them
+// the list of names that the form carries.
+//
+// On a handle without an open slate every operation gives VQERR_OBJECT_NOT_INITIALIZED, on a form that is not open
+// VQERR_FORM_NOT_OPEN; thrown where the result is no status. Int setters store 0 or 1. Enumerations: a value that is
+// none of theirs gives VQERR_INVALID_PARAMETER. Formulas are copied both ways; a null one takes the formula away, and a
+// getter gives VQWARN_NOT_FOUND, its output untouched, where there is none.
+#ifndef QUILLON_VQ_FORMS_VQFORMB_H
+#define QUILLON_VQ_FORMS_VQFORMB_H
+
+#include <string>
+#include <vector>
+
+#include "engine/records.h"
+#include "vq/automation/vqformula.h"
+#include "vq/forms/vqfield.h"
+#include "vq/forms/vqsubfrm.h"
+#include "vq/richtext/vqrtbody.h"
+#include "vq/store/desflags.h"
+#include "vq/store/vqidtab.h"
+#include "vq/store/vqslate.h"
+#include "vq/values/vqtext.h"
+
+class VQFormBody;
+class VQFormFieldArray;
+class VQGraphic;
+
+enum VQINCLUDEINMENUOPTION : unsigned int {
+  VQINCLUDEINMENUOPTION_CREATE_MENU = 0,
+  VQINCLUDEINMENUOPTION_NONE = 1,
+  VQINCLUDEINMENUOPTION_OTHER_DIALOG = 2,
+};
+
+enum VQFORMTYPE : unsigned int {
+  VQFORMTYPE_DOCUMENT = 0,
+  VQFORMTYPE_RESPONSE = 1,
+  VQFORMTYPE_RESPONSE_TO_RESPONSE = 2,
+};
+
+enum VQVERSIONINGOPTION : unsigned int {
+  VQVERSIONINGOPTION_NONE = 0,
+  VQVERSIONINGOPTION_SIBLINGS = 128,
+  VQVERSIONINGOPTION_UPDATES_ARE_RESPONSES = 16384,
+  VQVERSIONINGOPTION_PRIORS_ARE_RESPONSES = 32768,
+};
+
+enum VQCONTEXTPANEOPTION : unsigned int {
+  VQCONTEXTPANEOPTION_NONE = 0,
+  VQCONTEXTPANEOPTION_LINK = 1,
+  VQCONTEXTPANEOPTION_PARENT = 2,
+};
+
+enum VQINHERITDOCOPTION : unsigned int {
+  VQINHERITDOCOPTION_NONE = 0,
+  VQINHERITDOCOPTION_LINK = 1,
+  VQINHERITDOCOPTION_COLLAPSIBLE_RICH_TEXT = 2,
+  VQINHERITDOCOPTION_RICH_TEXT = 3,
+};
+
+enum VQAUTOLAUNCHOBJECTTYPE : unsigned int {
+  VQAUTOLAUNCHOBJECTTYPE_NONE = 0,
+  VQAUTOLAUNCHOBJECTTYPE_OLE_OBJECT = 2,
+  VQAUTOLAUNCHOBJECTTYPE_4 = 4,
+  VQAUTOLAUNCHOBJECTTYPE_8 = 8,
+};
+
+enum VQCREATEOBJECTINFIELDOPTION : unsigned int {
+  VQCREATEOBJECTINFIELDOPTION_1 = 1,
+  VQCREATEOBJECTINFIELDOPTION_FIRST_RICH_TEXT = 2,  // the default
+  VQCREATEOBJECTINFIELDOPTION_NAMED_FIELD = 4,
+};
+
+// LaunchObjectWhenFlags.
+inline constexpr unsigned long VQLAUNCHWHEN_CREATING = 0x01;
+inline constexpr unsigned long VQLAUNCHWHEN_EDITING = 0x02;
+inline constexpr unsigned long VQLAUNCHWHEN_READING = 0x04;
+// HideDocumentWhenFlags: when the document, and when the object in it is closed.
+inline constexpr unsigned long VQHIDEWHEN_OPENING_CREATE = 0x01;
+inline constexpr unsigned long VQHIDEWHEN_OPENING_EDIT = 0x02;
+inline constexpr unsigned long VQHIDEWHEN_OPENING_READ = 0x04;
+inline constexpr unsigned long VQHIDEWHEN_CLOSING_CREATE = 0x08;
+inline constexpr unsigned long VQHIDEWHEN_CLOSING_EDIT = 0x10;
+inline constexpr unsigned long VQHIDEWHEN_CLOSING_READ = 0x20;
+
+class VQ_API VQForm : public VQSlate {
+ public:
+  VQForm();
+  // As Assign; a failure throws.
+  VQForm(VQDatabaseBody* database, unsigned long id);
+  VQForm(const VQForm& other);
+  explicit VQForm(const VQSlate& other);
+  explicit VQForm(VQFormBody* body);
+  ~VQForm();
+  // A slate that is no form throws VQERR_FORM_SLATE_ONLY and changes nothing.
+  VQForm& operator=(const VQForm& other);
+  VQForm& operator=(const VQSlate& other);
+  VQForm& operator=(VQSlateBody* body);
+  VQCLASSID GetClassID() const override;
+
+  VQSTATUS Close() override;
+  // VQWARN_ALREADY_OPEN. A form whose $Info is missing or is none gives VQERR_NOT_FOUND, one whose records are cut off
+  // VQERR_CORRUPTED; it stays closed.
+  VQSTATUS Open(unsigned long flags = 0) override;
+  using VQSlate::Open;
+  VQSTATUS CreateSlateBody(unsigned long flags, unsigned long argument, int argument2) override;
+  VQSTATUS ValidateSlateType(const VQSlate& other) const override;
+  VQSTATUS ValidateSlateType(const VQSlateBody* body) const override;
+  VQSTATUS ValidateSlateType(unsigned long type) const override;
+  // VQERR_FORM_NAME_REQUIRED, or the first field's status that fails its Validate. After a failure nothing is stored:
+  // what was written stays in the open slate, and what was not stays to be written.
+  VQSTATUS Save(unsigned short flags = 0);
+
+  // Name and alias. A name that is split at "|" or ";" sets both; an alias so split is several. VQERR_NULL_STRING for
+  // an empty name, VQERR_INVALID_PARAMETER for an empty first part, VQERR_FORM_NAME_TOO_LONG from 130 bytes of name and
+  // alias on, VQERR_FORM_EXISTS when another form of the database has one of the names.
+  VQString GetName() const;
+  VQSTATUS SetName(const VQString& name);
+  VQString GetAlias() const;
+  // An empty alias takes it away.
+  VQSTATUS SetAlias(const VQString& alias);
+
+  VQSTATUS GetHTMLAttributesFormula(VQFormula* formula) const;
+  VQSTATUS SetHTMLAttributesFormula(const VQFormula& formula);
+  VQSTATUS GetWebQueryOpenFormula(VQFormula* formula) const;
+  VQSTATUS SetWebQueryOpenFormula(const VQFormula& formula);
+  VQSTATUS GetWebQuerySaveFormula(VQFormula* formula) const;
+  VQSTATUS SetWebQuerySaveFormula(const VQFormula& formula);
+  VQSTATUS GetWindowTitleFormula(VQFormula* formula) const;
+  VQSTATUS SetWindowTitleFormula(const VQFormula& formula);
+
+  VQINCLUDEINMENUOPTION GetIncludeInMenuOption() const;
+  VQSTATUS SetIncludeInMenuOption(VQINCLUDEINMENUOPTION option);
+  VQFORMTYPE GetFormType() const;
+  VQSTATUS SetFormType(VQFORMTYPE type);
+  int GetIncludeInSearchBuilder() const;
+  VQSTATUS SetIncludeInSearchBuilder(int flag);
+  int GetAllowDesignRefreshToModify() const;
+  VQSTATUS SetAllowDesignRefreshToModify(int flag);
+  int GetHideFromBrowsers() const;
+  VQSTATUS SetHideFromBrowsers(int flag);
+  int GetHideFromClients() const;
+  VQSTATUS SetHideFromClients(int flag);
+  int GetHideFromR4Clients() const;
+  VQSTATUS SetHideFromR4Clients(int flag);
+  int GetIsAnonymousForm() const;
+  VQSTATUS SetIsAnonymousForm(int flag);
+  int GetCreateVersionsAutomatically() const;
+  VQSTATUS SetCreateVersionsAutomatically(int flag);
+  int GetDisableFieldExchange() const;
+  VQSTATUS SetDisableFieldExchange(int flag);
+  int GetEditOnOpen() const;
+  VQSTATUS SetEditOnOpen(int flag);
+  int GetMergeReplicationConflicts() const;
+  VQSTATUS SetMergeReplicationConflicts(int flag);
+  VQVERSIONINGOPTION GetVersioningOption() const;
+  VQSTATUS SetVersioningOption(VQVERSIONINGOPTION option);
+  int GetRefreshFieldsAutomatically() const;
+  VQSTATUS SetRefreshFieldsAutomatically(int flag);
+  int GetInheritFormulaValues() const;
+  VQSTATUS SetInheritFormulaValues(int flag);
+  int GetShowMailSendOnClose() const;
+  VQSTATUS SetShowMailSendOnClose(int flag);
+  int GetStoreFormInDocument() const;
+  VQSTATUS SetStoreFormInDocument(int flag);
+  VQCONTEXTPANEOPTION GetContextPaneOption() const;
+  VQSTATUS SetContextPaneOption(VQCONTEXTPANEOPTION option);
+  VQINHERITDOCOPTION GetInheritDocumentOption() const;
+  VQSTATUS SetInheritDocumentOption(VQINHERITDOCOPTION option);
+  // At most 231 bytes, else VQERR_STRING_TOO_LONG.
+  VQString GetInheritDocumentFieldName() const;
+  VQSTATUS SetInheritDocumentFieldName(const VQString& name);
+  // Of the slate; takes effect with Save.
+  int GetIsDefaultForm() const;
+  VQSTATUS SetIsDefaultForm(int flag);
+  int GetTreatContentsAsHTML() const;
+  VQSTATUS SetTreatContentsAsHTML(int flag);
+  // Stored while AllowDesignRefreshToModify is on.
+  VQString GetInheritsFromTemplateName() const;
+  VQSTATUS SetInheritsFromTemplateName(const VQString& name);
+
+  // The object that opens with a document. Save brings the settings into a state that makes sense: for an OLE object
+  // that is launched in place the document is never hidden, for types 4 and 8 all settings are the defaults.
+  VQAUTOLAUNCHOBJECTTYPE GetAutoLaunchObjectType() const;
+  VQSTATUS SetAutoLaunchObjectType(VQAUTOLAUNCHOBJECTTYPE type);
+  // The two exclude each other.
+  int GetLaunchOLEObjectInPlace() const;
+  VQSTATUS SetLaunchOLEObjectInPlace(int flag);
+  int GetPresentDocumentAsDialog() const;
+  VQSTATUS SetPresentDocumentAsDialog(int flag);
+  // A stored 0 or 3 is read as it stands.
+  VQCREATEOBJECTINFIELDOPTION GetCreateObjectInFieldOption() const;
+  VQSTATUS SetCreateObjectInFieldOption(VQCREATEOBJECTINFIELDOPTION option);
+  // Read back after a Save with VQCREATEOBJECTINFIELDOPTION_NAMED_FIELD. At most 32,767 bytes, else
+  // VQERR_STRING_TOO_LONG.
+  VQString GetCreateObjectInFieldName() const;
+  VQSTATUS SetCreateObjectInFieldName(const VQString& name);
+  // VQERR_INVALID_PARAMETER for bits that are none.
+  unsigned long GetLaunchObjectWhenFlags() const;
+  VQSTATUS SetLaunchObjectWhenFlags(unsigned long flags);
+  unsigned long GetHideDocumentWhenFlags() const;
+  VQSTATUS SetHideDocumentWhenFlags(unsigned long flags);
+
+  // A colour index below 240, else VQERR_INVALID_PARAMETER.
+  unsigned short GetBackgroundColor() const;
+  VQSTATUS SetBackgroundColor(unsigned short color);
+  // A copy. VQERR_NOT_FOUND when none is set.
+  VQSTATUS GetBackgroundGraphic(VQGraphic* graphic) const;
+  // VQERR_UNINITIALIZED_ARGUMENT for a null graphic.
+  VQSTATUS SetBackgroundGraphic(const VQGraphic& graphic);
+  VQSTATUS RemoveBackgroundGraphic();
+  // Saving a form that launches an OLE object sets this bit by the hide-when-reading setting.
+  int GetHideBackgroundGraphicIn16ColorMode() const;
+  VQSTATUS SetHideBackgroundGraphicIn16ColorMode(int flag);
+  int GetUserCanOverrideBackground() const;
+  VQSTATUS SetUserCanOverrideBackground(int flag);
+
+  int GetAllowAllAuthors() const;
+  VQSTATUS SetAllowAllAuthors(int flag);
+  int GetAllowAllReaders() const;
+  VQSTATUS SetAllowAllReaders(int flag);
+  int GetAllowPublicAccessUsers() const;
+  VQSTATUS SetAllowPublicAccessUsers(int flag);
+  // Copies, both ways. Authors and readers are stored while all of them are not allowed.
+  VQSTATUS GetAuthors(VQText* authors) const;
+  VQSTATUS SetAuthors(const VQText& authors);
+  VQSTATUS GetReaders(VQText* readers) const;
+  VQSTATUS SetReaders(const VQText& readers);
+  VQSTATUS GetDefaultEncryptionKeys(VQText* keys) const;
+  VQSTATUS SetDefaultEncryptionKeys(const VQText& keys);
+  int GetDisablePrintingAndCopying() const;
+  VQSTATUS SetDisablePrintingAndCopying(int flag);
+
+  // The rich text with the form's fields, made when there is none.
+  VQSTATUS GetFormBody(VQRichText* body) const;
+  // The form's fields are those of its rich text, in order, and behind them those of the subforms that it inserts.
+  // VQWARN_NOT_FOUND. Names are compared exactly.
+  VQSTATUS GetFormField(const VQString& name, VQFormField* field) const;
+  int HasFormField(const VQString& name) const;
+  // Those of a kind: VQERR_INVALID_PARAMETER for a type that is no field's.
+  VQSTATUS GetFormFields(VQFormFieldArray* fields, VQRTTYPE type = VQRTTYPE_FORM_FIELD) const;
+
+  VQFormBody* GetFormSlateBody() const;
+
+ private:
+  friend class VQDatabase;
+
+  VQSTATUS CheckForm(VQFormBody** body) const;
+  VQFormBody* RequireForm() const;
+  // Runs an edit, which gives a status, and sets the mark when it succeeds.
+  template <typename Edit>
+  VQSTATUS Amend(int VQFormBody::*mark, Edit edit);
+  using InfoWord = std::uint16_t FormInfoRecord::*;
+  int GetInfoBit(InfoWord word, unsigned mask) const;
+  VQSTATUS SetInfoBits(InfoWord word, unsigned clear, unsigned set);
+  VQSTATUS SetLaunchWord(std::uint32_t FormAutoLaunchRecord::*word, unsigned long clear, unsigned long set);
+  VQSTATUS SetLetter(char letter, int flag);
+  VQSTATUS GetFormula(const VQFormula VQFormBody::*formula, VQFormula* copy) const;
+  VQSTATUS SetFormula(VQFormula VQFormBody::*formula, int VQFormBody::*mark, const VQFormula& value);
+  VQSTATUS GetTexts(const VQText VQFormBody::*texts, VQText* copy) const;
+  VQSTATUS SetTexts(VQText VQFormBody::*texts, int VQFormBody::*mark, const VQText& value);
+  VQSTATUS SetFlag(int VQFormBody::*value, int VQFormBody::*mark, int flag);
+};
+
+// The open form. Operations return their status and leave the throw rule to the handle.
+class VQ_API VQFormBody : public VQSlateBody {
+ public:
+  // The design is not read before Open.
+  VQFormBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle);
+  ~VQFormBody() override;
+
+  VQSTATUS Close() override;
+  VQCLASSID GetClassID() const override;
+  VQString GetAlias() override;
+  VQString GetName() override;
+  // Changes of the HTML attributes and the two web query formulas alone do not count, though Save writes them.
+  int IsModified() override;
+  VQSTATUS Open(unsigned long flags) override;
+  // A form whose design nobody has asked for is saved as it stands.
+  VQSTATUS Save(unsigned short flags) override;
+
+  bool IsFormOpen() const { return FormOpen != 0; }
+  // Opens a slate that was never saved.
+  [[nodiscard]] VQSTATUS OpenNew();
+  // The name of a form that is made: before the design is read.
+  void TakeName(const VQString& name) { Name = name; }
+  // VQ_OK or what SetName gives.
+  [[nodiscard]] VQSTATUS CheckName(const VQString& name, std::string* first, std::string* rest);
+  [[nodiscard]] VQSTATUS SetName(const VQString& name);
+  [[nodiscard]] VQSTATUS SetAlias(const VQString& alias);
+  [[nodiscard]] VQSTATUS SetIsDefaultForm(int flag);
+  [[nodiscard]] VQSTATUS GetTreatContentsAsHTML(int* flag) const;
+  [[nodiscard]] VQSTATUS SetTreatContentsAsHTML(int flag);
+  [[nodiscard]] VQSTATUS GetBackgroundGraphic(VQGraphic* graphic);
+  [[nodiscard]] VQSTATUS SetBackgroundGraphic(const VQGraphic& graphic);
+  [[nodiscard]] VQSTATUS RemoveBackgroundGraphic();
+  [[nodiscard]] VQSTATUS GetFormBody(VQRichText* body);
+  // Makes the list of fields when it is needed and not made, or when the rich text was changed since.
+  [[nodiscard]] VQSTATUS BuildFieldList();
+  VQObjectList& GetFieldList() { return FieldList; }
+  // VQWARN_NOT_FOUND.
+  [[nodiscard]] VQSTATUS FindField(const VQString& name, VQFormFieldBody** field);
+  // The names in $SubForms. A name that is there already, or one that is not there (VQERR_NOT_FOUND), changes nothing.
+  // VQERR_UNINITIALIZED_ARGUMENT for a null subform.
+  [[nodiscard]] VQSTATUS AddSubform(const VQSubform& subform);
+  [[nodiscard]] VQSTATUS RemoveSubform(const VQString& name);
+
+ private:
+  friend class VQForm;
+
+  [[nodiscard]] VQSTATUS CheckParts(const std::vector<std::string>& parts);
+  void Reset();
+  void ReleaseDesign();
+  void ReleaseFieldList();
+  // Reading, in vformload.cpp.
+  [[nodiscard]] VQSTATUS Load();
+  [[nodiscard]] VQSTATUS LoadNew();
+  void LoadTitle();
+  [[nodiscard]] VQSTATUS LoadFormula(std::string_view item, VQFormula* formula);
+  [[nodiscard]] VQSTATUS LoadInfo();
+  [[nodiscard]] VQSTATUS LoadAutoLaunch();
+  [[nodiscard]] VQSTATUS LoadTexts(std::string_view item, VQText* texts, bool* present);
+  [[nodiscard]] VQSTATUS LoadRest();
+  [[nodiscard]] VQSTATUS ReadItem(std::string_view item, unsigned short* type, std::string* value) const;
+  bool HasItem(std::string_view item) const { return PlaceOf(item, nullptr) == VQ_OK; }
+  // Writing, in vformsave.cpp.
+  [[nodiscard]] VQSTATUS SaveDesign();
+  [[nodiscard]] VQSTATUS SaveValue(std::string_view item, unsigned short type, std::string_view value,
+                                   unsigned short flags);
+  [[nodiscard]] VQSTATUS SaveText(std::string_view item, std::string_view text, unsigned short flags);
+  [[nodiscard]] VQSTATUS Remove(std::string_view item);
+  [[nodiscard]] VQSTATUS SaveMark(std::string_view item, bool on, unsigned short flags);
+  [[nodiscard]] VQSTATUS SaveTitle();
+  [[nodiscard]] VQSTATUS SaveFormula(std::string_view item, const VQFormula& formula, int* mark);
+  [[nodiscard]] VQSTATUS SaveAutoLaunch();
+  void ReconcileAutoLaunch();
+  void ReconcileOLE();
+  [[nodiscard]] VQSTATUS SaveTexts(std::string_view item, const VQText& texts, bool keep);
+  [[nodiscard]] VQSTATUS SaveInfo();
+  [[nodiscard]] VQSTATUS SaveFields();
+  [[nodiscard]] VQSTATUS SavePlaceholder(std::string_view name, unsigned short type);
+  [[nodiscard]] VQSTATUS SaveMarked();
+  [[nodiscard]] VQSTATUS RemovePlaceholders();
+  bool IsPlaceholder(std::string_view name) const;
+  // Fields of one rich text, and of the subforms in it.
+  [[nodiscard]] VQSTATUS GatherFields(VQRichTextBody* text);
+  [[nodiscard]] VQSTATUS GatherSubforms(VQRichTextBody* text, unsigned depth);
+
+  VQObjectList FieldList;
+  int FieldListBuilt;
+  VQString Alias;
+  VQString Name;
+  VQFormula HTMLAttributesFormula;
+  VQFormula WebQueryOpenFormula;
+  VQFormula WebQuerySaveFormula;
+  VQFormula WindowTitleFormula;
+  VQString InheritDocumentFieldName;
+  VQText DefaultEncryptionKeys;
+  VQText Authors;
+  VQText Readers;
+  FormInfoRecord Info;
+  FormAutoLaunchRecord AutoLaunch;
+  VQString CreateObjectInFieldName;
+  VQString InheritsFromTemplateName;
+  VQDesignFlags Flags;
+  int AutoLaunchDirty;
+  int IsNew;  // not stored yet
+  int FormOpen;
+  int HTMLBodyTagDirty;
+  int WebQueryOpenDirty;
+  int WebQuerySaveDirty;
+  int WindowTitleDirty;
+  int NameDirty;
+  int TemplateDirty;
+  int MergeReplicationConflicts;
+  int ConflictActionDirty;
+  int AuthorsDirty;
+  int AllowAllAuthors;
+  int ReadersDirty;
+  int AllowAllReaders;
+  int PublicAccessDirty;
+  int AllowPublicAccessUsers;
+  int EncryptionKeysDirty;
+  int KeepPrivateDirty;
+  int DisablePrintingAndCopying;
+  int BackgroundOverrideDirty;
+  int UserCanOverrideBackground;
+  int InfoDirty;
+  // What stands behind the known part of a record: a field name that is not in use, and what a newer release wrote.
+  std::string UnusedInheritName;
+  std::string UnusedObjectName;
+  std::string InfoTail;
+  std::string AutoLaunchTail;
+  std::vector<VQSubform> Subforms;  // whose fields are in the list
+};
+
+inline VQFormBody* VQForm::GetFormSlateBody() const { return static_cast<VQFormBody*>(Body); }
+
+class VQ_API VQFormArray : public VQSlateArray {
+ public:
+  using VQSlateArray::VQSlateArray;
+  VQCLASSID GetClassID() const override;
+  VQForm operator[](unsigned long index) const;
+};
+
+#endif
