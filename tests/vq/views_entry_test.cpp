@@ -410,6 +410,15 @@ TEST_F(Entries, ASearchGivesItsHits) {
   EXPECT_EQ(view.FTSearch("", &hits), VQERR_NULL_STRING);
   EXPECT_EQ(view.FTSearch("needle", nullptr), VQERR_NULL_POINTER);
   EXPECT_EQ(view.FTSearch("needle", &hits, plain, VQVFNavigator()), VQERR_UNINITIALIZED_ARGUMENT);
+  VQDatabase other;
+  VQViewFolder strange;
+  VQVFNavigator elsewhere;
+  ASSERT_EQ(Session->CreateDatabase("other", &other, VQCreateDatabaseOptions()), VQ_OK);
+  ASSERT_EQ(other.CreateView("View", nullptr, &strange), VQ_OK);
+  ASSERT_EQ(strange.Save(), VQ_OK);
+  ASSERT_EQ(strange.Open(), VQ_OK);
+  ASSERT_EQ(strange.GetEntries(&elsewhere), VQ_OK);
+  EXPECT_EQ(view.FTSearch("needle", &hits, plain, elsewhere), VQERR_DIFFERENT_DATABASE);
 }
 
 TEST_F(Entries, AnObserverTellsWhatHappened) {

@@ -291,7 +291,8 @@ class VQ_API VQViewFolder : public VQSlate {
                 VQVFNavigator* navigator = nullptr);
   VQSTATUS Find(const VQVFFindKeys& keys, const VQVFFindOptions& options, VQVFEntry* entry = nullptr,
                 unsigned long* count = nullptr, VQVFNavigator* navigator = nullptr);
-  // *navigator gets the hits. VQWARN_NOT_FOUND for none, with an empty navigator.
+  // *navigator gets the hits. VQWARN_NOT_FOUND for none, with an empty navigator. VQERR_DIFFERENT_DATABASE for a
+  // restriction whose documents are in another database.
   VQSTATUS FTSearch(const VQString& query, VQVFNavigator* navigator);
   VQSTATUS FTSearch(const VQString& query, VQVFNavigator* navigator, const VQFTSearchOptions& options);
   VQSTATUS FTSearch(const VQString& query, VQVFNavigator* navigator, const VQFTSearchOptions& options,

@@ -68,6 +68,10 @@ VQSTATUS VQViewFolder::SearchEntries(const VQString& query, VQVFNavigator* navig
     keep = *restriction;
     limits = keep.GetNavigatorBody();
     if (limits->GetCollectionHandle() == 0) return VQERR_MUST_BE_OPEN;
+    // Identifiers of another database would name other documents.
+    const VQDatabase& own = body->GetEntryDatabase();
+    const VQDatabase& theirs = limits->GetViewFolderBody()->GetEntryDatabase();
+    if (own.GetDatabaseBody() != theirs.GetDatabaseBody()) return VQERR_DIFFERENT_DATABASE;
   }
   VQVFNavigator found;
   const auto flags = static_cast<std::uint32_t>(body->GetOpenFlags() & ~VQVFOPENFLAGS_REBUILD_INDEX);
