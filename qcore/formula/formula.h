@@ -60,6 +60,8 @@ class Program {
   virtual const std::vector<std::string>& item_names() const = 0;
   virtual bool has_select() const = 0;
   virtual bool depends_on_time() const = 0;
+  // On facts of the database or the view.
+  virtual bool depends_on_place() const = 0;
   // Whether a value can have ENG_SPECIAL_... marks.
   virtual bool marks_rows() const = 0;
   // Whether selected documents take their responses, or all their descendants, along: see Source::IsBelowSelected.

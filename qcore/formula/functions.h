@@ -38,7 +38,8 @@ enum Depends : std::uint8_t {
   kOnItems = 2,
   kOnResponses = 4,
   kOnDescendants = 8,
-  kOnRow = 16
+  kOnRow = 16,
+  kOnPlace = 32  // the database or the view
 };
 
 inline constexpr std::uint16_t kAnyNumber = 0xFFFF;

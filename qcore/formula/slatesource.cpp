@@ -70,19 +70,22 @@ ENGSTATUS SlateSource::LookUp(const Lookup& lookup, const TakeValue& take) {
   return lookups_ ? lookups_->LookUp(lookup, take) : Source::LookUp(lookup, take);
 }
 
-const DatabaseFacts* SlateSource::Database() {
-  if (database_) return &*database_;
-  qcore::Database& database = slate_.database();
-  database_.emplace();
-  database_->path = database.path();
+DatabaseFacts FactsOf(Database& database) {
+  DatabaseFacts facts;
+  facts.path = database.path();
   std::string info;
-  if (GetInfoText(database, &info) == ENG_OK) database_->title = InfoField(info, 0);
+  if (GetInfoText(database, &info) == ENG_OK) facts.title = InfoField(info, 0);
   REPLICAINFO replica{};
   if (GetReplicaInfo(database, &replica) == ENG_OK) {
     char text[20];
     std::snprintf(text, sizeof text, "%08X%08X", replica.ID.DateWord, replica.ID.TimeWord);
-    database_->replica = text;
+    facts.replica = text;
   }
+  return facts;
+}
+
+const DatabaseFacts* SlateSource::Database() {
+  if (!database_) database_ = FactsOf(slate_.database());
   return &*database_;
 }
 

@@ -17,6 +17,8 @@ namespace qcore::formula {
 
 enum class Assignments { kDropped, kKept };
 
+DatabaseFacts FactsOf(Database& database);
+
 class SlateSource : public Source {
  public:
   // `hashes` are the folded hashes of the program's item names, or empty.

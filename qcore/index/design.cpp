@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "qcore/index/values.h"
 #include "qcore/slates/rowreader.h"
 #include "qcore/store/checksum.h"
 #include "qcore/store/wire.h"
@@ -16,8 +17,6 @@ constexpr std::uint16_t kClassView = 0x0008;
 constexpr std::uint16_t kTypeViewFormat = 5;
 constexpr std::uint16_t kTypeCollation = 2;
 constexpr std::uint16_t kTypeFormula = 0x0600;
-constexpr std::uint16_t kTypeText = 0x0500;
-constexpr std::uint16_t kTypeTextList = 0x0501;
 constexpr std::size_t kWord = 2;
 constexpr std::size_t kTypeSize = 2;
 constexpr std::size_t kMostCollations = 64;  // besides the first
@@ -162,6 +161,14 @@ class DesignItems {
     }
     return {};
   }
+  // The first text of the item.
+  std::string Text(std::string_view name) {
+    const auto item = std::ranges::find_if(items_, [name](const StoredItem& i) { return SameName(i.name, name); });
+    if (item == items_.end()) return {};
+    const Bytes value = reader_.ValueOf(item->item);
+    const std::vector<index::Value> entries = EntriesOf(value);
+    return std::string(entries.empty() ? std::string_view() : TextOf(entries.front()).value_or(std::string_view()));
+  }
   std::uint64_t sum() const { return sum_; }
 
  private:
@@ -220,6 +227,8 @@ ENGSTATUS ReadDesign(const std::shared_ptr<Database>& database, std::uint32_t vi
   }
   design->folder = std::find(letters.begin(), letters.end(), 'F') != letters.end();
   design->sum = items.sum();
+  design->title = items.Text("$TITLE");
+  design->title.resize(std::min(design->title.find('|'), design->title.size()));
   return ENG_OK;
 }
 

@@ -47,6 +47,7 @@ struct Design {
   std::vector<Column> columns;
   std::vector<Collation> collations;  // the first one is number 0, with no columns where nothing is sorted
   std::vector<std::uint8_t> selection;
+  std::string title;  // the first of its synonyms; takes no part in `sum`
   bool hierarchy = false;
   bool folder = false;
   std::uint64_t sum = 0;  // over all that was read: two designs of one sum give the same index

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "qcore/formula/formula.h"
+#include "qcore/formula/slatesource.h"
+#include "qcore/store/checksum.h"
 
 namespace qcore::index {
 
@@ -90,6 +92,11 @@ class DocumentReader::RowSource final : public formula::Source {
     return status == ENG_OK ? static_cast<std::uint32_t>(ids.size()) : 0;
   }
 
+  const formula::DatabaseFacts* Database() override {
+    if (!database_) database_ = formula::FactsOf(*owner_.database_);
+    return &*database_;
+  }
+  std::string_view ViewTitle() override { return owner_.design_.title; }
   bool IsBelowSelected(bool deep) override { return owner_.IsBelowSelected(rows_.header(), deep); }
 
  private:
@@ -108,6 +115,7 @@ class DocumentReader::RowSource final : public formula::Source {
   DocumentReader& owner_;
   const std::vector<std::uint32_t>* places_ = nullptr;
   std::optional<formula::DocumentFacts> facts_;
+  std::optional<formula::DatabaseFacts> database_;
 };
 
 // The view's compiled code: the selection with the columns that were merged into it, and columns that stand alone.
@@ -176,6 +184,14 @@ ENGSTATUS DocumentReader::Open() {
       formulas.origins[value] = {kNoCode, 0};
     }
   }
+  if (!AnyProgram([](const formula::Program& program) { return program.depends_on_place(); })) return ENG_OK;
+  const formula::DatabaseFacts& facts = *source_->Database();
+  place_sum_ = 1;
+  for (const std::string_view text : {std::string_view(facts.path), std::string_view(facts.title),
+                                      std::string_view(facts.replica), std::string_view(design_.title)}) {
+    const Bytes bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+    place_sum_ = place_sum_ << 32 ^ Checksum(bytes, place_sum_);
+  }
   return ENG_OK;
 }
 
@@ -185,14 +201,18 @@ bool DocumentReader::selects_below() const {
   return program.selects_responses() || program.selects_descendants();
 }
 
-bool DocumentReader::marks_rows() const {
+template <typename Test>
+bool DocumentReader::AnyProgram(Test test) const {
   return std::ranges::any_of(formulas_->codes(),
-                             [](const Formulas::Code& code) { return code.evaluator.program().marks_rows(); });
+                             [test](const Formulas::Code& code) { return test(code.evaluator.program()); });
+}
+
+bool DocumentReader::marks_rows() const {
+  return AnyProgram([](const formula::Program& program) { return program.marks_rows(); });
 }
 
 bool DocumentReader::depends_on_time() const {
-  return std::ranges::any_of(formulas_->codes(),
-                             [](const Formulas::Code& code) { return code.evaluator.program().depends_on_time(); });
+  return AnyProgram([](const formula::Program& program) { return program.depends_on_time(); });
 }
 
 // Goes up from a response. What its parents are selected for by themselves is asked of a reader of its own.

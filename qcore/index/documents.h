@@ -67,11 +67,15 @@ class DocumentReader {
   bool marks_rows() const;
   // Whether rows change by themselves with time.
   bool depends_on_time() const;
+  // Over the facts of the database and the view that values depend on, 0 if they do not: as of Open.
+  std::uint64_t place_sum() const { return place_sum_; }
 
  private:
   class Formulas;
   class RowSource;
 
+  template <typename Test>
+  bool AnyProgram(Test test) const;
   [[nodiscard]] ENGSTATUS CheckReaders(Document* document, bool* may_read);
   [[nodiscard]] ENGSTATUS Evaluate(const StoredRow& row, Document* document);
   bool IsMember(std::uint32_t id) const;
@@ -89,7 +93,8 @@ class DocumentReader {
   std::unique_ptr<RowSource> source_;
   std::unique_ptr<Formulas> formulas_;
   std::unique_ptr<DocumentReader> above_;  // for the selection of those above a response
-  bool is_above_ = false;                  // looks at no document above, and computes no values
+  std::uint64_t place_sum_ = 0;
+  bool is_above_ = false;  // looks at no document above, and computes no values
 };
 
 }  // namespace qcore::index

@@ -51,7 +51,7 @@ ENGSTATUS ViewIndex::Caught(const Work& work) {
   }
 }
 
-IndexTree::Identity ViewIndex::identity() const { return {design_->sum, names_}; }
+IndexTree::Identity ViewIndex::identity() const { return {design_->sum + reader_->place_sum(), names_}; }
 
 ENGSTATUS ViewIndex::ReadDesignIfChanged(bool* changed) {
   *changed = false;
@@ -72,7 +72,7 @@ ENGSTATUS ViewIndex::ReadDesignIfChanged(bool* changed) {
   auto design = std::make_unique<Design>();
   const ENGSTATUS status = ReadDesign(design_database_, view_, design.get());
   if (status != ENG_OK) return status;
-  *changed = !design_ || design->sum != design_->sum || names != names_;
+  *changed = !design_ || design->sum != design_->sum || design->title != design_->title || names != names_;
   design_time_ = header.modified_here;
   design_sequence_ = header.origin.Sequence;
   if (!*changed) return ENG_OK;

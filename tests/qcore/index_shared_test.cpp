@@ -229,6 +229,17 @@ std::string Evaluated(const std::string& formula) {
   return std::string(value + 2, length - 2);
 }
 
+TEST_F(Shared, RowsKnowTheirViewAndDatabase) {
+  Doc({{"Name", "a"}});
+  const std::uint32_t view = MakeView({{"Name", 1}, {"In", 0, 0, "@ViewTitle + @DbTitle + @RightBack(@DbName; \"/\")"}});
+  EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), (Strings{"1 d a|viewmain.vlt"}));
+  Change(view, {{"$TITLE", "Names|view"}});
+  EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), (Strings{"1 d a|Namesmain.vlt"}));
+  ASSERT_EQ(EngDbSetInfo(db_, qtest::Store("Books")), ENG_OK);
+  Reopen();
+  EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), (Strings{"1 d a|NamesBooksmain.vlt"}));
+}
+
 TEST_F(Shared, MarksOfFormulasAreExpanded) {
   const std::pair<const char*, const char*> rows[] = {
       {"\"<\" + @DocNumber + \">\"", "<2.1.5>"},
