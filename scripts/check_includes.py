@@ -40,7 +40,7 @@ QCORE_ORDER = ["handles", "memory", "settings", "records", "text", "time", "stor
 THIRD_PARTY = {
     "engine": r"$^",
     "vq": r"(unistd|sys/single_threaded)\.h$",  # temporary files of import and export; locks left out
-    "qcore": r"(sqlite3\.h|unicode/.*|sys/.*|unistd\.h|fcntl\.h|dlfcn\.h|pwd\.h|signal\.h|dirent\.h)$",
+    "qcore": r"(sqlite3\.h|zstd\.h|unicode/.*|sys/.*|unistd\.h|fcntl\.h|dlfcn\.h|pwd\.h|signal\.h|dirent\.h)$",
     "converters": r"(sys/.*|unistd\.h|fcntl\.h)$",
     "examples": r"$^",
     "tools": r"(CLI/.*|sys/.*|unistd\.h)$",

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "qcore/abi/lookup.h"
+#include "qcore/slates/attachment.h"
 #include "qcore/slates/remove.h"
 
 using qcore::Database;
@@ -13,6 +14,8 @@ using qcore::abi::WithSlate;
 using qcore::abi::WithStore;
 
 namespace {
+
+std::string_view Text(const ENGCHAR* text) { return reinterpret_cast<const char*>(text); }
 
 template <typename T>
 ENGSTATUS Give(void* target, const T& value) {
@@ -177,4 +180,27 @@ ENGSTATUS EngSlateGetInfoByUniversalID(ENGHANDLE db, const UNIVERSALSLATEID* uni
     GiveInfo(header, origin, modified, slate_class);
     return header.deleted ? ENG_ERR_SLATE_DELETED : ENG_OK;
   });
+}
+
+ENGSTATUS EngSlateAppendObjectItem(ENGHANDLE slate, const ENGCHAR* name, const ENGFILEDESCRIPTOR* descriptor) {
+  if (!name || !descriptor) return ENG_ERR_ARGUMENT;
+  return WithSlate(slate, [&](Slate& target) { return qcore::AppendObjectItem(target, Text(name), *descriptor); });
+}
+
+ENGSTATUS EngSlateAttachFile(ENGHANDLE slate, const ENGCHAR* item_name, const ENGCHAR* name, uint16_t name_length,
+                             const char* path, uint16_t flags, BLOCKID* item) {
+  if (!item_name || !name || !path) return ENG_ERR_ARGUMENT;
+  return WithSlate(slate, [&](Slate& target) {
+    Slate::Slot slot = 0;
+    const std::string_view text(reinterpret_cast<const char*>(name), name_length);
+    const ENGSTATUS status = qcore::AttachFile(target, Text(item_name), text, path, flags, &slot);
+    if (status == ENG_OK && item) *item = target.IdOf(slot);
+    return status;
+  });
+}
+
+ENGSTATUS EngItemExtractFile(ENGHANDLE slate, BLOCKID item, const char* path, uint16_t) {
+  if (!path) return ENG_ERR_ARGUMENT;
+  return qcore::abi::WithItem(slate, item,
+                              [&](Slate& source, Slate::Slot slot) { return qcore::ExtractFile(source, slot, path); });
 }

@@ -139,6 +139,7 @@ ENGSTATUS Slate::Copy(ENGHANDLE* copy) {
   slate->dropped_ = dropped_;
   slate->modified_ = modified_;
   slate->had_objects_ = had_objects_;
+  slate->foreign_ = foreign_;
   if (packed_ != 0) {
     const memory::LockedBlock from(packed_);
     if (!from.bytes()) return ENG_ERR_ITEM_DAMAGED;
@@ -200,10 +201,13 @@ ENGSTATUS Slate::MakeNew() {
     const ENGSTATUS status = item.live ? Materialise(item) : ENGSTATUS{ENG_OK};
     if (status != ENG_OK) return status;
   }
+  const bool first = !foreign_.database;
+  if (first) foreign_ = OwnObjects();
   for (Item& item : items_) {
     item.aside = 0;
     item.touched = true;
     item.changed = true;
+    item.foreign = item.foreign || (first && item.type == kObjectType);
   }
   dropped_.clear();
   had_objects_ = false;

@@ -86,6 +86,14 @@ class Slate final : public OpenSlate {
   // The value's bytes, the type word first; good until the slate changes.
   [[nodiscard]] ENGSTATUS GetBytes(Slot slot, Bytes* bytes);
   TIMEDATE ModifiedOf(Slot slot) const;
+  // Where the objects are that object values name, and which slate owns them.
+  struct Objects {
+    std::shared_ptr<Database> database;
+    std::uint32_t owner = 0;
+  };
+  Objects OwnObjects() const { return {database_, header_.id}; }
+  // Those of a slate that has become a new one are still the old one's, until the next update copies them.
+  Objects ObjectsOf(Slot slot) const { return items_[slot].foreign ? foreign_ : OwnObjects(); }
 
   [[nodiscard]] ENGSTATUS Append(std::uint16_t flags, std::string_view name, std::uint16_t type, Bytes data,
                                  Slot* slot);
@@ -127,6 +135,7 @@ class Slate final : public OpenSlate {
     bool stored = false;   // the time is that of a stored item
     bool changed = false;  // anything of it
     bool touched = false;  // the value
+    bool foreign = false;  // names an object of `foreign_`
   };
   struct NewValue {
     ENGHANDLE pool = 0;
@@ -142,6 +151,13 @@ class Slate final : public OpenSlate {
     std::optional<SlateHeader> base;
     std::vector<Item> items;
     std::vector<Store::ValueId> dropped;
+  };
+  // An object number that a copy's has replaced, kept for a client's rollback, with which the copy goes.
+  struct Taken {
+    std::uint64_t transaction;
+    Slot slot;
+    std::uint32_t object;
+    Objects from;
   };
   // What an update writes for one item.
   struct Draft {
@@ -177,7 +193,14 @@ class Slate final : public OpenSlate {
                                       std::vector<Store::ValueId>* replaced);
   [[nodiscard]] ENGSTATUS WriteValue(const Item& item, PackedItem* packed, std::vector<Store::ValueId>* replaced);
   [[nodiscard]] ENGSTATUS WriteRow(std::uint16_t flags, SlateHeader* header, const std::vector<Draft>& drafts);
+  // The object numbers in the values of the drafts.
+  [[nodiscard]] ENGSTATUS NamedObjects(const std::vector<Draft>& drafts, std::vector<std::uint32_t>* named);
   [[nodiscard]] ENGSTATUS AdoptObjects(std::uint32_t id, const std::vector<Draft>& drafts);
+  // Gives the values that name objects of `foreign_` copies of them.
+  [[nodiscard]] ENGSTATUS TakeForeignObjects();
+  [[nodiscard]] ENGSTATUS TakeForeignObject(Slot slot);
+  void SetObjectIn(Item& item, std::uint32_t object);
+  void GiveBackForeignObjects(std::uint64_t transaction);
   void Settle(const SlateHeader& header, const std::vector<Draft>& drafts);
   void Drop(Slot slot);
 
@@ -196,6 +219,8 @@ class Slate final : public OpenSlate {
   ENGHANDLE responses_ = 0;
   bool modified_ = false;
   bool had_objects_ = false;
+  Objects foreign_;
+  std::vector<Taken> taken_;
   std::unique_ptr<Saved> saved_;
 };
 

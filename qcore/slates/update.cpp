@@ -4,6 +4,7 @@
 #include "qcore/memory/memory.h"
 #include "qcore/slates/slate.h"
 #include "qcore/store/moment.h"
+#include "qcore/store/objects.h"
 #include "qcore/store/wire.h"
 
 namespace qcore {
@@ -45,9 +46,11 @@ ENGSTATUS Slate::Reference(std::optional<UNIVERSALSLATEID>* parent) {
 }
 
 ENGSTATUS Slate::Update(std::uint16_t flags) {
+  ENGSTATUS status = TakeForeignObjects();
+  if (status != ENG_OK) return status;
   const std::lock_guard lock(database_->mutex());
   Change change(*database_);
-  ENGSTATUS status = change.Begin(WritesOnlyRow(flags) ? Change::Extent::kOneStatement : Change::Extent::kSeveral);
+  status = change.Begin(WritesOnlyRow(flags) ? Change::Extent::kOneStatement : Change::Extent::kSeveral);
   if (status != ENG_OK) return status;
   SlateHeader header = header_;
   std::vector<Draft> drafts;
@@ -193,18 +196,70 @@ ENGSTATUS Slate::WriteRow(std::uint16_t flags, SlateHeader* header, const std::v
   return database_->store().UpdateSlate(header, packed, &expected);
 }
 
+ENGSTATUS Slate::TakeForeignObjects() {
+  if (!foreign_.database) return ENG_OK;
+  for (Slot slot : order_) {
+    const ENGSTATUS status = items_[slot].foreign ? TakeForeignObject(slot) : ENGSTATUS{ENG_OK};
+    if (status != ENG_OK) return status;
+  }
+  foreign_ = {};
+  return ENG_OK;
+}
+
+// A record that has outlived its object names none afterwards: the number may be that of any object here.
+ENGSTATUS Slate::TakeForeignObject(Slot slot) {
+  Item& item = items_[slot];
+  const std::optional<std::uint32_t> object = ObjectIn(BytesOf(item));
+  ObjectInfo info{};
+  std::uint32_t copy = 0;
+  ENGSTATUS status = object ? GetObjectInfo(*foreign_.database, *object, &info) : ENGSTATUS{ENG_ERR_NO_OBJECT};
+  if (status == ENG_OK && info.owner != 0 && info.owner != foreign_.owner) status = ENG_ERR_NO_OBJECT;
+  if (status == ENG_OK) status = CopyObject(*foreign_.database, *object, *database_, &copy);
+  if (status != ENG_OK && status != ENG_ERR_NO_OBJECT) return status;
+  item.foreign = false;
+  if (!object) return ENG_OK;
+  SetObjectIn(item, copy);
+  const std::lock_guard lock(database_->mutex());
+  if (database_->transaction() != 0) taken_.push_back({database_->transaction(), slot, *object, foreign_});
+  return ENG_OK;
+}
+
+void Slate::SetObjectIn(Item& item, std::uint32_t object) {
+  const std::span<std::uint8_t> block = memory::BytesOf(item.pool != 0 ? item.pool : packed_);
+  const std::size_t at = (item.pool != 0 ? item.offset : item.packed_at) + kObjectIdAt;
+  if (at + sizeof object <= block.size()) StoreLittle(block.data() + at, object);
+}
+
+void Slate::GiveBackForeignObjects(std::uint64_t transaction) {
+  for (const Taken& taken : taken_) {
+    if (taken.transaction != transaction || !items_[taken.slot].live) continue;
+    SetObjectIn(items_[taken.slot], taken.object);
+    items_[taken.slot].foreign = true;
+    foreign_ = taken.from;
+  }
+  taken_.clear();
+}
+
+ENGSTATUS Slate::NamedObjects(const std::vector<Draft>& drafts, std::vector<std::uint32_t>* named) {
+  for (const Draft& draft : drafts) {
+    if (draft.packed.type != kObjectType) continue;
+    Item& item = items_[draft.slot];
+    const ENGSTATUS status = draft.packed.value.empty() ? MaterialiseLocked(item) : ENGSTATUS{ENG_OK};
+    if (status != ENG_OK) return status;
+    const std::optional<std::uint32_t> object = ObjectIn(BytesOf(item));
+    if (object) named->push_back(*object);
+  }
+  return ENG_OK;
+}
+
 // Reserved objects that an item names become the slate's; those of the slate that no item names any more go away.
 ENGSTATUS Slate::AdoptObjects(std::uint32_t id, const std::vector<Draft>& drafts) {
   Store& store = database_->store();
   std::vector<std::uint32_t> named;
-  for (const Draft& draft : drafts) {
-    if (draft.packed.type != kObjectType) continue;
-    const std::optional<std::uint32_t> object = ObjectIn(draft.packed.value);
-    if (object) named.push_back(*object);
-  }
-  if (named.empty() && !had_objects_) return ENG_OK;
+  ENGSTATUS status = NamedObjects(drafts, &named);
+  if (status != ENG_OK || (named.empty() && !had_objects_)) return status;
   std::vector<std::uint32_t> owned;
-  ENGSTATUS status = store.FindObjects(id, &owned);
+  status = store.FindObjects(id, &owned);
   for (std::size_t i = 0; status == ENG_OK && i < named.size(); ++i) {
     ObjectInfo info{};
     status = store.GetObject(named[i], &info);
@@ -241,6 +296,7 @@ void Slate::Settle(const SlateHeader& header, const std::vector<Draft>& drafts) 
 
 // Values changed since stay as they are; what was noted about the store goes back, and all is to be written again.
 void Slate::RevertTo(std::uint64_t transaction) {
+  GiveBackForeignObjects(transaction);
   if (!saved_ || saved_->transaction != transaction) return;
   header_.id = saved_->header.id;
   header_.added = saved_->header.added;

@@ -72,6 +72,8 @@ class Database {
   OpenToAll& open_to_all() { return open_to_all_; }
   // Serial of the running client transaction, 0 outside of one.
   std::uint64_t transaction() const { return transaction_; }
+  // A new object that goes with the handle unless a slate comes to own it.
+  void NoteReserved(std::uint32_t object) { reserved_objects_.insert(object); }
   void Register(OpenSlate* slate) { slates_.insert(slate); }
   void Unregister(OpenSlate* slate) { slates_.erase(slate); }
 

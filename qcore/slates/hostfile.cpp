@@ -1,0 +1,137 @@
+#include "qcore/slates/hostfile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+#include "engine/records.h"
+#include "qcore/time/moment.h"
+
+namespace qcore {
+
+namespace {
+
+constexpr std::int64_t kEpochDay = 2440588;  // Julian day of 1970-01-01
+constexpr long kNanosecondsPerTick = 10000000;
+
+TIMEDATE MomentOf(std::int64_t seconds, std::uint32_t nanoseconds) {
+  constexpr std::int64_t kLatest = 1LL << 40;  // far past every date that a moment holds
+  if (seconds > kLatest || seconds < -kLatest) return {ENG_TIME_WILD, ENG_TIME_WILD};
+  const std::int64_t ticks =
+      kEpochDay * time::kTicksPerDay + seconds * time::kTicksPerSecond + nanoseconds / kNanosecondsPerTick;
+  return time::MomentOf(ticks).value_or(TIMEDATE{ENG_TIME_WILD, ENG_TIME_WILD});
+}
+
+// A moment that a file cannot have leaves the time as it is.
+timespec FileTime(const TIMEDATE& moment) {
+  if (!time::HasDate(moment) || !time::HasTime(moment)) return {0, UTIME_OMIT};
+  const std::optional<std::int64_t> ticks = time::TicksOf(moment);
+  if (!ticks) return {0, UTIME_OMIT};
+  const std::int64_t since = *ticks - kEpochDay * time::kTicksPerDay;
+  std::int64_t seconds = since / time::kTicksPerSecond;
+  std::int64_t rest = since % time::kTicksPerSecond;
+  if (rest < 0) {
+    --seconds;
+    rest += time::kTicksPerSecond;
+  }
+  return {static_cast<time_t>(seconds), static_cast<long>(rest) * kNanosecondsPerTick};
+}
+
+std::uint16_t AttributesOf(unsigned mode) {
+  std::uint16_t attributes = 0;
+  if ((mode & 0222) == 0) attributes |= FILEATTRIBUTE_READ_ONLY;
+  if ((mode & 0077) == 0) attributes |= FILEATTRIBUTE_PRIVATE;
+  return attributes;
+}
+
+mode_t ModeFor(std::uint16_t attributes) {
+  const mode_t mask = umask(0);
+  umask(mask);
+  mode_t mode = 0666 & ~mask;
+  if (attributes & FILEATTRIBUTE_READ_ONLY) mode &= ~mode_t{0222};
+  if (attributes & FILEATTRIBUTE_PRIVATE) mode &= ~mode_t{0077};
+  return mode;
+}
+
+// For the name beside the place, which a long name of the place itself must not make too long.
+std::string BesideOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return (slash == std::string::npos ? std::string() : path.substr(0, slash + 1)) + ".quillon-XXXXXX";
+}
+
+}  // namespace
+
+HostFileReader::~HostFileReader() {
+  if (fd_ >= 0) close(fd_);
+}
+
+ENGSTATUS HostFileReader::Open(const std::string& path) {
+  fd_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  struct statx info {};
+  constexpr unsigned kWanted = STATX_BASIC_STATS | STATX_BTIME;
+  if (fd_ < 0 || statx(fd_, "", AT_EMPTY_PATH, kWanted, &info) != 0 || !S_ISREG(info.stx_mode)) {
+    return ENG_ERR_FILE_OPEN;
+  }
+  facts_.size = info.stx_size;
+  facts_.modified = MomentOf(info.stx_mtime.tv_sec, info.stx_mtime.tv_nsec);
+  const statx_timestamp& birth = (info.stx_mask & STATX_BTIME) != 0 ? info.stx_btime : info.stx_mtime;
+  facts_.created = MomentOf(birth.tv_sec, birth.tv_nsec);
+  facts_.attributes = AttributesOf(info.stx_mode);
+  return ENG_OK;
+}
+
+ENGSTATUS HostFileReader::Read(std::span<std::uint8_t> buffer, std::size_t* count) {
+  *count = 0;
+  while (*count < buffer.size()) {
+    const ssize_t got = read(fd_, buffer.data() + *count, buffer.size() - *count);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return ENG_ERR_FILE_READ;
+    if (got == 0) break;
+    *count += static_cast<std::size_t>(got);
+  }
+  return ENG_OK;
+}
+
+HostFileWriter::~HostFileWriter() {
+  if (fd_ >= 0) close(fd_);
+  if (!beside_.empty()) unlink(beside_.c_str());
+}
+
+ENGSTATUS HostFileWriter::Open(const std::string& path) {
+  struct stat present {};
+  const bool taken = lstat(path.c_str(), &present) == 0;
+  if (path.empty() || path.back() == '/') return ENG_ERR_FILE_OPEN;
+  if (taken && !S_ISREG(present.st_mode) && !S_ISLNK(present.st_mode)) return ENG_ERR_FILE_OPEN;
+  path_ = path;
+  std::string beside = BesideOf(path);
+  fd_ = mkostemp(beside.data(), O_CLOEXEC);
+  if (fd_ < 0) return ENG_ERR_FILE_OPEN;
+  beside_ = beside;
+  return ENG_OK;
+}
+
+ENGSTATUS HostFileWriter::Write(std::span<const std::uint8_t> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t put = write(fd_, bytes.data(), bytes.size());
+    if (put < 0 && errno == EINTR) continue;
+    if (put <= 0) return ENG_ERR_FILE_WRITE;
+    bytes = bytes.subspan(static_cast<std::size_t>(put));
+  }
+  return ENG_OK;
+}
+
+ENGSTATUS HostFileWriter::Finish(const HostFileFacts& facts) {
+  const timespec times[2] = {{0, UTIME_OMIT}, FileTime(facts.modified)};
+  if (futimens(fd_, times) != 0 || fchmod(fd_, ModeFor(facts.attributes)) != 0) return ENG_ERR_FILE_WRITE;
+  const int closed = close(fd_);
+  fd_ = -1;
+  if (closed != 0 || rename(beside_.c_str(), path_.c_str()) != 0) return ENG_ERR_FILE_WRITE;
+  beside_.clear();
+  return ENG_OK;
+}
+
+}  // namespace qcore
