@@ -112,7 +112,10 @@ ENGSTATUS Collection::ReadRows(IndexTree& tree, const ReadRequest& request, COLL
   if (!all || (spot == Walk::kBefore && tree.rows().rows() == 0)) return ENG_ERR_NO_ENTRY;
   if (spot == Walk::kBefore) spot = 0;
   COLLECTIONPOSITION here = *position;
-  if (spot != *start) {
+  PageTree::Cursor cursor = tree.rows().At(static_cast<Rank>(spot));
+  if (spot == *start + 1) {
+    walk.AdvancePosition(cursor.level(), &here);
+  } else if (spot != *start) {
     walk.SetPosition(spot, &here);
   }
   const Walk::Limits limits = Walk::LimitsOf(request.navigation, here);
@@ -124,7 +127,6 @@ ENGSTATUS Collection::ReadRows(IndexTree& tree, const ReadRequest& request, COLL
   const Walk::Spot end = within ? Walk::Spot{walk.EndOf(static_cast<Rank>(spot))} : Walk::Spot{tree.rows().rows()};
   RowBuffer buffer(tree, index_->layout(), *entries_, walk, unread_, request.mask);
   if (index_->marks_rows()) buffer.ExpandMarks();
-  PageTree::Cursor cursor = tree.rows().At(static_cast<Rank>(spot));
   for (bool full = false;;) {
     full = !buffer.Add(static_cast<Rank>(spot), cursor, here, 0);
     if (full) {

@@ -159,7 +159,8 @@ class Finder {
     const std::string end = Behind(begin);
     const std::size_t mark = MarkSize(part);
     for (std::string from = begin; !from.empty();) {
-      const PageTree::Cursor row = tree_.At(tree_.RankOf(from));
+      Rank rank = 0;
+      const PageTree::Cursor row = tree_.Seek(from, &rank);
       if (!row.at_row()) return true;
       const std::string key = row.key();
       if (!end.empty() && key >= end) return true;
@@ -180,9 +181,9 @@ class Finder {
   ENGSTATUS FindFirst(FindResult* result) {
     bool found = false;
     ForEachRange(0, {}, [&](const std::string& begin) {
-      const Rank rank = tree_.RankOf(begin);
-      const PageTree::Cursor row = tree_.At(rank);
-      found = row.at_row() && row.key().starts_with(begin);
+      Rank rank = 0;
+      const PageTree::Cursor row = tree_.Seek(begin, &rank);
+      found = row.at_row() && row.KeyStartsWith(begin);
       result->spot = rank;
       return !found;
     });
@@ -235,7 +236,8 @@ class Finder {
   std::string FirstWay(std::size_t part, const std::string& prefix) {
     const std::string begin = prefix + parts_[part].bytes;
     if (!parts_[part].loose) return begin;
-    const PageTree::Cursor row = tree_.At(tree_.RankOf(begin));
+    Rank rank = 0;
+    const PageTree::Cursor row = tree_.Seek(begin, &rank);
     const std::string key = row.at_row() ? row.key() : std::string();
     if (!key.starts_with(begin)) return begin;
     const std::size_t front = prefix.size() + MarkSize(part);

@@ -54,9 +54,7 @@ IndexTree::IndexTree(std::shared_ptr<Database> database, std::uint32_t view, con
   });
 }
 
-std::string IndexTree::KeyInLeaf(PageNumber leaf) {
-  std::optional<std::string> key = tree_.KeyInLeaf(leaf);
-  if (key) return *key;
+std::string IndexTree::KeyInStored(PageNumber leaf) {
   const std::unique_ptr<Page> page = Page::Decode(ReadStored(leaf), leaf, 0, totals_.columns());
   if (!page || page->leaf.count() == 0) throw IndexFault{ENG_ERR_DB_DAMAGED};
   return page->leaf.KeyAt(0);
@@ -64,7 +62,9 @@ std::string IndexTree::KeyInLeaf(PageNumber leaf) {
 
 std::vector<PlannedRow> IndexTree::RowsOf(std::uint32_t id) {
   std::vector<Row> found;
-  for (const PageNumber leaf : directory_.LeavesOf(id)) tree_.RowsIn(KeyInLeaf(leaf), id, &found);
+  for (const PageNumber leaf : directory_.LeavesOf(id)) {
+    if (!tree_.RowsInLeaf(leaf, id, &found)) tree_.RowsIn(KeyInStored(leaf), id, &found);
+  }
   std::vector<PlannedRow> rows;
   for (Row& row : found) {
     PlannedRow planned;
@@ -86,8 +86,9 @@ void IndexTree::Note(RowEvent kind, const Row& row) {
 
 void IndexTree::Insert(const PlannedRow& planned) {
   for (std::size_t step = planned.categories.size(); step-- > 0;) {
+    const std::string_view key = std::string_view(planned.row.key).substr(0, planned.categories[step].end);
+    if (tree_.Has(key)) break;  // and so are those above it
     const Row category = RowPlanner::CategoryRow(planned, step);
-    if (tree_.Has(category.key)) break;  // and so are those above it
     tree_.Insert(category);
     Note(RowEvent::kInserted, category);
   }
@@ -100,21 +101,23 @@ void IndexTree::SetValue(const Row& row) {
 }
 
 void IndexTree::Erase(const PlannedRow& planned) {
-  const Row& row = planned.row;
-  if (row.indent == 0 && row.level != 0) {
-    const auto parent = tree_.PrevAtMost(tree_.RankOf(row.key), row.level - 1);
-    if (parent) maybe_empty_.push_back(tree_.At(*parent).key());
-  }
-  if (tree_.Erase(row.key)) Note(RowEvent::kRemoved, row);
+  // The last row of a category to go stands right behind it.
+  std::string category;
+  if (!tree_.Erase(planned.row.key, &category)) return;
+  Note(RowEvent::kRemoved, planned.row);
+  if (!category.empty()) maybe_empty_.push_back(std::move(category));
 }
 
 void IndexTree::Settle() {
   std::ranges::sort(maybe_empty_, std::greater<>());
   for (std::string& key : maybe_empty_) {
-    while (tree_.Has(key)) {
-      const Rank rank = tree_.RankOf(key);
-      const Row category = tree_.At(rank).row();
-      const PageTree::Cursor behind = tree_.At(rank + 1);
+    for (;;) {
+      Rank rank = 0;
+      const PageTree::Cursor at = tree_.Seek(key, &rank);
+      if (!at.at_row() || !at.HasKey(key)) break;
+      const Row category = at.row();
+      PageTree::Cursor behind = at;
+      tree_.Next(&behind);
       if (behind.at_row() && behind.level() > category.level) break;
       std::optional<Rank> above;
       if (category.level != 0) above = tree_.PrevAtMost(rank, category.level - 1);
@@ -125,8 +128,9 @@ void IndexTree::Settle() {
     }
   }
   maybe_empty_.clear();
+  if (totals_.columns() == 0) return;
   const bool has_total = tree_.Has(kTotalKey);
-  const bool wants_total = totals_.columns() != 0 && tree_.sum().documents != 0;
+  const bool wants_total = tree_.sum().documents != 0;
   if (has_total == wants_total) return;
   Row total;
   total.key = kTotalKey;

@@ -88,7 +88,7 @@ class IndexTree {
   std::uint64_t PageKey(std::uint32_t page) const;
   std::vector<std::uint8_t> ReadStored(std::uint32_t page);
   [[nodiscard]] ENGSTATUS ReadStoredLocked(std::uint32_t page, std::vector<std::uint8_t>* bytes);
-  std::string KeyInLeaf(PageNumber leaf);
+  std::string KeyInStored(PageNumber leaf);
   [[nodiscard]] ENGSTATUS WriteChanged(const Identity& identity, std::uint64_t generation);
   void Note(RowEvent kind, const Row& row);
 

@@ -10,7 +10,7 @@ namespace qcore::index {
 
 namespace {
 
-constexpr std::size_t kHeadSize = 2;  // level and kind
+constexpr std::size_t kHeadSize = 2;  // level and kind of a stored row
 constexpr std::uint8_t kForm = 1;
 
 std::size_t CommonLength(std::string_view a, std::string_view b) {
@@ -20,7 +20,13 @@ std::size_t CommonLength(std::string_view a, std::string_view b) {
   return length;
 }
 
+std::uint32_t LoadBig(const char* at) {
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(at);
+  return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 | bytes[3];
+}
+
 std::uint32_t HeadOf(std::string_view suffix) {
+  if (suffix.size() >= 4) return LoadBig(suffix.data());
   std::uint32_t head = 0;
   for (std::size_t i = 0; i < 4; ++i)
     head = head << 8 | (i < suffix.size() ? static_cast<std::uint8_t>(suffix[i]) : 0u);
@@ -31,9 +37,11 @@ std::string_view AsText(const std::uint8_t* at, std::size_t size) { return {rein
 
 Bytes AsBytes(std::string_view text) { return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}; }
 
+std::uint8_t KindByte(const Row& row) {
+  return static_cast<std::uint8_t>(static_cast<unsigned>(row.kind) | static_cast<unsigned>(row.indent) << 3);
+}
+
 void AppendRecord(const Row& row, std::size_t prefix, std::vector<std::uint8_t>* bytes) {
-  bytes->push_back(row.level);
-  bytes->push_back(static_cast<std::uint8_t>(static_cast<unsigned>(row.kind) | static_cast<unsigned>(row.indent) << 3));
   WireWriter writer(bytes);
   writer.PutVarint(row.key.size() - prefix);
   writer.PutBytes(AsBytes(std::string_view(row.key).substr(prefix)));
@@ -42,7 +50,7 @@ void AppendRecord(const Row& row, std::size_t prefix, std::vector<std::uint8_t>*
 
 std::vector<std::uint8_t> RecordOf(const Row& row, std::size_t prefix) {
   std::vector<std::uint8_t> record;
-  record.reserve(row.key.size() - prefix + row.value.size() + kHeadSize + 3);
+  record.reserve(row.key.size() - prefix + row.value.size() + 3);
   AppendRecord(row, prefix, &record);
   return record;
 }
@@ -77,8 +85,15 @@ void Sum::AddRow(std::uint8_t level, RowKind kind) {
   if (level == least) ++at_least;
 }
 
+bool Sum::RemoveRow(std::uint8_t level, RowKind kind) {
+  --rows;
+  if (kind == RowKind::kDocument) --documents;
+  if (level == least) --at_least;
+  return at_least != 0;
+}
+
 std::uint32_t IdInKey(std::string_view key) {
-  return key.size() < kIdSize ? 0 : HeadOf(key.substr(key.size() - kIdSize));
+  return key.size() < kIdSize ? 0 : LoadBig(key.data() + key.size() - kIdSize);
 }
 
 void AppendId(std::uint32_t id, std::string* key) {
@@ -88,9 +103,12 @@ void AppendId(std::uint32_t id, std::string* key) {
 std::size_t Leaf::PrefixRoom(std::string_view key) { return key.size() < kIdSize ? 0 : key.size() - kIdSize; }
 
 std::string_view Leaf::SuffixAt(std::uint32_t row, std::size_t* value_at) const {
-  const std::uint8_t* at = bytes_.data() + offsets_[row] + kHeadSize;
-  std::size_t length = *at & 0x7F;
-  for (int shift = 7; (*at++ & 0x80) != 0; shift += 7) length |= std::size_t{*at & 0x7Fu} << shift;
+  const std::uint8_t* at = bytes_.data() + offsets_[row];
+  std::size_t length = *at++;
+  if (length >= 0x80) [[unlikely]] {
+    length &= 0x7F;
+    for (int shift = 7; (at[-1] & 0x80) != 0; shift += 7) length |= std::size_t{*at++ & 0x7Fu} << shift;
+  }
   *value_at = static_cast<std::size_t>(at - bytes_.data()) + length;
   return AsText(at, length);
 }
@@ -120,9 +138,10 @@ std::uint32_t Leaf::LowerBound(std::string_view key) const {
   if (order != 0) return order < 0 ? 0 : count();
   const std::string_view rest = key.substr(prefix_.size());
   const std::uint32_t head = HeadOf(rest);
-  const auto same = std::equal_range(heads_.begin(), heads_.end(), head);
-  auto first = static_cast<std::uint32_t>(same.first - heads_.begin());
-  auto last = static_cast<std::uint32_t>(same.second - heads_.begin());
+  const auto lowest = std::lower_bound(heads_.begin(), heads_.end(), head);
+  auto first = static_cast<std::uint32_t>(lowest - heads_.begin());
+  if (lowest == heads_.end() || *lowest != head) return first;
+  auto last = static_cast<std::uint32_t>(std::upper_bound(lowest, heads_.end(), head) - heads_.begin());
   while (first < last) {
     const std::uint32_t middle = (first + last) / 2;
     if (SuffixAt(middle) < rest) {
@@ -138,6 +157,11 @@ bool Leaf::HasKey(std::uint32_t row, std::string_view key) const {
   return row < count() && key.starts_with(prefix_) && SuffixAt(row) == key.substr(prefix_.size());
 }
 
+bool Leaf::KeyStartsWith(std::uint32_t row, std::string_view prefix) const {
+  if (prefix.size() <= prefix_.size()) return prefix_.starts_with(prefix);
+  return prefix.starts_with(prefix_) && SuffixAt(row).starts_with(prefix.substr(prefix_.size()));
+}
+
 void Leaf::Assign(std::span<const Row> rows) {
   prefix_.clear();
   if (!rows.empty()) {
@@ -146,33 +170,43 @@ void Leaf::Assign(std::span<const Row> rows) {
     // Keys are in order: what the first and the last have in common, all have.
     prefix_ = rows.front().key.substr(0, std::min(length, CommonLength(rows.front().key, rows.back().key)));
   }
-  heads_.clear();
-  offsets_.clear();
-  bytes_.clear();
+  Clear();
   std::size_t size = 0;
-  for (const Row& row : rows) size += row.key.size() - prefix_.size() + row.value.size() + kHeadSize + 2;
+  for (const Row& row : rows) size += row.key.size() - prefix_.size() + row.value.size() + 2;
   bytes_.reserve(size);
   heads_.reserve(rows.size());
   offsets_.reserve(rows.size());
-  for (const Row& row : rows) {
-    heads_.push_back(HeadOf(std::string_view(row.key).substr(prefix_.size())));
-    offsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
-    AppendRecord(row, prefix_.size(), &bytes_);
-  }
+  levels_.reserve(rows.size());
+  kinds_.reserve(rows.size());
+  for (const Row& row : rows) AddRow(row);
+}
+
+void Leaf::Clear() {
+  heads_.clear();
+  offsets_.clear();
+  levels_.clear();
+  kinds_.clear();
+  bytes_.clear();
+}
+
+void Leaf::AddHead(std::string_view suffix, std::uint8_t level, std::uint8_t kind) {
+  heads_.push_back(HeadOf(suffix));
+  offsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
+  levels_.push_back(level);
+  kinds_.push_back(kind);
+}
+
+void Leaf::AddRow(const Row& row) {
+  AddHead(std::string_view(row.key).substr(prefix_.size()), row.level, KindByte(row));
+  AppendRecord(row, prefix_.size(), &bytes_);
 }
 
 void Leaf::ShortenPrefix(std::size_t length) {
   std::vector<Row> rows(count());
   for (std::uint32_t i = 0; i < count(); ++i) rows[i] = RowAt(i);
   prefix_.resize(length);
-  heads_.clear();
-  offsets_.clear();
-  bytes_.clear();
-  for (const Row& row : rows) {
-    heads_.push_back(HeadOf(std::string_view(row.key).substr(length)));
-    offsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
-    AppendRecord(row, length, &bytes_);
-  }
+  Clear();
+  for (const Row& row : rows) AddRow(row);
 }
 
 void Leaf::Replace(std::uint32_t at, std::size_t old_size, Bytes record) {
@@ -202,6 +236,10 @@ void Leaf::Insert(std::uint32_t at, const Row& row) {
   const std::size_t place = at < count() ? offsets_[at] : bytes_.size();
   MakeRoom(&heads_, 1);
   MakeRoom(&offsets_, 1);
+  MakeRoom(&levels_, 1);
+  MakeRoom(&kinds_, 1);
+  levels_.insert(levels_.begin() + at, row.level);
+  kinds_.insert(kinds_.begin() + at, KindByte(row));
   heads_.insert(heads_.begin() + at, HeadOf(std::string_view(row.key).substr(prefix_.size())));
   offsets_.insert(offsets_.begin() + at, static_cast<std::uint32_t>(place));
   Replace(at, 0, record);
@@ -211,6 +249,8 @@ void Leaf::Erase(std::uint32_t at) {
   Replace(at, EndOf(at) - offsets_[at], {});
   heads_.erase(heads_.begin() + at);
   offsets_.erase(offsets_.begin() + at);
+  levels_.erase(levels_.begin() + at);
+  kinds_.erase(kinds_.begin() + at);
 }
 
 void Leaf::SetValue(std::uint32_t at, Bytes value) {
@@ -234,13 +274,19 @@ Sum Leaf::Count(const TotalsReader* totals) const {
   return sum;
 }
 
+std::size_t Leaf::Memory() const {
+  return bytes_.capacity() + levels_.capacity() + kinds_.capacity() + 4 * (heads_.capacity() + offsets_.capacity());
+}
+
 void Leaf::Encode(std::vector<std::uint8_t>* bytes) const {
   WireWriter writer(bytes);
   writer.PutVarint(prefix_.size());
   writer.PutBytes(AsBytes(prefix_));
   writer.PutVarint(count());
   for (std::uint32_t row = 0; row < count(); ++row) {
-    writer.PutVarint(EndOf(row) - offsets_[row]);
+    writer.PutVarint(kHeadSize + EndOf(row) - offsets_[row]);
+    writer.Put(levels_[row]);
+    writer.Put(kinds_[row]);
     writer.PutBytes(Bytes(bytes_).subspan(offsets_[row], EndOf(row) - offsets_[row]));
   }
 }
@@ -254,6 +300,8 @@ bool Leaf::Decode(Bytes bytes) {
   prefix_.assign(AsText(prefix, prefix_size));
   heads_.reserve(count);
   offsets_.reserve(count);
+  levels_.reserve(count);
+  kinds_.reserve(count);
   bytes_.reserve(bytes.size() - reader.position());
   std::string_view before;
   for (std::uint64_t i = 0; i < count; ++i) {
@@ -270,9 +318,8 @@ bool Leaf::Decode(Bytes bytes) {
     const std::string_view key = AsText(suffix, length);
     if (i != 0 && key <= before) return false;
     before = key;
-    heads_.push_back(HeadOf(key));
-    offsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
-    bytes_.insert(bytes_.end(), at, at + size);
+    AddHead(key, level, kind);
+    bytes_.insert(bytes_.end(), at + kHeadSize, at + size);
   }
   return reader.good() && reader.at_end();
 }
@@ -286,14 +333,22 @@ Sum Page::Count(const TotalsReader* totals) const {
 
 Sum Page::Recount(const TotalsReader* totals) {
   ends.resize(children.size());
+  levels.resize(children.size());
+  at_levels.resize(children.size());
   std::uint32_t rows = 0;
-  for (std::size_t i = 0; i < children.size(); ++i) ends[i] = rows += children[i].sum.rows;
+  for (std::size_t i = 0; i < children.size(); ++i) {
+    const Sum& sum = children[i].sum;
+    ends[i] = rows += sum.rows;
+    levels[i] = sum.least;
+    at_levels[i] = sum.at_least;
+  }
   return Count(totals);
 }
 
 namespace {
 
 std::uint64_t EightBytes(std::string_view key) {
+  if (key.size() >= 8) return std::uint64_t{LoadBig(key.data())} << 32 | LoadBig(key.data() + 4);
   std::uint64_t head = 0;
   for (std::size_t i = 0; i < 8; ++i) head = head << 8 | (i < key.size() ? static_cast<std::uint8_t>(key[i]) : 0u);
   return head;
@@ -315,10 +370,8 @@ std::size_t Page::ChildFor(std::string_view key) const {
   const int order = key.substr(0, common).compare(std::string_view(children[1].key).substr(0, common));
   if (order != 0) return order < 0 ? 0 : children.size() - 1;
   const std::uint64_t head = EightBytes(key.substr(common));
-  const auto same = std::equal_range(heads.begin(), heads.end(), head);
-  auto at = static_cast<std::size_t>(same.first - heads.begin());
-  const auto end = static_cast<std::size_t>(same.second - heads.begin());
-  while (at < end && std::string_view(children[at + 1].key) <= key) ++at;
+  auto at = static_cast<std::size_t>(std::lower_bound(heads.begin(), heads.end(), head) - heads.begin());
+  while (at < heads.size() && heads[at] == head && std::string_view(children[at + 1].key) <= key) ++at;
   return at;
 }
 

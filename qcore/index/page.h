@@ -1,9 +1,10 @@
 // Pages of a row tree: leaves of rows in key order, inner pages of children with what lies below them.
 //
-// A row's record in a leaf:  u8 level | u8 kind (bits 0 and 1), indent (bits 3 to 7) | varint length, key | value
+// A stored row in a leaf:  u8 level | u8 kind (bits 0 and 1), indent (bits 3 to 7) | varint length, key | value
 //
 // A leaf keeps the beginning that all its keys have once, and of each key the four bytes behind that as one number for
-// the search. In a document's key the last four bytes are its slate ID, big-endian.
+// the search. In memory levels and kinds lie together, apart from keys and values: walks by level read only them. In a
+// document's key the last four bytes are its slate ID, big-endian.
 #ifndef QUILLON_QCORE_INDEX_PAGE_H
 #define QUILLON_QCORE_INDEX_PAGE_H
 
@@ -61,6 +62,8 @@ struct Sum {
 
   void Add(const Sum& other);
   void AddRow(std::uint8_t level, RowKind kind);
+  // False when what is left can't be told without counting anew. Totals are the caller's.
+  [[nodiscard]] bool RemoveRow(std::uint8_t level, RowKind kind);
   // Rows of `level` where there is none above it.
   std::uint32_t At(std::uint8_t level) const { return least == level ? at_least : 0; }
   bool SameCounts(const Sum& other) const {
@@ -75,19 +78,22 @@ void AppendId(std::uint32_t id, std::string* key);
 class Leaf {
  public:
   std::uint32_t count() const { return static_cast<std::uint32_t>(offsets_.size()); }
-  std::size_t size() const { return bytes_.size() + 8 * offsets_.size() + prefix_.size(); }
+  std::size_t size() const { return bytes_.size() + kFixedSize * offsets_.size() + prefix_.size(); }
 
-  std::uint8_t LevelAt(std::uint32_t row) const { return bytes_[offsets_[row]]; }
-  RowKind KindAt(std::uint32_t row) const { return static_cast<RowKind>(bytes_[offsets_[row] + 1] & 3); }
-  std::uint8_t IndentAt(std::uint32_t row) const { return bytes_[offsets_[row] + 1] >> 3; }
+  std::uint8_t LevelAt(std::uint32_t row) const { return levels_[row]; }
+  RowKind KindAt(std::uint32_t row) const { return static_cast<RowKind>(kinds_[row] & 3); }
+  std::uint8_t IndentAt(std::uint32_t row) const { return kinds_[row] >> 3; }
   std::string KeyAt(std::uint32_t row) const;
   std::uint32_t IdAt(std::uint32_t row) const;  // of a document
+  // Whether a row is one of that document.
+  bool IsOf(std::uint32_t row, std::uint32_t id) const { return KindAt(row) == RowKind::kDocument && IdAt(row) == id; }
   Bytes ValueAt(std::uint32_t row) const;
   Row RowAt(std::uint32_t row) const;
 
   // The first row that is not below the key.
   std::uint32_t LowerBound(std::string_view key) const;
   bool HasKey(std::uint32_t row, std::string_view key) const;
+  bool KeyStartsWith(std::uint32_t row, std::string_view prefix) const;
   void Insert(std::uint32_t at, const Row& row);
   void Erase(std::uint32_t at);
   void SetValue(std::uint32_t at, Bytes value);
@@ -96,13 +102,19 @@ class Leaf {
   void Assign(std::span<const Row> rows);
   Sum Count(const TotalsReader* totals) const;
   void Count(std::uint32_t first, std::uint32_t last, const TotalsReader* totals, Sum* sum) const;
-  std::size_t Memory() const { return bytes_.capacity() + 4 * (heads_.capacity() + offsets_.capacity()); }
+  std::size_t Memory() const;
 
   void Encode(std::vector<std::uint8_t>* bytes) const;
   // False for bytes that are no leaf.
   [[nodiscard]] bool Decode(Bytes bytes);
 
  private:
+  static constexpr std::size_t kFixedSize = 10;  // of a row, beside its bytes
+
+  void Clear();
+  // A row behind the last, whose bytes follow.
+  void AddHead(std::string_view suffix, std::uint8_t level, std::uint8_t kind);
+  void AddRow(const Row& row);
   std::string_view SuffixAt(std::uint32_t row, std::size_t* value_at) const;
   std::string_view SuffixAt(std::uint32_t row) const {
     std::size_t value_at = 0;
@@ -117,7 +129,9 @@ class Leaf {
   std::string prefix_;
   std::vector<std::uint32_t> heads_;
   std::vector<std::uint32_t> offsets_;
-  std::vector<std::uint8_t> bytes_;
+  std::vector<std::uint8_t> levels_;
+  std::vector<std::uint8_t> kinds_;
+  std::vector<std::uint8_t> bytes_;  // of each row: varint length, key, value
 };
 
 struct Page;
@@ -135,7 +149,10 @@ struct Page {
   bool changed = false;
   Leaf leaf;
   std::vector<Child> children;
-  std::vector<std::uint32_t> ends;   // rows up to the end of each child
+  // Of each child, close together: rows up to its end, the least level in it, and how many rows are of that level.
+  std::vector<std::uint32_t> ends;
+  std::vector<std::uint8_t> levels;
+  std::vector<std::uint32_t> at_levels;
   std::size_t common = 0;            // bytes that the children's keys have in common, the first one's left out
   std::vector<std::uint64_t> heads;  // the eight bytes behind that, for all but the first
 

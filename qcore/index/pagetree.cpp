@@ -23,6 +23,8 @@ std::string Separator(std::string_view left, std::string_view right) {
   return std::string(right.substr(0, length + 1));
 }
 
+bool HasKind(const Sum& sum, bool document) { return document ? sum.documents != 0 : sum.documents != sum.rows; }
+
 std::uint32_t CountOf(const Page& page) {
   return page.height == 0 ? page.leaf.count() : static_cast<std::uint32_t>(page.children.size());
 }
@@ -113,6 +115,28 @@ bool PageTree::Prev(Cursor* cursor) {
   return false;
 }
 
+PageTree::Cursor PageTree::Seek(std::string_view key, Rank* rank) {
+  Cursor cursor;
+  *rank = 0;
+  if (rows() == 0) return cursor;
+  Child* child = &root_;
+  for (std::uint8_t height = height_;; --height) {
+    Page* page = Load(child, height);
+    const auto at = height == 0 ? page->leaf.LowerBound(key) : static_cast<std::uint32_t>(page->ChildFor(key));
+    cursor.pages_[cursor.depth_] = page;
+    cursor.at_[cursor.depth_++] = at;
+    if (height == 0) {
+      *rank += at;
+      if (at != page->leaf.count()) return cursor;
+      --cursor.at_[cursor.depth_ - 1];
+      Next(&cursor);
+      return cursor;
+    }
+    *rank += page->Before(at);
+    child = &page->children[at];
+  }
+}
+
 Rank PageTree::RankOf(std::string_view key) {
   if (rows() == 0) return 0;
   Rank rank = 0;
@@ -147,9 +171,9 @@ std::optional<Rank> PageTree::Forward(Child* child, std::uint8_t height, Rank ba
     return std::nullopt;
   }
   for (std::size_t i = from > base ? page->ChildAt(from - base) : 0; i < page->children.size(); ++i) {
-    Child& next = page->children[i];
-    if (!fits(next.sum)) continue;
-    const std::optional<Rank> found = Forward(&next, height - 1, base + page->Before(i), from, fits, row_fits);
+    if (!fits(*page, i)) continue;
+    const std::optional<Rank> found =
+        Forward(&page->children[i], height - 1, base + page->Before(i), from, fits, row_fits);
     if (found) return found;
   }
   return std::nullopt;
@@ -168,9 +192,9 @@ std::optional<Rank> PageTree::Backward(Child* child, std::uint8_t height, Rank b
   const std::size_t behind =
       until - base >= child->sum.rows ? page->children.size() : page->ChildAt(until - base - 1) + 1;
   for (std::size_t i = behind; i-- > 0;) {
-    Child& next = page->children[i];
-    if (!fits(next.sum)) continue;
-    const std::optional<Rank> found = Backward(&next, height - 1, base + page->Before(i), until, fits, row_fits);
+    if (!fits(*page, i)) continue;
+    const std::optional<Rank> found =
+        Backward(&page->children[i], height - 1, base + page->Before(i), until, fits, row_fits);
     if (found) return found;
   }
   return std::nullopt;
@@ -179,14 +203,15 @@ std::optional<Rank> PageTree::Backward(Child* child, std::uint8_t height, Rank b
 std::optional<Rank> PageTree::NextAtMost(Rank rank, std::uint8_t level) {
   if (rank + 1 >= rows()) return std::nullopt;
   return Forward(
-      &root_, height_, 0, rank + 1, [level](const Sum& sum) { return sum.least <= level; },
+      &root_, height_, 0, rank + 1,
+      [level](const Page& page, std::size_t child) { return page.levels[child] <= level; },
       [level](const Leaf& leaf, std::uint32_t row) { return leaf.LevelAt(row) <= level; });
 }
 
 std::optional<Rank> PageTree::PrevAtMost(Rank rank, std::uint8_t level) {
   if (rank == 0 || rows() == 0) return std::nullopt;
   return Backward(
-      &root_, height_, 0, rank, [level](const Sum& sum) { return sum.least <= level; },
+      &root_, height_, 0, rank, [level](const Page& page, std::size_t child) { return page.levels[child] <= level; },
       [level](const Leaf& leaf, std::uint32_t row) { return leaf.LevelAt(row) <= level; });
 }
 
@@ -194,7 +219,7 @@ std::optional<Rank> PageTree::NextOfKind(Rank rank, bool document) {
   if (rank + 1 >= rows()) return std::nullopt;
   return Forward(
       &root_, height_, 0, rank + 1,
-      [document](const Sum& sum) { return (document ? sum.documents : sum.rows - sum.documents) != 0; },
+      [document](const Page& page, std::size_t child) { return HasKind(page.children[child].sum, document); },
       [document](const Leaf& leaf, std::uint32_t row) { return (leaf.KindAt(row) == RowKind::kDocument) == document; });
 }
 
@@ -202,7 +227,7 @@ std::optional<Rank> PageTree::PrevOfKind(Rank rank, bool document) {
   if (rank == 0 || rows() == 0) return std::nullopt;
   return Backward(
       &root_, height_, 0, rank,
-      [document](const Sum& sum) { return (document ? sum.documents : sum.rows - sum.documents) != 0; },
+      [document](const Page& page, std::size_t child) { return HasKind(page.children[child].sum, document); },
       [document](const Leaf& leaf, std::uint32_t row) { return (leaf.KindAt(row) == RowKind::kDocument) == document; });
 }
 
@@ -220,21 +245,15 @@ PageTree::Found PageTree::SelectBelow(Child* child, std::uint8_t height, Rank ba
     }
     return Found::kNo;
   }
-  const std::size_t begin = from > base ? page->ChildAt(from - base) : 0;
-  base += page->Before(begin);
-  for (std::size_t i = begin; i < page->children.size(); ++i) {
-    Child& next = page->children[i];
-    const Sum& sum = next.sum;
-    const bool whole = base >= from;
-    const bool passed =
-        base + sum.rows <= from || (whole && sum.least > level) || (whole && sum.At(level) != 0 && sum.At(level) < *n);
-    if (!passed) {
-      const Found found = SelectBelow(&next, height - 1, base, from, level, n, rank);
-      if (found != Found::kNo) return found;
-    } else if (whole) {
-      *n -= sum.At(level);
+  for (std::size_t i = from > base ? page->ChildAt(from - base) : 0; i < page->children.size(); ++i) {
+    const Rank start = base + page->Before(i);
+    const std::uint32_t count = page->levels[i] == level ? page->at_levels[i] : 0;
+    if (start >= from && page->levels[i] >= level && count < *n) {
+      *n -= count;
+      continue;
     }
-    base += sum.rows;
+    const Found found = SelectBelow(&page->children[i], height - 1, start, from, level, n, rank);
+    if (found != Found::kNo) return found;
   }
   return Found::kNo;
 }
@@ -274,9 +293,20 @@ Sum PageTree::Range(Rank first, Rank last) {
   return sum;
 }
 
-std::optional<std::string> PageTree::KeyInLeaf(PageNumber leaf) const {
+namespace {
+
+void TakeRowsOf(const Leaf& leaf, std::uint32_t id, std::vector<Row>* found) {
+  for (std::uint32_t row = 0; row < leaf.count(); ++row) {
+    if (leaf.IsOf(row, id)) found->push_back(leaf.RowAt(row));
+  }
+}
+
+}  // namespace
+
+bool PageTree::RowsInLeaf(PageNumber leaf, std::uint32_t id, std::vector<Row>* found) const {
   const Page* page = leaf < leaves_.size() ? leaves_[leaf] : nullptr;
-  return page ? std::optional(page->leaf.KeyAt(0)) : std::nullopt;
+  if (page) TakeRowsOf(page->leaf, id, found);
+  return page != nullptr;
 }
 
 void PageTree::RowsIn(std::string_view key, std::uint32_t id, std::vector<Row>* found) {
@@ -286,10 +316,7 @@ void PageTree::RowsIn(std::string_view key, std::uint32_t id, std::vector<Row>* 
     Page* page = Load(child, height);
     child = &page->children[page->ChildFor(key)];
   }
-  const Leaf& leaf = Load(child, 0)->leaf;
-  for (std::uint32_t row = 0; row < leaf.count(); ++row) {
-    if (leaf.KindAt(row) == RowKind::kDocument && leaf.IdAt(row) == id) found->push_back(leaf.RowAt(row));
-  }
+  TakeRowsOf(Load(child, 0)->leaf, id, found);
 }
 
 // Changes
@@ -309,6 +336,7 @@ void PageTree::FollowChild(Child* child, std::size_t at, const Sum& before) {
   page.changed = true;
   const std::uint32_t rows = now.rows - before.rows;  // wraps where rows went
   for (std::size_t i = at; i < page.ends.size(); ++i) page.ends[i] += rows;
+  page.at_levels[at] = now.at_least;
   sum.rows += rows;
   sum.documents += now.documents - before.documents;
   if (now.least == sum.least) sum.at_least += now.at_least - before.at_least;
@@ -389,21 +417,32 @@ void PageTree::GrowRoot() {
   ++height_;
 }
 
-void PageTree::InsertBelow(Child* child, std::uint8_t height, const Row& row) {
+PageTree::Change PageTree::InsertBelow(Child* child, std::uint8_t height, const Row& row) {
   Page* page = Load(child, height);
   if (height == 0) {
     const std::uint32_t at = page->leaf.LowerBound(row.key);
-    if (page->leaf.HasKey(at, row.key)) page->leaf.Erase(at);
+    const bool replaces = page->leaf.HasKey(at, row.key);
+    if (replaces) page->leaf.Erase(at);
     page->leaf.Insert(at, row);
     Notice(*page, at, at + 1);
-  } else {
-    const std::size_t at = page->ChildFor(row.key);
-    const Sum before = page->children[at].sum;
-    InsertBelow(&page->children[at], static_cast<std::uint8_t>(height - 1), row);
-    if (!IsFull(*page->children[at].page)) return FollowChild(child, at, before);
-    SplitChild(page, at);
+    if (replaces || totals_) {
+      SetSum(child);
+    } else {
+      page->changed = true;
+      child->sum.AddRow(row.level, row.kind);
+    }
+    return Change::kContent;
   }
+  const std::size_t at = page->ChildFor(row.key);
+  const Sum before = page->children[at].sum;
+  const Change below = InsertBelow(&page->children[at], static_cast<std::uint8_t>(height - 1), row);
+  if (below != Change::kContent || !IsFull(*page->children[at].page)) {
+    FollowChild(child, at, before);
+    return Change::kSum;
+  }
+  SplitChild(page, at);
   SetSum(child);
+  return Change::kContent;
 }
 
 void PageTree::Insert(const Row& row) {
@@ -412,8 +451,7 @@ void PageTree::Insert(const Row& row) {
     root_.number = root_.page->number;
     height_ = 0;
   }
-  InsertBelow(&root_, height_, row);
-  if (IsFull(*root_.page)) GrowRoot();
+  if (InsertBelow(&root_, height_, row) == Change::kContent && IsFull(*root_.page)) GrowRoot();
 }
 
 bool PageTree::MergeAround(Page* parent, std::size_t at) {
@@ -455,34 +493,50 @@ bool PageTree::MergeAround(Page* parent, std::size_t at) {
   return true;
 }
 
-bool PageTree::EraseBelow(Child* child, std::uint8_t height, std::string_view key) {
+void PageTree::EraseInLeaf(Child* child, std::uint32_t at, Erased* erased) {
+  Page* page = child->page.get();
+  Leaf& leaf = page->leaf;
+  const std::uint8_t level = leaf.LevelAt(at);
+  const RowKind kind = leaf.KindAt(at);
+  const std::uint32_t id = kind == RowKind::kDocument ? leaf.IdAt(at) : 0;
+  erased->level = level;
+  erased->first_in_leaf = at == 0;
+  if (at != 0 && leaf.KindAt(at - 1) == RowKind::kCategory && leaf.LevelAt(at - 1) < level) {
+    erased->above = leaf.KeyAt(at - 1);
+  }
+  leaf.Erase(at);
+  page->changed = true;
+  if (totals_ || !child->sum.RemoveRow(level, kind)) SetSum(child);
+  if (!watcher_ || kind != RowKind::kDocument) return;
+  for (std::uint32_t row = 0; row < leaf.count(); ++row) {
+    if (leaf.IsOf(row, id)) return;
+  }
+  watcher_->Went(id, page->number);
+}
+
+PageTree::Change PageTree::EraseBelow(Child* child, std::uint8_t height, std::string_view key, Erased* erased) {
   Page* page = Load(child, height);
   if (height == 0) {
     const std::uint32_t at = page->leaf.LowerBound(key);
-    if (!page->leaf.HasKey(at, key)) return false;
-    const bool document = page->leaf.KindAt(at) == RowKind::kDocument;
-    const std::uint32_t id = document ? page->leaf.IdAt(at) : 0;
-    page->leaf.Erase(at);
-    bool stays = !document;
-    for (std::uint32_t row = 0; !stays && row < page->leaf.count(); ++row) {
-      stays = page->leaf.KindAt(row) == RowKind::kDocument && page->leaf.IdAt(row) == id;
-    }
-    if (!stays && watcher_) watcher_->Went(id, page->number);
-  } else {
-    const std::size_t at = page->ChildFor(key);
-    const Sum before = page->children[at].sum;
-    if (!EraseBelow(&page->children[at], static_cast<std::uint8_t>(height - 1), key)) return false;
-    if (!MergeAround(page, at)) {
-      FollowChild(child, at, before);
-      return true;
-    }
+    if (!page->leaf.HasKey(at, key)) return Change::kNone;
+    EraseInLeaf(child, at, erased);
+    return Change::kContent;
   }
-  SetSum(child);
-  return true;
+  const std::size_t at = page->ChildFor(key);
+  const Sum before = page->children[at].sum;
+  const Change below = EraseBelow(&page->children[at], static_cast<std::uint8_t>(height - 1), key, erased);
+  if (below == Change::kNone) return Change::kNone;
+  if (below == Change::kContent && MergeAround(page, at)) {
+    SetSum(child);
+    return Change::kContent;
+  }
+  FollowChild(child, at, before);
+  return Change::kSum;
 }
 
-bool PageTree::Erase(std::string_view key) {
-  if (root_.number == 0 || !EraseBelow(&root_, height_, key)) return false;
+bool PageTree::Erase(std::string_view key, std::string* above) {
+  Erased erased;
+  if (root_.number == 0 || EraseBelow(&root_, height_, key, &erased) == Change::kNone) return false;
   if (CountOf(*root_.page) == 0) {
     Release(root_.page.get());
     root_ = Child();
@@ -495,13 +549,19 @@ bool PageTree::Erase(std::string_view key) {
     root_ = std::move(only);
     Load(&root_, --height_);
   }
+  if (!above) return true;
+  *above = std::move(erased.above);
+  const Rank behind = erased.first_in_leaf && erased.level != 0 ? RankOf(key) : 0;
+  if (behind == 0) return true;
+  const Cursor before = At(behind - 1);
+  if (before.kind() == RowKind::kCategory && before.level() < erased.level) *above = before.key();
   return true;
 }
 
 bool PageTree::SetValue(std::string_view key, Bytes value) {
-  const Rank rank = RankOf(key);
-  Cursor cursor = At(rank);
-  if (!cursor.at_row() || cursor.key() != key) return false;
+  Rank rank = 0;
+  const Cursor cursor = Seek(key, &rank);
+  if (!cursor.at_row() || !cursor.HasKey(key)) return false;
   Page* leaf = cursor.pages_[cursor.depth_ - 1];
   const bool grows = value.size() > cursor.value().size();
   if ((totals_ && totals_->columns() != 0) || (grows && leaf->size() + value.size() > kPageSize)) {
@@ -631,7 +691,7 @@ std::size_t PageTree::Memory() const {
   std::size_t memory = leaves_.capacity() * sizeof(Page*);
   ForEachPage(root_, [&memory](const Page& page) {
     memory += sizeof(Page) + page.leaf.Memory() + page.children.capacity() * sizeof(Child) + 4 * page.ends.capacity() +
-              8 * page.heads.capacity();
+              8 * page.heads.capacity() + 5 * page.levels.capacity();
     for (const Child& child : page.children) memory += child.key.capacity() + child.sum.totals.capacity() * 8;
   });
   return memory;

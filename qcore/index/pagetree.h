@@ -39,6 +39,8 @@ class PageTree {
     std::uint8_t indent() const { return leaf().IndentAt(slot()); }
     std::uint32_t id() const { return leaf().IdAt(slot()); }
     std::string key() const { return leaf().KeyAt(slot()); }
+    bool HasKey(std::string_view key) const { return leaf().HasKey(slot(), key); }
+    bool KeyStartsWith(std::string_view prefix) const { return leaf().KeyStartsWith(slot(), prefix); }
     Bytes value() const { return leaf().ValueAt(slot()); }
     Row row() const { return leaf().RowAt(slot()); }
 
@@ -69,8 +71,9 @@ class PageTree {
   // To the row behind or before; false, and the cursor at no row, when there is none.
   bool Next(Cursor* cursor);
   bool Prev(Cursor* cursor);
-  // Rows below the key.
+  // Rows below the key; Seek goes to the first that is not.
   Rank RankOf(std::string_view key);
+  Cursor Seek(std::string_view key, Rank* rank);
   bool Has(std::string_view key);
   std::optional<Rank> NextAtMost(Rank rank, std::uint8_t level);  // the next row of that level or an outer one
   std::optional<Rank> PrevAtMost(Rank rank, std::uint8_t level);
@@ -80,14 +83,15 @@ class PageTree {
   std::optional<Rank> Select(Rank from, std::uint8_t level, std::uint32_t n);
   // What rows first to last - 1 hold.
   Sum Range(Rank first, Rank last);
-  // A key of the leaf of that number, nothing when there is no such leaf in memory.
-  std::optional<std::string> KeyInLeaf(PageNumber leaf) const;
-  // The rows of a document in the leaf where a key belongs.
+  // The rows of a document in the leaf of that number; false when there is no such leaf in memory.
+  bool RowsInLeaf(PageNumber leaf, std::uint32_t id, std::vector<Row>* rows) const;
+  // The same for the leaf where a key belongs.
   void RowsIn(std::string_view key, std::uint32_t id, std::vector<Row>* rows);
 
   // Changes. Keys are unique: an insertion of one that is there replaces its row.
   void Insert(const Row& row);
-  bool Erase(std::string_view key);
+  // `above` gets the key of the row before when that is a category of an outer level: the row was its first one.
+  bool Erase(std::string_view key, std::string* above = nullptr);
   bool SetValue(std::string_view key, Bytes value);
   void Clear();
 
@@ -134,8 +138,16 @@ class PageTree {
   void SetSum(Child* child);
   void SplitLeaf(Page* page, Page* right);
   void SplitChild(Page* parent, std::size_t at);
-  void InsertBelow(Child* child, std::uint8_t height, const Row& row);
-  bool EraseBelow(Child* child, std::uint8_t height, std::string_view key);
+  // What a change below has done to a page.
+  enum class Change { kNone, kSum, kContent };
+  struct Erased {
+    std::string above;  // see Erase
+    std::uint8_t level = 0;
+    bool first_in_leaf = false;
+  };
+  Change InsertBelow(Child* child, std::uint8_t height, const Row& row);
+  Change EraseBelow(Child* child, std::uint8_t height, std::string_view key, Erased* erased);
+  void EraseInLeaf(Child* child, std::uint32_t at, Erased* erased);
   // False when the children stay as they are.
   bool MergeAround(Page* parent, std::size_t at);
   void FollowChild(Child* child, std::size_t at, const Sum& before);

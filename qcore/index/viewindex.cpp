@@ -304,18 +304,23 @@ void ViewIndex::ForgetLog(Slot* slot) {
 // A document's row that goes and one that comes in the same update are one that moved.
 void ViewIndex::TakeLog(Slot* slot) {
   std::vector<RowChange> changes = slot->tree->TakeChanges();
-  std::map<std::uint32_t, std::vector<std::size_t>> gone;
-  std::vector<bool> paired(changes.size());
+  std::vector<std::pair<std::uint32_t, std::size_t>> gone;  // by document
+  std::vector<std::pair<std::uint32_t, std::size_t>> came;
   for (std::size_t i = 0; i < changes.size(); ++i) {
-    if (changes[i].id != 0 && changes[i].kind == RowEvent::kRemoved) gone[changes[i].id].push_back(i);
+    if (changes[i].id == 0) continue;
+    if (changes[i].kind == RowEvent::kRemoved) gone.emplace_back(changes[i].id, i);
+    if (changes[i].kind == RowEvent::kInserted) came.emplace_back(changes[i].id, i);
   }
-  for (RowChange& change : changes) {
-    if (change.kind != RowEvent::kInserted || change.id == 0) continue;
-    const auto pair = gone.find(change.id);
-    if (pair == gone.end() || pair->second.empty()) continue;
-    change.kind = RowEvent::kMoved;
-    paired[pair->second.back()] = true;
-    pair->second.pop_back();
+  std::ranges::sort(gone);
+  std::ranges::sort(came);
+  std::vector<bool> paired(changes.size());
+  for (auto from = gone.begin(), to = came.begin(); from != gone.end() && to != came.end();) {
+    if (from->first == to->first) {
+      paired[from++->second] = true;
+      changes[to++->second].kind = RowEvent::kMoved;
+    } else {
+      ++(from->first < to->first ? from : to);
+    }
   }
   for (std::size_t i = 0; i < changes.size(); ++i) {
     if (!paired[i]) slot->log.push_back({++last_change_, std::move(changes[i])});
