@@ -27,6 +27,8 @@
 #include "vq/richtext/vqrtchar.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqrtobj.h"
+#include "vq/richtext/vqrttabc.h"
+#include "vq/richtext/vqrttabl.h"
 #include "vq/richtext/vqstyltx.h"
 #include "vq/richtext/vqunits.h"
 #include "vq/store/dbarray.h"

@@ -27,6 +27,8 @@ class VQRTObject;
 class VQRichText;
 class VQString;
 class VQStylizedText;
+class VQTable;
+class VQTableCell;
 class VQTabs;
 
 // bodies
@@ -40,6 +42,8 @@ class VQRTObjectBody;
 class VQRichTextBody;
 class VQSlateBody;
 class VQStylizedTextBody;
+class VQTableBody;
+class VQTableCellBody;
 
 struct VQRTSelection;
 

@@ -3,6 +3,7 @@
 #include "vq/richtext/rtcheck.h"
 #include "vq/richtext/rtmakers.h"
 #include "vq/richtext/vqrtinit.h"
+#include "vq/richtext/vqrttabl.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ constexpr std::uint16_t kApplet = 1;
 }  // namespace
 
 VQSTATUS VQRichTextParser::BeginTable(const Record& record) {
-  return AddAndPush(new VQRTContainerBody(VQRTTYPE_TABLE, record.Source, record.Offset, record.Size));
+  return AddAndPush(new VQTableBody(record.Source, record.Offset, record.Size));
 }
 
 VQSTATUS VQRichTextParser::AddCell(const Record& record) {
@@ -36,7 +37,7 @@ VQSTATUS VQRichTextParser::AddCell(const Record& record) {
   }
   if (TopIs(VQRTTYPE_TABLE_CELL)) Pop();
   if (!TopIs(VQRTTYPE_TABLE)) return VQERR_RT_CORRUPT_TABLE;
-  auto* cell = new VQRTContainerBody(VQRTTYPE_TABLE_CELL, record.Source, record.Offset, record.Size);
+  auto* cell = new VQTableCellBody(record.Source, record.Offset, record.Size);
   VQSTATUS status = AddAndPush(cell);
   if (status != VQ_OK || !spanning) return status;
   status = Push(spanning);

@@ -78,6 +78,28 @@ void VQRTBaseContainerBody::LinkPointers(VQRTObjectBody* child, VQRTObjectBody* 
   (previous ? previous->Next : FirstChild) = child;
   (next ? next->Previous : LastChild) = child;
   ++ChildCount;
+  if (WatchesChildren) ChildrenChanged();
+}
+
+void VQRTBaseContainerBody::LinkUnnumbered(VQRTObjectBody* child, VQRTObjectBody* next) {
+  LinkPointers(child, next ? next->Previous : LastChild, next);
+  const VQRTBaseContainerBody* top = this;
+  while (top->Parent) top = top->Parent;
+  MarkDirty();
+  OutdateAround(*child, *top);
+  if (vq::PABIndex* index = top->RichText ? top->RichText->FindPABIndex() : nullptr) index->Take(*child);
+}
+
+VQSTATUS VQRTBaseContainerBody::NumberChildren() {
+  VQRTBaseContainerBody* top = this;
+  while (top->Parent) top = top->Parent;
+  if (top->IndexValue == kDetached) {
+    top->IndexValue = VQRT_MIN_INDEX_VALUE;
+    top->EndIndexValue = VQRT_MAX_INDEX_VALUE;
+    return top->Renumber();
+  }
+  const bool roomy = (EndIndexValue - IndexValue) / GetIndexCount() >= kSmallestGap;
+  return roomy ? Renumber() : top->Renumber();
 }
 
 void VQRTBaseContainerBody::ForgetParagraphs(VQRTObjectBody* leaving) const {
@@ -93,6 +115,7 @@ void VQRTBaseContainerBody::Unlink(VQRTObjectBody* child) {
   (child->Previous ? child->Previous->Next : FirstChild) = child->Next;
   (child->Next ? child->Next->Previous : LastChild) = child->Previous;
   --ChildCount;
+  if (WatchesChildren) ChildrenChanged();
   child->Parent = nullptr;
   child->Previous = nullptr;
   child->Next = nullptr;

@@ -5,6 +5,7 @@
 
 #include "engine/text.h"
 #include "vq/richtext/vqrtcrsr.h"
+#include "vq/richtext/vqrttabl.h"
 #include "vq/richtext/vqstyltx.h"
 #include "vq/values/vqstring.h"
 
@@ -29,6 +30,14 @@ VQRTBaseContainerBody* EnclosingContainer(const VQRTObjectBody* object) { return
 const VQRTObjectBody* EnclosingTable(const VQRTObjectBody* object) {
   while (object && object->GetType() != VQRTTYPE_TABLE) object = object->GetParent();
   return object;
+}
+
+bool IsTextPlace(const VQRTObjectBody* object) {
+  const VQRTObjectBody* around = object->GetParent();
+  while (around && around->GetType() != VQRTTYPE_TABLE_CELL && around->GetType() != VQRTTYPE_TABLE) {
+    around = around->GetParent();
+  }
+  return !around || around->GetType() == VQRTTYPE_TABLE_CELL;
 }
 
 namespace {
@@ -65,7 +74,7 @@ class Collector {
 
   void Enter(const VQRTObjectBody& object) {
     if (object.GetType() == VQRTTYPE_NEW_PARAGRAPH) {
-      Text += '\n';
+      if (!OpensCell(object)) Text += '\n';
     } else if (object.GetType() == VQRTTYPE_STYLIZED_TEXT) {
       AddRun(object);
     }
@@ -74,13 +83,17 @@ class Collector {
   void Leave(const VQRTObjectBody& object) {
     if (object.GetType() != VQRTTYPE_TABLE_CELL) return;
     Text += '\t';
-    const VQRTObjectBody* next = object.GetNext();
-    if (!next || next->GetType() != VQRTTYPE_TABLE_CELL || Row(*next) != Row(object)) Text += '\n';
+    const auto& cell = static_cast<const VQTableCellBody&>(object);
+    const VQTableCellBody* next = VQTableBody::NextCell(&cell);
+    if (!next || next->GetRow() != cell.GetRow()) Text += '\n';
   }
 
-  static int Row(const VQRTObjectBody& cell) {
-    unsigned char row = 0;
-    return cell.ReadRecord(2, &row, 1) == VQ_OK ? row : -1;
+  // The paragraph record that a cell's content stands behind ends nothing of the cell.
+  static bool OpensCell(const VQRTObjectBody& paragraph) {
+    if (!paragraph.GetParent() || paragraph.GetParent()->GetType() != VQRTTYPE_TABLE_CELL) return false;
+    const VQRTObjectBody* before = paragraph.GetPrevious();
+    while (before && before->IsType(VQRTTYPE_PAB_OBJECT)) before = before->GetPrevious();
+    return before == nullptr;
   }
 
   void AddRun(const VQRTObjectBody& object) {

@@ -21,9 +21,11 @@ struct TextPlace {
 VQRTBaseContainerBody* EnclosingContainer(const VQRTObjectBody* object);
 // The innermost table around the object, null outside of tables.
 const VQRTObjectBody* EnclosingTable(const VQRTObjectBody* object);
+// Whether a table around the object holds it in a cell.
+bool IsTextPlace(const VQRTObjectBody* object);
 
-// Text of the subtree between the places (null: from the start, to the end): newlines for paragraph records and line
-// breaks, a tab behind each table cell and a newline behind each row.
+// Text of the subtree between the places (null: from the start, to the end): newlines for paragraph records, other than
+// those that cells begin with, and line breaks, a tab behind each table cell and a newline behind each row.
 [[nodiscard]] VQSTATUS CollectText(const VQRTBaseContainerBody& container, const TextPlace* start, const TextPlace* end,
                                    VQString* text);
 

@@ -113,6 +113,7 @@ VQSTATUS VQRTBaseContainerBody::GetText(const VQRTCursor& start, const VQRTCurso
   if (start > end) return VQERR_CURSOR_ORDER;
   const vq::TextPlace from(start), to(end);
   if (vq::EnclosingTable(from.Node) != vq::EnclosingTable(to.Node)) return VQERR_RT_SELECTION_INVALID;
+  if (!vq::IsTextPlace(from.Node) || !vq::IsTextPlace(to.Node)) return VQERR_CELL_CHILD;
   return vq::CollectText(*this, &from, &to, text);
 }
 
@@ -206,6 +207,7 @@ VQSTATUS VQRTBaseContainerBody::DeleteAllChildren() {
   if (!FirstChild) return VQ_OK;
   MarkDirty();
   ForgetParagraphs(this);
+  if (WatchesChildren) ChildrenChanged();
   while (VQRTObjectBody* child = FirstChild) {
     FirstChild = child->Next;
     if (FirstChild) FirstChild->Previous = nullptr;

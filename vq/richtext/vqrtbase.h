@@ -81,6 +81,11 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   // The block that a new child stands in, or behind, cannot stay as it is.
   static void OutdateAround(const VQRTObjectBody& child, const VQRTBaseContainerBody& top);
   void LinkPointers(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next);
+  // A child has come, has gone or stands for something else. For bodies with WatchesChildren.
+  virtual void ChildrenChanged() {}
+  // Many children at once: LinkUnnumbered for each, then NumberChildren once.
+  void LinkUnnumbered(VQRTObjectBody* child, VQRTObjectBody* next);
+  [[nodiscard]] VQSTATUS NumberChildren();
   // Spreads the subtree evenly over this container's range, or over its first half to leave room for appending.
   [[nodiscard]] VQSTATUS Renumber(bool leaveRoom = false);
 

@@ -88,6 +88,10 @@ VQSTATUS VQRichText::ClearHotspotRange(const VQRTCursor& start, const VQRTCursor
   return Run([&](VQRTContainerBody& body) { return body.ClearHotspotRange(start, end); });
 }
 
+VQSTATUS VQRichText::CreateTable(unsigned long rows, unsigned long columns, VQRTCursor* cursor, VQTable* table) {
+  return Run([&](VQRTContainerBody& body) { return body.CreateTable(rows, columns, cursor, table); });
+}
+
 VQSTATUS VQRichText::Delete(VQRTCursor* start, VQRTCursor* end) {
   return Run([&](VQRTContainerBody& body) { return body.Delete(start, end); });
 }

@@ -141,6 +141,9 @@ class VQ_API VQRichText : public VQItem {
   VQSTATUS Append(const VQRTObject& object, VQRTObject* appended = nullptr);
   VQSTATUS ClearHotspot(VQRTObject* hotspot);
   VQSTATUS ClearHotspotRange(const VQRTCursor& start, const VQRTCursor& end);
+  // An empty table at the cursor, which goes into the text behind it. VQERR_ROW_COUNT above 255, VQERR_COLUMN_COUNT
+  // above 64, VQERR_ZERO_ROWS_COLUMNS; VQERR_CANT_INSERT_TYPE in a table, VQERR_RT_HOTSPOT_CONTENT in a hotspot.
+  VQSTATUS CreateTable(unsigned long rows, unsigned long columns, VQRTCursor* cursor, VQTable* table = nullptr);
   VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);
   VQSTATUS Delete(VQRTCursor* start, unsigned long count);
   VQSTATUS Delete(VQRTObject* object);

@@ -62,6 +62,10 @@ VQSTATUS VQRTContainer::ClearHotspotRange(const VQRTCursor& start, const VQRTCur
   return Run(*this, [&](VQRTContainerBody& body) { return body.ClearHotspotRange(start, end); });
 }
 
+VQSTATUS VQRTContainer::CreateTable(unsigned long rows, unsigned long columns, VQRTCursor* cursor, VQTable* table) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.CreateTable(rows, columns, cursor, table); });
+}
+
 VQSTATUS VQRTContainer::Delete(VQRTCursor* start, VQRTCursor* end) {
   return Run(*this, [&](VQRTContainerBody& body) { return body.Delete(start, end); });
 }

@@ -10,6 +10,7 @@
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
+#include "vq/richtext/vqrttabl.h"
 #include "vq/richtext/vqstyltx.h"
 #include "vq/values/vqstring.h"
 
@@ -125,6 +126,7 @@ VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appende
   if (status == VQ_OK) status = Append(copy.GetRTObjectBody());
   if (status == VQ_OK) fonts.Keep();
   if (status == VQ_OK) status = vq::EnterFonts(*copy.GetRTObjectBody());
+  if (status == VQ_OK && copy.GetType() == VQRTTYPE_TABLE) status = VQTable(copy).GetTableBody()->RenewIdentifiers();
   if (status == VQ_OK) status = copy.GetRTObjectBody()->AdjustNeighbours(1, 1, nullptr);
   if (status == VQ_OK && appended) *appended = copy;
   return status;
@@ -184,9 +186,23 @@ VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObj
   if (status == VQ_OK) status = PlaceAt(body, *cursor);
   if (status == VQ_OK) fonts.Keep();
   if (status == VQ_OK) status = vq::EnterFonts(*body);
-  if (status != VQ_OK) return status;
+  if (status == VQ_OK && body->GetType() == VQRTTYPE_TABLE) {
+    status = static_cast<VQTableBody*>(body)->RenewIdentifiers();
+  }
+  if (status == VQ_OK) status = MoveBehind(placed, cursor);
+  if (status == VQ_OK && inserted) *inserted = placed;
+  return status;
+}
 
-  // Behind what was inserted: on its last element, or before what follows a record that is no place.
+VQSTATUS VQRTContainerBody::PlaceNew(const VQRTObject& object, VQRTCursor* cursor) {
+  const VQSTATUS status = PlaceAt(object.GetRTObjectBody(), *cursor);
+  return status != VQ_OK ? status : MoveBehind(object, cursor);
+}
+
+VQSTATUS VQRTContainerBody::MoveBehind(const VQRTObject& placed, VQRTCursor* cursor) {
+  VQRTObjectBody* body = placed.GetRTObjectBody();
+  VQSTATUS status = VQ_OK;
+  // On its last element, or before what follows a record that is no place.
   VQRTObject element;
   VQRTBaseContainerBody* container = body->IsType(VQRTTYPE_CONTAINER) ? body->AsBase() : nullptr;
   if (container && container->FindLast(VQRTTYPE_ELEMENT, &element) == VQ_OK) {
@@ -196,9 +212,7 @@ VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObj
   } else if (FindNext(placed, VQRTTYPE_ELEMENT, &element) == VQ_OK) {
     status = cursor->Assign(VQRTElement(element), 0);
   }
-  if (status == VQ_OK) status = body->AdjustNeighbours(1, 1, cursor);
-  if (status == VQ_OK && inserted) *inserted = placed;
-  return status;
+  return status != VQ_OK ? status : body->AdjustNeighbours(1, 1, cursor);
 }
 
 namespace {

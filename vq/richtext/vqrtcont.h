@@ -30,6 +30,9 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS ClearHotspot(VQRTObject* hotspot);
   // The same for all hotspots between the cursors and around the first of them; VQWARN_NOT_FOUND when there are none.
   virtual VQSTATUS ClearHotspotRange(const VQRTCursor& start, const VQRTCursor& end);
+  // An empty table at the cursor, which goes into the text behind it; `table` may be null. VQERR_ROW_COUNT,
+  // VQERR_COLUMN_COUNT, VQERR_ZERO_ROWS_COLUMNS; VQERR_CANT_INSERT_TYPE in a table, VQERR_RT_HOTSPOT_CONTENT.
+  virtual VQSTATUS CreateTable(unsigned long rows, unsigned long columns, VQRTCursor* cursor, VQTable* table);
   // The two cursors end up at the place of the deletion. VQERR_CURSOR_ORDER, VQERR_RT_SELECTION_INVALID. A paragraph
   // record of its own is refused with VQERR_WRONG_SITUATION, the end record of a structure with VQERR_INAPPROPRIATE.
   virtual VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);
@@ -101,6 +104,10 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   [[nodiscard]] VQSTATUS EnsureElement();
   [[nodiscard]] VQSTATUS CheckInsert(const VQRTObject& object, int copy, const VQRTCursor* cursor) const;
   [[nodiscard]] VQSTATUS PlaceAt(VQRTObjectBody* object, const VQRTCursor& cursor);
+  // Of a checked object that is in the right tables already: puts it there, with its neighbours, and moves the cursor.
+  [[nodiscard]] VQSTATUS PlaceNew(const VQRTObject& object, VQRTCursor* cursor);
+  // Behind what was inserted.
+  [[nodiscard]] VQSTATUS MoveBehind(const VQRTObject& placed, VQRTCursor* cursor);
   [[nodiscard]] VQSTATUS CheckLines(const VQString& text, const VQRTCursor& cursor) const;
   // The same for text that starts a run of its own.
   [[nodiscard]] VQSTATUS CheckNewText(const VQString& text, int convertNewlines) const;

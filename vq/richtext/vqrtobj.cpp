@@ -3,6 +3,7 @@
 #include "engine/ods.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
+#include "vq/richtext/vqrttabl.h"
 #include "vq/richtext/vqstyltx.h"
 #include "vq/values/vqstring.h"
 
@@ -185,20 +186,26 @@ VQSTATUS CheckSibling(const VQRTObjectBody& beside, const VQRTObjectBody& object
   return parent->IsType(VQRTTYPE_HOTSPOT) ? VQERR_RT_HOTSPOT_CONTENT : VQERR_CANT_INSERT_TYPE;
 }
 
+VQSTATUS Arrived(const VQRTObject& object) {
+  return object.GetType() == VQRTTYPE_TABLE ? VQTable(object).GetTableBody()->RenewIdentifiers() : VQ_OK;
+}
+
 }  // namespace
 
 VQSTATUS VQRTObject::InsertNextSibling(VQRTObject* object) {
   if (!object || object->IsNull() || object->HasOffset()) return vq::Apply(VQERR_INVALID_PARAMETER);
   VQSTATUS status = HasOffset() ? VQERR_INAPPROPRIATE : Check(*this);
   if (status == VQ_OK) status = CheckSibling(*GetRTObjectBody(), *object->GetRTObjectBody(), true);
-  return vq::Apply(status != VQ_OK ? status : GetRTObjectBody()->InsertNextSibling(object->GetRTObjectBody()));
+  if (status == VQ_OK) status = GetRTObjectBody()->InsertNextSibling(object->GetRTObjectBody());
+  return vq::Apply(status != VQ_OK ? status : Arrived(*object));
 }
 
 VQSTATUS VQRTObject::InsertPreviousSibling(VQRTObject* object) {
   if (!object || object->IsNull() || object->HasOffset()) return vq::Apply(VQERR_INVALID_PARAMETER);
   VQSTATUS status = HasOffset() ? VQERR_INAPPROPRIATE : Check(*this);
   if (status == VQ_OK) status = CheckSibling(*GetRTObjectBody(), *object->GetRTObjectBody(), false);
-  return vq::Apply(status != VQ_OK ? status : GetRTObjectBody()->InsertPreviousSibling(object->GetRTObjectBody()));
+  if (status == VQ_OK) status = GetRTObjectBody()->InsertPreviousSibling(object->GetRTObjectBody());
+  return vq::Apply(status != VQ_OK ? status : Arrived(*object));
 }
 
 int VQRTObject::IsDirty() const { return Require(*this).IsDirty(); }

@@ -34,6 +34,7 @@ VQRTObjectBody::VQRTObjectBody(VQRTTYPE type, vq::RecordSource* source, std::uin
       Dirty(false),
       Outdated(false),
       HoldsChildren(false),
+      WatchesChildren(false),
       Counted(false),
       Type(static_cast<unsigned char>(type)),
       IndexValue(static_cast<std::uint32_t>(VQRT_DETACHED_INDEX_VALUE)),

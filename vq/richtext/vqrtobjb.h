@@ -135,8 +135,9 @@ class VQ_API VQRTObjectBody : public VQBody {
 
   bool Closed : 1;
   bool Dirty : 1;
-  bool Outdated : 1;       // the bytes in the stream are not those of the value block
-  bool HoldsChildren : 1;  // this is a VQRTBaseContainerBody
+  bool Outdated : 1;         // the bytes in the stream are not those of the value block
+  bool HoldsChildren : 1;    // this is a VQRTBaseContainerBody
+  bool WatchesChildren : 1;  // and wants to hear of them
   // For runs: what they have counted still holds for the bytes.
   mutable bool Counted : 1;
   unsigned char Type;
