@@ -62,6 +62,9 @@ class Program {
   virtual bool depends_on_time() const = 0;
   // On facts of the database or the view.
   virtual bool depends_on_place() const = 0;
+  // Whether results change within a day, and not only from one day to the next.
+  virtual bool depends_on_hour() const = 0;
+  virtual bool depends_on_user() const = 0;
   // Whether a value can have ENG_SPECIAL_... marks.
   virtual bool marks_rows() const = 0;
   // Whether selected documents take their responses, or all their descendants, along: see Source::IsBelowSelected.

@@ -39,7 +39,9 @@ enum Depends : std::uint8_t {
   kOnResponses = 4,
   kOnDescendants = 8,
   kOnRow = 16,
-  kOnPlace = 32  // the database or the view
+  kOnPlace = 32,  // the database or the view
+  kOnUser = 64,
+  kOnDay = 128  // on the time, but the same all day
 };
 
 inline constexpr std::uint16_t kAnyNumber = 0xFFFF;

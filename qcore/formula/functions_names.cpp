@@ -39,9 +39,9 @@ Value Name(Machine& machine, Arguments arguments) {
 }
 
 constexpr Function kFunctions[] = {
-    {600, "UserName", 0, 0, Form::kEager, kNothing, UserName, nullptr},
-    {601, "UserNamesList", 0, 0, Form::kEager, kNothing, UserNamesList, nullptr},
-    {602, "UserRoles", 0, 0, Form::kEager, kNothing, UserRoles, nullptr},
+    {600, "UserName", 0, 0, Form::kEager, kOnUser, UserName, nullptr},
+    {601, "UserNamesList", 0, 0, Form::kEager, kOnUser, UserNamesList, nullptr},
+    {602, "UserRoles", 0, 0, Form::kEager, kOnUser, UserRoles, nullptr},
     {603, "Name", 2, 2, Form::kEager, kNothing, Name,
      "CN O OU1 OU2 OU3 OU4 C ABBREVIATE CANONICALIZE HIERARCHYONLY TOKEYWORD"},
 };

@@ -251,9 +251,9 @@ Value TimeRange(Machine&, Arguments arguments) {
 
 constexpr Function kFunctions[] = {
     {500, "Now", 0, 0, Form::kEager, kOnTime, Now, nullptr},
-    {501, "Today", 0, 0, Form::kEager, kOnTime, Day<0>, nullptr},
-    {502, "Tomorrow", 0, 0, Form::kEager, kOnTime, Day<1>, nullptr},
-    {503, "Yesterday", 0, 0, Form::kEager, kOnTime, Day<-1>, nullptr},
+    {501, "Today", 0, 0, Form::kEager, kOnDay, Day<0>, nullptr},
+    {502, "Tomorrow", 0, 0, Form::kEager, kOnDay, Day<1>, nullptr},
+    {503, "Yesterday", 0, 0, Form::kEager, kOnDay, Day<-1>, nullptr},
     {504, "Date", 1, 6, Form::kEager, kNothing, Date, nullptr},
     {505, "Time", 1, 3, Form::kEager, kNothing, Time, nullptr},
     {506, "TimeMerge", 2, 3, Form::kEager, kNothing, TimeMerge, nullptr},

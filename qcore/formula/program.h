@@ -74,8 +74,10 @@ class LoadedProgram final : public Program {
   const std::vector<std::string>& summary_names() const override { return summary_names_; }
   const std::vector<std::string>& item_names() const override { return item_names_; }
   bool has_select() const override { return sections_[0].selects; }
-  bool depends_on_time() const override { return (depends_ & kOnTime) != 0; }
   bool depends_on_place() const override { return (depends_ & kOnPlace) != 0; }
+  bool depends_on_time() const override { return (depends_ & (kOnTime | kOnDay)) != 0; }
+  bool depends_on_hour() const override { return (depends_ & kOnTime) != 0; }
+  bool depends_on_user() const override { return (depends_ & kOnUser) != 0; }
   bool selects_responses() const override { return (depends_ & kOnResponses) != 0; }
   bool selects_descendants() const override { return (depends_ & kOnDescendants) != 0; }
   bool marks_rows() const override { return (depends_ & kOnRow) != 0; }

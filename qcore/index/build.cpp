@@ -185,6 +185,7 @@ class IndexTree::Builder {
 
 ENGSTATUS IndexTree::Build(DocumentReader& reader) {
   Drop();
+  restricted = reader.depends_on_user();
   Builder builder(this);
   const ENGSTATUS status = builder.Run(reader);
   if (status != ENG_OK) Drop();

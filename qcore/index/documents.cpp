@@ -1,6 +1,7 @@
 #include "qcore/index/documents.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "qcore/formula/formula.h"
 #include "qcore/formula/slatesource.h"
@@ -215,6 +216,32 @@ bool DocumentReader::depends_on_time() const {
   return AnyProgram([](const formula::Program& program) { return program.depends_on_time(); });
 }
 
+bool DocumentReader::depends_on_hour() const {
+  return AnyProgram([](const formula::Program& program) { return program.depends_on_hour(); });
+}
+
+bool DocumentReader::depends_on_user() const {
+  return AnyProgram([](const formula::Program& program) { return program.depends_on_user(); });
+}
+
+void DocumentReader::SetMembers(std::vector<std::uint32_t> members) {
+  members_ = std::move(members);
+  above_.reset();
+}
+
+void DocumentReader::ChangeMembers(const std::vector<std::uint32_t>& added, const std::vector<std::uint32_t>& removed) {
+  std::vector<std::uint32_t> stay;
+  std::vector<std::uint32_t> all;
+  std::ranges::set_difference(*members_, removed, std::back_inserter(stay));
+  std::ranges::set_union(stay, added, std::back_inserter(all));
+  SetMembers(std::move(all));
+}
+
+void DocumentReader::SetNames(const NamesList& names) {
+  user_names_ = names;
+  above_.reset();
+}
+
 // Goes up from a response. What its parents are selected for by themselves is asked of a reader of its own.
 bool DocumentReader::IsBelowSelected(const SlateHeader& header, bool deep) {
   constexpr int kHighest = 32;
@@ -315,6 +342,11 @@ ENGSTATUS DocumentReader::Evaluate(const StoredRow& row, Document* document) {
 }
 
 ENGSTATUS DocumentReader::Read(std::uint32_t id, Document* document) {
+  if (!is_above_ && !IsMember(id)) {
+    *document = Document();
+    document->id = id;
+    return ENG_OK;
+  }
   StoredRow row;
   {
     const std::lock_guard lock(database_->mutex());

@@ -50,10 +50,11 @@ class DocumentReader {
   // Statuses of the selection's code.
   [[nodiscard]] ENGSTATUS Open();
   // For a folder: its members in ascending order.
-  void SetMembers(std::vector<std::uint32_t> members) {
-    members_ = std::move(members);
-    above_.reset();
-  }
+  void SetMembers(std::vector<std::uint32_t> members);
+  // Lists in ascending order.
+  void ChangeMembers(const std::vector<std::uint32_t>& added, const std::vector<std::uint32_t>& removed);
+  // Whose readers' lists count from now on.
+  void SetNames(const NamesList& names);
 
   // ENG_OK with nothing selected for a slate that is gone or no document. A damaged document is not selected.
   [[nodiscard]] ENGSTATUS Read(std::uint32_t id, Document* document);
@@ -65,8 +66,10 @@ class DocumentReader {
   bool selects_below() const;
   // Whether values have marks that each row expands.
   bool marks_rows() const;
-  // Whether rows change by themselves with time.
+  // Whether rows change by themselves: with time, only from one day to the next, or with the user.
   bool depends_on_time() const;
+  bool depends_on_hour() const;
+  bool depends_on_user() const;
   // Over the facts of the database and the view that values depend on, 0 if they do not: as of Open.
   std::uint64_t place_sum() const { return place_sum_; }
 

@@ -149,6 +149,7 @@ void IndexTree::Drop() {
   tree_.Clear();
   directory_.Clear();
   directory_.SetReader(nullptr);
+  copy_ = 0;
   generation_.reset();
   feed = 0;
   folder_change = 0;

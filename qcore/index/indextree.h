@@ -56,7 +56,7 @@ class IndexTree {
   // The place in the change feed, and in that of the folder, that the rows stand for.
   std::uint64_t feed = 0;
   std::uint64_t folder_change = 0;
-  bool restricted = false;  // a document was left out or let in by its readers
+  bool restricted = false;  // rows are the user's own, by readers or by formulas
 
   // All may throw IndexFault.
   std::vector<PlannedRow> RowsOf(std::uint32_t id);
@@ -86,6 +86,8 @@ class IndexTree {
   class Updater;
 
   std::uint64_t PageKey(std::uint32_t page) const;
+  std::uint64_t PageKeyOf(std::uint32_t copy, std::uint32_t page) const;
+  [[nodiscard]] ENGSTATUS TakeCopy(std::uint32_t copy);
   std::vector<std::uint8_t> ReadStored(std::uint32_t page);
   [[nodiscard]] ENGSTATUS ReadStoredLocked(std::uint32_t page, std::vector<std::uint8_t>* bytes);
   std::string KeyInStored(PageNumber leaf);
@@ -101,6 +103,7 @@ class IndexTree {
   Directory directory_;
   PageTree tree_;
   std::vector<std::string> maybe_empty_;     // keys of categories
+  std::uint32_t copy_ = 0;                   // of the user's, where rows are the user's own
   std::optional<std::uint64_t> generation_;  // of what is kept, which the pages not in memory are of
   std::size_t unkept_ = 0;                   // changes since the last keeping
   std::vector<RowChange> changes_;

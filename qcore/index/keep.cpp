@@ -1,9 +1,14 @@
 // Indexes in the store: a head, the changed pages, and the directory's parts, written as one.
 //
-//   page key:  slate ID / 4 | 8 bits collation | 26 bits page     page 0 the head, from 0x2000000 the directory's parts
+// Where rows are the user's own, there is a copy for each of the last few users, so that users who take turns don't
+// build it anew each time. An index that is the same for all is the only one of its collation.
+//
+//   page key:  slate ID / 4 | 8 bits collation | 2 bits copy | 24 bits page
+//              page 0 is the head, from 0x800000 on the directory's parts
 //   head:      u8 form | u32 view | u64 design | u64 names | u8 restricted | u64 generation | u64 feed | u64 folder
 //              u32 root | u8 height | u32 next page | u32 rows | u32 documents | u32 at least | u8 least | totals
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <mutex>
 
@@ -15,9 +20,11 @@ namespace qcore::index {
 
 namespace {
 
-constexpr std::uint8_t kForm = 1;
-constexpr int kPageBits = 26;
+constexpr std::uint8_t kForm = 2;
+constexpr int kPageBits = 24;
+constexpr int kCopyBits = 2;
 constexpr int kCollationBits = 8;
+constexpr std::uint32_t kCopies = 1u << kCopyBits;
 constexpr std::uint32_t kLastPage = (1u << kPageBits) - 1;
 constexpr std::uint32_t kFirstPart = 1u << (kPageBits - 1);
 constexpr std::uint32_t kHead = 0;
@@ -81,12 +88,41 @@ std::optional<Head> DecodeHead(Bytes bytes, std::size_t totals) {
   return good ? std::optional(head) : std::nullopt;
 }
 
+using Heads = std::array<std::optional<Head>, kCopies>;
+
+// Of a collation's copies; `first` is the key of the first one's head.
+ENGSTATUS ReadHeads(Store& store, std::uint64_t first, std::size_t totals, Heads* heads) {
+  for (std::uint32_t copy = 0; copy < kCopies; ++copy) {
+    std::vector<std::uint8_t> bytes;
+    const ENGSTATUS status = store.ReadPage(first + (std::uint64_t{copy} << kPageBits), &bytes);
+    if (status != ENG_OK) return status;
+    (*heads)[copy] = DecodeHead(bytes, totals);
+  }
+  return ENG_OK;
+}
+
+bool StandsFor(const Head& head, const IndexTree::Identity& identity, std::uint32_t view) {
+  return head.view == view && head.identity.design == identity.design;
+}
+
+// For a user's own rows: the one that is the user's, or one that is no use to anyone, or the one not kept for longest.
+std::uint32_t ChooseCopy(const Heads& heads, const IndexTree::Identity& identity, std::uint32_t view) {
+  const auto worth = [&](const std::optional<Head>& head) -> std::uint64_t {
+    if (head && head->restricted && head->identity.names == identity.names) return 0;
+    return head && head->restricted && StandsFor(*head, identity, view) ? head->generation + 1 : 1;
+  };
+  const auto least = std::ranges::min_element(heads, {}, worth);
+  return static_cast<std::uint32_t>(least - heads.begin());
+}
+
 }  // namespace
 
-std::uint64_t IndexTree::PageKey(std::uint32_t page) const {
-  static_assert(std::uint64_t{1} << (kCollationBits + kPageBits) == kPagesOfSlate);
-  return FirstPageOf(view_) + (std::uint64_t{collation_.number} << kPageBits) + page;
+std::uint64_t IndexTree::PageKeyOf(std::uint32_t copy, std::uint32_t page) const {
+  static_assert(std::uint64_t{1} << (kCollationBits + kCopyBits + kPageBits) == kPagesOfSlate);
+  return FirstPageOf(view_) + ((std::uint64_t{collation_.number} << kCopyBits | copy) << kPageBits) + page;
 }
+
+std::uint64_t IndexTree::PageKey(std::uint32_t page) const { return PageKeyOf(copy_, page); }
 
 ENGSTATUS IndexTree::ReadStoredLocked(std::uint32_t page, std::vector<std::uint8_t>* bytes) {
   Store& store = database_->store();
@@ -115,15 +151,18 @@ std::vector<std::uint8_t> IndexTree::ReadStored(std::uint32_t page) {
 ENGSTATUS IndexTree::LoadKept(const Identity& identity, bool* found) {
   Drop();
   *found = false;
-  std::vector<std::uint8_t> bytes;
+  Heads heads;
   {
     const std::lock_guard lock(database_->mutex());
-    const ENGSTATUS status = database_->store().ReadPage(PageKey(kHead), &bytes);
+    const ENGSTATUS status = ReadHeads(database_->store(), PageKeyOf(0, kHead), totals_.columns(), &heads);
     if (status != ENG_OK) return status;
   }
-  const std::optional<Head> head = DecodeHead(bytes, totals_.columns());
-  if (!head || head->view != view_ || head->identity.design != identity.design) return ENG_OK;
-  if (head->restricted && head->identity.names != identity.names) return ENG_OK;
+  const auto kept = std::ranges::find_if(heads, [&](const std::optional<Head>& each) {
+    return each && StandsFor(*each, identity, view_) && (!each->restricted || each->identity.names == identity.names);
+  });
+  if (kept == heads.end()) return ENG_OK;
+  const std::optional<Head>& head = *kept;
+  copy_ = static_cast<std::uint32_t>(kept - heads.begin());
   generation_ = head->generation;
   feed = head->feed;
   folder_change = head->folder;
@@ -134,10 +173,16 @@ ENGSTATUS IndexTree::LoadKept(const Identity& identity, bool* found) {
   return ENG_OK;
 }
 
+// Clears the place for an index that is not kept yet.
+ENGSTATUS IndexTree::TakeCopy(std::uint32_t copy) {
+  copy_ = copy;
+  const std::uint32_t last = restricted ? copy : kCopies - 1;
+  return database_->store().DropPages(PageKeyOf(copy, kHead), PageKeyOf(last, kLastPage));
+}
+
 ENGSTATUS IndexTree::WriteChanged(const Identity& identity, std::uint64_t generation) {
   Store& store = database_->store();
   ENGSTATUS status = ENG_OK;
-  if (!generation_) status = store.DropPages(PageKey(kHead), PageKey(kLastPage));
   const auto write = [&](std::uint32_t page, Bytes bytes) {
     if (status == ENG_OK) status = store.WritePage(PageKey(page), bytes);
   };
@@ -157,13 +202,14 @@ ENGSTATUS IndexTree::Keep(const Identity& identity) {
   qcore::Change change(*database_);
   ENGSTATUS status = change.Begin();
   if (status != ENG_OK) return status;
-  std::vector<std::uint8_t> bytes;
-  status = database_->store().ReadPage(PageKey(kHead), &bytes);
+  Heads heads;
+  status = ReadHeads(database_->store(), PageKeyOf(0, kHead), totals_.columns(), &heads);
   if (status != ENG_OK) return status;
-  const std::optional<Head> head = DecodeHead(bytes, totals_.columns());
-  if (generation_ && (!head || head->generation != generation_)) return ENG_ERR_SLATE_CONFLICT;
+  if (generation_ && (!heads[copy_] || heads[copy_]->generation != *generation_)) return ENG_ERR_SLATE_CONFLICT;
+  if (!generation_) status = TakeCopy(restricted ? ChooseCopy(heads, identity, view_) : 0);
+  if (status != ENG_OK) return status;
   // Never that of an index that was dropped meanwhile.
-  const std::uint64_t generation = std::max(head ? head->generation + 1 : 1, Pack(Now()));
+  const std::uint64_t generation = std::max(heads[copy_] ? heads[copy_]->generation + 1 : 1, Pack(Now()));
   status = WriteChanged(identity, generation);
   if (status == ENG_OK) status = change.Commit();
   if (status != ENG_OK) return status;

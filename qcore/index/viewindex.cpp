@@ -5,6 +5,9 @@
 
 #include "qcore/folders/folders.h"
 #include "qcore/slates/readers.h"
+#include "qcore/store/moment.h"
+#include "qcore/store/wire.h"
+#include "qcore/time/zone.h"
 
 namespace qcore::index {
 
@@ -13,6 +16,21 @@ namespace {
 constexpr std::size_t kMostLogged = 65536;
 constexpr std::size_t kKeepAfter = 100000;  // changes of rows, which a start after a crash brings in again
 constexpr std::uint16_t kClassDocument = 1;
+
+constexpr std::int64_t kSameMoment = 60 * 100;  // hundredths of a second
+
+// Day, month and year are all that tells days apart.
+std::tuple<std::int32_t, std::int32_t, std::int32_t> LocalDay(const TIMEDATE& moment) {
+  ENGTIME parts{};
+  parts.GM = moment;
+  static_cast<void>(time::ToParts(time::LocalZone(), &parts));
+  return {parts.Year, parts.Month, parts.Day};
+}
+
+std::int64_t HundredthsBetween(const TIMEDATE& from, const TIMEDATE& to) {
+  constexpr std::int64_t kDay = 24 * 60 * 60 * 100;
+  return (std::int64_t{to.DateWord} - from.DateWord) * kDay + std::int64_t{to.TimeWord} - from.TimeWord;
+}
 
 using Key = std::tuple<const Database*, const Database*, std::uint32_t>;
 std::mutex registry_mutex;
@@ -64,7 +82,12 @@ ENGSTATUS ViewIndex::ReadDesignIfChanged(bool* changed) {
   }
   const bool restricted =
       std::ranges::any_of(slots_, [](const auto& slot) { return slot.second.tree && slot.second.tree->restricted; });
-  const std::uint64_t names = design_ && !restricted ? names_ : CurrentNames().Sum();
+  const NamesList user = CurrentNames();
+  const std::uint64_t names = user.Sum();
+  if (design_ && !restricted && names != names_) {
+    reader_->SetNames(user);
+    names_ = names;
+  }
   const bool same_time = header.modified_here.TimeWord == design_time_.TimeWord &&
                          header.modified_here.DateWord == design_time_.DateWord &&
                          header.origin.Sequence == design_sequence_;
@@ -85,21 +108,27 @@ ENGSTATUS ViewIndex::ReadDesignIfChanged(bool* changed) {
     ForgetLog(&slot);
   }
   reader_ = std::move(reader);
+  members_change_.reset();
   layout_ = std::move(layout);
   design_ = std::move(design);
   names_ = names;
   return ENG_OK;
 }
 
+// What has changed since the last call, where that is known.
 ENGSTATUS ViewIndex::ReadMembers() {
   if (!design_->folder) return ENG_OK;
   std::vector<std::uint32_t> members;
-  {
-    const std::lock_guard lock(design_database_->mutex());
-    const ENGSTATUS status = FolderMembers(*design_database_, view_, &members);
-    if (status != ENG_OK) return status;
-  }
-  reader_->SetMembers(std::move(members));
+  std::vector<std::uint32_t> removed;
+  std::uint64_t change = 0;
+  const std::lock_guard lock(design_database_->mutex());
+  ENGSTATUS status = FolderSequence(*design_database_, view_, &change);
+  if (status != ENG_OK || members_change_ == change) return status;
+  const bool later = members_change_ && *members_change_ < change;
+  status = FolderChanges(*design_database_, view_, later ? *members_change_ : 0, &members, &removed);
+  if (status != ENG_OK) return status;
+  later ? reader_->ChangeMembers(members, removed) : reader_->SetMembers(std::move(members));
+  members_change_ = change;
   return ENG_OK;
 }
 
@@ -124,6 +153,7 @@ ENGSTATUS ViewIndex::Rebuild(Slot* slot) {
   if (status != ENG_OK) return status;
   tree.feed = feed;
   tree.folder_change = folder_change;
+  slot->built = Now();
   KeepSlot(slot);
   return ENG_OK;
 }
@@ -163,9 +193,9 @@ ENGSTATUS ViewIndex::BringIn(Slot* slot) {
   std::vector<std::uint32_t> ids;
   ENGSTATUS status = ChangedSince(tree, &feed, &folder_change, &ids);
   if (status != ENG_OK) return status;
-  if (folder_change != tree.folder_change || (design_->folder && !ids.empty())) status = ReadMembers();
-  if (status != ENG_OK) return status;
   if (!ids.empty()) {
+    status = ReadMembers();
+    if (status != ENG_OK) return status;
     // Past a point, reading everything in order costs less than reading much of it in disorder.
     if (tree.collation().unique || ids.size() > 1000 + tree.rows().rows() / 2) return Rebuild(slot);
     status = tree.Update(*reader_, ids);
@@ -181,6 +211,7 @@ ENGSTATUS ViewIndex::BringIn(Slot* slot) {
 // A tree that lost its pages starts again from what is kept.
 ENGSTATUS ViewIndex::Renew(Slot* slot) {
   ForgetLog(slot);
+  members_change_.reset();  // what was undone may have the numbers of what came after it
   bool found = false;
   const ENGSTATUS status = slot->tree->LoadKept(identity(), &found);
   if (status != ENG_OK) return status;
@@ -213,10 +244,21 @@ ENGSTATUS ViewIndex::TreeFor(std::uint16_t number, Missing missing, Slot** slot)
   if (status != ENG_OK) return status;
   if (!kept && missing == Missing::kRefuse) return ENG_ERR_NO_COLLECTION;
   found.tree = std::move(tree);
+  found.built.reset();
   ForgetLog(&found);
   status = kept ? ReadMembers() : Rebuild(&found);
   if (status != ENG_OK) found.tree.reset();
   return status;
+}
+
+// Rows that change with time are those of an opening: of this one, unless one that is still in use was just before.
+bool ViewIndex::HasAged(const Slot& slot) const {
+  if (!reader_->depends_on_time()) return false;
+  const TIMEDATE now = Now();
+  if (!slot.built || LocalDay(*slot.built) != LocalDay(now)) return true;
+  if (!reader_->depends_on_hour()) return false;
+  const bool alone = weak_from_this().use_count() <= 1;
+  return alone ? Pack(now) != Pack(*slot.built) : HundredthsBetween(*slot.built, now) >= kSameMoment;
 }
 
 ENGSTATUS ViewIndex::Open(Start start, Missing missing) {
@@ -224,11 +266,13 @@ ENGSTATUS ViewIndex::Open(Start start, Missing missing) {
   bool changed = false;
   ENGSTATUS status = start == Start::kAsKept && open_ ? ENGSTATUS{ENG_OK} : ReadDesignIfChanged(&changed);
   Slot* slot = nullptr;
+  const bool had_tree = slots_[0].tree != nullptr;
   if (status == ENG_OK) status = TreeFor(0, missing, &slot);
-  // Rows that change with time are those of the moment of the opening.
-  const bool anew =
-      start == Start::kRebuilt || (start == Start::kUpdated && status == ENG_OK && reader_->depends_on_time());
-  if (status == ENG_OK && anew) status = Rebuild(slot);
+  if (status == ENG_OK) {
+    const bool just_built = !had_tree && slot->built;
+    const bool aged = start == Start::kRebuilt || (start == Start::kUpdated && HasAged(*slot));
+    if (aged && !just_built) status = Rebuild(slot);
+  }
   if (status == ENG_OK && start == Start::kUpdated) status = UpdateLocked();
   open_ = open_ || status == ENG_OK;
   return status;
@@ -246,10 +290,19 @@ ENGSTATUS ViewIndex::Update() {
   design_touched_ = false;
   if (FeedTellsOfDesign()) {
     const ENGSTATUS status = UpdateLocked();
-    if (status != ENG_OK || !design_touched_) return status;
+    if (status != ENG_OK || (!design_touched_ && FeedTellsOfDesign())) return status;
+  }
+  std::vector<std::uint16_t> used;
+  for (const auto& [number, slot] : slots_) {
+    if (slot.tree) used.push_back(number);
   }
   bool changed = false;
-  const ENGSTATUS status = ReadDesignIfChanged(&changed);
+  ENGSTATUS status = ReadDesignIfChanged(&changed);
+  for (std::size_t i = 0; changed && status == ENG_OK && i < used.size(); ++i) {
+    Slot* slot = nullptr;
+    status = TreeFor(used[i], Missing::kBuild, &slot);
+    if (status == ENG_ERR_NO_COLLECTION) status = ENG_OK;  // the new design has no such collation
+  }
   return status == ENG_OK ? UpdateLocked() : status;
 }
 

@@ -21,7 +21,7 @@ struct LoggedChange {
   RowChange change;
 };
 
-class ViewIndex {
+class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
  public:
   enum class Start { kUpdated, kAsKept, kRebuilt };
   enum class Missing { kBuild, kRefuse };
@@ -62,6 +62,7 @@ class ViewIndex {
     std::deque<LoggedChange> log;
     std::uint64_t log_from = 0;  // every change behind this number is in the log
     std::atomic<bool> reverted = false;
+    std::optional<TIMEDATE> built;  // by this object
   };
 
   [[nodiscard]] ENGSTATUS ReadDesignIfChanged(bool* changed);
@@ -75,6 +76,7 @@ class ViewIndex {
   [[nodiscard]] ENGSTATUS ReadMembers();
   [[nodiscard]] ENGSTATUS UpdateLocked();
   bool FeedTellsOfDesign() const;
+  bool HasAged(const Slot& slot) const;
   // Runs `work`; a fault of a page becomes its status.
   template <typename Work>
   static ENGSTATUS Caught(const Work& work);
@@ -95,6 +97,7 @@ class ViewIndex {
   std::unique_ptr<Design> design_;
   std::unique_ptr<ValueLayout> layout_;
   std::unique_ptr<DocumentReader> reader_;
+  std::optional<std::uint64_t> members_change_;  // the folder's change that the reader's members stand for
   std::map<std::uint16_t, Slot> slots_;
   std::uint64_t last_change_ = 1;
 };

@@ -1,8 +1,10 @@
 // Views beside other things: another process, folders, unread lists, more collations, marks, stores of a former
 // version.
-#include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <functional>
+#include <memory>
 
 #include "engine/formula.h"
 #include "tests/qcore/index_fixture.h"
@@ -183,6 +185,70 @@ TEST_F(Shared, AFoldersRowsAreItsMembers) {
   Doc({{"Name", "outside"}});
   EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
   EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d c", "2 d z"}));
+}
+
+// How many indexes a piece of work builds.
+int BuildsOf(const std::function<void()>& work) {
+  int builds = 0;
+  const auto count = [](void* context, std::uint32_t, std::uint32_t) { ++*static_cast<int*>(context); };
+  EXPECT_EQ(EngCollectionSetProgress(count, &builds), ENG_OK);
+  work();
+  EXPECT_EQ(EngCollectionSetProgress(nullptr, nullptr), ENG_OK);
+  return builds;
+}
+
+TEST_F(Shared, UsersWhoTakeTurnsKeepTheirIndexes) {
+  Doc({{"Name", "all"}, {"To", "B"}});
+  Doc({{"Name", "of A"}, {"To", "A"}, {"$Readers", "A"}});
+  Doc({{"Name", "of B"}, {"To", "B"}, {"$Readers", "B"}});
+  const struct {
+    std::uint32_t view;
+    Strings a, b, others;
+  } views[] = {{MakeView({{"Name", 1}}), {"1 d all", "2 d of A"}, {"1 d all", "2 d of B"}, {"1 d all"}},
+               {MakeView({{"Name", 1}}, 0, "SELECT To = @UserName"), {"1 d of A"}, {"1 d all", "2 d of B"}, {}}};
+  const std::pair<const char*, int> turns[] = {{"A", 1}, {"B", 1}, {"A", 0}, {"B", 0}, {"C", 1}, {"D", 1},
+                                               {"B", 0}, {"E", 1}, {"A", 1}, {"E", 0}, {"B", 1}};
+  for (const auto& [view, a, b, others] : views) {
+    for (const auto& [user, builds] : turns) {
+      ASSERT_EQ(EngEnvSetString("UserName", user), ENG_OK);
+      const Strings& rows = *user == 'A' ? a : *user == 'B' ? b : others;
+      const auto look = [&, view = view] { EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), rows) << user; };
+      EXPECT_EQ(BuildsOf(look), builds) << user;
+    }
+  }
+  EXPECT_EQ(Check(), ENG_OK);
+}
+
+// Another user in the same process, while the index is the same for all.
+TEST_F(Shared, ADocumentsFirstReadersAreThoseOfTheUser) {
+  ASSERT_EQ(EngEnvSetString("UserName", "A"), ENG_OK);
+  Doc({{"Name", "all"}});
+  const OpenCollection collection(db_, MakeView({{"Name", 1}}));
+  ASSERT_EQ(EngEnvSetString("UserName", "B"), ENG_OK);
+  Doc({{"Name", "of A"}, {"$Readers", "A"}});
+  Doc({{"Name", "of B"}, {"$Readers", "B"}});
+  EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+  EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d all", "2 d of B"}));
+}
+
+TEST_F(Shared, RowsThatDependOnTheTimeAreBuiltWhenTheyAreOld) {
+  qtest::StandingClock clock;
+  Doc({{"Name", "a"}});
+  const std::uint32_t now = MakeView({{"Name", 1}}, 0, "SELECT @Now > [01/01/1990]");
+  const std::uint32_t today = MakeView({{"Name", 1}}, 0, "SELECT @Today > [01/01/1990]");
+  const struct {
+    std::uint32_t view;
+    int seconds;
+    bool shared;
+    int builds;
+  } rows[] = {{now, 0, true, 0},    {now, 59, true, 0},          {now, 60, true, 1},   {now, 1, false, 1},
+              {today, 60, true, 0}, {today, 25 * 3600, true, 1}, {today, 1, false, 1}, {now, 25 * 3600, true, 1}};
+  for (const auto& [view, seconds, shared, builds] : rows) {
+    auto first = std::make_unique<OpenCollection>(db_, view);
+    clock.Sleep(std::chrono::seconds(seconds));
+    if (!shared) first.reset();
+    EXPECT_EQ(BuildsOf([&, view = view] { OpenCollection(db_, view); }), builds) << view << " " << seconds;
+  }
 }
 
 TEST_F(Shared, AStoreOfTheFirstVersionShowsItsViews) {
