@@ -91,7 +91,14 @@ std::optional<LogState> SqliteStore::Committed() const {
   return has_log_ && !InTransaction() ? ReadLogState(connection_.get()) : std::nullopt;
 }
 
+// A failure can have ended the transaction by itself.
+const SlateHeader* SqliteStore::OwnRow(std::uint32_t id) const {
+  const SlateHeader* header = own_.HeaderOf(id);
+  return header && InTransaction() ? header : nullptr;
+}
+
 ENGSTATUS SqliteStore::ReadSlate(std::uint32_t id, const PackedReader& reader) {
+  if (const SlateHeader* own = OwnRow(id)) return reader(*own, own_.packed());
   if (glance_.state && glance_.header.id == id && glance_.state == Committed()) {
     return reader(glance_.header, Bytes(glance_.packed));
   }
@@ -123,6 +130,10 @@ ENGSTATUS SqliteStore::HighestSlate(std::uint32_t* id) {
 }
 
 ENGSTATUS SqliteStore::ReadHeader(std::uint32_t id, SlateHeader* header) {
+  if (const SlateHeader* own = OwnRow(id)) {
+    *header = *own;
+    return ENG_OK;
+  }
   const std::optional<LogState> before = Committed();
   glance_.state.reset();
   Use use = Start(Sql::kReadHeader);
@@ -154,6 +165,10 @@ void SqliteStore::Stamp(SlateHeader* header) {
   ++counters_.feed;
 }
 
+void SqliteStore::NoteChange(const SlateHeader& header) {
+  own_.Note({counters_.feed, {header.id, header.slate_class, header.deleted}});
+}
+
 ENGSTATUS SqliteStore::InsertSlate(SlateHeader* header, Bytes packed) {
   Stamp(header);
   Use use = Start(Sql::kInsertSlate);
@@ -167,7 +182,11 @@ ENGSTATUS SqliteStore::InsertSlate(SlateHeader* header, Bytes packed) {
   if (header->parent) parent = PackUniversal(header->parent->File, header->parent->Slate);
   header->parent ? use.Bind(12, Bytes(parent)) : use.BindNull(12);
   use.Bind(13, HeaderSum(*header));
-  return Finish(use);
+  const ENGSTATUS status = Finish(use);
+  if (status != ENG_OK) return status;
+  NoteChange(*header);
+  own_.KeepRow(*header, packed);
+  return ENG_OK;
 }
 
 ENGSTATUS SqliteStore::UpdateSlate(SlateHeader* header, Bytes packed, const SlateVersion* expected) {
@@ -198,7 +217,10 @@ ENGSTATUS SqliteStore::UpdateSlate(SlateHeader* header, Bytes packed, const Slat
     const ENGSTATUS status = Finish(use);
     if (status != ENG_OK) return status;
   }
-  return sqlite3_changes(connection_.get()) == 1 ? ENGSTATUS{ENG_OK} : UpdateMisses(header->id);
+  if (sqlite3_changes(connection_.get()) != 1) return UpdateMisses(header->id);
+  NoteChange(*header);
+  own_.KeepRow(*header, packed);
+  return ENG_OK;
 }
 
 ENGSTATUS SqliteStore::UpdateMisses(std::uint32_t id) {
@@ -224,7 +246,9 @@ ENGSTATUS SqliteStore::MakeDeletionStub(SlateHeader* header) {
   Use use = Start(Sql::kMakeDeletionStub);
   BindHeader(use, *header, counters_.feed);
   use.Bind(8, HeaderSum(*header));
-  return Finish(use);
+  const ENGSTATUS made = Finish(use);
+  if (made == ENG_OK) NoteChange(*header);
+  return made;
 }
 
 ENGSTATUS SqliteStore::RemoveSlate(const SlateHeader& header) {
@@ -244,7 +268,10 @@ ENGSTATUS SqliteStore::RemoveSlate(const SlateHeader& header) {
   }
   Use use = Start(Sql::kRemoveSlate);
   use.Bind(1, header.id);
-  return Finish(use);
+  const ENGSTATUS removed = Finish(use);
+  gone.deleted = true;
+  if (removed == ENG_OK) NoteChange(gone);
+  return removed;
 }
 
 ENGSTATUS SqliteStore::ReadFeed(const TIMEDATE* since, const FeedReader& reader) {
@@ -259,6 +286,10 @@ ENGSTATUS SqliteStore::ReadFeed(const TIMEDATE* since, const FeedReader& reader)
 }
 
 ENGSTATUS SqliteStore::ReadFeedBehind(std::uint64_t behind, const NumberedReader& reader) {
+  if (own_.Knows(behind) && InTransaction()) {
+    own_.Read(behind, reader);
+    return ENG_OK;
+  }
   std::vector<NumberedEntry> removed;
   const auto take = [](const Use& use) {
     const std::uint64_t state = use.Number(2);

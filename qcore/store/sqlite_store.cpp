@@ -112,8 +112,12 @@ ENGSTATUS SqliteStore::Begin() {
   floors_changed_ = false;
   status = Upgrade();
   if (status == ENG_OK) status = LoadCounters();
-  if (status != ENG_OK) Rollback();
-  return status;
+  if (status != ENG_OK) {
+    Rollback();
+    return status;
+  }
+  own_.Begin(counters_.feed);
+  return ENG_OK;
 }
 
 ENGSTATUS SqliteStore::LoadCounters() {
@@ -172,6 +176,7 @@ ENGSTATUS SqliteStore::Commit() {
     return status;
   }
   writing_ = false;
+  own_.End();
   CheckpointWhenDue();
   return ENG_OK;
 }
@@ -180,6 +185,7 @@ void SqliteStore::Rollback() {
   // A failed rollback leaves no way to go on with what was written: SQLite has then ended the transaction by itself.
   if (InTransaction()) static_cast<void>(Run(Sql::kRollback));
   writing_ = false;
+  own_.End();
   counters_known_ = false;
   upgraded_ = false;
   unread_number_.reset();
@@ -192,6 +198,7 @@ ENGSTATUS SqliteStore::ReleaseMark() { return Run(Sql::kReleaseMark); }
 void SqliteStore::RollbackToMark() {
   if (!InTransaction()) return;
   unread_number_.reset();
+  own_.Begin(counters_.feed);
   if (Run(Sql::kRollbackToMark) != ENG_OK || Run(Sql::kReleaseMark) != ENG_OK) Rollback();
 }
 

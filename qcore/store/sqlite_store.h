@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "qcore/store/frozen.h"
+#include "qcore/store/own_changes.h"
 #include "qcore/store/sqlite_log.h"
 #include "qcore/store/sqlite_statement.h"
 #include "qcore/store/store.h"
@@ -186,6 +187,10 @@ class SqliteStore final : public Store {
   // Nothing in a transaction, whose own changes nobody else sees, and without a log.
   std::optional<LogState> Committed() const;
   void Stamp(SlateHeader* header);
+  // The header of a slate that the transaction has just written, null for others.
+  const SlateHeader* OwnRow(std::uint32_t id) const;
+  // After a change of a slate, which Stamp has given its number.
+  void NoteChange(const SlateHeader& header);
   void CheckpointWhenDue();
   [[nodiscard]] int CheckpointAlone();
 
@@ -208,6 +213,7 @@ class SqliteStore final : public Store {
   bool sync_failed_ = false;
   int log_frames_ = 0;
   Glance glance_;
+  OwnChanges own_;
 };
 
 }  // namespace qcore
