@@ -138,15 +138,20 @@ class IndexTree::Builder {
   // Of rows with equal keys the one with the lowest ID stays, and what hangs below the others goes with them.
   void DropDoubles() {
     std::string kept;
+    std::string winner;
     std::string dropped;
     sorter_.Filter([&](const PlannedRow& row) {
       if (!dropped.empty() && row.row.key.starts_with(dropped)) return false;
       const std::string key = row.row.key.substr(0, row.row.key.size() - kIdSize);
       if (key == kept) {
         dropped = row.row.key;
+        if (contested_.empty() || contested_.back() != winner) contested_.push_back(winner);
         return false;
       }
-      if (row.row.indent == 0) kept = key;
+      if (row.row.indent == 0) {
+        kept = key;
+        winner = row.row.key;
+      }
       return true;
     });
   }
@@ -155,8 +160,11 @@ class IndexTree::Builder {
     PageTree::Builder builder(&index_.tree_);
     std::vector<std::string> open;
     bool any = false;
+    auto contested = contested_.begin();
     sorter_.ForEach([&](PlannedRow row) {
       any = true;
+      row.row.contested = contested != contested_.end() && row.row.key == *contested;
+      if (row.row.contested) ++contested;
       for (std::size_t step = 0; step < row.categories.size(); ++step) {
         Row category = RowPlanner::CategoryRow(row, step);
         if (step < open.size() && open[step] == category.key) continue;
@@ -181,6 +189,7 @@ class IndexTree::Builder {
   std::vector<Known> known_;
   std::unordered_map<std::uint32_t, Document> responses_;
   std::unordered_map<std::uint32_t, Stretch> placed_;
+  std::vector<std::string> contested_;  // keys of rows that others were left out for, in order
 };
 
 ENGSTATUS IndexTree::Build(DocumentReader& reader) {
@@ -189,6 +198,7 @@ ENGSTATUS IndexTree::Build(DocumentReader& reader) {
   Builder builder(this);
   const ENGSTATUS status = builder.Run(reader);
   if (status != ENG_OK) Drop();
+  sound_ = status == ENG_OK;
   return status;
 }
 

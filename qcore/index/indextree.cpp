@@ -108,6 +108,21 @@ void IndexTree::Erase(const PlannedRow& planned) {
   if (!category.empty()) maybe_empty_.push_back(std::move(category));
 }
 
+std::optional<Row> IndexTree::WinnerOf(std::string_view key) {
+  const PageTree::Cursor row = tree_.At(tree_.RankOf(key));
+  const bool there = row.at_row() && row.kind() == RowKind::kDocument && row.indent() == 0;
+  if (!there || row.key().size() != key.size() + kIdSize || !row.key().starts_with(key)) return std::nullopt;
+  return row.row();
+}
+
+void IndexTree::MarkContested(const std::string& key) {
+  Row row = tree_.At(tree_.RankOf(key)).row();
+  if (row.contested) return;
+  row.contested = true;
+  tree_.Insert(row);
+  ++unkept_;
+}
+
 void IndexTree::Settle() {
   std::ranges::sort(maybe_empty_, std::greater<>());
   for (std::string& key : maybe_empty_) {
@@ -146,6 +161,7 @@ void IndexTree::Settle() {
 std::vector<RowChange> IndexTree::TakeChanges() { return std::exchange(changes_, {}); }
 
 void IndexTree::Drop() {
+  sound_ = false;
   tree_.Clear();
   directory_.Clear();
   directory_.SetReader(nullptr);

@@ -64,17 +64,23 @@ class IndexTree {
   void Insert(const PlannedRow& row);
   void SetValue(const Row& row);
   void Erase(const PlannedRow& row);
+  // Where keys are unique: the row of a key without its slate ID, and the mark that others were left out for it.
+  std::optional<Row> WinnerOf(std::string_view key);
+  void MarkContested(const std::string& key);
   // Categories that have become empty go, and the totals row comes or goes: after a batch of changes.
   void Settle();
 
   [[nodiscard]] ENGSTATUS Build(DocumentReader& reader);
-  [[nodiscard]] ENGSTATUS Update(DocumentReader& reader, const std::vector<std::uint32_t>& changed);
+  // *needs_build: nothing was done, since only building anew can tell what the change means.
+  [[nodiscard]] ENGSTATUS Update(DocumentReader& reader, const std::vector<std::uint32_t>& changed, bool* needs_build);
 
   // Keeping. False for an index that is not there, stands for something else or can't be read.
   [[nodiscard]] ENGSTATUS LoadKept(const Identity& identity, bool* found);
   // ENG_ERR_SLATE_CONFLICT when another process has kept its own since.
   [[nodiscard]] ENGSTATUS Keep(const Identity& identity);
   std::size_t unkept() const { return unkept_; }
+  // False for a tree that was never filled, and for one that a failure left half changed.
+  bool sound() const { return sound_; }
   void Drop();
 
   // What Insert, SetValue and Erase did since the last call.
@@ -105,7 +111,8 @@ class IndexTree {
   std::vector<std::string> maybe_empty_;     // keys of categories
   std::uint32_t copy_ = 0;                   // of the user's, where rows are the user's own
   std::optional<std::uint64_t> generation_;  // of what is kept, which the pages not in memory are of
-  std::size_t unkept_ = 0;                   // changes since the last keeping
+  bool sound_ = false;
+  std::size_t unkept_ = 0;  // changes since the last keeping
   std::vector<RowChange> changes_;
 };
 

@@ -20,7 +20,7 @@ namespace qcore::index {
 
 namespace {
 
-constexpr std::uint8_t kForm = 2;
+constexpr std::uint8_t kForm = 3;
 constexpr int kPageBits = 24;
 constexpr int kCopyBits = 2;
 constexpr int kCollationBits = 8;
@@ -169,6 +169,7 @@ ENGSTATUS IndexTree::LoadKept(const Identity& identity, bool* found) {
   restricted = head->restricted;
   tree_.SetRoot(head->root);
   directory_.SetReader([this](std::uint32_t part) { return ReadStored(kFirstPart + part); });
+  sound_ = true;
   *found = true;
   return ENG_OK;
 }

@@ -38,7 +38,8 @@ std::string_view AsText(const std::uint8_t* at, std::size_t size) { return {rein
 Bytes AsBytes(std::string_view text) { return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}; }
 
 std::uint8_t KindByte(const Row& row) {
-  return static_cast<std::uint8_t>(static_cast<unsigned>(row.kind) | static_cast<unsigned>(row.indent) << 3);
+  const unsigned contested = row.contested ? 4 : 0;
+  return static_cast<std::uint8_t>(static_cast<unsigned>(row.kind) | contested | row.indent << 3U);
 }
 
 void AppendRecord(const Row& row, std::size_t prefix, std::vector<std::uint8_t>* bytes) {
@@ -130,7 +131,7 @@ Bytes Leaf::ValueAt(std::uint32_t row) const {
 
 Row Leaf::RowAt(std::uint32_t row) const {
   const Bytes value = ValueAt(row);
-  return {KeyAt(row), LevelAt(row), KindAt(row), IndentAt(row), {value.begin(), value.end()}};
+  return {KeyAt(row), LevelAt(row), KindAt(row), IndentAt(row), ContestedAt(row), {value.begin(), value.end()}};
 }
 
 std::uint32_t Leaf::LowerBound(std::string_view key) const {

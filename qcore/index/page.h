@@ -1,6 +1,8 @@
 // Pages of a row tree: leaves of rows in key order, inner pages of children with what lies below them.
 //
-// A stored row in a leaf:  u8 level | u8 kind (bits 0 and 1), indent (bits 3 to 7) | varint length, key | value
+// A stored row in a leaf:  u8 level | u8 flags | varint length, key | value
+//
+//   flags: kind (bits 0 and 1), contested (bit 2), indent (bits 3 to 7)
 //
 // A leaf keeps the beginning that all its keys have once, and of each key the four bytes behind that as one number for
 // the search. In memory levels and kinds lie together, apart from keys and values: walks by level read only them. In a
@@ -39,6 +41,7 @@ struct Row {
   std::uint8_t level = 0;
   RowKind kind = RowKind::kDocument;
   std::uint8_t indent = 0;
+  bool contested = false;  // where keys are unique: others of the same key were left out
   std::vector<std::uint8_t> value;
 
   bool operator==(const Row&) const = default;
@@ -82,6 +85,7 @@ class Leaf {
 
   std::uint8_t LevelAt(std::uint32_t row) const { return levels_[row]; }
   RowKind KindAt(std::uint32_t row) const { return static_cast<RowKind>(kinds_[row] & 3); }
+  bool ContestedAt(std::uint32_t row) const { return (kinds_[row] & 4) != 0; }
   std::uint8_t IndentAt(std::uint32_t row) const { return kinds_[row] >> 3; }
   std::string KeyAt(std::uint32_t row) const;
   std::uint32_t IdAt(std::uint32_t row) const;  // of a document

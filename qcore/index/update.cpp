@@ -3,6 +3,9 @@
 // The documents that may stand elsewhere are found first: those that changed, and what hangs below one whose place
 // changes. Then each one's rows are planned anew, those above first, and what differs from the rows in the tree is
 // applied.
+//
+// Where keys are unique, the row of the lowest ID wins its key, and those that lose are nowhere. A row that others lost
+// against is marked as contested: when it leaves its key and no lower ID takes it, only building anew finds who wins.
 #include <algorithm>
 #include <mutex>
 #include <unordered_map>
@@ -17,14 +20,19 @@ class IndexTree::Updater {
   Updater(IndexTree* index, DocumentReader& reader)
       : index_(*index), reader_(reader), hierarchy_([this](std::uint32_t id) { return ParentOf(id); }) {}
 
-  ENGSTATUS Run(const std::vector<std::uint32_t>& changed) {
+  ENGSTATUS Run(const std::vector<std::uint32_t>& changed, bool* needs_build) {
     for (const std::uint32_t id : changed) {
       if (!Touch(id)) return status_;
     }
-    if (index_.hierarchy_ || reader_.selects_below()) Spread(changed);
+    if (spreads()) Spread(changed);
+    if (status_ == ENG_OK && unique()) Compete();
     for (std::size_t i = 0; status_ == ENG_OK && i < order_.size(); ++i) Place(order_[i]);
-    if (status_ == ENG_OK) Apply();
-    return status_;
+    *needs_build = needs_build_;
+    if (status_ != ENG_OK || needs_build_) return status_;
+    index_.sound_ = false;
+    Apply();
+    index_.sound_ = true;
+    return ENG_OK;
   }
 
  private:
@@ -34,6 +42,15 @@ class IndexTree::Updater {
     std::vector<PlannedRow> rows;
     bool placed = false;
   };
+
+  // For a key that rows of touched documents have.
+  struct Contest {
+    std::uint32_t winner;
+    bool contested;
+  };
+
+  bool unique() const { return index_.collation_.unique; }
+  bool spreads() const { return index_.hierarchy_ || reader_.selects_below(); }
 
   // Reads and evaluates a document; false on failure.
   bool Touch(std::uint32_t id) {
@@ -47,9 +64,16 @@ class IndexTree::Updater {
     return status_ == ENG_OK;
   }
 
+  // Or would have, if it had not lost them.
   bool HasRows(std::uint32_t id) {
     const auto at = touched_.find(id);
-    return at != touched_.end() ? at->second.document.selected : index_.Has(id);
+    if (at != touched_.end()) return at->second.document.selected;
+    if (index_.Has(id)) return true;
+    if (!unique()) return false;
+    Document document;
+    const ENGSTATUS status = reader_.Read(id, &document);
+    if (status != ENG_OK) status_ = status;
+    return document.selected;
   }
 
   std::optional<UNIVERSALSLATEID> ReferenceOf(std::uint32_t id) {
@@ -90,7 +114,11 @@ class IndexTree::Updater {
     SlateHeader header;
     const std::lock_guard lock(index_.database_->mutex());
     Store& store = index_.database_->store();
-    if (store.ReadHeader(id, &header) != ENG_OK) return ids;  // gone without a trace: nothing can be found by it
+    if (store.ReadHeader(id, &header) != ENG_OK) {
+      // Gone without a trace: nothing is found by it but what hangs below it, and that need not be all.
+      needs_build_ = needs_build_ || reader_.selects_below() || unique();
+      return ids;
+    }
     const ENGSTATUS status = store.FindResponses({header.origin.File, header.origin.Slate}, &ids);
     if (status != ENG_OK) status_ = status;
     return ids;
@@ -118,7 +146,7 @@ class IndexTree::Updater {
   // them.
   bool Stays(std::uint32_t id) {
     Touched& touched = touched_.find(id)->second;
-    if (reader_.selects_below()) return false;
+    if (reader_.selects_below() || unique()) return false;
     if (!touched.document.selected) return touched.old_rows.empty();
     if (touched.old_rows.empty()) return false;
     const std::optional<std::uint32_t> above = hierarchy_.Above(id);
@@ -152,18 +180,91 @@ class IndexTree::Updater {
     for (const std::uint32_t id : changed) {
       if (!Stays(id)) moved.push_back(id);
     }
-    std::unordered_set<std::uint32_t> seen(moved.begin(), moved.end());
+    SpreadFrom(std::move(moved));
+  }
+
+  void SpreadFrom(std::vector<std::uint32_t> moved) {
+    spread_.insert(moved.begin(), moved.end());
     while (!moved.empty() && status_ == ENG_OK) {
       const std::uint32_t id = moved.back();
       moved.pop_back();
       for (const std::uint32_t below : BelowOf(id)) {
-        if (!seen.insert(below).second) continue;
+        if (!spread_.insert(below).second) continue;
         if (!Touch(below)) return;
         moved.push_back(below);
       }
     }
     parents_.clear();
     hierarchy_ = Hierarchy([this](std::uint32_t id) { return ParentOf(id); });
+  }
+
+  static std::string KeyOf(const PlannedRow& row) { return row.row.key.substr(0, row.row.key.size() - kIdSize); }
+
+  // Plans the rows of the main topics among those touched.
+  void PlanMains(std::size_t from) {
+    for (std::size_t i = from; i < order_.size(); ++i) {
+      Touched& touched = touched_.find(order_[i])->second;
+      if (!touched.document.selected || hierarchy_.Above(order_[i])) continue;
+      index_.planner_.Plan(touched.document, &touched.rows);
+      touched.placed = true;
+    }
+  }
+
+  // Leaves to each main topic the rows that win their keys.
+  void Compete() {
+    PlanMains(0);
+    // Rows in the tree that lose now; they win no key that they have not.
+    std::vector<std::uint32_t> losers;
+    for (const std::uint32_t id : order_) {
+      for (const PlannedRow& row : touched_.find(id)->second.rows) {
+        const std::optional<Row> winner = index_.WinnerOf(KeyOf(row));
+        if (winner && IdInKey(winner->key) > id) losers.push_back(IdInKey(winner->key));
+      }
+    }
+    const std::size_t known = order_.size();
+    for (const std::uint32_t id : losers) {
+      if (!Touch(id)) return;
+    }
+    if (spreads()) SpreadFrom(std::move(losers));
+    if (status_ != ENG_OK) return;
+    PlanMains(known);
+    std::unordered_map<std::string, Contest> contests;
+    for (const std::uint32_t id : order_) {
+      for (const PlannedRow& row : touched_.find(id)->second.rows) Enter(id, KeyOf(row), &contests);
+    }
+    for (const std::uint32_t id : order_) CheckLeft(touched_.find(id)->second, contests);
+    for (const std::uint32_t id : order_) {
+      std::erase_if(touched_.find(id)->second.rows,
+                    [&](const PlannedRow& row) { return contests.find(KeyOf(row))->second.winner != id; });
+    }
+    for (const auto& [key, contest] : contests) {
+      if (!contest.contested) continue;
+      contested_.push_back(key);
+      AppendId(contest.winner, &contested_.back());
+    }
+  }
+
+  void Enter(std::uint32_t id, const std::string& key, std::unordered_map<std::string, Contest>* contests) {
+    const auto [at, fresh] = contests->try_emplace(key, Contest{id, false});
+    Contest& contest = at->second;
+    if (!fresh) {
+      contest = {std::min(contest.winner, id), true};
+      return;
+    }
+    const std::optional<Row> standing = index_.WinnerOf(key);
+    if (!standing) return;
+    const std::uint32_t other = IdInKey(standing->key);
+    const bool stays = !touched_.contains(other);
+    contest = {stays ? std::min(id, other) : id, standing->contested || stays};
+  }
+
+  // A contested key that its winner leaves is that of a lower ID, or nobody knows whose.
+  void CheckLeft(const Touched& touched, const std::unordered_map<std::string, Contest>& contests) {
+    for (const PlannedRow& old : touched.old_rows) {
+      if (!old.row.contested) continue;
+      const auto contest = contests.find(KeyOf(old));
+      if (contest == contests.end() || contest->second.winner > IdInKey(old.row.key)) needs_build_ = true;
+    }
   }
 
   void Place(std::uint32_t id) {
@@ -212,6 +313,7 @@ class IndexTree::Updater {
         if (!row.row.key.empty()) index_.Insert(row);
       }
     }
+    for (const std::string& key : contested_) index_.MarkContested(key);
     index_.Settle();
   }
 
@@ -222,11 +324,14 @@ class IndexTree::Updater {
   std::unordered_map<std::uint32_t, Touched> touched_;
   std::vector<std::uint32_t> order_;
   std::unordered_map<std::uint32_t, std::optional<std::uint32_t>> parents_;
+  std::unordered_set<std::uint32_t> spread_;  // what hangs below them is touched
+  std::vector<std::string> contested_;        // keys of rows
+  bool needs_build_ = false;
 };
 
-ENGSTATUS IndexTree::Update(DocumentReader& reader, const std::vector<std::uint32_t>& changed) {
+ENGSTATUS IndexTree::Update(DocumentReader& reader, const std::vector<std::uint32_t>& changed, bool* needs_build) {
   Updater updater(this, reader);
-  return updater.Run(changed);
+  return updater.Run(changed, needs_build);
 }
 
 }  // namespace qcore::index

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kMostLogged = 65536;
 constexpr std::size_t kKeepAfter = 100000;  // changes of rows, which a start after a crash brings in again
+constexpr std::size_t kMostPassed = 1000;   // documents without rows that each opening may look at again
 constexpr std::uint16_t kClassDocument = 1;
 
 constexpr std::int64_t kSameMoment = 60 * 100;  // hundredths of a second
@@ -132,6 +133,11 @@ ENGSTATUS ViewIndex::ReadMembers() {
   return ENG_OK;
 }
 
+void ViewIndex::FollowReverts(Slot* slot) {
+  slot->reverts = reverts_;
+  members_change_.reset();  // what was undone may have the numbers of what came after it
+}
+
 // The numbers are taken first: what is saved while the documents are read is brought in again by the next update.
 ENGSTATUS ViewIndex::Rebuild(Slot* slot) {
   IndexTree& tree = *slot->tree;
@@ -147,6 +153,7 @@ ENGSTATUS ViewIndex::Rebuild(Slot* slot) {
     const ENGSTATUS status = FolderSequence(*design_database_, view_, &folder_change);
     if (status != ENG_OK) return status;
   }
+  FollowReverts(slot);
   ENGSTATUS status = ReadMembers();
   ForgetLog(slot);
   if (status == ENG_OK) status = Caught([&] { return tree.Build(*reader_); });
@@ -197,9 +204,11 @@ ENGSTATUS ViewIndex::BringIn(Slot* slot) {
     status = ReadMembers();
     if (status != ENG_OK) return status;
     // Past a point, reading everything in order costs less than reading much of it in disorder.
-    if (tree.collation().unique || ids.size() > 1000 + tree.rows().rows() / 2) return Rebuild(slot);
-    status = tree.Update(*reader_, ids);
+    bool needs_build = ids.size() > 1000 + tree.rows().rows() / 2;
+    if (!needs_build) status = tree.Update(*reader_, ids, &needs_build);
     if (status != ENG_OK) return status;
+    if (needs_build) return Rebuild(slot);
+    slot->passed += ids.size();
   }
   tree.feed = feed;
   tree.folder_change = folder_change;
@@ -211,7 +220,7 @@ ENGSTATUS ViewIndex::BringIn(Slot* slot) {
 // A tree that lost its pages starts again from what is kept.
 ENGSTATUS ViewIndex::Renew(Slot* slot) {
   ForgetLog(slot);
-  members_change_.reset();  // what was undone may have the numbers of what came after it
+  FollowReverts(slot);
   bool found = false;
   const ENGSTATUS status = slot->tree->LoadKept(identity(), &found);
   if (status != ENG_OK) return status;
@@ -245,6 +254,7 @@ ENGSTATUS ViewIndex::TreeFor(std::uint16_t number, Missing missing, Slot** slot)
   if (!kept && missing == Missing::kRefuse) return ENG_ERR_NO_COLLECTION;
   found.tree = std::move(tree);
   found.built.reset();
+  found.reverts = reverts_;
   ForgetLog(&found);
   status = kept ? ReadMembers() : Rebuild(&found);
   if (status != ENG_OK) found.tree.reset();
@@ -282,7 +292,7 @@ ENGSTATUS ViewIndex::Open(Start start, Missing missing) {
 bool ViewIndex::FeedTellsOfDesign() const {
   const auto slot = slots_.find(0);
   return design_ && design_database_ == entries_ && slot != slots_.end() && slot->second.tree &&
-         !slot->second.tree->restricted && !slot->second.reverted;
+         !slot->second.tree->restricted && !IsStale(slot->second);
 }
 
 ENGSTATUS ViewIndex::Update() {
@@ -310,7 +320,7 @@ ENGSTATUS ViewIndex::UpdateLocked() {
   ENGSTATUS status = ENG_OK;
   for (auto& [number, slot] : slots_) {
     if (!slot.tree || status != ENG_OK) continue;
-    status = slot.reverted.exchange(false) ? Renew(&slot) : UpdateSlot(&slot);
+    status = IsStale(slot) ? Renew(&slot) : UpdateSlot(&slot);
   }
   return status;
 }
@@ -319,35 +329,38 @@ ENGSTATUS ViewIndex::With(std::uint16_t collation, const Use& use) {
   const std::lock_guard lock(mutex_);
   Slot* slot = nullptr;
   ENGSTATUS status = design_ ? TreeFor(collation, Missing::kBuild, &slot) : ENGSTATUS{ENG_ERR_NO_COLLECTION};
-  if (status == ENG_OK && slot->reverted.exchange(false)) status = Renew(slot);
+  if (status == ENG_OK && IsStale(*slot)) status = Renew(slot);
   if (status != ENG_OK) return status;
-  bool lost = false;
   try {
     return use(*slot->tree);
   } catch (const IndexFault& fault) {
-    lost = fault.status == ENG_ERR_DB_DAMAGED || fault.status == ENG_ERR_SLATE_CONFLICT;
     status = fault.status;
   }
-  if (lost) status = Renew(slot);
+  // Damaged pages can't be had at all, another process's can.
+  if (status == ENG_ERR_SLATE_CONFLICT) {
+    status = Renew(slot);
+    if (status == ENG_OK) status = Caught([&] { return use(*slot->tree); });
+  }
+  if (status != ENG_ERR_DB_DAMAGED) return status;
+  status = Rebuild(slot);
   return status == ENG_OK ? Caught([&] { return use(*slot->tree); }) : status;
 }
 
 void ViewIndex::KeepSlot(Slot* slot) {
   // Derived data: what can't be written now, in a database that is read only or in use, comes from the feed again.
   const ENGSTATUS status = Caught([&] { return slot->tree->Keep(identity()); });
-  static_cast<void>(status);
+  if (status == ENG_OK) slot->passed = 0;
 }
 
 void ViewIndex::Keep() {
   const std::lock_guard lock(mutex_);
   for (auto& [number, slot] : slots_) {
-    if (slot.tree && slot.tree->unkept() != 0) KeepSlot(&slot);
+    const bool behind = slot.tree && (slot.tree->unkept() != 0 || slot.passed > kMostPassed);
+    if (behind && !IsStale(slot)) KeepSlot(&slot);
   }
 }
 
-void ViewIndex::Revert() {
-  for (auto& [number, slot] : slots_) slot.reverted = true;
-}
+void ViewIndex::Revert() { ++reverts_; }
 
 void ViewIndex::ForgetLog(Slot* slot) {
   slot->log.clear();

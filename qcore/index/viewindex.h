@@ -42,7 +42,7 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
   void Revert();
 
   // Runs `use` with a collation's tree; ENG_ERR_NO_COLLECTION for a collation that the design does not have. When pages
-  // can't be read, or are another process's by now, the tree is made anew and `use` runs once more.
+  // can't be read, or are another process's by now, the tree is made anew and `use` runs again.
   using Use = std::function<ENGSTATUS(IndexTree&)>;
   [[nodiscard]] ENGSTATUS With(std::uint16_t collation, const Use& use);
   // Within With: what rows need beside the tree.
@@ -60,13 +60,17 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
   struct Slot {
     std::unique_ptr<IndexTree> tree;
     std::deque<LoggedChange> log;
-    std::uint64_t log_from = 0;  // every change behind this number is in the log
-    std::atomic<bool> reverted = false;
+    std::uint64_t log_from = 0;     // every change behind this number is in the log
     std::optional<TIMEDATE> built;  // by this object
+    std::size_t passed = 0;         // documents brought in since the last keeping, with rows or without
+    std::uint64_t reverts = 0;      // those that the tree has followed
   };
 
   [[nodiscard]] ENGSTATUS ReadDesignIfChanged(bool* changed);
+  // Whether the tree has to start again from what is kept.
+  bool IsStale(const Slot& slot) const { return slot.reverts != reverts_ || !slot.tree->sound(); }
   [[nodiscard]] ENGSTATUS TreeFor(std::uint16_t collation, Missing missing, Slot** slot);
+  void FollowReverts(Slot* slot);
   [[nodiscard]] ENGSTATUS Rebuild(Slot* slot);
   [[nodiscard]] ENGSTATUS Renew(Slot* slot);
   [[nodiscard]] ENGSTATUS BringIn(Slot* slot);
@@ -99,6 +103,7 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
   std::unique_ptr<DocumentReader> reader_;
   std::optional<std::uint64_t> members_change_;  // the folder's change that the reader's members stand for
   std::map<std::uint16_t, Slot> slots_;
+  std::atomic<std::uint64_t> reverts_ = 0;  // how often a transaction of the client was undone
   std::uint64_t last_change_ = 1;
 };
 

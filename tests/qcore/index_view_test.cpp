@@ -216,6 +216,83 @@ TEST_F(Views, RolledBackDocumentsHaveNoRows) {
   EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d stays"}));
 }
 
+TEST_F(Views, WhatWasRolledBackIsNotKept) {
+  Doc({{"Name", "stays"}});
+  const std::uint32_t view = MakeView({{"Name", 1}});
+  {
+    const OpenCollection collection(db_, view);
+    ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+    Doc({{"Name", "goes"}});
+    EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+    ASSERT_EQ(EngDbRollback(db_), ENG_OK);
+  }
+  Doc({{"Name", "comes"}});
+  const OpenCollection collection(db_, view);
+  EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d comes", "2 d stays"}));
+}
+
+TEST_F(Views, UniqueKeysFollowChangesByThemselves) {
+  const std::uint32_t first = Doc({{"Name", "a"}, {"Text", "1"}});
+  const std::uint32_t second = Doc({{"Name", "b"}, {"Text", "2"}});
+  const std::uint32_t third = Doc({{"Name", "b"}, {"Text", "3"}});
+  const OpenCollection collection(db_, MakeView({{"Name", 1}, {"Text"}}, 0, "", 1));
+  EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d a|1", "2 d b|2"}));
+  const struct {
+    std::uint32_t id;
+    const char* name;
+    const char* text;
+    Strings rows;
+    int followed;  // 0: the index was built anew
+  } changes[] = {
+      {third, "b", "4", {"1 d a|1", "2 d b|2"}, 1},             // loses as before
+      {second, "b", "5", {"1 d a|1", "2 d b|5"}, 1},            // wins as before
+      {third, "c", "6", {"1 d a|1", "2 d b|5", "3 d c|6"}, 1},  // has a key of its own
+      {second, "c", "7", {"1 d a|1", "2 d c|7"}, 0},            // another may win what it leaves
+      {first, "c", "8", {"1 d c|8"}, 1},                        // takes a key that two had
+      {second, "a", "9", {"1 d a|9", "2 d c|8"}, 1},
+      {first, "d", "8", {"1 d a|9", "2 d c|6", "3 d d|8"}, 0},
+  };
+  ENGHANDLE block = 0;
+  std::uint32_t count = 0;
+  int complete = 0;
+  for (const auto& change : changes) {
+    std::uint64_t since = 0;
+    EXPECT_EQ(EngCollectionGetChanges(collection.get(), &since, &block, &count, &complete), ENG_OK);
+    Change(change.id, {{"Name", change.name}, {"Text", change.text}});
+    EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+    EXPECT_EQ(AllRows(collection.get()), change.rows) << change.text;
+    EXPECT_EQ(EngCollectionGetChanges(collection.get(), &since, &block, &count, &complete), ENG_OK);
+    EXPECT_EQ(complete, change.followed) << change.text;
+    if (block != 0) {
+      EXPECT_EQ(EngMemFree(block), ENG_OK);
+    }
+  }
+}
+
+TEST_F(Views, DamagedPagesAreMadeAnew) {
+  for (int i = 0; i < 400; ++i) Doc({{"Name", std::to_string(i % 50) + qtest::Repeated(300, 'a')}, {"nSize", "1"}});
+  const std::uint32_t view = MakeView({{"Name", 3}, {"nSize", 1, 4}});
+  const Strings rows = AllRows(OpenCollection(db_, view).get());
+  const char* const damages[] = {
+      "UPDATE page SET data=x'00'",
+      "UPDATE page SET data=zeroblob(length(data)) WHERE id%16=9",
+      "UPDATE page SET data=(SELECT p.data FROM page p WHERE p.id=page.id+1) WHERE id%3=2 AND EXISTS(SELECT 1 FROM "
+      "page "
+      "p WHERE p.id=page.id+1)",
+      "UPDATE page SET data=substr(data,1,length(data)-1)",
+      "UPDATE page SET data=data||x'00'",
+      "DELETE FROM page WHERE id%2=0",
+      "DELETE FROM page WHERE id%2=1",
+  };
+  for (const char* damage : damages) {
+    ASSERT_EQ(EngDbClose(db_), ENG_OK);
+    Execute(damage);
+    db_ = Open();
+    const OpenCollection collection(db_, view);
+    EXPECT_EQ(AllRows(collection.get()), rows) << damage;
+  }
+}
+
 TEST_F(Views, OpeningSaysWhatIsMissing) {
   const std::uint32_t document = Doc({{"Name", "a"}});
   const std::uint32_t view = MakeView({{"Name", 1}});
