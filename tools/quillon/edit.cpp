@@ -131,7 +131,8 @@ void AddEditCommands(CLI::App& app, Options& options, int* result) {
   set->add_option("store", arguments->store, "The store")->required();
   set->add_option("document", arguments->document, "Number, or the whole Subject")->required();
   set->add_option("item", arguments->item, "The item's name")->required();
-  set->add_option("value", arguments->values, "Texts, or number:VALUE for all of them")->required();
+  set->add_option("value", arguments->values, "Texts, or number:VALUE or time:YYYY-MM-DD[THH:MM[:SS]Z] for all of them")
+      ->required();
   set->add_option("--watch", arguments->watch, "Tell what becomes of the rows of this view");
   set->callback([&options, arguments, result] { *result = RunSet(options, *arguments); });
 }

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "tools/quillon/command.h"
+#include "tools/quillon/formulas.h"
 #include "tools/quillon/progress.h"
 #include "tools/quillon/values.h"
 
@@ -12,6 +13,9 @@ namespace {
 
 struct Arguments {
   std::string store;
+  std::string select;
+  std::string since;
+  unsigned long limit = 0;
 };
 
 struct Row {
@@ -42,10 +46,22 @@ Row ReadRow(VQDocument& document) {
           TimeText(*document.GetLastModified().GetTIMEDATE()), TextOf(document, "Form"), TextOf(document, "Subject")};
 }
 
+void Select(VQDatabase& database, const Arguments& arguments, VQDocumentArray* documents) {
+  VQSearchOptions search;
+  TIMEDATE since{};
+  if (ReadTimeArgument(arguments.since, &since)) {
+    search.SetBeginDate(VQDatetime(since));
+  } else if (!arguments.since.empty()) {
+    throw Failure{kExitUsage, "--since takes time:YYYY-MM-DDTHH:MM:SSZ"};
+  }
+  search.SetMaxSlates(arguments.limit);
+  database.Search(CompileFormula(arguments.select.empty() ? "SELECT @All" : arguments.select), documents, &search);
+}
+
 int Run(const Options& options, const Arguments& arguments) {
   Store store(options, arguments.store);
   VQDocumentArray documents;
-  store.database().GetDocuments(&documents);
+  Select(store.database(), arguments, &documents);
   const unsigned long count = documents.GetCount();
   JsonWriter json(std::cout);
   if (options.json) json.BeginArray();
@@ -67,6 +83,9 @@ void AddListCommand(CLI::App& app, Options& options, int* result) {
   auto arguments = std::make_shared<Arguments>();
   CLI::App* list = app.add_subcommand("ls", "List documents: number, bytes, modified, form, subject");
   list->add_option("store", arguments->store, "The store")->required();
+  list->add_option("--select", arguments->select, "Only those that this formula selects");
+  list->add_option("--since", arguments->since, "Only those saved here at or after time:YYYY-MM-DDTHH:MM:SSZ");
+  list->add_option("--limit", arguments->limit, "At most so many")->check(CLI::Range(1UL, 0xFFFFFFFFUL));
   list->callback([&options, arguments, result] { *result = Run(options, *arguments); });
 }
 

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cinttypes>
 #include <cstdio>
+#include <optional>
 #include <variant>
 
 #include "tools/quillon/command.h"
@@ -281,29 +282,88 @@ bool ReadNumberArgument(const std::string& text, double* number) {
   return true;
 }
 
+namespace {
+
+// The two digits behind `before`, taken off the text with it; nothing is taken where they are missing.
+std::optional<std::uint32_t> TwoDigits(std::string_view* text, std::string_view before) {
+  if (!text->starts_with(before) || text->size() < before.size() + 2) return std::nullopt;
+  const char* const begin = text->data() + before.size();
+  std::uint32_t number = 0;
+  const auto parsed = std::from_chars(begin, begin + 2, number);
+  if (parsed.ec != std::errc() || parsed.ptr != begin + 2) return std::nullopt;
+  text->remove_prefix(before.size() + 2);
+  return number;
+}
+
+std::optional<std::uint32_t> ReadDay(std::string_view* text) {
+  const auto century = TwoDigits(text, "");
+  const auto year = TwoDigits(text, "");
+  const auto month = TwoDigits(text, "-");
+  const auto day = TwoDigits(text, "-");
+  if (!century || !year || !month || !day) return std::nullopt;
+  const std::chrono::year_month_day date(std::chrono::year(static_cast<int>(*century * 100 + *year)),
+                                         std::chrono::month(*month), std::chrono::day(*day));
+  if (!date.ok()) return std::nullopt;
+  return static_cast<std::uint32_t>(std::chrono::sys_days(date).time_since_epoch().count() + kUnixDayNumber);
+}
+
+// Of hours, minutes and what follows of seconds and hundredths.
+std::optional<std::uint32_t> ReadTicks(std::string_view* text) {
+  const auto hour = TwoDigits(text, "T");
+  const auto minute = TwoDigits(text, ":");
+  const std::uint32_t second = TwoDigits(text, ":").value_or(0);
+  const std::uint32_t tick = TwoDigits(text, ".").value_or(0);
+  if (!hour || !minute || *hour > 23 || *minute > 59 || second > 59 || *text != "Z") return std::nullopt;
+  return ((*hour * 60 + *minute) * 60 + second) * 100 + tick;
+}
+
+}  // namespace
+
+bool ReadTimeArgument(const std::string& text, TIMEDATE* moment) {
+  static constexpr std::string_view kPrefix = "time:";
+  if (!text.starts_with(kPrefix)) return false;
+  std::string_view rest = std::string_view(text).substr(kPrefix.size());
+  const auto day = ReadDay(&rest);
+  const auto ticks = !day || rest.empty() ? std::optional<std::uint32_t>(ENG_TIME_WILD) : ReadTicks(&rest);
+  if (!day || !ticks) throw Failure{kExitUsage, "no time: " + Printable(text.substr(kPrefix.size()))};
+  *moment = {*ticks, *day};
+  return true;
+}
+
+namespace {
+
+// Puts the values into the open document's item.
+template <typename List>
+void PutItem(VQDocument& document, const VQString& name, const List& values) {
+  List target;
+  document.CreateItem(name, &target, VQITEMFLAGS_SUMMARY);
+  target.SetValue(values);
+}
+
+}  // namespace
+
 void SetItem(VQDocument& document, const std::string& name, const std::vector<std::string>& values) {
   VQText texts;
   VQNumbers numbers;
+  VQDatetimes times;
   for (const std::string& value : values) {
     double number = 0;
+    TIMEDATE moment{};
     if (ReadNumberArgument(value, &number)) {
       numbers << number;
+    } else if (ReadTimeArgument(value, &moment)) {
+      times << VQDatetime(moment);
     } else {
       texts << FromText(value);
     }
   }
-  if (texts.GetCount() != 0 && numbers.GetCount() != 0) throw Failure{kExitUsage, "texts and numbers in one item"};
+  const int kinds = (texts.GetCount() != 0) + (numbers.GetCount() != 0) + (times.GetCount() != 0);
+  if (kinds > 1) throw Failure{kExitUsage, "texts, numbers and times in one item"};
   const VQString item = FromText(name);
   if (document.HasItem(item)) document.DeleteItem(item);
-  if (texts.GetCount() != 0) {
-    VQText target;
-    document.CreateItem(item, &target, VQITEMFLAGS_SUMMARY);
-    target.SetValue(texts);
-  } else {
-    VQNumbers target;
-    document.CreateItem(item, &target, VQITEMFLAGS_SUMMARY);
-    target.SetValue(numbers);
-  }
+  if (texts.GetCount() != 0) return PutItem(document, item, texts);
+  if (times.GetCount() != 0) return PutItem(document, item, times);
+  PutItem(document, item, numbers);
 }
 
 }  // namespace tool

@@ -39,7 +39,9 @@ void WriteValue(JsonWriter& json, const StoredItem& item);
 
 // number:VALUE; false for an argument that stands for a text, Failure{kExitUsage} for a value that is no number.
 bool ReadNumberArgument(const std::string& text, double* number);
-// In place of what the open document has under that name: all texts, or all number:VALUE (Failure{kExitUsage}).
+// The same for time:YYYY-MM-DD, a day alone, or time:YYYY-MM-DDTHH:MM[:SS[.HH]]Z, as TimeText writes it.
+bool ReadTimeArgument(const std::string& text, TIMEDATE* moment);
+// In place of what the open document has under that name: all texts, numbers or times (Failure{kExitUsage}).
 void SetItem(VQDocument& document, const std::string& name, const std::vector<std::string>& values);
 
 }  // namespace tool

@@ -112,8 +112,11 @@ VQVFFindOptions FindOptionsOf(const std::string& comparison) {
 
 void AppendKey(VQVFFindKeys& keys, const std::string& text) {
   double number = 0;
+  TIMEDATE moment{};
   if (ReadNumberArgument(text, &number)) {
     keys.Append(number);
+  } else if (ReadTimeArgument(text, &moment)) {
+    keys.Append(VQDatetime(moment));
   } else {
     keys.Append(FromText(text));
   }
@@ -241,7 +244,9 @@ void AddViewCommands(CLI::App& app, Options& options, int* result) {
   CLI::App* find = app.add_subcommand("find", "Show the rows that a key finds");
   find->add_option("store", arguments->store, "The store")->required();
   find->add_option("view", arguments->view, "A view or folder")->required();
-  find->add_option("key", arguments->keys, "A text, or number:VALUE, for each sorted column")->required();
+  find->add_option("key", arguments->keys,
+                   "A text, number:VALUE or time:YYYY-MM-DD[THH:MM[:SS]Z], for each sorted column")
+      ->required();
   find->add_option("--comparison", arguments->comparison, "equal (default), less, greater")
       ->check(CLI::IsMember({"equal", "less", "greater"}));
   find->add_option("--count", arguments->range.count, "At most so many rows");
