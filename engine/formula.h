@@ -60,7 +60,8 @@ typedef struct ENGFORMULAERROR {
 // On a failure with *error filled the text is wrong there; statuses ENG_ERR_FORMULA_... of engine/status.h.
 ENG_API ENGSTATUS EngFormulaCompile(const ENGCHAR* text, uint16_t length, ENGHANDLE* code, uint16_t* code_length,
                                     ENGFORMULAERROR* error);
-// The text compiles to the same code. The code is taken to be as long as it says.
+// The text compiles to the same code; ENG_ERR_FORMULA_TOO_LARGE for one above 65,535 bytes. The code is taken to be as
+// long as it says.
 ENG_API ENGSTATUS EngFormulaDecompile(const void* code, uint16_t flags, ENGHANDLE* text, uint16_t* length);
 // Checks bytes that a stranger may have written.
 ENG_API ENGSTATUS EngFormulaVerify(const void* code, uint32_t code_length);

@@ -72,34 +72,44 @@ std::string ConstantText(const Constant& constant) {
 
 void Enclose(std::string* text) { *text = '(' + *text + ')'; }
 
+// Texts of more bytes than a formula can have are not made: code that strangers wrote may name a long text many times.
+constexpr std::size_t kMostText = 65535;
+
 class TextMaker final : public Visitor {
  public:
   explicit TextMaker(const std::vector<Constant>& constants) : constants_(constants) {}
 
+  bool too_long() const { return size_ > kMostText; }
   std::string Take() { return std::move(statements_); }
 
-  void OnConstant(std::uint16_t index) override { stack_.push_back(ConstantText(constants_[index])); }
+  void OnConstant(std::uint16_t index) override {
+    if (Grows(constants_[index].text.size())) stack_.push_back(ConstantText(constants_[index]));
+  }
   void OnName(std::uint16_t index) override { OnConstant(index); }
 
   void OnUnary(Op op, bool parentheses) override {
+    if (!Grows(1)) return;
     if (parentheses) Enclose(&stack_.back());
     stack_.back().insert(0, OperatorOf(op).text);
   }
   void OnBinary(Op op, bool left_parentheses, bool right_parentheses) override {
-    std::string right = Pop();
+    if (!Grows(1)) return;
+    const std::string right = Pop();
     if (left_parentheses) Enclose(&stack_.back());
     Join(op, right, right_parentheses);
   }
   void OnLogicBegin(Op, bool left_parentheses) override {
-    if (left_parentheses) Enclose(&stack_.back());
+    if (Grows(1) && left_parentheses) Enclose(&stack_.back());
   }
   void OnLogicEnd(Op op, bool right_parentheses) override {
+    if (!Grows(1)) return;
     const std::string right = Pop();
     Join(op, right, right_parentheses);
   }
 
   void OnCall(std::uint16_t function, std::uint16_t arguments) override {
     std::string text = '@' + std::string(FindFunction(function)->name);
+    if (!Grows(text.size())) return;
     const std::size_t first = stack_.size() - arguments;
     for (std::size_t i = first; i < stack_.size(); ++i) {
       text += i == first ? "(" : "; ";
@@ -111,25 +121,40 @@ class TextMaker final : public Visitor {
   }
   // The call's text grows in the place of its first argument.
   void OnLazyBegin(std::uint16_t function, std::uint16_t) override {
-    stack_.push_back('@' + std::string(FindFunction(function)->name));
+    if (Grows(1)) stack_.push_back('@' + std::string(FindFunction(function)->name));
   }
   void OnArgumentBegin(std::uint16_t) override {}
   void OnArgumentEnd(std::uint16_t argument) override {
+    if (!Grows(1)) return;
     const std::string text = Pop();
     stack_.back() += argument == 0 ? "(" : "; ";
     stack_.back() += text;
   }
-  void OnLazyEnd(std::uint16_t, std::uint16_t) override { stack_.back() += ')'; }
+  void OnLazyEnd(std::uint16_t, std::uint16_t) override {
+    if (Grows(1)) stack_.back() += ')';
+  }
 
   void OnSet(Op op, std::uint16_t name) override {
+    if (!Grows(constants_[name].text.size())) return;
     const char* const word = op == Op::kSetItem ? "FIELD " : op == Op::kSetDefault ? "DEFAULT " : "";
     stack_.back().insert(0, word + std::string(constants_[name].text) + " := ");
   }
-  void OnSelect() override { stack_.back().insert(0, "SELECT "); }
-  void OnRemark(std::uint16_t index) override { Add("REM " + ConstantText(constants_[index])); }
-  void OnEnd() override { Add(Pop()); }
+  void OnSelect() override {
+    if (Grows(1)) stack_.back().insert(0, "SELECT ");
+  }
+  void OnRemark(std::uint16_t index) override {
+    if (Grows(constants_[index].text.size())) Add("REM " + ConstantText(constants_[index]));
+  }
+  void OnEnd() override {
+    if (Grows(1)) Add(Pop());
+  }
 
  private:
+  // Counts what every operation adds at least. False from the moment on when it is too much; nothing is made then.
+  bool Grows(std::size_t size) {
+    size_ += size;
+    return !too_long();
+  }
   std::string Pop() {
     std::string text = std::move(stack_.back());
     stack_.pop_back();
@@ -153,6 +178,7 @@ class TextMaker final : public Visitor {
   const std::vector<Constant>& constants_;
   std::vector<std::string> stack_;
   std::string statements_;
+  std::size_t size_ = 0;
 };
 
 ENGSTATUS BodyText(Bytes body, std::string* text) {
@@ -161,8 +187,9 @@ ENGSTATUS BodyText(Bytes body, std::string* text) {
   if (status != ENG_OK) return status;
   TextMaker maker(walk.constants());
   status = walk.Run(&maker);
-  if (status == ENG_OK) *text += maker.Take();
-  return status;
+  if (status != ENG_OK) return status;
+  if (!maker.too_long()) *text += maker.Take();
+  return maker.too_long() || text->size() > kMostText ? ENGSTATUS{ENG_ERR_FORMULA_TOO_LARGE} : status;
 }
 
 // Whole code of which the first section is taken over, and the others but one of that kind and name.

@@ -118,7 +118,7 @@ Value Unique(Machine& machine, Arguments arguments) {
   const Value& list = arguments[0];
   if (list.type == Type::kRemoval) return TypeError();
   std::vector<std::uint32_t> places;
-  if (list.is_time()) machine.Charge(std::uint64_t{list.count} * list.count);
+  machine.Charge(list.is_time() ? std::uint64_t{list.count} * list.count : list.count);
   std::unordered_set<std::uint32_t, EntryHash, EntryEqual> seen(list.count, EntryHash{&list}, EntryEqual{&list});
   for (std::uint32_t i = 0; i < list.count; ++i) {
     if (list.is_text()) machine.ChargeText(list.texts()[i].size);
@@ -199,7 +199,7 @@ Value Keywords(Machine& machine, Arguments arguments) {
     bool present = false;
     for (std::uint32_t j = 0; j < list.count && !present; ++j) {
       const std::string_view text = list.texts()[j].view();
-      machine.Charge(text.size() / 16 + 1);
+      machine.Charge(1 + text.size() / 16 + std::uint64_t{text.size()} * word.size() / 4096);
       present = !word.empty() && text::Find(Chars(text), Chars(word), ENG_COMPARE_IGNORE_CASE).has_value();
     }
     if (present) found.Add(words.texts()[i]);

@@ -1,7 +1,9 @@
 // The user and names of people.
+#include "engine/text.h"
 #include "qcore/formula/functions_support.h"
 #include "qcore/formula/personname.h"
 #include "qcore/settings/settings.h"
+#include "qcore/text/translate.h"
 
 namespace qcore::formula {
 
@@ -9,7 +11,9 @@ namespace {
 
 std::string CurrentUser(Machine& machine) {
   const auto names = machine.source().UserNames();
-  return names.empty() ? settings::UserName() : names.front();
+  if (!names.empty()) return names.front();
+  const std::string platform = settings::UserName();
+  return text::Translate(ENG_TRANSLATE_PLATFORM_TO_STORE, text::AsText(platform), UINT16_MAX);
 }
 
 Value UserName(Machine& machine, Arguments) { return machine.Text(CurrentUser(machine)); }
@@ -20,7 +24,7 @@ bool IsRole(std::string_view name) { return name.starts_with('[') && name.ends_w
 Value NamesOf(Machine& machine, bool roles) {
   TextList list(machine);
   const auto names = machine.source().UserNames();
-  if (names.empty() && !roles) return machine.Text(settings::UserName());
+  if (names.empty() && !roles) return machine.Text(CurrentUser(machine));
   for (const std::string& name : names) {
     if (!roles || IsRole(name)) list.Add(Kept(machine, name));
   }
@@ -31,6 +35,7 @@ Value UserRoles(Machine& machine, Arguments) { return NamesOf(machine, true); }
 
 Value Name(Machine& machine, Arguments arguments) {
   if (!arguments[0].is_text()) return TypeError();
+  if (HasLongText(arguments[1])) return RangeError();
   const std::string_view keyword = FirstText(arguments[0]);
   return MapTexts(machine, arguments[1], [&](std::string_view name) {
     machine.Charge(name.size());

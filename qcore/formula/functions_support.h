@@ -47,12 +47,20 @@ inline std::string_view FirstText(const Value& value) {
   return value.is_text() ? value.texts()->view() : std::string_view();
 }
 
+// For texts that are taken into many pieces: names and patterns have a bound.
+inline bool HasLongText(const Value& value) {
+  constexpr std::size_t kMost = 65535;
+  return value.is_text() &&
+         std::any_of(value.texts(), value.texts() + value.count, [](const TextRef& text) { return text.size > kMost; });
+}
+
 // `map` makes a text of each text.
 template <typename Map>
 Value MapTexts(Machine& machine, const Value& value, Map map) {
   if (!value.is_text()) return TypeError();
   machine.Charge(value.count);
   if (value.count == 1) {
+    machine.ChargeText(value.text.size);
     const TextRef mapped = map(value.text.view());
     return Value::Text(mapped.data, mapped.size);
   }

@@ -69,6 +69,7 @@ Value Trim(Machine& machine, Arguments arguments) {
   TextList trimmed(machine);
   for (std::uint32_t i = 0; i < list.count; ++i) {
     const std::string_view text = list.texts()[i].view();
+    machine.ChargeText(text.size());
     char* kept = machine.arena().Array<char>(text.size());
     std::size_t size = 0;
     for (const char c : text) {
@@ -84,6 +85,11 @@ Value Trim(Machine& machine, Arguments arguments) {
   return trimmed.Finish();
 }
 
+// A search looks at every place, at the worst at all of the part there.
+std::uint64_t StepsToFind(std::string_view text, std::string_view part) {
+  return 1 + text.size() / 16 + std::uint64_t{text.size()} * part.size() / 4096;
+}
+
 std::size_t FindFirst(std::string_view text, std::string_view sought) { return text.find(sought); }
 std::size_t FindLast(std::string_view text, std::string_view sought) { return text.rfind(sought); }
 
@@ -93,7 +99,7 @@ Value CutTexts(Machine& machine, Arguments arguments, ByCount by_count, ByText b
   if (arguments[1].is_text()) {
     const std::string_view sought = FirstText(arguments[1]);
     return MapTexts(machine, arguments[0], [&](std::string_view text) {
-      machine.Charge(text.size() / 16);
+      machine.Charge(StepsToFind(text, sought));
       return sought.empty() ? TextRef() : Ref(by_text(text, sought));
     });
   }
@@ -194,7 +200,7 @@ Value Middle(Machine& machine, Arguments arguments) {
   if (!arguments[1].is_text() && !AsInteger(arguments[1])) return TypeError();
   if (stretch.count < 0 || AsInteger(arguments[1]).value_or(0) < 0) return RangeError();
   return MapTexts(machine, arguments[0], [&](std::string_view text) {
-    machine.Charge(text.size() / 16);
+    machine.Charge(StepsToFind(text, FirstText(arguments[1])) + StepsToFind(text, stretch.end));
     const std::string_view rest = FromPlace(text, arguments[1], kBack);
     return Ref(kBack ? Backward(rest, stretch) : Forward(rest, stretch));
   });
@@ -207,8 +213,9 @@ Value AnyText(Machine& machine, Arguments arguments, Test test) {
   for (std::uint32_t i = 0; i < arguments[0].count; ++i) {
     const std::string_view text = arguments[0].texts()[i].view();
     for (std::uint32_t j = 0; j < arguments[1].count; ++j) {
-      machine.Charge(text.size() / 16 + 1);
-      if (test(text, arguments[1].texts()[j].view())) return Value::Truth(true);
+      const std::string_view part = arguments[1].texts()[j].view();
+      machine.Charge(StepsToFind(text, part));
+      if (test(text, part)) return Value::Truth(true);
     }
   }
   return Value::Truth(false);
@@ -227,6 +234,7 @@ Value Ends(Machine& machine, Arguments arguments) {
 }
 
 Value Matches(Machine& machine, Arguments arguments) {
+  if (HasLongText(arguments[1])) return RangeError();
   return AnyText(machine, arguments, [&](std::string_view text, std::string_view pattern) {
     machine.Charge(std::uint64_t{text.size()} * pattern.size() / 16);
     return MatchesPattern(text, pattern);
@@ -234,6 +242,7 @@ Value Matches(Machine& machine, Arguments arguments) {
 }
 
 Value Like(Machine& machine, Arguments arguments) {
+  if (HasLongText(arguments[1])) return RangeError();
   std::string_view escape;
   if (arguments.size() > 2) escape = FirstText(arguments[2]);
   return AnyText(machine, arguments.first(2), [&](std::string_view text, std::string_view pattern) {
@@ -249,7 +258,7 @@ Value Position(Machine& machine, Arguments arguments) {
   const std::string_view part = FirstText(arguments[1]);
   return MakeNumbers(machine, list.count, [&](std::uint32_t i) {
     const std::string_view text = list.texts()[i].view();
-    machine.Charge(text.size() / 16);
+    machine.Charge(StepsToFind(text, part));
     const std::size_t at = text.find(part);
     return at == text.npos ? 0.0 : static_cast<double>(CharactersOf(text.substr(0, at)) + 1);
   });
@@ -278,7 +287,7 @@ Value Word(Machine& machine, Arguments arguments) {
   const auto number = AsInteger(arguments[2]);
   if (!arguments[1].is_text() || !number) return TypeError();
   return MapTexts(machine, arguments[0], [&](std::string_view text) {
-    machine.Charge(text.size());
+    machine.Charge(text.size() + StepsToFind(text, FirstText(arguments[1])));
     return Ref(WordAt(text, FirstText(arguments[1]), *number));
   });
 }
@@ -309,7 +318,7 @@ Value Explode(Machine& machine, Arguments arguments) {
   const bool empties = arguments.size() > 2 && TruthOf(arguments[2]).truth;
   TextList words(machine);
   for (std::uint32_t i = 0; i < list.count; ++i) {
-    machine.Charge(list.texts()[i].size);
+    machine.Charge(list.texts()[i].size * (1 + separators.size() / 16));
     SplitAt(list.texts()[i].view(), separators, empties, &words);
   }
   return words.Finish();
@@ -353,7 +362,9 @@ Value ReplaceSubstring(Machine& machine, Arguments arguments) {
   const Value& to = arguments[2];
   if (!from.is_text() || !to.is_text()) return TypeError();
   return MapTexts(machine, arguments[0], [&](std::string_view text) {
-    machine.Charge(std::uint64_t{text.size()} * from.count);
+    for (std::uint32_t i = 0; i < from.count; ++i) {
+      machine.Charge(text.size() + std::uint64_t{text.size()} * from.texts()[i].size / 4096);
+    }
     std::string replaced;
     for (std::size_t at = 0; at < text.size();) {
       std::uint32_t i = 0;
@@ -406,7 +417,7 @@ Value CompareLists(Machine& machine, Arguments arguments) {
   return MakeNumbers(machine, std::max(left.count, right.count), [&](std::uint32_t i) {
     const std::string_view first = left.texts()[std::min(i, left.count - 1)].view();
     const std::string_view second = right.texts()[std::min(i, right.count - 1)].view();
-    machine.Charge(first.size() / 16);
+    machine.Charge((first.size() + second.size()) / 16);
     const int order = text::Compare(Chars(first), Chars(second), flags);
     return order < 0 ? -1.0 : order > 0 ? 1.0 : 0.0;
   });

@@ -137,8 +137,8 @@ Value Time(Machine& machine, Arguments arguments) {
 // A date and a time of day as one, in the local zone or in that of the third argument.
 Value TimeMerge(Machine&, Arguments arguments) {
   if (!arguments[0].is_time() || !arguments[1].is_time()) return TypeError();
-  const auto zone = arguments.size() > 2 ? AsInteger(arguments[2]) : std::optional<std::int64_t>(0);
-  if (!zone) return TypeError();
+  std::int32_t zone = time::LocalZone().number;
+  if (arguments.size() > 2 && !ReadIntegers(arguments.subspan(2), &zone)) return TypeError();
   ENGTIME parts;
   ENGTIME clock;
   const TIMEDATE& date = arguments[0].moments()->lower;
@@ -150,7 +150,7 @@ Value TimeMerge(Machine&, Arguments arguments) {
   parts.Second = clock.Second;
   parts.Hundredth = clock.Hundredth;
   parts.Dst = 0;
-  parts.Zone = arguments.size() > 2 ? static_cast<std::int32_t>(*zone) : time::LocalZone().number;
+  parts.Zone = zone;
   return time::FromParts(&parts) ? Value::Time(parts.GM) : RangeError();
 }
 
@@ -176,11 +176,11 @@ Value Zone(Machine&, Arguments) { return Value::Number(time::LocalZone().number)
 // As a clock in that zone shows it.
 Value TimeToTextInZone(Machine& machine, Arguments arguments) {
   const Value& list = arguments[0];
-  const auto zone = AsInteger(arguments[1]);
-  if (!list.is_time() || !zone) return TypeError();
-  if (!time::SecondsEast(static_cast<std::int32_t>(*zone))) return RangeError();
+  std::int32_t zone = 0;
+  if (!list.is_time() || !ReadIntegers(arguments.subspan(1), &zone)) return TypeError();
+  if (!time::SecondsEast(zone)) return RangeError();
   INTLFORMAT settings = machine.settings();
-  settings.TimeZone = static_cast<std::int32_t>(*zone);
+  settings.TimeZone = zone;
   settings.Flags &= static_cast<std::uint16_t>(~ENG_INTL_DAYLIGHT_SAVINGS);
   TextList texts(machine);
   for (std::uint32_t i = 0; i < list.count; ++i) {

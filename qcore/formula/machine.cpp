@@ -108,6 +108,7 @@ void Machine::Start(Source& source) {
   arena_.Reset();
   for (SlotValue& slot : slots_) slot.state = State::kUnread;
   iterations_.clear();
+  assigned_.clear();
   source_ = &source;
   steps_ = limits_.steps;
   now_.reset();
@@ -151,7 +152,11 @@ void Machine::Fetch(std::uint32_t index) {
   SlotValue& slot = slots_[index];
   const Slot& name = program_.slots()[index];
   ItemValue item;
-  if (source_->FindItem(name.item, name.name, &item)) {
+  const Value* const assigned = FindAssigned(name.name);
+  if (assigned) {
+    slot.state = assigned->type == Type::kRemoval ? State::kMissing : State::kItem;
+    slot.value = assigned->type == Type::kRemoval ? Value() : *assigned;
+  } else if (source_->FindItem(name.item, name.name, &item)) {
     slot.state = State::kItem;
     if (item.type == kNumberType && item.data.size() >= 8) {
       slot.value = Value::Number(NumberAt(item.data.data()));
@@ -166,12 +171,25 @@ void Machine::Fetch(std::uint32_t index) {
   }
 }
 
+Value* Machine::FindAssigned(std::string_view name) {
+  if (assigned_.empty()) return nullptr;
+  Charge(assigned_.size());
+  const auto found = std::ranges::find_if(assigned_, [name](const Assigned& a) { return SameName(a.name, name); });
+  return found != assigned_.end() ? &found->value : nullptr;
+}
+
 Value Machine::ReadItem(std::string_view name) {
+  const Value* const assigned = FindAssigned(name);
+  if (assigned) return assigned->type == Type::kRemoval ? Value() : *assigned;
   ItemValue item;
-  return source_->FindItem(Source::kNoIndex, name, &item) ? Decode(item) : Value();
+  if (!source_->FindItem(Source::kNoIndex, name, &item)) return {};
+  ChargeText(item.data.size());
+  return Decode(item);
 }
 
 bool Machine::HasItem(std::string_view name) {
+  const Value* const assigned = FindAssigned(name);
+  if (assigned) return assigned->type != Type::kRemoval;
   ItemValue item;
   return source_->FindItem(Source::kNoIndex, name, &item);
 }
@@ -209,8 +227,15 @@ Value Machine::Assign(std::uint32_t slot, std::string_view name, const Value& va
     const ENGSTATUS status = source_->Assign(name, bytes);
     if (status != ENG_OK) return Value::Error(status);
   }
-  const Value kept = value.type == Type::kRemoval ? Value() : value;
-  if (slot != Source::kNoIndex) slots_[slot] = {State::kTemp, kept};
+  const bool gone = value.type == Type::kRemoval;
+  const Value kept = gone ? Value() : value;
+  Value* const before = FindAssigned(name);
+  if (before) {
+    *before = value;
+  } else {
+    assigned_.push_back({{arena_.Copy(name), name.size()}, value});
+  }
+  if (slot != Source::kNoIndex) slots_[slot] = {gone ? State::kMissing : State::kTemp, kept};
   return kept;
 }
 
@@ -259,22 +284,10 @@ Value Machine::BinaryValues(Op op, const Value& left, const Value& right) {
   return Calculate(*this, op, left, right);
 }
 
-namespace {
-
-// For kEqual to kGreaterEqual, a bit for each of: not comparable, less, greater, equal.
-constexpr std::uint8_t kHolding[] = {8, 7, 2, 4, 10, 12};
-
-inline bool Holds(Op op, double left, double right) {
-  const unsigned order = (left < right ? 1u : 0u) + (left > right ? 2u : 0u) + (left == right ? 3u : 0u);
-  return (kHolding[static_cast<std::size_t>(op) - static_cast<std::size_t>(Op::kEqual)] >> order & 1) != 0;
-}
-
-}  // namespace
-
 [[gnu::always_inline]] inline bool Machine::CompareQuickly(Op op, const Value& left, const Value& right, bool* truth) {
   if (left.type != right.type || left.count != 1) return false;
   if (left.is_number() && right.count == 1) {
-    *truth = Holds(op, left.number, right.number);
+    *truth = HoldsFor(op, left.number, right.number);
     return true;
   }
   if (!left.is_text() || left.text.size >= 64) return false;

@@ -22,6 +22,14 @@ inline TruthValue TruthOf(const Value& value) {
   return value.is_number() && value.count == 1 ? TruthValue{value.number != 0, ENG_OK} : TruthOfList(value);
 }
 
+// Whether kEqual to kGreaterEqual is so; of what is no number only kNotEqual is.
+inline bool HoldsFor(Op op, double left, double right) {
+  // A bit for each of: not comparable, less, greater, equal.
+  constexpr std::uint8_t kHolding[] = {8, 7, 2, 4, 10, 12};
+  const unsigned order = (left < right ? 1u : 0u) + (left > right ? 2u : 0u) + (left == right ? 3u : 0u);
+  return (kHolding[static_cast<std::size_t>(op) - static_cast<std::size_t>(Op::kEqual)] >> order & 1) != 0;
+}
+
 class Machine {
  public:
   Machine(const LoadedProgram& program, const Limits& limits);
@@ -46,7 +54,7 @@ class Machine {
   Value Join(const Value& left, const Value& right);
   const TIMEDATE& Now();
   const INTLFORMAT& settings();
-  // The item's value, whatever temporaries there are.
+  // The item's value as it was assigned or as the document has it, whatever temporaries there are.
   Value ReadItem(std::string_view name);
   bool HasItem(std::string_view name);
   // Of a value with its type word, of which a copy is kept.
@@ -73,7 +81,14 @@ class Machine {
     std::optional<Value> result;
   };
 
+  struct Assigned {
+    std::string_view name;
+    Value value;
+  };
+
   void Start(Source& source);
+  // Null for an item that was not assigned.
+  Value* FindAssigned(std::string_view name);
   const Value& Read(std::uint32_t slot) {
     if (slots_[slot].state == State::kUnread) Fetch(slot);
     return slots_[slot].value;
@@ -108,6 +123,7 @@ class Machine {
   std::vector<Value> stack_;
   std::vector<SlotValue> slots_;
   std::vector<Iteration> iterations_;
+  std::vector<Assigned> assigned_;  // items, whether the source takes them or not
   Source* source_ = nullptr;
   std::uint64_t steps_ = 0;
   std::optional<TIMEDATE> now_;

@@ -178,14 +178,12 @@ bool Holds(Op op, int order) {
   }
 }
 
-int CompareNumbers(double left, double right) { return left < right ? -1 : left > right ? 1 : 0; }
-
 // Whether any pair is as the operator says.
-template <typename Order>
-Value AnyPair(Machine& machine, Plan plan, const Value& left, const Value& right, Order order) {
+template <typename Test>
+Value AnyPair(Machine& machine, Plan plan, const Value& left, const Value& right, Test test) {
   bool found = false;
   ForPairs(machine, plan.each, left.count, right.count, [&](std::uint32_t i, std::uint32_t j) {
-    found = Holds(plan.op, order(i, j));
+    found = test(i, j);
     return !found;
   });
   return Value::Truth(found);
@@ -199,12 +197,12 @@ Value CompareTextLists(Machine& machine, Plan plan, const Value& left, const Val
   if (plan.op == Op::kEqual) {
     return AnyPair(machine, plan, left, right, [&](std::uint32_t i, std::uint32_t j) {
       machine.ChargeText(left.texts()[i].size);
-      return EqualPair(left.texts()[i], right.texts()[j]) ? 0 : 1;
+      return EqualPair(left.texts()[i], right.texts()[j]);
     });
   }
   return AnyPair(machine, plan, left, right, [&](std::uint32_t i, std::uint32_t j) {
     machine.ChargeText(left.texts()[i].size);
-    return CompareTexts(left.texts()[i], right.texts()[j]);
+    return Holds(plan.op, CompareTexts(left.texts()[i], right.texts()[j]));
   });
 }
 
@@ -343,15 +341,12 @@ Value Compare(Machine& machine, Op op, const Value& left, const Value& right) {
   }
   if (left.is_text()) return CompareTextLists(machine, plan, left, right);
   if (left.is_number()) {
-    if (left.count == 1 && right.count == 1) {
-      return Value::Truth(Holds(plan.op, CompareNumbers(left.number, right.number)));
-    }
     return AnyPair(machine, plan, left, right, [&](std::uint32_t i, std::uint32_t j) {
-      return CompareNumbers(left.numbers()[i], right.numbers()[j]);
+      return HoldsFor(plan.op, left.numbers()[i], right.numbers()[j]);
     });
   }
   return AnyPair(machine, plan, left, right, [&](std::uint32_t i, std::uint32_t j) {
-    return CompareMoments(left.moments()[i], right.moments()[j]);
+    return Holds(plan.op, CompareMoments(left.moments()[i], right.moments()[j]));
   });
 }
 

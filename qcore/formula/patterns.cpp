@@ -78,22 +78,25 @@ std::vector<Part> ReadPattern(std::string_view pattern) {
 }
 
 // Going back only to the last place of any number keeps this at text times pattern.
-bool Match(const std::vector<std::int32_t>& text, const std::vector<Part>& parts) {
+bool Match(std::string_view text, const std::vector<Part>& parts) {
   constexpr std::size_t kNone = SIZE_MAX;
+  const auto* const bytes = reinterpret_cast<const ENGCHAR*>(text.data());
   std::size_t at = 0;
   std::size_t part = 0;
   std::size_t many = kNone;
   std::size_t retry = 0;
   while (at < text.size()) {
+    const text::Character character = text::Decode(bytes + at, text.size() - at);
     if (part < parts.size() && parts[part].many) {
       many = part++;
       retry = at;
-    } else if (part < parts.size() && parts[part].Takes(text[at])) {
+    } else if (part < parts.size() && parts[part].Takes(character.code)) {
       ++part;
-      ++at;
+      at += character.length;
     } else if (many != kNone) {
       part = many + 1;
-      at = ++retry;
+      retry += text::Decode(bytes + retry, text.size() - retry).length;
+      at = retry;
     } else {
       return false;
     }
@@ -113,9 +116,7 @@ int HexDigit(char c) {
 
 }  // namespace
 
-bool MatchesPattern(std::string_view text, std::string_view pattern) {
-  return Match(CodesOf(text), ReadPattern(pattern));
-}
+bool MatchesPattern(std::string_view text, std::string_view pattern) { return Match(text, ReadPattern(pattern)); }
 
 bool IsLike(std::string_view text, std::string_view pattern, std::string_view escape) {
   const std::vector<std::int32_t> escapes = CodesOf(escape);
@@ -128,7 +129,7 @@ bool IsLike(std::string_view text, std::string_view pattern, std::string_view es
       parts.push_back(codes[i] == '_' ? Any() : codes[i] == '%' ? Many() : One(codes[i]));
     }
   }
-  return Match(CodesOf(text), parts);
+  return Match(text, parts);
 }
 
 std::string SoundexOf(std::string_view text) {

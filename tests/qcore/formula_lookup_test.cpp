@@ -114,6 +114,7 @@ TEST_F(Lookups, AreNotForViews) {
 }
 
 TEST_F(Lookups, ResponsesAreBelowWhatIsSelected) {
+  qtest::StandingClock clock;
   const std::uint32_t main = Doc({{"Form", "Main"}});
   const std::uint32_t child = Doc({{"Form", "Child"}}, main);
   const std::uint32_t grandchild = Doc({{"Form", "Child"}}, child);
@@ -122,6 +123,7 @@ TEST_F(Lookups, ResponsesAreBelowWhatIsSelected) {
   Change(loop, {{"Form", "Child"}}, loop);
   const std::uint32_t hidden = Doc({{"Form", "Child"}}, Doc({{"Form", "Main"}, {"$Readers", "CN=Somebody Else"}}));
   TIMEDATE since{};
+  clock.Sleep(std::chrono::seconds(1));
   Search(1, nullptr, &since);
   Change(grandchild, {{"Form", "Child"}, {"Changed", "1"}});
   const std::string deep = R"(SELECT Form = "Main" | @AllDescendants)";
