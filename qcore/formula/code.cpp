@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "qcore/formula/functions.h"
 
@@ -67,10 +69,14 @@ ENGSTATUS ReadSections(Bytes code, std::vector<Section>* sections) {
   if (code[2] > kVersion) return ENG_ERR_FORMULA_VERSION;
   if (code[2] != kVersion || code[3] != 0 || ReadWord(code.data() + 6) != 0) return ENG_ERR_FORMULA_CODE;
   sections->clear();
+  std::set<std::pair<SectionKind, std::string>> names;
   for (Bytes rest = code.subspan(kHeaderSize); !rest.empty();) {
     Section section{};
     if (!TakeSection(&rest, &section)) return ENG_ERR_FORMULA_CODE;
     if (sections->empty() != (section.kind == SectionKind::kSelection)) return ENG_ERR_FORMULA_CODE;
+    std::string name(section.name);
+    std::ranges::transform(name, name.begin(), Lower);
+    if (!names.emplace(section.kind, std::move(name)).second) return ENG_ERR_FORMULA_CODE;
     sections->push_back(section);
   }
   return sections->empty() ? ENG_ERR_FORMULA_CODE : ENG_OK;

@@ -202,6 +202,7 @@ bool HasKeyword(Arguments options, std::string_view keyword) {
 // Class, database, view, keys, column number or item name, keywords.
 Value DbLookup(Machine& machine, Arguments arguments) {
   const Value& keys = arguments[3];
+  if (!AreKeywords(arguments.subspan(5), {"PARTIALMATCH", "FAILSILENT"})) return RangeError();
   if (!arguments[1].is_text() || !arguments[2].is_text() || keys.type == Type::kRemoval) return TypeError();
   Lookup lookup;
   lookup.database = PathOf(machine, arguments[1]);

@@ -148,6 +148,10 @@ int CompareEntries(const Value& list, std::uint32_t i, std::uint32_t j, const So
 Value Sort(Machine& machine, Arguments arguments) {
   const Value& list = arguments[0];
   if (list.type == Type::kRemoval) return TypeError();
+  if (!AreKeywords(arguments.subspan(1), {"ASCENDING", "DESCENDING", "CASESENSITIVE", "CASEINSENSITIVE",
+                                          "ACCENTSENSITIVE", "ACCENTINSENSITIVE"})) {
+    return RangeError();
+  }
   SortOrder order;
   for (const Value& option : arguments.subspan(1)) {
     const std::string_view keyword = FirstText(option);

@@ -35,7 +35,9 @@ Value UserRoles(Machine& machine, Arguments) { return NamesOf(machine, true); }
 
 Value Name(Machine& machine, Arguments arguments) {
   if (!arguments[0].is_text()) return TypeError();
-  if (HasLongText(arguments[1])) return RangeError();
+  const bool known = AreKeywords(arguments.first(1), {"CN", "O", "OU1", "OU2", "OU3", "OU4", "C", "ABBREVIATE",
+                                                      "CANONICALIZE", "HIERARCHYONLY", "TOKEYWORD"});
+  if (!known || HasLongText(arguments[1])) return RangeError();
   const std::string_view keyword = FirstText(arguments[0]);
   return MapTexts(machine, arguments[1], [&](std::string_view name) {
     machine.Charge(name.size());

@@ -33,13 +33,18 @@ inline text::Text Chars(std::string_view view) { return {reinterpret_cast<const 
 inline TextRef Ref(std::string_view view) { return {view.data(), view.size()}; }
 inline TextRef Kept(Machine& machine, std::string_view view) { return {machine.arena().Copy(view), view.size()}; }
 
-// A whole number within 32 bits; fractions are cut off. Nothing for another type or a number past the bounds.
+// A whole number; fractions are cut off, and so is what goes past 33 bits. Nothing for another type or no number.
 inline std::optional<std::int64_t> AsInteger(const Value& value) {
-  if (!value.is_number()) return std::nullopt;
-  const double number = *value.numbers();
+  if (!value.is_number() || std::isnan(*value.numbers())) return std::nullopt;
   constexpr double kMost = 4294967296.0;
-  if (!(std::abs(number) < kMost)) return std::nullopt;
-  return static_cast<std::int64_t>(number);
+  return static_cast<std::int64_t>(std::clamp(*value.numbers(), -kMost, kMost));
+}
+
+// Whether all options are keywords of a function's list; texts do as well.
+inline bool AreKeywords(Arguments options, std::initializer_list<std::string_view> known) {
+  return std::ranges::all_of(options, [known](const Value& option) {
+    return option.is_text() && option.count == 1 && std::ranges::find(known, option.text.view()) != known.end();
+  });
 }
 
 // The first text, empty for another type; callers that mind have checked the type.

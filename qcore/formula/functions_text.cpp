@@ -244,6 +244,7 @@ Value Matches(Machine& machine, Arguments arguments) {
 Value Like(Machine& machine, Arguments arguments) {
   if (HasLongText(arguments[1])) return RangeError();
   std::string_view escape;
+  if (arguments.size() > 2 && !arguments[2].is_text()) return TypeError();
   if (arguments.size() > 2) escape = FirstText(arguments[2]);
   return AnyText(machine, arguments.first(2), [&](std::string_view text, std::string_view pattern) {
     machine.Charge(std::uint64_t{text.size()} * pattern.size() / 16);
@@ -315,11 +316,12 @@ Value Explode(Machine& machine, Arguments arguments) {
   if (!list.is_text()) return TypeError();
   if (arguments.size() > 1 && !arguments[1].is_text()) return TypeError();
   const std::string_view separators = arguments.size() > 1 ? FirstText(arguments[1]) : " ,;";
-  const bool empties = arguments.size() > 2 && TruthOf(arguments[2]).truth;
+  const TruthValue empties = arguments.size() > 2 ? TruthOf(arguments[2]) : TruthValue();
+  if (empties.error) return Value::Error(empties.error);
   TextList words(machine);
   for (std::uint32_t i = 0; i < list.count; ++i) {
     machine.Charge(list.texts()[i].size * (1 + separators.size() / 16));
-    SplitAt(list.texts()[i].view(), separators, empties, &words);
+    SplitAt(list.texts()[i].view(), separators, empties.truth, &words);
   }
   return words.Finish();
 }
@@ -347,6 +349,7 @@ Value Repeat(Machine& machine, Arguments arguments) {
   if (*times < 0) return RangeError();
   const auto most = arguments.size() > 2 ? AsInteger(arguments[2]) : std::optional<std::int64_t>(UINT32_MAX);
   if (!most) return TypeError();
+  if (*most < 0) return RangeError();
   return MapTexts(machine, arguments[0], [&](std::string_view text) {
     const std::size_t size = text.size() * static_cast<std::size_t>(*times);
     machine.Charge(size / 16 + 1);
@@ -409,6 +412,10 @@ Value CompareLists(Machine& machine, Arguments arguments) {
   const Value& left = arguments[0];
   const Value& right = arguments[1];
   if (!left.is_text() || !right.is_text()) return TypeError();
+  if (!AreKeywords(arguments.subspan(2),
+                   {"CASESENSITIVE", "CASEINSENSITIVE", "ACCENTSENSITIVE", "ACCENTINSENSITIVE"})) {
+    return RangeError();
+  }
   std::uint32_t flags = 0;
   for (const Value& option : arguments.subspan(2)) {
     if (FirstText(option) == "CASEINSENSITIVE") flags |= ENG_COMPARE_IGNORE_CASE;

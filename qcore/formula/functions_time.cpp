@@ -1,4 +1,6 @@
 // Times: now, parts, putting together, moving.
+#include <set>
+
 #include "qcore/formula/functions_support.h"
 #include "qcore/time/calendar.h"
 #include "qcore/time/moment.h"
@@ -70,19 +72,22 @@ Value MapTimes(Machine& machine, const Value& list, Map map) {
   return Value::Moments(moments, list.count);
 }
 
-bool ReadIntegers(Arguments arguments, std::int32_t* numbers) {
+// ENG_ERR_FORMULA_TYPE, ENG_ERR_FORMULA_VALUE.
+ENGSTATUS ReadIntegers(Arguments arguments, std::int32_t* numbers) {
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const auto number = AsInteger(arguments[i]);
-    if (!number || *number < INT32_MIN || *number > INT32_MAX) return false;
+    if (!number) return ENG_ERR_FORMULA_TYPE;
+    if (*number < INT32_MIN || *number > INT32_MAX) return ENG_ERR_FORMULA_VALUE;
     numbers[i] = static_cast<std::int32_t>(*number);
   }
-  return true;
+  return ENG_OK;
 }
 
 // Of year, month, day and perhaps hour, minute, second, in the local zone.
 Value DateOfNumbers(Arguments arguments) {
   std::int32_t numbers[6] = {};
-  if (!ReadIntegers(arguments, numbers)) return TypeError();
+  const ENGSTATUS status = ReadIntegers(arguments, numbers);
+  if (status != ENG_OK) return Value::Error(status);
   if (arguments.size() == 3) {
     const auto day = time::DayAlone({numbers[0], numbers[1], numbers[2]});
     return day ? Value::Time(*day) : RangeError();
@@ -122,7 +127,8 @@ Value Time(Machine& machine, Arguments arguments) {
   std::int32_t numbers[3] = {};
   if (arguments.size() > 1) {
     TIMEDATE moment{};
-    if (!ReadIntegers(arguments, numbers)) return TypeError();
+    const ENGSTATUS status = ReadIntegers(arguments, numbers);
+    if (status != ENG_OK) return Value::Error(status);
     return TimeAlone(numbers[0], numbers[1], numbers[2], 0, &moment) ? Value::Time(moment) : RangeError();
   }
   return MapTimes(machine, arguments[0], [](TIMEDATE* moment) {
@@ -138,7 +144,8 @@ Value Time(Machine& machine, Arguments arguments) {
 Value TimeMerge(Machine&, Arguments arguments) {
   if (!arguments[0].is_time() || !arguments[1].is_time()) return TypeError();
   std::int32_t zone = time::LocalZone().number;
-  if (arguments.size() > 2 && !ReadIntegers(arguments.subspan(2), &zone)) return TypeError();
+  const ENGSTATUS status = ReadIntegers(arguments.subspan(2), &zone);
+  if (status != ENG_OK) return Value::Error(status);
   ENGTIME parts;
   ENGTIME clock;
   const TIMEDATE& date = arguments[0].moments()->lower;
@@ -177,7 +184,9 @@ Value Zone(Machine&, Arguments) { return Value::Number(time::LocalZone().number)
 Value TimeToTextInZone(Machine& machine, Arguments arguments) {
   const Value& list = arguments[0];
   std::int32_t zone = 0;
-  if (!list.is_time() || !ReadIntegers(arguments.subspan(1), &zone)) return TypeError();
+  if (!list.is_time()) return TypeError();
+  const ENGSTATUS status = ReadIntegers(arguments.subspan(1), &zone);
+  if (status != ENG_OK) return Value::Error(status);
   if (!time::SecondsEast(zone)) return RangeError();
   INTLFORMAT settings = machine.settings();
   settings.TimeZone = zone;
@@ -218,11 +227,13 @@ Value BusinessDays(Machine& machine, Arguments arguments) {
   machine.Charge(static_cast<std::uint64_t>(*last - *first) + 1);
   double count = 0;
   for (std::int64_t day = *first; day <= *last; ++day) count += weekend[time::WeekdayOf(day)] ? 0 : 1;
+  std::set<std::int64_t> free_days;
   for (std::uint32_t i = 0; arguments.size() > 3 && i < arguments[3].count; ++i) {
-    const auto free_day = JulianOf(arguments[3].moments()[i].lower);
-    if (free_day && *free_day >= *first && *free_day <= *last && !weekend[time::WeekdayOf(*free_day)]) --count;
+    machine.Charge(1);
+    const auto day = JulianOf(arguments[3].moments()[i].lower);
+    if (day && *day >= *first && *day <= *last && !weekend[time::WeekdayOf(*day)]) free_days.insert(*day);
   }
-  return Value::Number(count);
+  return Value::Number(count - static_cast<double>(free_days.size()));
 }
 
 Value RangeBegin(Machine& machine, Arguments arguments) {

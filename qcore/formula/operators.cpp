@@ -114,7 +114,10 @@ ENGSTATUS Shift(const TIMEDATE& moment, double seconds, TIMEDATE* shifted) {
   const double ticks = std::round(seconds * static_cast<double>(time::kTicksPerSecond));
   constexpr double kMost = 1e15;
   if (!(std::abs(ticks) < kMost)) return ENG_ERR_FORMULA_VALUE;
-  const auto result = time::AddTicks(moment, static_cast<std::int64_t>(ticks));
+  const auto whole = static_cast<std::int64_t>(ticks);
+  const bool days = time::HasDate(moment) && !time::HasTime(moment) && whole % time::kTicksPerDay == 0;
+  const auto result =
+      days ? time::AddCalendar(moment, {whole / time::kTicksPerDay, 0, 0}) : time::AddTicks(moment, whole);
   if (!result) return ENG_ERR_FORMULA_VALUE;
   *shifted = *result;
   return ENG_OK;

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <random>
+#include <tuple>
 
 #include "engine/formula.h"
 #include "tests/qcore/formula_source.h"
@@ -64,6 +65,88 @@ TEST_F(Hostile, ALaterVersionSaysSo) {
   formula::Code code = Compiled("1");
   code[2] = 2;
   EXPECT_EQ(formula::Verify(code), ENG_ERR_FORMULA_VERSION);
+}
+
+TEST_F(Hostile, ColumnsOfOneNameAreNoCode) {
+  formula::Code code = Compiled("1; COLUMN \"aa\"; 2; COLUMN \"bb\"; 3");
+  std::replace(code.begin(), code.end(), std::uint8_t{'b'}, std::uint8_t{'A'});
+  EXPECT_EQ(formula::Verify(code), ENG_ERR_FORMULA_CODE);
+}
+
+// A long text that is named a thousand times would be a long formula.
+TEST_F(Hostile, TextsOfCodeHaveABound) {
+  std::string many = "x := \"" + std::string(5000, 'x') + "\"; ";
+  for (int i = 0; i < 1000; ++i) many += "a = \"short\" | ";
+  formula::Code code = Compiled(many + "1");
+  std::string text = "kept";
+  ASSERT_EQ(formula::Decompile(code, formula::Extent::kAll, &text), ENG_OK);
+  // The short text's number becomes that of the long one.
+  const std::uint8_t from[] = {1, 3, 0};
+  const std::uint8_t to[] = {1, 1, 0};
+  int changed = 0;
+  for (auto at = code.begin(); (at = std::search(at, code.end(), std::begin(from), std::end(from))) != code.end();
+       ++changed) {
+    std::copy(std::begin(to), std::end(to), at);
+  }
+  ASSERT_EQ(changed, 1000);
+  ASSERT_EQ(formula::Verify(code), ENG_OK);
+  EXPECT_EQ(formula::Decompile(code, formula::Extent::kAll, &text), ENG_ERR_FORMULA_TOO_LARGE);
+}
+
+// Random formulas in two forms: as they are, and with every value behind @Do, where it is nothing special.
+class Twins {
+ public:
+  using Pair = std::pair<std::string, std::string>;
+
+  Pair Make(int depth) {
+    if (depth == 0) {
+      const std::string leaf = Pick(
+          {"\"a\"", "\"Memo\"", "\"Memo\":\"x\"", "1", "0", "-2.5", "1:2:0", "[03/05/1997]", "a", "b", "none", "t"});
+      return {leaf, "@Do(" + leaf + ")"};
+    }
+    const Pair left = Make(depth - 1);
+    const Pair right = Make(static_cast<int>(random_() % static_cast<unsigned>(depth)));
+    const std::vector<std::vector<std::string>> forms = {
+        {"@If(", "; ", "; 7)"}, {"@Transform(", "; \"t\"; ", ")"}, {"(t := ", ") + (", ")"}, {"!(", ") | -(", ")"}};
+    const std::size_t form = random_() % 8;
+    if (form < forms.size()) return Join(forms[form], left, right);
+    const std::string op = Pick({"+", "+", "+", "-", "=", "!=", "<", ">=", "&", "|", ":", "*+"});
+    const Pair joined = Join({"(", ") " + op + " (", ")"}, left, right);
+    return {joined.first, "@Do(" + joined.second + ")"};
+  }
+
+ private:
+  std::string Pick(const std::vector<std::string>& from) { return from[random_() % from.size()]; }
+  static Pair Join(const std::vector<std::string>& form, const Pair& left, const Pair& right) {
+    return {form[0] + left.first + form[1] + right.first + form[2],
+            form[0] + left.second + form[1] + right.second + form[2]};
+  }
+
+  std::mt19937 random_{7};
+};
+
+TEST_F(Hostile, FusedInstructionsChangeNothing) {
+  qtest::MapSource source;
+  source.items = {{"a", {0x00, 0x05, 'M', 'e', 'm', 'o'}}, {"b", {0x00, 0x03, 0, 0, 0, 0, 0, 0, 0xF0, 0x3F}}};
+  const auto answer = [&](const std::string& text) {
+    std::shared_ptr<const formula::Program> program;
+    EXPECT_EQ(formula::Program::Load(Compiled(text), &program), ENG_OK);
+    formula::Evaluator evaluator(program, {100000, 1 << 20});
+    formula::Result result;
+    const ENGSTATUS status = evaluator.Evaluate(source, 0, &result);
+    return std::tuple(status, result.selected, std::vector(result.value.begin(), result.value.end()));
+  };
+  Twins twins;
+  int good = 0;
+  for (int round = 0; round < 3000; ++round) {
+    const auto [fused, plain] = twins.Make(1 + round % 4);
+    const auto expected = answer("SELECT " + plain);
+    good += std::get<0>(expected) == ENG_OK;
+    ASSERT_EQ(answer("SELECT " + fused), expected) << fused;
+    const formula::Code code = Compiled(fused);
+    ASSERT_EQ(Compiled(TextOf(code, formula::Extent::kAll)), code) << fused;
+  }
+  EXPECT_GT(good, 300);
 }
 
 TEST_F(Hostile, DepthHasABound) {

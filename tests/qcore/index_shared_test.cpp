@@ -297,7 +297,8 @@ std::string Evaluated(const std::string& formula) {
 
 TEST_F(Shared, RowsKnowTheirViewAndDatabase) {
   Doc({{"Name", "a"}});
-  const std::uint32_t view = MakeView({{"Name", 1}, {"In", 0, 0, "@ViewTitle + @DbTitle + @RightBack(@DbName; \"/\")"}});
+  const std::uint32_t view =
+      MakeView({{"Name", 1}, {"In", 0, 0, "@ViewTitle + @DbTitle + @RightBack(@DbName; \"/\")"}});
   EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), (Strings{"1 d a|viewmain.vlt"}));
   Change(view, {{"$TITLE", "Names|view"}});
   EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), (Strings{"1 d a|Namesmain.vlt"}));
