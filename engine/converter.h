@@ -13,6 +13,11 @@
 #define ENG_CONVERT_IMPORT 3  // `file` is read; the composite file is made and its name put into the buffer
 #define ENG_CONVERT_EXPORT 4  // the buffer names the composite file; `file` is written, or replaced
 
+// Flags, in the third argument. What could not be carried is told in a text file beside the composite file, of that
+// file's name with the suffix, a line each; no file when all was carried. The caller removes it.
+#define ENG_CONVERT_WITH_REPORT 0x00000001
+#define ENG_CONVERTER_REPORT_SUFFIX ".report"
+
 // 104 bytes. FileName is platform text with its terminator.
 typedef struct ENGCONVERTERBUFFER {
   char FileName[100];
@@ -20,7 +25,7 @@ typedef struct ENGCONVERTERBUFFER {
 } ENGCONVERTERBUFFER;
 
 // 0, or a status that is passed on; after a failure no file is left behind. The caller removes the composite file.
-typedef ENGSTATUS (*ENGCONVERTERMAIN)(ENGCONVERTERBUFFER* buffer, uint16_t mode, uint32_t reserved, const char* file,
+typedef ENGSTATUS (*ENGCONVERTERMAIN)(ENGCONVERTERBUFFER* buffer, uint16_t mode, uint32_t flags, const char* file,
                                       uint32_t options);
 
 #endif

@@ -107,6 +107,7 @@
 #define ENG_ERR_TEXT_NOT_FOUND 0x1005
 #define ENG_ERR_TEXT_END 0x1006
 #define ENG_ERR_RECORD_DAMAGED 0x1007
+#define ENG_ERR_TEXT_NESTING 0x1008  // parts of a file to be converted lie too deep in each other
 
 // An operation that this release does not have yet: the base plus its place in engine/later.h.
 #define ENG_ERR_NOT_AVAILABLE 0x2000

@@ -24,7 +24,10 @@ ROOMS = {
     "vq/automation": ["engine", "vq/frame", "vq/values", "vq/store", "vq/richtext"],
     "vq/forms": ["engine", "vq/frame", "vq/values", "vq/store", "vq/richtext", "vq/richobjects", "vq/automation"],
     "qcore": ["engine", "qcore"],
-    "converters": ["engine"],
+    "converters": ["engine", "converters"],
+    "converters/parts": ["engine"],
+    "converters/html": ["engine", "converters/parts"],
+    "converters/markdown": ["engine", "converters/parts", "converters/html"],
     "tools": ["vq/vq.h"],
     "examples": ["vq/vq.h"],
     "tests/client": ["vq/vq.h", "tests"],
@@ -41,7 +44,7 @@ THIRD_PARTY = {
     "engine": r"$^",
     "vq": r"(unistd|sys/single_threaded)\.h$",  # temporary files of import and export; locks left out
     "qcore": r"(sqlite3\.h|zstd\.h|unicode/.*|sys/.*|unistd\.h|fcntl\.h|dlfcn\.h|pwd\.h|signal\.h|dirent\.h)$",
-    "converters": r"(sys/.*|unistd\.h|fcntl\.h)$",
+    "converters": r"(sys/.*|unistd\.h|fcntl\.h|cmark\.h|libxml/.*)$",
     "examples": r"$^",
     "tools": r"(CLI/.*|sys/.*|unistd\.h)$",
 }

@@ -5,7 +5,8 @@ set -euo pipefail
 
 packages_for() {
   case "$1" in
-    build) echo cmake ninja-build g++ ccache pkg-config libsqlite3-dev libicu-dev libzstd-dev libcli11-dev libgtest-dev libgmock-dev ;;
+    build) echo cmake ninja-build g++ ccache pkg-config libsqlite3-dev libicu-dev libzstd-dev libcli11-dev libgtest-dev libgmock-dev
+      echo libcmark-dev libxml2-dev tidy ;;
     check) echo clang-format python3 ;;
     bench) echo libbenchmark-dev liblmdb-dev libpugixml-dev liblua5.4-dev libroaring-dev ;;
     fuzz) echo clang libclang-rt-dev llvm ;;

@@ -7,8 +7,8 @@
 #ifndef QUILLON_CONVERTERS_TEXTCONV_TEXTCONV_H
 #define QUILLON_CONVERTERS_TEXTCONV_TEXTCONV_H
 
+#include <cstdint>
 #include <cstdio>
-#include <memory>
 
 #include "engine/types.h"
 
@@ -16,11 +16,6 @@ namespace textconv {
 
 // Option bits.
 inline constexpr std::uint32_t kEachLineAParagraph = 0x0001;
-
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
 
 // Both stream: memory does not grow with the file.
 ENGSTATUS WriteRecords(std::FILE* text, std::FILE* composite, std::uint32_t fontID, std::uint32_t options);

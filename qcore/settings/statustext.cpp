@@ -106,6 +106,7 @@ constexpr Text kTexts[] = {
     {ENG_ERR_TEXT_NOT_FOUND, "The text was not found"},
     {ENG_ERR_TEXT_END, "The text ended early"},
     {ENG_ERR_RECORD_DAMAGED, "A composite record is damaged"},
+    {ENG_ERR_TEXT_NESTING, "Parts of the text lie too deep in each other"},
 };
 
 static_assert(std::ranges::is_sorted(kTexts, {}, &Text::status));

@@ -1,8 +1,11 @@
 // quillon export: a document's rich text into a file.
 #include <CLI/CLI.hpp>
 #include <filesystem>
+#include <iostream>
 
 #include "tools/quillon/command.h"
+#include "tools/quillon/formats.h"
+#include "tools/quillon/json.h"
 
 namespace tool {
 
@@ -13,8 +16,24 @@ struct Arguments {
   std::string document;
   std::string file;
   std::string item = "Body";
+  std::string format = "auto";
   bool text = false;
 };
+
+void Report(const Options& options, const std::string& file, const VQText& report) {
+  if (!options.json) {
+    for (const std::string& line : LinesOf(report)) std::printf("not carried: %s\n", Printable(line).c_str());
+    return;
+  }
+  JsonWriter json(std::cout);
+  json.BeginObject();
+  json.Field("path", file);
+  json.Key("notCarried");
+  json.BeginArray();
+  for (const std::string& line : LinesOf(report)) json.String(line);
+  json.EndArray();
+  json.EndObject();
+}
 
 int Run(const Options& options, const Arguments& arguments) {
   Store store(options, arguments.store);
@@ -27,12 +46,15 @@ int Run(const Options& options, const Arguments& arguments) {
   VQRTCursor end;
   body.GetEndCursor(&end);
   const VQString file(std::filesystem::absolute(arguments.file).c_str());
-  if (arguments.text) {
-    body.Export(file, kTextConverter, start, end);
+  const std::string name = arguments.text ? "text" : arguments.format;
+  const Format format = name == "auto" ? FormatOfFile(arguments.file) : FormatOfName(name);
+  VQText report;
+  if (name == "auto" && format == Format::kText) {
+    body.Export(file, start, end, 0, &report);
   } else {
-    body.Export(file, start, end);
+    body.Export(file, ConverterOf(format), start, end, 0, &report);
   }
-  if (options.json) PrintPath(options, ToText(file));
+  Report(options, ToText(file), report);
   return kExitDone;
 }
 
@@ -44,7 +66,9 @@ void AddExportCommand(CLI::App& app, Options& options, int* result) {
   command->add_option("store", arguments->store, "The store")->required();
   command->add_option("document", arguments->document, "Number, or the whole Subject")->required();
   command->add_option("file", arguments->file, "The file; its extension chooses the converter")->required();
-  command->add_flag("--text", arguments->text, "As plain text, whatever the extension");
+  command->add_option("--format", arguments->format, "auto (by the file's ending), text, markdown or html")
+      ->check(CLI::IsMember({"auto", "text", "markdown", "html"}));
+  command->add_flag("--text", arguments->text, "The same as --format text");
   command->add_option("--item", arguments->item, "The rich text item (default: Body)");
   command->callback([&options, arguments, result] { *result = Run(options, *arguments); });
 }

@@ -1,4 +1,4 @@
-// quillon import: text files into a store, one document a file.
+// quillon import: text, Markdown and HTML files into a store, one document a file.
 #include <sys/stat.h>
 
 #include <CLI/CLI.hpp>
@@ -11,6 +11,7 @@
 #include <iostream>
 
 #include "tools/quillon/command.h"
+#include "tools/quillon/formats.h"
 #include "tools/quillon/progress.h"
 #include "tools/quillon/styles.h"
 #include "tools/quillon/values.h"
@@ -25,12 +26,10 @@ struct Arguments {
   std::string store;
   std::vector<std::string> sources;
   std::string form = "Text";
+  std::string format = "auto";
   bool plain = false;
   bool join_lines = false;
 };
-
-// The text converter's option.
-constexpr unsigned long kEachLineAParagraph = 1;
 
 struct Source {
   fs::path path;
@@ -42,6 +41,12 @@ struct Found {
   std::vector<Source> files;
   std::uint64_t bytes = 0;
   std::int64_t skipped = 0;  // no text, no plain file, or not readable
+};
+
+// What could not be carried of a file.
+struct Lost {
+  std::string subject;
+  std::vector<std::string> lines;
 };
 
 // A file is text unless a NUL stands in its first 8 KB.
@@ -138,19 +143,23 @@ void AddTimes(VQDocument& document, const Source& source) {
 }
 
 // An ending that no settings row knows is read as plain text: everything that gets here is.
-void ImportBody(VQRichText& body, const fs::path& path, unsigned long options) {
+void ImportBody(VQRichText& body, const fs::path& path, const Arguments& arguments, VQText* report) {
   const VQString file(fs::absolute(path).c_str());
+  const Format format = arguments.format == "auto" ? FormatOfFile(path.string()) : FormatOfName(arguments.format);
   VQRTCursor cursor;
   body.GetCursor(&cursor);
+  if (format != Format::kText) return void(body.Import(file, ConverterOf(format), &cursor, 0, report));
+  const unsigned long options = arguments.join_lines ? 0 : kEachLineAParagraph;
+  const bool named = arguments.format != "auto";
   try {
-    body.Import(file, &cursor, options);
+    if (!named) return void(body.Import(file, &cursor, options, report));
   } catch (VQSTATUS status) {
     if (status != VQERR_NO_IMPORT_LIBRARY) throw;
-    body.Import(file, kTextConverter, &cursor, options);
   }
+  body.Import(file, ConverterOf(format), &cursor, options, report);
 }
 
-void ImportFile(VQDatabase& database, const Arguments& arguments, const Source& source) {
+void ImportFile(VQDatabase& database, const Arguments& arguments, const Source& source, std::vector<Lost>* lost) {
   VQDocument document;
   database.CreateDocument(&document);
   AddText(document, "Form", arguments.form);
@@ -160,17 +169,22 @@ void ImportFile(VQDatabase& database, const Arguments& arguments, const Source& 
   AddTimes(document, source);
   VQRichText body;
   document.CreateItem("Body", &body);
-  ImportBody(body, source.path, arguments.join_lines ? 0 : kEachLineAParagraph);
-  if (!arguments.plain) StyleText(body);
+  VQText report;
+  ImportBody(body, source.path, arguments, &report);
+  const Format format =
+      arguments.format == "auto" ? FormatOfFile(source.path.string()) : FormatOfName(arguments.format);
+  if (!arguments.plain && format == Format::kText) StyleText(body);
   document.Save();
+  if (report.GetCount() > 0) lost->push_back({source.subject, LinesOf(report)});
 }
 
-void ImportFiles(VQDatabase& database, const Options& options, const Arguments& arguments, const Found& found) {
+void ImportFiles(VQDatabase& database, const Options& options, const Arguments& arguments, const Found& found,
+                 std::vector<Lost>* lost) {
   Progress progress(options.progress, "importing", found.files.size());
   std::uint64_t done = 0;
   for (const Source& source : found.files) {
     try {
-      ImportFile(database, arguments, source);
+      ImportFile(database, arguments, source, lost);
     } catch (VQSTATUS status) {
       throw Failure{kExitFailed, Printable(source.path.string()) + ": " + StatusWords(status)};
     }
@@ -179,10 +193,11 @@ void ImportFiles(VQDatabase& database, const Options& options, const Arguments& 
 }
 
 // All or none: a failure takes back what was imported before it.
-void ImportAll(VQDatabase& database, const Options& options, const Arguments& arguments, const Found& found) {
+void ImportAll(VQDatabase& database, const Options& options, const Arguments& arguments, const Found& found,
+               std::vector<Lost>* lost) {
   database.BeginTransaction();
   try {
-    ImportFiles(database, options, arguments, found);
+    ImportFiles(database, options, arguments, found, lost);
     database.CommitTransaction();
   } catch (...) {
     const bool was_throwing = VQGetThrowAllErrors() != 0;
@@ -193,7 +208,22 @@ void ImportAll(VQDatabase& database, const Options& options, const Arguments& ar
   }
 }
 
-void Report(const Options& options, const Found& found, double seconds) {
+void ReportLosses(JsonWriter& json, const std::vector<Lost>& lost) {
+  json.Key("notCarried");
+  json.BeginArray();
+  for (const Lost& each : lost) {
+    json.BeginObject();
+    json.Field("subject", each.subject);
+    json.Key("lines");
+    json.BeginArray();
+    for (const std::string& line : each.lines) json.String(line);
+    json.EndArray();
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
+void Report(const Options& options, const Found& found, const std::vector<Lost>& lost, double seconds) {
   const auto documents = static_cast<std::int64_t>(found.files.size());
   const double megabytes = static_cast<double>(found.bytes) / 1e6;
   if (options.json) {
@@ -204,12 +234,18 @@ void Report(const Options& options, const Found& found, double seconds) {
     json.Field("skipped", found.skipped);
     json.Key("seconds");
     json.Number(seconds);
+    ReportLosses(json, lost);
     json.EndObject();
     return;
   }
   std::printf("imported %lld documents, %.2f MB, in %.2f s", static_cast<long long>(documents), megabytes, seconds);
   if (found.skipped > 0) std::printf(" (passed over %lld: links, or no text)", static_cast<long long>(found.skipped));
   std::printf("\n");
+  for (const Lost& each : lost) {
+    for (const std::string& line : each.lines) {
+      std::printf("not carried: %s: %s\n", Printable(each.subject).c_str(), Printable(line).c_str());
+    }
+  }
 }
 
 int Run(const Options& options, const Arguments& arguments) {
@@ -217,8 +253,9 @@ int Run(const Options& options, const Arguments& arguments) {
   if (found.files.empty()) throw Failure{kExitNotFound, "no text files there"};
   Store store(options, arguments.store);
   const auto start = std::chrono::steady_clock::now();
-  ImportAll(store.database(), options, arguments, found);
-  Report(options, found, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+  std::vector<Lost> lost;
+  ImportAll(store.database(), options, arguments, found, &lost);
+  Report(options, found, lost, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
   return kExitDone;
 }
 
@@ -226,11 +263,14 @@ int Run(const Options& options, const Arguments& arguments) {
 
 void AddImportCommand(CLI::App& app, Options& options, int* result) {
   auto arguments = std::make_shared<Arguments>();
-  CLI::App* command = app.add_subcommand("import", "Import text files, one document a file, in one transaction");
+  CLI::App* command =
+      app.add_subcommand("import", "Import text, Markdown and HTML files, one document a file, in one transaction");
   command->add_option("store", arguments->store, "The store")->required();
   command->add_option("sources", arguments->sources, "Files, and folders with all below them")->required();
   command->add_option("--form", arguments->form, "Item Form of the documents (default: Text)");
-  command->add_flag("--plain", arguments->plain, "One font and one paragraph style throughout");
+  command->add_option("--format", arguments->format, "auto (by the file's ending), text, markdown or html")
+      ->check(CLI::IsMember({"auto", "text", "markdown", "html"}));
+  command->add_flag("--plain", arguments->plain, "Plain text in one font and one paragraph style throughout");
   command->add_flag("--join-lines", arguments->join_lines, "Lines without an empty one between are one paragraph");
   command->callback([&options, arguments, result] { *result = Run(options, *arguments); });
 }

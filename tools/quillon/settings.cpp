@@ -13,8 +13,12 @@ constexpr char kFileName[] = "QUILLON.INI";
 constexpr char kRows[] =
     "; Settings of the Quillon engine, found through QUILLON_HOME, in the working directory or along PATH.\n"
     "; EDITIMPn and EDITEXPn: name,reserved,library,argument,extensions of one converter each.\n"
-    "EDITIMP1=Text,0,textconv,,TXT,TEXT,MD,RST,LOG,CSV,INI,C,CPP,H,PY,SH\n"
-    "EDITEXP1=Text,0,textconv,,TXT,TEXT,MD,LOG\n";
+    "EDITIMP1=Text,0,textconv,,TXT,TEXT,RST,LOG,CSV,INI,C,CPP,H,PY,SH\n"
+    "EDITIMP2=Markdown,0,mdconv,,MD,MARKDOWN,MKD\n"
+    "EDITIMP3=HTML,0,htmlconv,,HTML,HTM,XHTML\n"
+    "EDITEXP1=Text,0,textconv,,TXT,TEXT,LOG\n"
+    "EDITEXP2=Markdown,0,mdconv,,MD,MARKDOWN,MKD\n"
+    "EDITEXP3=HTML,0,htmlconv,,HTML,HTM,XHTML\n";
 
 struct Arguments {
   std::string directory = ".";
@@ -44,7 +48,7 @@ int Run(const Options& options, const Arguments& arguments) {
 
 void AddSettingsCommands(CLI::App& app, Options& options, int* result) {
   auto arguments = std::make_shared<Arguments>();
-  CLI::App* init = app.add_subcommand("init", "Make a settings file QUILLON.INI with the text converter's rows");
+  CLI::App* init = app.add_subcommand("init", "Make a settings file QUILLON.INI with the converters' rows");
   init->add_option("directory", arguments->directory, "Where (default: here)");
   init->add_option("--converters", arguments->converters, "Directory of converter libraries");
   init->add_option("--user", arguments->user, "Name of the user, for what is saved");

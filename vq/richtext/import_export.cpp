@@ -20,6 +20,7 @@
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqstyltx.h"
 #include "vq/values/vqstring.h"
+#include "vq/values/vqtext.h"
 
 namespace {
 
@@ -95,10 +96,11 @@ class LoadedConverter {
   LoadedConverter(const LoadedConverter&) = delete;
   LoadedConverter& operator=(const LoadedConverter&) = delete;
 
-  VQSTATUS Run(ENGCONVERTERBUFFER* buffer, unsigned short mode, const std::string& file, unsigned long options) const {
+  VQSTATUS Run(ENGCONVERTERBUFFER* buffer, unsigned short mode, std::uint32_t flags, const std::string& file,
+               unsigned long options) const {
     if (Status != VQ_OK) return Status;
     auto convert = reinterpret_cast<ENGCONVERTERMAIN>(Entry);
-    return vq::FromEngine(convert(buffer, mode, 0, file.c_str(), static_cast<std::uint32_t>(options)));
+    return vq::FromEngine(convert(buffer, mode, flags, file.c_str(), static_cast<std::uint32_t>(options)));
   }
 
  private:
@@ -151,12 +153,34 @@ VQSTATUS ReadIntoBlock(const char* name, ENGHANDLE* block, std::uint32_t* size) 
   return VQERR_FILE_READ;
 }
 
-VQSTATUS ImportWith(const Converter& converter, const std::string& filename, unsigned long options,
+// The lines of a converter's report, which is removed; without one there are none.
+VQSTATUS TakeReport(const char* composite, VQText* report) {
+  const std::string name = std::string(composite) + ENG_CONVERTER_REPORT_SUFFIX;
+  File file(std::fopen(name.c_str(), "rb"));
+  if (!file) return errno == ENOENT ? VQ_OK : VQERR_FILE_OPEN;
+  TemporaryFile temporary(name);
+  std::string line;
+  for (int c = std::getc(file.get()); c != EOF; c = std::getc(file.get())) {
+    if (c != '\n') {
+      line += static_cast<char>(c);
+      continue;
+    }
+    if (VQSTATUS status = report->Insert(report->GetCount(), VQString(line.c_str()))) return status;
+    line.clear();
+  }
+  return std::ferror(file.get()) ? VQERR_FILE_READ : temporary.Remove();
+}
+
+std::uint32_t FlagsFor(const VQText* report) { return report ? ENG_CONVERT_WITH_REPORT : 0; }
+
+VQSTATUS ImportWith(const Converter& converter, const std::string& filename, unsigned long options, VQText* report,
                     VQRichText* imported) {
   ENGCONVERTERBUFFER buffer{ENG_CONVERTER_DEFAULT_FILE, kImportFont};
   LoadedConverter library(converter.Library);
   bool taken = access(ENG_CONVERTER_DEFAULT_FILE, F_OK) == 0;
-  if (VQSTATUS status = library.Run(&buffer, ENG_CONVERT_IMPORT, filename, options)) return status;
+  if (VQSTATUS status = library.Run(&buffer, ENG_CONVERT_IMPORT, FlagsFor(report), filename, options)) {
+    return status;
+  }
   buffer.FileName[sizeof buffer.FileName - 1] = '\0';
   // A file that the converter did not make is somebody's, and the end of the import would remove it.
   bool own = filename != buffer.FileName && !(taken && std::strcmp(buffer.FileName, ENG_CONVERTER_DEFAULT_FILE) == 0);
@@ -166,6 +190,7 @@ VQSTATUS ImportWith(const Converter& converter, const std::string& filename, uns
   std::uint32_t size = 0;
   if (VQSTATUS status = ReadIntoBlock(buffer.FileName, &block, &size)) return status;
   *imported = VQRichText(new VQRichTextBody(block, size));
+  if (VQSTATUS status = report ? TakeReport(buffer.FileName, report) : VQ_OK) return status;
   return temporary.Remove();
 }
 
@@ -175,7 +200,8 @@ VQSTATUS SimplifyFonts(VQRTContainerBody& top) {
   for (; object; object = top.NextOfType(object, VQRTTYPE_STYLIZED_TEXT)) {
     VQStylizedTextBody& run = static_cast<VQStylizedTextBody&>(*object);
     std::uint32_t font = static_cast<std::uint32_t>(run.GetFontID());
-    std::uint32_t simple = font & vq::fontid::kPlainMask;
+    // Without an effect the bits that the mask clears are those of raised and lowered text.
+    std::uint32_t simple = font & vq::fontid::kEffectBit ? font & vq::fontid::kPlainMask : font;
     if (vq::fontid::IsTableFace(vq::fontid::Face(font))) simple = vq::fontid::WithFace(simple, kPlainFace);
     if (simple == font) continue;
     if (VQSTATUS status = run.SetFontID(simple)) return status;
@@ -222,7 +248,8 @@ VQSTATUS MakeTemporary(ENGCONVERTERBUFFER* buffer, File* file) {
   return VQERR_FILE_OPEN;
 }
 
-VQSTATUS ExportWith(const Converter& converter, VQRichText& range, const std::string& filename, unsigned long options) {
+VQSTATUS ExportWith(const Converter& converter, VQRichText& range, const std::string& filename, unsigned long options,
+                    VQText* report) {
   VQRichTextBody& body = *range.GetRichTextBody();
   if (VQSTATUS status = body.Initialize()) return status;
   if (VQSTATUS status = SimplifyFonts(*body.GetTop())) return status;
@@ -235,58 +262,61 @@ VQSTATUS ExportWith(const Converter& converter, VQRichText& range, const std::st
   if (VQSTATUS status = WriteComposite(file.get(), blocks)) return status;
   if (std::fclose(file.release()) != 0) return VQERR_FILE_CLOSE;
   LoadedConverter library(converter.Library);
-  if (VQSTATUS status = library.Run(&buffer, ENG_CONVERT_EXPORT, filename, options)) return status;
+  if (VQSTATUS status = library.Run(&buffer, ENG_CONVERT_EXPORT, FlagsFor(report), filename, options)) {
+    return status;
+  }
+  if (VQSTATUS status = report ? TakeReport(buffer.FileName, report) : VQ_OK) return status;
   return temporary.Remove();
 }
 
 std::string PlatformText(const VQString& text) { return text.GetPlatformTextPtr(); }
 
 VQSTATUS ImportInto(VQRichText& target, const Converter& converter, const std::string& filename, VQRTCursor* cursor,
-                    unsigned long options) {
+                    unsigned long options, VQText* report) {
   if (target.IsNull()) return VQERR_OBJECT_NOT_INITIALIZED;
   if (cursor == nullptr) return VQERR_INVALID_PARAMETER;
   if (!cursor->IsValid()) return VQERR_CURSOR_INVALID;
   VQRichText imported;
-  VQSTATUS status = ImportWith(converter, filename, options != 0 ? options : converter.Options, &imported);
+  VQSTATUS status = ImportWith(converter, filename, options != 0 ? options : converter.Options, report, &imported);
   return status != VQ_OK ? status : target.Insert(imported, cursor);
 }
 
 VQSTATUS ExportFrom(VQRichText& source, const Converter& converter, const std::string& filename,
-                    const VQRTCursor& start, const VQRTCursor& end, unsigned long options) {
+                    const VQRTCursor& start, const VQRTCursor& end, unsigned long options, VQText* report) {
   VQRichText range;
   if (VQSTATUS status = source.GetRichText(start, end, &range)) return status;
-  return ExportWith(converter, range, filename, options != 0 ? options : converter.Options);
+  return ExportWith(converter, range, filename, options != 0 ? options : converter.Options, report);
 }
 
 }  // namespace
 
-VQSTATUS VQRichText::Import(const VQString& filename, VQRTCursor* cursor, unsigned long options) {
+VQSTATUS VQRichText::Import(const VQString& filename, VQRTCursor* cursor, unsigned long options, VQText* report) {
   if (filename.IsNull()) return vq::Apply(VQERR_IMPORT_NAME);
   std::string name = PlatformText(filename);
   Converter converter;
   if (!FindConverter("EDITIMP", name, &converter)) return vq::Apply(VQERR_NO_IMPORT_LIBRARY);
-  return vq::Apply(ImportInto(*this, converter, name, cursor, options));
+  return vq::Apply(ImportInto(*this, converter, name, cursor, options, report));
 }
 
 VQSTATUS VQRichText::Import(const VQString& filename, const VQString& library, VQRTCursor* cursor,
-                            unsigned long options) {
+                            unsigned long options, VQText* report) {
   if (filename.IsNull()) return vq::Apply(VQERR_IMPORT_NAME);
   if (library.IsNull()) return vq::Apply(VQERR_NULL_STRING);
-  return vq::Apply(ImportInto(*this, {PlatformText(library), 0}, PlatformText(filename), cursor, options));
+  return vq::Apply(ImportInto(*this, {PlatformText(library), 0}, PlatformText(filename), cursor, options, report));
 }
 
 VQSTATUS VQRichText::Export(const VQString& filename, const VQRTCursor& start, const VQRTCursor& end,
-                            unsigned long options) {
+                            unsigned long options, VQText* report) {
   if (filename.IsNull()) return vq::Apply(VQERR_EXPORT_NAME);
   std::string name = PlatformText(filename);
   Converter converter;
   if (!FindConverter("EDITEXP", name, &converter)) return vq::Apply(VQERR_NO_EXPORT_LIBRARY);
-  return vq::Apply(ExportFrom(*this, converter, name, start, end, options));
+  return vq::Apply(ExportFrom(*this, converter, name, start, end, options, report));
 }
 
 VQSTATUS VQRichText::Export(const VQString& filename, const VQString& library, const VQRTCursor& start,
-                            const VQRTCursor& end, unsigned long options) {
+                            const VQRTCursor& end, unsigned long options, VQText* report) {
   if (filename.IsNull()) return vq::Apply(VQERR_EXPORT_NAME);
   if (library.IsNull()) return vq::Apply(VQERR_NULL_STRING);
-  return vq::Apply(ExportFrom(*this, {PlatformText(library), 0}, PlatformText(filename), start, end, options));
+  return vq::Apply(ExportFrom(*this, {PlatformText(library), 0}, PlatformText(filename), start, end, options, report));
 }

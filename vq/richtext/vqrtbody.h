@@ -10,6 +10,8 @@
 #include "vq/richtext/vqrtobj.h"
 #include "vq/store/vqcomposite.h"
 
+class VQText;
+
 // What the session's parser error handler is told.
 struct VQRTPARSERERRORDATA {
   VQRichText* RichText;
@@ -148,10 +150,11 @@ class VQ_API VQRichText : public VQItem {
   VQSTATUS Delete(VQRTCursor* start, unsigned long count);
   VQSTATUS Delete(VQRTObject* object);
   // Runs the range through a converter that the EDITEXP settings name for the file's extension, or through the
-  // library named.
-  VQSTATUS Export(const VQString& filename, const VQRTCursor& start, const VQRTCursor& end, unsigned long options = 0);
+  // library named. What the converter could not carry is appended to the report, a line for each kind.
+  VQSTATUS Export(const VQString& filename, const VQRTCursor& start, const VQRTCursor& end, unsigned long options = 0,
+                  VQText* report = nullptr);
   VQSTATUS Export(const VQString& filename, const VQString& library, const VQRTCursor& start, const VQRTCursor& end,
-                  unsigned long options = 0);
+                  unsigned long options = 0, VQText* report = nullptr);
   VQSTATUS FindFirst(VQRTTYPE type, VQRTObject* found) const;
   VQSTATUS FindLast(VQRTTYPE type, VQRTObject* found) const;
   VQSTATUS FindNext(const VQRTObject& from, VQRTTYPE type, VQRTObject* found) const;
@@ -171,9 +174,10 @@ class VQ_API VQRichText : public VQItem {
   VQSTATUS GetText(VQString* text) const;
   VQSTATUS GetText(const VQRTCursor& start, const VQRTCursor& end, VQString* text) const;
   // Runs the file through a converter that the EDITIMP settings name for its extension, or through the library
-  // named, and inserts the result at the cursor.
-  VQSTATUS Import(const VQString& filename, VQRTCursor* cursor, unsigned long options = 0);
-  VQSTATUS Import(const VQString& filename, const VQString& library, VQRTCursor* cursor, unsigned long options = 0);
+  // named, and inserts the result at the cursor. The report is as that of Export.
+  VQSTATUS Import(const VQString& filename, VQRTCursor* cursor, unsigned long options = 0, VQText* report = nullptr);
+  VQSTATUS Import(const VQString& filename, const VQString& library, VQRTCursor* cursor, unsigned long options = 0,
+                  VQText* report = nullptr);
   VQSTATUS Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines = 1);
   VQSTATUS Insert(const VQRichText& richText, VQRTCursor* cursor);
   VQSTATUS Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted = nullptr);

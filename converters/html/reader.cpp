@@ -1,0 +1,557 @@
+#include "converters/html/reader.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "converters/html/css.h"
+#include "engine/status.h"
+
+namespace conv {
+
+namespace {
+
+constexpr int kIndent = 720;
+constexpr int kTwipsOfPoint = 20;
+constexpr std::size_t kLongestAddress = 0x4000;
+constexpr std::uint8_t kFontSizes[] = {7, 8, 10, 12, 14, 18, 24};
+
+bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
+
+}  // namespace
+
+// Sorted by name.
+const HtmlReader::Rule& HtmlReader::RuleOf(const std::string& name) {
+  using enum Kind;
+  static constexpr Rule kRules[] = {
+      {"a", kLink},
+      {"abbr", kTransparent},
+      {"address", kBlock, kItalic},
+      {"article", kBlock},
+      {"aside", kBlock},
+      {"audio", kLost},
+      {"b", kFormat, kBold},
+      {"base", kSkipped},
+      {"big", kFormat},
+      {"blockquote", kQuote},
+      {"body", kBlock},
+      {"br", kBreak},
+      {"button", kLost},
+      {"canvas", kLost},
+      {"caption", kBlock},
+      {"center", kBlock},
+      {"cite", kFormat, kItalic},
+      {"code", kFormat},
+      {"col", kSkipped},
+      {"colgroup", kSkipped},
+      {"dd", kBlock},
+      {"del", kFormat, kStrikeout},
+      {"dfn", kFormat, kItalic},
+      {"dir", kBulletList},
+      {"div", kBlock},
+      {"dl", kBlock},
+      {"dt", kBlock},
+      {"em", kFormat, kItalic},
+      {"embed", kLost},
+      {"fieldset", kBlock},
+      {"figcaption", kBlock},
+      {"figure", kBlock},
+      {"font", kFormat},
+      {"footer", kBlock},
+      {"form", kBlock},
+      {"frame", kLost},
+      {"frameset", kLost},
+      {"h1", kHeading, 0, 1},
+      {"h2", kHeading, 0, 2},
+      {"h3", kHeading, 0, 3},
+      {"h4", kHeading, 0, 4},
+      {"h5", kHeading, 0, 5},
+      {"h6", kHeading, 0, 6},
+      {"head", kSkipped},
+      {"header", kBlock},
+      {"hr", kRule},
+      {"html", kBlock},
+      {"i", kFormat, kItalic},
+      {"iframe", kLost},
+      {"img", kPicture},
+      {"input", kLost},
+      {"ins", kFormat, kUnderline},
+      {"kbd", kFormat},
+      {"li", kItem},
+      {"link", kSkipped},
+      {"main", kBlock},
+      {"map", kLost},
+      {"math", kLost},
+      {"menu", kBulletList},
+      {"meta", kSkipped},
+      {"nav", kBlock},
+      {"noscript", kTransparent},
+      {"object", kLost},
+      {"ol", kNumberList},
+      {"p", kParagraph},
+      {"pre", kPre},
+      {"s", kFormat, kStrikeout},
+      {"samp", kFormat},
+      {"script", kLost},
+      {"section", kBlock},
+      {"select", kLost},
+      {"small", kFormat},
+      {"span", kFormat},
+      {"strike", kFormat, kStrikeout},
+      {"strong", kFormat, kBold},
+      {"style", kLost},
+      {"sub", kFormat, kSubscript},
+      {"sup", kFormat, kSuperscript},
+      {"svg", kLost},
+      {"table", kTable},
+      {"tbody", kBlock},
+      {"td", kBlock},
+      {"textarea", kLost},
+      {"tfoot", kBlock},
+      {"th", kBlock, kBold},
+      {"thead", kBlock},
+      {"title", kSkipped},
+      {"tr", kBlock},
+      {"tt", kFormat},
+      {"u", kFormat, kUnderline},
+      {"ul", kBulletList},
+      {"var", kFormat, kItalic},
+      {"video", kLost},
+      {"xmp", kPre},
+  };
+  static constexpr Rule kUnknownRule = {"", kUnknown};
+  const Rule* rule = std::ranges::lower_bound(kRules, std::string_view(name), {}, &Rule::Name);
+  return rule != std::end(kRules) && rule->Name == name ? *rule : kUnknownRule;
+}
+
+ENGSTATUS HtmlReader::Read(std::string_view html) {
+  HtmlTree tree;
+  if (ENGSTATUS status = tree.Read(html)) return status;
+  if (tree.HadInvalidText()) Losses.Add(Loss::kInvalidText);
+  Walk(tree.Root());
+  EndParagraph();
+  return ENG_OK;
+}
+
+void HtmlReader::ReadFragment(std::string_view html, unsigned line) {
+  HtmlTree tree;
+  Line = line;
+  const unsigned before = Paragraphs;
+  if (tree.Read(html) == ENG_OK) {
+    Walk(tree.Root());
+    EndParagraph();
+  }
+  if (Paragraphs == before) Losses.Add(Loss::kRawHtml, line, html);
+  Line = 0;
+}
+
+bool HtmlReader::ReadTag(std::string_view tag) {
+  if (tag.starts_with("</")) {
+    const std::string name = Lower(Trim(tag.substr(2, tag.find('>') - 2)));
+    const auto open = std::ranges::find(Tags.rbegin(), Tags.rend(), name, &TagOpen::Name);
+    if (open == Tags.rend()) return false;
+    if (open->Name == "a") {
+      Runs.EndLink();
+    } else {
+      Runs.Close(open->Format);
+    }
+    Tags.erase(std::next(open).base());
+    return true;
+  }
+  HtmlTree tree;
+  if (tree.Read(tag) != ENG_OK || !tree.Root()->First) return false;
+  const HtmlNode& node = *tree.Root()->First;
+  const Rule& rule = RuleOf(node.Name);
+  if (rule.What == Kind::kBreak) {
+    Runs.LineBreak();
+  } else if (rule.What == Kind::kPicture) {
+    const std::string_view address = node.Get("src");
+    if (address.empty() || address.size() > kLongestAddress) return false;
+    Runs.Picture(address, node.Get("title"), node.Get("alt"));
+  } else if (rule.What == Kind::kLink && node.Find("href")) {
+    Runs.BeginLink(node.Get("href"), node.Get("title"));
+    Tags.push_back({node.Name, 0});
+  } else if (rule.What == Kind::kFormat) {
+    Tags.push_back({node.Name, Runs.Open(ChangeOf(node, rule))});
+  } else {
+    return false;
+  }
+  return true;
+}
+
+void HtmlReader::CloseInline() {
+  for (const TagOpen& tag : Tags) Runs.Close(tag.Format);
+  Tags.clear();
+}
+
+// In the tree's order without recursion: elements may lie deep in each other.
+void HtmlReader::Walk(const HtmlNode* top) {
+  const HtmlNode* node = top->First;
+  while (node) {
+    bool entered = Enter(node);
+    if (entered && node->First) {
+      node = node->First;
+      continue;
+    }
+    for (;;) {
+      if (entered) Leave();
+      if (node->Next) {
+        node = node->Next;
+        break;
+      }
+      node = node->Parent;
+      if (node == top) return;
+      entered = true;
+    }
+  }
+}
+
+// Whether its content is to be walked, and Leave called behind it.
+bool HtmlReader::Enter(const HtmlNode* node) {
+  if (node->Name.empty()) {
+    Pre ? PreText(node->Text) : Text(node->Text);
+    return false;
+  }
+  const Rule& rule = RuleOf(node->Name);
+  Open open = {node, rule.What, 0, false, Justify, Indent, FirstLine, Tight, Heading};
+  if (!EnterElement(node, rule, &open)) return false;
+  if (rule.What == Kind::kFormat && PendingSpace) Prepare();
+  const FontChange change = ChangeOf(*node, rule);
+  if (!change.IsEmpty()) open.Format = Runs.Open(change);
+  Opened.push_back(open);
+  return true;
+}
+
+bool HtmlReader::EnterElement(const HtmlNode* node, const Rule& rule, Open* open) {
+  using enum Kind;
+  const bool inPre = Pre != nullptr;
+  switch (rule.What) {
+    case kSkipped:
+      return false;
+    case kLost:
+      Losses.Add(Loss::kContent, Line, node->Name);
+      return false;
+    case kUnknown:
+      Losses.Add(Loss::kElement, Line, node->Name);
+      return true;
+    case kTransparent:
+    case kFormat:
+      return true;
+    case kBreak:
+      if (inPre) {
+        PreText("\n");
+      } else {
+        ++PendingBreaks;
+        PendingSpace = false;
+        if (!HasParagraph) BeginParagraph();
+      }
+      return false;
+    case kPicture:
+      Picture(*node);
+      return false;
+    case kLink:
+      EnterLink(*node);
+      return true;
+    default:
+      break;
+  }
+  if (inPre) return true;  // lines alone count there
+  EndParagraph();
+  Tight = rule.What != kParagraph;
+  switch (rule.What) {
+    case kRule:
+      Out.BeginParagraph({.What = Leaf::kRule});
+      Out.EndParagraph();
+      ++Paragraphs;
+      return false;
+    case kTable:
+      if (!Out.InTable()) {
+        Table(*node);
+        return false;
+      }
+      Losses.Add(Loss::kNestedTable, Line);
+      break;
+    case kHeading:
+      Heading = static_cast<unsigned>(rule.Detail);
+      break;
+    case kQuote:
+      Out.OpenQuote();
+      break;
+    case kBulletList:
+    case kNumberList: {
+      const int start = std::atoi(std::string(node->Get("start")).c_str());
+      const bool hasStart = node->Find("start") && start >= 0 && start <= 999999999;
+      Out.OpenList(rule.What == kNumberList, hasStart ? static_cast<unsigned>(start) : 1);
+      break;
+    }
+    case kItem:
+      open->Implied = !Out.InList();
+      if (open->Implied) Out.OpenList(false, 1);
+      Out.OpenItem();
+      break;
+    default:
+      break;
+  }
+  BlockStyle(*node);
+  if (rule.What == kPre) EnterPre(*node);
+  return true;
+}
+
+void HtmlReader::Leave() {
+  const Open open = Opened.back();
+  Opened.pop_back();
+  using enum Kind;
+  const bool inPre = Pre && Pre != open.Node;
+  if (open.What == kLink && ActiveLink == open.Node) LeaveLink();
+  const bool inlined = open.What == kLink || open.What == kFormat || open.What == kTransparent || open.What == kUnknown;
+  if (inlined || inPre) {
+    // A space stays in the format that it stands in, unless it ends the line.
+    if (open.Format != 0 && PendingSpace && open.Node->Next) Prepare();
+    if (open.Format != 0) Runs.Close(open.Format);
+    return;
+  }
+  if (Pre) {
+    LeavePre();
+  } else {
+    EndParagraph();
+  }
+  if (open.Format != 0) Runs.Close(open.Format);
+  const bool level = open.What == kQuote || open.What == kBulletList || open.What == kNumberList || open.What == kItem;
+  if (level) Out.Close();
+  if (open.Implied) Out.Close();
+  Justify = open.Justify;
+  Indent = open.Indent;
+  FirstLine = open.FirstLine;
+  Tight = open.Tight;
+  Heading = open.Heading;
+}
+
+// Formats
+
+void HtmlReader::SetSize(double points, FontChange* change) {
+  const double rounded = std::round(points);
+  const double size = std::clamp(rounded, 1.0, 255.0);
+  if (size != rounded || std::abs(points - rounded) > 0.01) Losses.Add(Loss::kSize, Line);
+  change->NewSize = static_cast<std::uint8_t>(size);
+}
+
+void HtmlReader::SetColor(std::string_view value, FontChange* change) {
+  const auto color = ColorFromCss(value);
+  bool exact = false;
+  if (color) change->NewColor = IndexFromColor(*color, &exact);
+  if (!color || !exact) Losses.Add(Loss::kColor, Line, value);
+}
+
+void HtmlReader::SetFace(std::string_view families, FontChange* change) {
+  bool exact = false;
+  const auto face = FaceFromCss(families, &exact);
+  if (face) change->NewFace = *face;
+  if (!exact) Losses.Add(Loss::kFace, Line, families);
+}
+
+void HtmlReader::StyleChange(std::string_view css, FontChange* change) {
+  const double around = SizeOf(Runs.Font());
+  ReadCss(css, [&](std::string_view name, std::string_view value) {
+    const auto set = [&](FontID attribute, bool on) { (on ? change->Set : change->Clear) |= attribute; };
+    if (name == "font-weight") set(kBold, value == "bold" || value == "bolder" || value >= "600");
+    if (name == "font-style") set(kItalic, value == "italic" || value == "oblique");
+    if (name == "text-decoration" || name == "text-decoration-line") {
+      if (value.find("underline") != std::string_view::npos) set(kUnderline, true);
+      if (value.find("line-through") != std::string_view::npos) set(kStrikeout, true);
+    }
+    if (name == "vertical-align" && value == "super") set(kSuperscript, true);
+    if (name == "vertical-align" && value == "sub") set(kSubscript, true);
+    if (name == "color") SetColor(value, change);
+    if (name == "font-family") SetFace(value, change);
+    if (name != "font-size") return;
+    if (const auto points = LengthFromCss(value, around)) SetSize(*points, change);
+  });
+}
+
+FontChange HtmlReader::ChangeOf(const HtmlNode& node, const Rule& rule) {
+  FontChange change;
+  change.Set = rule.Set;
+  const std::string_view name = rule.Name;
+  if (name == "th" && !Out.InTable()) change.Set = 0;
+  if (name == "th") change.Set = 0;
+  const bool code = name == "code" || name == "kbd" || name == "samp" || name == "tt";
+  if (code && !Pre) change.NewFace = kMono;
+  const double size = SizeOf(Runs.Font());
+  if (name == "big") change.NewSize = static_cast<std::uint8_t>(std::min(size * 1.2, 255.0));
+  if (name == "small") change.NewSize = static_cast<std::uint8_t>(std::max(size / 1.2, 1.0));
+  if (name == "font") {
+    if (const std::string* color = node.Find("color")) SetColor(*color, &change);
+    if (const std::string* face = node.Find("face")) SetFace(*face, &change);
+    if (const std::string* value = node.Find("size")) {
+      const int step = std::atoi(value->c_str());
+      const bool relative = value->starts_with('+') || value->starts_with('-');
+      change.NewSize = kFontSizes[std::clamp(relative ? 2 + step : step - 1, 0, 6)];
+    }
+  }
+  if (const std::string* css = node.Find("style")) StyleChange(*css, &change);
+  return change;
+}
+
+void HtmlReader::BlockStyle(const HtmlNode& node) {
+  if (node.Is("center")) Justify = kJustifyCenter;
+  if (node.Is("dd")) Indent += kIndent;
+  if (const auto justify = JustifyFromCss(node.Get("align"))) Justify = *justify;
+  FirstLine = 0;
+  const std::string* css = node.Find("style");
+  if (!css) return;
+  ReadCss(*css, [&](std::string_view name, std::string_view value) {
+    constexpr double kMost = 2000;
+    const auto length = LengthFromCss(value, SizeOf(Runs.Font()));
+    const bool fits = length && std::abs(*length) < kMost;
+    const int twips = fits ? static_cast<int>(std::lround(*length * kTwipsOfPoint)) : 0;
+    if (name == "text-align") Justify = JustifyFromCss(value).value_or(static_cast<conv::Justify>(Justify));
+    if ((name == "margin-left" || name == "padding-left") && twips > 0) Indent += twips;
+    if (name == "text-indent") FirstLine = twips;
+  });
+  Indent = std::min(Indent, 40000);
+}
+
+// Text
+
+void HtmlReader::BeginParagraph() {
+  Out.BeginParagraph({.What = Heading > 0 ? Leaf::kHeading : Leaf::kText,
+                      .Heading = Heading,
+                      .Justify = Justify,
+                      .Tight = Tight,
+                      .Indent = static_cast<std::uint16_t>(Indent),
+                      .FirstLineIndent = FirstLine});
+  Runs.Begin(Out.BaseFont(Heading));
+  ++Paragraphs;
+  HasParagraph = true;
+  HasText = false;
+  PendingSpace = false;
+}
+
+void HtmlReader::EndParagraph() {
+  if (HasParagraph) {
+    Runs.EndLink();
+    Out.EndParagraph();
+  }
+  HasParagraph = HasText = PendingSpace = false;
+  PendingBreaks = 0;
+}
+
+// What stands ahead of text, a picture or a link.
+void HtmlReader::Prepare() {
+  if (Pre) {
+    if (PreBreaks > 0) Runs.Text(std::string(PreBreaks, '\0'));
+    PreBreaks = 0;
+  } else {
+    if (!HasParagraph) BeginParagraph();
+    for (; PendingBreaks > 0; --PendingBreaks) Runs.LineBreak();
+    if (PendingSpace) Runs.Text(" ");
+    PendingSpace = false;
+    HasText = true;
+  }
+  if (!ActiveLink || Runs.InLink()) return;
+  Runs.BeginLink(ActiveLink->Get("href"), ActiveLink->Get("title"));
+  LinkShown = true;
+}
+
+// Spaces in a row are one, and none at the ends of a line.
+void HtmlReader::Text(std::string_view text) {
+  std::size_t at = 0;
+  while (at < text.size()) {
+    if (IsSpace(text[at])) {
+      PendingSpace = HasText && PendingBreaks == 0;
+      ++at;
+      continue;
+    }
+    std::size_t end = at;
+    // A single space within goes along with the words.
+    while (end < text.size() &&
+           (!IsSpace(text[end]) || (text[end] == ' ' && end + 1 < text.size() && !IsSpace(text[end + 1])))) {
+      ++end;
+    }
+    Prepare();
+    Runs.Text(text.substr(at, end - at));
+    at = end;
+  }
+}
+
+// A line end is shown once more comes behind it.
+void HtmlReader::PreText(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    const std::string_view line = text.substr(0, end);
+    if (!line.empty()) {
+      Prepare();
+      Runs.Text(line);
+      PreHasText = true;
+    }
+    if (end == std::string_view::npos) return;
+    ++PreBreaks;
+    text.remove_prefix(end + 1);
+  }
+}
+
+void HtmlReader::EnterPre(const HtmlNode& node) {
+  const HtmlNode* code = node.First && node.First->Is("code") ? node.First : nullptr;
+  std::string_view language;
+  constexpr std::string_view kPrefix = "language-";
+  if (code && code->Get("class").starts_with(kPrefix)) language = code->Get("class").substr(kPrefix.size());
+  Out.BeginParagraph({.What = Leaf::kCode,
+                      .Language = language.substr(0, language.find(' ')),
+                      .Justify = Justify,
+                      .Indent = static_cast<std::uint16_t>(Indent)});
+  Runs.Begin(WithFace(Out.BaseFont(0), kMono));
+  ++Paragraphs;
+  Pre = &node;
+  PreHasText = false;
+  PreBreaks = 0;
+}
+
+void HtmlReader::LeavePre() {
+  if (!PreHasText && PreBreaks > 0) Runs.Text(std::string(PreBreaks, '\0'));
+  if (PreHasText && PreBreaks > 1) Runs.Text(std::string(PreBreaks - 1, '\0'));
+  PreBreaks = 0;
+  Pre = nullptr;
+  Runs.EndLink();
+  Out.EndParagraph();
+}
+
+void HtmlReader::Picture(const HtmlNode& node) {
+  const std::string_view address = node.Get("src");
+  if (address.empty() || address.size() > kLongestAddress) {
+    Losses.Add(Loss::kImage, Line, node.Get("alt"));
+    return Pre ? PreText(node.Get("alt")) : Text(node.Get("alt"));
+  }
+  Prepare();
+  Runs.Picture(address, node.Get("title"), node.Get("alt"));
+  if (Pre) PreHasText = true;
+}
+
+void HtmlReader::EnterLink(const HtmlNode& node) {
+  const std::string_view address = node.Get("href");
+  if (!node.Find("href")) return;
+  if (address.size() > kLongestAddress) return Losses.Add(Loss::kLink, Line, address);
+  Runs.EndLink();
+  ActiveLink = &node;
+  LinkShown = false;
+  // Around blocks it begins anew in each.
+  const bool aroundBlocks = node.First && !node.First->Name.empty() && RuleOf(node.First->Name).What != Kind::kFormat &&
+                            RuleOf(node.First->Name).What != Kind::kPicture;
+  const bool aroundSpace =
+      node.First && node.First->Name.empty() && !node.First->Next && Trim(node.First->Text).empty();
+  if (!aroundBlocks && !aroundSpace) Prepare();
+}
+
+void HtmlReader::LeaveLink() {
+  if (!LinkShown && HasParagraph) Prepare();
+  Runs.EndLink();
+  ActiveLink = nullptr;
+}
+
+ENGSTATUS ReadHtml(std::string_view source, RecordOutput& output, std::uint32_t font, Report& report) {
+  Builder builder(output, font, report);
+  Inlines runs(builder);
+  HtmlReader reader(builder, runs, report);
+  if (ENGSTATUS status = reader.Read(source)) return status;
+  return builder.Finish() ? ENG_OK : ENG_ERR_FILE_WRITE;
+}
+
+}  // namespace conv

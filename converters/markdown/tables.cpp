@@ -1,0 +1,75 @@
+#include "converters/markdown/tables.h"
+
+#include "converters/html/css.h"
+
+namespace conv {
+
+namespace {
+
+// Cells of a row, trimmed; a pipe behind a backslash is text.
+std::vector<std::string> CellsOf(std::string_view line) {
+  line = Trim(line);
+  if (line.starts_with('|')) line.remove_prefix(1);
+  std::vector<std::string> cells(1);
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (line[i] == '\\' && i + 1 < line.size() && line[i + 1] == '|') {
+      cells.back() += line[++i];
+    } else if (line[i] == '\\' && i + 1 < line.size()) {
+      cells.back().append(line.substr(i++, 2));
+    } else if (line[i] == '|') {
+      cells.emplace_back();
+    } else {
+      cells.back() += line[i];
+    }
+  }
+  if (cells.size() > 1 && Trim(cells.back()).empty()) cells.pop_back();
+  for (std::string& cell : cells) cell = std::string(Trim(cell));
+  return cells;
+}
+
+// Empty when the line is no row of dashes.
+std::vector<Justify> Alignments(std::string_view line) {
+  if (line.find('|') == std::string_view::npos) return {};
+  if (line.find_first_not_of("-|: \t\r\n") != std::string_view::npos) return {};
+  std::vector<Justify> alignments;
+  for (const std::string& cell : CellsOf(line)) {
+    const bool left = cell.starts_with(':');
+    const bool right = cell.size() > 1 && cell.ends_with(':');
+    const std::string_view dashes = std::string_view(cell).substr(left, cell.size() - left - right);
+    if (dashes.empty() || dashes.find_first_not_of('-') != std::string_view::npos) return {};
+    alignments.push_back(left && right ? kJustifyCenter : right ? kJustifyRight : kJustifyLeft);
+  }
+  return alignments;
+}
+
+}  // namespace
+
+SourceLines::SourceLines(std::string_view source) : Source(source) {
+  Starts.push_back(0);
+  for (std::size_t i = source.find_first_of("\r\n"); i != std::string_view::npos; i = source.find_first_of("\r\n", i)) {
+    i += source[i] == '\r' && i + 1 < source.size() && source[i + 1] == '\n' ? 2 : 1;
+    Starts.push_back(i);
+  }
+  Starts.push_back(source.size());
+}
+
+std::string_view SourceLines::Line(int number) const {
+  const auto index = static_cast<std::size_t>(number);
+  if (index < 1 || index >= Starts.size()) return {};
+  return Source.substr(Starts[index - 1], Starts[index] - Starts[index - 1]);
+}
+
+bool SourceLines::ReadTable(int first, int last, PipeTable* table) const {
+  table->Columns = Alignments(Line(first + 1));
+  const std::size_t columns = table->Columns.size();
+  if (columns == 0) return false;
+  table->Rows.push_back(CellsOf(Line(first)));
+  if (table->Rows.front().size() != columns) return false;
+  for (int line = first + 2; line <= last; ++line) {
+    table->Rows.push_back(CellsOf(Line(line)));
+    table->Rows.back().resize(columns);
+  }
+  return true;
+}
+
+}  // namespace conv

@@ -1,0 +1,153 @@
+#include "converters/parts/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "engine/status.h"
+
+namespace conv {
+
+namespace {
+
+// A new file that is removed again unless it is kept.
+class NewFile {
+ public:
+  // Among others' files, for the owner alone.
+  explicit NewFile(std::string pattern) : Name(std::move(pattern)) { Take(mkstemp(Name.data())); }
+  // Beside the file that it is to replace, with the mode that the process gives its files.
+  explicit NewFile(const char* target) {
+    constexpr int kMostTries = 100;
+    for (int i = 0; i < kMostTries && !Made; ++i) {
+      Name = std::string(target) + "." + std::to_string(getpid()) + "-" + std::to_string(i);
+      Take(open(Name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+      if (!Made && errno != EEXIST) return;
+    }
+  }
+  ~NewFile() {
+    if (Made) std::remove(Name.c_str());
+  }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+
+  std::FILE* Get() const { return Stream.get(); }
+  const std::string& GetName() const { return Name; }
+  bool Finish() { return std::fclose(Stream.release()) == 0; }
+  void Keep() { Made = false; }
+
+ private:
+  void Take(int descriptor) {
+    if (descriptor < 0) return;
+    Made = true;
+    Stream.reset(fdopen(descriptor, "wb"));
+    if (!Stream) close(descriptor);
+  }
+
+  std::string Name;
+  File Stream;
+  bool Made = false;
+};
+
+std::string TemporaryPattern() {
+  const char* directory = std::getenv("TMPDIR");
+  return std::string(directory && *directory ? directory : "/tmp") + "/quillon-XXXXXX";
+}
+
+std::string ReportName(const std::string& composite) { return composite + ENG_CONVERTER_REPORT_SUFFIX; }
+
+// Beside the composite file, whose name is nobody else's; for the owner alone.
+ENGSTATUS WriteReport(const Conversion& conversion, const std::string& composite) {
+  const std::string text = conversion.Report();
+  if (text.empty()) return ENG_OK;
+  const std::string name = ReportName(composite);
+  const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (descriptor < 0) return ENG_ERR_FILE_WRITE;
+  const bool complete = write(descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  const bool closed = close(descriptor) == 0;
+  if (complete && closed) return ENG_OK;
+  std::remove(name.c_str());
+  return ENG_ERR_FILE_WRITE;
+}
+
+ENGSTATUS Import(Conversion& conversion, ENGCONVERTERBUFFER* buffer, bool report, const char* file,
+                 std::uint32_t options) {
+  File source(std::fopen(file, "rb"));
+  if (!source) return ENG_ERR_FILE_OPEN;
+  NewFile composite(TemporaryPattern());
+  if (!composite.Get() || composite.GetName().size() >= sizeof buffer->FileName) return ENG_ERR_FILE_WRITE;
+  ENGSTATUS status = conversion.Import(source.get(), composite.Get(), buffer->FontID, options);
+  if (status != ENG_OK) return status;
+  if (!composite.Finish()) return ENG_ERR_FILE_WRITE;
+  if (report) status = WriteReport(conversion, composite.GetName());
+  if (status != ENG_OK) return status;
+  std::memcpy(buffer->FileName, composite.GetName().c_str(), composite.GetName().size() + 1);
+  composite.Keep();
+  return ENG_OK;
+}
+
+// Devices, pipes and links are written through: what they stand for is not to be replaced by a plain file.
+bool IsReplaceable(const char* file) {
+  struct stat state;
+  return lstat(file, &state) != 0 || S_ISREG(state.st_mode);
+}
+
+ENGSTATUS ExportThrough(Conversion& conversion, std::FILE* composite, const char* file, std::uint32_t options) {
+  File target(std::fopen(file, "wb"));
+  if (!target) return ENG_ERR_FILE_WRITE;
+  if (ENGSTATUS status = conversion.Export(composite, target.get(), file, options)) return status;
+  return std::fclose(target.release()) == 0 ? ENG_OK : ENG_ERR_FILE_WRITE;
+}
+
+ENGSTATUS ExportInPlace(Conversion& conversion, std::FILE* composite, const char* file, std::uint32_t options) {
+  NewFile target(file);
+  if (!target.Get()) return ENG_ERR_FILE_WRITE;
+  if (ENGSTATUS status = conversion.Export(composite, target.Get(), file, options)) return status;
+  if (!target.Finish() || std::rename(target.GetName().c_str(), file) != 0) return ENG_ERR_FILE_WRITE;
+  target.Keep();
+  return ENG_OK;
+}
+
+ENGSTATUS Export(Conversion& conversion, const ENGCONVERTERBUFFER* buffer, bool report, const char* file,
+                 std::uint32_t options) {
+  File composite(std::fopen(buffer->FileName, "rb"));
+  if (!composite) return ENG_ERR_FILE_OPEN;
+  const ENGSTATUS status = IsReplaceable(file) ? ExportInPlace(conversion, composite.get(), file, options)
+                                               : ExportThrough(conversion, composite.get(), file, options);
+  if (status != ENG_OK || !report) return status;
+  return WriteReport(conversion, buffer->FileName);
+}
+
+}  // namespace
+
+ENGSTATUS ReadAll(std::FILE* file, std::string* bytes) {
+  char block[1 << 16];
+  std::size_t count = 0;
+  if (std::fseek(file, 0, SEEK_END) == 0) {
+    const long size = std::ftell(file);
+    if (size > 0) bytes->reserve(static_cast<std::size_t>(size));
+    std::rewind(file);
+  }
+  while ((count = std::fread(block, 1, sizeof block, file)) > 0) bytes->append(block, count);
+  return std::ferror(file) ? ENG_ERR_FILE_READ : ENG_OK;
+}
+
+ENGSTATUS RunConversion(Conversion& conversion, ENGCONVERTERBUFFER* buffer, std::uint16_t mode, std::uint32_t flags,
+                        const char* file, std::uint32_t options) {
+  if (buffer == nullptr || file == nullptr) return ENG_ERR_ARGUMENT;
+  if (std::memchr(buffer->FileName, 0, sizeof buffer->FileName) == nullptr) return ENG_ERR_ARGUMENT;
+  const bool report = (flags & ENG_CONVERT_WITH_REPORT) != 0;
+  try {
+    if (mode == ENG_CONVERT_IMPORT) return Import(conversion, buffer, report, file, options);
+    if (mode == ENG_CONVERT_EXPORT) return Export(conversion, buffer, report, file, options);
+    return ENG_ERR_ARGUMENT;
+  } catch (...) {
+    return ENG_ERR_MEMORY;
+  }
+}
+
+}  // namespace conv
