@@ -115,8 +115,6 @@ ENG_API ENGSTATUS EngObjectRead(ENGHANDLE db, uint32_t object, uint32_t offset, 
 ENG_API ENGSTATUS EngObjectWrite(ENGHANDLE db, uint32_t object, ENGHANDLE memory, uint32_t size);
 // Writes one range and grows the object to its end.
 ENG_API ENGSTATUS EngObjectWriteRange(ENGHANDLE db, uint32_t object, uint32_t offset, ENGHANDLE memory, uint32_t size);
-// The bytes of an object as a new reserved one of `target`, which may be the same database.
-ENG_API ENGSTATUS EngObjectCopy(ENGHANDLE db, uint32_t object, ENGHANDLE target, uint32_t* copy);
 
 #ifdef __cplusplus
 }

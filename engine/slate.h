@@ -103,6 +103,11 @@ ENG_API ENGSTATUS EngSlateAttachFile(ENGHANDLE slate, const ENGCHAR* item_name, 
 // Writes an item's file to `path`, which then has all of it or is what it was; a regular file there is replaced. Change
 // time and the attributes go along. ENG_ERR_NO_OBJECT, ENG_ERR_OBJECT_CONTENT, ENG_ERR_FILE_OPEN, ENG_ERR_FILE_WRITE.
 ENG_API ENGSTATUS EngItemExtractFile(ENGHANDLE slate, BLOCKID item, const char* path, uint16_t reserved);
+// The object that an item names as a new reserved one of `target`, which may be the same database. ENG_ERR_NO_OBJECT.
+ENG_API ENGSTATUS EngItemCopyObject(ENGHANDLE slate, BLOCKID item, ENGHANDLE target, uint32_t* copy);
+// Whether EngItemExtractFile would find the object, and of a size that fits the record: ENG_ERR_NO_OBJECT,
+// ENG_ERR_OBJECT_CONTENT, ENG_ERR_ITEM_DAMAGED for an item that holds no file.
+ENG_API ENGSTATUS EngItemCheckFile(ENGHANDLE slate, BLOCKID item);
 
 // `data` lies behind the type word; names are 1 to 65,535 bytes without NUL. `item` gets the new item, `value` the
 // place of its value; either may be null.

@@ -1,4 +1,5 @@
 // Which body is built for what: the one place that names every subsystem.
+#include "vq/richobjects/vqrtattach.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/richtext/rtmakers.h"
 #include "vq/richtext/vqrtbody.h"
@@ -31,6 +32,8 @@ constexpr ItemMakerRow kItemRows[] = {
     {TYPE_TEXT_LIST, {}, VQCLASSID_VQTEXTBODY, Make<VQTextBody>},
     {TYPE_COMPOSITE, "$Fonts", VQCLASSID_VQFONTTABLEBODY, Make<VQFontTableBody>},
     {TYPE_COMPOSITE, {}, VQCLASSID_VQRICHTEXTBODY, Make<VQRichTextBody>},
+    // Only the value tells whether it is a file.
+    {TYPE_OBJECT, {}, VQCLASSID_VQSLATEITEMBODY, MakeObjectBody},
     {TYPE_NUMBER_RANGE, {}, VQCLASSID_VQNUMBERSBODY, Make<VQNumbersBody>},
     {TYPE_TIME_RANGE, {}, VQCLASSID_VQDATETIMESBODY, Make<VQDatetimesBody>},
 };
@@ -46,6 +49,7 @@ constexpr ItemKindRow kKindRows[] = {
      []() -> VQItemBody* { return new VQRichTextBody(); }},
     {VQCLASSID_VQFONTTABLE, VQCLASSID_VQFONTTABLEBODY, TYPE_COMPOSITE,
      []() -> VQItemBody* { return new VQFontTableBody(); }},
+    {VQCLASSID_VQATTACHMENT, VQCLASSID_VQATTACHMENTBODY, TYPE_OBJECT, nullptr},
 };
 
 constexpr std::uint16_t kDocumentClasses = VQSLATECLASS_DOCUMENT | VQSLATECLASS_INFO | VQSLATECLASS_HELP;
@@ -55,8 +59,15 @@ constexpr SlateMakerRow kSlateRows[] = {
     {VQSLATECLASS_VIEW, VQDESIGNKIND_VIEW, VQCLASSID_VQVIEWFOLDERBODY, MakeSlate<VQViewFolderBody>},
 };
 
-// Nothing of its own yet for any element.
-constexpr std::span<const RTElementRow> kElementRows;
+template <class Body>
+VQRTElementBody* MakeElement(VQRTTYPE type, RecordSource* source, std::uint32_t offset, std::uint32_t length) {
+  return new Body(type, source, offset, length);
+}
+
+constexpr RTElementRow kElementRows[] = {
+    {VQRTTYPE_ATTACHMENT, MakeElement<VQRTAttachmentBody>},
+    {VQRTTYPE_EMBEDDED_OBJECT, MakeElement<VQRTEmbeddedObjectBody>},
+};
 
 }  // namespace
 

@@ -17,6 +17,7 @@
 #include "vq/frame/vqmblock.h"
 #include "vq/richobjects/vqattach.h"
 #include "vq/richobjects/vqgraphic.h"
+#include "vq/richobjects/vqrtattach.h"
 #include "vq/richtext/font.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/richtext/rthistory.h"

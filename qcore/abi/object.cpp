@@ -27,13 +27,6 @@ ENGSTATUS EngObjectCreate(ENGHANDLE db, uint16_t object_class, uint32_t* object)
   return WithStore(db, [&](const auto& database) { return database->CreateObject(object_class, object); });
 }
 
-ENGSTATUS EngObjectCopy(ENGHANDLE db, uint32_t object, ENGHANDLE target, uint32_t* copy) {
-  if (!copy) return ENG_ERR_ARGUMENT;
-  return WithStore(db, [&](const auto& from) {
-    return WithStore(target, [&](const auto& to) { return qcore::CopyObject(*from, object, *to, copy); });
-  });
-}
-
 ENGSTATUS EngObjectFree(ENGHANDLE db, uint32_t object) {
   return WithStore(db, [&](const auto& database) { return qcore::FreeObject(*database, object); });
 }

@@ -204,3 +204,17 @@ ENGSTATUS EngItemExtractFile(ENGHANDLE slate, BLOCKID item, const char* path, ui
   return qcore::abi::WithItem(slate, item,
                               [&](Slate& source, Slate::Slot slot) { return qcore::ExtractFile(source, slot, path); });
 }
+
+ENGSTATUS EngItemCopyObject(ENGHANDLE slate, BLOCKID item, ENGHANDLE target, uint32_t* copy) {
+  if (!copy) return ENG_ERR_ARGUMENT;
+  return WithStore(target, [&](const auto& database) {
+    return qcore::abi::WithItem(slate, item, [&](Slate& source, Slate::Slot slot) {
+      return qcore::CopyObjectOf(source, slot, *database, copy);
+    });
+  });
+}
+
+ENGSTATUS EngItemCheckFile(ENGHANDLE slate, BLOCKID item) {
+  return qcore::abi::WithItem(slate, item,
+                              [](Slate& source, Slate::Slot slot) { return qcore::CheckFile(source, slot); });
+}

@@ -49,6 +49,16 @@ ENGSTATUS CheckObject(const Slate::Objects& objects, std::uint32_t object, Objec
   return info->owner == 0 || info->owner == objects.owner ? ENG_OK : ENG_ERR_NO_OBJECT;
 }
 
+// The record of an item, and its object.
+ENGSTATUS FindFile(Slate& slate, Slate::Slot slot, FILEOBJECT* file, ObjectInfo* info) {
+  Bytes value;
+  ENGSTATUS status = slate.GetBytes(slot, &value);
+  if (status == ENG_OK) status = DecodeFileValue(value, file);
+  if (status == ENG_OK) status = CheckObject(slate.ObjectsOf(slot), file->Header.ObjectID, info);
+  if (status != ENG_OK || IsCompressed(*file) || info->size == file->FileSize) return status;
+  return ENG_ERR_OBJECT_CONTENT;
+}
+
 // Everything that the record tells of goes into the file, and nothing else.
 ENGSTATUS WriteFile(Database& database, const FILEOBJECT& file, std::uint32_t stored, HostFileWriter& target) {
   std::uint64_t left = file.FileSize;
@@ -59,7 +69,6 @@ ENGSTATUS WriteFile(Database& database, const FILEOBJECT& file, std::uint32_t st
   };
   std::optional<Decompressor> decompressor;
   if (IsCompressed(file)) decompressor.emplace();
-  if (!decompressor && stored != file.FileSize) return ENG_ERR_OBJECT_CONTENT;
   std::vector<std::uint8_t> buffer(std::min<std::size_t>(kPieceSize, stored));
   for (std::uint32_t at = 0; at < stored;) {
     const std::span<std::uint8_t> piece = std::span(buffer).first(std::min<std::size_t>(buffer.size(), stored - at));
@@ -137,17 +146,27 @@ ENGSTATUS AttachFile(Slate& slate, std::string_view item_name, std::string_view 
   return status;
 }
 
-ENGSTATUS ExtractFile(Slate& slate, Slate::Slot slot, const std::string& path) {
-  Bytes value;
+ENGSTATUS CheckFile(Slate& slate, Slate::Slot slot) {
   FILEOBJECT file{};
   ObjectInfo info{};
-  ENGSTATUS status = slate.GetBytes(slot, &value);
-  if (status == ENG_OK) status = DecodeFileValue(value, &file);
-  const Slate::Objects objects = slate.ObjectsOf(slot);
-  if (status == ENG_OK) status = CheckObject(objects, file.Header.ObjectID, &info);
+  return FindFile(slate, slot, &file, &info);
+}
+
+ENGSTATUS CopyObjectOf(Slate& slate, Slate::Slot slot, Database& target, std::uint32_t* copy) {
+  FILEOBJECT file{};
+  ObjectInfo info{};
+  const ENGSTATUS status = FindFile(slate, slot, &file, &info);
+  if (status != ENG_OK) return status;
+  return CopyObject(*slate.ObjectsOf(slot).database, file.Header.ObjectID, target, copy);
+}
+
+ENGSTATUS ExtractFile(Slate& slate, Slate::Slot slot, const std::string& path) {
+  FILEOBJECT file{};
+  ObjectInfo info{};
+  ENGSTATUS status = FindFile(slate, slot, &file, &info);
   HostFileWriter target;
   if (status == ENG_OK) status = target.Open(path);
-  if (status == ENG_OK) status = WriteFile(*objects.database, file, info.size, target);
+  if (status == ENG_OK) status = WriteFile(*slate.ObjectsOf(slot).database, file, info.size, target);
   return status == ENG_OK ? target.Finish({0, file.FileCreated, file.FileModified, file.FileAttributes}) : status;
 }
 

@@ -19,6 +19,8 @@ namespace qcore {
 // See EngSlateAttachFile and EngItemExtractFile. `path` is platform text.
 [[nodiscard]] ENGSTATUS AttachFile(Slate& slate, std::string_view item_name, std::string_view name,
                                    const std::string& path, std::uint16_t flags, Slate::Slot* slot);
+[[nodiscard]] ENGSTATUS CheckFile(Slate& slate, Slate::Slot slot);
+[[nodiscard]] ENGSTATUS CopyObjectOf(Slate& slate, Slate::Slot slot, Database& target, std::uint32_t* copy);
 [[nodiscard]] ENGSTATUS ExtractFile(Slate& slate, Slate::Slot slot, const std::string& path);
 
 }  // namespace qcore

@@ -33,9 +33,9 @@ class VQ_API VQAttachmentBody : public VQItemBody {
   const std::string& GetFilepath() const { return FilePath; }
   // Platform text. Writes all of the file or leaves what is there.
   [[nodiscard]] VQSTATUS Detach(const std::string& path);
-  // As CopyInto, with the new attachment's name.
+  // The same; `place` may be null.
   [[nodiscard]] VQSTATUS CopyTo(VQSlateBody* slate, std::string_view itemName, unsigned short itemFlags,
-                                vq::ItemPlace* place, std::string* newName);
+                                vq::ItemPlace* place);
   // Sets or clears bits of the record's flags.
   [[nodiscard]] VQSTATUS SetFlag(unsigned short bits, bool on);
 
@@ -91,7 +91,7 @@ inline constexpr std::string_view kAttachmentItem = "$FILE";
 
 // The body for an item of type 3: VQAttachmentBody for a file, VQSlateItemBody for anything else.
 VQItemBody* MakeObjectBody(VQSlateBody* slate, std::string_view name, const ItemPlace& place);
-// The attachment of that name; VQWARN_NOT_FOUND.
+// The attachment of that name; VQWARN_NOT_FOUND. `attachment` may be null.
 [[nodiscard]] VQSTATUS FindAttachment(VQSlateBody* slate, std::string_view name, VQAttachment* attachment);
 // Attaches the file under that name, or under one made from it where that is in use.
 enum class Compression { kNone, kStream };

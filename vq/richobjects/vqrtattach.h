@@ -57,7 +57,13 @@ class VQ_API VQRTAttachmentBody : public VQRTEmbeddedObjectBody {
   void Keep(const VQAttachment& attachment) { Kept = attachment; }
   void KeepFile(const std::string& path) { File = path; }
 
+  // Names the attachment, of the slate that the text is on or is about to be.
+  [[nodiscard]] VQSTATUS Show(const VQAttachment& attachment);
+
  private:
+  explicit VQRTAttachmentBody(Unmade unmade);
+  [[nodiscard]] VQSTATUS LoseAttachment(VQSlateBody* slate, const std::string& name, const std::string& path);
+
   VQAttachment Kept;  // where it is outside the slate's own rich text
   std::string File;   // platform text
 };

@@ -3,6 +3,7 @@
 #include "vq/richtext/fontplace.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/richtext/linktable.h"
+#include "vq/richtext/objectguard.h"
 #include "vq/richtext/pabtree.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtbody.h"
@@ -131,6 +132,7 @@ VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* curso
   if (top.GetChildCount() == 0) return VQ_OK;
   if (VQSTATUS status = CheckTypes(vq::EnclosingContainer(cursor->GetElementBody()), top)) return status;
   vq::FontGuard fonts(root.GetRichTextBody());
+  vq::ObjectGuard objects(root.GetRichTextBody());
   if (VQSTATUS status = Adapt(incoming, root)) return status;
 
   VQRTObjectBody* inForce = pab::ReferenceFor(root, cursor->GetElementBody());
@@ -139,6 +141,7 @@ VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* curso
   pab::Place place;
   if (VQSTATUS status = pab::SplitAt(*cursor, &place)) return status;
   fonts.Keep();
+  objects.Keep();
   VQRTObject first, last;
   if (VQSTATUS status = MoveIn(top, place, &first, &last)) return status;
   if (inForce) {
@@ -163,8 +166,10 @@ VQSTATUS VQRTContainerBody::Append(const VQRichText& richText) {
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   if (VQSTATUS status = CheckTypes(this, top)) return status;
   vq::FontGuard fonts(GetRichTextBody());
+  vq::ObjectGuard objects(GetRichTextBody());
   if (VQSTATUS status = Adapt(incoming, pab::Root(*this))) return status;
   fonts.Keep();
+  objects.Keep();
   VQRTObject first, last;
   return MoveIn(top, {this, nullptr}, &first, &last);
 }

@@ -5,6 +5,7 @@
 #include "vq/frame/vqcommon.h"
 
 // handles
+class VQAttachment;
 class VQCompositeData;
 class VQFontStyle;
 class VQFontTable;

@@ -1,8 +1,11 @@
 // A rich text on its way into another slate.
 #include "engine/memory.h"
+#include "engine/slate.h"
+#include "engine/status.h"
 #include "vq/richtext/fontplace.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/richtext/linktable.h"
+#include "vq/richtext/objectguard.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/store/vqslate.h"
@@ -36,9 +39,11 @@ VQSTATUS VQRichTextBody::CopyInto(VQSlateBody* slate, std::string_view name, uns
   VQSTATUS status = LinksFor(slate, &links);
   if (status != VQ_OK) return status;
   vq::FontGuard fonts(slate);
+  vq::ObjectGuard objects(slate);
   status = CopyWithTables(slate, name, flags, first);
   if (status == VQ_OK) status = links.Write(*slate);
   if (status == VQ_OK) fonts.Keep();
+  if (status == VQ_OK) objects.Keep();
   return status;
 }
 
@@ -59,24 +64,50 @@ VQSTATUS VQRichTextBody::LinksFor(VQSlateBody* slate, vq::LinkTable* links) {
 VQSTATUS VQRichTextBody::CopyWithTables(VQSlateBody* slate, std::string_view name, unsigned short flags,
                                         vq::ItemPlace* first) {
   VQFontTable source, target;
+  bool fonts = false, objects = false;
   VQSTATUS status = FindFontTable(&source);
-  if (status == VQWARN_NOT_FOUND) return VQCompositeItemBody::CopyInto(slate, name, flags, first);
-  if (status != VQ_OK) return status;
-  status = vq::FindFontTable(slate, &target);
-  if (status == VQWARN_NOT_FOUND) {
-    status = vq::FindOrMakeFontTable(slate, &target);
-    if (status == VQ_OK) status = target.GetFontTableBody()->TakeFaces(*source.GetFontTableBody());
-    return status == VQ_OK ? VQCompositeItemBody::CopyInto(slate, name, flags, first) : status;
+  if (status == VQ_OK) {
+    status = vq::FindFontTable(slate, &target);
+    fonts = status == VQ_OK && !(source == target);
+    if (status == VQWARN_NOT_FOUND) {
+      status = vq::FindOrMakeFontTable(slate, &target);
+      if (status == VQ_OK) status = target.GetFontTableBody()->TakeFaces(*source.GetFontTableBody());
+    }
   }
+  if (status == VQ_OK || status == VQWARN_NOT_FOUND) status = FindObjects(&objects);
   if (status != VQ_OK) return status;
-  if (source == target) return VQCompositeItemBody::CopyInto(slate, name, flags, first);
+  if (!fonts && !objects) return VQCompositeItemBody::CopyInto(slate, name, flags, first);
 
   VQRichText copy;
   status = copy.Create();
-  if (status == VQ_OK) status = CopyWithFonts(target, copy.GetRichTextBody());
+  if (status == VQ_OK) status = CopyTree(copy.GetRichTextBody());
+  VQRTContainerBody* top = copy.GetRichTextBody()->GetTop();
+  if (status == VQ_OK && fonts) status = top->ConvertFonts(&target);
+  if (status == VQ_OK) status = top->CarryObjects(slate);
   std::vector<vq::ItemBlock> blocks;
   if (status == VQ_OK) status = copy.GetRichTextBody()->WriteBlocks(&blocks);
   return status == VQ_OK ? CopyBlocks(slate, name, flags, blocks, first) : status;
+}
+
+// What was never parsed is not parsed for this unless its slate has objects that it could show.
+VQSTATUS VQRichTextBody::FindObjects(bool* found) {
+  *found = false;
+  const unsigned long count = IsSlateItem() ? GetSlateBody()->ItemCount() : 0;
+  bool may = !IsSlateItem() && Top;
+  for (std::uint32_t i = 0; i < count && !may; ++i) {
+    vq::ItemPlace place;
+    ENGSTATUS result = EngSlateItemAt(GetSlateBody()->GetHandle(), i, &place.Item);
+    if (result == ENG_OK) {
+      result = EngItemQuery(GetSlateBody()->GetHandle(), place.Item, nullptr, 0, nullptr, nullptr, &place.Type, nullptr,
+                            nullptr);
+    }
+    if (result != ENG_OK) return vq::FromEngine(result);
+    may = place.Type == TYPE_OBJECT;
+  }
+  if (!may) return VQ_OK;
+  const VQSTATUS status = Initialize();
+  if (status == VQ_OK) *found = Top->FirstOfType(VQRTTYPE_EMBEDDED_OBJECT) != nullptr;
+  return status;
 }
 
 VQSTATUS VQRichTextBody::Join(VQItemBody* source) {
@@ -86,11 +117,10 @@ VQSTATUS VQRichTextBody::Join(VQItemBody* source) {
   return status == VQ_OK ? Flush() : status;
 }
 
-VQSTATUS VQRichTextBody::CopyWithFonts(VQFontTable& table, VQRichTextBody* copy) {
+VQSTATUS VQRichTextBody::CopyTree(VQRichTextBody* copy) {
   VQSTATUS status = Initialize();
   if (status == VQ_OK) status = copy->Initialize();
   if (status == VQ_OK) status = copy->TakeTables(*this);
   const VQRTCursor open;
-  if (status == VQ_OK) status = copy->Top->CopyChildren(open, open, Top, nullptr);
-  return status == VQ_OK ? copy->Top->ConvertFonts(&table) : status;
+  return status == VQ_OK ? copy->Top->CopyChildren(open, open, Top, nullptr) : status;
 }

@@ -2,15 +2,6 @@
 
 namespace vq {
 
-namespace {
-
-void StoreWord(unsigned char* bytes, std::uint32_t value) {
-  bytes[0] = static_cast<unsigned char>(value);
-  bytes[1] = static_cast<unsigned char>(value >> 8);
-}
-
-}  // namespace
-
 bool ReadRecordHeader(const unsigned char* bytes, std::uint32_t available, RecordHeader* header) {
   if (available < 2) return false;
   const std::uint16_t word = LoadWord(bytes);

@@ -13,6 +13,8 @@
 
 #include <cstdint>
 
+#include "vq/store/storeword.h"
+
 inline constexpr std::uint16_t SIG_CD_PARAGRAPH = 0x81;
 inline constexpr std::uint16_t SIG_CD_PABDEFINITION = 0xFF82;
 inline constexpr std::uint16_t SIG_CD_PABREFERENCE = 0x83;
@@ -89,9 +91,6 @@ void WriteRecordLength(unsigned char* bytes, std::uint32_t length);
 
 constexpr std::uint32_t Padded(std::uint32_t length) { return length + (length & 1); }
 
-inline std::uint16_t LoadWord(const unsigned char* bytes) {
-  return static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8);
-}
 inline std::uint32_t LoadDword(const unsigned char* bytes) {
   return LoadWord(bytes) | static_cast<std::uint32_t>(LoadWord(bytes + 2)) << 16;
 }

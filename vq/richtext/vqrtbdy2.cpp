@@ -204,3 +204,29 @@ VQSTATUS VQRichText::GetText(VQString* text) const {
 VQSTATUS VQRichText::GetText(const VQRTCursor& start, const VQRTCursor& end, VQString* text) const {
   return Run([&](VQRTContainerBody& body) { return body.GetText(start, end, text); });
 }
+
+VQSTATUS VQRichText::CreateAttachment(const VQString& path, VQRTCursor* cursor, VQRTObject* created) {
+  return Run([&](VQRTContainerBody& body) { return body.CreateAttachment(path, cursor, created); });
+}
+
+VQSTATUS VQRichText::CreateAttachment(const VQString& path, const VQString& name, VQRTCursor* cursor,
+                                      VQRTObject* created) {
+  return Run([&](VQRTContainerBody& body) { return body.CreateAttachment(path, name, cursor, created); });
+}
+
+VQSTATUS VQRichText::CreateAttachment(const VQAttachment& source, VQRTCursor* cursor, VQRTObject* created) {
+  return Run([&](VQRTContainerBody& body) { return body.CreateAttachment(source, cursor, created); });
+}
+
+VQSTATUS VQRichText::CreateAttachment(const VQAttachment& source, const VQString& displayText, VQRTCursor* cursor,
+                                      VQRTObject* created) {
+  return Run([&](VQRTContainerBody& body) { return body.CreateAttachment(source, displayText, cursor, created); });
+}
+
+VQSTATUS VQRichText::GetAttachment(const VQString& name, VQRTObject* found) const {
+  return Run([&](VQRTContainerBody& body) { return body.GetAttachment(name, found); });
+}
+
+VQSTATUS VQRichText::DeleteAttachment(const VQString& name) {
+  return Run([&](VQRTContainerBody& body) { return body.DeleteAttachment(name); });
+}

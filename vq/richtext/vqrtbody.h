@@ -104,8 +104,10 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   [[nodiscard]] VQSTATUS LinksFor(VQSlateBody* slate, vq::LinkTable* links);
   [[nodiscard]] VQSTATUS CopyWithTables(VQSlateBody* slate, std::string_view name, unsigned short flags,
                                         vq::ItemPlace* first);
-  // A copy that stands alone, its faces numbered as in the table.
-  [[nodiscard]] VQSTATUS CopyWithFonts(VQFontTable& table, VQRichTextBody* copy);
+  // A copy that stands alone, with copies of the tables.
+  [[nodiscard]] VQSTATUS CopyTree(VQRichTextBody* copy);
+  // Whether the text shows stored objects.
+  [[nodiscard]] VQSTATUS FindObjects(bool* found);
   void FreeExtraBlocks();
   void DropTree();
   // A block's value has moved; a value of another size means other content.
@@ -146,6 +148,15 @@ class VQ_API VQRichText : public VQItem {
   // An empty table at the cursor, which goes into the text behind it. VQERR_ROW_COUNT above 255, VQERR_COLUMN_COUNT
   // above 64, VQERR_ZERO_ROWS_COLUMNS; VQERR_CANT_INSERT_TYPE in a table, VQERR_RT_HOTSPOT_CONTENT in a hotspot.
   VQSTATUS CreateTable(unsigned long rows, unsigned long columns, VQRTCursor* cursor, VQTable* table = nullptr);
+  // See VQRTContainerBody; `created` may be null.
+  VQSTATUS CreateAttachment(const VQString& path, VQRTCursor* cursor, VQRTObject* created = nullptr);
+  VQSTATUS CreateAttachment(const VQString& path, const VQString& name, VQRTCursor* cursor,
+                            VQRTObject* created = nullptr);
+  VQSTATUS CreateAttachment(const VQAttachment& source, VQRTCursor* cursor, VQRTObject* created = nullptr);
+  VQSTATUS CreateAttachment(const VQAttachment& source, const VQString& displayText, VQRTCursor* cursor,
+                            VQRTObject* created = nullptr);
+  VQSTATUS GetAttachment(const VQString& name, VQRTObject* found) const;
+  VQSTATUS DeleteAttachment(const VQString& name);
   VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);
   VQSTATUS Delete(VQRTCursor* start, unsigned long count);
   VQSTATUS Delete(VQRTObject* object);

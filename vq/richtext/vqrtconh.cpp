@@ -172,6 +172,33 @@ VQSTATUS VQRTContainer::StartNewParagraph(VQRTCursor* cursor) {
   return Run(*this, [&](VQRTContainerBody& body) { return body.StartNewParagraph(cursor); });
 }
 
+VQSTATUS VQRTContainer::CreateAttachment(const VQString& path, VQRTCursor* cursor, VQRTObject* created) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.CreateAttachment(path, cursor, created); });
+}
+
+VQSTATUS VQRTContainer::CreateAttachment(const VQString& path, const VQString& name, VQRTCursor* cursor,
+                                         VQRTObject* created) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.CreateAttachment(path, name, cursor, created); });
+}
+
+VQSTATUS VQRTContainer::CreateAttachment(const VQAttachment& source, VQRTCursor* cursor, VQRTObject* created) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.CreateAttachment(source, cursor, created); });
+}
+
+VQSTATUS VQRTContainer::CreateAttachment(const VQAttachment& source, const VQString& displayText, VQRTCursor* cursor,
+                                         VQRTObject* created) {
+  return Run(*this,
+             [&](VQRTContainerBody& body) { return body.CreateAttachment(source, displayText, cursor, created); });
+}
+
+VQSTATUS VQRTContainer::GetAttachment(const VQString& name, VQRTObject* found) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.GetAttachment(name, found); });
+}
+
+VQSTATUS VQRTContainer::DeleteAttachment(const VQString& name) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.DeleteAttachment(name); });
+}
+
 int VQRTContainer::CanInsertType(VQRTTYPE type) const {
   if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
   return GetRTContainerBody()->CanInsertType(type);

@@ -5,6 +5,7 @@
 
 #include "vq/richtext/fontplace.h"
 #include "vq/richtext/linktable.h"
+#include "vq/richtext/objectguard.h"
 #include "vq/richtext/pabtree.h"
 #include "vq/richtext/rtcheck.h"
 #include "vq/richtext/rttext.h"
@@ -119,12 +120,15 @@ VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appende
   VQRTObject copy;
   VQSTATUS status = copy.CopyRTObject(object, VQRTCOPYOPTIONS_DEEP);
   vq::FontGuard fonts(GetRichTextBody());
+  vq::ObjectGuard objects(GetRichTextBody());
   if (status == VQ_OK) status = vq::EnterFacesOf(*copy.GetRTObjectBody(), *this);
+  if (status == VQ_OK) status = vq::BringObjects(*copy.GetRTObjectBody(), GetRichTextBody());
   if (status == VQ_OK)
     status = vq::BringLinks(*copy.GetRTObjectBody(), object.GetRTObjectBody()->GetRichTextBody(), GetRichTextBody());
   if (status == VQ_OK && vq::pab::IsContent(copy.GetRTObjectBody())) status = BeginText();
   if (status == VQ_OK) status = Append(copy.GetRTObjectBody());
   if (status == VQ_OK) fonts.Keep();
+  if (status == VQ_OK) objects.Keep();
   if (status == VQ_OK) status = vq::EnterFonts(*copy.GetRTObjectBody());
   if (status == VQ_OK && copy.GetType() == VQRTTYPE_TABLE) status = VQTable(copy).GetTableBody()->RenewIdentifiers();
   if (status == VQ_OK) status = copy.GetRTObjectBody()->AdjustNeighbours(1, 1, nullptr);
@@ -181,10 +185,13 @@ VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObj
   }
   VQRTObjectBody* body = placed.GetRTObjectBody();
   vq::FontGuard fonts(GetRichTextBody());
+  vq::ObjectGuard objects(GetRichTextBody());
   status = vq::EnterFacesOf(*body, *this);
+  if (status == VQ_OK) status = vq::BringObjects(*body, GetRichTextBody());
   if (status == VQ_OK) status = vq::BringLinks(*body, object.GetRTObjectBody()->GetRichTextBody(), GetRichTextBody());
   if (status == VQ_OK) status = PlaceAt(body, *cursor);
   if (status == VQ_OK) fonts.Keep();
+  if (status == VQ_OK) objects.Keep();
   if (status == VQ_OK) status = vq::EnterFonts(*body);
   if (status == VQ_OK && body->GetType() == VQRTTYPE_TABLE) {
     status = static_cast<VQTableBody*>(body)->RenewIdentifiers();

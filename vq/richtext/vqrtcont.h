@@ -33,6 +33,19 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   // An empty table at the cursor, which goes into the text behind it; `table` may be null. VQERR_ROW_COUNT,
   // VQERR_COLUMN_COUNT, VQERR_ZERO_ROWS_COLUMNS; VQERR_CANT_INSERT_TYPE in a table, VQERR_RT_HOTSPOT_CONTENT.
   virtual VQSTATUS CreateTable(unsigned long rows, unsigned long columns, VQRTCursor* cursor, VQTable* table);
+  // Shows an attachment at the cursor: a file, under its own name or another one, that is attached to the slate; or an
+  // attachment, which is copied when it is another slate's. VQERR_ATTACHMENT_NO_SLATE for a rich text that stands
+  // alone, VQERR_ATTACHMENT_SIGNED, VQERR_ATTACHMENT_UNINITIALIZED. `created` may be null.
+  virtual VQSTATUS CreateAttachment(const VQString& path, VQRTCursor* cursor, VQRTObject* created);
+  virtual VQSTATUS CreateAttachment(const VQString& path, const VQString& name, VQRTCursor* cursor,
+                                    VQRTObject* created);
+  virtual VQSTATUS CreateAttachment(const VQAttachment& source, VQRTCursor* cursor, VQRTObject* created);
+  virtual VQSTATUS CreateAttachment(const VQAttachment& source, const VQString& displayText, VQRTCursor* cursor,
+                                    VQRTObject* created);
+  // By the attachment's exact name: the first that shows it; all that show it, and the slate's attachment with them.
+  // VQWARN_NOT_FOUND.
+  virtual VQSTATUS GetAttachment(const VQString& name, VQRTObject* found);
+  virtual VQSTATUS DeleteAttachment(const VQString& name);
   // The two cursors end up at the place of the deletion. VQERR_CURSOR_ORDER, VQERR_RT_SELECTION_INVALID. A paragraph
   // record of its own is refused with VQERR_WRONG_SITUATION, the end record of a structure with VQERR_INAPPROPRIATE.
   virtual VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);

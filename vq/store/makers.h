@@ -25,7 +25,7 @@ struct ItemKindRow {
   VQCLASSID Handle;
   VQCLASSID Body;
   std::uint16_t Type;
-  VQItemBody* (*MakeEmpty)();
+  VQItemBody* (*MakeEmpty)();  // null for a kind that is only ever an item of a slate
 };
 
 using SlateMaker = VQSlateBody* (*)(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle);

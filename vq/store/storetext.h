@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "vq/store/storeword.h"
 #include "vq/values/vqstring.h"
 
 namespace vq {
@@ -18,16 +19,6 @@ inline std::string_view ViewOf(const VQString& text) {
 
 inline VQString StringOf(std::string_view text) {
   return {reinterpret_cast<const VQCHAR*>(text.data()), static_cast<unsigned long>(text.size())};
-}
-
-// Little-endian words of a stored value.
-inline std::uint16_t LoadWord(const unsigned char* bytes) {
-  return static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8);
-}
-
-inline void StoreWord(unsigned char* bytes, unsigned value) {
-  bytes[0] = static_cast<unsigned char>(value);
-  bytes[1] = static_cast<unsigned char>(value >> 8);
 }
 
 }  // namespace vq

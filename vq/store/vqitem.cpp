@@ -33,6 +33,7 @@ VQSTATUS VQItem::Alloc(unsigned long size, unsigned long offset) {
   if (!VQIsQuillonInitialized()) return vq::Apply(VQERR_NOT_INITIALIZED);
   if (Body != nullptr) return vq::Apply(GetItemBody()->Allocate(size, offset));
   const vq::ItemKindRow* kind = vq::FindItemKind(GetClassID());
+  if (kind != nullptr && kind->MakeEmpty == nullptr) return vq::Apply(VQERR_INCORRECT_ITEM_TYPE);
   VQItem fresh(kind != nullptr ? kind->MakeEmpty() : new VQItemBody());
   const VQSTATUS status = fresh.GetItemBody()->Allocate(size, offset);
   if (status == VQ_OK) VQSmartPtr::operator=(fresh.Body);

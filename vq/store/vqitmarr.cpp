@@ -6,11 +6,17 @@
 #include "vq/store/vqcomposite.h"
 #include "vq/store/vqslate.h"
 
-VQItemArrayBody::VQItemArrayBody(VQSlateBody* slate, unsigned long flags) : Slate(slate) {
+VQItemArrayBody::VQItemArrayBody(VQSlateBody* slate, unsigned long flags) : VQItemArrayBody(slate, flags, 0, {}) {}
+
+VQItemArrayBody::VQItemArrayBody(VQSlateBody* slate, unsigned short type, VQCLASSID bodyClass)
+    : VQItemArrayBody(slate, 0, type, bodyClass) {}
+
+VQItemArrayBody::VQItemArrayBody(VQSlateBody* slate, unsigned long flags, unsigned short type, VQCLASSID bodyClass)
+    : Slate(slate) {
   VQ_ASSERT_TEXT(slate, "slatebody", "VQITEM");
   Slate->AddReference();
   try {
-    TakeItems(flags);
+    TakeItems(flags, type, bodyClass);
   } catch (...) {
     ReleaseAll();
     throw;
@@ -35,7 +41,7 @@ void VQItemArrayBody::Take(VQItemBody* item) {
 }
 
 // The later items of a composite value belong to the body of its first.
-void VQItemArrayBody::TakeItems(unsigned long flags) {
+void VQItemArrayBody::TakeItems(unsigned long flags, unsigned short type, VQCLASSID bodyClass) {
   std::set<std::uint16_t> gathered;
   const std::map<std::uint16_t, VQItemBody*> cached = Slate->CachedItems();
   std::string name(0xFFFF, '\0');
@@ -51,9 +57,12 @@ void VQItemArrayBody::TakeItems(unsigned long flags) {
     }
     vq::ThrowIfError(vq::FromEngine(result));
     if ((flags != 0 && (item_flags & flags) == 0) || gathered.contains(place.Item.Block)) continue;
+    if (type != 0 && place.Type != type) continue;
     const auto known = cached.find(place.Item.Block);
     VQItemBody* item = known != cached.end() ? known->second : nullptr;
     if (item == nullptr) vq::ThrowIfError(Slate->MakeBody({name.data(), length}, place, &item));
+    const VQItem hold(item);
+    if (type != 0 && item->GetClassID() != bodyClass) continue;
     Take(item);
     const auto* composite = dynamic_cast<const VQCompositeItemBody*>(item);
     if (composite == nullptr) continue;

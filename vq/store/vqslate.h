@@ -18,6 +18,7 @@
 #include "vq/store/vqdbbody.h"
 #include "vq/store/vqitem.h"
 
+class VQAttachment;
 class VQDatetime;
 class VQIDTable;
 class VQItemArray;
@@ -164,6 +165,26 @@ class VQ_API VQSlate : public VQSmartPtr {
   // name are renamed; by handle, this one.
   VQSTATUS RenameItem(const VQString& name, const VQString& new_name);
   VQSTATUS RenameItem(VQItem& item, const VQString& new_name);
+
+  // Attached files. A name that is in use is not used again: the new attachment gets one made from it ("plan(1).pdf"),
+  // which its handle tells. The file is stored at once, in pieces; it belongs to the slate from the next Save on, and
+  // goes with the last handle of the database when there is none. Engine statuses ENG_ERR_FILE_OPEN, ENG_ERR_FILE_READ
+  // and, for 4 GB or more, ENG_ERR_OBJECT_RANGE leave the slate as it was; VQERR_NULL_STRING for an empty path or name.
+  VQSTATUS CreateAttachment(const VQString& path, VQAttachment* attachment = nullptr, int compress = 0);
+  VQSTATUS CreateAttachment(const VQString& path, const VQString& name, VQAttachment* attachment = nullptr,
+                            int compress = 0);
+  // A copy of an attachment of this or another open slate, in any database. VQERR_ATTACHMENT_UNINITIALIZED,
+  // VQERR_ATTACHMENT_SIGNED.
+  VQSTATUS CreateAttachment(const VQAttachment& source, VQAttachment* attachment = nullptr);
+  // By their exact names; VQWARN_NOT_FOUND.
+  VQSTATUS GetAttachment(const VQString& name, VQAttachment* attachment) const;
+  VQSTATUS DeleteAttachment(const VQString& name);
+  VQSTATUS DeleteAttachment(VQAttachment* attachment);
+  VQSTATUS GetAttachments(VQItemArray* attachments) const;
+  // VQAttachment::Detach of the one of that name.
+  VQSTATUS Detach(const VQString& name, const VQString& path) const;
+  int HasAttachment(const VQString& name) const;
+  int HasAttachments() const;
 
   // Puts the items' pending changes into the engine's slate, without saving.
   VQSTATUS RefreshSlateHandleFromObject();
@@ -371,6 +392,8 @@ class VQ_API VQItemArrayBody : public VQBody {
  public:
   // Throws when the slate isn't open. Flags 0 takes all items.
   VQItemArrayBody(VQSlateBody* slate, unsigned long flags);
+  // The items of one type whose bodies are of one class.
+  VQItemArrayBody(VQSlateBody* slate, unsigned short type, VQCLASSID bodyClass);
   ~VQItemArrayBody() override;
   VQCLASSID GetClassID() const override;
   unsigned long GetCount() const { return static_cast<unsigned long>(Entries.size()); }
@@ -378,7 +401,9 @@ class VQ_API VQItemArrayBody : public VQBody {
   VQSlateBody* GetSlateBody() const { return Slate; }
 
  private:
-  void TakeItems(unsigned long flags);
+  VQItemArrayBody(VQSlateBody* slate, unsigned long flags, unsigned short type, VQCLASSID bodyClass);
+  // Type 0 takes all.
+  void TakeItems(unsigned long flags, unsigned short type, VQCLASSID bodyClass);
   void Take(VQItemBody* item);
   void ReleaseAll();
 
