@@ -8,10 +8,10 @@
 // see at their next read. It is kept in the database and comes out the same when it is built anew. A handle is used by
 // one thread at a time.
 //
-// Where formulas of a view depend on the time, its rows are those of the last opening that updated it; an opening
-// within a minute of that one shares its moment while a handle of it is open, and where formulas depend on the date
-// alone, on the same day. Where rows are the user's own, by readers' lists or by formulas, each of the last four users
-// has an index that is kept.
+// Where formulas of a view depend on the time, or on other documents as @Responses does, its rows are those of the last
+// opening that updated it; an opening within a minute of that one shares its moment while a handle of it is open, and
+// where formulas depend on the date alone, on the same day. Where rows are the user's own, by readers' lists or by
+// formulas, each of the last four users has an index that is kept.
 //
 // A row in the read buffer, little-endian and packed, has the fields whose mask bits are set, in this order:
 //

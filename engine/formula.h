@@ -30,7 +30,7 @@ typedef struct ENGFORMULAERROR {
 #define ENG_FORMULA_DELETED 0x0004   // the formula asks for the document to be deleted
 
 // EngFormulaGetInfo selectors
-#define ENG_FORMULA_INFO_TIME 0       // uint16_t: 1 when the result depends on the time of the evaluation
+#define ENG_FORMULA_INFO_TIME 0       // uint16_t: 1 when it depends on the time, or on other documents
 #define ENG_FORMULA_INFO_RESPONSES 1  // uint16_t: 1 when responses (bit 0) or descendants (bit 1) are selected
 #define ENG_FORMULA_INFO_SELECTS 2    // uint16_t: 1 when there is a SELECT
 #define ENG_FORMULA_INFO_COLUMNS 3    // uint16_t: columns that were merged in

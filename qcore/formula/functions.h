@@ -34,7 +34,7 @@ enum class Form : std::uint8_t {
 // What the result depends on beside the arguments.
 enum Depends : std::uint8_t {
   kNothing = 0,
-  kOnTime = 1,
+  kOnTime = 1,  // of the evaluation, or on other documents
   kOnItems = 2,
   kOnResponses = 4,
   kOnDescendants = 8,

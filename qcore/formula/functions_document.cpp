@@ -254,7 +254,7 @@ constexpr Function kFunctions[] = {
     {116, "InheritedDocumentUniqueID", 0, 0, Form::kEager, kNothing, ParentUniqueId, nullptr},
     {117, "IsNewDoc", 0, 0, Form::kEager, kNothing, IsNewDoc, nullptr},
     {118, "IsResponseDoc", 0, 0, Form::kEager, kNothing, IsResponseDoc, nullptr},
-    {119, "Responses", 0, 0, Form::kEager, kNothing, Responses, nullptr},
+    {119, "Responses", 0, 0, Form::kEager, kOnTime, Responses, nullptr},
     {120, "DocLength", 0, 0, Form::kEager, kNothing, DocLength, nullptr},
     {121, "Attachments", 0, 0, Form::kEager, kOnItems, Attachments, nullptr},
     {122, "AttachmentNames", 0, 0, Form::kEager, kOnItems, AttachmentNames, nullptr},

@@ -242,7 +242,7 @@ ENGSTATUS Collection::GetChanges(std::uint64_t* since, std::vector<COLLECTIONCHA
     changes->clear();
     std::vector<RowChange> rows;
     if (*since != 0) *complete = index_->ChangesBehind(collation_, *since, &rows);
-    *since = index_->last_change();
+    *since = index_->StartLog(collation_);
     Walk walk(tree.rows(), 0);
     for (const RowChange& row : rows) {
       COLLECTIONCHANGE change{};

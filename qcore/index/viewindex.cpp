@@ -370,6 +370,10 @@ void ViewIndex::ForgetLog(Slot* slot) {
 // A document's row that goes and one that comes in the same update are one that moved.
 void ViewIndex::TakeLog(Slot* slot) {
   std::vector<RowChange> changes = slot->tree->TakeChanges();
+  if (!slot->watched) {
+    if (!changes.empty()) slot->log_from = ++last_change_;
+    return;
+  }
   std::vector<std::pair<std::uint32_t, std::size_t>> gone;  // by document
   std::vector<std::pair<std::uint32_t, std::size_t>> came;
   for (std::size_t i = 0; i < changes.size(); ++i) {
@@ -392,6 +396,11 @@ void ViewIndex::TakeLog(Slot* slot) {
     if (!paired[i]) slot->log.push_back({++last_change_, std::move(changes[i])});
   }
   for (; slot->log.size() > kMostLogged; slot->log.pop_front()) slot->log_from = slot->log.front().number;
+}
+
+std::uint64_t ViewIndex::StartLog(std::uint16_t collation) {
+  slots_[collation].watched = true;
+  return last_change_;
 }
 
 bool ViewIndex::ChangesBehind(std::uint16_t collation, std::uint64_t number, std::vector<RowChange>* changes) const {

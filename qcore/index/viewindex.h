@@ -51,8 +51,9 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
   bool marks_rows() const { return reader_->marks_rows(); }
   Database& entries() { return *entries_; }
 
-  // With's lock held. The number of the last change, and those behind a number; false when they are not all known.
-  std::uint64_t last_change() const { return last_change_; }
+  // With's lock held. Logs from now on and gives the number of the last change; and the changes behind a number, false
+  // when they are not all known.
+  std::uint64_t StartLog(std::uint16_t collation);
   bool ChangesBehind(std::uint16_t collation, std::uint64_t number, std::vector<RowChange>* changes) const;
   std::size_t Memory();
 
@@ -61,6 +62,7 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
     std::unique_ptr<IndexTree> tree;
     std::deque<LoggedChange> log;
     std::uint64_t log_from = 0;     // every change behind this number is in the log
+    bool watched = false;           // without an observer there is no log
     std::optional<TIMEDATE> built;  // by this object
     std::size_t passed = 0;         // documents brought in since the last keeping, with rows or without
     std::uint64_t reverts = 0;      // those that the tree has followed

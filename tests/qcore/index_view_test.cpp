@@ -216,6 +216,14 @@ TEST_F(Views, RolledBackDocumentsHaveNoRows) {
   EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d stays"}));
 }
 
+TEST_F(Views, CountsOfResponsesAreThoseOfTheOpening) {
+  const std::uint32_t parent = Doc({{"Name", "a"}});
+  const std::uint32_t view = MakeView({{"Name", 1}, {"Count", 0, 0, "@Responses"}}, kFlat);
+  EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), (Strings{"1 d a|0.0"}));
+  Doc({{"Name", "b"}}, parent);
+  EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), (Strings{"1 d a|1.0", "2 d b|0.0"}));
+}
+
 TEST_F(Views, WhatWasRolledBackIsNotKept) {
   Doc({{"Name", "stays"}});
   const std::uint32_t view = MakeView({{"Name", 1}});
