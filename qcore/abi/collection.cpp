@@ -70,9 +70,10 @@ ENGSTATUS EngCollectionRead(ENGHANDLE handle, void* position, uint16_t skip, uin
     Collection::ReadResult result;
     ENGSTATUS status = collection.Read({skip, skip_count, navigation, count, mask}, &place, &result);
     ENGHANDLE block = 0;
-    if (status == ENG_OK && count != 0) status = MakeBlock(result.rows.data(), result.rows.size(), &block);
+    const uint32_t length = result.rows.size();
+    if (status == ENG_OK && count != 0) status = result.rows.Publish(qcore::Kind::kMemory, &block);
     if (buffer) *buffer = block;
-    Give(buffer_length, status == ENG_OK ? static_cast<uint32_t>(result.rows.size()) : 0u);
+    Give(buffer_length, status == ENG_OK ? length : 0u);
     Give(skipped, result.skipped);
     Give(returned, status == ENG_OK ? result.returned : 0u);
     Give(signals, result.signals);

@@ -125,7 +125,7 @@ ENGSTATUS Collection::ReadRows(IndexTree& tree, const ReadRequest& request, COLL
   const bool peers = code == ENG_GO_NEXT_PEER;
   Walk::Spot last = spot;
   const Walk::Spot end = within ? Walk::Spot{walk.EndOf(static_cast<Rank>(spot))} : Walk::Spot{tree.rows().rows()};
-  RowBuffer buffer(tree, index_->layout(), *entries_, walk, unread_, request.mask);
+  RowBuffer buffer(tree, index_->layout(), *entries_, walk, unread_, request.mask, request.count);
   if (index_->marks_rows()) buffer.ExpandMarks();
   for (bool full = false;;) {
     full = !buffer.Add(static_cast<Rank>(spot), cursor, here, 0);
@@ -141,8 +141,8 @@ ENGSTATUS Collection::ReadRows(IndexTree& tree, const ReadRequest& request, COLL
       ++spot;
       walk.AdvancePosition(cursor.level(), &here);
     } else if (peers) {
-      const Rank behind = walk.EndOf(static_cast<Rank>(spot));
-      const PageTree::Cursor next = tree.rows().At(behind);
+      PageTree::Cursor next;
+      const Rank behind = walk.EndOf(static_cast<Rank>(spot), cursor, &next);
       if (!next.at_row() || next.level() < cursor.level()) break;
       cursor = next;
       spot = behind;
@@ -190,7 +190,7 @@ ENGSTATUS Collection::ReadHits(IndexTree& tree, const ReadRequest& request, COLL
   if (!all || hits_.empty()) return ENG_ERR_NO_ENTRY;
   hit = std::max(hit, 1u);
   Walk walk(tree.rows(), unread_);
-  RowBuffer buffer(tree, index_->layout(), *entries_, walk, unread_, request.mask);
+  RowBuffer buffer(tree, index_->layout(), *entries_, walk, unread_, request.mask, request.count);
   if (index_->marks_rows()) buffer.ExpandMarks();
   for (std::uint32_t passed = 0;;) {
     const std::vector<PlannedRow> rows = tree.RowsOf(hits_[hit - 1].id);

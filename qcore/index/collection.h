@@ -7,6 +7,7 @@
 
 #include "engine/collection.h"
 #include "qcore/index/viewindex.h"
+#include "qcore/memory/memory.h"
 
 namespace qcore::index {
 
@@ -40,7 +41,7 @@ class Collection final : public OpenSlate {
     std::uint32_t mask;
   };
   struct ReadResult {
-    std::vector<std::uint8_t> rows;
+    memory::Draft rows;
     std::uint32_t skipped = 0;
     std::uint32_t returned = 0;
     std::uint16_t signals = 0;

@@ -193,7 +193,7 @@ class ViewLookups final : public formula::Lookups {
       ENGSTATUS status = view.rows->Read({ENG_GO_CURRENT, 0, ENG_GO_NEXT, stretch.end - rank, kMask}, &position, &read);
       // Rows that have gone meanwhile.
       if (status == ENG_ERR_NO_ENTRY || (status == ENG_OK && read.returned == 0)) return ENG_OK;
-      if (status == ENG_OK) status = TakeRows(view, read.rows, source, take);
+      if (status == ENG_OK) status = TakeRows(view, read.rows.written(), source, take);
       if (status != ENG_OK) return status;
       rank += read.returned;
     }

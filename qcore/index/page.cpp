@@ -103,31 +103,19 @@ void AppendId(std::uint32_t id, std::string* key) {
 
 std::size_t Leaf::PrefixRoom(std::string_view key) { return key.size() < kIdSize ? 0 : key.size() - kIdSize; }
 
-std::string_view Leaf::SuffixAt(std::uint32_t row, std::size_t* value_at) const {
-  const std::uint8_t* at = bytes_.data() + offsets_[row];
-  std::size_t length = *at++;
-  if (length >= 0x80) [[unlikely]] {
-    length &= 0x7F;
-    for (int shift = 7; (at[-1] & 0x80) != 0; shift += 7) length |= std::size_t{*at++ & 0x7Fu} << shift;
-  }
-  *value_at = static_cast<std::size_t>(at - bytes_.data()) + length;
-  return AsText(at, length);
+std::string Leaf::KeyAt(std::uint32_t row) const {
+  std::string key;
+  KeyTo(row, &key);
+  return key;
 }
 
-std::string Leaf::KeyAt(std::uint32_t row) const {
+void Leaf::KeyTo(std::uint32_t row, std::string* key) const {
   const std::string_view suffix = SuffixAt(row);
-  std::string key;
-  key.reserve(prefix_.size() + suffix.size());
-  return key.append(prefix_).append(suffix);
+  key->reserve(prefix_.size() + suffix.size());
+  key->assign(prefix_).append(suffix);
 }
 
 std::uint32_t Leaf::IdAt(std::uint32_t row) const { return IdInKey(SuffixAt(row)); }
-
-Bytes Leaf::ValueAt(std::uint32_t row) const {
-  std::size_t value_at = 0;
-  SuffixAt(row, &value_at);
-  return Bytes(bytes_).subspan(value_at, EndOf(row) - value_at);
-}
 
 Row Leaf::RowAt(std::uint32_t row) const {
   const Bytes value = ValueAt(row);
@@ -273,6 +261,19 @@ Sum Leaf::Count(const TotalsReader* totals) const {
   Sum sum;
   Count(0, count(), totals, &sum);
   return sum;
+}
+
+void Leaf::Prefetch() const {
+  constexpr std::size_t kLine = 64;
+  const auto fetch = [](const auto& vector, std::size_t most) {
+    const auto* at = reinterpret_cast<const char*>(vector.data());
+    const std::size_t size = std::min(vector.size() * sizeof vector[0], most);
+    for (std::size_t i = 0; i < size; i += kLine) __builtin_prefetch(at + i);
+  };
+  fetch(kinds_, 2 * kLine);
+  fetch(levels_, 2 * kLine);
+  fetch(offsets_, 8 * kLine);
+  fetch(bytes_, 16 * kLine);
 }
 
 std::size_t Leaf::Memory() const {

@@ -88,10 +88,15 @@ class Leaf {
   bool ContestedAt(std::uint32_t row) const { return (kinds_[row] & 4) != 0; }
   std::uint8_t IndentAt(std::uint32_t row) const { return kinds_[row] >> 3; }
   std::string KeyAt(std::uint32_t row) const;
+  void KeyTo(std::uint32_t row, std::string* key) const;
   std::uint32_t IdAt(std::uint32_t row) const;  // of a document
   // Whether a row is one of that document.
   bool IsOf(std::uint32_t row, std::uint32_t id) const { return KindAt(row) == RowKind::kDocument && IdAt(row) == id; }
-  Bytes ValueAt(std::uint32_t row) const;
+  Bytes ValueAt(std::uint32_t row) const {
+    std::size_t value_at = 0;
+    SuffixAt(row, &value_at);
+    return Bytes(bytes_).subspan(value_at, EndOf(row) - value_at);
+  }
   Row RowAt(std::uint32_t row) const;
 
   // The first row that is not below the key.
@@ -107,6 +112,8 @@ class Leaf {
   Sum Count(const TotalsReader* totals) const;
   void Count(std::uint32_t first, std::uint32_t last, const TotalsReader* totals, Sum* sum) const;
   std::size_t Memory() const;
+  // Has the processor fetch what a walk reads first.
+  void Prefetch() const;
 
   void Encode(std::vector<std::uint8_t>* bytes) const;
   // False for bytes that are no leaf.
@@ -119,7 +126,16 @@ class Leaf {
   // A row behind the last, whose bytes follow.
   void AddHead(std::string_view suffix, std::uint8_t level, std::uint8_t kind);
   void AddRow(const Row& row);
-  std::string_view SuffixAt(std::uint32_t row, std::size_t* value_at) const;
+  std::string_view SuffixAt(std::uint32_t row, std::size_t* value_at) const {
+    const std::uint8_t* at = bytes_.data() + offsets_[row];
+    std::size_t length = *at++;
+    if (length >= 0x80) [[unlikely]] {
+      length &= 0x7F;
+      for (int shift = 7; (at[-1] & 0x80) != 0; shift += 7) length |= std::size_t{*at++ & 0x7Fu} << shift;
+    }
+    *value_at = static_cast<std::size_t>(at - bytes_.data()) + length;
+    return {reinterpret_cast<const char*>(at), length};
+  }
   std::string_view SuffixAt(std::uint32_t row) const {
     std::size_t value_at = 0;
     return SuffixAt(row, &value_at);
@@ -141,10 +157,10 @@ class Leaf {
 struct Page;
 
 struct Child {
-  std::string key;  // not above the first key below it; nothing counts for the first child
+  std::unique_ptr<Page> page;  // null until it is read
+  std::string key;             // not above the first key below it; nothing counts for the first child
   PageNumber number = 0;
   Sum sum;
-  std::unique_ptr<Page> page;  // null until it is read
 };
 
 struct Page {

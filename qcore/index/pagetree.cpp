@@ -99,10 +99,30 @@ bool PageTree::Descend(Cursor* cursor, bool to_last) {
   return true;
 }
 
+namespace {
+
+// Of leaves in memory: what a walk forward meets next.
+void PrefetchBehind(const Page& parent, std::size_t at) {
+  constexpr std::size_t kLine = 64;
+  const auto page = [&parent](std::size_t child) {
+    return child < parent.children.size() ? parent.children[child].page.get() : nullptr;
+  };
+  if (const Page* soon = page(at + 2)) {
+    for (std::size_t i = 0; i < sizeof(Leaf) + kLine; i += kLine) {
+      __builtin_prefetch(reinterpret_cast<const char*>(soon) + i);
+    }
+  }
+  if (const Page* next = page(at + 1)) next->leaf.Prefetch();
+}
+
+}  // namespace
+
 bool PageTree::Next(Cursor* cursor) {
   for (; cursor->depth_ != 0; --cursor->depth_) {
     std::uint32_t& at = cursor->at_[cursor->depth_ - 1];
-    if (++at < CountOf(*cursor->pages_[cursor->depth_ - 1])) return Descend(cursor, false);
+    if (++at >= CountOf(*cursor->pages_[cursor->depth_ - 1])) continue;
+    if (cursor->pages_[cursor->depth_ - 1]->height == 1) PrefetchBehind(*cursor->pages_[cursor->depth_ - 1], at);
+    return Descend(cursor, false);
   }
   return false;
 }
@@ -206,6 +226,34 @@ std::optional<Rank> PageTree::NextAtMost(Rank rank, std::uint8_t level) {
       &root_, height_, 0, rank + 1,
       [level](const Page& page, std::size_t child) { return page.levels[child] <= level; },
       [level](const Leaf& leaf, std::uint32_t row) { return leaf.LevelAt(row) <= level; });
+}
+
+bool PageTree::NextAtMost(Cursor* cursor, Rank* rank, std::uint8_t level) {
+  // In each page up from the leaf, the part behind the cursor; `rank` is that of the first row there.
+  const auto fits = [level](const Page& page, std::uint32_t at) {
+    return (page.height == 0 ? page.leaf.LevelAt(at) : page.levels[at]) <= level;
+  };
+  for (; cursor->depth_ != 0; --cursor->depth_) {
+    const Page& page = *cursor->pages_[cursor->depth_ - 1];
+    const std::uint32_t from = cursor->at_[cursor->depth_ - 1];
+    const std::uint32_t count = CountOf(page);
+    std::uint32_t at = from + 1;
+    while (at < count && !fits(page, at)) ++at;
+    *rank += page.height == 0 ? at - from : page.Before(at) - page.ends[from];
+    if (at == count) continue;
+    cursor->at_[cursor->depth_ - 1] = at;
+    break;
+  }
+  if (cursor->depth_ == 0) return false;
+  for (Page* page = cursor->pages_[cursor->depth_ - 1]; page->height != 0;) {
+    page = Load(&page->children[cursor->at_[cursor->depth_ - 1]], page->height - 1);
+    std::uint32_t at = 0;
+    while (!fits(*page, at)) ++at;
+    *rank += page->height == 0 ? at : page->Before(at);
+    cursor->pages_[cursor->depth_] = page;
+    cursor->at_[cursor->depth_++] = at;
+  }
+  return true;
 }
 
 std::optional<Rank> PageTree::PrevAtMost(Rank rank, std::uint8_t level) {

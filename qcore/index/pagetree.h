@@ -39,6 +39,7 @@ class PageTree {
     std::uint8_t indent() const { return leaf().IndentAt(slot()); }
     std::uint32_t id() const { return leaf().IdAt(slot()); }
     std::string key() const { return leaf().KeyAt(slot()); }
+    void KeyTo(std::string* key) const { leaf().KeyTo(slot(), key); }
     bool HasKey(std::string_view key) const { return leaf().HasKey(slot(), key); }
     bool KeyStartsWith(std::string_view prefix) const { return leaf().KeyStartsWith(slot(), prefix); }
     Bytes value() const { return leaf().ValueAt(slot()); }
@@ -76,6 +77,8 @@ class PageTree {
   Cursor Seek(std::string_view key, Rank* rank);
   bool Has(std::string_view key);
   std::optional<Rank> NextAtMost(Rank rank, std::uint8_t level);  // the next row of that level or an outer one
+  // The same from a row at hand on, to the row found; false, and the cursor at no row, when there is none.
+  bool NextAtMost(Cursor* cursor, Rank* rank, std::uint8_t level);
   std::optional<Rank> PrevAtMost(Rank rank, std::uint8_t level);
   std::optional<Rank> NextOfKind(Rank rank, bool document);
   std::optional<Rank> PrevOfKind(Rank rank, bool document);

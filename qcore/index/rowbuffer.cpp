@@ -16,6 +16,20 @@ namespace {
 constexpr std::size_t kTypeSize = 2;
 constexpr std::uint16_t kClassDocument = 1;
 
+// Most names and values are a few words long: too short for a call.
+std::uint8_t* Copy(const void* from, std::size_t size, std::uint8_t* to) {
+  const auto* at = static_cast<const std::uint8_t*>(from);
+  if (size > 32) {
+    std::memcpy(to, at, size);
+  } else if (size >= 8) {
+    for (std::size_t i = 0; i + 8 < size; i += 8) std::memcpy(to + i, at + i, 8);
+    std::memcpy(to + size - 8, at + size - 8, 8);
+  } else {
+    for (std::size_t i = 0; i < size; ++i) to[i] = at[i];
+  }
+  return to + size;
+}
+
 }  // namespace
 
 std::uint32_t NumberOfRow(RowKind kind, std::string_view key) {
@@ -25,16 +39,18 @@ std::uint32_t NumberOfRow(RowKind kind, std::string_view key) {
 }
 
 RowBuffer::RowBuffer(IndexTree& index, const ValueLayout& layout, Database& entries, Walk& walk, ENGHANDLE unread,
-                     std::uint32_t mask)
+                     std::uint32_t mask, std::uint32_t rows)
     : index_(index), layout_(layout), entries_(entries), walk_(walk), unread_(unread), mask_(mask) {
   constexpr std::size_t kHead = 64 + sizeof(COLLECTIONPOSITION);
   fixed_ = kHead;
   for (std::size_t value = 0; value < layout.summary_size(); ++value) fixed_ += 16 + layout.name(value).size();
   numbers_.resize(layout.summary_size());
+  constexpr std::uint32_t kMany = 64;
+  if (rows >= kMany) Need(kSize + 2 * fixed_);
 }
 
 void RowBuffer::Need(std::size_t more) {
-  if (bytes_.size() - size_ < more) bytes_.resize(std::max(2 * bytes_.size(), size_ + more));
+  if (bytes_.capacity() - size_ < more) bytes_.Reserve(std::max(2 * bytes_.capacity(), size_ + more));
 }
 
 template <typename T>
@@ -48,8 +64,8 @@ void RowBuffer::PutBytes(Bytes bytes) {
   size_ += bytes.size();
 }
 
-std::vector<std::uint8_t> RowBuffer::Take() {
-  bytes_.resize(size_);
+memory::Draft RowBuffer::Take() {
+  bytes_.SetSize(static_cast<std::uint32_t>(size_));
   return std::move(bytes_);
 }
 
@@ -57,7 +73,11 @@ bool RowBuffer::Add(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSI
   const std::size_t before = size_;
   const bool document = row.kind() == RowKind::kDocument;
   Need(fixed_);
-  if ((mask_ & ENG_READ_ID) != 0) Put(document ? row.id() : NumberOfRow(row.kind(), row.key()));
+  if (!document || (mask_ & (ENG_READ_CHILDREN | ENG_READ_DESCENDANTS)) != 0) walk_.EndOf(rank, row);
+  if ((mask_ & ENG_READ_ID) != 0) {
+    if (!document) row.KeyTo(&key_);
+    Put(document ? row.id() : NumberOfRow(row.kind(), key_));
+  }
   if ((mask_ & ENG_READ_UNIVERSAL_ID) != 0) AddUniversalId(row);
   if ((mask_ & ENG_READ_CLASS) != 0) Put(static_cast<std::uint16_t>(document ? kClassDocument : 0));
   if ((mask_ & (ENG_READ_SIBLINGS | ENG_READ_CHILDREN | ENG_READ_DESCENDANTS)) != 0) AddCounts(rank);
@@ -84,21 +104,20 @@ bool RowBuffer::CopySummary(Bytes value) {
   Need(fixed_ + value.size() + kTypeSize * columns);
   const std::size_t start = size_;
   std::uint8_t* const summary = bytes_.data() + start;
-  std::uint8_t* at = summary + 4 + 4 * columns;
+  std::uint8_t* lengths = summary + 4;
+  std::uint8_t* at = lengths + 4 * columns;
   RowValues values(value);
-  for (std::size_t column = 0; column < columns; ++column) {
+  for (std::size_t column = 0; column < columns; ++column, lengths += 4) {
     RowValues::Item item;
     const bool present = values.Next(&item) && item.type != 0;
     const std::string& name = layout_.name(column);
     const std::size_t size = present ? kTypeSize + item.data.size() : 0;
-    StoreLittle(summary + 4 + 4 * column, static_cast<std::uint16_t>(name.size()));
-    StoreLittle(summary + 6 + 4 * column, static_cast<std::uint16_t>(size));
-    std::memcpy(at, name.data(), name.size());
-    at += name.size();
+    StoreLittle(lengths, static_cast<std::uint16_t>(name.size()));
+    StoreLittle(lengths + 2, static_cast<std::uint16_t>(size));
+    at = Copy(name.data(), name.size(), at);
     if (!present) continue;
     StoreLittle(at, item.type);
-    if (!item.data.empty()) std::memcpy(at + kTypeSize, item.data.data(), item.data.size());
-    at += size;
+    at = Copy(item.data.data(), item.data.size(), at + kTypeSize);
   }
   const auto size = static_cast<std::size_t>(at - summary);
   if (size > kMost) return false;
@@ -176,9 +195,7 @@ void RowBuffer::PiecesOfCategory(const PageTree::Cursor& row) {
   do {
     if (!index_.rows().Next(&document)) return;
   } while (document.kind() != RowKind::kDocument);
-  const Bytes stored = document.value();
-  scratch_.assign(stored.begin(), stored.end());
-  RowValues values(scratch_);
+  RowValues values(document.value());
   RowValues::Item item;
   for (std::size_t value = 0; value <= number; ++value) {
     if (!values.Next(&item)) return;

@@ -6,6 +6,7 @@
 
 #include "qcore/index/indextree.h"
 #include "qcore/index/walk.h"
+#include "qcore/memory/memory.h"
 #include "qcore/store/database.h"
 
 namespace qcore::index {
@@ -15,15 +16,16 @@ std::uint32_t NumberOfRow(RowKind kind, std::string_view key);
 
 class RowBuffer {
  public:
+  // `rows`: how many may be asked of it.
   RowBuffer(IndexTree& index, const ValueLayout& layout, Database& entries, Walk& walk, ENGHANDLE unread,
-            std::uint32_t mask);
+            std::uint32_t mask, std::uint32_t rows);
 
   // From then on the marks that formulas left in values are expanded.
   void ExpandMarks() { expands_ = true; }
   // Appends the row at a cursor. False when it would go beyond the buffer, which a first row never does.
   [[nodiscard]] bool Add(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position,
                          std::uint16_t score);
-  std::vector<std::uint8_t> Take();
+  memory::Draft Take();
 
   // Bytes of a read; a client asks again for what is behind.
   static constexpr std::size_t kSize = 65536;
@@ -55,14 +57,14 @@ class RowBuffer {
   Walk& walk_;
   ENGHANDLE unread_;
   std::uint32_t mask_;
-  std::vector<std::uint8_t> bytes_;  // room; the first size_ bytes are rows
+  memory::Draft bytes_;  // room; the first size_ bytes are rows
   std::size_t size_ = 0;
   std::size_t fixed_;  // the most that a row has beside its values
   std::vector<Piece> pieces_;
   std::vector<std::array<std::uint8_t, 8>> numbers_;  // of totals
   bool expands_ = false;
   std::vector<std::vector<std::uint8_t>> expanded_;  // by value
-  std::vector<std::uint8_t> scratch_;                // of a category's document
+  std::string key_;                                  // of the row
 };
 
 }  // namespace qcore::index

@@ -102,29 +102,16 @@ void AppendRowValue(Bytes value, std::vector<std::uint8_t>* row) {
   writer.PutBytes(bytes);
 }
 
-bool RowValues::Next(Item* item) {
+bool RowValues::NextOfAny(Item* item) {
   WireReader reader(row_);
   const std::uint64_t head = reader.TakeVarint();
   const auto size = static_cast<std::size_t>(head >> 2);
   const std::uint8_t* at = reader.Skip(size);
   if (!at) return false;
-  Bytes data(at, size);
-  switch (static_cast<Form>(head & 3)) {
-    case Form::kText:
-      item->type = kTypeText;
-      break;
-    case Form::kNumber:
-      item->type = kTypeNumber;
-      break;
-    case Form::kTime:
-      item->type = kTypeTime;
-      break;
-    case Form::kAny:
-      item->type = TypeOf(data);
-      data = data.subspan(std::min(kTypeSize, size));
-      break;
-  }
-  item->data = data;
+  const bool any = (head & kAnyForm) == kAnyForm;
+  const Bytes value(at, size);
+  item->type = any ? TypeOf(value) : kTypes[head & 3];
+  item->data = any ? value.subspan(std::min(kTypeSize, size)) : value;
   row_ = row_.subspan(reader.position());
   return true;
 }

@@ -46,9 +46,22 @@ class RowValues {
     std::uint16_t type = 0;  // 0 for no value
     Bytes data;              // behind the type word
   };
-  bool Next(Item* item);
+  bool Next(Item* item) {
+    if (row_.empty()) return false;
+    const std::size_t head = row_[0];
+    const std::size_t size = head >> 2;
+    if (head >= 0x80 || (head & 3) == kAnyForm || size >= row_.size()) return NextOfAny(item);
+    item->type = kTypes[head & 3];
+    item->data = row_.subspan(1, size);
+    row_ = row_.subspan(1 + size);
+    return true;
+  }
 
  private:
+  static constexpr std::uint16_t kTypes[] = {kTypeText, kTypeNumber, kTypeTime};
+  static constexpr std::size_t kAnyForm = 3;
+  bool NextOfAny(Item* item);
+
   Bytes row_;
 };
 

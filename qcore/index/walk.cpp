@@ -105,10 +105,16 @@ void Walk::AdvancePosition(std::uint8_t level, COLLECTIONPOSITION* position) con
   ++position->Tumbler[level];
 }
 
-Rank Walk::EndOf(Rank rank) {
-  if (end_of_ && *end_of_ == rank) return end_;
-  end_ = tree_.NextAtMost(rank, LevelOf(rank)).value_or(tree_.rows());
-  end_of_ = rank;
+Rank Walk::EndOf(Rank rank) { return end_of_ == rank ? end_ : EndOf(rank, tree_.At(rank)); }
+
+Rank Walk::EndOf(Rank rank, const PageTree::Cursor& row, PageTree::Cursor* end) {
+  if (end_of_ != rank) {
+    end_ = rank;
+    end_row_ = row;
+    tree_.NextAtMost(&end_row_, &end_, row.level());
+    end_of_ = rank;
+  }
+  if (end) *end = end_row_;
   return end_;
 }
 

@@ -42,6 +42,8 @@ class Walk {
   bool IsUnread(Rank rank);  // of a category: whether there is one below it
 
   Rank EndOf(Rank rank);  // behind the row's descendants
+  // With the row at hand; `end` goes to what stands there.
+  Rank EndOf(Rank rank, const PageTree::Cursor& row, PageTree::Cursor* end = nullptr);
 
  private:
   std::uint8_t LevelOf(Spot spot) { return tree_.At(static_cast<Rank>(spot)).level(); }
@@ -64,6 +66,7 @@ class Walk {
   ENGHANDLE unread_;
   std::optional<Rank> end_of_;  // the row that EndOf was last asked for, and its answer
   Rank end_ = 0;
+  PageTree::Cursor end_row_;
 };
 
 }  // namespace qcore::index

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 
 namespace qcore::memory {
 
@@ -16,6 +17,15 @@ constexpr std::uint32_t kSmallestAllocation = 56;
 #endif
 std::size_t AllocationSize(std::uint32_t size) { return std::max(size, kSmallestAllocation); }
 
+ENGSTATUS Publish(Kind kind, void* bytes, std::uint32_t size, ENGHANDLE* handle) {
+  try {
+    *handle = handle_table.Insert(kind, bytes, size);
+  } catch (const std::bad_alloc&) {
+    return ENG_ERR_MEMORY;
+  }
+  return *handle != 0 ? ENG_OK : ENG_ERR_TOO_MANY_HANDLES;
+}
+
 // Nothing for a handle that is not live.
 void Discard(Kind kind, ENGHANDLE handle) { std::free(handle_table.Remove(kind, handle)); }
 
@@ -25,16 +35,28 @@ ENGSTATUS Allocate(Kind kind, std::uint32_t size, Fill fill, ENGHANDLE* handle) 
   *handle = 0;
   void* bytes = fill == Fill::kZero ? std::calloc(1, AllocationSize(size)) : std::malloc(AllocationSize(size));
   if (!bytes) return ENG_ERR_MEMORY;
-  try {
-    *handle = handle_table.Insert(kind, bytes, size);
-  } catch (...) {
-    std::free(bytes);
-    throw;
-  }
-  if (*handle == 0) {
-    std::free(bytes);
-    return ENG_ERR_TOO_MANY_HANDLES;
-  }
+  const ENGSTATUS status = memory::Publish(kind, bytes, size, handle);
+  if (status != ENG_OK) std::free(bytes);
+  return status;
+}
+
+Draft::~Draft() { std::free(bytes_); }
+
+void Draft::Reserve(std::size_t capacity) {
+  capacity = std::max<std::size_t>(capacity, kSmallestAllocation);
+  void* bytes = std::realloc(bytes_, capacity);
+  if (!bytes) throw std::bad_alloc();
+  bytes_ = static_cast<unsigned char*>(bytes);
+  capacity_ = capacity;
+}
+
+ENGSTATUS Draft::Publish(Kind kind, ENGHANDLE* handle) {
+  *handle = 0;
+  Reserve(size_);  // the rest goes back
+  const ENGSTATUS status = memory::Publish(kind, bytes_, size_, handle);
+  if (status != ENG_OK) return status;
+  bytes_ = nullptr;
+  capacity_ = size_ = 0;
   return ENG_OK;
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <span>
+#include <utility>
 
 #include "engine/status.h"
 #include "engine/types.h"
@@ -18,6 +19,36 @@ enum class Fill { kNone, kZero };
 
 // `kind` is kMemory, or another kind up to kLastMemory whose blocks clients may lock but not free.
 [[nodiscard]] ENGSTATUS Allocate(Kind kind, std::uint32_t size, Fill fill, ENGHANDLE* handle);
+// Bytes that are to become a block: room that grows without a handle, and without being cleared.
+class Draft {
+ public:
+  Draft() = default;
+  Draft(Draft&& other) noexcept { *this = std::move(other); }
+  Draft& operator=(Draft&& other) noexcept {
+    std::swap(bytes_, other.bytes_);
+    std::swap(capacity_, other.capacity_);
+    std::swap(size_, other.size_);
+    return *this;
+  }
+  ~Draft();
+
+  // Room for so many bytes in all; throws std::bad_alloc.
+  void Reserve(std::size_t capacity);
+  std::size_t capacity() const { return capacity_; }
+  unsigned char* data() const { return bytes_; }
+  // How many are written, at most the capacity.
+  void SetSize(std::uint32_t size) { size_ = size; }
+  std::uint32_t size() const { return size_; }
+  std::span<const unsigned char> written() const { return {bytes_, size_}; }
+  // What is written becomes a block, and the draft is empty; on failure it stays.
+  [[nodiscard]] ENGSTATUS Publish(Kind kind, ENGHANDLE* handle);
+
+ private:
+  unsigned char* bytes_ = nullptr;
+  std::size_t capacity_ = 0;
+  std::uint32_t size_ = 0;
+};
+
 [[nodiscard]] ENGSTATUS Free(Kind kind, ENGHANDLE handle);
 // Frees a block of the engine's own, locked or not; passes over a handle that is not live.
 void Release(Kind kind, ENGHANDLE handle);
