@@ -19,6 +19,7 @@ constexpr std::uint16_t kDocumentClass = 1;
 constexpr std::uint32_t kStep = 4;
 constexpr std::uint64_t kLastSlate = 0x7FFFFFF8;
 constexpr std::size_t kLongestName = 255;
+constexpr std::size_t kFoldAfter = 5000;  // changes
 
 using Ids = std::vector<std::uint32_t>;
 
@@ -67,8 +68,8 @@ ENGSTATUS ListTable(ENGHANDLE table, Ids* ids) {
   return idtable::ForEach(table, [ids](std::uint32_t id) { ids->push_back(id); });
 }
 
-// The stored list with what the feed has brought since.
-ENGSTATUS ReadUnread(Store& store, std::string_view user, UnreadList* list, Ids* ids) {
+// The stored list with what the feed has brought since. `behind` (may be null) is how much that was.
+ENGSTATUS ReadUnread(Store& store, std::string_view user, UnreadList* list, Ids* ids, std::size_t* behind = nullptr) {
   ENGSTATUS status = store.GetUnread(user, list);
   if (status != ENG_OK) return status;
   Ids stored;
@@ -89,6 +90,7 @@ ENGSTATUS ReadUnread(Store& store, std::string_view user, UnreadList* list, Ids*
       (saved != own.end() && saved->second >= change.feed ? gone : come).push_back(entry.id);
     }
     list->feed = change.feed;
+    if (behind) ++*behind;
   });
   std::sort(gone.begin(), gone.end());
   std::sort(come.begin(), come.end());
@@ -96,13 +98,35 @@ ENGSTATUS ReadUnread(Store& store, std::string_view user, UnreadList* list, Ids*
   return status;
 }
 
+ENGSTATUS WriteUnread(Database& database, std::string_view user, UnreadList* list, Ids* ids) {
+  Change change(database);
+  ENGSTATUS status = change.Begin();
+  if (status == ENG_OK) status = ReadUnread(database.store(), user, list, ids);
+  if (status != ENG_OK) return status;
+  list->ids = Encode(*ids);
+  status = database.store().PutUnread(user, list);
+  return status == ENG_OK ? change.Commit() : status;
+}
+
 // Read in one state of the store, whoever else writes.
-ENGSTATUS ReadUnreadOnce(Store& store, std::string_view user, UnreadList* list, Ids* ids) {
+ENGSTATUS ReadUnreadOnce(Store& store, std::string_view user, UnreadList* list, Ids* ids,
+                         std::size_t* behind = nullptr) {
   ENGSTATUS status = store.BeginRead();
   if (status != ENG_OK) return status;
-  status = ReadUnread(store, user, list, ids);
+  status = ReadUnread(store, user, list, ids, behind);
   store.EndRead();
   return status;
+}
+
+// Makes a list where there is none, and brings one up to date that much has come behind, so that reading it stays
+// cheap. The latter may fail: the feed tells it again.
+ENGSTATUS StoreUnread(Database& database, std::string_view user, std::size_t behind, UnreadList* list, Ids* ids) {
+  if (list->user == 0) return WriteUnread(database, user, list, ids);
+  if (behind <= kFoldAfter) return ENG_OK;
+  UnreadList fresh;
+  Ids fresh_ids;
+  if (WriteUnread(database, user, &fresh, &fresh_ids) == ENG_OK) *ids = std::move(fresh_ids);
+  return ENG_OK;
 }
 
 // Which user a table is for. Handles are not used again for long, so that those that are gone are found by asking.
@@ -153,15 +177,9 @@ ENGSTATUS GetUnreadTable(Database& database, std::string_view user, bool create,
   Ids ids;
   {
     const std::lock_guard lock(database.mutex());
-    status = ReadUnreadOnce(database.store(), user, &list, &ids);
-    if (status == ENG_OK && list.user == 0 && create) {
-      Change change(database);
-      status = change.Begin();
-      if (status == ENG_OK) status = ReadUnread(database.store(), user, &list, &ids);
-      list.ids = Encode(ids);
-      if (status == ENG_OK) status = database.store().PutUnread(user, &list);
-      if (status == ENG_OK) status = change.Commit();
-    }
+    std::size_t behind = 0;
+    status = ReadUnreadOnce(database.store(), user, &list, &ids, &behind);
+    if (status == ENG_OK && create) status = StoreUnread(database, user, behind, &list, &ids);
     if (status == ENG_OK) status = KeepReadable(database, NamesList(user), &ids);
   }
   if (status == ENG_OK) status = idtable::Make(ids, table);

@@ -22,23 +22,19 @@ class Search {
     {
       const std::lock_guard lock(database_->mutex());
       const ENGSTATUS status = CheckReaders(*database_, id, names_, &readability);
-      if (IsGone(status)) return ENG_OK;
+      if (IsLost(status)) return ENG_OK;
       if (status != ENG_OK) return status;
     }
     if (!readability.may_read) return ENG_OK;
     ENGHANDLE handle = 0;
     const ENGSTATUS status = Slate::Open(database_, id, &handle);
-    if (IsGone(status)) return ENG_OK;
+    if (IsLost(status)) return ENG_OK;
     if (status != ENG_OK) return status;
     *selected = Selects(*Slate::Find(handle));
     return Slate::Close(handle);
   }
 
  private:
-  static bool IsGone(ENGSTATUS status) {
-    return status == ENG_ERR_SLATE_DELETED || status == ENG_ERR_NO_SLATE || status == ENG_ERR_ITEM_DAMAGED;
-  }
-
   bool Selects(Slate& slate) {
     const SlateHeader& header = slate.header();
     if (scope_.until && Pack(header.modified_here) > Pack(*scope_.until)) return false;

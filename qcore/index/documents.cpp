@@ -355,7 +355,7 @@ ENGSTATUS DocumentReader::Read(std::uint32_t id, Document* document) {
       row.packed.assign(packed.begin(), packed.end());
       return ENGSTATUS{ENG_OK};
     });
-    if (status == ENG_ERR_NO_SLATE || status == ENG_ERR_SLATE_DELETED) {
+    if (IsLost(status)) {
       *document = Document();
       document->id = id;
       return ENG_OK;

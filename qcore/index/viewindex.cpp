@@ -5,6 +5,7 @@
 
 #include "qcore/folders/folders.h"
 #include "qcore/slates/readers.h"
+#include "qcore/store/checksum.h"
 #include "qcore/store/moment.h"
 #include "qcore/store/wire.h"
 #include "qcore/time/zone.h"
@@ -70,7 +71,14 @@ ENGSTATUS ViewIndex::Caught(const Work& work) {
   }
 }
 
-IndexTree::Identity ViewIndex::identity() const { return {design_->sum + reader_->place_sum(), names_}; }
+// The index stands with the entries, where a view of the same ID may have its own.
+std::uint64_t ViewIndex::OriginSum() const {
+  const std::string& path = design_database_->path();
+  if (path == entries_->path()) return 0;
+  return Checksum({reinterpret_cast<const std::uint8_t*>(path.data()), path.size()}, 1);
+}
+
+IndexTree::Identity ViewIndex::identity() const { return {design_->sum + reader_->place_sum() + OriginSum(), names_}; }
 
 ENGSTATUS ViewIndex::ReadDesignIfChanged(bool* changed) {
   *changed = false;

@@ -89,6 +89,7 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
   void TakeLog(Slot* slot);
   void ForgetLog(Slot* slot);
   void KeepSlot(Slot* slot);
+  std::uint64_t OriginSum() const;
   IndexTree::Identity identity() const;
 
   std::shared_ptr<Database> design_database_;

@@ -116,7 +116,7 @@ ENGSTATUS SqliteStore::ScanSlates(std::uint32_t first, const SlateScanner& scann
   use.Bind(1, first);
   SlateHeader header;
   while (use.Row()) {
-    if (!TakeHeader(use, &header)) return ENG_ERR_DB_DAMAGED;
+    if (!TakeHeader(use, &header)) continue;
     if (!scanner(header, use.Blob(11))) return ENG_OK;
   }
   return Result(use.code());

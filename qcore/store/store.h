@@ -113,7 +113,8 @@ class Store {
   // deletion stub. ENG_ERR_NO_SLATE for an ID that has no row.
   using PackedReader = std::function<ENGSTATUS(const SlateHeader&, Bytes)>;
   [[nodiscard]] virtual ENGSTATUS ReadSlate(std::uint32_t id, const PackedReader& reader) = 0;
-  // Every slate that is no deletion stub from ID `first` on, in order, until the reader gives false.
+  // Every slate that is no deletion stub from ID `first` on, in order, until the reader gives false; a damaged row is
+  // passed over.
   using SlateScanner = std::function<bool(const SlateHeader&, Bytes)>;
   [[nodiscard]] virtual ENGSTATUS ScanSlates(std::uint32_t first, const SlateScanner& scanner) = 0;
   [[nodiscard]] virtual ENGSTATUS ReadHeader(std::uint32_t id, SlateHeader* header) = 0;

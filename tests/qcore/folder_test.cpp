@@ -219,6 +219,19 @@ TEST_F(Folders, UnreadListsLeaveOutWhatTheUserMayNotRead) {
   EXPECT_EQ(Unread("Bob/Acme"), (Ids_{open, hidden}));
 }
 
+TEST_F(Folders, AListThatMuchHasComeBehindIsStoredAnew) {
+  Unread("Jane");
+  ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+  Ids_ all;
+  for (int i = 0; i <= 5000; ++i) all.push_back(Make({{"Subject", "a"}}));
+  ASSERT_EQ(EngDbCommit(db_), ENG_OK);
+  EXPECT_EQ(Unread("Jane"), all);
+  Execute(
+      "CREATE TEMP TABLE same(yes CHECK(yes=1));"
+      "INSERT INTO same SELECT (SELECT feed FROM unread)=(SELECT max(feed) FROM slate)");
+  EXPECT_EQ(Unread("Jane"), all);
+}
+
 TEST_F(Folders, AnUnreadTableFollowsAnotherHandle) {
   const std::uint32_t a = Make({{"Subject", "a"}});
   const ENGHANDLE other = Open();

@@ -249,45 +249,86 @@ TEST_F(FullText, AnUpdateGoesOnWhereARemadeIndexStands) {
 }
 
 // A folder stands for any view here.
-TEST_F(FullText, HitsOfACollectionAreItsRows) {
+class FolderHits : public FullText {
+ protected:
+  ~FolderHits() override {
+    if (rows_ != 0) {
+      EXPECT_EQ(EngCollectionClose(rows_), ENG_OK);
+    }
+  }
+  static ENGHANDLE Table(const Hits& ids) {
+    ENGHANDLE table = 0;
+    EXPECT_EQ(EngIdTableCreate(4, &table), ENG_OK);
+    for (std::uint32_t id : ids) EXPECT_EQ(EngIdTableInsert(table, id, nullptr), ENG_OK);
+    return table;
+  }
+  void Change(const Hits& ids, ENGSTATUS (*change)(ENGHANDLE, ENGHANDLE, std::uint32_t, ENGHANDLE, std::uint32_t)) {
+    const ENGHANDLE table = Table(ids);
+    EXPECT_EQ(change(db_, 0, folder_id_, table, 0), ENG_OK);
+    EXPECT_EQ(EngIdTableDestroy(table), ENG_OK);
+  }
+  // The hits of "apple" in a folder of these documents, which its collection keeps.
+  Hits SearchFolder(const Hits& members, std::uint16_t limit, ENGHANDLE unread) {
+    Index();
+    EXPECT_EQ(EngFolderCreate(db_, 0, 0, 0, Store("Fruit"), 5, 0, 0, &folder_id_), ENG_OK);
+    Change(members, EngFolderDocAdd);
+    EXPECT_EQ(EngCollectionOpen(db_, db_, folder_id_, 0, unread, &rows_, nullptr, nullptr, nullptr, nullptr), ENG_OK);
+    ENGHANDLE search = 0;
+    ENGHANDLE result = 0;
+    std::uint32_t hits = 0;
+    EXPECT_EQ(EngFtOpen(&search), ENG_OK);
+    const std::uint32_t options = ENG_FT_COLLECTION | ENG_FT_TABLE | ENG_FT_SCORES | ENG_FT_BEST;
+    EXPECT_EQ(EngFtSearch(db_, &search, rows_, Store("apple"), options, limit, 0, &hits, nullptr, &result), ENG_OK);
+    EXPECT_EQ(EngFtClose(search), ENG_OK);
+    const Hits found = Ids(result);
+    EXPECT_EQ(EngIdTableDestroy(result), ENG_OK);
+    return found;
+  }
+  // What a step from a hit, counted from 1, leads to; 0 for nothing.
+  std::uint32_t StepFrom(std::uint32_t hit, std::uint16_t code, std::uint32_t count) {
+    COLLECTIONPOSITION position{};
+    position.Tumbler[0] = hit;
+    ENGHANDLE buffer = 0;
+    std::uint32_t length = 0;
+    std::uint32_t returned = 0;
+    std::uint16_t signals = 0;
+    const ENGSTATUS status = EngCollectionRead(rows_, &position, code, count, ENG_GO_NEXT_HIT, 1, ENG_READ_ID, &buffer,
+                                               &length, nullptr, &returned, &signals);
+    EXPECT_EQ(status, length == 4 ? ENG_OK : ENG_ERR_NO_ENTRY);
+    std::uint32_t id = 0;
+    if (status != ENG_OK) return 0;
+    std::memcpy(&id, EngMemLock(buffer), sizeof id);
+    EXPECT_EQ(EngMemUnlock(buffer), ENG_OK);
+    EXPECT_EQ(EngMemFree(buffer), ENG_OK);
+    return id;
+  }
+
+  std::uint32_t folder_id_ = 0;
+  ENGHANDLE rows_ = 0;
+};
+
+TEST_F(FolderHits, AreRowsBestFirst) {
   const std::uint32_t far = Make({{"Body", "apple and very many other words of no concern"}});
   const std::uint32_t outside = Make({{"Body", "apple apple apple"}});
   const std::uint32_t near = Make({{"Body", "apple apple"}});
-  Index();
-  std::uint32_t folder = 0;
-  ASSERT_EQ(EngFolderCreate(db_, 0, 0, 0, Store("Fruit"), 5, 0, 0, &folder), ENG_OK);
-  ENGHANDLE table = 0;
-  ASSERT_EQ(EngIdTableCreate(4, &table), ENG_OK);
-  for (std::uint32_t id : {far, near}) EXPECT_EQ(EngIdTableInsert(table, id, nullptr), ENG_OK);
-  ASSERT_EQ(EngFolderDocAdd(db_, 0, folder, table, 0), ENG_OK);
-  EXPECT_EQ(EngIdTableDestroy(table), ENG_OK);
-  ENGHANDLE rows = 0;
-  ASSERT_EQ(EngCollectionOpen(db_, db_, folder, 0, 0, &rows, nullptr, nullptr, nullptr, nullptr), ENG_OK);
-  ENGHANDLE search = 0;
-  ENGHANDLE result = 0;
-  std::uint32_t hits = 0;
-  ASSERT_EQ(EngFtOpen(&search), ENG_OK);
-  const std::uint32_t options = ENG_FT_COLLECTION | ENG_FT_TABLE | ENG_FT_SCORES | ENG_FT_BEST;
-  ASSERT_EQ(EngFtSearch(db_, &search, rows, Store("apple"), options, 2, 0, &hits, nullptr, &result), ENG_OK);
-  EXPECT_EQ(Ids(result), (Hits{far, near})) << outside << " has no row";
-  EXPECT_EQ(EngIdTableDestroy(result), ENG_OK);
-  COLLECTIONPOSITION position{};
-  position.Tumbler[0] = 1;
-  ENGHANDLE buffer = 0;
-  std::uint32_t length = 0;
-  std::uint32_t returned = 0;
-  std::uint16_t signals = 0;
-  ASSERT_EQ(EngCollectionRead(rows, &position, ENG_GO_CURRENT_HIT, 0, ENG_GO_NEXT_HIT, 2, ENG_READ_ID, &buffer, &length,
-                              nullptr, &returned, &signals),
-            ENG_OK);
-  ASSERT_EQ(length, 8u);
-  std::uint32_t first = 0;
-  std::memcpy(&first, EngMemLock(buffer), sizeof first);
-  EXPECT_EQ(first, near) << "best first";
-  EXPECT_EQ(EngMemUnlock(buffer), ENG_OK);
-  EXPECT_EQ(EngMemFree(buffer), ENG_OK);
-  EXPECT_EQ(EngFtClose(search), ENG_OK);
-  EXPECT_EQ(EngCollectionClose(rows), ENG_OK);
+  EXPECT_EQ(SearchFolder({far, near}, 2, 0), (Hits{far, near})) << outside << " has no row";
+  EXPECT_EQ(StepFrom(1, ENG_GO_CURRENT_HIT, 0), near);
+  EXPECT_EQ(StepFrom(1, ENG_GO_NEXT_HIT, 1), far);
+}
+
+TEST_F(FolderHits, UnreadOnesThatAreGoneAreNotStoppedAt) {
+  const std::uint32_t read = Make({{"Body", "apple apple apple"}});
+  const std::uint32_t gone = Make({{"Body", "apple apple"}});
+  const std::uint32_t also_read = Make({{"Body", "apple and some words"}});
+  const std::uint32_t last = Make({{"Body", "apple and very many other words of no concern"}});
+  const ENGHANDLE unread = Table({gone, last});
+  SearchFolder({read, gone, also_read, last}, 0, unread);
+  EXPECT_EQ(StepFrom(1, ENG_GO_NEXT_UNREAD_HIT, 1), gone);
+  Change({gone}, EngFolderDocRemove);
+  EXPECT_EQ(EngCollectionUpdate(rows_), ENG_OK);
+  EXPECT_EQ(StepFrom(1, ENG_GO_NEXT_UNREAD_HIT, 1), last);
+  EXPECT_EQ(StepFrom(4, ENG_GO_PREV_UNREAD_HIT, 1), 0U);
+  EXPECT_EQ(EngIdTableDestroy(unread), ENG_OK);
 }
 
 TEST_F(FullText, AKillWithinAnUpdateLeavesAGoodIndex) {

@@ -251,6 +251,30 @@ TEST_F(Shared, RowsThatDependOnTheTimeAreBuiltWhenTheyAreOld) {
   }
 }
 
+// Two copies of a database: a folder of the one shown over the documents of the other, where a folder has its ID.
+TEST_F(Shared, AFolderOfAnotherDatabaseIsNotTheOneOfItsNumber) {
+  const std::vector<std::uint32_t> ids{Doc({{"Name", "a"}}), Doc({{"Name", "b"}})};
+  std::uint32_t folder = 0;
+  ASSERT_EQ(EngFolderCreate(db_, 0, MakeView({{"Name", 1}}), db_, Store("In"), 2, 0, 0, &folder), ENG_OK);
+  ASSERT_EQ(EngDbClose(db_), ENG_OK);
+  std::filesystem::copy_file(file(), folder_.File("data/copy.vlt"));
+  db_ = Open();
+  const ENGHANDLE copy = Open("copy");
+  for (const auto& [db, id] : {std::pair(db_, ids[0]), std::pair(copy, ids[1])}) {
+    const ENGHANDLE table = Table({id});
+    EXPECT_EQ(EngFolderDocAdd(db, 0, folder, table, 0), ENG_OK);
+    EXPECT_EQ(EngIdTableDestroy(table), ENG_OK);
+  }
+  for (int turn = 0; turn < 2; ++turn) {
+    ENGHANDLE crossed = 0;
+    ASSERT_EQ(EngCollectionOpen(copy, db_, folder, 0, 0, &crossed, nullptr, nullptr, nullptr, nullptr), ENG_OK);
+    EXPECT_EQ(AllRows(crossed), Strings{"1 d b"});
+    EXPECT_EQ(EngCollectionClose(crossed), ENG_OK);
+    EXPECT_EQ(AllRows(OpenCollection(db_, folder).get()), Strings{"1 d a"});
+  }
+  EXPECT_EQ(EngDbClose(copy), ENG_OK);
+}
+
 TEST_F(Shared, AStoreOfTheFirstVersionShowsItsViews) {
   Doc({{"Name", "a"}});
   const std::uint32_t view = MakeView({{"Name", 1}});

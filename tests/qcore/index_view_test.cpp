@@ -301,6 +301,26 @@ TEST_F(Views, DamagedPagesAreMadeAnew) {
   }
 }
 
+TEST_F(Views, ADamagedDocumentHasNoRow) {
+  const std::string bad = std::to_string(Doc({{"Name", "b"}}));
+  const std::uint32_t good = Doc({{"Name", "a"}});
+  const std::uint32_t view = MakeView({{"Name", 1}});
+  for (const std::string& damage : {std::string("modified=modified+1"), std::string("packed=zeroblob(90)")}) {
+    ASSERT_EQ(EngDbClose(db_), ENG_OK);
+    Execute(("UPDATE slate SET " + damage + " WHERE id=" + bad).c_str());
+    db_ = Open();
+    const OpenCollection collection(db_, view, ENG_COLLECTION_REBUILD);
+    EXPECT_EQ(AllRows(collection.get()), Strings{"1 d a"}) << damage;
+    const std::string code = qtest::Compiled("SELECT @All");
+    ENGHANDLE found = 0;
+    EXPECT_EQ(EngDbSearchFormula(db_, code.data(), static_cast<std::uint32_t>(code.size()), 1, nullptr, nullptr, 0,
+                                 nullptr, &found),
+              ENG_OK);
+    EXPECT_EQ(qtest::Ids(found), std::vector<std::uint32_t>{good}) << damage;
+    EXPECT_EQ(EngIdTableDestroy(found), ENG_OK);
+  }
+}
+
 TEST_F(Views, OpeningSaysWhatIsMissing) {
   const std::uint32_t document = Doc({{"Name", "a"}});
   const std::uint32_t view = MakeView({{"Name", 1}});
