@@ -170,6 +170,7 @@ VQSTATUS VQTableBody::AddColumns(unsigned long position, unsigned long count) {
 VQSTATUS VQTableBody::AddColumnsToRow(VQTableCellBody** first, unsigned long position,
                                       const std::vector<unsigned short>& pabids, const vq::TableLayout& layout) {
   const std::int32_t row = (*first)->GetRow();
+  const bool heads = *first == FirstCell();
   VQTableCellBody* behind = *first;
   VQRTObjectBody* before = nullptr;
   while (behind && behind->GetRow() == row) {
@@ -186,7 +187,6 @@ VQSTATUS VQTableBody::AddColumnsToRow(VQTableCellBody** first, unsigned long pos
     layout.SetGeometry(column, column, &record);
     if (VQSTATUS status = cell->WriteCell(record)) return status;
     const CDPABDEFINITION definition = layout.DefinitionOf(column, pabids[i]);
-    const bool heads = *first == FirstCell();
     if (VQSTATUS status = cell->Fill(pabids[i], heads ? &definition : nullptr)) return status;
     Link(cell, before);
   }
