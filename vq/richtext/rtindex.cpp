@@ -8,6 +8,7 @@ namespace {
 
 constexpr std::uint32_t kDetached = static_cast<std::uint32_t>(VQRT_DETACHED_INDEX_VALUE);
 constexpr unsigned long kSmallestGap = 1000;
+constexpr unsigned long kSmallestRunGap = 4;  // where the whole run comes in at once
 constexpr unsigned long kLargestGap = 1000000;
 constexpr unsigned long kWideGap = 100000;
 
@@ -88,6 +89,25 @@ void VQRTBaseContainerBody::LinkUnnumbered(VQRTObjectBody* child, VQRTObjectBody
   MarkDirty();
   OutdateAround(*child, *top);
   if (vq::PABIndex* index = top->RichText ? top->RichText->FindPABIndex() : nullptr) index->Take(*child);
+}
+
+VQSTATUS VQRTBaseContainerBody::NumberRun(VQRTObjectBody* first, VQRTObjectBody* next) {
+  if (IndexValue == kDetached) return NumberChildren();
+  unsigned long slots = 1;
+  for (const VQRTObjectBody* child = first; child != next; child = child->Next) slots += child->GetIndexCount() + 1;
+  unsigned long value = first->Previous ? first->Previous->GetEndIndexValue() : IndexValue;
+  const unsigned long gap = ((next ? next->IndexValue : EndIndexValue) - value) / slots;
+  if (gap < kSmallestRunGap) return NumberChildren();
+  for (VQRTObjectBody* child = first; child != next; child = child->Next) {
+    child->IndexValue = static_cast<std::uint32_t>(value + gap);
+    value += (child->GetIndexCount() + 1) * gap;
+    VQRTBaseContainerBody* container = child->AsBase();
+    if (!container) continue;
+    container->EndIndexValue = static_cast<std::uint32_t>(value);
+    if (!container->FirstChild) continue;
+    if (VQSTATUS status = container->Renumber()) return status;
+  }
+  return VQ_OK;
 }
 
 VQSTATUS VQRTBaseContainerBody::NumberChildren() {

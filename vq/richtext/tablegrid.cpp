@@ -36,9 +36,35 @@ VQSTATUS CheckDelete(const Side& side, unsigned long position, unsigned long cou
   return position + count >= side.Present ? VQERR_CELL_POSITION_COUNT : VQ_OK;
 }
 
+using CellIterator = VQTableBody::CellList::const_iterator;
+
+VQSTATUS ShiftRows(CellIterator cell, CellIterator end, std::int32_t distance) {
+  for (; cell != end; ++cell) {
+    VQTableCellBody::Place place = (*cell)->GetPlace();
+    place.Row += distance;
+    if (VQSTATUS status = (*cell)->SetPlace(place)) return status;
+  }
+  return VQ_OK;
+}
+
 }  // namespace
 
-void VQTableBody::Link(VQTableCellBody* cell, VQRTObjectBody* before) { LinkUnnumbered(cell, before); }
+VQSTATUS VQTableBody::AddCell(const VQTableCellBody::Place& place, const CDTABLECELL* looks, std::uint16_t pabid,
+                              const CDPABDEFINITION* definition, VQRTObjectBody* before, CellList* cells) {
+  auto* cell = new VQTableCellBody(place.Row, place.Column);
+  const VQRTObject hold(cell);
+  if (looks) {
+    CDTABLECELL record = *looks;
+    record.Row = static_cast<std::uint8_t>(place.Row);
+    record.Column = static_cast<std::uint8_t>(place.Column);
+    if (VQSTATUS status = cell->WriteCell(record)) return status;
+  }
+  if (VQSTATUS status = cell->SetPlace(place)) return status;
+  if (VQSTATUS status = cell->Fill(pabid, definition)) return status;
+  LinkUnnumbered(cell, before);
+  cells->push_back(cell);
+  return VQ_OK;
+}
 
 VQSTATUS VQTableBody::AppendRows(unsigned long count) {
   const VQSTATUS status = CheckAdd(RowsOf(*this), count);
@@ -55,43 +81,38 @@ VQSTATUS VQTableBody::AddRows(unsigned long position, unsigned long count) {
   vq::TableLayout layout;
   if (VQSTATUS status = vq::TableLayout::Read(*this, &layout)) return status;
   if (GetColumns() > kMostColumns) return VQERR_COLUMN_COUNT;
-  const std::vector<VQTableCellBody*> heads = ColumnHeads();
-  std::vector<CDTABLECELL> records(heads.size());
+  const CellList heads = ColumnHeads();
+  std::vector<CDTABLECELL> looks(heads.size());
   std::vector<std::uint16_t> pabids;
   for (std::size_t column = 0; column < heads.size(); ++column) {
     if (!heads[column]->GetFirstReference()) return VQERR_CELL_PABREFERENCE;
-    if (VQSTATUS status = heads[column]->ReadCell(&records[column])) return status;
-    // A head over several columns is no model for one.
-    if (records[column].RightMargin - records[column].LeftMargin > layout.WidthOf(column)) {
-      records[column].ColumnSpan = 1;
-      layout.SetGeometry(column, column, &records[column]);
-    }
+    if (VQSTATUS status = heads[column]->ReadCell(&looks[column])) return status;
+    looks[column].RowSpan = looks[column].ColumnSpan = 1;
     pabids.push_back(ColumnPABID(*heads[column]));
   }
 
-  const auto at = static_cast<std::int32_t>(position), more = static_cast<std::int32_t>(count);
-  VQRTObjectBody* before = LastChild;
-  for (VQTableCellBody* cell = FirstCell(); cell; cell = NextCell(cell)) {
-    if (cell->GetRow() < at) continue;
-    if (before == LastChild) before = cell;
-    if (VQSTATUS status = cell->SetPosition(cell->GetRow() + more, cell->GetColumn())) return status;
-  }
-  for (std::int32_t row = at; row < at + more; ++row) {
+  const auto first = static_cast<std::int32_t>(position), more = static_cast<std::int32_t>(count);
+  const std::uint32_t rows = GetRows() + static_cast<std::uint32_t>(count), columns = GetColumns();
+  const CellList present = TakeCells();
+  const auto behind = std::ranges::lower_bound(present, first, {}, &VQTableCellBody::GetRow);
+  VQRTObjectBody* before = behind == present.end() ? LastChild : *behind;
+  CellList cells(present.begin(), behind);
+  cells.reserve(present.size() + count * heads.size());
+  if (VQSTATUS status = ShiftRows(behind, present.end(), more)) return status;
+  for (std::int32_t row = first; row < first + more; ++row) {
     for (std::size_t column = 0; column < heads.size(); ++column) {
-      auto* cell = new VQTableCellBody(row, static_cast<long>(column));
-      const VQRTObject hold(cell);
-      records[column].Row = static_cast<std::uint8_t>(row);
-      if (VQSTATUS status = cell->WriteCell(records[column])) return status;
-      if (VQSTATUS status = cell->Fill(pabids[column], nullptr)) return status;
-      Link(cell, before);
+      const VQTableCellBody::Place place = layout.PlaceOf(row, column, column);
+      if (VQSTATUS status = AddCell(place, &looks[column], pabids[column], nullptr, before, &cells)) return status;
     }
   }
-  if (VQSTATUS status = NumberChildren()) return status;
+  VQRTObjectBody* firstNew = cells[static_cast<std::size_t>(behind - present.begin())];
+  cells.insert(cells.end(), behind, present.end());
+  KeepCells(std::move(cells), rows, columns);
+  if (VQSTATUS status = NumberRun(firstNew, before)) return status;
   return position == 0 ? MoveColumnDefinitions(heads, ColumnHeads()) : VQ_OK;
 }
 
-VQSTATUS VQTableBody::MoveColumnDefinitions(const std::vector<VQTableCellBody*>& from,
-                                            const std::vector<VQTableCellBody*>& to) {
+VQSTATUS VQTableBody::MoveColumnDefinitions(const CellList& from, const CellList& to) {
   for (std::size_t column = 0; column < from.size(); ++column) {
     if (!to[column] || to[column] == from[column]) continue;
     if (VQSTATUS status = MoveColumnDefinition(*from[column], *to[column])) return status;
@@ -99,7 +120,7 @@ VQSTATUS VQTableBody::MoveColumnDefinitions(const std::vector<VQTableCellBody*>&
   return VQ_OK;
 }
 
-VQSTATUS VQTableBody::DeleteCells(const std::vector<VQTableCellBody*>& cells) {
+VQSTATUS VQTableBody::DeleteCells(const CellList& cells) {
   // From the last one: a definition's users in the other cells are then gone.
   for (auto cell = cells.rbegin(); cell != cells.rend(); ++cell) {
     if (VQSTATUS status = DeleteRepairLinks(*cell, (*cell)->GetNext())) return status;
@@ -113,21 +134,22 @@ VQSTATUS VQTableBody::DeleteRows(unsigned long position, unsigned long count) {
   vq::TableLayout layout;
   if (VQSTATUS status = vq::TableLayout::Read(*this, &layout)) return status;
   const auto first = static_cast<std::int32_t>(position), less = static_cast<std::int32_t>(count);
-  const std::vector<VQTableCellBody*> heads = ColumnHeads();
-  std::vector<VQTableCellBody*> going, newHeads(heads.size());
-  for (VQTableCellBody* cell = FirstCell(); cell; cell = NextCell(cell)) {
-    if (cell->GetRow() >= first && cell->GetRow() < first + less) {
-      going.push_back(cell);
-    } else if (VQTableCellBody*& head = newHeads[static_cast<std::size_t>(cell->GetColumn())]; !head) {
-      head = cell;
-    }
+  const std::uint32_t rows = GetRows() - static_cast<std::uint32_t>(count), columns = GetColumns();
+  const CellList heads = ColumnHeads();
+  CellList cells = TakeCells();
+  const auto from = std::ranges::lower_bound(cells, first, {}, &VQTableCellBody::GetRow);
+  const auto behind = std::ranges::lower_bound(cells, first + less, {}, &VQTableCellBody::GetRow);
+  const CellList going(from, behind);
+  const auto shifted = cells.erase(from, behind);
+  CellList newHeads(heads.size());
+  for (VQTableCellBody* cell : cells) {
+    VQTableCellBody*& head = newHeads[static_cast<std::size_t>(cell->GetColumn())];
+    if (!head) head = cell;
   }
   if (VQSTATUS status = MoveColumnDefinitions(heads, newHeads)) return status;
   if (VQSTATUS status = DeleteCells(going)) return status;
-  for (VQTableCellBody* cell = FirstCell(); cell; cell = NextCell(cell)) {
-    if (cell->GetRow() < first + less) continue;
-    if (VQSTATUS status = cell->SetPosition(cell->GetRow() - less, cell->GetColumn())) return status;
-  }
+  if (VQSTATUS status = ShiftRows(shifted, cells.end(), -less)) return status;
+  KeepCells(std::move(cells), rows, columns);
   return VQ_OK;
 }
 
@@ -160,37 +182,32 @@ VQSTATUS VQTableBody::AddColumns(unsigned long position, unsigned long count) {
   for (unsigned short& pabid : pabids) {
     if (VQSTATUS status = vq::pab::Root(*this).GetNewPABID(&pabid)) return status;
   }
-  if (VQSTATUS status = after.ApplyTo(*this, before, change)) return status;
-  for (VQTableCellBody* cell = FirstCell(); cell;) {
-    if (VQSTATUS status = AddColumnsToRow(&cell, position, pabids, after)) return status;
+  const std::uint32_t rows = GetRows(), columns = GetColumns() + static_cast<std::uint32_t>(count);
+  const CellList present = TakeCells();
+  if (VQSTATUS status = after.ApplyTo(present, before, change)) return status;
+  CellList cells;
+  cells.reserve(present.size() + rows * count);
+  for (auto cell = present.begin(); cell != present.end();) {
+    const std::int32_t row = (*cell)->GetRow();
+    const auto rowEnd = std::find_if(cell, present.end(), [&](const auto* each) { return each->GetRow() != row; });
+    const auto behind = std::find_if(
+        cell, rowEnd, [&](const auto* each) { return each->GetColumn() >= static_cast<std::int32_t>(position); });
+    cells.insert(cells.end(), cell, behind);
+    VQRTObjectBody* before = behind == present.end() ? LastChild : *behind;
+    const std::size_t firstNew = cells.size();
+    for (std::size_t column = position; column < position + count; ++column) {
+      const std::uint16_t pabid = pabids[column - position];
+      const CDPABDEFINITION definition = after.DefinitionOf(column, pabid);
+      const bool heads = cell == present.begin();
+      const VQTableCellBody::Place place = after.PlaceOf(row, column, column);
+      VQSTATUS status = AddCell(place, nullptr, pabid, heads ? &definition : nullptr, before, &cells);
+      if (status != VQ_OK) return status;
+    }
+    if (VQSTATUS status = NumberRun(cells[firstNew], before)) return status;
+    cells.insert(cells.end(), behind, rowEnd);
+    cell = rowEnd;
   }
-  return NumberChildren();
-}
-
-VQSTATUS VQTableBody::AddColumnsToRow(VQTableCellBody** first, unsigned long position,
-                                      const std::vector<unsigned short>& pabids, const vq::TableLayout& layout) {
-  const std::int32_t row = (*first)->GetRow();
-  const bool heads = *first == FirstCell();
-  VQTableCellBody* behind = *first;
-  VQRTObjectBody* before = nullptr;
-  while (behind && behind->GetRow() == row) {
-    if (!before && static_cast<unsigned long>(behind->GetColumn()) >= position) before = behind;
-    behind = NextCell(behind);
-  }
-  if (!before) before = behind ? behind : LastChild;
-  for (std::size_t i = 0; i < pabids.size(); ++i) {
-    const std::size_t column = position + i;
-    auto* cell = new VQTableCellBody(row, static_cast<long>(column));
-    const VQRTObject hold(cell);
-    CDTABLECELL record{};
-    if (VQSTATUS status = cell->ReadCell(&record)) return status;
-    layout.SetGeometry(column, column, &record);
-    if (VQSTATUS status = cell->WriteCell(record)) return status;
-    const CDPABDEFINITION definition = layout.DefinitionOf(column, pabids[i]);
-    if (VQSTATUS status = cell->Fill(pabids[i], heads ? &definition : nullptr)) return status;
-    Link(cell, before);
-  }
-  *first = behind;
+  KeepCells(std::move(cells), rows, columns);
   return VQ_OK;
 }
 
@@ -209,11 +226,14 @@ VQSTATUS VQTableBody::DeleteColumns(unsigned long position, unsigned long count)
   const vq::TableLayout::Change change = {static_cast<long>(position), -static_cast<long>(count)};
   if (VQSTATUS status = after.Check(before, change)) return status;
   if (VQSTATUS status = MakeIdentifiersPrivate(before)) return status;
-  std::vector<VQTableCellBody*> going;
-  for (VQTableCellBody* cell = FirstCell(); cell; cell = NextCell(cell)) {
+  const std::uint32_t rows = GetRows(), columns = GetColumns() - static_cast<std::uint32_t>(count);
+  CellList going, staying;
+  for (VQTableCellBody* cell : TakeCells()) {
     const auto column = static_cast<unsigned long>(cell->GetColumn());
-    if (column >= position && column < position + count) going.push_back(cell);
+    (column >= position && column < position + count ? going : staying).push_back(cell);
   }
   if (VQSTATUS status = DeleteCells(going)) return status;
-  return after.ApplyTo(*this, before, change);
+  if (VQSTATUS status = after.ApplyTo(staying, before, change)) return status;
+  KeepCells(std::move(staying), rows, columns);
+  return VQ_OK;
 }

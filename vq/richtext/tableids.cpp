@@ -41,7 +41,7 @@ class Renewal {
 
   VQSTATUS Run() {
     std::vector<std::pair<VQRTObjectBody*, vq::PABIDs>> renewed;
-    for (VQTableCellBody* cell = Table.FirstCell(); cell; cell = VQTableBody::NextCell(cell)) {
+    for (VQTableCellBody* cell : Table.GetCells()) {
       for (VQRTObjectBody* object = cell->NextInTree(cell); object; object = cell->NextInTree(object)) {
         if (!object->IsType(VQRTTYPE_PAB_OBJECT)) continue;
         vq::PABIDs ids;
@@ -84,10 +84,11 @@ std::uint16_t VQTableBody::ColumnPABID(const VQTableCellBody& cell) {
   return reference ? pab::IDsOf(*reference).Second : 0;
 }
 
-std::vector<VQTableCellBody*> VQTableBody::ColumnHeads() const {
-  std::vector<VQTableCellBody*> heads(GetColumns());
+VQTableBody::CellList VQTableBody::ColumnHeads() const {
+  CellList heads(GetColumns());
   std::size_t missing = heads.size();
-  for (VQTableCellBody* cell = FirstCell(); cell && missing > 0; cell = NextCell(cell)) {
+  for (VQTableCellBody* cell : GetCells()) {
+    if (missing == 0) break;
     if (cell->GetColumn() < 0 || heads[static_cast<std::size_t>(cell->GetColumn())]) continue;
     heads[static_cast<std::size_t>(cell->GetColumn())] = cell;
     --missing;
@@ -104,7 +105,7 @@ struct User {
 
 // References outside of the table that have only the table's definitions to go by.
 std::vector<User> OutsideUsers(const VQTableBody& table, const VQRTBaseContainerBody& root,
-                               const std::vector<VQTableCellBody*>& heads, bool* used) {
+                               const VQTableBody::CellList& heads, bool* used) {
   std::vector<User> users;
   pab::IndexOf index(root);
   VQRTObjectBody* behind = Behind(&table);
@@ -134,7 +135,7 @@ VQRTObjectBody& PlaceFor(VQRTObjectBody& reference) {
 }  // namespace
 
 VQSTATUS VQTableBody::MakeIdentifiersPrivate(const vq::TableLayout& layout) {
-  const std::vector<VQTableCellBody*> heads = ColumnHeads();
+  const CellList heads = ColumnHeads();
   VQRTContainerBody& root = pab::Root(*this);
   std::set<std::uint16_t> pabids;
   bool shared = false;

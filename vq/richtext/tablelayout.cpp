@@ -47,19 +47,14 @@ VQSTATUS TableLayout::Read(const VQTableBody& table, TableLayout* layout) {
   constexpr Box kNone = {0, -1};
   layout->Boxes.assign(table.GetColumns(), kNone);
   std::vector<bool> met(layout->Boxes.size());
-  std::int32_t row = 0, column = -1;
-  for (const VQTableCellBody* cell = table.FirstCell(); cell; cell = VQTableBody::NextCell(cell)) {
-    const bool inOrder = cell->GetRow() == row ? cell->GetColumn() > column : cell->GetRow() > row;
-    if (cell->GetColumn() < 0 || !inOrder) return VQERR_RT_INVALID;
-    row = cell->GetRow();
-    column = cell->GetColumn();
-    const auto at = static_cast<std::size_t>(column);
-    long left = 0, right = 0;
-    if (VQSTATUS status = cell->ReadMargins(&left, &right)) return status;
+  if (!table.CellsAreInOrder()) return VQERR_RT_INVALID;
+  for (const VQTableCellBody* cell : table.GetCells()) {
+    if (cell->GetLeft() < 0) return VQERR_RT_INVALID;
+    const auto at = static_cast<std::size_t>(cell->GetColumn());
     // The narrowest cell of a column spans no other.
-    if (met[at] && right - left >= layout->WidthOf(at)) continue;
+    if (met[at] && cell->GetRight() - cell->GetLeft() >= layout->WidthOf(at)) continue;
     met[at] = true;
-    layout->Boxes[at] = {left, right};
+    layout->Boxes[at] = {cell->GetLeft(), cell->GetRight()};
   }
   return !met.empty() && std::ranges::find(met, false) == met.end() ? VQ_OK : VQERR_RT_INVALID;
 }
@@ -139,17 +134,16 @@ VQSTATUS TableLayout::Check(const TableLayout& before, Change change) const {
   return VQ_OK;
 }
 
-void TableLayout::SetGeometry(std::size_t first, std::size_t last, CDTABLECELL* record) const {
+VQTableCellBody::Place TableLayout::PlaceOf(std::int32_t row, std::size_t first, std::size_t last) const {
   const long left = Boxes[first].Left, right = Boxes[last].Right;
   const long table = GetWidth();
   long fraction = 0;
   if (IsAutomatic() && table > 0) {
-    fraction = std::lround(static_cast<double>(right - left + 2 * GetSpacing()) * VQTABLE_MAX_FRACTIONAL_WIDTH /
-                           static_cast<double>(table));
+    const long room = right - left + 2 * GetSpacing();
+    fraction = std::clamp((room * VQTABLE_MAX_FRACTIONAL_WIDTH + table / 2) / table, 0L, VQTABLE_MAX_FRACTIONAL_WIDTH);
   }
-  record->LeftMargin = static_cast<std::uint16_t>(left);
-  record->RightMargin = static_cast<std::uint16_t>(right);
-  record->FractionalWidth = static_cast<std::uint16_t>(std::clamp(fraction, 0L, VQTABLE_MAX_FRACTIONAL_WIDTH));
+  return {row, static_cast<std::int32_t>(first), static_cast<std::int32_t>(left), static_cast<std::int32_t>(right),
+          static_cast<std::int32_t>(fraction)};
 }
 
 void TableLayout::SetMargins(std::size_t first, std::size_t last, CDPABDEFINITION* record) const {
@@ -190,25 +184,22 @@ std::size_t Renumbered(std::size_t column, TableLayout::Change change) {
 
 }  // namespace
 
-VQSTATUS TableLayout::ApplyTo(VQTableBody& table, const TableLayout& before, Change change) const {
-  for (VQTableCellBody* cell = table.FirstCell(); cell; cell = VQTableBody::NextCell(cell)) {
-    if (VQSTATUS status = ApplyToCell(*cell, before, change)) return status;
+VQSTATUS TableLayout::ApplyTo(const VQTableBody::CellList& cells, const TableLayout& before, Change change) const {
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    // Seen from what is still as it was.
+    const bool ends = i + 1 == cells.size() || cells[i + 1]->GetRow() != cells[i]->GetRow();
+    const std::size_t next = ends ? before.GetCount() : static_cast<std::size_t>(cells[i + 1]->GetColumn());
+    if (VQSTATUS status = ApplyToCell(*cells[i], next, before, change)) return status;
   }
   return VQ_OK;
 }
 
-VQSTATUS TableLayout::ApplyToCell(VQTableCellBody& cell, const TableLayout& before, Change change) const {
-  CDTABLECELL record{};
-  if (VQSTATUS status = cell.ReadCell(&record)) return status;
-  const VQTableCellBody* behind = VQTableBody::NextCell(&cell);
-  const bool sameRow = behind && behind->GetRow() == cell.GetRow();
-  const std::size_t next = sameRow ? static_cast<std::size_t>(behind->GetColumn()) : before.GetCount();
-  const std::size_t last = Renumbered(before.LastCovered(record.Column, record.RightMargin, next), change);
-  const std::size_t first = Renumbered(record.Column, change);
-  CDTABLECELL moved = record;
-  moved.Column = static_cast<std::uint8_t>(first);
-  SetGeometry(first, last, &moved);
-  if (VQSTATUS status = cell.WriteChanged(record, moved)) return status;
+VQSTATUS TableLayout::ApplyToCell(VQTableCellBody& cell, std::size_t next, const TableLayout& before,
+                                  Change change) const {
+  const auto column = static_cast<std::size_t>(cell.GetColumn());
+  const std::size_t last = Renumbered(before.LastCovered(column, cell.GetRight(), next), change);
+  const std::size_t first = Renumbered(column, change);
+  if (VQSTATUS status = cell.SetPlace(PlaceOf(cell.GetRow(), first, last))) return status;
   return cell.ForEachDefinition([&](VQPABDefinitionBody& definition) {
     CDPABDEFINITION settings{};
     if (VQSTATUS status = definition.GetRecord(&settings)) return status;

@@ -50,14 +50,14 @@ class TableLayout {
   // VQERR_OUT_OF_RANGE for a margin that its record cannot hold.
   [[nodiscard]] VQSTATUS Check(const TableLayout& before, Change change) const;
 
-  // Margins and fractional width of a cell that takes these columns.
-  void SetGeometry(std::size_t first, std::size_t last, CDTABLECELL* record) const;
+  // Of a cell that takes these columns.
+  VQTableCellBody::Place PlaceOf(std::int32_t row, std::size_t first, std::size_t last) const;
   // The definition of a column, with its margins.
   CDPABDEFINITION DefinitionOf(std::size_t column, std::uint16_t pabid) const;
   void SetMargins(std::size_t first, std::size_t last, CDPABDEFINITION* record) const;
 
-  // Writes the plan into the cells and their definitions; columns that came or went are no longer, or not yet, there.
-  [[nodiscard]] VQSTATUS ApplyTo(VQTableBody& table, const TableLayout& before, Change change) const;
+  // Writes the plan into all cells, other than those that are to come and those that have gone, and their definitions.
+  [[nodiscard]] VQSTATUS ApplyTo(const VQTableBody::CellList& cells, const TableLayout& before, Change change) const;
 
  private:
   struct Box {
@@ -70,7 +70,8 @@ class TableLayout {
   std::vector<long> Widths() const;
   // The last column that a cell of the table takes; `next` is the column of the cell behind it in the row.
   std::size_t LastCovered(std::size_t column, long right, std::size_t next) const;
-  [[nodiscard]] VQSTATUS ApplyToCell(VQTableCellBody& cell, const TableLayout& before, Change change) const;
+  [[nodiscard]] VQSTATUS ApplyToCell(VQTableCellBody& cell, std::size_t next, const TableLayout& before,
+                                     Change change) const;
 
   CDTABLEBEGIN Begin{};
   std::vector<Box> Boxes;

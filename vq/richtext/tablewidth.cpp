@@ -15,7 +15,7 @@ VQSTATUS VQTableBody::Change(const vq::TableLayout& before, const vq::TableLayou
   if (VQSTATUS status = after.Check(before, {})) return status;
   if (VQSTATUS status = MakeIdentifiersPrivate(before)) return status;
   if (VQSTATUS status = WriteBegin(after.GetBegin())) return status;
-  return after.ApplyTo(*this, before, {});
+  return after.ApplyTo(GetCells(), before, {});
 }
 
 VQSTATUS VQTableBody::GetColumnWidth(unsigned long column, long* width) const {
@@ -144,7 +144,7 @@ template <typename Edit>
 VQSTATUS VQTableBody::EditCells(Edit edit) {
   // All can be read before any is written.
   for (const bool write : {false, true}) {
-    for (VQTableCellBody* cell = FirstCell(); cell; cell = NextCell(cell)) {
+    for (VQTableCellBody* cell : GetCells()) {
       CDTABLECELL record{};
       if (VQSTATUS status = cell->ReadCell(&record)) return status;
       if (!write) continue;

@@ -83,8 +83,10 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   void LinkPointers(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next);
   // A child has come, has gone or stands for something else. For bodies with WatchesChildren.
   virtual void ChildrenChanged() {}
-  // Many children at once: LinkUnnumbered for each, then NumberChildren once.
+  // Many children at once: LinkUnnumbered for each, then NumberRun for those from `first` up to `next` (null: to the
+  // end), or NumberChildren for all.
   void LinkUnnumbered(VQRTObjectBody* child, VQRTObjectBody* next);
+  [[nodiscard]] VQSTATUS NumberRun(VQRTObjectBody* first, VQRTObjectBody* next);
   [[nodiscard]] VQSTATUS NumberChildren();
   // Spreads the subtree evenly over this container's range, or over its first half to leave room for appending.
   [[nodiscard]] VQSTATUS Renumber(bool leaveRoom = false);

@@ -9,9 +9,14 @@ namespace {
 constexpr unsigned char kDefaultBorder = 0x55;
 constexpr unsigned short kDefaultBorderWidth = 0x1111;
 constexpr unsigned char kDefaultFlags = 0x02;
-constexpr std::uint32_t kPositionOffset = 2;
+constexpr std::uint32_t kPlaceOffset = 2, kPlaceSize = 8;
 constexpr unsigned kTypeMask = 3, kTypeBits = 2;
 constexpr unsigned kWidthMask = 0xF, kWidthBits = 4;
+
+void PutWord(unsigned char* bytes, std::int32_t word) {
+  bytes[0] = static_cast<unsigned char>(word);
+  bytes[1] = static_cast<unsigned char>(word >> 8);
+}
 
 unsigned TypeShift(vq::CellEdge edge) { return static_cast<unsigned>(edge) * kTypeBits; }
 unsigned WidthShift(vq::CellEdge edge) { return static_cast<unsigned>(edge) * kWidthBits; }
@@ -19,15 +24,24 @@ unsigned WidthShift(vq::CellEdge edge) { return static_cast<unsigned>(edge) * kW
 }  // namespace
 
 VQTableCellBody::VQTableCellBody(vq::RecordSource* source, std::uint32_t offset, std::uint32_t length)
-    : VQRTContainerBody(VQRTTYPE_TABLE_CELL, source, offset, length), Row(-1), Column(-1) {
-  TakePosition();
+    : VQRTContainerBody(VQRTTYPE_TABLE_CELL, source, offset, length) {
+  WatchesChildren = true;
+  Definitions = kUnknown;
+  TakePlace();
 }
 
 VQTableCellBody::VQTableCellBody()
-    : VQRTContainerBody(VQRTTYPE_TABLE_CELL, static_cast<unsigned short>(0)), Row(-1), Column(-1) {}
+    : VQRTContainerBody(VQRTTYPE_TABLE_CELL, static_cast<unsigned short>(0)),
+      Row(-1),
+      Column(-1),
+      Left(-1),
+      Right(-1),
+      Fraction(0),
+      Definitions(kUnknown) {
+  WatchesChildren = true;
+}
 
-VQTableCellBody::VQTableCellBody(long row, long col)
-    : VQRTContainerBody(VQRTTYPE_TABLE_CELL, static_cast<unsigned short>(0)), Row(-1), Column(-1) {
+VQTableCellBody::VQTableCellBody(long row, long col) : VQTableCellBody() {
   VQ_ASSERT_TEXT(row >= 0 && row < VQTABLE_MAX_ROWS, "row >= 0 && row < VQTABLE_MAX_ROWS", "VQRTTABC");
   VQ_ASSERT_TEXT(col >= 0 && col < VQTABLE_MAX_COLS, "col >= 0 && col < VQTABLE_MAX_COLS", "VQRTTABC");
   CDTABLECELL record{};
@@ -48,30 +62,42 @@ VQRTObjectBody* VQTableCellBody::MakeSame() const { return new VQTableCellBody()
 VQSTATUS VQTableCellBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) {
   if (source && source->GetType() != VQRTTYPE_TABLE_CELL) return VQERR_NOT_A_CELL;
   const VQSTATUS status = VQRTContainerBody::Copy(source, options);
-  TakePosition();
+  TakePlace();
   if (VQTableBody* table = GetTable()) table->ChildrenChanged();
   return status;
 }
 
-void VQTableCellBody::TakePosition() {
-  unsigned char position[2] = {};
-  const bool stated = ReadRecord(kPositionOffset, position, sizeof position) == VQ_OK;
-  Row = stated ? position[0] : -1;
-  Column = stated ? position[1] : -1;
+// Row and column, a byte each, margins and fractional width, words, stand together.
+void VQTableCellBody::TakePlace() {
+  unsigned char bytes[kPlaceSize] = {};
+  const bool positioned = ReadRecord(kPlaceOffset, bytes, 2) == VQ_OK;
+  const bool placed = positioned && ReadRecord(kPlaceOffset, bytes, sizeof bytes) == VQ_OK;
+  Row = positioned ? bytes[0] : -1;
+  Column = positioned ? bytes[1] : -1;
+  Left = placed ? vq::LoadWord(bytes + 2) : -1;
+  Right = placed ? vq::LoadWord(bytes + 4) : -1;
+  Fraction = vq::LoadWord(bytes + 6);
+}
+
+VQSTATUS VQTableCellBody::SetPlace(const Place& place) {
+  if (place == GetPlace()) return VQ_OK;
+  unsigned char bytes[kPlaceSize] = {static_cast<unsigned char>(place.Row), static_cast<unsigned char>(place.Column)};
+  PutWord(bytes + 2, place.Left);
+  PutWord(bytes + 4, place.Right);
+  PutWord(bytes + 6, place.Fraction);
+  if (VQSTATUS status = WriteRecord(kPlaceOffset, bytes, sizeof bytes)) return status;
+  const bool moved = Row != place.Row || Column != place.Column;
+  Row = place.Row;
+  Column = place.Column;
+  Left = place.Left;
+  Right = place.Right;
+  Fraction = static_cast<std::uint16_t>(place.Fraction);
+  if (VQTableBody* table = moved ? GetTable() : nullptr) table->ChildrenChanged();
+  return VQ_OK;
 }
 
 VQTableBody* VQTableCellBody::GetTable() const {
   return Parent && Parent->GetType() == VQRTTYPE_TABLE ? static_cast<VQTableBody*>(Parent) : nullptr;
-}
-
-VQSTATUS VQTableCellBody::SetPosition(std::int32_t row, std::int32_t column) {
-  if (row == Row && column == Column) return VQ_OK;
-  const unsigned char position[2] = {static_cast<unsigned char>(row), static_cast<unsigned char>(column)};
-  if (VQSTATUS status = WriteRecord(kPositionOffset, position, sizeof position)) return status;
-  Row = row;
-  Column = column;
-  if (VQTableBody* table = GetTable()) table->ChildrenChanged();
-  return VQ_OK;
 }
 
 VQSTATUS VQTableCellBody::ReadCell(CDTABLECELL* record) const { return ReadODS(ODS_CDTABLECELL, record, 0); }
@@ -80,26 +106,21 @@ VQSTATUS VQTableCellBody::WriteCell(const CDTABLECELL& record) {
   CDTABLECELL cell = record;
   cell.Header = {SIG_CD_TABLECELL, static_cast<std::uint8_t>(EngOdsLength(ODS_CDTABLECELL))};
   if (VQSTATUS status = WriteODS(ODS_CDTABLECELL, &cell, 0)) return status;
-  if (Row == cell.Row && Column == cell.Column) return VQ_OK;
-  Row = cell.Row;
-  Column = cell.Column;
-  if (VQTableBody* table = GetTable()) table->ChildrenChanged();
+  const bool moved = Row != cell.Row || Column != cell.Column;
+  TakePlace();
+  if (VQTableBody* table = moved ? GetTable() : nullptr) table->ChildrenChanged();
   return VQ_OK;
 }
 
-VQSTATUS VQTableCellBody::WriteChanged(const CDTABLECELL& present, const CDTABLECELL& record) {
-  const bool same = present.LeftMargin == record.LeftMargin && present.RightMargin == record.RightMargin &&
-                    present.FractionalWidth == record.FractionalWidth && present.Column == record.Column &&
-                    present.Row == record.Row;
-  return same ? VQ_OK : WriteCell(record);
-}
-
-VQSTATUS VQTableCellBody::ReadMargins(long* left, long* right) const {
-  CDTABLECELL record{};
-  if (VQSTATUS status = ReadCell(&record)) return status;
-  *left = record.LeftMargin;
-  *right = record.RightMargin;
-  return VQ_OK;
+bool VQTableCellBody::HasNoDefinitions() const {
+  if (Definitions == kUnknown) {
+    Definitions = kNone;
+    for (const VQRTObjectBody* child = FirstChild; child && Definitions == kNone; child = child->GetNext()) {
+      const bool inside = child->AsBase() && child->GetType() != VQRTTYPE_STYLIZED_TEXT;
+      if (inside || child->GetType() == VQRTTYPE_PAB_DEFINITION) Definitions = kPerhaps;
+    }
+  }
+  return Definitions == kNone;
 }
 
 VQTABLEBORDERTYPE VQTableCellBody::GetBorderType(vq::CellEdge edge) const {
@@ -169,5 +190,6 @@ VQSTATUS VQTableCellBody::Fill(std::uint16_t pabid, const CDPABDEFINITION* setti
   const CDPABREFERENCE record{{SIG_CD_PABREFERENCE, length}, pabid};
   if (VQSTATUS status = reference->WriteODS(ODS_CDPABREFERENCE, &record, 0)) return status;
   LinkPointers(new VQStylizedTextBody(), LastChild, nullptr);
+  Definitions = settings ? kPerhaps : kNone;
   return VQ_OK;
 }

@@ -49,19 +49,27 @@ class VQ_API VQTableCellBody : public VQRTContainerBody {
 
   std::int32_t GetRow() const { return Row; }
   std::int32_t GetColumn() const { return Column; }
-  [[nodiscard]] VQSTATUS SetPosition(std::int32_t row, std::int32_t column);
+  // Of the content box, as the record says; -1 in a damaged cell.
+  std::int32_t GetLeft() const { return Left; }
+  std::int32_t GetRight() const { return Right; }
+  // Row, column and geometry in one.
+  struct Place {
+    std::int32_t Row, Column, Left, Right, Fraction;
+    bool operator==(const Place&) const = default;
+  };
+  Place GetPlace() const { return {Row, Column, Left, Right, Fraction}; }
+  // Nothing where it is the same.
+  [[nodiscard]] VQSTATUS SetPlace(const Place& place);
   // Null when the cell stands in none.
   VQTableBody* GetTable() const;
 
   // The header, and with it row and column, is set here.
   [[nodiscard]] VQSTATUS ReadCell(CDTABLECELL* record) const;
   [[nodiscard]] VQSTATUS WriteCell(const CDTABLECELL& record);
-  // Nothing where the two are the same.
-  [[nodiscard]] VQSTATUS WriteChanged(const CDTABLECELL& present, const CDTABLECELL& record);
-  [[nodiscard]] VQSTATUS ReadMargins(long* left, long* right) const;
   // Runs `work` over the definitions in this cell up to the first failure.
   template <typename Work>
   [[nodiscard]] VQSTATUS ForEachDefinition(Work work) const {
+    if (HasNoDefinitions()) return VQ_OK;
     for (VQRTObjectBody* object = NextInTree(this); object; object = NextInTree(object)) {
       if (object->GetType() != VQRTTYPE_PAB_DEFINITION) continue;
       if (VQSTATUS status = work(static_cast<VQPABDefinitionBody&>(*object))) return status;
@@ -86,10 +94,19 @@ class VQ_API VQTableCellBody : public VQRTContainerBody {
 
   // Puts the children of a new cell into it; they get their index values with the table's.
   [[nodiscard]] VQSTATUS Fill(std::uint16_t pabid, const CDPABDEFINITION* definition);
-  void TakePosition();
+  void TakePlace();
+  void ChildrenChanged() override { Definitions = kUnknown; }
+  // For most cells known without a look at their children.
+  bool HasNoDefinitions() const;
+
+  enum Knowledge : unsigned char { kUnknown, kNone, kPerhaps };
 
   std::int32_t Row;
   std::int32_t Column;
+  std::int32_t Left;
+  std::int32_t Right;
+  std::uint16_t Fraction;
+  mutable Knowledge Definitions;
 };
 
 // Handle on a cell. Getters throw on a null or closed handle; a damaged record gives VQERR_RT_INVALID. Text and objects

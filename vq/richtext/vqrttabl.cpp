@@ -31,6 +31,11 @@ CDTABLEBEGIN DefaultBegin() {
   return record;
 }
 
+// Orders cells by row and column, a byte each; below 0 for a damaged one.
+std::int32_t PlaceOf(const VQTableCellBody& cell) {
+  return cell.GetRow() < 0 ? -1 : cell.GetRow() << 8 | cell.GetColumn();
+}
+
 VQRTObject MakeEnd() {
   VQRTObject end(new VQRTObjectBody(VQRTTYPE_TABLE_END, SIG_CD_TABLEEND));
   const auto length = static_cast<std::uint8_t>(EngOdsLength(ODS_CDTABLEEND));
@@ -46,7 +51,8 @@ VQTableBody::VQTableBody(vq::RecordSource* source, std::uint32_t offset, std::ui
       Rows(0),
       Columns(0),
       Units(VQUNITS_DEFAULT),
-      Known(false) {
+      Known(false),
+      InOrder(false) {
   WatchesChildren = true;
 }
 
@@ -55,7 +61,8 @@ VQTableBody::VQTableBody()
       Rows(0),
       Columns(0),
       Units(VQUNITS_DEFAULT),
-      Known(false) {
+      Known(false),
+      InOrder(false) {
   WatchesChildren = true;
 }
 
@@ -106,10 +113,7 @@ VQSTATUS VQTableBody::Build(unsigned long rows, unsigned long columns, VQRTConta
     for (unsigned long column = 0; column < columns; ++column) {
       auto* cell = new VQTableCellBody(static_cast<long>(row), static_cast<long>(column));
       LinkPointers(cell, LastChild, nullptr);
-      CDTABLECELL record{};
-      if (VQSTATUS status = cell->ReadCell(&record)) return status;
-      layout.SetGeometry(column, column, &record);
-      if (VQSTATUS status = cell->WriteCell(record)) return status;
+      if (VQSTATUS status = cell->SetPlace(layout.PlaceOf(cell->GetRow(), column, column))) return status;
       if (row == 0) {
         unsigned short pabid = 0;
         if (VQSTATUS status = numbers.GetNewPABID(&pabid)) return status;
@@ -130,52 +134,75 @@ VQTableCellBody* VQTableBody::NextCell(const VQRTObjectBody* cell) {
   return static_cast<VQTableCellBody*>(next);
 }
 
-VQTableCellBody* VQTableBody::FirstCell() const {
-  if (!FirstChild || FirstChild->GetType() == VQRTTYPE_TABLE_CELL) return static_cast<VQTableCellBody*>(FirstChild);
-  return NextCell(FirstChild);
-}
-
 void VQTableBody::ChildrenChanged() {
   Known = false;
-  Places.clear();
+  Cells.clear();
 }
 
-void VQTableBody::Count() const {
-  if (Known) return;
-  std::int32_t row = -1, column = -1;
-  for (const VQTableCellBody* cell = FirstCell(); cell; cell = NextCell(cell)) {
+const VQTableBody::CellList& VQTableBody::GetCells() const {
+  if (Known) return Cells;
+  std::int32_t row = -1, column = -1, last = -1;
+  Cells.clear();
+  InOrder = true;
+  for (VQRTObjectBody* child = FirstChild; child; child = child->GetNext()) {
+    if (child->GetType() != VQRTTYPE_TABLE_CELL) continue;
+    auto* cell = static_cast<VQTableCellBody*>(child);
+    const std::int32_t place = PlaceOf(*cell);
+    InOrder = InOrder && place > last;
+    last = place;
     row = std::max(row, cell->GetRow());
     column = std::max(column, cell->GetColumn());
+    Cells.push_back(cell);
   }
   Rows = static_cast<std::uint32_t>(row + 1);
   Columns = static_cast<std::uint32_t>(column + 1);
   Known = true;
+  return Cells;
+}
+
+VQTableBody::CellList VQTableBody::TakeCells() {
+  GetCells();
+  CellList cells;
+  cells.swap(Cells);
+  Known = false;
+  return cells;
+}
+
+void VQTableBody::KeepCells(CellList cells, std::uint32_t rows, std::uint32_t columns) {
+  Cells = std::move(cells);
+  Rows = rows;
+  Columns = columns;
+  Known = true;
+  InOrder = true;
 }
 
 std::uint32_t VQTableBody::GetRows() const {
-  Count();
+  GetCells();
   return Rows;
 }
 
 std::uint32_t VQTableBody::GetColumns() const {
-  Count();
+  GetCells();
   return Columns;
 }
 
 VQSTATUS VQTableBody::GetCell(unsigned long row, unsigned long column, VQTableCellBody** cell) const {
-  if (row >= GetRows()) return VQERR_ROW_POSITION;
-  if (column >= GetColumns()) return VQERR_COLUMN_POSITION;
-  if (Places.empty()) {
-    Places.resize(static_cast<std::size_t>(Rows) * Columns);
-    for (VQTableCellBody* each = FirstCell(); each; each = NextCell(each)) {
-      if (each->GetRow() < 0) continue;
-      VQTableCellBody*& place =
-          Places[static_cast<std::size_t>(each->GetRow()) * Columns + static_cast<std::size_t>(each->GetColumn())];
-      if (!place) place = each;
-    }
+  const CellList& cells = GetCells();
+  if (row >= Rows) return VQERR_ROW_POSITION;
+  if (column >= Columns) return VQERR_COLUMN_POSITION;
+  const auto place = static_cast<std::int32_t>(row << 8 | column);
+  const std::size_t whole = row * Columns + column;
+  auto found = cells.begin();
+  if (whole < cells.size() && PlaceOf(*cells[whole]) == place) {  // none is missing
+    found += static_cast<std::ptrdiff_t>(whole);
+  } else if (InOrder) {
+    found = std::ranges::lower_bound(cells, place, {}, [](const VQTableCellBody* each) { return PlaceOf(*each); });
+  } else {
+    found = std::ranges::find(cells, place, [](const VQTableCellBody* each) { return PlaceOf(*each); });
   }
-  *cell = Places[row * Columns + column];
-  return *cell ? VQ_OK : VQERR_RT_INVALID;
+  if (found == cells.end() || PlaceOf(**found) != place) return VQERR_RT_INVALID;
+  *cell = *found;
+  return VQ_OK;
 }
 
 VQSTATUS VQTableBody::GetNextCell(const VQTableCell& cell, VQTableCell* next) const {

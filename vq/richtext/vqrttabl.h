@@ -74,8 +74,7 @@ class VQ_API VQTableBody : public VQRTContainerBody {
 
   std::uint32_t GetRows() const;
   std::uint32_t GetColumns() const;
-  // VQERR_ROW_POSITION, VQERR_COLUMN_POSITION; VQERR_RT_INVALID for a cell that is missing. Of several cells in one
-  // place the first.
+  // VQERR_ROW_POSITION, VQERR_COLUMN_POSITION; VQERR_RT_INVALID for a cell that is missing.
   [[nodiscard]] VQSTATUS GetCell(unsigned long row, unsigned long column, VQTableCellBody** cell) const;
   // The cell behind one in row order; VQWARN_NOT_FOUND at the end. VQERR_CELL_REQUIRED, VQERR_CELL_OF_OTHER_TABLE.
   [[nodiscard]] VQSTATUS GetNextCell(const VQTableCell& cell, VQTableCell* next) const;
@@ -111,11 +110,18 @@ class VQ_API VQTableBody : public VQRTContainerBody {
   // may stand for something else. Each column gets a definition of its own.
   [[nodiscard]] VQSTATUS RenewIdentifiers();
 
-  // The first cell in stream order, and the one behind another; null at the end.
-  VQTableCellBody* FirstCell() const;
+  using CellList = std::vector<VQTableCellBody*>;
+  // In stream order; good until a cell comes, goes or moves.
+  const CellList& GetCells() const;
+  // Whether rows ascend in it, and columns in each, none twice.
+  bool CellsAreInOrder() const {
+    GetCells();
+    return InOrder;
+  }
+  // The first cell behind another in stream order, null at the end.
   static VQTableCellBody* NextCell(const VQRTObjectBody* cell);
   // The first cell of each column, null for a column without any.
-  std::vector<VQTableCellBody*> ColumnHeads() const;
+  CellList ColumnHeads() const;
   // What the column that the cell heads is styled by.
   static std::uint16_t ColumnPABID(const VQTableCellBody& cell);
 
@@ -124,29 +130,30 @@ class VQ_API VQTableBody : public VQRTContainerBody {
   friend class vq::TableLayout;
 
   void ChildrenChanged() override;
-  void Count() const;
-  // Puts new cells in without index values; NumberChildren follows.
-  void Link(VQTableCellBody* cell, VQRTObjectBody* before);
+  // A change that knows what the cells are afterwards takes the list with it and gives it back.
+  CellList TakeCells();
+  void KeepCells(CellList cells, std::uint32_t rows, std::uint32_t columns);
   [[nodiscard]] VQSTATUS AddRows(unsigned long position, unsigned long count);
   [[nodiscard]] VQSTATUS AddColumns(unsigned long position, unsigned long count);
-  [[nodiscard]] VQSTATUS AddColumnsToRow(VQTableCellBody** first, unsigned long position,
-                                         const std::vector<unsigned short>& pabids, const vq::TableLayout& layout);
-  [[nodiscard]] VQSTATUS DeleteCells(const std::vector<VQTableCellBody*>& cells);
+  // A new cell, linked in front of `before` without index values. Null looks and definition: the default, none.
+  [[nodiscard]] VQSTATUS AddCell(const VQTableCellBody::Place& place, const CDTABLECELL* looks, std::uint16_t pabid,
+                                 const CDPABDEFINITION* definition, VQRTObjectBody* before, CellList* cells);
+  [[nodiscard]] VQSTATUS DeleteCells(const CellList& cells);
   [[nodiscard]] VQSTATUS Change(const vq::TableLayout& before, const vq::TableLayout& after);
   // Before a change of widths, columns or spacing: no definition of a column is used outside of it.
   [[nodiscard]] VQSTATUS MakeIdentifiersPrivate(const vq::TableLayout& layout);
   // The definition that a column's first cell carries.
   [[nodiscard]] VQSTATUS MoveColumnDefinition(VQTableCellBody& from, VQTableCellBody& to);
-  [[nodiscard]] VQSTATUS MoveColumnDefinitions(const std::vector<VQTableCellBody*>& from,
-                                               const std::vector<VQTableCellBody*>& to);
+  [[nodiscard]] VQSTATUS MoveColumnDefinitions(const CellList& from, const CellList& to);
   template <typename Edit>
   [[nodiscard]] VQSTATUS EditCells(Edit edit);
 
   mutable std::uint32_t Rows;
   mutable std::uint32_t Columns;
   VQUNITS Units;
-  mutable bool Known;                            // Rows and Columns are those of the cells
-  mutable std::vector<VQTableCellBody*> Places;  // of the cells by row and column, empty until asked for
+  mutable bool Known;      // Rows, Columns and Cells are those of the children
+  mutable bool InOrder;    // rows ascend, and columns in each
+  mutable CellList Cells;  // in stream order
 };
 
 // Handle on a table. A null handle gives VQERR_OBJECT_NOT_INITIALIZED, one whose table has gone VQERR_OBJECT_CLOSED;
