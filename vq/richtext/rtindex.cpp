@@ -66,9 +66,12 @@ VQSTATUS VQRTBaseContainerBody::Link(VQRTObjectBody* child, VQRTObjectBody* prev
 
 void VQRTBaseContainerBody::OutdateAround(const VQRTObjectBody& child, const VQRTBaseContainerBody& top) {
   const VQRTObjectBody* before = top.PreviousInTree(&child);
-  if (before && before->Source) before->Source->SetOutdated();
+  const auto outdate = [](const VQRTObjectBody& object) {
+    if (vq::RecordSource* source = object.Content.GetSource()) source->SetOutdated();
+  };
+  if (before) outdate(*before);
   // A record that leads its object may stand in the block before the object's.
-  if (before && before->LeadsParent() && before->Parent->Source) before->Parent->Source->SetOutdated();
+  if (before && before->LeadsParent()) outdate(*before->Parent);
 }
 
 void VQRTBaseContainerBody::LinkPointers(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next) {

@@ -13,7 +13,8 @@ unsigned short VQRTObjectBody::GetCDSignature() const {
 }
 
 std::uint32_t VQRTObjectBody::GetRecordSize() const {
-  return Value ? static_cast<std::uint32_t>(Value->size()) : Source ? Length : 0;
+  if (Content.IsOwn()) return Content.GetSize();
+  return Content.GetSource() ? Content.GetLength() : 0;
 }
 
 VQSTATUS VQRTObjectBody::ReadRecord(std::uint32_t offset, void* buffer, std::uint32_t size) const {
@@ -40,7 +41,7 @@ VQSTATUS VQRTObjectBody::WriteRecord(std::uint32_t offset, const void* bytes, st
   if (!bytes && size > 0) return VQERR_INVALID_PARAMETER;
   if (offset > GetRecordSize() || size > vq::kRecordLimit) return VQERR_INVALID_PARAMETER;
   MakeValue(offset + size);
-  if (size > 0) std::memcpy(Value->data() + offset, bytes, size);
+  if (size > 0) std::memcpy(Content.GetBytes() + offset, bytes, size);
   return VQ_OK;
 }
 
@@ -49,18 +50,18 @@ VQSTATUS VQRTObjectBody::WriteODS(unsigned short code, const void* source, std::
   const std::uint32_t size = EngOdsLength(code);
   if (!source || size == 0 || offset > GetRecordSize()) return VQERR_INVALID_PARAMETER;
   MakeValue(offset + size);
-  void* cursor = Value->data() + offset;
+  void* cursor = Content.GetBytes() + offset;
   return vq::FromEngine(EngOdsWrite(&cursor, code, source, 1));
 }
 
 VQSTATUS VQRTObjectBody::SetRecord(const void* bytes, std::uint32_t length) {
   if (Closed) return VQERR_OBJECT_CLOSED;
   if (!bytes || length < 2 || length > vq::kRecordLimit) return VQERR_INVALID_PARAMETER;
-  const auto* from = static_cast<const unsigned char*>(bytes);
-  auto value = std::make_unique<std::vector<unsigned char>>(from, from + length);
-  value->resize(vq::Padded(length));
+  vq::RecordContent content;
+  content.Resize(vq::Padded(length));
+  std::memcpy(content.GetBytes(), bytes, length);
   DropContent();
-  Value = std::move(value);
+  Content = std::move(content);
   Counted = false;
   Outdated = true;
   MarkDirty();
@@ -68,35 +69,27 @@ VQSTATUS VQRTObjectBody::SetRecord(const void* bytes, std::uint32_t length) {
 }
 
 void VQRTObjectBody::MakeValue(std::uint32_t size) {
-  if (!Value) TakeRecord(*this);
-  if (!Value) Value = std::make_unique<std::vector<unsigned char>>();
-  if (Value->size() < size) Value->resize(vq::Padded(size));
+  if (!Content.IsOwn()) TakeRecord(*this);
+  if (!Content.IsOwn() || Content.GetSize() < size) Content.Resize(vq::Padded(size));
   Counted = false;
   Outdated = true;
   MarkDirty();
 }
 
 void VQRTObjectBody::KeepContent() {
-  if (!Value && Source) TakeRecord(*this);
+  if (Content.GetSource()) TakeRecord(*this);
 }
 
 void VQRTObjectBody::Rebind(vq::RecordSource* source, std::uint32_t offset, std::uint32_t size) {
-  source->AddReference();
+  source->AddReference();  // it may be the present one
   DropContent();
-  Source = source;
-  Offset = offset;
-  Length = size;
+  Content.Look(source, offset, size);
+  source->Release();
   Dirty = false;
 }
 
 void VQRTObjectBody::DropContent() {
-  Value.reset();
   Outdated = false;
-  if (Source) {
-    Source->SetOutdated();
-    Source->Release();
-  }
-  Source = nullptr;
-  Offset = 0;
-  Length = 0;
+  if (vq::RecordSource* source = Content.GetSource()) source->SetOutdated();
+  Content.Clear();
 }

@@ -42,6 +42,8 @@ bool IsTextPlace(const VQRTObjectBody* object) {
 
 namespace {
 
+constexpr std::uint32_t kRunHead = 8;  // ahead of the characters in a text record
+
 class Collector {
  public:
   Collector(const VQRTBaseContainerBody& container, const TextPlace* start, const TextPlace* end)
@@ -98,13 +100,17 @@ class Collector {
 
   void AddRun(const VQRTObjectBody& object) {
     const RecordBytes record(object);
-    const auto* run = static_cast<const VQStylizedTextBody*>(&object);
-    const auto bytes = static_cast<std::uint32_t>(run->GetByteCount());
-    if (bytes == 0) return;
-    const unsigned char* text = record.Get() + 8;
+    RecordHeader header;
+    if (!ReadRecordHeader(record.Get(), record.GetSize(), &header) || header.Length <= kRunHead) return;
+    if (record.GetSize() <= kRunHead) return;
+    const unsigned char* text = record.Get() + kRunHead;
+    const std::uint32_t bytes = std::min(header.Length, record.GetSize()) - kRunHead;
     const std::uint32_t from = Start && Start->Node == &object ? Span(text, bytes, Start->Before) : 0;
     const std::uint32_t to = End && End->Node == &object ? Span(text, bytes, End->Before) : bytes;
-    for (std::uint32_t i = from; i < to; ++i) Text += text[i] == 0 ? '\n' : static_cast<char>(text[i]);
+    if (from >= to) return;
+    const std::size_t at = Text.size();
+    Text.append(reinterpret_cast<const char*>(text) + from, to - from);
+    std::replace(Text.begin() + static_cast<std::ptrdiff_t>(at), Text.end(), '\0', '\n');
   }
 
   static std::uint32_t Span(const unsigned char* text, std::uint32_t length, unsigned long count) {

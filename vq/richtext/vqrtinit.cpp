@@ -99,7 +99,7 @@ VQSTATUS VQRichTextParser::ParseBlock(std::size_t index) {
   if (block.Source->GetBase() > capacity || block.Size > capacity - block.Source->GetBase()) return VQERR_CORRUPTED;
   const unsigned char* value = lock.GetBytes() + block.Source->GetBase();
   if (Pending) {  // leads an object of another block: neither can stay while the other is written
-    Pending->Source->SetOutdated();
+    Pending->Content.GetSource()->SetOutdated();
     block.Source->SetOutdated();
   }
   const bool outside = Depth == 0;
@@ -236,8 +236,8 @@ VQSTATUS VQRichTextParser::AddOpaque(const Record& record) {
 void VQRichTextParser::FlushPending() {
   if (!Pending) return;
   // A subform does not take it: it is a record like any other that has no place.
-  auto* opaque = new VQRTElementBody(VQRTTYPE_COMPOSITE_DATA, nullptr, Pending->Offset, Pending->Length);
-  opaque->Source = std::exchange(Pending->Source, nullptr);
+  auto* opaque = new VQRTElementBody(VQRTTYPE_COMPOSITE_DATA, static_cast<unsigned short>(0));
+  opaque->Content = std::move(Pending->Content);
   std::exchange(Pending, nullptr)->Release();
   Add(opaque);
 }

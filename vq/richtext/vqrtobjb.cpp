@@ -15,16 +15,17 @@
 namespace vq {
 
 RecordBytes::RecordBytes(const VQRTObjectBody& body) : Bytes(nullptr), Size(0) {
-  if (body.Value) {
-    Bytes = body.Value->data();
-    Size = static_cast<std::uint32_t>(body.Value->size());
+  if (body.Content.IsOwn()) {
+    Bytes = body.Content.GetBytes();
+    Size = body.Content.GetSize();
     return;
   }
-  if (!body.Source) return;
-  Lock.Lock(body.Source->GetPool());
+  const RecordSource* source = body.Content.GetSource();
+  if (!source) return;
+  Lock.Lock(source->GetPool());
   if (!Lock.GetBytes()) return;
-  Bytes = Lock.GetBytes() + body.Source->GetBase() + body.Offset;
-  Size = body.Length;
+  Bytes = Lock.GetBytes() + source->GetBase() + body.Content.GetOffset();
+  Size = body.Content.GetLength();
 }
 
 }  // namespace vq
@@ -40,18 +41,15 @@ VQRTObjectBody::VQRTObjectBody(VQRTTYPE type, vq::RecordSource* source, std::uin
       IndexValue(static_cast<std::uint32_t>(VQRT_DETACHED_INDEX_VALUE)),
       Parent(nullptr),
       Previous(nullptr),
-      Next(nullptr),
-      Source(source),
-      Offset(offset),
-      Length(length) {
-  if (source) source->AddReference();
+      Next(nullptr) {
+  Content.Look(source, offset, length);
 }
 
 VQRTObjectBody::VQRTObjectBody(VQRTTYPE type, unsigned short signature) : VQRTObjectBody(type, nullptr, 0, 0) {
   if (signature == 0) return;
   const std::uint32_t size = vq::HeaderSize(signature);
-  Value = std::make_unique<std::vector<unsigned char>>(size);
-  vq::WriteRecordHeader(Value->data(), signature, size);
+  Content.Resize(size);
+  vq::WriteRecordHeader(Content.GetBytes(), signature, size);
   Outdated = true;
 }
 
@@ -97,14 +95,14 @@ VQSTATUS VQRTObjectBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS) {
 void VQRTObjectBody::TakeRecord(const VQRTObjectBody& source) {
   Counted = false;
   const vq::RecordBytes bytes(source);
-  std::unique_ptr<std::vector<unsigned char>> taken;
+  vq::RecordContent taken;
   if (bytes.GetSize() != 0) {
-    taken = std::make_unique<std::vector<unsigned char>>(bytes.Get(), bytes.Get() + bytes.GetSize());
-    taken->resize(vq::Padded(bytes.GetSize()));
+    taken.Resize(vq::Padded(bytes.GetSize()));
+    std::memcpy(taken.GetBytes(), bytes.Get(), bytes.GetSize());
   }
   DropContent();
-  if (!taken) return;
-  Value = std::move(taken);
+  if (!taken.IsOwn()) return;
+  Content = std::move(taken);
   Outdated = true;
 }
 
@@ -187,7 +185,7 @@ unsigned long VQRTObjectBody::GetSize() const { return GetRecordSize(); }
 int VQRTObjectBody::IsValid() const {
   if (Closed) return 0;
   const vq::RecordBytes bytes(*this);
-  if (bytes.GetSize() == 0) return Source == nullptr;
+  if (bytes.GetSize() == 0) return Content.GetSource() == nullptr;
   vq::RecordHeader header;
   return vq::ReadRecordHeader(bytes.Get(), bytes.GetSize(), &header) && header.Length <= bytes.GetSize();
 }
@@ -206,7 +204,8 @@ VQSTATUS VQRTObjectBody::SetDirty(int dirty) {
 void VQRTObjectBody::MarkDirty() {
   for (VQRTObjectBody* object = this; object; object = object->Parent) {
     object->Dirty = true;
-    if (object->Source) object->Source->SetOutdated();  // the write that takes the dirty mark off must come by
+    // The write that takes the dirty mark off must come by.
+    if (vq::RecordSource* source = object->Content.GetSource()) source->SetOutdated();
   }
   if (!vq::PABIndex::Holds(GetType())) return;
   VQRichTextBody* owner = GetRichTextBody();
@@ -217,7 +216,7 @@ VQSTATUS VQRTObjectBody::Update(vq::RecordWriter& writer) { return writer.Add(*t
 
 VQSTATUS VQRTObjectBody::WriteValueBlock() {
   if (Closed) return VQERR_OBJECT_CLOSED;
-  if (!Value) return VQERR_WRONG_SITUATION;
+  if (!Content.IsOwn()) return VQERR_WRONG_SITUATION;
   MarkDirty();
   return VQ_OK;
 }

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "vq/richtext/recsrc.h"
+#include "vq/richtext/recbytes.h"
 #include "vq/richtext/rtfwd.h"
 #include "vq/richtext/rttype.h"
 #include "vq/richtext/signature.h"
@@ -82,7 +82,7 @@ class VQ_API VQRTObjectBody : public VQBody {
   // For objects that change their kind in place, as paragraph references do.
   void SetType(VQRTTYPE type) { Type = static_cast<unsigned char>(type); }
   int IsType(VQRTTYPE type) const { return vq::IsRTType(Type, type); }
-  int UseValueBlock() const { return Value != nullptr; }
+  int UseValueBlock() const { return Content.IsOwn(); }
 
   // This body as one that can hold others; null when it cannot.
   VQRTBaseContainerBody* AsBase();
@@ -145,10 +145,7 @@ class VQ_API VQRTObjectBody : public VQBody {
   VQRTBaseContainerBody* Parent;
   VQRTObjectBody* Previous;
   VQRTObjectBody* Next;
-  vq::RecordSource* Source;
-  std::uint32_t Offset;
-  std::uint32_t Length;
-  std::unique_ptr<std::vector<unsigned char>> Value;
+  vq::RecordContent Content;
 };
 
 namespace vq {

@@ -105,8 +105,8 @@ const LoadedBlock* RecordWriter::UnchangedBlock(const VQRTObjectBody& object, st
   if (container && container->GetFirstChild() && container->GetFirstChild()->LeadsParent()) {
     first = container->GetFirstChild();
   }
-  const RecordSource* source = first->Source;
-  if (!source || source->IsOutdated() || first->Offset != kTypeWord || !source->GetLast()) return nullptr;
+  const RecordSource* source = first->Content.GetSource();
+  if (!source || source->IsOutdated() || first->Content.GetOffset() != kTypeWord || !source->GetLast()) return nullptr;
   for (std::size_t i = *next; i < Loaded.size(); ++i) {
     if (Loaded[i].Source != source) continue;
     if (Loaded[i].Size > kItemTarget) return nullptr;
@@ -166,14 +166,15 @@ ItemBlock& RecordWriter::AddBlock(RecordSource* kept) {
 VQSTATUS RecordWriter::Add(VQRTObjectBody& object) {
   const unsigned char* from = nullptr;
   std::uint32_t size = 0;
-  if (object.Value) {
-    from = object.Value->data();
-    size = static_cast<std::uint32_t>(object.Value->size());
-  } else if (object.Source) {
-    Reading.Lock(object.Source->GetPool());
+  const RecordContent& content = object.Content;
+  if (content.IsOwn()) {
+    from = content.GetBytes();
+    size = content.GetSize();
+  } else if (const RecordSource* source = content.GetSource()) {
+    Reading.Lock(source->GetPool());
     if (!Reading.GetBytes()) return VQERR_ITEM_UNINITIALIZED;
-    from = Reading.GetBytes() + object.Source->GetBase() + object.Offset;
-    size = object.Length;
+    from = Reading.GetBytes() + source->GetBase() + content.GetOffset();
+    size = content.GetLength();
   }
   if (size == 0) return VQ_OK;  // an object that was made without a record
   const std::uint32_t padded = Padded(size);

@@ -27,7 +27,8 @@ VQStylizedTextBody::VQStylizedTextBody(vq::RecordSource* source, std::uint32_t o
 VQStylizedTextBody::VQStylizedTextBody()
     : VQRTContainerBody(VQRTTYPE_STYLIZED_TEXT, static_cast<unsigned short>(0)), FontStyle(nullptr) {
   static constexpr unsigned char kEmptyRun[kFixedPart] = {0x85, 0xFF, kFixedPart, 0, 0x01, 0x00, 0x00, 0x0A};
-  Value = std::make_unique<std::vector<unsigned char>>(kEmptyRun, kEmptyRun + kFixedPart);
+  Content.Resize(kFixedPart);
+  std::memcpy(Content.GetBytes(), kEmptyRun, kFixedPart);
   Outdated = true;
 }
 
@@ -117,18 +118,12 @@ void VQStylizedTextBody::Replace(std::uint32_t offset, std::uint32_t oldBytes, c
                                  std::uint32_t newBytes) {
   const auto count = static_cast<std::uint32_t>(GetByteCount());
   MakeValue(kFixedPart);
-  std::vector<unsigned char>& value = *Value;
-  value.resize(kFixedPart + count);  // without the padding byte
-  if (value[1] != 0xFF) vq::WriteRecordHeader(value.data(), SIG_CD_TEXT, kFixedPart);
-  const auto at = value.begin() + kFixedPart + offset;
-  if (newBytes > oldBytes) {
-    value.insert(at + oldBytes, newBytes - oldBytes, 0);
-  } else {
-    value.erase(at + newBytes, at + oldBytes);
-  }
-  if (newBytes > 0) std::memcpy(value.data() + kFixedPart + offset, text, newBytes);
-  vq::WriteRecordLength(value.data(), static_cast<std::uint32_t>(value.size()));
-  value.resize(vq::Padded(static_cast<std::uint32_t>(value.size())));
+  Content.Resize(kFixedPart + count);  // without the padding byte
+  if (Content.GetBytes()[1] != 0xFF) vq::WriteRecordHeader(Content.GetBytes(), SIG_CD_TEXT, kFixedPart);
+  Content.Splice(kFixedPart + offset, oldBytes, newBytes);
+  if (newBytes > 0) std::memcpy(Content.GetBytes() + kFixedPart + offset, text, newBytes);
+  vq::WriteRecordLength(Content.GetBytes(), Content.GetSize());
+  Content.Resize(vq::Padded(Content.GetSize()));
   VQ_ASSERT_TEXT(GetRecordSize() % 2 == 0, "VQRTObjectBody::GetSize()%2 == 0", "VQRTOBJB");
 }
 
