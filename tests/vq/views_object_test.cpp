@@ -214,6 +214,44 @@ TEST_F(ViewObject, AViewThatIsGoneSaysSo) {
   }
 }
 
+TEST_F(ViewObject, WhatOutlivesItsDatabaseSaysSo) {
+  const VQDocument document = NewDocument("d");
+  VQViewFolder folder;
+  ASSERT_EQ(Db.CreateFolder("F", VQVFSHARINGOPTION_SHARED, nullptr, &folder), VQ_OK);
+  ASSERT_EQ(folder.Save(), VQ_OK);
+  ASSERT_EQ(folder.FolderAddDocument(document), VQ_OK);
+  ASSERT_EQ(folder.Open(VQVFOPENFLAGS_USE_UNREAD_LIST), VQ_OK);
+  const VQVFColumn column = folder[0];
+  VQVFNavigator navigator;
+  ASSERT_EQ(folder.GetEntries(&navigator), VQ_OK);
+  VQVFEntry entry;
+  ASSERT_EQ(navigator.Goto(VQNAVIGATE_FIRST, &entry), VQ_OK);
+  const VQSlateArray array(navigator);
+  ASSERT_EQ(folder.SetComment("lost"), VQ_OK);
+  ASSERT_EQ(Db.Close(), VQ_OK);
+  struct Row {
+    const char* what;
+    std::function<VQSTATUS()> operation;
+    VQSTATUS status;
+  };
+  const Row rows[] = {
+      {"name", [&] { return folder.GetName(), VQ_OK; }, VQERR_VIEW_NOT_OPEN},
+      {"rows", [&] { return folder.GetEntryCount(), VQ_OK; }, VQERR_VIEW_NOT_OPEN},
+      {"column", [&] { return column.GetTitle(), VQ_OK; }, VQERR_OBJECT_NOT_INITIALIZED},
+      {"navigator", [&] { return navigator.Goto(VQNAVIGATE_FIRST, &entry); }, VQERR_NO_COLLECTION},
+      {"save", [&] { return folder.Save(); }, VQERR_VIEW_NOT_OPEN},
+      {"members", [&] { return folder.FolderAddDocument(document); }, VQERR_DATABASE_NOT_OPEN},
+      {"open", [&] { return folder.Open(); }, VQERR_DATABASE_NOT_OPEN},
+      {"slate", [&] { return array[0].Open(); }, VQERR_DATABASE_NOT_OPEN},
+  };
+  for (const Row& row : rows) EXPECT_EQ(StatusOf(row.operation), row.status) << row.what;
+  EXPECT_EQ(array.GetCount(), 1U);
+  ASSERT_EQ(Db.Open(), VQ_OK);
+  ASSERT_EQ(folder.Open(), VQ_OK);
+  EXPECT_EQ(folder.GetEntryCount(), 1U);
+  EXPECT_EQ(TextOf(folder.GetComment()), "");
+}
+
 TEST_F(ViewObject, DatabasesMakeAndListViews) {
   VQViewFolder view;
   ASSERT_EQ(Db.CreateView("Source", nullptr, &view), VQ_OK);
