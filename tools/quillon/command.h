@@ -82,6 +82,7 @@ void AddListCommand(CLI::App& app, Options& options, int* result);
 void AddShowCommand(CLI::App& app, Options& options, int* result);
 void AddReplaceCommand(CLI::App& app, Options& options, int* result);
 void AddDiffCommand(CLI::App& app, Options& options, int* result);
+void AddTableCommand(CLI::App& app, Options& options, int* result);
 void AddViewCommands(CLI::App& app, Options& options, int* result);  // views, view, find
 void AddViewCreateCommand(CLI::App& app, Options& options, int* result);
 void AddFolderCommands(CLI::App& app, Options& options, int* result);  // folder, unread

@@ -46,6 +46,7 @@ int Run(int argc, char** argv, tool::Options& options) {
   tool::AddShowCommand(app, options, &result);
   tool::AddReplaceCommand(app, options, &result);
   tool::AddDiffCommand(app, options, &result);
+  tool::AddTableCommand(app, options, &result);
   tool::AddViewCommands(app, options, &result);
   tool::AddViewCreateCommand(app, options, &result);
   tool::AddFolderCommands(app, options, &result);
