@@ -44,6 +44,7 @@ class Sqlite {
   // Steps and resets; true if there was a row, for which a reading function is to be called in between.
   void Step(sqlite3_stmt* statement);
   void Check(int code);
+  sqlite3* connection() const { return connection_; }
 
  private:
   sqlite3* connection_ = nullptr;

@@ -102,7 +102,9 @@ ENG_API ENGSTATUS EngDbSearch(ENGHANDLE directory, uint16_t flags, ENGDBFOUND ca
 ENG_API ENGSTATUS EngDesignFind(ENGHANDLE db, uint16_t slate_class, const ENGCHAR* name, uint32_t* id);
 ENG_API ENGSTATUS EngDesignFindAgent(ENGHANDLE db, const ENGCHAR* name, uint32_t* id);
 
-// Reads every page and record chain; ENG_ERR_DB_DAMAGED with what was wrong first in `report` (may be null).
+// Reads every page and record chain; ENG_ERR_DB_DAMAGED with what was wrong first in `report` (may be null). With
+// ENG_OK the report is empty, or tells of objects that no slate owns and this handle has not made: those of others, or
+// what was cut off. Compaction frees them.
 ENG_API ENGSTATUS EngDbCheck(ENGHANDLE db, char* report, uint16_t size);
 
 // Objects: byte ranges beside the slates, for attachments. An object belongs to the slate that an update first

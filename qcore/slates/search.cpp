@@ -154,6 +154,28 @@ ENGSTATUS CheckSlates(Database& database, std::set<Store::ValueId>* values, std:
 }  // namespace
 
 // All of it sees one state, whatever others save meanwhile.
+namespace {
+
+ENGSTATUS NoteReserved(Database& database, std::string* report) {
+  std::vector<std::uint32_t> objects;
+  ENGSTATUS status = database.store().FindObjects(0, &objects);
+  std::uint64_t bytes = 0;
+  std::size_t count = 0;
+  for (std::size_t i = 0; status == ENG_OK && i < objects.size(); ++i) {
+    if (database.HasReserved(objects[i])) continue;
+    ObjectInfo info{};
+    status = database.store().GetObject(objects[i], &info);
+    bytes += info.size;
+    ++count;
+  }
+  if (status == ENG_OK && count > 0) {
+    *report = std::to_string(count) + " objects of " + std::to_string(bytes) + " bytes belong to no slate";
+  }
+  return status;
+}
+
+}  // namespace
+
 ENGSTATUS CheckDatabase(Database& database, std::string* report) {
   const std::lock_guard lock(database.mutex());
   Store& store = database.store();
@@ -163,6 +185,7 @@ ENGSTATUS CheckDatabase(Database& database, std::string* report) {
   status = store.Check(report);
   if (status == ENG_OK) status = CheckSlates(database, &values, report);
   if (status == ENG_OK) status = store.CheckOwners(values, report);
+  if (status == ENG_OK) status = NoteReserved(database, report);
   store.EndRead();
   return status;
 }

@@ -74,6 +74,7 @@ class Database {
   std::uint64_t transaction() const { return transaction_; }
   // A new object that goes with the handle unless a slate comes to own it.
   void NoteReserved(std::uint32_t object) { reserved_objects_.insert(object); }
+  bool HasReserved(std::uint32_t object) const { return reserved_objects_.contains(object); }
   void Register(OpenSlate* slate) { slates_.insert(slate); }
   void Unregister(OpenSlate* slate) { slates_.erase(slate); }
 

@@ -291,6 +291,11 @@ TEST_F(Attachments, CutOffInTheMiddle) {
     ASSERT_EQ(waitpid(child, &result, 0), child);
     EXPECT_EQ(killed ? WIFSIGNALED(result) : WIFEXITED(result) && WEXITSTATUS(result) == 0, true);
     if (killed) {
+      db_ = Open();
+      char report[200];
+      EXPECT_EQ(EngDbCheck(db_, report, sizeof report), ENG_OK);
+      EXPECT_STREQ(report, "1 objects of 33554432 bytes belong to no slate");
+      EXPECT_EQ(EngDbClose(db_), ENG_OK);
       EXPECT_EQ(EngDbCompact("main", 0, nullptr), ENG_OK);
     }
     db_ = Open();

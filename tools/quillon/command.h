@@ -75,7 +75,7 @@ void PrintPath(const Options& options, const std::string& path);
 
 // Each family adds its commands; what runs returns an exit code through *result.
 void AddSettingsCommands(CLI::App& app, Options& options, int* result);  // init
-void AddStoreCommands(CLI::App& app, Options& options, int* result);     // create, info, check
+void AddStoreCommands(CLI::App& app, Options& options, int* result);     // create, info, check, compact
 void AddImportCommand(CLI::App& app, Options& options, int* result);
 void AddExportCommand(CLI::App& app, Options& options, int* result);
 void AddListCommand(CLI::App& app, Options& options, int* result);
@@ -88,7 +88,8 @@ void AddViewCreateCommand(CLI::App& app, Options& options, int* result);
 void AddFolderCommands(CLI::App& app, Options& options, int* result);  // folder, unread
 void AddSearchCommands(CLI::App& app, Options& options, int* result);  // index, search
 void AddFormulaCommand(CLI::App& app, Options& options, int* result);
-void AddEditCommands(CLI::App& app, Options& options, int* result);  // note, set
+void AddEditCommands(CLI::App& app, Options& options, int* result);    // note, set
+void AddAttachCommands(CLI::App& app, Options& options, int* result);  // attach, detach
 
 }  // namespace tool
 

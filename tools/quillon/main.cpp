@@ -53,6 +53,7 @@ int Run(int argc, char** argv, tool::Options& options) {
   tool::AddSearchCommands(app, options, &result);
   tool::AddFormulaCommand(app, options, &result);
   tool::AddEditCommands(app, options, &result);
+  tool::AddAttachCommands(app, options, &result);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -1,4 +1,4 @@
-// quillon create, info, check: a store as a whole.
+// quillon create, info, check, compact: a store as a whole.
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <iostream>
@@ -146,6 +146,20 @@ void CheckTree(const VQDocument& document, const StoredItem& item, std::vector<F
   }
 }
 
+void CheckAttachments(const VQDocument& document, std::vector<Fault>* faults) {
+  VQItemArray attachments;
+  document.GetAttachments(&attachments);
+  for (unsigned long i = 0; i < attachments.GetCount(); ++i) {
+    const VQAttachment attachment(attachments[i]);
+    try {
+      attachment.Check();
+    } catch (VQSTATUS status) {
+      faults->push_back({static_cast<std::int64_t>(document.GetSlateID()),
+                         "attachment " + ToText(attachment.GetAttachmentName()) + ": " + StatusWords(status)});
+    }
+  }
+}
+
 void CheckDocument(VQDocument& document, std::vector<Fault>* faults) {
   const auto id = static_cast<std::int64_t>(document.GetSlateID());
   try {
@@ -157,23 +171,27 @@ void CheckDocument(VQDocument& document, std::vector<Fault>* faults) {
       if (item.name != parsed) CheckTree(document, item, faults);
       parsed = item.name;
     }
+    CheckAttachments(document, faults);
   } catch (VQSTATUS status) {
     faults->push_back({id, StatusWords(status)});
   }
 }
 
-void CheckFile(VQDatabase& database, std::vector<Fault>* faults) {
+void CheckFile(VQDatabase& database, std::vector<Fault>* faults, std::string* note) {
   VQString report;
   try {
     database.Check(&report);
+    *note = ToText(report);
   } catch (VQSTATUS status) {
     const std::string detail = ToText(report);
     faults->push_back({0, StatusWords(status) + (detail.empty() ? "" : ": " + detail)});
   }
 }
 
-void ReportFaults(const Options& options, const std::vector<Fault>& faults, unsigned long documents) {
+void ReportFaults(const Options& options, const std::vector<Fault>& faults, unsigned long documents,
+                  const std::string& note) {
   if (!options.json) {
+    if (!note.empty()) std::cout << "store: " << Printable(note) << '\n';
     for (const Fault& fault : faults) {
       std::cout << (fault.document ? "document " + std::to_string(fault.document) : "store") << ": "
                 << Printable(fault.what) << '\n';
@@ -193,6 +211,7 @@ void ReportFaults(const Options& options, const std::vector<Fault>& faults, unsi
     json.EndObject();
   }
   json.EndArray();
+  if (!note.empty()) json.Field("note", note);
   json.EndObject();
 }
 
@@ -206,10 +225,11 @@ int RunCheck(const Options& options, const Arguments& arguments) {
     store.Open(arguments.store, &store.database());
   } catch (VQSTATUS status) {
     if (status != kDamaged) throw;
-    ReportFaults(options, {{0, StatusWords(status)}}, 0);
+    ReportFaults(options, {{0, StatusWords(status)}}, 0, {});
     return kExitDifferent;
   }
-  CheckFile(store.database(), &faults);
+  std::string note;
+  CheckFile(store.database(), &faults, &note);
   VQDocumentArray documents;
   store.database().GetDocuments(&documents);
   const unsigned long count = documents.GetCount();
@@ -219,8 +239,24 @@ int RunCheck(const Options& options, const Arguments& arguments) {
     CheckDocument(document, &faults);
     progress.Advance(i + 1);
   }
-  ReportFaults(options, faults, count);
+  ReportFaults(options, faults, count, note);
   return faults.empty() ? kExitDone : kExitDifferent;
+}
+
+int RunCompact(const Options& options, const Arguments& arguments) {
+  Store store(options);
+  unsigned long before = 0, after = 0;
+  store.session().CompactDatabase(StorePath(arguments.store), &before, &after);
+  if (!options.json) {
+    std::cout << before << " bytes before, " << after << " bytes after\n";
+    return kExitDone;
+  }
+  JsonWriter json(std::cout);
+  json.BeginObject();
+  json.Field("before", static_cast<std::int64_t>(before));
+  json.Field("after", static_cast<std::int64_t>(after));
+  json.EndObject();
+  return kExitDone;
 }
 
 using Command = int (*)(const Options&, const Arguments&);
@@ -243,6 +279,7 @@ void AddStoreCommands(CLI::App& app, Options& options, int* result) {
   CLI::App* info = Add(app, "info", "Tell what a store is", RunInfo, arguments, options, result);
   info->add_flag("--count", arguments->count, "Count items and records too, which reads every document");
   Add(app, "check", "Check a store and every record stream in it", RunCheck, arguments, options, result);
+  Add(app, "compact", "Give a store's unused bytes back", RunCompact, arguments, options, result);
 }
 
 }  // namespace tool

@@ -250,7 +250,59 @@ TIMEDATE TimeFromUnix(std::int64_t seconds) {
   return time;
 }
 
+namespace {
+
+// An attached file, as its record tells it.
+struct FileFacts {
+  std::string name;
+  std::string path;
+  std::int64_t size;
+  TIMEDATE modified;
+  bool compressed;
+  bool shown;
+};
+
+std::optional<FileFacts> ReadFile(const StoredItem& item) {
+  if (item.type != TYPE_OBJECT) return std::nullopt;
+  Cursor cursor(item.value);
+  const std::uint64_t kind = cursor.Number(2) & 0xFF;
+  cursor.Number(4);
+  const std::size_t length = cursor.Number(2);
+  cursor.Number(2);
+  FileFacts facts{};
+  facts.compressed = (cursor.Number(2) & 0xF) == 1;
+  cursor.Number(2);
+  facts.shown = (cursor.Number(2) & 2) != 0;
+  facts.size = static_cast<std::int64_t>(cursor.Number(4));
+  cursor.Number(8);
+  facts.modified.TimeWord = static_cast<std::uint32_t>(cursor.Number(4));
+  facts.modified.DateWord = static_cast<std::uint32_t>(cursor.Number(4));
+  facts.name = cursor.Text(length);
+  if (!cursor.good() || kind != 0 || length == 0) return std::nullopt;
+  facts.path = cursor.Text(cursor.rest());
+  return facts;
+}
+
+std::string FileText(const FileFacts& file) {
+  return "attachment " + Printable(file.name) + ", " + std::to_string(file.size) + " bytes, " +
+         TimeText(file.modified) + (file.compressed ? ", compressed" : "") + (file.shown ? ", in rich text" : "");
+}
+
+void WriteFile(JsonWriter& json, const FileFacts& file) {
+  json.BeginObject();
+  json.Field("attachment", file.name);
+  json.Field("path", file.path);
+  json.Field("size", file.size);
+  json.Field("modified", TimeText(file.modified));
+  json.Field("compressed", file.compressed);
+  json.Field("shown", file.shown);
+  json.EndObject();
+}
+
+}  // namespace
+
 std::string ValueText(const StoredItem& item) {
+  if (const auto file = ReadFile(item)) return FileText(*file);
   Decoded decoded;
   if (!Decode(item, &decoded)) return std::to_string(item.value.size()) + " bytes";
   std::string text;
@@ -262,6 +314,7 @@ std::string ValueText(const StoredItem& item) {
 }
 
 void WriteValue(JsonWriter& json, const StoredItem& item) {
+  if (const auto file = ReadFile(item)) return WriteFile(json, *file);
   Decoded decoded;
   if (!Decode(item, &decoded)) return json.Null();
   if (!decoded.list && decoded.entries.size() == 1) return WriteEntry(json, decoded.entries[0]);

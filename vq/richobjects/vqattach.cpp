@@ -258,6 +258,14 @@ VQSTATUS VQAttachment::Detach(const VQString& path) const {
   return vq::Apply(vq::Caught([&] { return GetAttachmentBody()->Detach(path.GetPlatformTextPtr()); }));
 }
 
+VQSTATUS VQAttachment::Check() const {
+  if (IsNull()) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
+  const VQAttachmentBody& body = *GetAttachmentBody();
+  if (!body.GetSlateBody()->IsOpen()) return vq::Apply(VQERR_SLATE_NOT_OPEN);
+  if (!body.HasFileObject()) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
+  return vq::Apply(vq::FromEngine(EngItemCheckFile(body.GetSlateBody()->GetHandle(), body.GetItemBlock())));
+}
+
 VQString VQAttachment::GetAttachmentName() const { return vq::StringOf(Require(*this).GetAttachmentName()); }
 unsigned short VQAttachment::GetAttachmentType() const { return FileOf(*this).HostType & HOST_TYPE_MASK; }
 VQDatetime VQAttachment::GetFileLastModified() const { return VQDatetime(FileOf(*this).FileModified); }

@@ -66,6 +66,8 @@ class VQ_API VQAttachment : public VQItem {
   // VQERR_SLATE_NOT_OPEN, VQERR_NULL_STRING, and engine statuses: ENG_ERR_NO_OBJECT and ENG_ERR_OBJECT_CONTENT for an
   // attachment whose bytes are gone or are not those that its record tells of, ENG_ERR_FILE_OPEN, ENG_ERR_FILE_WRITE.
   VQSTATUS Detach(const VQString& path) const;
+  // Whether the bytes are there, as far as their size tells: the statuses of Detach.
+  VQSTATUS Check() const;
   VQString GetAttachmentName() const;
   // Where the file comes from: the record's host type and 0x0F00.
   unsigned short GetAttachmentType() const;

@@ -1,0 +1,55 @@
+// Files attached to documents and written out again, as a user does it.
+#include "tests/tool/commands_fixture.h"
+
+namespace tool_test {
+namespace {
+
+TEST_F(Commands, FilesGoInAndOut) {
+  Import();
+  const std::string bytes = std::string(70000, 'x') + '\0' + "end";
+  Write("plan.pdf", bytes);
+  Write("empty", "");
+  const CommandRow rows[] = {
+      {"attach s.vlt one.txt plan.pdf empty", 0, "plan.pdf: 70004 bytes\nempty: 0 bytes"},
+      {"attach s.vlt one.txt plan.pdf --compress --show-in Body", 0, "plan(1).pdf: 70004 bytes"},
+      {"attach s.vlt one.txt plan.pdf --name ../../evil", 0, "../../evil: "},
+      {"--json attach s.vlt one.txt empty --name n", 0, "[{\"name\":\"n\",\"size\":0}]"},
+      {"attach s.vlt one.txt plan.pdf empty --name n", 2, "one name"},
+      {"attach s.vlt one.txt empty none", 3, "no file none"},
+      {"attach s.vlt one.txt .", 3, "no file ."},
+      {"attach s.vlt nobody empty", 3, "no document"},
+      {"attach s.vlt one.txt empty --show-in Nothing", 3, "no rich text item"},
+      {"show s.vlt one.txt", 0, "$FILE (object, "},
+      {"show s.vlt one.txt", 0, "attachment plan(1).pdf, 70004 bytes, "},
+      {"show s.vlt one.txt", 0, ", compressed, in rich text"},
+      {"--json show s.vlt one.txt", 0, "\"attachment\":\"../../evil\",\"path\":\"plan.pdf\",\"size\":70004"},
+      {"show s.vlt one.txt --text", 0, "plan(1).pdf - 70004 bytes"},
+      {"detach s.vlt one.txt none", 3, "no attachment none"},
+      {"detach s.vlt one.txt plan.pdf", 1, "plan.pdf exists"},
+      {"detach s.vlt one.txt plan.pdf -o out.pdf", 0, "out.pdf"},
+      {"detach s.vlt one.txt 'plan(1).pdf' -o out.pdf", 0, "out.pdf"},
+      {"detach s.vlt one.txt empty -o nowhere/empty", 1, "0x"},
+      {"detach s.vlt one.txt ../../evil", 0, "evil"},
+      {"check s.vlt", 0, "2 documents checked, 0 faults"},
+      {"compact s.vlt", 0, "bytes after"},
+      {"detach s.vlt one.txt 'plan(1).pdf'", 0, "plan(1).pdf"},
+  };
+  RunRows(rows);
+  EXPECT_TRUE(Read("out.pdf") == bytes);
+  EXPECT_TRUE(Read("evil") == bytes) << "in this folder, under the last part of the name";
+  EXPECT_TRUE(Read("plan(1).pdf") == bytes);
+  EXPECT_EQ(Run("show s.vlt one.txt").output.find("attachment n/"), std::string::npos);
+}
+
+TEST_F(Commands, NamesThatAreNoFileNames) {
+  Import();
+  Write("f", "x");
+  for (const char* name : {"..", "a/..", "a/", "'a\tb'", "'\\.'"}) {
+    const std::string quoted = name;
+    ASSERT_EQ(Run("attach s.vlt one.txt f --name " + quoted).code, 0) << name;
+    EXPECT_EQ(Run("detach s.vlt one.txt " + quoted).code, 2) << name;
+  }
+}
+
+}  // namespace
+}  // namespace tool_test
