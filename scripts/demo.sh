@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # The whole job on real files: demo.sh BUILD-DIRECTORY FOLDER
 # One process imports, a second replaces a word by a cursor, a third compares what is stored with what was. Then a view
-# over the documents and notes on them is made, read, searched, and followed while a document changes. Each command is a
-# process of its own, and what it prints is checked.
+# over the documents and notes on them is made, read, searched, and followed while a document changes. Last a Markdown file
+# with a table comes in, is changed, and goes out as HTML. Each command is a process of its own, and what it prints is
+# checked.
 set -euo pipefail
 
 build=$(cd "$1" && pwd)
@@ -111,6 +112,32 @@ head -n 2 "$place/view-after.txt"
   fail "the view didn't follow"
 [ "$(awk -F'\t' -v id="$id" '$2 == id' "$place/view-after.txt" | wc -l)" -eq 1 ] ||
   fail "the document is still below its former categories"
+echo "== a Markdown file with a table comes in, and gets a row"
+cat >"$place/stock.md" <<'END'
+# What is in store
+
+Counted *today*; the **last** column is what is left.
+
+| What | Left |
+|---|---:|
+| apples | 120 |
+| plums | 40 |
+
+1. count
+2. write it down
+END
+"$tool" import "$store" "$place/stock.md"
+"$tool" table "$store" stock.md --insert-row 3 pears 75
+"$tool" export "$store" stock.md "$place/stock.html"
+[ "$(grep -cE '<t[dh].*>(apples|pears|plums|120|75|40)</t[dh]>' "$place/stock.html")" -eq 6 ] || fail "the table isn't whole"
+grep -q '<strong>last</strong>' "$place/stock.html" || fail "bold is lost"
+! command -v tidy >/dev/null || tidy -qe "$place/stock.html" || fail "tidy finds fault with the HTML"
+if command -v chromium >/dev/null; then
+  chromium --headless --no-sandbox --disable-gpu --user-data-dir="$place/browser" --window-size=640,480 \
+    --screenshot="$place/stock.png" "file://$place/stock.html" >/dev/null 2>&1 || fail "no picture of the page"
+  echo "its picture: $place/stock.png, $(wc -c <"$place/stock.png") bytes"
+fi
+
 "$tool" check "$store" >/dev/null || fail "the store isn't whole"
 
 cat <<END
