@@ -3,6 +3,7 @@
 #define QUILLON_ENGINE_ENGINE_H
 
 #include "engine/collection.h"
+#include "engine/compute.h"
 #include "engine/converter.h"
 #include "engine/database.h"
 #include "engine/folder.h"

@@ -104,8 +104,6 @@ typedef enum EngLaterNumber {
 } EngLaterNumber;
 
 // Slates: forms, encryption, rendering
-ENG_API ENGSTATUS EngSlateCompute(ENGHANDLE slate, uint16_t reserved1, int continue_on_error, void* reserved2,
-                                  void* reserved3);
 ENG_API ENGSTATUS EngSlateEncrypt(ENGHANDLE slate, uint16_t flags, ENGHANDLE* encrypted);
 ENG_API ENGSTATUS EngSlateDecrypt(ENGHANDLE slate, uint16_t flags);
 ENG_API ENGSTATUS EngSlateSign(ENGHANDLE slate);

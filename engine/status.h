@@ -86,6 +86,11 @@
 #define ENG_ERR_FORMULA_RESULT 665    // the value is too large for an item
 #define ENG_ERR_FORMULA_FAILED 666    // the formula says so itself: @Error
 
+// forms
+#define ENG_ERR_NO_FORM 672          // the document names a form that is not there, or none where there is no default
+#define ENG_ERR_FORM_DESIGN 673      // a form's stored design that can't be read
+#define ENG_ERR_COMPUTE_REFUSED 674  // a field's validation formula refuses its value
+
 // collections, values
 #define ENG_ERR_NO_COLLECTION 779  // no index, or no view slate
 #define ENG_ERR_VIEW_DESIGN 780    // a view's stored design that can't be read

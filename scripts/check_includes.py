@@ -37,7 +37,7 @@ ROOMS = {
 }
 
 # Lowest first. A room of the engine includes itself and those to its left; qcore/abi stands above all of them.
-QCORE_ORDER = ["handles", "memory", "settings", "records", "text", "time", "store", "idtables", "slates", "formula", "folders", "fulltext", "index", "abi"]
+QCORE_ORDER = ["handles", "memory", "settings", "records", "text", "time", "store", "idtables", "slates", "formula", "forms", "folders", "fulltext", "index", "abi"]
 
 # Headers in angle brackets that are not the standard library's.
 THIRD_PARTY = {

@@ -1,4 +1,5 @@
 // Which body is built for what: the one place that names every subsystem.
+#include "vq/forms/vqformb.h"
 #include "vq/richobjects/vqrtattach.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/richtext/rtmakers.h"
@@ -56,6 +57,9 @@ constexpr std::uint16_t kDocumentClasses = VQSLATECLASS_DOCUMENT | VQSLATECLASS_
 
 constexpr SlateMakerRow kSlateRows[] = {
     {kDocumentClasses, 0, VQCLASSID_VQDOCUMENTBODY, MakeSlate<VQDocumentBody>},
+    {VQSLATECLASS_FORM, VQDESIGNKIND_FORM, VQCLASSID_VQFORMBODY, MakeSlate<VQFormBody>},
+    {VQSLATECLASS_FORM, VQDESIGNKIND_SUBFORM, VQCLASSID_VQSUBFORMBODY, MakeSlate<VQSubformBody>},
+    {VQSLATECLASS_FIELD, 0, VQCLASSID_VQSHAREDFIELDBODY, MakeSlate<VQSharedFieldBody>},
     {VQSLATECLASS_VIEW, VQDESIGNKIND_VIEW, VQCLASSID_VQVIEWFOLDERBODY, MakeSlate<VQViewFolderBody>},
 };
 
@@ -67,6 +71,7 @@ VQRTElementBody* MakeElement(VQRTTYPE type, RecordSource* source, std::uint32_t 
 constexpr RTElementRow kElementRows[] = {
     {VQRTTYPE_ATTACHMENT, MakeElement<VQRTAttachmentBody>},
     {VQRTTYPE_EMBEDDED_OBJECT, MakeElement<VQRTEmbeddedObjectBody>},
+    {VQRTTYPE_FORM_FIELD, MakeElement<VQFormFieldBody>},
 };
 
 }  // namespace

@@ -111,7 +111,6 @@ const char* LaterOperationName(ENGSTATUS status) {
 
 }  // namespace qcore
 
-ENGSTATUS EngSlateCompute(ENGHANDLE, uint16_t, int, void*, void*) { return NotAvailable(EngLater_SlateCompute); }
 ENGSTATUS EngSlateEncrypt(ENGHANDLE, uint16_t, ENGHANDLE*) { return NotAvailable(EngLater_SlateEncrypt); }
 ENGSTATUS EngSlateDecrypt(ENGHANDLE, uint16_t) { return NotAvailable(EngLater_SlateDecrypt); }
 ENGSTATUS EngSlateSign(ENGHANDLE) { return NotAvailable(EngLater_SlateSign); }

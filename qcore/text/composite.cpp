@@ -13,39 +13,17 @@ constexpr std::uint16_t kTableCell = 0xA4;
 constexpr std::uint16_t kTableEnd = 0xA5;
 constexpr std::size_t kTextFixedPart = 8;
 
-struct Record {
-  std::uint16_t signature;
-  std::uint32_t length;
-};
-
 std::uint32_t Number(const ENGCHAR* at, std::size_t bytes) {
   std::uint32_t number = 0;
   for (std::size_t i = 0; i < bytes; ++i) number |= std::uint32_t{at[i]} << (8 * i);
   return number;
 }
 
-std::optional<Record> WithLength(std::uint16_t signature, std::uint32_t length, std::uint32_t header, Text rest) {
+std::optional<CompositeRecord> WithLength(std::uint16_t signature, std::uint32_t length, std::uint32_t header,
+                                          Text rest) {
   if (length == 0) length = header;
   if (length < header || length > kLargestRecord || length > rest.size()) return std::nullopt;
-  return Record{signature, length};
-}
-
-//  nn LL           byte form: LL neither 0x00 nor 0xFF
-//  nn FF LL LL     word form, the signature is 0xFFnn
-//  nn 00 LL LL LL LL  long form
-std::optional<Record> RecordAt(Text rest) {
-  if (rest.size() < 2) return std::nullopt;
-  const auto word = static_cast<std::uint16_t>(Number(rest.data(), 2));
-  switch (word >> 8) {
-    case 0x00:
-      if (rest.size() < 6) return std::nullopt;
-      return WithLength(word, Number(rest.data() + 2, 4), 6, rest);
-    case 0xFF:
-      if (rest.size() < 4) return std::nullopt;
-      return WithLength(word, Number(rest.data() + 2, 2), 4, rest);
-    default:
-      return WithLength(word & 0xFF, word >> 8, 2, rest);
-  }
+  return CompositeRecord{signature, length};
 }
 
 class Lines {
@@ -98,7 +76,7 @@ class Lines {
   std::string text_;
 };
 
-bool AddRecord(const Record& record, Text bytes, Lines* lines) {
+bool AddRecord(const CompositeRecord& record, Text bytes, Lines* lines) {
   switch (record.signature) {
     case kParagraph:
       lines->End();
@@ -117,10 +95,28 @@ bool AddRecord(const Record& record, Text bytes, Lines* lines) {
 
 }  // namespace
 
+//  nn LL           byte form: LL neither 0x00 nor 0xFF
+//  nn FF LL LL     word form, the signature is 0xFFnn
+//  nn 00 LL LL LL LL  long form
+std::optional<CompositeRecord> RecordAt(Text rest) {
+  if (rest.size() < 2) return std::nullopt;
+  const auto word = static_cast<std::uint16_t>(Number(rest.data(), 2));
+  switch (word >> 8) {
+    case 0x00:
+      if (rest.size() < 6) return std::nullopt;
+      return WithLength(word, Number(rest.data() + 2, 4), 6, rest);
+    case 0xFF:
+      if (rest.size() < 4) return std::nullopt;
+      return WithLength(word, Number(rest.data() + 2, 2), 4, rest);
+    default:
+      return WithLength(word & 0xFF, word >> 8, 2, rest);
+  }
+}
+
 std::optional<std::string> FromComposite(Text records, std::string_view separator, std::uint16_t line_width) {
   Lines lines(separator, line_width);
   while (!records.empty()) {
-    const std::optional<Record> record = RecordAt(records);
+    const std::optional<CompositeRecord> record = RecordAt(records);
     if (!record || !AddRecord(*record, records, &lines)) return std::nullopt;
     records = records.subspan(std::min<std::size_t>(records.size(), record->length + record->length % 2));
   }

@@ -10,6 +10,14 @@
 
 namespace qcore::text {
 
+// A record's signature, of its high byte alone in byte and long form, and its length without the padding byte.
+struct CompositeRecord {
+  std::uint16_t signature;
+  std::uint32_t length;
+};
+// The record at the front of `rest`; nothing for one that leads out of it or that is above the format's bound.
+std::optional<CompositeRecord> RecordAt(Text rest);
+
 // Text runs are joined. The separator stands for each paragraph record, each NUL in a run (a line break inside its
 // paragraph), and in front of a table cell or behind a table where a line has been begun. Lines of more than
 // `line_width` characters are folded with the separator, at a space where there is one; 0 folds nothing. Other records

@@ -20,7 +20,8 @@ struct StreamRow {
 std::vector<StreamRow> StreamRows() {
   const std::string bold = Record(SIG_CD_TEXT_STYLE_EXT, Bytes({1, 0x80, 0, 10}));
   const std::string applet = Record(SIG_CD_HOTSPOTBEGIN, Bytes({15, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0}));
-  const std::string field = Record(SIG_CD_FIELD, std::string(32, '\2'));
+  const std::string field = Record(SIG_CD_FIELD, Bytes({2, 0, 0, 5}) + std::string(28, '\2'));
+  const std::string stranger = Record(SIG_CD_FIELD, std::string(32, '\2'));
   const std::string extension = Record(SIG_CD_FIELD_EXTENSION, "xy");
   return {
       {"nothing", "", {}},
@@ -45,7 +46,8 @@ std::vector<StreamRow> StreamRows() {
        Hotspot(3) + Hotspot(3) + Record(SIG_CD_BUTTON, "b") + HotspotEnd(),
        {VQRTTYPE_BUTTON, VQRTTYPE_BUTTON_PART, VQRTTYPE_BUTTON_PART, VQRTTYPE_HOTSPOT_END}},
       {"a button part alone", Record(SIG_CD_BUTTON, "b"), {VQRTTYPE_COMPOSITE_DATA}},
-      {"a field with its extension", extension + field, {VQRTTYPE_FORM_FIELD, VQRTTYPE_FIELD_EXTENSION}},
+      {"a field with its extension", extension + field, {VQRTTYPE_TEXT_FIELD, VQRTTYPE_FIELD_EXTENSION}},
+      {"a field of no known type", extension + stranger, {VQRTTYPE_COMPOSITE_DATA, VQRTTYPE_COMPOSITE_DATA}},
       {"an extension without a field",
        extension + Text("a") + extension,
        {VQRTTYPE_COMPOSITE_DATA, VQRTTYPE_STYLIZED_TEXT, VQRTTYPE_COMPOSITE_DATA}},

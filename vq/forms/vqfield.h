@@ -13,6 +13,10 @@
 #ifndef QUILLON_VQ_FORMS_VQFIELD_H
 #define QUILLON_VQ_FORMS_VQFIELD_H
 
+#include <memory>
+#include <string>
+#include <string_view>
+
 #include "engine/records.h"
 #include "vq/forms/vqsharfl.h"
 #include "vq/richtext/vqrtbase.h"
@@ -26,6 +30,7 @@ class VQNumberFormat;
 class VQText;
 
 namespace vq {
+class RecordBytes;
 struct FieldExtensionView;
 struct FieldView;
 }  // namespace vq
@@ -152,9 +157,12 @@ class VQ_API VQFormField : public VQRTElement {
   using VQRTObject::ValidateRTType;
   void ValidateRTType(const VQRTObjectBody* body) const override;
 
-  // The record that properties are read from.
-  [[nodiscard]] VQSTATUS Resolve(VQFormFieldBody** body) const;
-  // Families of properties. `types` is the kind of field that has the property: VQERR_INAPPROPRIATE for others.
+  using View = vq::FieldExtensionView;
+
+  // The body whose record properties are read from; it must be of the type that has the property, else
+  // VQERR_INAPPROPRIATE.
+  [[nodiscard]] VQSTATUS Resolve(VQFormFieldBody** body, VQRTTYPE type) const;
+  // Families of properties.
   template <typename Value, typename Read>
   Value Get(VQRTTYPE type, Read read) const;
   template <typename Edit>
@@ -165,6 +173,8 @@ class VQ_API VQFormField : public VQRTElement {
   VQSTATUS SetExtended(VQRTTYPE type, Edit edit);
   VQSTATUS GetFormula(unsigned part, VQFormula* formula) const;
   VQSTATUS SetFormula(unsigned part, const VQFormula& formula);
+  // `none` is the status where there is no formula.
+  VQSTATUS GetExtensionFormula(VQRTTYPE type, unsigned part, VQSTATUS none, VQFormula* formula) const;
   int GetExtendedBit(VQRTTYPE type, unsigned long mask) const;
   VQSTATUS SetExtendedBit(VQRTTYPE type, unsigned long mask, int flag);
 
@@ -280,28 +290,36 @@ class VQ_API VQFormFieldBody : public VQRTElementBody {
   VQSTATUS Close() override;
   VQCLASSID GetClassID() const override;
   VQSTATUS ConvertFonts(VQItem* table) override;
+  VQSTATUS Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) override;
   VQRTObjectBody* MakeSame() const override;
   // As VQFormField::Validate.
   virtual VQSTATUS Validate();
 
-  // A new record.
-  [[nodiscard]] VQSTATUS Create(const VQString& name);
-  // Run with a view of the record that is good for the call.
+  // A new record, by the name alone.
+  [[nodiscard]] VQSTATUS Create(std::string_view name);
+  // Run with a view of the record that is good for the call: vq/forms/fieldedit.h.
   template <typename Read>
   [[nodiscard]] VQSTATUS WithField(Read read) const;
+  // The view is empty where there is no extension.
   template <typename Read>
   [[nodiscard]] VQSTATUS WithExtension(Read read) const;
-  // `edit` changes the view, and the record is put together from it.
+  // `edit` changes the view and gives a status; on success the record is put together from the view.
   template <typename Edit>
   [[nodiscard]] VQSTATUS EditField(Edit edit);
   // The extension is made when there is none.
   template <typename Edit>
   [[nodiscard]] VQSTATUS EditExtension(Edit edit);
   [[nodiscard]] VQSTATUS ReadName(std::string* name) const;
+  [[nodiscard]] VQSTATUS ReadDataType(unsigned short* type) const;
   [[nodiscard]] VQSTATUS GetFont(VQFontStyle* style) const;
   [[nodiscard]] VQSTATUS SetFont(const VQFontStyle& style);
-  [[nodiscard]] VQSTATUS SetName(const VQString& name);
+  [[nodiscard]] VQSTATUS SetName(std::string_view name);
+  // Of a shared field: the definition's name, and with it the one by which this field knows it.
+  // VQERR_SHARED_FIELD_EXISTS.
+  [[nodiscard]] VQSTATUS Rename(std::string_view name);
   [[nodiscard]] VQSTATUS GetChoicesOption(VQCHOICESOPTION* option) const;
+  // Makes it the option, and drops what belongs to the others.
+  [[nodiscard]] VQSTATUS SelectChoices(VQCHOICESOPTION option);
   bool IsShared() const;
   [[nodiscard]] VQSTATUS Share();
   [[nodiscard]] VQSTATUS Unshare();
@@ -310,19 +328,30 @@ class VQ_API VQFormFieldBody : public VQRTElementBody {
   [[nodiscard]] VQSTATUS Resolve(VQFormFieldBody** body);
   // For a form's Save: validates, and stores a definition that was changed.
   [[nodiscard]] VQSTATUS PrepareSave();
-  // The record of the design, and its extension, from another field.
+  // The records of another field, as one that is not shared.
   [[nodiscard]] VQSTATUS TakeDesign(const VQFormFieldBody& source);
   // Null when there is none.
   VQRTObjectBody* FindExtension() const;
 
  private:
-  [[nodiscard]] VQSTATUS WriteField(const vq::FieldView& field);
-  [[nodiscard]] VQSTATUS WriteExtension(const vq::FieldExtensionView& extension);
-  [[nodiscard]] VQSTATUS CheckNewName(const VQString& name) const;
+  [[nodiscard]] VQSTATUS ReadOwnRecord(const vq::RecordBytes& bytes, vq::FieldView* field) const;
+  // An empty one where there is none; VQERR_EDITED_BY_OLDER.
+  [[nodiscard]] VQSTATUS ReadOwnExtension(const vq::RecordBytes* bytes, std::uint32_t field_length,
+                                          vq::FieldExtensionView* extension) const;
+  // The edited record, and the extension that goes with it, empty where there is none or where it is another program's
+  // already.
+  [[nodiscard]] VQSTATUS BuildRecords(const vq::FieldView& field, const vq::FieldView& edited, std::string* record,
+                                      std::string* extension) const;
+  [[nodiscard]] VQSTATUS StoreRecords(const std::string& record, const std::string& extension);
+  [[nodiscard]] VQSTATUS StoreExtension(const std::string& record);
+  // Keeps the record to its name, and drops the extension.
+  [[nodiscard]] VQSTATUS CutToName();
+  [[nodiscard]] VQSTATUS CheckNewName(std::string_view name) const;
   [[nodiscard]] VQSTATUS OpenDefinition();
   VQDatabaseBody* GetDatabaseBody() const;
 
   VQSharedField SharedField;
+  std::unique_ptr<VQFontStyle> FontStyle;  // with the face of a table, on the way from one rich text into another
 };
 
 #endif

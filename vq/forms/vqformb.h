@@ -170,7 +170,7 @@ class VQ_API VQForm : public VQSlate {
   VQSTATUS SetContextPaneOption(VQCONTEXTPANEOPTION option);
   VQINHERITDOCOPTION GetInheritDocumentOption() const;
   VQSTATUS SetInheritDocumentOption(VQINHERITDOCOPTION option);
-  // At most 231 bytes, else VQERR_STRING_TOO_LONG.
+  // At most 230 bytes, else VQERR_STRING_TOO_LONG.
   VQString GetInheritDocumentFieldName() const;
   VQSTATUS SetInheritDocumentFieldName(const VQString& name);
   // Of the slate; takes effect with Save.
@@ -256,8 +256,14 @@ class VQ_API VQForm : public VQSlate {
   using InfoWord = std::uint16_t FormInfoRecord::*;
   int GetInfoBit(InfoWord word, unsigned mask) const;
   VQSTATUS SetInfoBits(InfoWord word, unsigned clear, unsigned set);
-  VQSTATUS SetLaunchWord(std::uint32_t FormAutoLaunchRecord::*word, unsigned long clear, unsigned long set);
+  VQSTATUS SetInfoBit(InfoWord word, unsigned mask, int flag);
+  using LaunchWord = std::uint32_t FormAutoLaunchRecord::*;
+  VQSTATUS SetLaunchWord(LaunchWord word, unsigned long clear, unsigned long set);
+  // Of a form that is open, the status.
+  VQSTATUS Refuse(VQSTATUS status);
+  int GetLetter(char letter) const;
   VQSTATUS SetLetter(char letter, int flag);
+  VQSTATUS SetText(VQString VQFormBody::*text, int VQFormBody::*mark, const VQString& value, unsigned long longest);
   VQSTATUS GetFormula(const VQFormula VQFormBody::*formula, VQFormula* copy) const;
   VQSTATUS SetFormula(VQFormula VQFormBody::*formula, int VQFormBody::*mark, const VQFormula& value);
   VQSTATUS GetTexts(const VQText VQFormBody::*texts, VQText* copy) const;
@@ -287,12 +293,12 @@ class VQ_API VQFormBody : public VQSlateBody {
   [[nodiscard]] VQSTATUS OpenNew();
   // The name of a form that is made: before the design is read.
   void TakeName(const VQString& name) { Name = name; }
-  // VQ_OK or what SetName gives.
-  [[nodiscard]] VQSTATUS CheckName(const VQString& name, std::string* first, std::string* rest);
+  // VQ_OK or what SetName gives; the name's parts, with the present alias behind a name that has none.
+  [[nodiscard]] VQSTATUS CheckName(const VQString& name, std::vector<std::string>* parts);
   [[nodiscard]] VQSTATUS SetName(const VQString& name);
   [[nodiscard]] VQSTATUS SetAlias(const VQString& alias);
   [[nodiscard]] VQSTATUS SetIsDefaultForm(int flag);
-  [[nodiscard]] VQSTATUS GetTreatContentsAsHTML(int* flag) const;
+  int GetTreatContentsAsHTML() const;
   [[nodiscard]] VQSTATUS SetTreatContentsAsHTML(int flag);
   [[nodiscard]] VQSTATUS GetBackgroundGraphic(VQGraphic* graphic);
   [[nodiscard]] VQSTATUS SetBackgroundGraphic(const VQGraphic& graphic);
@@ -301,6 +307,8 @@ class VQ_API VQFormBody : public VQSlateBody {
   // Makes the list of fields when it is needed and not made, or when the rich text was changed since.
   [[nodiscard]] VQSTATUS BuildFieldList();
   VQObjectList& GetFieldList() { return FieldList; }
+  // Another number with each list.
+  unsigned long GetListGeneration() const { return ListGeneration; }
   // VQWARN_NOT_FOUND.
   [[nodiscard]] VQSTATUS FindField(const VQString& name, VQFormFieldBody** field);
   // The names in $SubForms. A name that is there already, or one that is not there (VQERR_NOT_FOUND), changes nothing.
@@ -311,46 +319,72 @@ class VQ_API VQFormBody : public VQSlateBody {
  private:
   friend class VQForm;
 
+  static constexpr std::uint8_t kInfoSignature = 0x86;
+  static constexpr unsigned short kSignedSummary = VQITEMFLAGS_SIGN | VQITEMFLAGS_SUMMARY;
+
+  // Records of an item ahead of the one that counts, and behind it.
+  struct Surroundings {
+    std::string Ahead;
+    std::string Behind;
+  };
+
+  // Takes its elements away without touching the fields.
+  class FieldElements : public VQObjectList {
+   public:
+    // From the last to the first.
+    void RemoveAll() {
+      while (Last != nullptr) DeleteElement(Last);
+    }
+  };
+
   [[nodiscard]] VQSTATUS CheckParts(const std::vector<std::string>& parts);
   void Reset();
+  void ResetAutoLaunch();
   void ReleaseDesign();
   void ReleaseFieldList();
-  // Reading, in vformload.cpp.
+  // Reading, in formload.cpp.
   [[nodiscard]] VQSTATUS Load();
   [[nodiscard]] VQSTATUS LoadNew();
-  void LoadTitle();
   [[nodiscard]] VQSTATUS LoadFormula(std::string_view item, VQFormula* formula);
+  // The first record of a composite item that has no class, as bytes; VQWARN_NOT_FOUND for no item.
+  [[nodiscard]] VQSTATUS ReadRecordOf(std::string_view item, std::string* record, Surroundings* around) const;
   [[nodiscard]] VQSTATUS LoadInfo();
   [[nodiscard]] VQSTATUS LoadAutoLaunch();
-  [[nodiscard]] VQSTATUS LoadTexts(std::string_view item, VQText* texts, bool* present);
+  [[nodiscard]] VQSTATUS LoadTexts(std::string_view item, VQText* texts, int* absent);
   [[nodiscard]] VQSTATUS LoadRest();
   [[nodiscard]] VQSTATUS ReadItem(std::string_view item, unsigned short* type, std::string* value) const;
   bool HasItem(std::string_view item) const { return PlaceOf(item, nullptr) == VQ_OK; }
-  // Writing, in vformsave.cpp.
+  // Writing, in formsave.cpp.
   [[nodiscard]] VQSTATUS SaveDesign();
+  [[nodiscard]] VQSTATUS SaveChanges();
   [[nodiscard]] VQSTATUS SaveValue(std::string_view item, unsigned short type, std::string_view value,
                                    unsigned short flags);
   [[nodiscard]] VQSTATUS SaveText(std::string_view item, std::string_view text, unsigned short flags);
   [[nodiscard]] VQSTATUS Remove(std::string_view item);
-  [[nodiscard]] VQSTATUS SaveMark(std::string_view item, bool on, unsigned short flags);
+  // An item "1" that says yes by being there. Each of these clears its mark when it has come through.
+  [[nodiscard]] VQSTATUS SaveMark(std::string_view item, int on, unsigned short flags, int* mark);
   [[nodiscard]] VQSTATUS SaveTitle();
   [[nodiscard]] VQSTATUS SaveFormula(std::string_view item, const VQFormula& formula, int* mark);
+  [[nodiscard]] VQSTATUS SaveFormulas();
   [[nodiscard]] VQSTATUS SaveAutoLaunch();
   void ReconcileAutoLaunch();
   void ReconcileOLE();
-  [[nodiscard]] VQSTATUS SaveTexts(std::string_view item, const VQText& texts, bool keep);
+  [[nodiscard]] VQSTATUS SaveTemplate();
+  [[nodiscard]] VQSTATUS SaveTexts(std::string_view item, const VQText& texts, int everybody, int* mark);
+  [[nodiscard]] VQSTATUS SaveEncryptionKeys();
   [[nodiscard]] VQSTATUS SaveInfo();
+  [[nodiscard]] VQSTATUS SaveRecord(std::string_view item, const std::string& record, const Surroundings& around);
+  // The list of fields, in formfields.cpp.
   [[nodiscard]] VQSTATUS SaveFields();
-  [[nodiscard]] VQSTATUS SavePlaceholder(std::string_view name, unsigned short type);
-  [[nodiscard]] VQSTATUS SaveMarked();
+  [[nodiscard]] VQSTATUS SavePlaceholder(const std::string& name, unsigned short type);
   [[nodiscard]] VQSTATUS RemovePlaceholders();
-  bool IsPlaceholder(std::string_view name) const;
-  // Fields of one rich text, and of the subforms in it.
-  [[nodiscard]] VQSTATUS GatherFields(VQRichTextBody* text);
-  [[nodiscard]] VQSTATUS GatherSubforms(VQRichTextBody* text, unsigned depth);
+  [[nodiscard]] VQSTATUS AddFields(VQRichTextBody* text);
+  [[nodiscard]] VQSTATUS AddSubformFields(VQRichTextBody* text, unsigned depth);
 
-  VQObjectList FieldList;
+  FieldElements FieldList;
   int FieldListBuilt;
+  const VQRichTextBody* ListText;  // that the list was made from, and what it was then
+  std::uint32_t ListStructure;
   VQString Alias;
   VQString Name;
   VQFormula HTMLAttributesFormula;
@@ -394,7 +428,10 @@ class VQ_API VQFormBody : public VQSlateBody {
   std::string UnusedObjectName;
   std::string InfoTail;
   std::string AutoLaunchTail;
+  Surroundings InfoAround;
+  Surroundings AutoLaunchAround;
   std::vector<VQSubform> Subforms;  // whose fields are in the list
+  unsigned long ListGeneration;
 };
 
 inline VQFormBody* VQForm::GetFormSlateBody() const { return static_cast<VQFormBody*>(Body); }

@@ -15,6 +15,7 @@ class VQ_API VQFormFieldArrayBody : public VQBody {
   [[nodiscard]] VQSTATUS Find(unsigned long index, VQFormFieldBody** field) const;
 
  private:
+  [[nodiscard]] VQSTATUS Refresh() const;
   // The next field of the type in the list; null behind the last.
   VQFormFieldBody* Next(VQFormFieldBody* field) const;
 
@@ -24,7 +25,7 @@ class VQ_API VQFormFieldArrayBody : public VQBody {
   // Where the last search ended, so that a walk by index is one walk of the list.
   mutable VQFormFieldBody* LastField;
   mutable unsigned long LastIndex;
-  mutable unsigned long LastBuilt;
+  mutable unsigned long LastGeneration;  // of the list
 };
 
 // A null array has no entries.

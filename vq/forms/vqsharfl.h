@@ -39,10 +39,14 @@ class VQ_API VQSharedFieldBody : public VQSlateBody {
  public:
   VQSharedFieldBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle);
   VQCLASSID GetClassID() const override;
+  VQSTATUS Save(unsigned short flags) override;
 
   // VQWARN_NOT_FOUND.
   [[nodiscard]] VQSTATUS FindField(VQFormFieldBody** field);
   [[nodiscard]] VQSTATUS SetField(const VQFormField& field);
+
+ private:
+  [[nodiscard]] VQSTATUS SaveTitle(const std::string& name);
 };
 
 class VQ_API VQSharedFieldArray : public VQSlateArray {

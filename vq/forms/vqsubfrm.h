@@ -43,7 +43,6 @@ class VQ_API VQSubformBody : public VQSlateBody {
   VQSTATUS Save(unsigned short flags) override;
 
   [[nodiscard]] VQSTATUS SetName(const VQString& name);
-  [[nodiscard]] VQSTATUS GetSubformBody(VQRichText* body);
 };
 
 class VQ_API VQSubformArray : public VQSlateArray {
@@ -78,6 +77,8 @@ namespace vq {
 
 // The name in the begin record of a subform; VQERR_RT_INVALID for one that is cut off.
 [[nodiscard]] VQSTATUS ReadSubformName(const VQRTObjectBody& element, std::string* name);
+// As VQRTSubform::GetSubform.
+[[nodiscard]] VQSTATUS FindSubform(const VQRTObjectBody& element, VQSubform* subform);
 
 }  // namespace vq
 

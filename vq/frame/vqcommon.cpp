@@ -20,9 +20,9 @@ const VQQuillonSession* VQQuillonClass::GetSession() const { return Session; }
 
 int VQQuillonClass::IsBody() const { return 0; }
 
-VQBody::VQBody() : RefCount(0) {}
+VQBody::VQBody() : RefCount(0), OwnReferences(0) {}
 
-VQBody::VQBody(const VQQuillonSession* session) : VQQuillonClass(session), RefCount(0) {}
+VQBody::VQBody(const VQQuillonSession* session) : VQQuillonClass(session), RefCount(0), OwnReferences(0) {}
 
 VQBody::~VQBody() = default;
 
@@ -30,6 +30,11 @@ int VQBody::IsBody() const { return 1; }
 
 int VQBody::ReleaseLast() {
   if (RefCount <= 0) vq::AssertionFailed("RefCount > 0", "VQCOMMON", 349);
+  if (OwnReferences != 0) ReleaseOwnParts();
+  if (RefCount > 1) {
+    --RefCount;
+    return 0;
+  }
   RefCount = 0;
   delete this;
   return 1;

@@ -85,11 +85,13 @@ class VQ_API VQBody : public VQQuillonClass {
   // tells whether it did.
   void AddReference() { ++RefCount; }
   int Release() {
-    if (RefCount <= 1) return ReleaseLast();
+    if (RefCount <= 1 + OwnReferences) return ReleaseLast();
     --RefCount;
     return 0;
   }
   std::int32_t GetRefCount() const { return RefCount; }
+  // Without those of the body's own parts.
+  std::int32_t GetOutsideRefCount() const { return RefCount - OwnReferences; }
   // Close of a body that handles may still hold: afterwards it is destroyed unless they do; 1 if destroyed. What the
   // Close gives or throws is lost, so that a walk over many bodies reaches them all.
   int ForceClose();
@@ -98,13 +100,18 @@ class VQ_API VQBody : public VQQuillonClass {
   VQBody();
   explicit VQBody(const VQQuillonSession* session);
   // The handles of one body are not those of its copy.
-  VQBody(const VQBody& other) : VQQuillonClass(other), RefCount(0) {}
+  VQBody(const VQBody& other) : VQQuillonClass(other), RefCount(0), OwnReferences(0) {}
   VQBody& operator=(const VQBody& other) {
     VQQuillonClass::operator=(other);
     return *this;
   }
 
+  // Called when the last reference from outside is about to go: what counts this body and is kept by it may be let go
+  // of, so that they do not keep each other.
+  virtual void ReleaseOwnParts() {}
+
   std::int32_t RefCount;
+  std::int32_t OwnReferences;  // those among RefCount that parts of this body hold
 
  private:
   int ReleaseLast();

@@ -54,6 +54,7 @@ VQSTATUS VQRTBaseContainerBody::Link(VQRTObjectBody* child, VQRTObjectBody* prev
   LinkPointers(child, previous, next);
   MarkDirty();
   OutdateAround(*child, *top);
+  if (top->RichText) top->RichText->NoteStructure();
   if (vq::PABIndex* index = top->RichText ? top->RichText->FindPABIndex() : nullptr) index->Take(*child);
   VQRTBaseContainerBody* container = child->AsBase();
   if (!container) return VQ_OK;
@@ -133,6 +134,7 @@ void VQRTBaseContainerBody::ForgetParagraphs(VQRTObjectBody* leaving) const {
 
 void VQRTBaseContainerBody::Unlink(VQRTObjectBody* child) {
   MarkDirty();
+  if (VQRichTextBody* owner = GetRichTextBody()) owner->NoteStructure();
   ForgetParagraphs(child);
   if (child == FirstChild) VQ_ASSERT_TEXT(!child->Previous, "PreviousSibling.IsNull()", "VQRTOBJB");
   (child->Previous ? child->Previous->Next : FirstChild) = child->Next;

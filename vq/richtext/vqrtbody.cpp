@@ -114,6 +114,7 @@ vq::PABIndex& VQRichTextBody::GetPABIndex() {
 
 void VQRichTextBody::DropTree() {
   InitState = kNotParsed;
+  NoteStructure();
   Paragraphs.reset();
   if (Top) {
     VQRTContainerBody* top = Top;

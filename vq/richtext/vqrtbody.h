@@ -66,6 +66,9 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   int IsInitialized() const { return InitState == kParsed; }
   // Parses if that has not been done. A failure leaves the body unparsed and the items alone.
   [[nodiscard]] VQSTATUS Initialize();
+  // Another number whenever objects have come into the tree or have left it.
+  std::uint32_t GetStructure() const { return Structure; }
+  void NoteStructure() { ++Structure; }
   // The top of the tree; null until parsed.
   VQRTContainerBody* GetTop() const { return Top; }
   // Of the parsed tree; made when first asked for.
@@ -115,6 +118,7 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
 
   VQRTContainerBody* Top;  // counted
   InitStates InitState;
+  std::uint32_t Structure = 0;
   std::vector<Loaded> Blocks;  // of the parsed tree, one for each item, in order
   std::unique_ptr<vq::PABIndex> Paragraphs;
   VQItem OwnFonts;                          // font table of a rich text that stands alone, null until it has one

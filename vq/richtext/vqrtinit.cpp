@@ -5,6 +5,7 @@
 
 #include "engine/records.h"
 #include "vq/frame/session.h"
+#include "vq/richtext/rtmakers.h"
 #include "vq/richtext/vqpabdef.h"
 #include "vq/richtext/vqstyltx.h"
 
@@ -298,8 +299,38 @@ VQSTATUS VQRichTextParser::AddFieldExtension(const Record& record) {
   return VQ_OK;
 }
 
+VQRTTYPE VQRichTextParser::FieldType(const unsigned char* bytes, std::uint32_t size) {
+  constexpr std::uint32_t kFlags = 4;
+  constexpr std::uint32_t kDataType = 6;
+  if (size < kDataType + 2) return VQRTTYPE_NONE;
+  const std::uint16_t flags = vq::LoadWord(bytes + kFlags);
+  switch (vq::LoadWord(bytes + kDataType)) {
+    case TYPE_COMPOSITE:
+      return VQRTTYPE_RICH_TEXT_FIELD;
+    case TYPE_NUMBER:
+    case TYPE_NUMBER_RANGE:
+      return VQRTTYPE_NUMBER_FIELD;
+    case TYPE_TIME:
+    case TYPE_TIME_RANGE:
+      return VQRTTYPE_DATETIME_FIELD;
+    case TYPE_TEXT:
+    case TYPE_TEXT_LIST:
+      if ((flags & FIELD_READERS) != 0) return VQRTTYPE_READERS_FIELD;
+      if ((flags & FIELD_AUTHORS) != 0) return VQRTTYPE_AUTHORS_FIELD;
+      if ((flags & FIELD_NAMES) != 0) return VQRTTYPE_NAMES_FIELD;
+      return (flags & FIELD_KEYWORDS) != 0 ? VQRTTYPE_KEYWORDS_FIELD : VQRTTYPE_TEXT_FIELD;
+    default:
+      return VQRTTYPE_NONE;
+  }
+}
+
 VQSTATUS VQRichTextParser::AddField(const Record& record) {
-  auto* field = new VQRTElementBody(VQRTTYPE_FORM_FIELD, record.Source, record.Offset, record.Size);
+  const VQRTTYPE type = FieldType(record.Bytes, record.Size);
+  if (type == VQRTTYPE_NONE) {
+    FlushPending();
+    return AddOpaque(record);
+  }
+  VQRTElementBody* field = vq::MakeRTElement(type, record.Source, record.Offset, record.Size);
   Add(field);
   TakePending(field);
   return VQ_OK;

@@ -23,6 +23,10 @@ class VQRichTextParser {
   // What a record becomes that has no class of its own yet, if that is part of a structure; else
   // VQRTTYPE_COMPOSITE_DATA.
   static VQRTTYPE StructureType(const unsigned char* bytes, std::uint32_t size);
+  // Whether records of the signature become something else than VQRTTYPE_COMPOSITE_DATA where they stand right.
+  static bool HasClass(std::uint16_t signature) { return FindRule(signature) != nullptr; }
+  // By data type and flags; VQRTTYPE_NONE for a record that is no field of a known kind.
+  static VQRTTYPE FieldType(const unsigned char* bytes, std::uint32_t size);
 
  private:
   struct Record {

@@ -317,6 +317,8 @@ class VQ_API VQDatabase : public VQSmartPtr {
   VQString CurrentUser() const;
   VQSTATUS ListClass(unsigned short classes, VQSlateArray* slates) const;
   int DesignExists(unsigned long type, const VQString& name) const;
+  // By class and design kind.
+  VQSTATUS ListDesigns(unsigned long type, VQSlateArray* slates) const;
   // Bits of VQVFTYPE values.
   VQSTATUS ListViews(unsigned types, VQViewFolderArray* views) const;
   VQSTATUS MakeFolder(const VQString& name, unsigned sharing, const VQViewFolder* template_, std::uint32_t* id);

@@ -133,6 +133,8 @@ class VQ_API VQItemBody : public VQBody {
   VQSTATUS Rebind(const vq::ItemPlace& place);
   // The slate no longer has the item.
   virtual void MarkDeleted();
+  // Whether one of the references is the slate's own.
+  void SetKept(bool kept) { OwnReferences = kept ? 1 : 0; }
   // VQERR_ITEM_UNINITIALIZED unless there is a value: for an item in a slate, one whose slate is open.
   [[nodiscard]] VQSTATUS CheckValue() const;
 
@@ -163,6 +165,7 @@ class VQ_API VQItemBody : public VQBody {
   VQSTATUS ReallocateValue(unsigned long size);
 
  private:
+  void ReleaseOwnParts() override;
   void BindSlate(VQSlateBody* slate);
   void DetachFromSlate();
   void QueryItem() const;

@@ -91,6 +91,11 @@ void VQItemBody::BindSlate(VQSlateBody* slate) {
   Session = slate->GetSession();
 }
 
+// A slate that nobody has a handle on goes with the last handle on the item that it keeps.
+void VQItemBody::ReleaseOwnParts() {
+  if (Slate->GetOutsideRefCount() == 0) Slate->KeepItem(nullptr);
+}
+
 // The slate may be destroyed by this, so that it comes last of all.
 void VQItemBody::DetachFromSlate() {
   if (Slate == nullptr) return;

@@ -96,7 +96,7 @@ void VQSlate::BodyOpened() {
 
 // A table counts the bodies that were opened through it; the last handle to go must not leave one open there.
 void VQSlate::LeaveBody() {
-  if (IDTable != nullptr && Body != nullptr && Body->GetRefCount() == 2) IDTable->RemoveBody(GetSlateBody());
+  if (IDTable != nullptr && Body != nullptr && Body->GetOutsideRefCount() == 2) IDTable->RemoveBody(GetSlateBody());
   VQSmartPtr::DeleteBody();
 }
 

@@ -324,6 +324,10 @@ class VQ_API VQSlateBody : public VQBody {
   const ORIGINATORID& GetOriginator() const { return Originator; }
   void SetBinding(std::uint32_t id, const ORIGINATORID& originator, const TIMEDATE& modified);
   void SetDirty() { Dirty = 1; }
+  // An item of this slate that stays built for as long as the slate is open or somebody has a handle on either; null
+  // lets go of it.
+  void KeepItem(VQItemBody* item);
+  VQItemBody* GetKeptItem() const { return KeptItem; }
   // The $Fonts item, saved after all others.
   void SetFontTable(VQItemBody* table) { FontTable = table; }
   VQItemBody* GetFontTable() const { return FontTable; }
@@ -342,6 +346,7 @@ class VQ_API VQSlateBody : public VQBody {
     VQElement* GetFirstElement() const { return First; }
   };
 
+  void ReleaseOwnParts() override;
   void TakeHandle(ENGHANDLE handle);
   void LeaveLists();
   void LeaveTable();
@@ -372,6 +377,7 @@ class VQ_API VQSlateBody : public VQBody {
   int Dirty;  // a change went through this body
   int Detached;
   VQItemBody* FontTable;
+  VQItemBody* KeptItem;  // counted, and counting this body
   ItemList Items;
   TIMEDATE Modified;
   ENGHANDLE SlateHandle;

@@ -1,5 +1,6 @@
 // VQSlateBody: lifetime, header and saving of an open slate.
 #include <algorithm>
+#include <utility>
 
 #include "engine/slate.h"
 #include "engine/status.h"
@@ -16,6 +17,7 @@ VQSlateBody::VQSlateBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE
       Dirty(0),
       Detached(0),
       FontTable(nullptr),
+      KeptItem(nullptr),
       Modified{},
       SlateHandle(0),
       SlateID(0),
@@ -42,6 +44,23 @@ VQSlateBody::~VQSlateBody() {
 }
 
 VQCLASSID VQSlateBody::GetClassID() const { return VQCLASSID_VQSLATEBODY; }
+
+void VQSlateBody::KeepItem(VQItemBody* item) {
+  if (item == KeptItem) return;
+  VQItemBody* old = std::exchange(KeptItem, item);
+  OwnReferences = item != nullptr ? 1 : 0;
+  if (item != nullptr) {
+    item->AddReference();
+    item->SetKept(true);
+  }
+  if (old == nullptr) return;
+  old->SetKept(false);
+  old->Release();
+}
+
+void VQSlateBody::ReleaseOwnParts() {
+  if (KeptItem->GetOutsideRefCount() == 0) KeepItem(nullptr);
+}
 
 // A body that is open stands in its database's list, so that closing the database reaches it.
 // Without the memory for that the handle stays the caller's.
@@ -76,6 +95,7 @@ VQSTATUS VQSlateBody::Close() {
   if (SlateHandle == 0) return VQWARN_NOT_OPEN;
   const ENGHANDLE handle = SlateHandle;
   SlateHandle = 0;
+  KeepItem(nullptr);
   Items.DeleteAllObjects();
   ObjectLists.DeleteAllObjects();
   AttachmentCount = OLEObjectCount = 0;

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "engine/records.h"
+#include "vq/automation/formulacode.h"
 #include "vq/frame/vqcommon.h"
 
 class VQFormula;
@@ -58,13 +59,11 @@ struct SortColumn {
 [[nodiscard]] VQSTATUS WriteCollation(const VQVFColumnBodyArray& columns, std::span<const SortColumn> sort,
                                       unsigned char flags, std::string* value);
 
-bool HasCode(const VQFormula& formula);
-std::string_view CodeOf(const VQFormula& formula);
-[[nodiscard]] VQSTATUS CompileFormula(const VQString& text, VQFormula* formula);
-// As it stands, unchecked.
-[[nodiscard]] VQSTATUS TakeCode(std::string_view code, VQFormula* formula);
-// A formula of its own with the source's text and code; an empty one for an empty source.
-[[nodiscard]] VQSTATUS CopyFormula(const VQFormula& source, VQFormula* copy);
+using vq::CodeOf;
+using vq::CompileFormula;
+using vq::CopyFormula;
+using vq::HasCode;
+using vq::TakeCode;
 // From code that anyone may have written; the text is that of the selection alone where `selection` is set. No bytes
 // give an empty formula.
 [[nodiscard]] VQSTATUS LoadFormula(std::string_view code, bool selection, VQFormula* formula);

@@ -45,39 +45,6 @@ VQSTATUS TextOf(std::string_view code, bool selection, std::string* text) {
 
 }  // namespace
 
-bool HasCode(const VQFormula& formula) {
-  return !formula.IsNull() && formula.GetFormulaBody()->GetCode() != nullptr &&
-         formula.GetFormulaBody()->GetCodeLength() != 0;
-}
-
-std::string_view CodeOf(const VQFormula& formula) {
-  if (!HasCode(formula)) return {};
-  return {formula.GetFormulaBody()->GetCode(), formula.GetFormulaBody()->GetCodeLength()};
-}
-
-VQSTATUS CompileFormula(const VQString& text, VQFormula* formula) {
-  const VQFormula made(new VQFormulaBody);
-  if (VQSTATUS status = made.GetFormulaBody()->Compile(text, nullptr, nullptr)) return status;
-  *formula = made;
-  return VQ_OK;
-}
-
-VQSTATUS TakeCode(std::string_view code, VQFormula* formula) {
-  const VQFormula made(new VQFormulaBody);
-  if (VQSTATUS status = made.GetFormulaBody()->TakeCode(code.data(), code.size(), 0)) return status;
-  *formula = made;
-  return VQ_OK;
-}
-
-VQSTATUS CopyFormula(const VQFormula& source, VQFormula* copy) {
-  if (!HasCode(source)) {
-    *copy = VQFormula();
-    return VQ_OK;
-  }
-  const VQString text = source.GetFormulaBody()->GetText();
-  return text.IsNull() ? TakeCode(CodeOf(source), copy) : CompileFormula(text, copy);
-}
-
 VQSTATUS LoadFormula(std::string_view code, bool selection, VQFormula* formula) {
   *formula = VQFormula();
   if (code.empty()) return VQ_OK;

@@ -1,0 +1,253 @@
+#include "qcore/forms/design.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "qcore/records/layouts.h"
+#include "qcore/slates/search.h"
+#include "qcore/slates/slate.h"
+#include "qcore/text/composite.h"
+#include "qcore/text/textlist.h"
+
+namespace qcore::forms {
+
+namespace {
+
+constexpr std::uint16_t kFormClass = 0x0004;
+constexpr std::uint16_t kFieldClass = 0x0400;
+constexpr std::uint16_t kDefaultForm = 0x8004;
+constexpr std::string_view kSubformLetter = "U";
+constexpr std::string_view kOtherKinds = "UW#i@y";  // letters of elements of the class that are no forms
+constexpr std::uint16_t kComposite = 0x0001;
+constexpr std::uint16_t kText = 0x0500;
+constexpr std::size_t kTypeWord = 2;
+
+constexpr std::uint16_t kSigField = 0xFF8A;
+constexpr std::uint16_t kSigFieldOld = 0xFF84;
+constexpr std::uint16_t kSigExtension = 0xFFB0;
+constexpr std::uint16_t kSigHotspot = 0xFFA9;
+constexpr std::uint16_t kSigHotspotV4 = 0xFFAD;
+constexpr std::uint16_t kHotspotSubform = 14;
+
+constexpr unsigned kDeepestSubform = 8;
+constexpr std::size_t kMostFields = 20000;
+
+// An open stored slate, for as long as this lives.
+class OpenedSlate {
+ public:
+  OpenedSlate() = default;
+  ~OpenedSlate() {
+    if (handle_ != 0) static_cast<void>(Slate::Close(handle_));
+  }
+  OpenedSlate(const OpenedSlate&) = delete;
+  OpenedSlate& operator=(const OpenedSlate&) = delete;
+  [[nodiscard]] ENGSTATUS Open(const std::shared_ptr<Database>& database, std::uint32_t id) {
+    return Slate::Open(database, id, &handle_);
+  }
+  Slate& slate() const { return *Slate::Find(handle_); }
+
+ private:
+  ENGHANDLE handle_ = 0;
+};
+
+std::uint16_t WordAt(Bytes bytes, std::size_t at) { return static_cast<std::uint16_t>(bytes[at] | bytes[at + 1] << 8); }
+
+template <typename Record>
+bool ReadFixed(std::uint16_t code, Bytes record, Record* fixed) {
+  const records::Layout* layout = records::Find(code);
+  if (record.size() < layout->length) return false;
+  records::Read(*layout, reinterpret_cast<const std::byte*>(record.data()), fixed, 1);
+  return true;
+}
+
+// The entries of the first item of the name, split at bars.
+std::vector<std::string> NamesOf(const std::shared_ptr<Database>& database, std::uint32_t id, std::string_view item) {
+  std::vector<std::string> names;
+  const auto split = [&](std::string_view text) {
+    for (std::size_t at = 0; at <= text.size();) {
+      const std::size_t end = std::min(text.find('|', at), text.size());
+      names.emplace_back(text.substr(at, end - at));
+      at = end + 1;
+    }
+  };
+  const auto take = [&](Bytes value, std::uint16_t) {
+    if (value.size() < kTypeWord) return;
+    const Bytes data = value.subspan(kTypeWord);
+    if (WordAt(value, 0) == kText) return split({reinterpret_cast<const char*>(data.data()), data.size()});
+    const auto entries = text::ReadList({value.data(), value.size()}, text::Prefix::kType);
+    if (!entries) return;
+    for (const std::string_view entry : *entries) split(entry);
+  };
+  // A slate that went meanwhile has no names.
+  static_cast<void>(ReadValueOf(database, id, item, take));
+  return names;
+}
+
+enum class Kind { kForm, kSubform };
+
+bool IsKind(const std::shared_ptr<Database>& database, std::uint32_t id, Kind kind) {
+  const std::vector<std::string> flags = NamesOf(database, id, "$Flags");
+  const std::string_view letters = flags.empty() ? std::string_view() : std::string_view(flags.front());
+  return kind == Kind::kSubform ? letters.find(kSubformLetter) != std::string_view::npos
+                                : letters.find_first_of(kOtherKinds) == std::string_view::npos;
+}
+
+// An element of another kind may have the name as well.
+ENGSTATUS FindKind(const std::shared_ptr<Database>& database, std::string_view name, Kind kind, std::uint32_t* id) {
+  ENGSTATUS status = FindDesign(database, kFormClass, name, id);
+  if (status != ENG_OK || IsKind(database, *id, kind)) return status;
+  std::vector<std::uint32_t> all;
+  TIMEDATE until{};
+  status = ListClass(*database, kFormClass, nullptr, &until, &all);
+  for (const std::uint32_t candidate : all) {
+    const std::vector<std::string> names = NamesOf(database, candidate, "$TITLE");
+    if (std::ranges::find(names, name) == names.end() || !IsKind(database, candidate, kind)) continue;
+    *id = candidate;
+    return ENG_OK;
+  }
+  return status == ENG_OK ? ENGSTATUS{ENG_ERR_NO_DESIGN_ELEMENT} : status;
+}
+
+// The stretches of records in the items $Body.
+template <typename Take>
+ENGSTATUS ForEachRecord(Slate& slate, Take take) {
+  Slate::Slot slot = 0;
+  ENGSTATUS found = slate.FindItem("$Body", &slot);
+  for (; found == ENG_OK; found = slate.FindNextItem(slot, "$Body", &slot)) {
+    Bytes value;
+    if (ENGSTATUS status = slate.GetBytes(slot, &value); status != ENG_OK) return status;
+    if (value.size() < kTypeWord || WordAt(value, 0) != kComposite) continue;
+    for (Bytes rest = value.subspan(kTypeWord); !rest.empty();) {
+      const auto record = text::RecordAt({rest.data(), rest.size()});
+      if (!record) return ENG_ERR_FORM_DESIGN;
+      if (ENGSTATUS status = take(record->signature, rest.first(record->length)); status != ENG_OK) return status;
+      rest = rest.subspan(std::min<std::size_t>(record->length + (record->length & 1), rest.size()));
+    }
+  }
+  return (found & ENG_ERROR_MASK) == ENG_ERR_NO_ITEM ? ENGSTATUS{ENG_OK} : found;
+}
+
+class Reader {
+ public:
+  Reader(const std::shared_ptr<Database>& database, std::vector<Field>* fields)
+      : database_(database), fields_(fields) {}
+
+  ENGSTATUS ReadForm(std::uint32_t form, unsigned depth) {
+    OpenedSlate opened;
+    if (ENGSTATUS status = opened.Open(database_, form); status != ENG_OK) return status;
+    bool late = false;
+    return ForEachRecord(opened.slate(), [&](std::uint16_t signature, Bytes record) -> ENGSTATUS {
+      switch (signature) {
+        case kSigExtension:
+          late = IsLate(record);
+          return ENG_OK;
+        case kSigField:
+        case kSigFieldOld:
+          return AddField(record, std::exchange(late, false));
+        case kSigHotspot:
+        case kSigHotspotV4:
+          return AddSubform(record, depth);
+        default:
+          late = false;
+          return ENG_OK;
+      }
+    });
+  }
+
+ private:
+  static bool IsLate(Bytes record) {
+    FieldExtensionRecord extension{};
+    return ReadFixed(ODS_FIELDEXTENSION, record, &extension) && (extension.Flags1 & FIELDEXTENSION_COMPUTE_LATE) != 0;
+  }
+
+  static ENGSTATUS Decode(Bytes record, Field* field) {
+    FieldRecord fixed{};
+    if (!ReadFixed(ODS_FIELD, record, &fixed)) return ENG_ERR_FORM_DESIGN;
+    Bytes rest = record.subspan(records::Find(ODS_FIELD)->length);
+    const auto take = [&](std::size_t length, auto* part) {
+      if (length > rest.size()) return false;
+      part->assign(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(length));
+      rest = rest.subspan(length);
+      return true;
+    };
+    const bool whole = take(fixed.DefaultValueLength, &field->value) &&
+                       take(fixed.InputTranslationLength, &field->translation) &&
+                       take(fixed.InputValidationLength, &field->validation) && take(fixed.NameLength, &field->name);
+    if (!whole) return ENG_ERR_FORM_DESIGN;
+    field->flags = fixed.Flags;
+    field->data_type = fixed.DataType;
+    field->number_format = fixed.NumberFormat;
+    field->time_format = fixed.TimeFormat;
+    return ENG_OK;
+  }
+
+  ENGSTATUS AddField(Bytes record, bool late) {
+    if (fields_->size() == kMostFields) return ENG_ERR_FORM_DESIGN;
+    Field field;
+    field.late = late;
+    if (ENGSTATUS status = Decode(record, &field); status != ENG_OK) return status;
+    if ((field.flags & FIELD_REFERENCE) != 0) return AddShared(field.name);
+    fields_->push_back(std::move(field));
+    return ENG_OK;
+  }
+
+  ENGSTATUS AddShared(std::string_view name) {
+    std::uint32_t id = 0;
+    OpenedSlate opened;
+    ENGSTATUS status = FindDesign(database_, kFieldClass, name, &id);
+    if (status == ENG_OK) status = opened.Open(database_, id);
+    if (status != ENG_OK) return IsGone(status) ? ENGSTATUS{ENG_OK} : status;
+    bool late = false;
+    bool added = false;
+    return ForEachRecord(opened.slate(), [&](std::uint16_t signature, Bytes record) -> ENGSTATUS {
+      if (signature == kSigExtension) late = IsLate(record);
+      if (added || (signature != kSigField && signature != kSigFieldOld)) return ENG_OK;
+      Field field;
+      field.late = late;
+      if (ENGSTATUS read = Decode(record, &field); read != ENG_OK) return read;
+      added = true;
+      // A definition that points elsewhere defines nothing.
+      if ((field.flags & FIELD_REFERENCE) == 0) fields_->push_back(std::move(field));
+      return ENG_OK;
+    });
+  }
+
+  ENGSTATUS AddSubform(Bytes record, unsigned depth) {
+    CDHOTSPOTBEGIN begin{};
+    const std::size_t fixed = records::Find(ODS_CDHOTSPOTBEGIN)->length;
+    if (!ReadFixed(ODS_CDHOTSPOTBEGIN, record, &begin) || begin.Type != kHotspotSubform) return ENG_OK;
+    if (begin.DataLength > record.size() - fixed) return ENG_ERR_FORM_DESIGN;
+    std::string_view name(reinterpret_cast<const char*>(record.data()) + fixed, begin.DataLength);
+    name = name.substr(0, name.find('\0'));
+    if (name.empty() || depth == kDeepestSubform) return ENG_OK;
+    std::uint32_t id = 0;
+    ENGSTATUS status = FindKind(database_, name, Kind::kSubform, &id);
+    if (status == ENG_OK) status = ReadForm(id, depth + 1);
+    return IsGone(status) ? ENGSTATUS{ENG_OK} : status;
+  }
+
+  static bool IsGone(ENGSTATUS status) {
+    const unsigned error = status & ENG_ERROR_MASK;
+    return error == ENG_ERR_NO_DESIGN_ELEMENT || error == ENG_ERR_SLATE_DELETED || error == ENG_ERR_NO_SLATE;
+  }
+
+  const std::shared_ptr<Database>& database_;
+  std::vector<Field>* fields_;
+};
+
+}  // namespace
+
+ENGSTATUS FindForm(const std::shared_ptr<Database>& database, std::string_view name, std::uint32_t* id) {
+  const ENGSTATUS status =
+      name.empty() ? FindSpecialSlate(*database, kDefaultForm, id) : FindKind(database, name, Kind::kForm, id);
+  const unsigned error = status & ENG_ERROR_MASK;
+  const bool none = error == ENG_ERR_NO_DESIGN_ELEMENT || error == ENG_ERR_NO_SPECIAL_SLATE;
+  return none ? ENGSTATUS{ENG_ERR_NO_FORM} : status;
+}
+
+ENGSTATUS ReadFields(const std::shared_ptr<Database>& database, std::uint32_t form, std::vector<Field>* fields) {
+  return Reader(database, fields).ReadForm(form, 0);
+}
+
+}  // namespace qcore::forms

@@ -1,0 +1,164 @@
+// VQFormFieldBody: shared fields, and what a form's Save asks of a field.
+#include "vq/forms/fieldedit.h"
+#include "vq/forms/vqformb.h"
+#include "vq/richtext/font.h"
+#include "vq/store/storetext.h"
+
+VQDatabaseBody* VQFormFieldBody::GetDatabaseBody() const {
+  const VQRichTextBody* text = GetRichTextBody();
+  VQSlateBody* slate = text != nullptr ? text->GetSlateBody() : nullptr;
+  return slate != nullptr ? slate->GetDatabaseBody() : nullptr;
+}
+
+bool VQFormFieldBody::IsShared() const {
+  bool shared = false;
+  const VQSTATUS status = WithField([&](const vq::FieldView& field) {
+    shared = (field.Fixed.Flags & FIELD_REFERENCE) != 0;
+    return VQ_OK;
+  });
+  return status == VQ_OK && shared;
+}
+
+// The definition is the stored slate of the field's name; one that was deleted meanwhile is none.
+VQSTATUS VQFormFieldBody::OpenDefinition() {
+  std::string name;
+  if (VQSTATUS status = ReadName(&name)) return status;
+  return vq::Caught([&]() -> VQSTATUS {
+    if (SharedField.IsOpen() && SharedField.IsDeleted() == 0) return VQ_OK;
+    VQDatabaseBody* database = SharedField.IsNull() ? GetDatabaseBody() : SharedField.GetDatabaseBody();
+    SharedField = static_cast<VQSlateBody*>(nullptr);
+    if (database == nullptr || !database->IsOpen()) return VQERR_NO_SHARED_FIELD;
+    std::uint32_t id = 0;
+    VQSTATUS status = database->FindDesign(VQSLATECLASS_FIELD, 0, name, &id);
+    if (status == VQERR_NOT_FOUND) return VQERR_NO_SHARED_FIELD;
+    if (status == VQ_OK) status = SharedField.BindTo(database, id);
+    return status == VQ_OK ? SharedField.CreateSlateBody(0, 0, 0) : status;
+  });
+}
+
+VQSTATUS VQFormFieldBody::Resolve(VQFormFieldBody** body) {
+  if (IsClosed()) return VQERR_OBJECT_CLOSED;
+  *body = this;
+  if (!IsShared()) return VQ_OK;
+  if (VQSTATUS status = OpenDefinition()) return status;
+  VQFormFieldBody* definition = nullptr;
+  const VQSTATUS status = SharedField.GetSharedFieldBody()->FindField(&definition);
+  if (status == VQWARN_NOT_FOUND || (status == VQ_OK && definition->IsShared())) return VQERR_NO_SHARED_FIELD;
+  if (status == VQ_OK) *body = definition;
+  return status;
+}
+
+VQSTATUS VQFormFieldBody::TakeDesign(const VQFormFieldBody& source) {
+  const vq::RecordBytes bytes(source);
+  vq::FieldView field{};
+  std::string record;
+  VQSTATUS status = vq::ReadField(bytes.Get(), bytes.GetSize(), &field);
+  field.Fixed.Flags &= static_cast<std::uint16_t>(~FIELD_REFERENCE);
+  if (status == VQ_OK) status = vq::BuildField(field, &record);
+  VQFontStyle font;
+  if (status == VQ_OK) status = source.GetFont(&font);
+  std::string extension;
+  if (const VQRTObjectBody* object = source.FindExtension()) {
+    const vq::RecordBytes extended(*object);
+    extension.assign(reinterpret_cast<const char*>(extended.Get()), extended.GetSize());
+  }
+  if (status != VQ_OK) return status;
+  if (VQRTObjectBody* present = extension.empty() ? FindExtension() : nullptr) {
+    if (VQSTATUS deleted = present->Delete()) return deleted;
+  }
+  SetType(source.GetType());
+  status = StoreRecords(record, extension);
+  return status == VQ_OK ? SetFont(font) : status;
+}
+
+VQSTATUS VQFormFieldBody::Share() {
+  if (IsClosed()) return VQERR_OBJECT_CLOSED;
+  if (IsShared()) return VQWARN_FIELD_SHARED;
+  VQDatabaseBody* database = GetDatabaseBody();
+  if (database == nullptr) return VQERR_WRONG_SITUATION;
+  VQSharedField made;
+  VQDatabase owner(database);
+  VQSTATUS status = vq::Caught([&] { return owner.CreateSharedField(VQFormField(this), &made); });
+  if (status == VQ_OK) status = CutToName();
+  if (status == VQ_OK) SharedField = made;
+  return status;
+}
+
+VQSTATUS VQFormFieldBody::Unshare() {
+  if (IsClosed()) return VQERR_OBJECT_CLOSED;
+  if (!IsShared()) return VQWARN_FIELD_NOT_SHARED;
+  VQFormFieldBody* definition = nullptr;
+  VQSTATUS status = Resolve(&definition);
+  if (status == VQ_OK) status = TakeDesign(*definition);
+  if (status == VQ_OK) SharedField = static_cast<VQSlateBody*>(nullptr);
+  return status;
+}
+
+VQSTATUS VQFormFieldBody::PointAt(const VQSharedField& shared) {
+  if (IsClosed()) return VQERR_OBJECT_CLOSED;
+  if (shared.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
+  if (shared.GetSlateID() == 0) return VQERR_SLATE_NOT_SAVED;
+  const VQDatabaseBody* database = GetDatabaseBody();
+  if (database != nullptr && shared.GetDatabaseBody() != database) return VQERR_SHARED_FIELD_OTHER_DATABASE;
+  VQSharedField opened(shared);
+  VQFormFieldBody* definition = nullptr;
+  VQSTATUS status = vq::Caught([&] { return opened.CreateSlateBody(0, 0, 0); });
+  if (status == VQ_OK) status = opened.GetSharedFieldBody()->FindField(&definition);
+  std::string name;
+  if (status == VQ_OK) status = definition->ReadName(&name);
+  if (status == VQ_OK) status = CheckNewName(name);
+  if (status == VQ_OK) status = TakeDesign(*definition);
+  if (status == VQ_OK) status = CutToName();
+  if (status == VQ_OK) SharedField = opened;
+  return status == VQWARN_NOT_FOUND ? VQERR_NO_SHARED_FIELD : status;
+}
+
+VQSTATUS VQFormFieldBody::Rename(std::string_view name) {
+  VQFormFieldBody* definition = nullptr;
+  if (VQSTATUS status = Resolve(&definition)) return status;
+  if (definition == this) return SetName(name);
+  VQSTATUS status = CheckNewName(name);
+  if (status != VQ_OK) return status;
+  std::uint32_t id = 0;
+  status = SharedField.GetDatabaseBody()->FindDesign(VQSLATECLASS_FIELD, 0, name, &id);
+  if (status == VQ_OK && id != SharedField.GetSlateBody()->GetID()) return VQERR_SHARED_FIELD_EXISTS;
+  if (status != VQ_OK && status != VQERR_NOT_FOUND) return status;
+  status = definition->SetName(name);
+  return status == VQ_OK ? SetName(name) : status;
+}
+
+VQSTATUS VQFormFieldBody::Validate() {
+  VQFormFieldBody* design = nullptr;
+  VQSTATUS status = Resolve(&design);
+  if (status != VQ_OK) return status;
+  if (design != this) return design->Validate();
+  bool has_value = false;
+  bool has_list = false;
+  bool computed = false;
+  status = WithField([&](const vq::FieldView& field) {
+    has_value = !field.Parts[vq::kFieldValue].empty();
+    has_list = !field.Parts[vq::kFieldTextValue].empty();
+    computed = vq::ComputeOptionOf(field.Fixed) != VQCOMPUTEOPTION_EDITABLE;
+    std::string record;
+    return vq::BuildField(field, &record);
+  });
+  if (status != VQ_OK) return status;
+  if (computed && !has_value) return VQERR_NO_COMPUTED_FORMULA;
+  if (!IsType(VQRTTYPE_KEYWORDS_FIELD)) return VQ_OK;
+  VQCHOICESOPTION option = VQCHOICESOPTION_NONE;
+  status = GetChoicesOption(&option);
+  if (status != VQ_OK) return status;
+  if (option == VQCHOICESOPTION_LIST) return has_list ? VQ_OK : VQERR_NO_CHOICES_LIST;
+  if (option != VQCHOICESOPTION_FORMULA) return VQ_OK;
+  return WithExtension([](const vq::FieldExtensionView& extension) {
+    return extension.Parts[vq::kExtensionChoicesFormula].empty() ? VQERR_NO_CHOICES_FORMULA : VQ_OK;
+  });
+}
+
+VQSTATUS VQFormFieldBody::PrepareSave() {
+  if (VQSTATUS status = Validate()) return status;
+  return vq::Caught([&]() -> VQSTATUS {
+    if (!IsShared() || !SharedField.IsOpen() || SharedField.GetSlateBody()->IsModified() == 0) return VQ_OK;
+    return SharedField.GetSlateBody()->Save(0);
+  });
+}
