@@ -42,19 +42,26 @@ std::uint8_t KindByte(const Row& row) {
   return static_cast<std::uint8_t>(static_cast<unsigned>(row.kind) | contested | row.indent << 3U);
 }
 
-void AppendRecord(const Row& row, std::size_t prefix, std::vector<std::uint8_t>* bytes) {
-  WireWriter writer(bytes);
-  writer.PutVarint(row.key.size() - prefix);
-  writer.PutBytes(AsBytes(std::string_view(row.key).substr(prefix)));
-  writer.PutBytes(row.value);
-}
+// The bytes of a row in a leaf, without what its key has in common with the others.
+class Record {
+ public:
+  Record(std::string_view suffix, Bytes value) : suffix_(suffix), value_(value) {}
+  std::size_t size() const {
+    std::size_t head = 1;
+    for (std::size_t rest = suffix_.size(); rest >= 0x80; rest >>= 7) ++head;
+    return head + suffix_.size() + value_.size();
+  }
+  void WriteTo(std::uint8_t* at) const {
+    std::size_t rest = suffix_.size();
+    for (; rest >= 0x80; rest >>= 7) *at++ = static_cast<std::uint8_t>(rest | 0x80);
+    *at++ = static_cast<std::uint8_t>(rest);
+    std::copy(value_.begin(), value_.end(), std::copy(suffix_.begin(), suffix_.end(), at));
+  }
 
-std::vector<std::uint8_t> RecordOf(const Row& row, std::size_t prefix) {
-  std::vector<std::uint8_t> record;
-  record.reserve(row.key.size() - prefix + row.value.size() + 3);
-  AppendRecord(row, prefix, &record);
-  return record;
-}
+ private:
+  std::string_view suffix_;
+  Bytes value_;
+};
 
 // Grows by an eighth, not by half: rows have to be small in memory.
 template <typename T>
@@ -115,7 +122,9 @@ void Leaf::KeyTo(std::uint32_t row, std::string* key) const {
   key->assign(prefix_).append(suffix);
 }
 
-std::uint32_t Leaf::IdAt(std::uint32_t row) const { return IdInKey(SuffixAt(row)); }
+std::uint32_t Leaf::FindId(std::uint32_t id, std::uint32_t row) const {
+  return static_cast<std::uint32_t>(std::find(ids_.begin() + row, ids_.end(), id) - ids_.begin());
+}
 
 Row Leaf::RowAt(std::uint32_t row) const {
   const Bytes value = ValueAt(row);
@@ -165,6 +174,7 @@ void Leaf::Assign(std::span<const Row> rows) {
   bytes_.reserve(size);
   heads_.reserve(rows.size());
   offsets_.reserve(rows.size());
+  ids_.reserve(rows.size());
   levels_.reserve(rows.size());
   kinds_.reserve(rows.size());
   for (const Row& row : rows) AddRow(row);
@@ -173,6 +183,7 @@ void Leaf::Assign(std::span<const Row> rows) {
 void Leaf::Clear() {
   heads_.clear();
   offsets_.clear();
+  ids_.clear();
   levels_.clear();
   kinds_.clear();
   bytes_.clear();
@@ -181,13 +192,17 @@ void Leaf::Clear() {
 void Leaf::AddHead(std::string_view suffix, std::uint8_t level, std::uint8_t kind) {
   heads_.push_back(HeadOf(suffix));
   offsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
+  ids_.push_back((kind & 3) == 0 ? IdInKey(suffix) : 0);
   levels_.push_back(level);
   kinds_.push_back(kind);
 }
 
 void Leaf::AddRow(const Row& row) {
-  AddHead(std::string_view(row.key).substr(prefix_.size()), row.level, KindByte(row));
-  AppendRecord(row, prefix_.size(), &bytes_);
+  const std::string_view suffix = std::string_view(row.key).substr(prefix_.size());
+  AddHead(suffix, row.level, KindByte(row));
+  const Record record(suffix, row.value);
+  bytes_.resize(bytes_.size() + record.size());
+  record.WriteTo(bytes_.data() + offsets_.back());
 }
 
 void Leaf::ShortenPrefix(std::size_t length) {
@@ -198,20 +213,17 @@ void Leaf::ShortenPrefix(std::size_t length) {
   for (const Row& row : rows) AddRow(row);
 }
 
-void Leaf::Replace(std::uint32_t at, std::size_t old_size, Bytes record) {
-  const auto place = bytes_.begin() + offsets_[at];
-  const std::size_t kept = std::min(old_size, record.size());
-  std::copy_n(record.begin(), kept, place);
-  const auto behind = place + static_cast<std::ptrdiff_t>(kept);
-  if (record.size() > old_size) {
-    const auto offset = behind - bytes_.begin();
-    MakeRoom(&bytes_, record.size() - old_size);
-    bytes_.insert(bytes_.begin() + offset, record.begin() + static_cast<std::ptrdiff_t>(kept), record.end());
+std::uint8_t* Leaf::Resize(std::uint32_t at, std::size_t old_size, std::size_t size) {
+  const auto end = static_cast<std::ptrdiff_t>(offsets_[at] + std::min(old_size, size));
+  if (size > old_size) {
+    MakeRoom(&bytes_, size - old_size);
+    bytes_.insert(bytes_.begin() + end, size - old_size, 0);
   } else {
-    bytes_.erase(behind, behind + static_cast<std::ptrdiff_t>(old_size - kept));
+    bytes_.erase(bytes_.begin() + end, bytes_.begin() + end + static_cast<std::ptrdiff_t>(old_size - size));
   }
-  const auto shift = static_cast<std::uint32_t>(record.size() - old_size);  // wraps where the record got smaller
+  const auto shift = static_cast<std::uint32_t>(size - old_size);  // wraps where the row got smaller
   for (std::uint32_t i = at + 1; i < count(); ++i) offsets_[i] += shift;
+  return bytes_.data() + offsets_[at];
 }
 
 void Leaf::Insert(std::uint32_t at, const Row& row) {
@@ -221,31 +233,38 @@ void Leaf::Insert(std::uint32_t at, const Row& row) {
   } else if (common < prefix_.size()) {
     ShortenPrefix(common);
   }
-  const std::vector<std::uint8_t> record = RecordOf(row, prefix_.size());
+  const auto insert = [at](auto* vector, auto value) {
+    MakeRoom(vector, 1);
+    vector->insert(vector->begin() + at, value);
+  };
+  const std::string_view suffix = std::string_view(row.key).substr(prefix_.size());
   const std::size_t place = at < count() ? offsets_[at] : bytes_.size();
-  MakeRoom(&heads_, 1);
-  MakeRoom(&offsets_, 1);
-  MakeRoom(&levels_, 1);
-  MakeRoom(&kinds_, 1);
-  levels_.insert(levels_.begin() + at, row.level);
-  kinds_.insert(kinds_.begin() + at, KindByte(row));
-  heads_.insert(heads_.begin() + at, HeadOf(std::string_view(row.key).substr(prefix_.size())));
-  offsets_.insert(offsets_.begin() + at, static_cast<std::uint32_t>(place));
-  Replace(at, 0, record);
+  insert(&heads_, HeadOf(suffix));
+  insert(&offsets_, static_cast<std::uint32_t>(place));
+  insert(&ids_, row.kind == RowKind::kDocument ? IdInKey(suffix) : 0);
+  insert(&levels_, row.level);
+  insert(&kinds_, KindByte(row));
+  const Record record(suffix, row.value);
+  record.WriteTo(Resize(at, 0, record.size()));
 }
 
 void Leaf::Erase(std::uint32_t at) {
-  Replace(at, EndOf(at) - offsets_[at], {});
-  heads_.erase(heads_.begin() + at);
-  offsets_.erase(offsets_.begin() + at);
-  levels_.erase(levels_.begin() + at);
-  kinds_.erase(kinds_.begin() + at);
+  Resize(at, EndOf(at) - offsets_[at], 0);
+  const auto erase = [at](auto* vector) { vector->erase(vector->begin() + at); };
+  erase(&heads_);
+  erase(&offsets_);
+  erase(&ids_);
+  erase(&levels_);
+  erase(&kinds_);
 }
 
 void Leaf::SetValue(std::uint32_t at, Bytes value) {
-  Row row = RowAt(at);
-  row.value.assign(value.begin(), value.end());
-  Replace(at, EndOf(at) - offsets_[at], RecordOf(row, prefix_.size()));
+  std::size_t value_at = 0;
+  SuffixAt(at, &value_at);
+  const std::size_t front = value_at - offsets_[at];
+  const std::vector<std::uint8_t> kept(value.begin(), value.end());  // may be the leaf's own
+  std::uint8_t* record = Resize(at, EndOf(at) - offsets_[at], front + kept.size());
+  std::copy(kept.begin(), kept.end(), record + front);
 }
 
 void Leaf::Count(std::uint32_t first, std::uint32_t last, const TotalsReader* totals, Sum* sum) const {
@@ -273,11 +292,13 @@ void Leaf::Prefetch() const {
   fetch(kinds_, 2 * kLine);
   fetch(levels_, 2 * kLine);
   fetch(offsets_, 8 * kLine);
+  fetch(ids_, 8 * kLine);
   fetch(bytes_, 16 * kLine);
 }
 
 std::size_t Leaf::Memory() const {
-  return bytes_.capacity() + levels_.capacity() + kinds_.capacity() + 4 * (heads_.capacity() + offsets_.capacity());
+  return bytes_.capacity() + levels_.capacity() + kinds_.capacity() +
+         4 * (heads_.capacity() + offsets_.capacity() + ids_.capacity());
 }
 
 void Leaf::Encode(std::vector<std::uint8_t>* bytes) const {
@@ -302,6 +323,7 @@ bool Leaf::Decode(Bytes bytes) {
   prefix_.assign(AsText(prefix, prefix_size));
   heads_.reserve(count);
   offsets_.reserve(count);
+  ids_.reserve(count);
   levels_.reserve(count);
   kinds_.reserve(count);
   bytes_.reserve(bytes.size() - reader.position());

@@ -5,8 +5,8 @@
 //   flags: kind (bits 0 and 1), contested (bit 2), indent (bits 3 to 7)
 //
 // A leaf keeps the beginning that all its keys have once, and of each key the four bytes behind that as one number for
-// the search. In memory levels and kinds lie together, apart from keys and values: walks by level read only them. In a
-// document's key the last four bytes are its slate ID, big-endian.
+// the search. In a document's key the last four bytes are its slate ID, big-endian. In memory levels, kinds and IDs lie
+// apart from keys and values, each close together: searches by them read nothing else.
 #ifndef QUILLON_QCORE_INDEX_PAGE_H
 #define QUILLON_QCORE_INDEX_PAGE_H
 
@@ -89,9 +89,9 @@ class Leaf {
   std::uint8_t IndentAt(std::uint32_t row) const { return kinds_[row] >> 3; }
   std::string KeyAt(std::uint32_t row) const;
   void KeyTo(std::uint32_t row, std::string* key) const;
-  std::uint32_t IdAt(std::uint32_t row) const;  // of a document
-  // Whether a row is one of that document.
-  bool IsOf(std::uint32_t row, std::uint32_t id) const { return KindAt(row) == RowKind::kDocument && IdAt(row) == id; }
+  std::uint32_t IdAt(std::uint32_t row) const { return ids_[row]; }  // 0 for a row that is no document
+  // The first row of the document from `row` on, count() for none.
+  std::uint32_t FindId(std::uint32_t id, std::uint32_t row = 0) const;
   Bytes ValueAt(std::uint32_t row) const {
     std::size_t value_at = 0;
     SuffixAt(row, &value_at);
@@ -120,7 +120,7 @@ class Leaf {
   [[nodiscard]] bool Decode(Bytes bytes);
 
  private:
-  static constexpr std::size_t kFixedSize = 10;  // of a row, beside its bytes
+  static constexpr std::size_t kFixedSize = 14;  // of a row, beside its bytes
 
   void Clear();
   // A row behind the last, whose bytes follow.
@@ -141,7 +141,8 @@ class Leaf {
     return SuffixAt(row, &value_at);
   }
   std::size_t EndOf(std::uint32_t row) const { return row + 1 < count() ? offsets_[row + 1] : bytes_.size(); }
-  void Replace(std::uint32_t at, std::size_t old_size, Bytes record);
+  // Gives a row's bytes another size; those that stay have their content.
+  std::uint8_t* Resize(std::uint32_t at, std::size_t old_size, std::size_t size);
   void ShortenPrefix(std::size_t length);
   // The most that may be common with rows of that key.
   static std::size_t PrefixRoom(std::string_view key);
@@ -149,6 +150,7 @@ class Leaf {
   std::string prefix_;
   std::vector<std::uint32_t> heads_;
   std::vector<std::uint32_t> offsets_;
+  std::vector<std::uint32_t> ids_;
   std::vector<std::uint8_t> levels_;
   std::vector<std::uint8_t> kinds_;
   std::vector<std::uint8_t> bytes_;  // of each row: varint length, key, value

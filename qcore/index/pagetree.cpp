@@ -344,8 +344,8 @@ Sum PageTree::Range(Rank first, Rank last) {
 namespace {
 
 void TakeRowsOf(const Leaf& leaf, std::uint32_t id, std::vector<Row>* found) {
-  for (std::uint32_t row = 0; row < leaf.count(); ++row) {
-    if (leaf.IsOf(row, id)) found->push_back(leaf.RowAt(row));
+  for (std::uint32_t row = leaf.FindId(id); row < leaf.count(); row = leaf.FindId(id, row + 1)) {
+    found->push_back(leaf.RowAt(row));
   }
 }
 
@@ -546,7 +546,7 @@ void PageTree::EraseInLeaf(Child* child, std::uint32_t at, Erased* erased) {
   Leaf& leaf = page->leaf;
   const std::uint8_t level = leaf.LevelAt(at);
   const RowKind kind = leaf.KindAt(at);
-  const std::uint32_t id = kind == RowKind::kDocument ? leaf.IdAt(at) : 0;
+  const std::uint32_t id = leaf.IdAt(at);
   erased->level = level;
   erased->first_in_leaf = at == 0;
   if (at != 0 && leaf.KindAt(at - 1) == RowKind::kCategory && leaf.LevelAt(at - 1) < level) {
@@ -555,11 +555,7 @@ void PageTree::EraseInLeaf(Child* child, std::uint32_t at, Erased* erased) {
   leaf.Erase(at);
   page->changed = true;
   if (totals_ || !child->sum.RemoveRow(level, kind)) SetSum(child);
-  if (!watcher_ || kind != RowKind::kDocument) return;
-  for (std::uint32_t row = 0; row < leaf.count(); ++row) {
-    if (leaf.IsOf(row, id)) return;
-  }
-  watcher_->Went(id, page->number);
+  if (watcher_ && id != 0 && leaf.FindId(id) == leaf.count()) watcher_->Went(id, page->number);
 }
 
 PageTree::Change PageTree::EraseBelow(Child* child, std::uint8_t height, std::string_view key, Erased* erased) {

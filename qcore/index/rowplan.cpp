@@ -75,10 +75,14 @@ void RowPlanner::AddCategory(Bytes value, std::size_t column, Draft* draft) cons
 
 void RowPlanner::Finish(const Document& document, const Draft& draft, std::vector<PlannedRow>* rows) const {
   PlannedRow planned;
+  planned.row.key.reserve(draft.key.size() + 1 + kIdSize);
   planned.row.key = draft.key;
   if (categories_ == sorted_.size()) planned.row.key.push_back(kMarkDocument);
   AppendId(document.id, &planned.row.key);
   planned.row.level = static_cast<std::uint8_t>(draft.categories.size());
+  std::size_t size = 0;
+  for (std::size_t value = 0; value < summary_size_; ++value) size += document.values[value].size() + 2;
+  planned.row.value.reserve(size);
   for (std::size_t value = 0; value < summary_size_; ++value) {
     const Value* single = &document.values[value];
     for (const auto& [number, chosen] : draft.chosen) {
@@ -121,6 +125,7 @@ void RowPlanner::Expand(const Document& document, std::size_t column, Draft* dra
 void RowPlanner::Plan(const Document& document, std::vector<PlannedRow>* rows) const {
   rows->clear();
   Draft draft;
+  draft.key.reserve(128);
   Expand(document, 0, &draft, rows);
   if (rows->size() < 2) return;
   const auto key = [](const PlannedRow& row) -> const std::string& { return row.row.key; };

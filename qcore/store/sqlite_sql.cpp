@@ -70,6 +70,7 @@ const char* const SqliteStore::kSql[] = {
     "SELECT slate,feed FROM own WHERE user=?",
     "SELECT 1 FROM sqlite_schema WHERE name='words'",
     "SELECT 1 FROM words_docsize WHERE id=?",
+    "SELECT id FROM words_docsize WHERE id<? ORDER BY id DESC LIMIT 1",
     "SELECT max(number) FROM text_version WHERE slate=?",
     "SELECT max(number) FROM text_version",
     "INSERT INTO text_version(number,slate) VALUES(?,?)",

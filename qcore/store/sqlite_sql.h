@@ -108,6 +108,7 @@ enum class SqliteStore::Sql : std::size_t {
   kReadOwnSaves,
   kTextExists,
   kTextStored,
+  kTextEnd,
   kTextVersion,
   kTextLastVersion,
   kAddTextVersion,

@@ -117,6 +117,7 @@ ENGSTATUS SqliteStore::Begin() {
     return status;
   }
   own_.Begin(counters_.feed);
+  text_end_.reset();
   return ENG_OK;
 }
 
@@ -186,6 +187,7 @@ void SqliteStore::Rollback() {
   if (InTransaction()) static_cast<void>(Run(Sql::kRollback));
   writing_ = false;
   own_.End();
+  text_end_.reset();
   counters_known_ = false;
   upgraded_ = false;
   unread_number_.reset();
@@ -199,6 +201,7 @@ void SqliteStore::RollbackToMark() {
   if (!InTransaction()) return;
   unread_number_.reset();
   own_.Begin(counters_.feed);
+  text_end_.reset();
   if (Run(Sql::kRollbackToMark) != ENG_OK || Run(Sql::kReleaseMark) != ENG_OK) Rollback();
 }
 

@@ -170,6 +170,8 @@ class SqliteStore final : public Store {
   [[nodiscard]] ENGSTATUS RequireTextIndex();
   // The number under which SQLite has the slate's text, 0 for none.
   [[nodiscard]] ENGSTATUS FindTextNumber(std::uint32_t slate, std::uint64_t* number);
+  // Whether the index never had a text of the slate, as far as that is known without a look at it.
+  [[nodiscard]] ENGSTATUS IsNewText(std::uint32_t slate, bool* is_new);
   [[nodiscard]] ENGSTATUS NewTextNumber(std::uint32_t slate, std::uint64_t* number);
   [[nodiscard]] ENGSTATUS RunWith(Sql which, std::uint64_t number);
   [[nodiscard]] ENGSTATUS ReadNumbers(Sql which, std::vector<std::uint64_t>* numbers);
@@ -208,6 +210,7 @@ class SqliteStore final : public Store {
   // The list of the user asked for last, known while no other connection has committed.
   std::string unread_user_;
   std::optional<std::uint32_t> unread_number_;
+  std::optional<std::uint64_t> text_end_;  // the highest first number of a text, known within a transaction
   bool has_log_ = false;
   bool writing_ = false;
   bool sync_failed_ = false;

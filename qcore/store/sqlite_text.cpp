@@ -120,6 +120,7 @@ ENGSTATUS SqliteStore::CreateTextIndex() {
 }
 
 ENGSTATUS SqliteStore::DeleteTextIndex() {
+  text_end_.reset();
   const ENGSTATUS status = UseTokenizer();
   return status == ENG_OK ? Execute(connection_.get(), kDropTextSchema) : status;
 }
@@ -136,8 +137,26 @@ ENGSTATUS SqliteStore::ReadNumbers(Sql which, std::vector<std::uint64_t>* number
   return Result(use.code());
 }
 
+// Later numbers are only for slates that have had their first. Texts come in ascending order, so that most are new.
+ENGSTATUS SqliteStore::IsNewText(std::uint32_t slate, bool* is_new) {
+  if (!text_end_ || !InTransaction()) {
+    Use end = Start(Sql::kTextEnd);
+    end.Bind(1, kFirstVersion);
+    text_end_ = end.Row() ? end.Number(0) : 0;
+    if (end.code() != SQLITE_OK) {
+      text_end_.reset();
+      return Result(end.code());
+    }
+  }
+  *is_new = slate % kSlateStep == 0 && slate / kSlateStep > *text_end_;
+  return ENG_OK;
+}
+
 ENGSTATUS SqliteStore::FindTextNumber(std::uint32_t slate, std::uint64_t* number) {
   *number = 0;
+  bool is_new = false;
+  const ENGSTATUS status = IsNewText(slate, &is_new);
+  if (status != ENG_OK || is_new) return status;
   std::uint64_t candidate = 0;
   {
     Use version = Start(Sql::kTextVersion);
@@ -159,6 +178,13 @@ ENGSTATUS SqliteStore::FindTextNumber(std::uint32_t slate, std::uint64_t* number
 }
 
 ENGSTATUS SqliteStore::NewTextNumber(std::uint32_t slate, std::uint64_t* number) {
+  bool is_new = false;
+  const ENGSTATUS status = IsNewText(slate, &is_new);
+  if (status != ENG_OK) return status;
+  if (is_new) {
+    *number = slate / kSlateStep;
+    return ENG_OK;
+  }
   if (slate % kSlateStep == 0) {
     Use stored = Start(Sql::kTextStored);
     stored.Bind(1, slate / kSlateStep);
@@ -187,7 +213,9 @@ ENGSTATUS SqliteStore::PutText(std::uint32_t slate, std::string_view text, bool 
   Use add = Start(Sql::kAddText);
   add.Bind(1, number);
   add.BindText(2, text);
-  return Finish(add);
+  status = Finish(add);
+  if (status == ENG_OK && text_end_ && number < kFirstVersion) text_end_ = std::max(*text_end_, number);
+  return status;
 }
 
 ENGSTATUS SqliteStore::DropText(std::uint32_t slate, bool* dropped) {

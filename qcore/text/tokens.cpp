@@ -56,6 +56,7 @@ std::string FoldToText(std::int32_t code) {
 
 // What is known of the characters below kTableSize, which most texts with letters are made of.
 constexpr std::int32_t kTableSize = 0x600;
+constexpr unsigned char kAscii = 0x80;
 struct Entry {
   Kind kind = Kind::kNone;
   std::uint8_t length = 0;
@@ -122,6 +123,13 @@ class Tokenizer {
     const std::size_t start = at_;
     std::size_t length = 0;
     while (at_ < text_.size()) {
+      const auto byte = static_cast<unsigned char>(text_[at_]);
+      if (byte < kAscii && table_[byte].length == 1) {
+        if (table_[byte].kind != Kind::kWord) break;
+        if (length < word_.size()) word_[length++] = table_[byte].folded[0];
+        ++at_;
+        continue;
+      }
       const Character character = Decode(text_.data() + at_, text_.size() - at_);
       if (character.code < kTableSize) {
         const Entry& entry = table_[static_cast<std::size_t>(character.code)];

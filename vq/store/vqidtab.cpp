@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::uint32_t kRunSize = 5;
 constexpr std::uint16_t kNotInRuns = 0x8000;
-constexpr std::uint32_t kScanStride = 128;
+constexpr std::uint32_t kScanStride = 16;
 
 std::uint32_t RunStart(const unsigned char* run) {
   return vq::LoadWord(run + 1) | static_cast<std::uint32_t>(vq::LoadWord(run + 3)) << 16;

@@ -89,7 +89,7 @@ class VQ_API VQIDTable : public VQBody {
   unsigned char* LockedPtr;
   IDTABLEHEADER Header;
   std::vector<Registration> Bodies;  // by identifier
-  // In scan mode: the IDs at every 128th position that a scan has passed, and all of one such stretch.
+  // In scan mode: the IDs at every 16th position that a scan has passed, and all of one such stretch.
   std::vector<std::uint32_t> ScanMarks;
   std::vector<std::uint32_t> ScanWindow;
   std::uint32_t WindowStride;
