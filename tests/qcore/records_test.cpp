@@ -30,10 +30,10 @@ TEST(Records, RandomBytesDecodeAndEncodeToThemselves) {
 
 TEST(Records, LengthsAreTheFormats) {
   const std::map<std::uint16_t, std::uint16_t> lengths = {
-      {0, 2},      {1, 4},      {10, 8},    {15, 4},     {31, 16},   {0x6D, 2},  {0x6E, 70}, {0x6F, 4},
-      {0x71, 8},   {0x77, 6},   {0x78, 34}, {0xB0, 14},  {0xB1, 18}, {0xB2, 6},  {0xBC, 44}, {0xE6, 12},
-      {0xE7, 2},   {0x166, 14}, {0x167, 6}, {0x1FC, 8},  {0x204, 6}, {0x1D, 10}, {0x1E, 32}, {0x2B, 38},
-      {0x1AC, 46}, {0x3B, 6},   {0x3C, 7},  {0x201, 58}, {0x3A, 36},
+      {0, 2},     {1, 4},     {10, 8},     {13, 2},     {15, 4},     {31, 16},    {0x6D, 2},  {0x6E, 70}, {0x6F, 4},
+      {0x71, 8},  {0x72, 24}, {0x76, 36},  {0x77, 6},   {0x78, 34},  {0xB0, 14},  {0xB1, 18}, {0xB2, 6},  {0xBC, 44},
+      {0xE6, 12}, {0xE7, 2},  {0x156, 32}, {0x15E, 50}, {0x166, 14}, {0x167, 6},  {0x1FC, 8}, {0x204, 6}, {0x1D, 10},
+      {0x1E, 32}, {0x2B, 38}, {0x1AC, 46}, {0x3B, 6},   {0x3C, 7},   {0x201, 58}, {0x3A, 36},
   };
   for (std::uint32_t code = 0; code <= 0xFFFF; ++code) {
     const auto known = lengths.find(static_cast<std::uint16_t>(code));
