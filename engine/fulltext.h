@@ -50,6 +50,7 @@ ENG_API ENGSTATUS EngFtGetInfo(ENGHANDLE db, TIMEDATE* last_indexed);
 // A search handle goes by the names that the user has at EngFtOpen. One thread at a time.
 ENG_API ENGSTATUS EngFtOpen(ENGHANDLE* search);
 ENG_API ENGSTATUS EngFtClose(ENGHANDLE search);
+// Rows of a collection are those of its documents in `db`, else ENG_ERR_ARGUMENT.
 // `limit` 0 is none. ENG_ERR_NO_HITS with *hits 0 and no result, ENG_ERR_TEXT_QUERY. The result is the caller's.
 ENG_API ENGSTATUS EngFtSearch(ENGHANDLE db, ENGHANDLE* search, ENGHANDLE collection, const ENGCHAR* query,
                               uint32_t options, uint16_t limit, ENGHANDLE table, uint32_t* hits, ENGHANDLE* reserved,

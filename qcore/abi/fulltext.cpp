@@ -107,6 +107,7 @@ ENGSTATUS EngFtSearch(ENGHANDLE db, ENGHANDLE* search, ENGHANDLE collection, con
     const TextSearch* open = TextSearch::Find(*search);
     auto* rows = collection == 0 ? nullptr : Collection::Find(collection);
     if (!open || (collection != 0 && !rows)) return ENG_ERR_INVALID_HANDLE;
+    if (rows && &rows->index().entries() != database.get()) return ENG_ERR_ARGUMENT;
     std::vector<uint32_t> documents;
     ENGSTATUS status = rows ? rows->Documents(&documents) : ENGSTATUS{ENG_OK};
     if (status != ENG_OK) return status;

@@ -287,14 +287,14 @@ ENGSTATUS Collection::SortAsRows(std::vector<Hit>* hits) {
 }
 
 ENGSTATUS Collection::Documents(std::vector<std::uint32_t>* ids) {
+  std::uint32_t highest = 0;
+  {
+    const std::lock_guard lock(entries_->mutex());
+    const ENGSTATUS status = entries_->store().HighestSlate(&highest);
+    if (status != ENG_OK) return status;
+  }
   return index_->With(collation_, [&](IndexTree& tree) {
-    ids->clear();
-    for (PageTree::Cursor row = tree.rows().At(0); row.at_row();) {
-      if (row.kind() == RowKind::kDocument) ids->push_back(row.id());
-      if (!tree.rows().Next(&row)) break;
-    }
-    std::sort(ids->begin(), ids->end());
-    ids->erase(std::unique(ids->begin(), ids->end()), ids->end());
+    *ids = tree.Documents(highest);
     return ENGSTATUS{ENG_OK};
   });
 }

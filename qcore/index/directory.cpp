@@ -70,6 +70,18 @@ std::vector<PageNumber> Directory::LeavesOf(std::uint32_t id) {
   return leaves;
 }
 
+std::vector<std::uint32_t> Directory::Ids(std::uint32_t highest) {
+  std::vector<std::uint32_t> ids;
+  for (std::uint32_t first = 0; first <= highest; first += kIdStep * kPartIds) {
+    const Part& part = PartOf(first);
+    for (std::uint32_t place = 0; place < kPartIds; ++place) {
+      if (part.first[place] != 0) ids.push_back(first + kIdStep * place);
+    }
+    if (UINT32_MAX - first < kIdStep * kPartIds) break;
+  }
+  return ids;
+}
+
 void Directory::Clear() { parts_.clear(); }
 
 std::vector<std::uint8_t> Directory::Encode(const Part& part) {

@@ -23,6 +23,8 @@ class Directory final : public LeafWatcher {
   void Went(std::uint32_t id, PageNumber leaf) override;
   std::vector<PageNumber> LeavesOf(std::uint32_t id);
   bool Has(std::uint32_t id) { return LeafOf(id) != 0; }
+  // The documents that have rows, in ascending order.
+  std::vector<std::uint32_t> Ids(std::uint32_t highest);
   void Clear();
 
   void ForEachChanged(const std::function<void(std::uint32_t part, const std::vector<std::uint8_t>&)>& visit) const;

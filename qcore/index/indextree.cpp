@@ -116,10 +116,10 @@ std::optional<Row> IndexTree::WinnerOf(std::string_view key) {
 }
 
 void IndexTree::MarkContested(const std::string& key) {
-  Row row = tree_.At(tree_.RankOf(key)).row();
-  if (row.contested) return;
-  row.contested = true;
-  tree_.Insert(row);
+  std::optional<Row> row = WinnerOf(std::string_view(key).substr(0, key.size() - kIdSize));
+  if (!row || row->key != key || row->contested) return;
+  row->contested = true;
+  tree_.Insert(*row);
   ++unkept_;
 }
 

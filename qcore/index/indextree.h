@@ -61,6 +61,7 @@ class IndexTree {
   // All may throw IndexFault.
   std::vector<PlannedRow> RowsOf(std::uint32_t id);
   bool Has(std::uint32_t id) { return directory_.Has(id); }
+  std::vector<std::uint32_t> Documents(std::uint32_t highest) { return directory_.Ids(highest); }
   void Insert(const PlannedRow& row);
   void SetValue(const Row& row);
   void Erase(const PlannedRow& row);

@@ -275,6 +275,30 @@ TEST_F(Shared, AFolderOfAnotherDatabaseIsNotTheOneOfItsNumber) {
   EXPECT_EQ(EngDbClose(copy), ENG_OK);
 }
 
+TEST_F(Shared, ASearchOverRowsFindsTheirDocumentsOnly) {
+  Doc({{"Name", "apple pie"}});
+  const std::uint32_t cake = Doc({{"Name", "apple cake"}});
+  const OpenCollection collection(db_, MakeView({{"Name", 1}}, 0, "SELECT @Contains(Name; \"cake\")"));
+  ASSERT_EQ(EngFtIndex(db_, 0, nullptr, nullptr, nullptr), ENG_OK);
+  ASSERT_EQ(EngDbCreate("other", 255, 0), ENG_OK);
+  const ENGHANDLE other = Open("other");
+  ASSERT_EQ(EngFtIndex(other, 0, nullptr, nullptr, nullptr), ENG_OK);
+  ENGHANDLE search = 0;
+  ENGHANDLE table = 0;
+  std::uint32_t hits = 0;
+  ASSERT_EQ(EngFtOpen(&search), ENG_OK);
+  const auto find = [&](ENGHANDLE db) {
+    return EngFtSearch(db, &search, collection.get(), Store("apple"), ENG_FT_COLLECTION | ENG_FT_TABLE, 0, 0, &hits,
+                       nullptr, &table);
+  };
+  EXPECT_EQ(find(other), ENG_ERR_ARGUMENT);
+  ASSERT_EQ(find(db_), ENG_OK);
+  EXPECT_EQ(qtest::Ids(table), std::vector<std::uint32_t>{cake});
+  EXPECT_EQ(EngIdTableDestroy(table), ENG_OK);
+  EXPECT_EQ(EngFtClose(search), ENG_OK);
+  EXPECT_EQ(EngDbClose(other), ENG_OK);
+}
+
 TEST_F(Shared, AStoreOfTheFirstVersionShowsItsViews) {
   Doc({{"Name", "a"}});
   const std::uint32_t view = MakeView({{"Name", 1}});
