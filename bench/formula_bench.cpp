@@ -1,31 +1,15 @@
-// A selection and a column formula of ten operations each on a document, beside the same in Lua with the document's
-// values in local variables.
+// A selection and a column formula of ten operations each on a document, beside the same in Lua: with the document's
+// values in local variables, and reading them from the document as the formula does.
 #include <benchmark/benchmark.h>
 
+#include <cstring>
 #include <lua.hpp>
 
+#include "bench/formula_texts.h"
 #include "bench/support.h"
 #include "engine/engine.h"
 
 namespace {
-
-constexpr char kSelection[] =
-    R"(SELECT (Form = "Memo":"Reply") & Amount > 100 & (Status != "Closed" | Priority >= 3) & Quantity * 2 < 50)";
-constexpr char kColumn[] =
-    R"(@If(Amount * Quantity - Discount > 1000; "Big "; "Small ") + Subject + " (" + Status + ") " + Owner + "!")";
-
-constexpr char kDocument[] = R"(
-  local Form, Status, Subject, Owner = "Reply", "Open", "Quarterly figures of the north", "Ada King"
-  local Amount, Quantity, Discount, Priority = 125.5, 12, 20, 2
-  function Selection()
-    return (Form == "Memo" or Form == "Reply") and Amount > 100 and (Status ~= "Closed" or Priority >= 3)
-           and Quantity * 2 < 50
-  end
-  function Column()
-    return (Amount * Quantity - Discount > 1000 and "Big " or "Small ") .. Subject .. " (" .. Status .. ") " ..
-           Owner .. "!"
-  end
-)";
 
 const ENGCHAR* Store(const char* text) { return reinterpret_cast<const ENGCHAR*>(text); }
 std::uint16_t Length(const char* text) { return static_cast<std::uint16_t>(std::char_traits<char>::length(text)); }
@@ -81,14 +65,34 @@ void EvaluateFormula(benchmark::State& state, const char* text) {
   EngFormulaRelease(code);
 }
 
-void CallLua(benchmark::State& state, const char* function) {
+// Hands an item's value to Lua.
+void PushItem(lua_State* lua, ENGHANDLE slate, const char* name) {
+  BLOCKID value{};
+  std::uint16_t type = 0;
+  std::uint32_t size = 0;
+  vq::ThrowIfError(EngSlateGetItemInfo(slate, Store(name), Length(name), nullptr, &type, &value, &size));
+  const char* const bytes = static_cast<const char*>(EngMemLock(value.Pool)) + value.Block + 2;
+  if (type == 0x0300) {
+    double number = 0;
+    std::memcpy(&number, bytes, sizeof number);
+    lua_pushnumber(lua, number);
+  } else {
+    lua_pushlstring(lua, bytes, size - 2);
+  }
+  EngMemUnlock(value.Pool);
+}
+
+// `items` are what the function takes.
+void CallLua(benchmark::State& state, const char* function, const std::vector<const char*>& items = {}) {
+  const ENGHANDLE slate = Document();
   lua_State* const lua = luaL_newstate();
   luaL_openlibs(lua);
-  if (luaL_dostring(lua, kDocument) != LUA_OK) state.SkipWithError(lua_tostring(lua, -1));
+  if (luaL_dostring(lua, bench::kLua) != LUA_OK) state.SkipWithError(lua_tostring(lua, -1));
   lua_getglobal(lua, function);
   for (auto _ : state) {
     lua_pushvalue(lua, -1);
-    lua_call(lua, 0, 1);
+    for (const char* item : items) PushItem(lua, slate, item);
+    lua_call(lua, static_cast<int>(items.size()), 1);
     benchmark::DoNotOptimize(lua_toboolean(lua, -1));
     benchmark::DoNotOptimize(lua_tostring(lua, -1));
     lua_pop(lua, 1);
@@ -96,13 +100,21 @@ void CallLua(benchmark::State& state, const char* function) {
   lua_close(lua);
 }
 
-void SelectFormula(benchmark::State& state) { EvaluateFormula(state, kSelection); }
+void SelectFormula(benchmark::State& state) { EvaluateFormula(state, bench::kSelection); }
 BENCHMARK(SelectFormula);
 void SelectLua(benchmark::State& state) { CallLua(state, "Selection"); }
 BENCHMARK(SelectLua);
-void ColumnFormula(benchmark::State& state) { EvaluateFormula(state, kColumn); }
+void SelectLuaOnDocument(benchmark::State& state) {
+  CallLua(state, "SelectionOf", {"Form", "Amount", "Status", "Priority", "Quantity"});
+}
+BENCHMARK(SelectLuaOnDocument);
+void ColumnFormula(benchmark::State& state) { EvaluateFormula(state, bench::kColumn); }
 BENCHMARK(ColumnFormula);
 void ColumnLua(benchmark::State& state) { CallLua(state, "Column"); }
 BENCHMARK(ColumnLua);
+void ColumnLuaOnDocument(benchmark::State& state) {
+  CallLua(state, "ColumnOf", {"Amount", "Quantity", "Discount", "Subject", "Status", "Owner"});
+}
+BENCHMARK(ColumnLuaOnDocument);
 
 }  // namespace

@@ -31,9 +31,10 @@ class Compute {
     Slate* slate = Slate::Find(slate_handle);
     if (!slate) return ENG_ERR_INVALID_HANDLE;
     SlateSource source(*slate, assigns_ ? Assignments::kKept : Assignments::kDropped, hashes_);
-    Ancestors ancestors(slate->shared_database(), evaluator_);
+    std::optional<Ancestors> ancestors;
+    if (looks_above_) ancestors.emplace(slate->shared_database(), evaluator_);
     LateLookups lookups(&slate->shared_database());
-    source.SetSurroundings(&ancestors, &lookups);
+    source.SetSurroundings(ancestors ? &*ancestors : nullptr, &lookups);
     ENGSTATUS status = evaluator_.Evaluate(source, 0, result);
     if (status == ENG_OK) status = take(result->value);
     return status == ENG_OK ? source.Apply() : status;
@@ -52,6 +53,7 @@ class Compute {
 
   Compute(std::shared_ptr<const Program> program, std::uint32_t code_length, bool assigns)
       : evaluator_(std::move(program)), code_length_(code_length), assigns_(assigns) {
+    looks_above_ = evaluator_.program().selects_responses() || evaluator_.program().selects_descendants();
     for (const std::string& name : evaluator_.program().item_names()) hashes_.push_back(FoldedHash(name));
   }
 
@@ -59,6 +61,7 @@ class Compute {
   std::vector<std::uint32_t> hashes_;  // of the names that the formula reads
   std::uint32_t code_length_;
   bool assigns_;
+  bool looks_above_ = false;
 };
 
 }  // namespace qcore::formula

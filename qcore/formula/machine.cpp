@@ -171,8 +171,7 @@ void Machine::Fetch(std::uint32_t index) {
   }
 }
 
-Value* Machine::FindAssigned(std::string_view name) {
-  if (assigned_.empty()) return nullptr;
+Value* Machine::SearchAssigned(std::string_view name) {
   Charge(assigned_.size());
   const auto found = std::ranges::find_if(assigned_, [name](const Assigned& a) { return SameName(a.name, name); });
   return found != assigned_.end() ? &found->value : nullptr;
@@ -297,8 +296,10 @@ Value Machine::BinaryValues(Op op, const Value& left, const Value& right) {
   }
   if (right.count == 1 || op != Op::kEqual) return false;
   Charge(right.count);
-  const TextRef* const end = right.text_list + right.count;
-  *truth = std::any_of(right.text_list, end, [&left](const TextRef& text) { return SameText(left.text, text); });
+  const TextRef* at = right.text_list;
+  const TextRef* const end = at + right.count;
+  while (at != end && !SameText(left.text, *at)) ++at;
+  *truth = at != end;
   return true;
 }
 
@@ -331,27 +332,30 @@ inline Machine::Delivered Machine::Deliver(const Instruction* code, const Instru
   }
 }
 
-// Two numbers need no detour.
-[[gnu::always_inline]] inline Value Machine::Binary(Op op, const Value& left, const Value& right) {
-  if (left.is_number() && right.is_number() && left.count == 1 && right.count == 1) {
+// Two numbers need no detour: the left one becomes the result.
+[[gnu::always_inline]] inline void Machine::Binary(Op op, Value* left, const Value& right) {
+  if (left->is_number() && right.is_number() && left->count == 1 && right.count == 1) [[likely]] {
     double result = 0;
     switch (op) {
       case Op::kAdd:
-        result = left.number + right.number;
+        result = left->number + right.number;
         break;
       case Op::kSubtract:
-        result = left.number - right.number;
+        result = left->number - right.number;
         break;
       case Op::kMultiply:
-        result = left.number * right.number;
+        result = left->number * right.number;
         break;
       default:
-        return BinaryValues(op, left, right);
+        *left = BinaryValues(op, *left, right);
+        return;
     }
-    if (std::isfinite(result)) [[likely]]
-      return Value::Number(result);
+    if (std::isfinite(result)) [[likely]] {
+      left->number = result;
+      return;
+    }
   }
-  return BinaryValues(op, left, right);
+  *left = BinaryValues(op, *left, right);
 }
 
 Value Machine::AddMany(std::span<const Value> values) {
@@ -368,7 +372,7 @@ Value Machine::AddMany(std::span<const Value> values) {
     return Value::Text(joined, size);
   }
   Value sum = values[0];
-  for (const Value& value : values.subspan(1)) sum = Binary(Op::kAdd, sum, value);
+  for (const Value& value : values.subspan(1)) Binary(Op::kAdd, &sum, value);
   return sum;
 }
 
@@ -413,8 +417,22 @@ Value Machine::RunSection(Source& source, std::size_t section_index) {
   const Instruction* const code = section.instructions.data();
   const Value* const constants = program_.constants().data();
   Value* top = stack_.data();  // the first free place
-  Value result;
-  for (const Instruction* at = code;; ++at) {
+  const Instruction* at = code;
+  // Inlined, so that the places stay in registers.
+  const auto deliver = [&](bool truth) __attribute__((always_inline)) {
+    const Delivered delivered = Deliver(code, at, truth, top);
+    at = delivered.at;
+    top += delivered.values;
+  };
+  const auto compare = [&](const Value& left, const Value& right) __attribute__((always_inline)) {
+    bool truth = false;
+    if (CompareQuickly(static_cast<Op>(at->a), left, right, &truth)) [[likely]] {
+      deliver(truth);
+    } else {
+      *top++ = BinaryValues(static_cast<Op>(at->a), left, right);
+    }
+  };
+  for (;; ++at) {
     switch (at->run) {
       case Run::kConstant:
         *top++ = constants[at->b];
@@ -439,25 +457,29 @@ Value Machine::RunSection(Source& source, std::size_t section_index) {
         break;
       case Run::kArithmetic:
         --top;
-        top[-1] = Binary(static_cast<Op>(at->a), top[-1], top[0]);
+        Binary(static_cast<Op>(at->a), &top[-1], top[0]);
+        break;
+      case Run::kArithmeticConstant:
+        Binary(static_cast<Op>(at->a), &top[-1], constants[at->b]);
         break;
       case Run::kCompare:
+        top -= 2;
+        compare(*top, top[1]);
+        break;
       case Run::kCompareConstant:
-      case Run::kNameCompare: {
-        if (at->run == Run::kCompare) --top;
-        if (at->run != Run::kNameCompare) --top;
-        const Value& left = at->run == Run::kNameCompare ? Read(at->b) : *top;
-        const Value& right = at->run == Run::kCompare           ? top[1]
-                             : at->run == Run::kCompareConstant ? constants[at->b]
-                                                                : constants[at->c];
-        bool truth = false;
-        if (CompareQuickly(static_cast<Op>(at->a), left, right, &truth)) [[likely]] {
-          const Delivered delivered = Deliver(code, at, truth, top);
-          at = delivered.at;
-          top += delivered.values;
+        --top;
+        compare(*top, constants[at->b]);
+        break;
+      case Run::kNameCompare:
+        compare(Read(at->b), constants[at->c]);
+        break;
+      case Run::kNameCompareNumber: {
+        const Value& left = Read(at->b);
+        const Value& right = constants[at->c];
+        if (left.is_number() && left.count == 1) [[likely]] {
+          deliver(HoldsFor(static_cast<Op>(at->a), left.number, right.number));
         } else {
-          *top = BinaryValues(static_cast<Op>(at->a), left, right);
-          ++top;
+          *top++ = BinaryValues(static_cast<Op>(at->a), left, right);
         }
         break;
       }
@@ -565,11 +587,6 @@ Value Machine::RunSection(Source& source, std::size_t section_index) {
         }
         break;
       }
-      case Run::kEnd:
-        result = *--top;
-        break;
-      case Run::kStop:
-        return result;
     }
   }
 }

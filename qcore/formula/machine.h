@@ -23,9 +23,9 @@ inline TruthValue TruthOf(const Value& value) {
 }
 
 // Whether kEqual to kGreaterEqual is so; of what is no number only kNotEqual is.
+// By kHolding: a bit for each of: not comparable, less, greater, equal.
+inline constexpr std::uint8_t kHolding[] = {8, 7, 2, 4, 10, 12};
 inline bool HoldsFor(Op op, double left, double right) {
-  // A bit for each of: not comparable, less, greater, equal.
-  constexpr std::uint8_t kHolding[] = {8, 7, 2, 4, 10, 12};
   const unsigned order = (left < right ? 1u : 0u) + (left > right ? 2u : 0u) + (left == right ? 3u : 0u);
   return (kHolding[static_cast<std::size_t>(op) - static_cast<std::size_t>(Op::kEqual)] >> order & 1) != 0;
 }
@@ -88,7 +88,8 @@ class Machine {
 
   void Start(Source& source);
   // Null for an item that was not assigned.
-  Value* FindAssigned(std::string_view name);
+  Value* FindAssigned(std::string_view name) { return assigned_.empty() ? nullptr : SearchAssigned(name); }
+  Value* SearchAssigned(std::string_view name);
   const Value& Read(std::uint32_t slot) {
     if (slots_[slot].state == State::kUnread) Fetch(slot);
     return slots_[slot].value;
@@ -105,7 +106,7 @@ class Machine {
     std::ptrdiff_t values;
   };
   Delivered Deliver(const Instruction* code, const Instruction* at, bool truth, Value* top);
-  Value Binary(Op op, const Value& left, const Value& right);
+  void Binary(Op op, Value* left, const Value& right);
   Value BinaryValues(Op op, const Value& left, const Value& right);
   // One after the other, or all at once where all are single texts.
   Value AddMany(std::span<const Value> values);

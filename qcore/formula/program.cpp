@@ -27,8 +27,7 @@ class Lowering final : public Visitor {
   void OnUnary(Op op, bool) override {
     const std::uint32_t constant = Pop().constant;
     Push({kNone, kNone, op == Op::kNot});
-    if (op == Op::kNegate && constant != kNone && program_->constants_[constant].is_number() &&
-        program_->constants_[constant].count == 1) {
+    if (op == Op::kNegate && IsSingleNumber(constant)) {
       code().pop_back();
       Pop();
       return PushConstant(AddConstant(Value::Number(-program_->constants_[constant].number)));
@@ -48,6 +47,10 @@ class Lowering final : public Visitor {
     if (op == Op::kAdd) return Addition(left.sum);
     const bool arithmetic = op >= Op::kMultiply && op <= Op::kSubtract;
     Push({kNone, kNone, op >= Op::kEachEqual});
+    if (arithmetic && IsSingleNumber(right.constant)) {
+      code().back() = {Run::kArithmeticConstant, static_cast<std::uint16_t>(op), right.constant};
+      return;
+    }
     Put({arithmetic ? Run::kArithmetic : Run::kBinary, static_cast<std::uint16_t>(op)});
   }
 
@@ -112,7 +115,7 @@ class Lowering final : public Visitor {
   void OnRemark(std::uint16_t) override {}
   void OnEnd() override {
     Pop();
-    Put({Run::kEnd});
+    Put({Run::kPop});
   }
 
  private:
@@ -137,6 +140,9 @@ class Lowering final : public Visitor {
     std::uint16_t arguments;
   };
 
+  bool IsSingleNumber(std::uint32_t constant) const {
+    return constant != kNone && program_->constants_[constant].is_number() && program_->constants_[constant].count == 1;
+  }
   std::vector<Instruction>& code() { return section_->instructions; }
   std::uint32_t Here() { return static_cast<std::uint32_t>(code().size()); }
   void Put(const Instruction& instruction) { code().push_back(instruction); }
@@ -225,7 +231,8 @@ class Lowering final : public Visitor {
     code().pop_back();
     Instruction& left = code().back();
     if (named && left.run == Run::kName) {
-      left = {Run::kNameCompare, static_cast<std::uint16_t>(op), left.b, right};
+      const Run run = IsSingleNumber(right) ? Run::kNameCompareNumber : Run::kNameCompare;
+      left = {run, static_cast<std::uint16_t>(op), left.b, right};
     } else {
       Put({Run::kCompareConstant, static_cast<std::uint16_t>(op), right});
     }
@@ -388,7 +395,8 @@ ENGSTATUS LoadedProgram::LoadCode(Bytes code) {
     sections_.push_back({std::string(sections[i].name), {}, false});
     Lowering lowering(this, &sections_.back(), walk.constants());
     status = walk.Run(&lowering);
-    sections_.back().instructions.push_back({Run::kStop});
+    // The value of the last statement is that of all.
+    if (status == ENG_OK) sections_.back().instructions.back() = {Run::kReturn};
   }
   return status;
 }

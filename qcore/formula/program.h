@@ -18,22 +18,24 @@ enum class Run : std::uint8_t {
   kTemp,      // b slot, which does
   kNegate,
   kNot,
-  kBinary,           // a Op
-  kArithmetic,       // a Op, kMultiply to kSubtract
-  kCompare,          // a Op, kEqual to kGreaterEqual
-  kCompareConstant,  // as kCompare, the right one being constant b
-  kNameCompare,      // a Op, slot b against constant c
-  kAddMany,          // the sum of a values, from the left
-  kAnd,              // a false or failing top ends at b
-  kOr,               // a true or failing top ends at b
-  kTruth,            // the top becomes 0 or 1
-  kCondition,        // takes the top; false goes to b, an error stays and goes to c
-  kJump,             // to b
-  kLoop,             // to b, and counts
+  kBinary,              // a Op
+  kArithmetic,          // a Op, kMultiply to kSubtract
+  kArithmeticConstant,  // as kArithmetic, the right one being constant b, a single number
+  kCompare,             // a Op, kEqual to kGreaterEqual
+  kCompareConstant,     // as kCompare, the right one being constant b
+  kNameCompare,         // a Op, slot b against constant c
+  kNameCompareNumber,   // the same, the constant being a single number
+  kAddMany,             // the sum of a values, from the left
+  kAnd,                 // a false or failing top ends at b
+  kOr,                  // a true or failing top ends at b
+  kTruth,               // the top becomes 0 or 1
+  kCondition,           // takes the top; false goes to b, an error stays and goes to c
+  kJump,                // to b
+  kLoop,                // to b, and counts
   kPop,
-  kIfError,  // takes an error away; any other value goes to b
-  kCall,     // function, a arguments
-  kReturn,
+  kIfError,     // takes an error away; any other value goes to b
+  kCall,        // function, a arguments
+  kReturn,      // ends with the top as the value
   kSetTemp,     // b slot
   kSetItem,     // b slot
   kSetDefault,  // b slot
@@ -42,8 +44,6 @@ enum class Run : std::uint8_t {
   kIterate,      // the top becomes what slot b runs through; an error goes to c
   kNext,         // sets the variable, or makes the result and goes to b
   kCollect,      // takes the top into the result; an error ends the loop at b
-  kEnd,          // the top becomes the result
-  kStop,
 };
 
 struct Instruction {
