@@ -33,7 +33,7 @@ ROOMS = {
     "tests/client": ["vq/vq.h", "tests"],
     "tests": ["engine", "vq", "qcore", "tests", "tools"],
     "fuzz": ["engine", "vq", "qcore", "tests"],
-    "bench": ["engine", "vq", "qcore/index"],
+    "bench": ["engine", "vq", "qcore/index", "qcore/formula"],
 }
 
 # Lowest first. A room of the engine includes itself and those to its left; qcore/abi stands above all of them.
