@@ -15,6 +15,7 @@
 #include "engine/number.h"
 #include "engine/ods.h"
 #include "engine/process.h"
+#include "engine/render.h"
 #include "engine/slate.h"
 #include "engine/status.h"
 #include "engine/text.h"

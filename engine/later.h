@@ -103,19 +103,11 @@ typedef enum EngLaterNumber {
   EngLater_End
 } EngLaterNumber;
 
-// Slates: forms, encryption, rendering
+// Slates: forms, encryption
 ENG_API ENGSTATUS EngSlateEncrypt(ENGHANDLE slate, uint16_t flags, ENGHANDLE* encrypted);
 ENG_API ENGSTATUS EngSlateDecrypt(ENGHANDLE slate, uint16_t flags);
 ENG_API ENGSTATUS EngSlateSign(ENGHANDLE slate);
 ENG_API ENGSTATUS EngSlateUnsign(ENGHANDLE slate);
-ENG_API ENGSTATUS EngSlateCreateTemp(ENGHANDLE db, const ENGCHAR* name, ENGHANDLE* target);
-ENG_API ENGSTATUS EngSlateRenderAppend(ENGHANDLE target, ENGHANDLE style, uint32_t font, const ENGCHAR* text,
-                                       uint32_t length, uint32_t flags);
-ENG_API ENGSTATUS EngSlateRenderClose(ENGHANDLE target);
-ENG_API ENGSTATUS EngSlateRenderFinish(ENGHANDLE target, uint32_t reserved1, uint32_t reserved2, uint32_t reserved3,
-                                       uint32_t reserved4);
-ENG_API ENGSTATUS EngSlateRenderOpenStyle(ENGHANDLE target, const ENGCHAR* name, const void* style, ENGHANDLE* opened);
-ENG_API ENGSTATUS EngSlateRenderToItem(ENGHANDLE target, ENGHANDLE form, ENGHANDLE slate);
 
 // Servers and replication
 ENG_API ENGSTATUS EngServerCommand(const ENGCHAR* server, const ENGCHAR* command, ENGHANDLE* reply,

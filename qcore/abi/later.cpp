@@ -115,18 +115,6 @@ ENGSTATUS EngSlateEncrypt(ENGHANDLE, uint16_t, ENGHANDLE*) { return NotAvailable
 ENGSTATUS EngSlateDecrypt(ENGHANDLE, uint16_t) { return NotAvailable(EngLater_SlateDecrypt); }
 ENGSTATUS EngSlateSign(ENGHANDLE) { return NotAvailable(EngLater_SlateSign); }
 ENGSTATUS EngSlateUnsign(ENGHANDLE) { return NotAvailable(EngLater_SlateUnsign); }
-ENGSTATUS EngSlateCreateTemp(ENGHANDLE, const ENGCHAR*, ENGHANDLE*) { return NotAvailable(EngLater_SlateCreateTemp); }
-ENGSTATUS EngSlateRenderAppend(ENGHANDLE, ENGHANDLE, uint32_t, const ENGCHAR*, uint32_t, uint32_t) {
-  return NotAvailable(EngLater_SlateRenderAppend);
-}
-ENGSTATUS EngSlateRenderClose(ENGHANDLE) { return NotAvailable(EngLater_SlateRenderClose); }
-ENGSTATUS EngSlateRenderFinish(ENGHANDLE, uint32_t, uint32_t, uint32_t, uint32_t) {
-  return NotAvailable(EngLater_SlateRenderFinish);
-}
-ENGSTATUS EngSlateRenderOpenStyle(ENGHANDLE, const ENGCHAR*, const void*, ENGHANDLE*) {
-  return NotAvailable(EngLater_SlateRenderOpenStyle);
-}
-ENGSTATUS EngSlateRenderToItem(ENGHANDLE, ENGHANDLE, ENGHANDLE) { return NotAvailable(EngLater_SlateRenderToItem); }
 ENGSTATUS EngServerCommand(const ENGCHAR*, const ENGCHAR*, ENGHANDLE*, uint32_t*) {
   return NotAvailable(EngLater_ServerCommand);
 }

@@ -33,6 +33,7 @@ enum class Kind : std::uint32_t {
   kCollection = 7,
   kCompute = 8,
   kTextSearch = 9,
+  kRender = 10,
 };
 
 // A number for the calling thread, never 0 and never used twice.

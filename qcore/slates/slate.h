@@ -99,6 +99,8 @@ class Slate final : public OpenSlate {
                                  Slot* slot);
   [[nodiscard]] ENGSTATUS AppendBlock(std::uint16_t flags, std::string_view name, ENGHANDLE memory, std::uint32_t size,
                                       Slot* slot);
+  // A value that names an object of another slate, which an update copies, or the next value from a third one.
+  [[nodiscard]] ENGSTATUS AppendForeign(std::string_view name, Bytes data, const Objects& objects, Slot* slot);
   [[nodiscard]] ENGSTATUS ReplaceBlock(Slot slot, ENGHANDLE memory, std::uint32_t size);
   [[nodiscard]] ENGSTATUS Reallocate(Slot slot, std::uint32_t size);
   void Touch(Slot slot);

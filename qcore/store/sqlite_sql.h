@@ -126,7 +126,6 @@ enum class SqliteStore::Sql : std::size_t {
   kScanSlates,
   kHighestSlate,
   kReadPage,
-  kReadPages,
   kWritePage,
   kDropPages,
   kCount,

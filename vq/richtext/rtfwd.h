@@ -26,6 +26,7 @@ class VQRTCursor;
 class VQRTElement;
 class VQRTObject;
 class VQRichText;
+class VQSlate;
 class VQString;
 class VQStylizedText;
 class VQTable;

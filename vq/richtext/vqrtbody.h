@@ -147,6 +147,12 @@ class VQ_API VQRichText : public VQItem {
   VQSTATUS Append(const VQString& text, int convertNewlines = 1);
   VQSTATUS Append(const VQRichText& richText);
   VQSTATUS Append(const VQRTObject& object, VQRTObject* appended = nullptr);
+  // Appends a document as it reads: through the form, a slate whose $Body has fields, each shown as its item's value;
+  // or through the form that its item Form names, and without one as a list of its items. Fonts, links and attachments
+  // come along. A closed document or form is opened for it and closed again. VQERR_OBJECT_NOT_INITIALIZED,
+  // VQERR_UNINITIALIZED_ARGUMENT.
+  VQSTATUS AppendRenderedDocument(const VQSlate& document);
+  VQSTATUS AppendRenderedDocument(const VQSlate& document, const VQSlate& form);
   VQSTATUS ClearHotspot(VQRTObject* hotspot);
   VQSTATUS ClearHotspotRange(const VQRTCursor& start, const VQRTCursor& end);
   // An empty table at the cursor, which goes into the text behind it. VQERR_ROW_COUNT above 255, VQERR_COLUMN_COUNT

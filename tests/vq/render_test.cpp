@@ -1,0 +1,144 @@
+// Documents as they read: through a form, and as a list of their items.
+#include "engine/render.h"
+
+#include <fstream>
+
+#include "tests/vq/support/records.h"
+#include "tests/vq/support/store_fixture.h"
+#include "vq/richobjects/vqrtattach.h"
+#include "vq/richtext/fonttable.h"
+#include "vq/values/vqnumber.h"
+
+namespace {
+
+using namespace vqtest;
+
+std::string Word(std::size_t value) { return Bytes({static_cast<int>(value & 255), static_cast<int>(value >> 8)}); }
+
+// A field record with nothing but its name, in 10 point bold.
+std::string Field(const std::string& name, const std::string& nameLength = "") {
+  const std::string fixed = Word(0) + Word(0x0501) + Word(0) + Bytes({8, 0, 0, 0}) + Bytes({0, 0, 0, 2}) +
+                            Bytes({1, 1, 0, 10}) + Word(0) + Word(0) + Word(0) + Word(0) +
+                            (nameLength.empty() ? Word(name.size()) : nameLength) + Word(0) + Word(0);
+  return Record(0xFF8A, fixed + name);
+}
+
+class Rendered : public StoreFixture {
+ protected:
+  VQSlate NewForm(const std::string& name, const std::string& body) {
+    VQSlate form;
+    EXPECT_EQ(Db.CreateSlate(VQSLATECLASS_FORM | VQDESIGNKIND_FORM << 16, &form), VQ_OK);
+    SetText(form, "$TITLE", name);
+    EXPECT_EQ(form.CreateItem("$Body", TYPE_COMPOSITE, body.data(), body.size()), VQ_OK);
+    EXPECT_EQ(form.Save(), VQ_OK);
+    return form;
+  }
+  // What a text says after `append`; its status where that fails.
+  template <typename Append>
+  static std::string TextAfter(Append append) {
+    VQRichText text;
+    EXPECT_EQ(text.Create(), VQ_OK);
+    if (const VQSTATUS status = append(text)) return "?" + std::to_string(status);
+    VQString all;
+    EXPECT_EQ(text.GetText(&all), VQ_OK);
+    return TextOf(all);
+  }
+};
+
+TEST_F(Rendered, FieldsBecomeTheirValues) {
+  VQDocument document = NewDocument("a subject");
+  SetText(document, "Form", "Memo");
+  VQNumbers number;
+  VQText list;
+  ASSERT_EQ(document.CreateItem("Price", &number), VQ_OK);
+  number << 12.5;
+  ASSERT_EQ(document.CreateItem("Names", &list), VQ_OK);
+  list << VQString("Ann") << VQString("Bob");
+  const struct {
+    const char* title;
+    std::string body, text;
+  } rows[] = {
+      {"a text", Text("Subject: ") + Field("Subject"), "Subject: a subject"},
+      {"a number", Field("Price") + Text(" each"), "12.5 each"},
+      {"a list", Field("Names"), "Ann, Bob"},
+      {"a missing item", Text("<") + Field("None") + Text(">"), "<>"},
+      {"an extension ahead", Record(0xFFB0, std::string(20, 0)) + Field("Subject"), "a subject"},
+      {"paragraphs", Reference(1) + Text("a") + Paragraph() + Reference(2) + Field("Subject"), "a\na subject"},
+      {"an unknown record", Unknown("x") + Field("Subject"), "a subject"},
+      {"a name that leads out", Field("Subject", Word(200)), "?4103"},
+      {"a record that leads out", Field("Subject") + Bytes({0x85, 0xFF, 200, 0}), "?4103"},
+      {"a short field", Record(0xFF8A, "short"), "?4103"},
+  };
+  for (const auto& row : rows) {
+    const VQSlate form = NewForm("F", row.body);
+    EXPECT_EQ(TextAfter([&](VQRichText& text) { return text.AppendRenderedDocument(document, form); }), row.text)
+        << row.title;
+  }
+  const auto alone = [&](VQRichText& text) { return text.AppendRenderedDocument(document); };
+  EXPECT_EQ(TextAfter(alone), "Subject: a subject\nForm: Memo\nPrice: 12.5\nNames: Ann, Bob");
+  NewForm("Memo", Text("memo ") + Field("Subject"));
+  EXPECT_EQ(TextAfter(alone), "memo a subject") << "the form that the document names";
+  ASSERT_EQ(document.Save(), VQ_OK);
+  ASSERT_EQ(document.Close(), VQ_OK);
+  EXPECT_EQ(TextAfter(alone), "memo a subject");
+  EXPECT_FALSE(document.IsOpen()) << "as it was";
+}
+
+// Paragraph numbers and faces of form and document are each their own; attachments come along.
+TEST_F(Rendered, RichTextsInFields) {
+  VQDocument document = NewDocument("s"), target = NewDocument("t");
+  VQRichText body, text;
+  VQFontTable fonts;
+  unsigned char face = 0;
+  ASSERT_EQ(document.CreateItem("Body", &body), VQ_OK);
+  ASSERT_EQ(body.Append("first\nsecond "), VQ_OK);
+  VQRTCursor cursor;
+  std::ofstream(Home.Path("file")) << "bytes";
+  ASSERT_EQ(body.GetEndCursor(&cursor), VQ_OK);
+  ASSERT_EQ(body.CreateAttachment(Store(Home.Path("file")), &cursor), VQ_OK);
+  ASSERT_EQ(document.CreateItem("$Fonts", &fonts), VQ_OK);
+  ASSERT_EQ(fonts.AddFace(0x22, "Garamond", &face), VQ_OK);
+  ASSERT_EQ(document.Save(), VQ_OK);
+  const VQSlate form = NewForm("F", Reference(1) + Text("[") + Field("Body") + Text("]"));
+  ASSERT_EQ(target.CreateItem("Body", &text), VQ_OK);
+  ASSERT_EQ(text.AppendRenderedDocument(document, form), VQ_OK);
+  ASSERT_EQ(target.Save(), VQ_OK);
+  ASSERT_EQ(Db.DeleteSlate(&document), VQ_OK);
+  VQString all;
+  ASSERT_EQ(text.GetText(&all), VQ_OK);
+  EXPECT_EQ(TextOf(all), "[first\nsecond file - 5 bytes]");
+  VQAttachment attachment;
+  ASSERT_EQ(target.GetAttachment("file", &attachment), VQ_OK);
+  EXPECT_EQ(attachment.Detach(Store(Home.Path("out"))), VQ_OK);
+}
+
+// The engine's own operations: styled text, then a document, in one target.
+TEST_F(Rendered, TargetsOfTheEngine) {
+  VQDocument document = NewDocument("s");
+  const ENGHANDLE db = Db.GetDatabaseBody()->GetHandle(), slate = document.GetSlateBody()->GetHandle();
+  const auto* name = reinterpret_cast<const ENGCHAR*>("R");
+  const auto* words = reinterpret_cast<const ENGCHAR*>("one\r\ntwo");
+  ENGHANDLE target = 0, made = 0;
+  std::uint16_t style = 0;
+  ASSERT_EQ(EngSlateCreateTemp(db, name, &target), ENG_OK);
+  EXPECT_EQ(EngSlateRenderTake(target, &made), ENG_ERR_ARGUMENT) << "before it is finished";
+  EXPECT_EQ(EngSlateRenderAppend(target, 7, 0x0A0B0001, words, 8, 0), ENG_ERR_ARGUMENT) << "no such style";
+  ASSERT_EQ(EngSlateRenderOpenStyle(target, reinterpret_cast<const ENGCHAR*>("Normal"), nullptr, &style), ENG_OK);
+  ASSERT_EQ(EngSlateRenderAppend(target, style, 0x0A0B0001, words, 8, 0), ENG_OK);
+  ASSERT_EQ(EngSlateRenderToItem(target, 0, slate), ENG_OK);
+  ASSERT_EQ(EngSlateRenderFinish(target, 0, 0, 0, 0), ENG_OK);
+  EXPECT_EQ(EngSlateRenderAppend(target, 0, 0, words, 8, 0), ENG_ERR_ARGUMENT);
+  ASSERT_EQ(EngSlateRenderTake(target, &made), ENG_OK);
+  EXPECT_EQ(EngSlateRenderTake(target, &made), ENG_ERR_ARGUMENT);
+  EXPECT_EQ(EngSlateRenderClose(target), ENG_OK);
+  EXPECT_EQ(EngSlateRenderClose(target), ENG_ERR_INVALID_HANDLE);
+  VQSlate rendered;
+  ASSERT_EQ(rendered.BindToHandle(Db.GetDatabaseBody(), made), VQ_OK);
+  VQRichText text;
+  VQString all;
+  ASSERT_EQ(rendered.GetItem("R", &text), VQ_OK);
+  ASSERT_EQ(text.GetText(&all), VQ_OK);
+  EXPECT_EQ(TextOf(all), "one\ntwo\nSubject: s");
+}
+
+}  // namespace
