@@ -7,6 +7,45 @@ using fuzz::Claim;
 
 std::string TextOf(const VQString& text) { return {reinterpret_cast<const char*>(text.GetBuf()), text.GetBufLength()}; }
 
+// Whatever the cells are like: a status, and counts that hold.
+void EditTable(VQRichText& body, VQRTCursor* cursor, std::uint8_t what) {
+  VQRTObject found;
+  if (body.FindFirst(VQRTTYPE_TABLE, &found) != VQ_OK) {
+    body.CreateTable(1 + (what & 3), 1 + (what >> 6), cursor);
+    return;
+  }
+  VQTable table(found);
+  table.SetUnits(VQUNITS_TWIPS);
+  const unsigned long rows = table.GetRowCount(), columns = table.GetColumnCount(), at = what >> 6;
+  VQSTATUS status = VQ_OK;
+  switch (what >> 3 & 7) {
+    case 0:
+      Claim(table.InsertRows(at, 2) != VQ_OK || table.GetRowCount() == rows + 2, "rows came in");
+      break;
+    case 1:
+      Claim(table.DeleteRows(at, 1) != VQ_OK || table.GetRowCount() == rows - 1, "a row went");
+      break;
+    case 2:
+      Claim(table.InsertColumns(at, 1) != VQ_OK || table.GetColumnCount() == columns + 1, "a column came in");
+      break;
+    case 3:
+      Claim(table.DeleteColumns(at, 1) != VQ_OK || table.GetColumnCount() == columns - 1, "a column went");
+      break;
+    case 4:
+      status = table.SetColumnWidth(at, 1000);
+      Claim(status != VQ_OK || table.GetColumnWidth(at) == 1000, "the width is set");
+      break;
+    case 5:
+      table.SetColumnSpacing(at * 30);
+      break;
+    case 6:
+      table.Outline(VQTABLEBORDERSTYLE_4);
+      break;
+    default:
+      table(at, 0).Append("text");
+  }
+}
+
 void Edit(VQRichText& body, VQRTCursor* cursor, std::uint8_t what) {
   for (int i = 0; i < (what >> 4); ++i) {
     if (!cursor->IsAtEnd()) ++*cursor;
@@ -29,6 +68,9 @@ void Edit(VQRichText& body, VQRTCursor* cursor, std::uint8_t what) {
       break;
     case 5:
       body.MergeNextParagraph(cursor);
+      break;
+    case 6:
+      EditTable(body, cursor, static_cast<std::uint8_t>(what * 29));
       break;
     default:
       cursor->GotoNext(VQRTTYPE_ELEMENT);

@@ -218,4 +218,357 @@ TEST_F(Table, KeepsDefinitionsInRowZero) {
   EXPECT_EQ(TypesIn(table(0, 1)).front(), VQRTTYPE_PAB_DEFINITION);
 }
 
+std::string Row(int row, std::initializer_list<int> pabids, bool defines) {
+  std::string records;
+  int column = 0;
+  for (const int pabid : pabids) {
+    const int left = 1440 + 2000 * column;
+    records += CellRecord(row, column, left, left + 2000, 2000);
+    if (defines) records += Definition(pabid, left, left + 2000);
+    records += Paragraph() + Reference(pabid) + Text("r" + std::to_string(row) + "c" + std::to_string(column));
+    ++column;
+  }
+  return records;
+}
+
+std::string Begin(int flags = 2) { return Record(SIG_CD_TABLEBEGIN, Words({1440, 40, 60, 0, 0, flags})); }
+
+// The margins of the style in force in a cell.
+std::string MarginsIn(const VQTable& table, unsigned long row, unsigned long column) {
+  VQRTCursor cursor;
+  VQParagraphStyle style;
+  EXPECT_EQ(table(row, column).GetCursor(&cursor), VQ_OK);
+  EXPECT_EQ(cursor.GetParagraphStyle(&style), VQ_OK);
+  const CDPABDEFINITION record = style.GetCDPABDefinition();
+  return std::to_string(record.LeftMargin) + "-" + std::to_string(record.RightMargin);
+}
+
+VQTable TableAt(const VQRichText& text, int number) {
+  VQRTObject found;
+  EXPECT_EQ(text.FindFirst(VQRTTYPE_TABLE, &found), VQ_OK);
+  for (; number > 0; --number) EXPECT_EQ(text.FindNext(found, VQRTTYPE_TABLE, &found), VQ_OK);
+  VQTable table(found);
+  EXPECT_EQ(table.SetUnits(VQUNITS_TWIPS), VQ_OK);
+  return table;
+}
+
+// As other writers leave them: tables, and text, that live on the definitions of a table before them.
+TEST_F(Table, ChangesNoStyleButItsOwn) {
+  const std::string first = Begin() + Row(0, {5, 6}, true) + Row(1, {5, 6}, false) + TableEnd();
+  const std::string second = Begin() + Row(0, {5, 6}, false) + Row(1, {5, 6}, false) + TableEnd();
+  const std::string between = Paragraph() + Reference(1) + Text("x") + Paragraph();
+  const std::string all = first + between + second + Paragraph() + Reference(6) + Text("y") + Paragraph() + second;
+  for (int changed = 0; changed < 3; ++changed) {
+    SCOPED_TRACE(changed);
+    VQRichText text = RichText(all);
+    ASSERT_EQ(TableAt(text, changed).SetColumnWidth(0, 1000), VQ_OK);
+    VQRichText again = RichText(Written(text));
+    for (int table = 0; table < 3; ++table) {
+      SCOPED_TRACE(table);
+      const bool moved = table == changed;
+      EXPECT_EQ(MarginsIn(TableAt(again, table), 1, 0), moved ? "1440-2440" : "1440-3440");
+      EXPECT_EQ(MarginsIn(TableAt(again, table), 1, 1), moved ? "2440-4440" : "3440-5440");
+    }
+    VQRTCursor cursor = At(again, 0);
+    ASSERT_EQ(cursor.GotoNext("y"), VQ_OK);
+    VQParagraphStyle style;
+    ASSERT_EQ(cursor.GetParagraphStyle(&style), VQ_OK);
+    EXPECT_EQ(style.GetCDPABDefinition().LeftMargin, 3440);
+    EXPECT_EQ(Plain(again), Plain(RichText(all)));
+  }
+}
+
+TEST_F(Table, GivesColumnsThatShareADefinitionOneEach) {
+  VQRichText text = RichText(Begin() + Row(0, {5, 5}, true) + Row(1, {5, 5}, false) + TableEnd());
+  VQTable table = TableAt(text, 0);
+  ASSERT_EQ(table.SetLeftMargin(1540), VQ_OK);
+  EXPECT_EQ(MarginsIn(table, 1, 0), "1540-3540");
+  EXPECT_EQ(MarginsIn(table, 1, 1), "3540-5540");
+}
+
+TEST_F(Table, BringsIdentifiersOfItsOwn) {
+  VQRichText source =
+      RichText(Begin() + Row(0, {5, 6}, true) + TableEnd() + Begin() + Row(0, {5, 6}, false) + TableEnd());
+  const VQTable other = TableAt(source, 1);
+  VQRichText text = NewText();
+  ASSERT_EQ(text.Append("before"), VQ_OK);
+  VQTable alone(1, 2);
+  VQRTCursor cursor = At(text, 6);
+  ASSERT_EQ(text.Append(other), VQ_OK);
+  ASSERT_EQ(text.Insert(other, &cursor), VQ_OK);
+  ASSERT_EQ(text.Append(alone), VQ_OK);
+  std::vector<int> all = IDs(TableAt(text, 0), VQRTTYPE_PAB_REFERENCE);
+  for (int number : {1, 2}) {
+    for (const int id : IDs(TableAt(text, number), VQRTTYPE_PAB_REFERENCE)) all.push_back(id);
+  }
+  std::sort(all.begin(), all.end());
+  EXPECT_EQ(all, (std::vector<int>{2, 3, 4, 5, 6, 7}));
+  EXPECT_EQ(MarginsIn(TableAt(text, 0), 0, 1), "3440-5440") << "the definition comes along";
+  EXPECT_EQ(MarginsIn(TableAt(text, 2), 0, 1), "15840-30240");
+}
+
+struct PlaceRow {
+  const char* What;
+  std::string Before;
+  unsigned long Position;
+  std::string After;  // "T" where the table stands
+};
+
+TEST_F(Table, StandsBetweenParagraphs) {
+  const std::string p = Paragraph(), r = Reference(1), e = Text("");
+  const PlaceRow rows[] = {
+      {"alone", "", 0, r + e + p + "T" + p + r + e},
+      {"in a text", r + Text("ab"), 1, r + Text("a") + p + "T" + p + r + Text("b")},
+      {"behind a text", r + Text("ab"), 2, r + Text("ab") + p + "T" + p + r + e},
+      {"at the start of a text", r + Text("ab"), 0, r + e + p + "T" + p + r + Text("ab")},
+      {"behind an element", r + Text("a") + Unknown("u"), 2, r + Text("a") + Unknown("u") + p + "T" + p + r + e},
+      {"in an empty paragraph", r + Text("a") + p + r + e, 1, r + Text("a") + p + "T" + p + r + e + p + r + e},
+  };
+  for (const PlaceRow& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(row.Before);
+    VQRTCursor cursor = At(text, row.Position);
+    ASSERT_EQ(text.CreateTable(1, 1, &cursor), VQ_OK);
+    std::string written = Written(text);
+    const std::size_t begin = written.find(Begin(3)), end = written.find(TableEnd());
+    ASSERT_NE(begin, std::string::npos);
+    written.replace(begin, end + TableEnd().size() - begin, "T");
+    EXPECT_EQ(written, row.After);
+    ASSERT_EQ(text.Insert("!", &cursor), VQ_OK);
+    EXPECT_EQ(Plain(text).find("\t\n\n!") != std::string::npos, true) << Plain(text);
+  }
+}
+
+struct RangeRow {
+  const char *From, *To;
+  VQSTATUS Status;
+  const char* Text;
+};
+
+TEST_F(Table, GivesTextOfRanges) {
+  const std::string table = Begin() + Row(0, {5, 6}, true) + Row(1, {5, 6}, false) + TableEnd();
+  VQRichText text = RichText(Text("ahead") + table + Text("between") + table + Begin() + Text("loose") + TableEnd());
+  const RangeRow rows[] = {
+      {"r0c1", "r1c0", VQ_OK, "r0c1\t\n"},
+      {"0c0", "c1", VQ_OK, "0c0\tr0"},
+      {"ahead", "r0c0", VQERR_RT_SELECTION_INVALID, ""},
+      {"r1c1", "between", VQERR_RT_SELECTION_INVALID, ""},
+      {"r1c1", "r0c0", VQERR_CURSOR_ORDER, ""},
+      {"loose", "se", VQERR_CELL_CHILD, ""},
+  };
+  for (const RangeRow& row : rows) {
+    SCOPED_TRACE(row.From);
+    VQRTCursor start = At(text, 0), end = At(text, 0);
+    ASSERT_EQ(start.GotoFirst(row.From), VQ_OK);
+    ASSERT_EQ(end.GotoFirst(row.To), VQ_OK);
+    VQString string;
+    EXPECT_EQ(text.GetText(start, end, &string), row.Status);
+    EXPECT_EQ(TextOf(string), row.Text);
+  }
+}
+
+TEST_F(Table, KeepsMarginsUnderAStyle) {
+  VQRichText text = NewText();
+  VQTable table = TableIn(text, 2, 2);
+  Write(table, 1, 1, "word");
+  VQRTCursor start, end;
+  ASSERT_EQ(table(1, 1).GetCursor(&start), VQ_OK);
+  ASSERT_EQ(table(1, 1).GetEndCursor(&end), VQ_OK);
+  VQParagraphStyle style, found;
+  ASSERT_EQ(style.SetUnits(VQUNITS_TWIPS), VQ_OK);
+  ASSERT_EQ(style.SetLeftMargin(500), VQ_OK);
+  ASSERT_EQ(style.SetFirstLineIndentation(VQINDENTATION_INDENT), VQ_OK);
+  ASSERT_EQ(style.SetAlignment(2), VQ_OK);
+  ASSERT_EQ(style.SetHideFromBrowsers(1), VQ_OK);
+  ASSERT_EQ(text.SetParagraphStyle(start, end, style), VQ_OK);
+  ASSERT_EQ(style.SetAlignment(VQALIGNMENT_NO_CHANGE), VQ_OK);
+  ASSERT_EQ(style.SetSpacingAbove(3), VQ_OK);
+  ASSERT_EQ(text.SetParagraphStyle(start, end, style), VQ_OK);
+  ASSERT_EQ(table.SetColumnSpacing(100), VQ_OK);
+  ASSERT_EQ(start.GetParagraphStyle(&found), VQ_OK);
+  const CDPABDEFINITION record = found.GetCDPABDefinition();
+  EXPECT_EQ(record.JustifyMode, 2);
+  EXPECT_EQ(record.SpacingAbove, 3);
+  EXPECT_EQ(record.Flags, 0x0186);
+  EXPECT_EQ(record.Flags2, 1);
+  EXPECT_EQ(record.FirstLineMargin - record.LeftMargin, 360);
+  EXPECT_EQ(MarginsIn(table, 1, 1), "16040-30040");
+  EXPECT_EQ(MarginsIn(table, 0, 1), "16040-30040") << "the rest of the column";
+  VQRTCursor other;
+  ASSERT_EQ(table(0, 0).GetCursor(&other), VQ_OK);
+  EXPECT_EQ(text.SetParagraphStyle(other, end, style), VQERR_INVALID_PARAMETER) << "of two cells";
+  VQPABDefinition definition;
+  VQRTObject companion;
+  EXPECT_EQ(table.GetTableBody()->FindSameParagraphStyle(style, &definition, &companion), VQERR_NOT_IMPLEMENTED);
+}
+
+TEST_F(Table, DrawsBorders) {
+  VQRichText text = NewText();
+  VQTable table = TableIn(text, 2, 2);
+  ASSERT_EQ(table(0, 0).SetTopBorderType(VQTABLEBORDERTYPE_DOUBLE), VQ_OK);
+  ASSERT_EQ(table(0, 0).SetRightBorderWidth(10), VQ_OK);
+  EXPECT_EQ(table(0, 0).GetCDTableCell().Border, 0x65);
+  EXPECT_EQ(table(0, 0).GetCDTableCell().BorderWidth, 0x11A1);
+  EXPECT_EQ(table(0, 0).GetRightBorderWidth(), 10u);
+  ASSERT_EQ(table.Outline(VQTABLEBORDERTYPE_DOUBLE), VQ_OK);
+  EXPECT_EQ(table(0, 0).GetCDTableCell().Border, 0x22);
+  EXPECT_EQ(table(1, 1).GetCDTableCell().Border, 0x88);
+  EXPECT_EQ(table(1, 1).GetLeftBorderType(), VQTABLEBORDERTYPE_NONE);
+  EXPECT_EQ(table(1, 1).GetBottomBorderType(), VQTABLEBORDERTYPE_DOUBLE);
+  const std::string margins = MarginsIn(table, 1, 0);
+  ASSERT_EQ(table.Outline(VQTABLEBORDERSTYLE_8), VQ_OK);
+  EXPECT_EQ(table(0, 0).GetCDTableCell().BorderWidth, 0x0101);
+  EXPECT_EQ(table.GetBorderStyle(), VQTABLEBORDERSTYLE_8);
+  EXPECT_EQ(MarginsIn(table, 1, 0), "1470-15840");
+  ASSERT_EQ(table.SetBorderStyle(VQTABLEBORDERSTYLE_4), VQ_OK);
+  EXPECT_EQ(MarginsIn(table, 1, 0), "1470-15840");
+  ASSERT_EQ(table.SetBorderStyle(VQTABLEBORDERSTYLE_2), VQ_OK);
+  EXPECT_EQ(MarginsIn(table, 1, 0), margins);
+  ASSERT_EQ(table.SetBackgroundColor(7), VQ_OK);
+  EXPECT_EQ(table(1, 0).GetBackgroundColor(), 7);
+  EXPECT_EQ(table(1, 0).GetCDTableCell().Flags, 3);
+  ASSERT_EQ(table.SetTransparent(), VQ_OK);
+  EXPECT_EQ(table(1, 0).GetCDTableCell().Flags, 2);
+  const VQTableCell odd(VQRTObject(new VQTableCellBody(0, 0)));
+  EXPECT_EQ(StatusOf([&] {
+              VQTable t;
+              return odd.GetTable(&t);
+            }),
+            VQERR_CELL_PARENT);
+}
+
+// An older table has its spacing in the older fields.
+TEST_F(Table, MovesToTheNewerSpacing) {
+  VQRichText text =
+      RichText(Record(SIG_CD_TABLEBEGIN, Words({1440, 20, 90, 0, 0, 0})) + Row(0, {5, 6}, true) + TableEnd());
+  VQTable table = TableAt(text, 0);
+  EXPECT_EQ(table.GetColumnSpacing(), 20);
+  EXPECT_EQ(table.GetRowSpacing(), 90);
+  EXPECT_EQ(table.SetFractionalColumnWidth(0, 100), VQWARN_AUTOMATIC_WIDTH);
+  EXPECT_FALSE(text.IsDirty());
+  ASSERT_EQ(table.SetBorderStyle(VQTABLEBORDERSTYLE_4), VQ_OK);
+  CDTABLEBEGIN begin = table.GetCDTableBegin();
+  EXPECT_EQ(
+      Words({begin.HorizCellSpace, begin.VertCellSpace, begin.V4HorizCellSpace, begin.V4VertCellSpace, begin.Flags}),
+      Words({40, 90, 20, 90, 6}));
+  ASSERT_EQ(table.SetColumnSpacing(30), VQ_OK);
+  ASSERT_EQ(table.SetRowSpacing(10), VQ_OK);
+  begin = table.GetCDTableBegin();
+  EXPECT_EQ(Words({begin.HorizCellSpace, begin.VertCellSpace, begin.V4HorizCellSpace, begin.V4VertCellSpace}),
+            Words({40, 60, 30, 10}));
+  EXPECT_EQ(table.GetColumnWidth(1), 1980);
+}
+
+TEST_F(Table, SharesTwentyInches) {
+  VQRichText text = NewText();
+  VQTable table = TableIn(text, 1, 4);
+  EXPECT_EQ(table.GetFractionalColumnWidth(3), 7200);
+  ASSERT_EQ(table.SetFractionalColumnWidth(0, 14400), VQ_OK);
+  EXPECT_EQ(table.GetFractionalColumnWidth(0), 14400);
+  EXPECT_EQ(table.GetFractionalColumnWidth(3), 4800);
+  EXPECT_EQ(table.GetColumnWidth(0), 7200) << "widths stay";
+  ASSERT_EQ(table.SetAutomaticWidth(0), VQ_OK);
+  EXPECT_EQ(table.GetFractionalColumnWidth(0), 0);
+  ASSERT_EQ(table.SetAutomaticWidth(1), VQ_OK);
+  EXPECT_EQ(table.GetFractionalColumnWidth(0), 7200);
+  ASSERT_EQ(table.SetUnits(VQUNITS_INCHES), VQ_OK);
+  EXPECT_EQ(table.GetColumnWidth(0), 5);
+  EXPECT_EQ(table.Convert(1.5), 2160u);
+  EXPECT_EQ(table.Convert(720UL), 0.5);
+}
+
+struct HostileRow {
+  const char* What;
+  std::string Cells;
+  unsigned long Rows, Columns;
+  VQSTATUS Change;
+};
+
+TEST_F(Table, TakesWhatStrangersWrite) {
+  const std::string cell = CellRecord(0, 0, 1440, 3440, 0) + Definition(5, 1440, 3440) + Reference(5) + Text("a");
+  const std::string below = CellRecord(1, 0, 1440, 3440, 0) + Reference(5) + Text("b");
+  const std::string merged = CellRecord(0, 0, 1440, 5440, 0) + Definition(5, 1440, 5440) + Reference(5) + Text("a") +
+                             CellRecord(1, 0, 1440, 3440, 0) + Reference(5) + Text("b") +
+                             CellRecord(1, 1, 3440, 5440, 0) + Reference(6) + Text("c");
+  const HostileRow rows[] = {
+      {"no cell", "", 0, 0, VQERR_RT_INVALID},
+      {"text alone", Text("a"), 0, 0, VQERR_RT_INVALID},
+      {"cells out of order", below + cell, 2, 1, VQERR_RT_INVALID},
+      {"a cell twice", cell + cell, 1, 1, VQERR_RT_INVALID},
+      {"a row 255", cell + CellRecord(255, 0, 1440, 3440, 0) + Reference(5), 256, 1, VQERR_ROW_COUNT_SUM},
+      {"a column 200", cell + CellRecord(0, 200, 1440, 3440, 0) + Reference(5), 1, 201, VQERR_RT_INVALID},
+      {"margins the wrong way", CellRecord(0, 0, 3440, 1440, 0) + Definition(5, 0, 0) + Reference(5), 1, 1, VQ_OK},
+      {"a record cut short", Record(SIG_CD_TABLECELL, Bytes({0, 0, 1})), 1, 1, VQERR_RT_INVALID},
+      {"no reference", CellRecord(0, 0, 1440, 3440, 0) + Text("a"), 1, 1, VQERR_CELL_PABREFERENCE},
+      {"a cell over two columns", merged, 2, 2, VQ_OK},
+  };
+  for (const HostileRow& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(Begin() + row.Cells + TableEnd());
+    VQTable table = TableAt(text, 0);
+    EXPECT_EQ(table.GetRowCount(), row.Rows);
+    EXPECT_EQ(table.GetColumnCount(), row.Columns);
+    const std::string before = Written(text);
+    EXPECT_EQ(table.AppendRows(1), row.Change);
+    EXPECT_EQ(Written(text) == before, row.Change != VQ_OK);
+    for (const VQSTATUS status : {table.SetLeftMargin(2000), table.SetBackgroundColor(3), table.InsertColumns(0, 1)}) {
+      EXPECT_NE(status, VQERR_CORRUPTED);
+    }
+    EXPECT_EQ(Plain(RichText(Written(text))), Plain(text));
+  }
+  VQRichText open = RichText(Begin() + cell);
+  VQRTCursor cursor;
+  EXPECT_EQ(open.GetCursor(&cursor), VQERR_RT_TRUNCATED);
+}
+
+TEST_F(Table, MovesACellOverTwoColumnsWithThem) {
+  const std::string merged = CellRecord(0, 0, 1440, 5440, 0) + Definition(5, 1440, 5440) + Paragraph() + Reference(5) +
+                             CellRecord(1, 0, 1440, 3440, 0) + Paragraph() + Reference(5) +
+                             CellRecord(1, 1, 3440, 5440, 0) + Paragraph() + Reference(6);
+  VQRichText text = RichText(Begin() + merged + TableEnd());
+  VQTable table = TableAt(text, 0);
+  const auto box = [&](unsigned long row, unsigned long column) {
+    const CDTABLECELL record = table(row, column).GetCDTableCell();
+    return std::to_string(record.LeftMargin) + "-" + std::to_string(record.RightMargin);
+  };
+  ASSERT_EQ(table.SetColumnWidth(1, 3000), VQ_OK);
+  EXPECT_EQ(box(0, 0), "1440-6440");
+  ASSERT_EQ(table.SetColumnWidth(0, 1000), VQ_OK);
+  EXPECT_EQ(box(0, 0), "1440-5440");
+  ASSERT_EQ(table.InsertColumns(1, 1), VQ_OK);
+  EXPECT_EQ(box(1, 2), "5440-8440");
+  ASSERT_EQ(table.DeleteColumns(1, 1), VQ_OK);
+  EXPECT_EQ(box(1, 1), "2440-5440");
+  EXPECT_EQ(StatusOf([&] { return table(0, 1).SetTransparent(); }), VQERR_RT_INVALID);
+}
+
+TEST_F(Table, EditsInsideCells) {
+  VQRichText text = NewText();
+  VQTable table = TableIn(text, 2, 2);
+  Write(table, 0, 0, "one\ntwo");
+  VQTableCell cell = table(0, 0);
+  VQRichText part;
+  ASSERT_EQ(text.GetRichText(cell, &part), VQ_OK);
+  EXPECT_EQ(Plain(part), "one\ntwo");
+  VQRTCursor start, end;
+  ASSERT_EQ(cell.GetCursor(&start), VQ_OK);
+  ASSERT_EQ(cell.GetEndCursor(&end), VQ_OK);
+  ASSERT_EQ(text.Delete(&start, &end), VQ_OK);
+  ASSERT_EQ(text.Insert(part, &start), VQ_OK);
+  ASSERT_EQ(table(1, 1).SetValue("new"), VQ_OK);
+  ASSERT_EQ(cell.SetValue("newer"), VQ_OK);
+  EXPECT_EQ(table.SetLeftMargin(2000), VQ_OK) << "the column's definition is there";
+  EXPECT_EQ(Plain(text), "\nnewer\t\t\n\tnew\t\n\n");
+  VQRTObject object(cell);
+  EXPECT_EQ(text.Delete(&object), VQERR_INAPPROPRIATE);
+  VQRTCursor ahead = At(text, 0), behind;
+  ASSERT_EQ(cell.GetCursor(&start), VQ_OK);
+  ASSERT_EQ(text.GetEndCursor(&behind), VQ_OK);
+  EXPECT_EQ(text.Delete(&ahead, &start), VQERR_RT_SELECTION_INVALID);
+  ASSERT_EQ(text.Delete(&ahead, &behind), VQ_OK);
+  EXPECT_EQ(Plain(text), "");
+  EXPECT_TRUE(cell.GetRTObjectBody()->IsClosed());
+  EXPECT_EQ(table.AppendRows(1), VQERR_OBJECT_CLOSED);
+}
+
 }  // namespace

@@ -80,6 +80,10 @@ bool IsContent(const VQRTObjectBody* object) {
 }
 
 VQSTATUS PutCursor(VQRTCursor* cursor, VQRTObjectBody* element, bool atEnd) {
+  if (element->IsType(VQRTTYPE_CONTAINER) && !element->IsType(VQRTTYPE_STYLIZED_TEXT)) {
+    auto* container = static_cast<VQRTContainerBody*>(element);
+    return atEnd ? container->GetEndCursor(cursor) : container->GetCursor(cursor);
+  }
   if (!element->IsType(VQRTTYPE_STYLIZED_TEXT)) {
     return cursor->Assign(VQRTElement(VQRTObject(element)), atEnd);
   }

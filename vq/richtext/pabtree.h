@@ -62,8 +62,13 @@ struct Place {
 // Whether the object is content of a paragraph, not one of its records.
 bool IsContent(const VQRTObjectBody* object);
 
-// Puts the cursor at the start or end of a run or element.
+// Puts the cursor at the start or end of a run, an element or what a container holds.
 [[nodiscard]] VQSTATUS PutCursor(VQRTCursor* cursor, VQRTObjectBody* element, bool atEnd);
+
+// Puts copies of the definitions, hides and names that references in `copy` need, and do not find there, in front of
+// them; `copy` is one of objects that stand at `start` in the source.
+[[nodiscard]] VQSTATUS CompleteReferences(const VQRTBaseContainerBody& source, VQRTObjectBody* start,
+                                          VQRTContainerBody& copy);
 
 // A detached copy of the object.
 [[nodiscard]] VQSTATUS CopyOf(VQRTObjectBody* source, VQRTObject* copy);

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "vq/richtext/pabtree.h"
+#include "vq/richtext/vqrttabl.h"
 
 namespace pab = vq::pab;
 
@@ -194,12 +195,14 @@ VQSTATUS VQRTContainerBody::DeleteRepairLinks(VQRTObjectBody* first, VQRTObjectB
 VQSTATUS VQRTContainerBody::RestoreParagraphs() {
   if (!IsType(VQRTTYPE_RICH_TEXT) && !IsType(VQRTTYPE_TABLE_CELL)) return VQ_OK;
   VQRTObjectBody* object = GetFirstChild();
-  while (object && object->IsType(VQRTTYPE_PAB_OBJECT) && !object->IsType(VQRTTYPE_PAB_REFERENCE)) {
+  const bool cell = IsType(VQRTTYPE_TABLE_CELL);
+  while (object && !pab::IsContent(object) && !object->IsType(VQRTTYPE_PAB_REFERENCE)) {
+    if (!cell && object->IsType(VQRTTYPE_NEW_PARAGRAPH)) break;
     object = object->GetNext();
   }
   if (!object || !object->IsType(VQRTTYPE_PAB_REFERENCE)) {
-    unsigned short pabid = 0;
-    if (VQSTATUS status = GetNewPABID(&pabid)) return status;
+    unsigned short pabid = cell ? static_cast<VQTableCellBody*>(this)->GetColumnPABID() : 0;
+    if (VQSTATUS status = pabid == 0 ? GetNewPABID(&pabid) : VQ_OK) return status;
     VQRTObject reference = vq::MakePABReference({pabid, pabid});
     if (VQSTATUS status = pab::InsertAt({this, object}, reference.GetRTObjectBody())) return status;
   }

@@ -262,3 +262,11 @@ VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& start, const VQR
 VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& cursor, const VQParagraphStyle& style) {
   return SetParagraphStyle(cursor, cursor, style);
 }
+
+VQSTATUS VQRTCursor::GetParagraphStyle(VQParagraphStyle* style) const {
+  if (!style) return vq::Apply(VQERR_INVALID_PARAMETER);
+  if (!IsValid()) return vq::Apply(VQERR_CURSOR_INVALID);
+  VQRTBaseContainerBody* top = GetElementBody()->GetTop();
+  if (!top || !top->IsType(VQRTTYPE_CONTAINER)) return vq::Apply(VQERR_CURSOR_NO_PARENT);
+  return vq::Apply(static_cast<VQRTContainerBody*>(top)->FindParagraphStyle(*this, style));
+}

@@ -94,7 +94,8 @@ VQSTATUS VQRTContainerBody::DeleteAcross(VQRTCursor* start, VQRTCursor* end) {
     status = object->Delete();
     if (status != VQ_OK) return status;
   }
-  if (IsType(VQRTTYPE_RICH_TEXT) || IsType(VQRTTYPE_TABLE_CELL)) status = RestoreParagraphs();
+  if (container->IsType(VQRTTYPE_CONTAINER)) status = static_cast<VQRTContainerBody*>(container)->RestoreParagraphs();
+  if (status == VQ_OK && container != this) status = RestoreParagraphs();
   if (status != VQ_OK) return status;
 
   if (startStays && !from.Node->IsClosed()) {
@@ -133,9 +134,9 @@ VQSTATUS VQRTContainerBody::Delete(VQRTObject* object) {
     return run->GetByteCount() == 0 ? VQ_OK : run->RemoveText(object->GetOffset(), 1);
   }
   if (body->IsType(VQRTTYPE_PAB_OBJECT)) return VQERR_WRONG_SITUATION;
-  // The end of a structure goes with it.
+  // The end of a structure goes with it, cells go by rows and columns.
   if (body->GetType() == VQRTTYPE_TABLE_END || body->GetType() == VQRTTYPE_HOTSPOT_END ||
-      body->GetType() == VQRTTYPE_OLE_OBJECT_END) {
+      body->GetType() == VQRTTYPE_OLE_OBJECT_END || body->GetType() == VQRTTYPE_TABLE_CELL) {
     return VQERR_INAPPROPRIATE;
   }
   VQSTATUS status = DeleteRepairLinks(body, body->GetNext());

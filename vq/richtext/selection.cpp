@@ -106,7 +106,18 @@ VQSTATUS Finish(VQRTContainerBody& source, VQRTObjectBody* start, VQRTContainerB
   return Completer(source, start, copy).Run();
 }
 
+// The paragraph record that a cell begins with ends nothing.
+VQSTATUS DropCellStart(VQRTContainerBody& copy) {
+  VQRTObjectBody* object = copy.GetFirstChild();
+  while (object && object->IsType(VQRTTYPE_PAB_OBJECT)) object = object->GetNext();
+  return object && object->GetType() == VQRTTYPE_NEW_PARAGRAPH ? object->Delete() : VQ_OK;
+}
+
 }  // namespace
+
+VQSTATUS pab::CompleteReferences(const VQRTBaseContainerBody& source, VQRTObjectBody* start, VQRTContainerBody& copy) {
+  return Completer(source, start, copy).Run();
+}
 
 VQSTATUS VQRTContainerBody::GetRichText(const VQRTCursor& start, const VQRTCursor& end, VQRichText* richText) {
   if (!richText) return VQERR_INVALID_PARAMETER;
@@ -163,6 +174,7 @@ VQSTATUS VQRTContainerBody::GetRichText(const VQRTObject& object, VQRichText* ri
   } else {
     const VQRTCursor open;
     if (VQSTATUS status = copy.CopyChildren(open, open, body->AsBase(), nullptr)) return status;
+    if (VQSTATUS status = body->GetType() == VQRTTYPE_TABLE_CELL ? DropCellStart(copy) : VQ_OK) return status;
   }
   if (VQSTATUS status = Finish(pab::Root(*this), body, copy)) return status;
   *richText = made;

@@ -84,6 +84,11 @@ std::uint16_t VQTableBody::ColumnPABID(const VQTableCellBody& cell) {
   return reference ? pab::IDsOf(*reference).Second : 0;
 }
 
+std::uint16_t VQTableCellBody::GetColumnPABID() const {
+  const VQTableBody* table = GetTable();
+  return table && Column >= 0 ? VQTableBody::ColumnPABID(*table->ColumnHeads()[static_cast<std::size_t>(Column)]) : 0;
+}
+
 VQTableBody::CellList VQTableBody::ColumnHeads() const {
   CellList heads(GetColumns());
   std::size_t missing = heads.size();

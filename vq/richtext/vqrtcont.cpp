@@ -112,13 +112,26 @@ VQSTATUS VQRTContainerBody::Append(const VQString& text, int convertNewlines) {
   return status != VQ_OK ? status : Insert(text, &cursor, convertNewlines);
 }
 
+namespace {
+
+// A deep copy; a table's with the definitions that its cells use, wherever they stand.
+VQSTATUS CopyForInsert(const VQRTObject& object, VQRTObject* copy) {
+  if (VQSTATUS status = copy->CopyRTObject(object, VQRTCOPYOPTIONS_DEEP)) return status;
+  VQRTObjectBody* body = object.GetRTObjectBody();
+  const VQRTBaseContainerBody* top = body->GetTop();
+  if (!top || body->GetType() != VQRTTYPE_TABLE) return VQ_OK;
+  return vq::pab::CompleteReferences(*top, body, *VQTable(*copy).GetTableBody());
+}
+
+}  // namespace
+
 VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appended) {
   if (Closed) return VQERR_OBJECT_CLOSED;
   if (object.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
   if (object.HasOffset()) return VQERR_RT_CHARACTERS;
   if (!CanInsertType(object.GetType())) return VQERR_CANT_INSERT_TYPE;
   VQRTObject copy;
-  VQSTATUS status = copy.CopyRTObject(object, VQRTCOPYOPTIONS_DEEP);
+  VQSTATUS status = CopyForInsert(object, &copy);
   vq::FontGuard fonts(GetRichTextBody());
   vq::ObjectGuard objects(GetRichTextBody());
   if (status == VQ_OK) status = vq::EnterFacesOf(*copy.GetRTObjectBody(), *this);
@@ -178,7 +191,7 @@ VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObj
   if (status != VQ_OK) return status;
   VQRTObject placed;
   if (copy) {
-    status = placed.CopyRTObject(object, VQRTCOPYOPTIONS_DEEP);
+    status = CopyForInsert(object, &placed);
     if (status != VQ_OK) return status;
   } else {
     placed = object;
@@ -315,11 +328,14 @@ VQSTATUS VQRTContainerBody::SetValue(const VQString& text, int convertNewlines) 
   if (!CanInsertType(VQRTTYPE_STYLIZED_TEXT)) return VQERR_CANT_INSERT_TYPE;
   VQSTATUS status = CheckNewText(text, convertNewlines);
   if (status != VQ_OK) return status;
-  // A hotspot's end and its parts belong to the container, not to its text.
+  // A hotspot's end and its parts belong to the container, not to its text, and so does what a cell begins with.
+  bool begins = GetType() == VQRTTYPE_TABLE_CELL;
   for (VQRTObjectBody *child = FirstChild, *next; child; child = next) {
     next = child->GetNext();
     const VQRTTYPE type = child->GetType();
     if (type == VQRTTYPE_HOTSPOT_END || type == VQRTTYPE_ACTION_PART || type == VQRTTYPE_BUTTON_PART) continue;
+    begins = begins && !vq::pab::IsContent(child);
+    if (begins) continue;
     status = child->Delete();
     if (status != VQ_OK) return status;
   }

@@ -47,7 +47,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS GetAttachment(const VQString& name, VQRTObject* found);
   virtual VQSTATUS DeleteAttachment(const VQString& name);
   // The two cursors end up at the place of the deletion. VQERR_CURSOR_ORDER, VQERR_RT_SELECTION_INVALID. A paragraph
-  // record of its own is refused with VQERR_WRONG_SITUATION, the end record of a structure with VQERR_INAPPROPRIATE.
+  // record of its own is refused with VQERR_WRONG_SITUATION, the end record of a structure or a cell with
+  // VQERR_INAPPROPRIATE.
   virtual VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);
   virtual VQSTATUS Delete(VQRTCursor* start, unsigned long count);
   virtual VQSTATUS Delete(VQRTObject* object);

@@ -86,6 +86,8 @@ class VQ_API VQTableCellBody : public VQRTContainerBody {
   [[nodiscard]] VQSTATUS SetBackgroundColor(unsigned short color);
   [[nodiscard]] VQSTATUS SetTransparent();
 
+  // What the column is styled by, 0 for a cell outside of a table.
+  std::uint16_t GetColumnPABID() const;
   // The first reference: what the cell is styled by. Null in a damaged cell.
   VQRTObjectBody* GetFirstReference() const;
 
