@@ -9,8 +9,8 @@
 // one thread at a time.
 //
 // Where formulas of a view depend on the time, or on other documents as @Responses does, its rows are those of the last
-// opening that updated it; an opening within a minute of that one shares its moment while a handle of it is open, and
-// where formulas depend on the date alone, on the same day. Where rows are the user's own, by readers' lists or by
+// opening that updated it; while a handle of it is open, an opening within a minute shares that time, and where
+// formulas ask for the date alone, one on the same day. Where rows are the user's own, by readers' lists or by
 // formulas, each of the last four users has an index that is kept.
 //
 // A row in the read buffer, little-endian and packed, has the fields whose mask bits are set, in this order:

@@ -151,9 +151,18 @@ void Builder::Separate() {
   BehindTable = false;
 }
 
+// The first definition in a column styles the rows that are put in later: a heading's comes behind it.
+void Builder::DefineColumn(const Paragraph& paragraph) {
+  if (Levels.empty() || Levels.back().Mark.Kind != LevelKind::kHeadingCell) return;
+  Levels.back().Mark.Kind = LevelKind::kCell;
+  StyleFor(paragraph);
+  Levels.back().Mark.Kind = LevelKind::kHeadingCell;
+}
+
 void Builder::BeginParagraph(const Paragraph& paragraph) {
   EndParagraph();
   Separate();
+  DefineColumn(paragraph);
   LastStyle = StyleFor(paragraph);
   Out.Put(kSigReference, ODS_CDPABREFERENCE, CDPABREFERENCE{{}, LastStyle});
   HasParagraph = true;

@@ -92,6 +92,7 @@ class Builder {
   };
 
   std::uint16_t StyleFor(const Paragraph& paragraph);
+  void DefineColumn(const Paragraph& paragraph);
   void DefineStyle(std::uint16_t id, const std::string& name, const Paragraph& paragraph, std::uint16_t left);
   void WriteRun();
   void Separate();

@@ -62,8 +62,10 @@ class Program {
   virtual bool depends_on_time() const = 0;
   // On facts of the database or the view.
   virtual bool depends_on_place() const = 0;
-  // Whether results change within a day, and not only from one day to the next.
+  // In which way: within a day, by a document's responses, by what is elsewhere. Else from one day to the next.
   virtual bool depends_on_hour() const = 0;
+  virtual bool counts_responses() const = 0;
+  virtual bool looks_up() const = 0;
   virtual bool depends_on_user() const = 0;
   // Whether a value can have ENG_SPECIAL_... marks.
   virtual bool marks_rows() const = 0;

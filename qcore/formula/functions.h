@@ -32,16 +32,18 @@ enum class Form : std::uint8_t {
 };
 
 // What the result depends on beside the arguments.
-enum Depends : std::uint8_t {
+enum Depends : std::uint16_t {
   kNothing = 0,
-  kOnTime = 1,  // of the evaluation, or on other documents
+  kOnTime = 1,  // of the evaluation
   kOnItems = 2,
   kOnResponses = 4,
   kOnDescendants = 8,
   kOnRow = 16,
   kOnPlace = 32,  // the database or the view
   kOnUser = 64,
-  kOnDay = 128  // on the time, but the same all day
+  kOnDay = 128,    // on the time, but the same all day
+  kOnCount = 256,  // how many responses there are
+  kOnOthers = 512  // on what look-ups find
 };
 
 inline constexpr std::uint16_t kAnyNumber = 0xFFFF;
@@ -54,7 +56,7 @@ struct Function {
   std::uint16_t least;
   std::uint16_t most;
   Form form;
-  std::uint8_t depends;
+  std::uint16_t depends;
   Body body;
   // Keywords that may stand as an argument, separated by spaces; null for none.
   const char* keywords;

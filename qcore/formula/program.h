@@ -75,8 +75,10 @@ class LoadedProgram final : public Program {
   const std::vector<std::string>& item_names() const override { return item_names_; }
   bool has_select() const override { return sections_[0].selects; }
   bool depends_on_place() const override { return (depends_ & kOnPlace) != 0; }
-  bool depends_on_time() const override { return (depends_ & (kOnTime | kOnDay)) != 0; }
+  bool depends_on_time() const override { return (depends_ & (kOnTime | kOnDay | kOnCount | kOnOthers)) != 0; }
   bool depends_on_hour() const override { return (depends_ & kOnTime) != 0; }
+  bool counts_responses() const override { return (depends_ & kOnCount) != 0; }
+  bool looks_up() const override { return (depends_ & kOnOthers) != 0; }
   bool depends_on_user() const override { return (depends_ & kOnUser) != 0; }
   bool selects_responses() const override { return (depends_ & kOnResponses) != 0; }
   bool selects_descendants() const override { return (depends_ & kOnDescendants) != 0; }
@@ -103,7 +105,7 @@ class LoadedProgram final : public Program {
   std::deque<std::vector<Moment>> moment_lists_;
   std::vector<Slot> slots_;
   std::uint32_t most_stack_ = 0;
-  std::uint8_t depends_ = 0;
+  std::uint16_t depends_ = 0;
 };
 
 }  // namespace qcore::formula

@@ -220,6 +220,14 @@ bool DocumentReader::depends_on_hour() const {
   return AnyProgram([](const formula::Program& program) { return program.depends_on_hour(); });
 }
 
+bool DocumentReader::counts_responses() const {
+  return AnyProgram([](const formula::Program& program) { return program.counts_responses(); });
+}
+
+bool DocumentReader::looks_up() const {
+  return AnyProgram([](const formula::Program& program) { return program.looks_up(); });
+}
+
 bool DocumentReader::depends_on_user() const {
   return AnyProgram([](const formula::Program& program) { return program.depends_on_user(); });
 }

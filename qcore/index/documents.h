@@ -66,9 +66,11 @@ class DocumentReader {
   bool selects_below() const;
   // Whether values have marks that each row expands.
   bool marks_rows() const;
-  // Whether rows change by themselves: with time, only from one day to the next, or with the user.
+  // Whether rows change by themselves: at all, within a day, by responses, by what is elsewhere, or with the user.
   bool depends_on_time() const;
   bool depends_on_hour() const;
+  bool counts_responses() const;
+  bool looks_up() const;
   bool depends_on_user() const;
   // Over the facts of the database and the view that values depend on, 0 if they do not: as of Open.
   std::uint64_t place_sum() const { return place_sum_; }

@@ -125,25 +125,19 @@ std::uint64_t IndexTree::PageKeyOf(std::uint32_t copy, std::uint32_t page) const
 std::uint64_t IndexTree::PageKey(std::uint32_t page) const { return PageKeyOf(copy_, page); }
 
 ENGSTATUS IndexTree::ReadStoredLocked(std::uint32_t page, std::vector<std::uint8_t>* bytes) {
-  Store& store = database_->store();
-  ENGSTATUS status = store.ReadPage(PageKey(page), bytes);
-  if (status != ENG_OK) return status;
   // A page is good for the head that was read with it.
   std::vector<std::uint8_t> head_bytes;
-  status = store.ReadPage(PageKey(kHead), &head_bytes);
+  const ENGSTATUS status = database_->store().ReadPages(PageKey(page), PageKey(kHead), bytes, &head_bytes);
+  if (status != ENG_OK) return status;
   const std::optional<Head> head = DecodeHead(head_bytes, totals_.columns());
-  if (status == ENG_OK && (!head || head->generation != generation_)) return ENG_ERR_SLATE_CONFLICT;
-  return status;
+  return head && head->generation == generation_ ? ENGSTATUS{ENG_OK} : ENGSTATUS{ENG_ERR_SLATE_CONFLICT};
 }
 
 std::vector<std::uint8_t> IndexTree::ReadStored(std::uint32_t page) {
   if (!generation_) throw IndexFault{ENG_ERR_DB_DAMAGED};
   std::vector<std::uint8_t> bytes;
   const std::lock_guard lock(database_->mutex());
-  const bool own = !database_->store().InTransaction();
-  ENGSTATUS status = own ? database_->store().BeginRead() : ENGSTATUS{ENG_OK};
-  if (status == ENG_OK) status = ReadStoredLocked(page, &bytes);
-  if (own) database_->store().EndRead();
+  const ENGSTATUS status = ReadStoredLocked(page, &bytes);
   if (status != ENG_OK) throw IndexFault{status};
   return bytes;
 }

@@ -169,6 +169,7 @@ ENGSTATUS ViewIndex::Rebuild(Slot* slot) {
   tree.feed = feed;
   tree.folder_change = folder_change;
   slot->built = Now();
+  slot->built_feed = feed;
   KeepSlot(slot);
   return ENG_OK;
 }
@@ -269,11 +270,19 @@ ENGSTATUS ViewIndex::TreeFor(std::uint16_t number, Missing missing, Slot** slot)
   return status;
 }
 
+bool ViewIndex::SavedSinceBuilt(const Slot& slot) const {
+  std::uint64_t feed = 0;
+  const std::lock_guard lock(entries_->mutex());
+  return entries_->store().FeedEnd(&feed) != ENG_OK || feed != slot.built_feed;
+}
+
 // Rows that change with time are those of an opening: of this one, unless one that is still in use was just before.
 bool ViewIndex::HasAged(const Slot& slot) const {
   if (!reader_->depends_on_time()) return false;
   const TIMEDATE now = Now();
-  if (!slot.built || LocalDay(*slot.built) != LocalDay(now)) return true;
+  if (!slot.built || reader_->looks_up()) return true;
+  if (reader_->counts_responses() && SavedSinceBuilt(slot)) return true;
+  if (LocalDay(*slot.built) != LocalDay(now)) return true;
   if (!reader_->depends_on_hour()) return false;
   const bool alone = weak_from_this().use_count() <= 1;
   return alone ? Pack(now) != Pack(*slot.built) : HundredthsBetween(*slot.built, now) >= kSameMoment;

@@ -64,8 +64,9 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
     std::uint64_t log_from = 0;     // every change behind this number is in the log
     bool watched = false;           // without an observer there is no log
     std::optional<TIMEDATE> built;  // by this object
-    std::size_t passed = 0;         // documents brought in since the last keeping, with rows or without
-    std::uint64_t reverts = 0;      // those that the tree has followed
+    std::uint64_t built_feed = 0;
+    std::size_t passed = 0;     // documents brought in since the last keeping, with rows or without
+    std::uint64_t reverts = 0;  // those that the tree has followed
   };
 
   [[nodiscard]] ENGSTATUS ReadDesignIfChanged(bool* changed);
@@ -82,6 +83,7 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
   [[nodiscard]] ENGSTATUS ReadMembers();
   [[nodiscard]] ENGSTATUS UpdateLocked();
   bool FeedTellsOfDesign() const;
+  bool SavedSinceBuilt(const Slot& slot) const;
   bool HasAged(const Slot& slot) const;
   // Runs `work`; a fault of a page becomes its status.
   template <typename Work>

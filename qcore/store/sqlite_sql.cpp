@@ -89,6 +89,7 @@ const char* const SqliteStore::kSql[] = {
     "id>=? AND packed IS NOT NULL ORDER BY id",
     "SELECT max(id) FROM slate",
     "SELECT data FROM page WHERE id=?",
+    "SELECT (SELECT data FROM page WHERE id=?1),(SELECT data FROM page WHERE id=?2)",
     "INSERT INTO page(id,data) VALUES(?1,?2) ON CONFLICT(id) DO UPDATE SET data=?2",
     "DELETE FROM page WHERE id BETWEEN ?1 AND ?2",
 };

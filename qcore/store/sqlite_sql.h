@@ -126,6 +126,7 @@ enum class SqliteStore::Sql : std::size_t {
   kScanSlates,
   kHighestSlate,
   kReadPage,
+  kReadPages,
   kWritePage,
   kDropPages,
   kCount,

@@ -57,6 +57,8 @@ class SqliteStore final : public Store {
   ENGSTATUS ScanSlates(std::uint32_t first, const SlateScanner& scanner) override;
   ENGSTATUS HighestSlate(std::uint32_t* id) override;
   ENGSTATUS ReadPage(std::uint64_t page, std::vector<std::uint8_t>* bytes) override;
+  ENGSTATUS ReadPages(std::uint64_t first, std::uint64_t second, std::vector<std::uint8_t>* first_bytes,
+                      std::vector<std::uint8_t>* second_bytes) override;
   ENGSTATUS WritePage(std::uint64_t page, Bytes bytes) override;
   ENGSTATUS DropPages(std::uint64_t first, std::uint64_t last) override;
   ENGSTATUS ReadHeader(std::uint32_t id, SlateHeader* header) override;

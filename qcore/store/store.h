@@ -223,6 +223,10 @@ class Store {
   // Pages of derived data. A design slate has a stretch of numbers for its own, and its pages go with it. A missing one
   // gives no bytes; a damaged one counts as missing.
   [[nodiscard]] virtual ENGSTATUS ReadPage(std::uint64_t page, std::vector<std::uint8_t>* bytes) = 0;
+  // Two of them as they stood at one moment.
+  [[nodiscard]] virtual ENGSTATUS ReadPages(std::uint64_t first, std::uint64_t second,
+                                            std::vector<std::uint8_t>* first_bytes,
+                                            std::vector<std::uint8_t>* second_bytes) = 0;
   [[nodiscard]] virtual ENGSTATUS WritePage(std::uint64_t page, Bytes bytes) = 0;
   // All from `first` to `last`, both included.
   [[nodiscard]] virtual ENGSTATUS DropPages(std::uint64_t first, std::uint64_t last) = 0;

@@ -231,6 +231,17 @@ TEST_F(Shared, ADocumentsFirstReadersAreThoseOfTheUser) {
   EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d all", "2 d of B"}));
 }
 
+TEST_F(Shared, AnOpeningCountsResponsesAnew) {
+  qtest::StandingClock clock;
+  const std::uint32_t main = Doc({{"Name", "a"}});
+  const std::uint32_t view = MakeView({{"Name", 1}, {"No", 0, 0, "@Text(@Responses)"}}, kFlat, "SELECT Name = \"a\"");
+  const OpenCollection collection(db_, view);
+  EXPECT_EQ(AllRows(collection.get()), Strings{"1 d a|0"});
+  EXPECT_EQ(BuildsOf([&] { OpenCollection(db_, view); }), 0);
+  Doc({{"Name", "b"}}, main);
+  EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), Strings{"1 d a|1"});
+}
+
 TEST_F(Shared, RowsThatDependOnTheTimeAreBuiltWhenTheyAreOld) {
   qtest::StandingClock clock;
   Doc({{"Name", "a"}});
