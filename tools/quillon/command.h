@@ -85,6 +85,8 @@ void AddDiffCommand(CLI::App& app, Options& options, int* result);
 void AddTableCommand(CLI::App& app, Options& options, int* result);
 void AddViewCommands(CLI::App& app, Options& options, int* result);  // views, view, find
 void AddViewCreateCommand(CLI::App& app, Options& options, int* result);
+void AddFormCommands(CLI::App& app, Options& options, int* result);  // forms, form, compute
+void AddFormCreateCommand(CLI::App& app, Options& options, int* result);
 void AddFolderCommands(CLI::App& app, Options& options, int* result);  // folder, unread
 void AddSearchCommands(CLI::App& app, Options& options, int* result);  // index, search
 void AddFormulaCommand(CLI::App& app, Options& options, int* result);

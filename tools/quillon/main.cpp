@@ -49,6 +49,8 @@ int Run(int argc, char** argv, tool::Options& options) {
   tool::AddTableCommand(app, options, &result);
   tool::AddViewCommands(app, options, &result);
   tool::AddViewCreateCommand(app, options, &result);
+  tool::AddFormCommands(app, options, &result);
+  tool::AddFormCreateCommand(app, options, &result);
   tool::AddFolderCommands(app, options, &result);
   tool::AddSearchCommands(app, options, &result);
   tool::AddFormulaCommand(app, options, &result);

@@ -64,7 +64,7 @@ class VQ_API VQDocument : public VQSlate {
   VQSTATUS GetFormSlate(VQForm* form) const;
   // Runs the document through its form (of no name: the database's default one): default values, computed fields, input
   // translation and validation, as engine/compute.h describes. A compute error comes before one of reading the items
-  // back.
+  // back. Handles on items that get new values are on deleted items afterwards.
   VQSTATUS ComputeWithForm(int continue_on_error) const;
   // An addition: which field failed, and what its formula had to say; both may be null and are empty after a success.
   VQSTATUS ComputeWithForm(int continue_on_error, VQString* field, VQString* message) const;

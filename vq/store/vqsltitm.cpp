@@ -372,7 +372,9 @@ VQSTATUS VQSlateBody::FlushOne(VQItemBody* item) {
   return item != FontTable && item->IsDirty() ? item->Flush() : VQ_OK;
 }
 
-VQSTATUS VQSlateBody::PrepareOne(VQItemBody* item) { return item->PrepareForSave(); }
+VQSTATUS VQSlateBody::PrepareOne(VQItemBody* item) {
+  return (item->GetState() & VQItemBody::kDeleted) != 0 ? VQ_OK : item->PrepareForSave();
+}
 
 VQSTATUS VQSlateBody::RebindOne(VQItemBody* item) {
   vq::ItemPlace place;

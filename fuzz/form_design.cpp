@@ -1,0 +1,67 @@
+// Stored forms of any bytes: they open whole or give their status, save what they read, and documents run through them
+// to a value or a status.
+#include "engine/slate.h"
+#include "fuzz/support.h"
+
+namespace {
+
+using fuzz::Claim;
+
+void SetItem(VQSlate& slate, const char* name, unsigned short type, std::string_view value) {
+  const VQSTATUS status = slate.CreateItem(VQString(name), type, value.data(), value.size(), 0, VQITEMOPTION_REPLACE);
+  Claim(status == VQ_OK, "an item can be set");
+}
+
+std::string ValueOf(const VQSlate& slate, const char* name) {
+  VQItem item;
+  if (slate.GetItem(VQString(name), &item) != VQ_OK) return {};
+  std::string value(item.GetValueSize(), '\0');
+  Claim(item.Read(0, value.size() - 2, value.data() + 2) == VQ_OK, "an item can be read");
+  return value;
+}
+
+}  // namespace
+
+// The first byte cuts the rest into $Info, $AUTOLAUNCH, $Fields and $Body.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size < 4) return 0;
+  const VQDatabase database = fuzz::World::Get().document().GetDatabase();
+  VQDatabase owner(database);
+  std::string_view rest(reinterpret_cast<const char*>(data) + 3, size - 3);
+  const auto cut = [&](std::size_t length) {
+    const std::string_view part = rest.substr(0, length);
+    rest.remove_prefix(part.size());
+    return part;
+  };
+  VQSlate slate;
+  Claim(owner.CreateSlate(0x10004, &slate) == VQ_OK, "a form's slate can be made");
+  SetItem(slate, "$TITLE", TYPE_TEXT, "Fuzz");
+  SetItem(slate, "$Info", TYPE_COMPOSITE, cut(data[0]));
+  if (data[1] != 0) SetItem(slate, "$AUTOLAUNCH", TYPE_COMPOSITE, cut(data[1]));
+  if (data[2] != 0) SetItem(slate, "$Fields", TYPE_TEXT_LIST, cut(data[2]));
+  SetItem(slate, "$Body", TYPE_COMPOSITE, rest);
+  Claim(slate.GetSlateBody()->VQSlateBody::Save(0) == VQ_OK, "it can be stored as it stands");
+  const unsigned long id = slate.GetSlateID();
+  slate = VQSlate();
+
+  VQDocument document;
+  Claim(owner.CreateDocument(&document) == VQ_OK, "a document can be made");
+  SetItem(document, "Form", TYPE_TEXT, "Fuzz");
+  static_cast<void>(document.ComputeWithForm(1));
+  document.Close();
+
+  VQForm form;
+  Claim(owner.GetForm(id, &form) == VQ_OK, "a form can be bound");
+  if (form.Open() == VQ_OK) {
+    const std::string body = ValueOf(form, "$Body");
+    form.SetEditOnOpen(form.GetEditOnOpen());
+    const VQSTATUS saved = form.Save();
+    if (saved == VQ_OK) {
+      Claim(ValueOf(form, "$Body") == body, "a body that nobody has changed is as it was");
+      form.Close();
+      Claim(form.Open() == VQ_OK, "what was saved opens again");
+    }
+  }
+  Claim(owner.DeleteForm(&form) == VQ_OK, "it can be deleted");
+  return 0;
+}

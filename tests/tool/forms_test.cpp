@@ -1,0 +1,48 @@
+// Forms, as a user runs the commands.
+#include "tests/tool/commands_fixture.h"
+
+namespace tool_test {
+namespace {
+
+class FormCommands : public Commands {};
+
+TEST_F(FormCommands, AFormIsMadeShownAndUsed) {
+  Import();
+  const CommandRow rows[] = {
+      {"forms s.vlt", 0, ""},
+      {"form-create s.vlt 'Paper|p' --field Subject --field 'Rank:number=1' --field 'Twice:number,computed=Rank * 2' "
+       "--field Kind:keywords,list --choices Kind=essay,note --translate 'Subject=@Trim(Subject)' "
+       "--validate 'Rank=@If(Rank > 0; @Success; \"Rank must be positive\")'",
+       0, ""},
+      {"forms s.vlt", 0, "\tform\tPaper\t4 fields\n"},
+      {"--json forms s.vlt", 0, R"("name":"Paper","alias":"p","default":false,"fields":4}])"},
+      {"form s.vlt p", 0,
+       "Subject\ttext\teditable\ttranslation: @Trim(Subject)\n"
+       "Rank\tnumber\teditable\tvalue: 1 | validation: @If(Rank > 0; @Success; \"Rank must be positive\")\n"
+       "Twice\tnumber\tcomputed\tvalue: Rank * 2\nKind\tkeywords\teditable, list\t\n"},
+      {"--json form s.vlt Paper", 0,
+       R"({"name":"Twice","kind":"number","compute":"computed","list":false,"shared":false,"formulas":{"value":"Rank * 2"},"help":""})"},
+      {"form s.vlt None", 3, "no form is called \"None\""},
+      {"compute s.vlt one.txt", 1, "form cannot be found"},
+      {"compute s.vlt one.txt --form None", 3, "no form is called \"None\""},
+      {"compute s.vlt one.txt --form p", 0, "document 8 computed\n"},
+      {"show s.vlt 8 --items", 0, "Twice"},
+      {"set s.vlt 8 Rank number:-1", 0, ""},
+      {"compute s.vlt 8", 1, "quillon: field Rank: Rank must be positive"},
+      {"--json compute s.vlt deep/two.md --form Paper", 0, "{\"document\":4}\n"},
+      {"form-create s.vlt Paper --field A", 1, "A form with the specified name already exists"},
+      {"form-create s.vlt Bad --field 1A", 1, "Illegal characters in the field name"},
+      {"form-create s.vlt Bad --field A --field A", 1, "already a member of the form"},
+      {"form-create s.vlt Bad --field A:loud", 2, "no field option is called \"loud\""},
+      {"form-create s.vlt Bad --field A --validate B=1", 2, "the form has no field \"B\""},
+      {"form-create s.vlt Bad --field A --choices A=1", 2, "is no keywords field"},
+      {"form-create s.vlt Bad --field A:computed", 1, "No formula specified for computed field"},
+      {"form-create s.vlt Bad --field 'A=1 + )'", 1, "  1 + )\n      ^"},
+      {"form s.vlt Bad", 3, "no form is called"},
+      {"compute s.vlt nothing", 3, ""},
+  };
+  RunRows(rows);
+}
+
+}  // namespace
+}  // namespace tool_test

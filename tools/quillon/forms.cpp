@@ -1,0 +1,214 @@
+// quillon forms, form, compute.
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "tools/quillon/command.h"
+#include "tools/quillon/json.h"
+#include "tools/quillon/values.h"
+
+namespace tool {
+
+namespace {
+
+struct Arguments {
+  std::string store;
+  std::string form;
+  std::string document;
+  bool keep_going = false;
+};
+
+constexpr std::pair<VQRTTYPE, const char*> kKinds[] = {
+    {VQRTTYPE_TEXT_FIELD, "text"},         {VQRTTYPE_NUMBER_FIELD, "number"},       {VQRTTYPE_DATETIME_FIELD, "time"},
+    {VQRTTYPE_KEYWORDS_FIELD, "keywords"}, {VQRTTYPE_RICH_TEXT_FIELD, "rich text"}, {VQRTTYPE_NAMES_FIELD, "names"},
+    {VQRTTYPE_AUTHORS_FIELD, "authors"},   {VQRTTYPE_READERS_FIELD, "readers"},
+};
+
+constexpr const char* kComputeOptions[] = {"editable", "computed when composed", "computed", "computed for display"};
+
+struct DescribedField {
+  std::string name;
+  std::string kind;
+  std::string compute;
+  bool multi = false;
+  bool shared = false;
+  std::vector<std::pair<const char*, std::string>> formulas;
+  std::string help;
+};
+
+using FormulaGetter = VQSTATUS (VQFormField::*)(VQFormula*) const;
+constexpr std::pair<const char*, FormulaGetter> kFormulas[] = {
+    {"value", &VQFormField::GetValueFormula},
+    {"translation", &VQFormField::GetInputTranslationFormula},
+    {"validation", &VQFormField::GetInputValidationFormula},
+};
+
+std::string KindOf(const VQFormField& field) {
+  for (const auto& [type, name] : kKinds) {
+    if (field.GetType() == type) return name;
+  }
+  return "field";
+}
+
+DescribedField Describe(const VQFormField& field) {
+  DescribedField described{
+      ToText(field.GetName()),           KindOf(field),         kComputeOptions[field.GetComputeOption()],
+      field.GetAllowMultiValues() != 0,  field.IsShared() != 0, {},
+      ToText(field.GetHelpDescription())};
+  for (const auto& [name, get] : kFormulas) {
+    VQFormula formula;
+    if ((field.*get)(&formula) == VQ_OK) described.formulas.emplace_back(name, ToText(formula.GetText()));
+  }
+  return described;
+}
+
+void PrintField(const DescribedField& field) {
+  std::cout << Printable(field.name) << '\t' << field.kind << '\t' << field.compute << (field.multi ? ", list" : "")
+            << (field.shared ? ", shared" : "") << '\t';
+  const char* separator = "";
+  for (const auto& [name, text] : field.formulas) {
+    std::cout << separator << name << ": " << Printable(text);
+    separator = " | ";
+  }
+  std::cout << '\n';
+}
+
+void WriteField(JsonWriter& json, const DescribedField& field) {
+  json.BeginObject();
+  json.Field("name", field.name);
+  json.Field("kind", field.kind);
+  json.Field("compute", field.compute);
+  json.Key("list");
+  json.Boolean(field.multi);
+  json.Key("shared");
+  json.Boolean(field.shared);
+  json.Key("formulas");
+  json.BeginObject();
+  for (const auto& [name, text] : field.formulas) json.Field(name, text);
+  json.EndObject();
+  json.Field("help", field.help);
+  json.EndObject();
+}
+
+void OpenForm(VQDatabase& database, const std::string& name, VQForm* form) {
+  if (name.empty() || !database.FormExists(FromText(name))) {
+    throw Failure{kExitNotFound, "no form is called \"" + Printable(name) + "\""};
+  }
+  database.GetForm(FromText(name), form);
+  form->Open();
+}
+
+int List(const Options& options, const Arguments& arguments) {
+  Store store(options, arguments.store);
+  VQFormArray forms;
+  store.database().GetForms(&forms);
+  JsonWriter json(std::cout);
+  if (options.json) json.BeginArray();
+  for (unsigned long i = 0; i < forms.GetCount(); ++i) {
+    VQForm form(forms[i]);
+    form.Open();
+    VQFormFieldArray fields;
+    form.GetFormFields(&fields);
+    const auto id = static_cast<std::int64_t>(form.GetSlateID());
+    const auto count = static_cast<std::int64_t>(fields.GetCount());
+    if (!options.json) {
+      std::cout << id << '\t' << (form.GetIsDefaultForm() ? "default" : "form") << '\t'
+                << Printable(ToText(form.GetName())) << '\t' << count << " fields\n";
+      continue;
+    }
+    json.BeginObject();
+    json.Field("id", id);
+    json.Field("name", ToText(form.GetName()));
+    json.Field("alias", ToText(form.GetAlias()));
+    json.Key("default");
+    json.Boolean(form.GetIsDefaultForm() != 0);
+    json.Field("fields", count);
+    json.EndObject();
+  }
+  if (options.json) json.EndArray();
+  return kExitDone;
+}
+
+int Show(const Options& options, const Arguments& arguments) {
+  Store store(options, arguments.store);
+  VQForm form;
+  OpenForm(store.database(), arguments.form, &form);
+  VQFormFieldArray fields;
+  form.GetFormFields(&fields);
+  const unsigned long count = fields.GetCount();
+  JsonWriter json(std::cout);
+  if (options.json) {
+    json.BeginObject();
+    json.Field("id", static_cast<std::int64_t>(form.GetSlateID()));
+    json.Field("name", ToText(form.GetName()));
+    json.Field("alias", ToText(form.GetAlias()));
+    json.Key("fields");
+    json.BeginArray();
+  }
+  for (unsigned long i = 0; i < count; ++i) {
+    const DescribedField field = Describe(fields[i]);
+    options.json ? WriteField(json, field) : PrintField(field);
+  }
+  if (options.json) {
+    json.EndArray();
+    json.EndObject();
+  }
+  return kExitDone;
+}
+
+int Compute(const Options& options, const Arguments& arguments) {
+  Store store(options, arguments.store);
+  VQDocument document;
+  FindDocument(store.database(), arguments.document, &document);
+  if (!arguments.form.empty()) {
+    VQForm form;
+    OpenForm(store.database(), arguments.form, &form);
+    document.SetFormSlate(form.GetName());
+  }
+  VQString field, message;
+  VQSTATUS status = VQ_OK;
+  try {
+    document.ComputeWithForm(arguments.keep_going, &field, &message);
+  } catch (VQSTATUS thrown) {
+    status = thrown;
+  }
+  // What went right is kept when the run was to go on.
+  if (status == VQ_OK || arguments.keep_going) document.Save();
+  const auto id = static_cast<std::int64_t>(document.GetSlateID());
+  if (status != VQ_OK && !field.IsNull()) {
+    const std::string words = message.IsNull() ? StatusWords(status) : ToText(message);
+    throw Failure{kExitFailed, "field " + Printable(ToText(field)) + ": " + Printable(words)};
+  }
+  if (status != VQ_OK) throw status;
+  if (!options.json) {
+    std::cout << "document " << id << " computed\n";
+    return kExitDone;
+  }
+  JsonWriter json(std::cout);
+  json.BeginObject();
+  json.Field("document", id);
+  json.EndObject();
+  return kExitDone;
+}
+
+}  // namespace
+
+void AddFormCommands(CLI::App& app, Options& options, int* result) {
+  auto arguments = std::make_shared<Arguments>();
+  CLI::App* forms = app.add_subcommand("forms", "List forms");
+  forms->add_option("store", arguments->store, "The store")->required();
+  forms->callback([&options, arguments, result] { *result = List(options, *arguments); });
+
+  CLI::App* form = app.add_subcommand("form", "Show a form's fields");
+  form->add_option("store", arguments->store, "The store")->required();
+  form->add_option("name", arguments->form, "The form")->required();
+  form->callback([&options, arguments, result] { *result = Show(options, *arguments); });
+
+  CLI::App* compute = app.add_subcommand("compute", "Run a document through its form");
+  compute->add_option("store", arguments->store, "The store")->required();
+  compute->add_option("document", arguments->document, "Its number or its subject")->required();
+  compute->add_option("--form", arguments->form, "The form, which the document has from then on");
+  compute->add_flag("--continue", arguments->keep_going, "Go on behind a field that fails, and save the others");
+  compute->callback([&options, arguments, result] { *result = Compute(options, *arguments); });
+}
+
+}  // namespace tool
