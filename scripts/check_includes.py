@@ -32,8 +32,9 @@ ROOMS = {
     "examples": ["vq/vq.h"],
     "tests/client": ["vq/vq.h", "tests"],
     "tests": ["engine", "vq", "qcore", "tests", "tools"],
-    "fuzz": ["engine", "vq", "qcore", "tests"],
-    "bench": ["engine", "vq", "qcore/index", "qcore/formula"],
+    "tests/converters": ["engine", "vq", "converters", "tests"],
+    "fuzz": ["engine", "vq", "qcore", "converters", "tests"],
+    "bench": ["engine", "vq", "qcore/index", "qcore/formula", "converters"],
 }
 
 # Lowest first. A room of the engine includes itself and those to its left; qcore/abi stands above all of them.

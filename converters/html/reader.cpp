@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "converters/html/css.h"
 #include "engine/status.h"
@@ -23,6 +24,7 @@ bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' ||
 const HtmlReader::Rule& HtmlReader::RuleOf(const std::string& name) {
   using enum Kind;
   static constexpr Rule kRules[] = {
+      {"#run", kTransparent},
       {"a", kLink},
       {"abbr", kTransparent},
       {"address", kBlock, kItalic},
@@ -422,8 +424,7 @@ void HtmlReader::BeginParagraph() {
   Runs.Begin(Out.BaseFont(Heading));
   ++Paragraphs;
   HasParagraph = true;
-  HasText = false;
-  PendingSpace = false;
+  HasText = PendingSpace = EndsInSpace = false;
 }
 
 void HtmlReader::EndParagraph() {
@@ -442,9 +443,10 @@ void HtmlReader::Prepare() {
     PreBreaks = 0;
   } else {
     if (!HasParagraph) BeginParagraph();
+    if (PendingBreaks > 0) EndsInSpace = false;
     for (; PendingBreaks > 0; --PendingBreaks) Runs.LineBreak();
     if (PendingSpace) Runs.Text(" ");
-    PendingSpace = false;
+    EndsInSpace = std::exchange(PendingSpace, false);
     HasText = true;
   }
   if (!ActiveLink || Runs.InLink()) return;
@@ -457,7 +459,7 @@ void HtmlReader::Text(std::string_view text) {
   std::size_t at = 0;
   while (at < text.size()) {
     if (IsSpace(text[at])) {
-      PendingSpace = HasText && PendingBreaks == 0;
+      PendingSpace = HasText && PendingBreaks == 0 && !EndsInSpace;
       ++at;
       continue;
     }
@@ -469,6 +471,7 @@ void HtmlReader::Text(std::string_view text) {
     }
     Prepare();
     Runs.Text(text.substr(at, end - at));
+    EndsInSpace = false;
     at = end;
   }
 }
@@ -521,6 +524,7 @@ void HtmlReader::Picture(const HtmlNode& node) {
     return Pre ? PreText(node.Get("alt")) : Text(node.Get("alt"));
   }
   Prepare();
+  EndsInSpace = false;
   Runs.Picture(address, node.Get("title"), node.Get("alt"));
   if (Pre) PreHasText = true;
 }

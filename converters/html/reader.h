@@ -128,6 +128,7 @@ class HtmlReader {
   bool HasParagraph = false;
   bool HasText = false;  // since the paragraph's begin or the last break
   bool PendingSpace = false;
+  bool EndsInSpace = false;
   unsigned PendingBreaks = 0;
   const HtmlNode* ActiveLink = nullptr;
   bool LinkShown = false;

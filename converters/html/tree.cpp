@@ -43,6 +43,16 @@ Encoding EncodingOf(std::string_view html) {
   return ascii ? Encoding::kAscii : Encoding::kUtf8;
 }
 
+// Name of a paragraph that the parser put around text that stood by itself: it breaks nothing.
+constexpr char kImplied[] = "#run";
+
+// A tag that is there has been read up to its end.
+bool IsImplied(const htmlParserCtxt& context) {
+  const xmlChar* at = context.input ? context.input->cur : nullptr;
+  if (!at) return false;
+  return xmlStrEqual(context.name, reinterpret_cast<const xmlChar*>("p")) && *at != '>' && *at != '/';
+}
+
 }  // namespace
 
 const std::string* HtmlNode::Find(std::string_view attribute) const {
@@ -91,6 +101,7 @@ struct HtmlTree::Events {
       }
       tree.Open = tree.Add(tree.Open);
       tree.Open->Name = Lower(Chars(name));
+      if (!attributes && IsImplied(*static_cast<htmlParserCtxt*>(data))) tree.Open->Name = kImplied;
       for (; attributes && *attributes; attributes += 2) {
         tree.Open->Attributes.emplace_back(Lower(Chars(attributes[0])), attributes[1] ? Chars(attributes[1]) : "");
       }
@@ -100,8 +111,9 @@ struct HtmlTree::Events {
     Guard(data, [&](HtmlTree& tree) {
       HtmlNode* node = tree.Open;
       const std::string lower = Lower(Chars(name));
+      const auto isIt = [&] { return node->Name == lower || (lower == "p" && node->Name == kImplied); };
       unsigned levels = 1;
-      for (; node->Parent && node->Name != lower; node = node->Parent) ++levels;
+      for (; node->Parent && !isIt(); node = node->Parent) ++levels;
       if (!node->Parent) return;
       tree.Open = node->Parent;
       tree.Depth -= levels;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "converters/markdown/markdown.h"
 #include "converters/markdown/tables.h"
@@ -65,7 +66,9 @@ class MarkdownReader {
       case CMARK_NODE_ITEM:
         return Out.OpenItem();
       case CMARK_NODE_PARAGRAPH:
-        return Begin({.Tight = IsTight(node)});
+        // Begun by what stands in it: where that is left out, so is the paragraph.
+        Waiting = node;
+        return;
       case CMARK_NODE_HEADING:
         return Begin({.What = Leaf::kHeading, .Heading = static_cast<unsigned>(cmark_node_get_heading_level(node))});
       case CMARK_NODE_THEMATIC_BREAK:
@@ -81,6 +84,10 @@ class MarkdownReader {
   }
 
   void EnterInline(cmark_node* node) {
+    const bool html = cmark_node_get_type(node) == CMARK_NODE_HTML_INLINE;
+    if (Waiting && !(html && IsLeftOut(View(cmark_node_get_literal(node))))) {
+      Begin({.Tight = IsTight(std::exchange(Waiting, nullptr))});
+    }
     switch (cmark_node_get_type(node)) {
       case CMARK_NODE_TEXT:
         return Text(View(cmark_node_get_literal(node)));
@@ -120,6 +127,7 @@ class MarkdownReader {
         return Out.Close();
       case CMARK_NODE_PARAGRAPH:
       case CMARK_NODE_HEADING:
+        Waiting = nullptr;
         Html.CloseInline();
         Runs.EndLink();
         return Out.EndParagraph();
@@ -184,6 +192,10 @@ class MarkdownReader {
     const std::string_view html = View(cmark_node_get_literal(node));
     if (OnlyCommonMark) return Losses.Add(Loss::kRawHtml, LineOf(node), html);
     Html.ReadFragment(html, LineOf(node));
+  }
+
+  bool IsLeftOut(std::string_view html) const {
+    return OnlyCommonMark || html.starts_with("<!") || html.starts_with("<?") || html.starts_with("</");
   }
 
   void HtmlInline(cmark_node* node) {
@@ -256,6 +268,7 @@ class MarkdownReader {
   cmark_node* Image = nullptr;
   std::string ImageText;
   bool SkipPrefix = false;
+  cmark_node* Waiting = nullptr;  // a paragraph that has nothing in it so far
 };
 
 }  // namespace

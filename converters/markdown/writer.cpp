@@ -24,7 +24,8 @@ std::string Cleaned(std::string_view text, Report& losses) {
   std::string cleaned;
   for (std::size_t i = 0; i < text.size();) {
     const std::size_t size = Utf8Length(text.substr(i));
-    const bool control = static_cast<unsigned char>(text[i]) < 0x20 && text[i] != '\n' && text[i] != '\t';
+    const bool control =
+        static_cast<unsigned char>(text[i]) < 0x20 && text[i] != '\n' && text[i] != '\t' && text[i] != '\f';
     if (size == 0 || control) {
       cleaned += "\xEF\xBF\xBD";
       losses.Add(Loss::kInvalidText);
@@ -291,6 +292,12 @@ void MarkdownWriter::LineBreak() {
 
 void MarkdownWriter::Picture(std::string_view address, std::string_view title, std::string_view text) {
   if (HtmlDepth > 0) return Html.Picture(address, title, text);
+  if (IsCodeBlock) {
+    Losses.Add(Loss::kImage, 0, address);
+    return Text(text);
+  }
+  if (InCode && !Literal.empty()) AddLiteral(CMARK_NODE_CODE, Literal);
+  if (InCode) Literal.clear();
   Push(CMARK_NODE_IMAGE);
   cmark_node_set_url(Top(), Cleaned(address, Losses).c_str());
   cmark_node_set_title(Top(), Cleaned(title, Losses).c_str());

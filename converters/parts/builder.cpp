@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace conv {
 
@@ -154,9 +155,11 @@ void Builder::Separate() {
 // The first definition in a column styles the rows that are put in later: a heading's comes behind it.
 void Builder::DefineColumn(const Paragraph& paragraph) {
   if (Levels.empty() || Levels.back().Mark.Kind != LevelKind::kHeadingCell) return;
+  // Nothing stands in the levels yet.
+  std::vector<OpenLevel> levels = Levels;
   Levels.back().Mark.Kind = LevelKind::kCell;
   StyleFor(paragraph);
-  Levels.back().Mark.Kind = LevelKind::kHeadingCell;
+  Levels = std::move(levels);
 }
 
 void Builder::BeginParagraph(const Paragraph& paragraph) {
@@ -167,12 +170,15 @@ void Builder::BeginParagraph(const Paragraph& paragraph) {
   Out.Put(kSigReference, ODS_CDPABREFERENCE, CDPABREFERENCE{{}, LastStyle});
   HasParagraph = true;
   HasRun = false;
+  IsEmpty = true;
+  TextFont = paragraph.What == Leaf::kCode ? WithFace(Base, kMono) : BaseFont(paragraph.Heading);
 }
 
 void Builder::EndParagraph() {
   if (!HasParagraph) return;
   if (!Run.empty()) WriteRun();
-  if (!HasRun) Mark(Base);
+  // A run at the end is where a cursor can stand.
+  if (!HasRun) Mark(TextFont);
   HasParagraph = false;
 }
 
@@ -184,6 +190,7 @@ void Builder::WriteRun() {
     rest.remove_prefix(size);
   }
   HasRun = true;
+  IsEmpty = false;
   Run.clear();
 }
 
@@ -198,10 +205,12 @@ void Builder::Mark(FontID font) {
   if (!Run.empty()) WriteRun();
   Out.Put(kSigText, ODS_CDTEXT, CDTEXT{{}, font});
   HasRun = true;
+  IsEmpty = false;
 }
 
 void Builder::BeginLink(const Link& link) {
   if (!Run.empty()) WriteRun();
+  if (IsEmpty) Mark(TextFont);
   std::string data;
   for (std::string_view part : {link.Url, link.Title, link.Picture, link.PictureTitle}) {
     if (part.size() > kLongestAddress) {
@@ -221,6 +230,7 @@ void Builder::BeginLink(const Link& link) {
 void Builder::EndLink() {
   if (!Run.empty()) WriteRun();
   Out.Put(kSigHotspotEnd, ODS_CDHOTSPOTEND, CDHOTSPOTEND{});
+  HasRun = false;
 }
 
 void Builder::OpenTable(const std::vector<unsigned>& widths) {

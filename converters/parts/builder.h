@@ -110,9 +110,11 @@ class Builder {
   OpenTableState Table;
   std::uint16_t LastStyle = 0;
   bool HasParagraph = false;
-  bool HasRun = false;       // the paragraph has one
-  bool AtStart = true;       // nothing written yet
-  bool BehindTable = false;  // the last thing written
+  FontID TextFont = kDefaultFont;  // of the paragraph
+  bool IsEmpty = false;            // the paragraph
+  bool HasRun = false;             // it ends in one
+  bool AtStart = true;             // nothing written yet
+  bool BehindTable = false;        // the last thing written
 };
 
 }  // namespace conv

@@ -61,9 +61,10 @@ std::vector<Inlines::Opened> Inlines::Expected() const {
   };
   FontID before = Base;
   for (const Element& element : Elements) {
-    for (const auto& [bit, kind] : kBits) {
-      if (!(element.Font & bit & ~Base)) std::erase_if(formats, [&](const Opened& f) { return f.Kind == kind; });
-      if ((element.Font & bit & ~Base) && !has(kind)) formats.push_back({kind, element.Number, 0});
+    for (const auto& row : kBits) {
+      const FontID bit = row.first & ~Base;
+      if (!(element.Font & bit)) std::erase_if(formats, [&](const Opened& f) { return f.Kind == row.second; });
+      if ((element.Font & bit) && !has(row.second)) formats.push_back({row.second, element.Number, 0});
     }
     const bool code = FaceOf(element.Font) == kMono && FaceOf(Base) != kMono;
     if (code && !has(FormatKind::kCode)) formats.push_back({FormatKind::kCode, element.Number, 0});

@@ -39,11 +39,13 @@ void Walker::Collect() {
   std::map<FontID, std::size_t> fonts;
   FontID last = 0;
   std::size_t* count = nullptr;
+  bool plain = true;  // headings and code have fonts of their own
   Record record;
   while (Records.Next(&record)) {
     if (record.Signature == kSigDefinition) Define(record);
     if (record.Signature == kSigStyleName) NameStyle(record);
-    if (record.Signature != kSigText) continue;
+    if (record.Signature == kSigReference) plain = StyleOf(record.Word(2)).Name.What == Leaf::kText;
+    if (record.Signature != kSigText || !plain) continue;
     const FontID font = record.Dword(4) & ~kAttributes;
     if (FaceOf(font) == kMono) continue;
     if (!count || font != last) count = &fonts[font];
@@ -274,7 +276,14 @@ void Walker::CloseLevels(std::size_t keep) {
 
 // Text
 
+// A table holds cells alone.
+bool Walker::IsMisplaced() {
+  IsDamaged = IsDamaged || (Table.IsOpen && !Table.InCell);
+  return IsDamaged;
+}
+
 void Walker::HandleText(const Record& record) {
+  if (IsMisplaced()) return;
   const std::string_view text = record.Tail(EngOdsLength(ODS_CDTEXT));
   const FontID font = record.Dword(4);
   HasParagraph = true;
@@ -295,6 +304,7 @@ void Walker::ShowText(FontID font, std::string_view text) {
     return;
   }
   if (!IsFontKnown || font != LastFont) MatchFormats(font);
+  TellFormats();
   EmitText(text);
 }
 
@@ -340,31 +350,40 @@ void Walker::MatchFormats(FontID font) {
   CloseFormats(keep);
   for (const Format& format : Wanted) {
     if (std::ranges::find(Formats, format) != Formats.end()) continue;
-    Out.OpenFormat(format);
     Formats.push_back(format);
   }
   LastFont = font;
   IsFontKnown = true;
 }
 
+void Walker::TellFormats() {
+  for (; Told < Formats.size(); ++Told) Out.OpenFormat(Formats[Told]);
+}
+
 void Walker::CloseFormats(std::size_t keep) {
-  for (; Formats.size() > keep; Formats.pop_back()) Out.CloseFormat(Formats.back());
+  for (; Formats.size() > keep; Formats.pop_back()) {
+    if (Told < Formats.size()) continue;
+    Out.CloseFormat(Formats.back());
+    --Told;
+  }
   if (LinkPlace > Formats.size()) LinkPlace = 0;
 }
 
 // Hotspots
 
 void Walker::BeginHotspot(const Record& record) {
+  if (IsMisplaced()) return;
   const auto begin = record.Read<CDHOTSPOTBEGIN>(ODS_CDHOTSPOTBEGIN);
   const std::string_view data = record.Tail(EngOdsLength(ODS_CDHOTSPOTBEGIN));
   HasParagraph = true;
-  const bool link = begin.Type == kHotspotLink && (begin.Flags & kHotspotUrl) != 0 && Hotspots.empty();
-  if (link) {
-    BeginLink(data.substr(0, begin.DataLength), begin.Flags);
-  } else {
-    Losses.Add(Loss::kObject);
-  }
-  Hotspots.push_back(link ? kHotspotLink : static_cast<HotspotKind>(0));
+  const bool outermost = Hotspots.empty();
+  const bool link = outermost && begin.Type == kHotspotLink && (begin.Flags & kHotspotUrl) != 0;
+  const bool file = outermost && begin.Type == kHotspotAttachment;
+  if (link) BeginLink(data.substr(0, begin.DataLength), begin.Flags);
+  // The data of an attachment's begins with its name.
+  if (file) BeginLink(data.substr(0, std::min<std::size_t>(begin.DataLength, data.find('\0'))), 0);
+  if (!link && !file) Losses.Add(Loss::kObject);
+  Hotspots.push_back(link || file ? kHotspotLink : static_cast<HotspotKind>(0));
 }
 
 void Walker::BeginLink(std::string_view data, std::uint32_t flags) {
@@ -385,8 +404,8 @@ void Walker::BeginLink(std::string_view data, std::uint32_t flags) {
   IsFontKnown = false;
   MatchHotspot();
   if (continued || (InPicture && link.Url.empty())) return;
-  Out.OpenFormat(link);
   Formats.push_back(link);
+  TellFormats();
   LinkPlace = Formats.size();
 }
 
@@ -416,7 +435,10 @@ void Walker::EndHotspot() {
   const HotspotKind kind = Hotspots.back();
   Hotspots.pop_back();
   if (kind != kHotspotLink) return;
-  if (InPicture) Out.Picture(PictureAddress, PictureTitle, PictureText);
+  if (InPicture) {
+    TellFormats();
+    Out.Picture(PictureAddress, PictureTitle, PictureText);
+  }
   InPicture = false;
   IsLinkEnding = LinkPlace > 0;
 }

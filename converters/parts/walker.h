@@ -137,11 +137,14 @@ class Walker {
   void OpenOne(const Level& level, std::uint16_t margin);
   std::vector<Level> LevelsOf(const Style& style) const;
   // Text
+  bool IsMisplaced();
   void HandleText(const Record& record);
   void ShowText(FontID font, std::string_view text);
   void EmitText(std::string_view text);
   void MatchFormats(FontID font);
   void FindWanted(FontID font);
+  // Opens at the sink what is open: a format that nothing stands in is never told.
+  void TellFormats();
   void CloseFormats(std::size_t keep);
   // Hotspots
   void BeginHotspot(const Record& record);
@@ -179,6 +182,7 @@ class Walker {
   FontID CurrentBase = kDefaultFont;
 
   std::vector<Format> Formats;  // open, outermost first
+  std::size_t Told = 0;         // of them, so many the sink knows of
   std::vector<Format> Wanted;
   FontID LastFont = 0;
   bool IsFontKnown = false;

@@ -6,6 +6,7 @@
 #include "tools/quillon/command.h"
 #include "tools/quillon/formats.h"
 #include "tools/quillon/json.h"
+#include "tools/quillon/pictures.h"
 
 namespace tool {
 
@@ -18,11 +19,12 @@ struct Arguments {
   std::string item = "Body";
   std::string format = "auto";
   bool text = false;
+  bool no_files = false;
 };
 
-void Report(const Options& options, const std::string& file, const VQText& report) {
+void Report(const Options& options, const std::string& file, const std::vector<std::string>& lines) {
   if (!options.json) {
-    for (const std::string& line : LinesOf(report)) std::printf("not carried: %s\n", Printable(line).c_str());
+    for (const std::string& line : lines) std::printf("not carried: %s\n", Printable(line).c_str());
     return;
   }
   JsonWriter json(std::cout);
@@ -30,7 +32,7 @@ void Report(const Options& options, const std::string& file, const VQText& repor
   json.Field("path", file);
   json.Key("notCarried");
   json.BeginArray();
-  for (const std::string& line : LinesOf(report)) json.String(line);
+  for (const std::string& line : lines) json.String(line);
   json.EndArray();
   json.EndObject();
 }
@@ -54,7 +56,14 @@ int Run(const Options& options, const Arguments& arguments) {
   } else {
     body.Export(file, ConverterOf(format), start, end, 0, &report);
   }
-  Report(options, ToText(file), report);
+  std::vector<std::string> lines = LinesOf(report);
+  if (format != Format::kText && !arguments.no_files) {
+    const auto folder = std::filesystem::absolute(arguments.file).parent_path();
+    for (const std::string& name : WriteFiles(document, body, folder)) {
+      lines.push_back("the file " + name + ": its place is taken");
+    }
+  }
+  Report(options, ToText(file), lines);
   return kExitDone;
 }
 
@@ -68,6 +77,7 @@ void AddExportCommand(CLI::App& app, Options& options, int* result) {
   command->add_option("file", arguments->file, "The file; its extension chooses the converter")->required();
   command->add_option("--format", arguments->format, "auto (by the file's ending), text, markdown or html")
       ->check(CLI::IsMember({"auto", "text", "markdown", "html"}));
+  command->add_flag("--no-files", arguments->no_files, "Attachments that the text shows are not written beside it");
   command->add_flag("--text", arguments->text, "The same as --format text");
   command->add_option("--item", arguments->item, "The rich text item (default: Body)");
   command->callback([&options, arguments, result] { *result = Run(options, *arguments); });

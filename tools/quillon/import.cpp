@@ -12,6 +12,7 @@
 
 #include "tools/quillon/command.h"
 #include "tools/quillon/formats.h"
+#include "tools/quillon/pictures.h"
 #include "tools/quillon/progress.h"
 #include "tools/quillon/styles.h"
 #include "tools/quillon/values.h"
@@ -28,6 +29,7 @@ struct Arguments {
   std::string form = "Text";
   std::string format = "auto";
   bool plain = false;
+  bool no_files = false;
   bool join_lines = false;
 };
 
@@ -174,6 +176,7 @@ void ImportFile(VQDatabase& database, const Arguments& arguments, const Source& 
   const Format format =
       arguments.format == "auto" ? FormatOfFile(source.path.string()) : FormatOfName(arguments.format);
   if (!arguments.plain && format == Format::kText) StyleText(body);
+  if (!arguments.no_files) AttachPictures(document, body, source.path.parent_path());
   document.Save();
   if (report.GetCount() > 0) lost->push_back({source.subject, LinesOf(report)});
 }
@@ -270,6 +273,7 @@ void AddImportCommand(CLI::App& app, Options& options, int* result) {
   command->add_option("--form", arguments->form, "Item Form of the documents (default: Text)");
   command->add_option("--format", arguments->format, "auto (by the file's ending), text, markdown or html")
       ->check(CLI::IsMember({"auto", "text", "markdown", "html"}));
+  command->add_flag("--no-files", arguments->no_files, "Pictures of the file's folder are not attached");
   command->add_flag("--plain", arguments->plain, "Plain text in one font and one paragraph style throughout");
   command->add_flag("--join-lines", arguments->join_lines, "Lines without an empty one between are one paragraph");
   command->callback([&options, arguments, result] { *result = Run(options, *arguments); });

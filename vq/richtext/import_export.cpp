@@ -16,6 +16,8 @@
 #include "engine/process.h"
 #include "engine/status.h"
 #include "vq/richtext/fontid.h"
+#include "vq/richtext/recsrc.h"
+#include "vq/richtext/signature.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqstyltx.h"
@@ -194,21 +196,6 @@ VQSTATUS ImportWith(const Converter& converter, const std::string& filename, uns
   return temporary.Remove();
 }
 
-// A converter has no font table: table faces and effects become plain ones.
-VQSTATUS SimplifyFonts(VQRTContainerBody& top) {
-  VQRTObjectBody* object = top.FirstOfType(VQRTTYPE_STYLIZED_TEXT);
-  for (; object; object = top.NextOfType(object, VQRTTYPE_STYLIZED_TEXT)) {
-    VQStylizedTextBody& run = static_cast<VQStylizedTextBody&>(*object);
-    std::uint32_t font = static_cast<std::uint32_t>(run.GetFontID());
-    // Without an effect the bits that the mask clears are those of raised and lowered text.
-    std::uint32_t simple = font & vq::fontid::kEffectBit ? font & vq::fontid::kPlainMask : font;
-    if (vq::fontid::IsTableFace(vq::fontid::Face(font))) simple = vq::fontid::WithFace(simple, kPlainFace);
-    if (simple == font) continue;
-    if (VQSTATUS status = run.SetFontID(simple)) return status;
-  }
-  return VQ_OK;
-}
-
 // Blocks of a rich text on their way into a file, freed when this goes.
 struct Blocks {
   ~Blocks() {
@@ -219,16 +206,47 @@ struct Blocks {
   std::vector<vq::ItemBlock> List;
 };
 
+// A converter has no font table: table faces and effects become plain ones. Without an effect the bits that the mask
+// clears are those of raised and lowered text.
+std::uint32_t SimpleFont(std::uint32_t font) {
+  const std::uint32_t simple = font & vq::fontid::kEffectBit ? font & vq::fontid::kPlainMask : font;
+  return vq::fontid::IsTableFace(vq::fontid::Face(simple)) ? vq::fontid::WithFace(simple, kPlainFace) : simple;
+}
+
+// Makes the fonts of a block's runs simple; what style extensions say is not passed on, and goes.
+VQSTATUS SimplifyFonts(unsigned char* bytes, std::uint32_t* size) {
+  constexpr std::uint32_t kFont = 4;
+  std::uint32_t kept = kTypeWord;
+  for (std::uint32_t offset = kTypeWord; offset < *size;) {
+    vq::RecordHeader header;
+    if (!vq::ReadRecordHeader(bytes + offset, *size - offset, &header)) return VQERR_CORRUPTED;
+    if (header.Length > *size - offset) return VQERR_CORRUPTED;
+    const std::uint32_t length = std::min(vq::Padded(header.Length), *size - offset);
+    if (header.Signature == SIG_CD_TEXT && header.Length >= kFont + 4) {
+      vq::StoreDword(bytes + offset + kFont, SimpleFont(vq::LoadDword(bytes + offset + kFont)));
+    }
+    if (header.Signature != SIG_CD_TEXT_STYLE_EXT) {
+      if (kept != offset) std::memmove(bytes + kept, bytes + offset, length);
+      kept += length;
+    }
+    offset += length;
+  }
+  *size = kept;
+  return VQ_OK;
+}
+
 // Only the first block keeps its type word.
 VQSTATUS WriteComposite(std::FILE* file, const Blocks& blocks) {
   std::size_t skipped = 0;
   for (const vq::ItemBlock& block : blocks.List) {
-    const char* bytes = static_cast<const char*>(EngMemLock(block.Memory));
+    auto* bytes = static_cast<unsigned char*>(EngMemLock(block.Memory));
     if (bytes == nullptr) return VQERR_CORRUPTED;
-    std::size_t size = block.Size - skipped;
-    bool complete = std::fwrite(bytes + skipped, 1, size, file) == size;
+    std::uint32_t end = block.Size;
+    VQSTATUS status = SimplifyFonts(bytes, &end);
+    const std::size_t size = end - skipped;
+    if (status == VQ_OK && std::fwrite(bytes + skipped, 1, size, file) != size) status = VQERR_FILE_WRITE;
     EngMemUnlock(block.Memory);
-    if (!complete) return VQERR_FILE_WRITE;
+    if (status != VQ_OK) return status;
     skipped = kTypeWord;
   }
   return VQ_OK;
@@ -252,7 +270,6 @@ VQSTATUS ExportWith(const Converter& converter, VQRichText& range, const std::st
                     VQText* report) {
   VQRichTextBody& body = *range.GetRichTextBody();
   if (VQSTATUS status = body.Initialize()) return status;
-  if (VQSTATUS status = SimplifyFonts(*body.GetTop())) return status;
   Blocks blocks;
   if (VQSTATUS status = body.WriteBlocks(&blocks.List)) return status;
   ENGCONVERTERBUFFER buffer{ENG_CONVERTER_DEFAULT_FILE, kImportFont};
@@ -281,8 +298,21 @@ VQSTATUS ImportInto(VQRichText& target, const Converter& converter, const std::s
   return status != VQ_OK ? status : target.Insert(imported, cursor);
 }
 
+// Whether the cursors stand at the ends of the text: then nothing has to be copied, and objects there are whole.
+bool IsWhole(const VQRichText& source, const VQRTCursor& start, const VQRTCursor& end) {
+  if (source.IsNull() || !start.IsValid() || !end.IsValid()) return false;
+  VQRichTextBody& body = *source.GetRichTextBody();
+  if (body.Initialize() != VQ_OK) return false;
+  VQRTCursor first, last;
+  if (body.GetTop()->GetCursor(&first) != VQ_OK || body.GetTop()->GetEndCursor(&last) != VQ_OK) return false;
+  return start == first && end == last;
+}
+
 VQSTATUS ExportFrom(VQRichText& source, const Converter& converter, const std::string& filename,
                     const VQRTCursor& start, const VQRTCursor& end, unsigned long options, VQText* report) {
+  if (IsWhole(source, start, end)) {
+    return ExportWith(converter, source, filename, options != 0 ? options : converter.Options, report);
+  }
   VQRichText range;
   if (VQSTATUS status = source.GetRichText(start, end, &range)) return status;
   return ExportWith(converter, range, filename, options != 0 ? options : converter.Options, report);

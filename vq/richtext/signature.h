@@ -94,6 +94,9 @@ constexpr std::uint32_t Padded(std::uint32_t length) { return length + (length &
 inline std::uint32_t LoadDword(const unsigned char* bytes) {
   return LoadWord(bytes) | static_cast<std::uint32_t>(LoadWord(bytes + 2)) << 16;
 }
+inline void StoreDword(unsigned char* bytes, std::uint32_t value) {
+  for (int i = 0; i < 4; ++i) bytes[i] = static_cast<unsigned char>(value >> (8 * i));
+}
 
 }  // namespace vq
 

@@ -1,0 +1,193 @@
+// HTML in and out: what is carried, and what the report tells of the rest.
+#include "tests/converters/converter_fixture.h"
+
+namespace {
+
+using namespace converter_test;
+using testing::HasSubstr;
+
+struct HtmlRow {
+  const char* What;
+  const char* In;
+  const char* Out;
+  const char* Report = "";
+};
+
+void ExpectRows(std::span<const HtmlRow> rows) {
+  for (const HtmlRow& row : rows) {
+    SCOPED_TRACE(row.What);
+    const Converted records = FromHtml(row.In);
+    ASSERT_EQ(records.Status, 0U);
+    EXPECT_EQ(records.Report, row.Report);
+    const Converted html = ToHtml(records.Bytes);
+    EXPECT_EQ(html.Bytes, row.Out);
+    EXPECT_EQ(html.Report, "");
+    // What came out once comes out again.
+    EXPECT_EQ(ToHtml(FromHtml(html.Bytes).Bytes).Bytes, row.Out);
+  }
+}
+
+TEST(HtmlText, IsCarried) {
+  const HtmlRow rows[] = {
+      {"spaces fold", " <p> a \n b <b> c </b> d </p> ", "<p>a b <strong>c </strong>d</p>\n"},
+      {"formats", "<i>i</i><b>b</b><u>u</u><s>s</s><sup>x</sup><sub>y</sub><tt>t</tt>",
+       "<p><em>i</em><strong>b</strong><u>u</u><s>s</s><sup>x</sup><sub>y</sub><code>t</code></p>\n"},
+      {"nesting stays", "<b><i>x</i></b> <i><b>x</b> y</i> <u><b>1</b>2</u>",
+       "<p><strong><em>x</em></strong> <em><strong>x</strong> y</em> <u><strong>1</strong>2</u></p>\n"},
+      {"formats by style", "<span style='font-weight:bold;text-decoration:underline'>a</span>",
+       "<p><strong><u>a</u></strong></p>\n"},
+      {"size, colour, face",
+       "<p>plain text here<font color=red face=serif>x</font><span style='font-size:14pt'>y</span>",
+       "<p>plain text here<span style=\"font-family:serif;color:#ff0000\">x</span>"
+       "<span style=\"font-size:14pt\">y</span></p>\n"},
+      {"formats of nothing", "<h1><b></b><i><a href=x>a</a></i></h1>", "<h1><em><a href=\"x\">a</a></em></h1>\n"},
+      {"raised excludes lowered", "<sup>a<sub>b</sub></sup>", "<p><sup>a</sup><sub>b</sub></p>\n"},
+      {"breaks", "a<br>b<br><br>c<br>", "<p>a<br />\nb<br />\n<br />\nc</p>\n"},
+      {"an empty paragraph between", "<p>a</p><p><br></p><p>b</p>", "<p>a</p>\n<p><br /></p>\n<p>b</p>\n"},
+      {"references", "&lt;&amp;&gt;&quot;&#65;&eacute;&nbsp;", "<p>&lt;&amp;&gt;&quot;A\xC3\xA9\xC2\xA0</p>\n"},
+      {"alignment", "<p align=right>r</p><center>c</center><div style='text-align:justify'><p>j</div>",
+       "<p style=\"text-align:right\">r</p>\n<p style=\"text-align:center\">c</p>\n"
+       "<p style=\"text-align:justify\">j</p>\n"},
+      {"margins", "<p style='margin-left:36pt;text-indent:-18pt'>m</p>",
+       "<p style=\"margin-left:36pt;text-indent:-18pt\">m</p>\n"},
+      {"headings", "<h1>a</h1><h6 align=center>b</h6>", "<h1>a</h1>\n<h6 style=\"text-align:center\">b</h6>\n"},
+      {"code", "<pre><code class='language-c'>a\n\n  b\n</code></pre><pre>c<b>d</b></pre>",
+       "<pre><code class=\"language-c\">a\n\n  b\n</code></pre>\n<pre><code>c<strong>d</strong>\n</code></pre>\n"},
+      {"links", "<a href='x?a=1&b=2' title='t'>a <b>b</b></a><a href=y></a>",
+       "<p><a href=\"x?a=1&amp;b=2\" title=\"t\">a <strong>b</strong></a><a href=\"y\"></a></p>\n"},
+      {"a link around blocks", "<a href=x><p>a</p><p>b</p></a>",
+       "<p><a href=\"x\">a</a></p>\n<p><a href=\"x\">b</a></p>\n"},
+      {"pictures", "<img src=a.png alt='A &amp; B' title=t><a href=l><img src=b.png> b</a>",
+       "<p><img src=\"a.png\" alt=\"A &amp; B\" title=\"t\" /><a href=\"l\"><img src=\"b.png\" alt=\"\" /> "
+       "b</a></p>\n"},
+      {"rules and quotes", "<blockquote>a<hr><blockquote><p>b</blockquote></blockquote>",
+       "<blockquote>\n<p>a</p>\n<hr />\n<blockquote>\n<p>b</p>\n</blockquote>\n</blockquote>\n"},
+      {"lists", "<ul><li>a<ol start=3><li>b</ol><li><p>c<p>d</ul>",
+       "<ul>\n<li>a\n<ol start=\"3\">\n<li>b</li>\n</ol>\n</li>\n<li>\n<p>c</p>\n<p>d</p>\n</li>\n</ul>\n"},
+      {"an item alone", "<li>a</li>b", "<ul>\n<li>a</li>\n</ul>\n<p>b</p>\n"},
+  };
+  ExpectRows(rows);
+}
+
+TEST(HtmlTables, AreCarried) {
+  const HtmlRow rows[] = {
+      {"headings and borders", "<table border=1><tr><th>a<th align=center>b<tr><td>c<td></table>",
+       "<table border=\"1\">\n<thead>\n<tr>\n<th>a</th>\n<th style=\"text-align:center\">b</th>\n</tr>\n</thead>\n"
+       "<tbody>\n<tr>\n<td>c</td>\n<td></td>\n</tr>\n</tbody>\n</table>\n"},
+      {"spans", "<table><tr><td rowspan=2>a<td colspan=2>b<tr><td>c<td>d</table>",
+       "<table>\n<tr>\n<td rowspan=\"2\">a</td>\n<td colspan=\"2\">b</td>\n</tr>\n<tr>\n<td>c</td>\n<td>d</td>\n"
+       "</tr>\n</table>\n"},
+      {"spans past the edge", "<table><tr><td rowspan=9 colspan=9>a<td>b</table>",
+       "<table>\n<tbody>\n<tr>\n<td colspan=\"9\">a</td>\n<td>b</td>\n</tr>\n</tbody>\n</table>\n"},
+      {"borders and colours", "<table><tr><td style='border-left:3px double;background:#ff0000'>a</table>",
+       "<table>\n<tbody>\n<tr>\n<td style=\"background-color:#ff0000;border-left:3px double\">a</td>\n</tr>\n"
+       "</tbody>\n</table>\n"},
+      {"blocks in cells", "<table><tr><td><p>a<ul><li>b</ul><td><h2>c</h2></table>",
+       "<table>\n<tbody>\n<tr>\n<td>\n<p>a</p>\n<ul>\n<li>b</li>\n</ul>\n</td>\n<td>\n<h2>c</h2>\n</td>\n</tr>\n"
+       "</tbody>\n</table>\n"},
+      {"in an item", "<ul><li>a<table><tr><td>b</table><li>c</ul>",
+       "<ul>\n<li>a\n<table>\n<tbody>\n<tr>\n<td>b</td>\n</tr>\n</tbody>\n</table>\n</li>\n<li>c</li>\n</ul>\n"},
+      {"a heading first in an item", "<ul><li>a<li><table><tr><th>b</table></ul>",
+       "<ul>\n<li>a</li>\n<li>\n<table>\n<thead>\n<tr>\n<th>b</th>\n</tr>\n</thead>\n</table>\n</li>\n</ul>\n"},
+      {"two in a row", "<table><tr><td>a</table><table><tr><td>b</table>c",
+       "<table>\n<tbody>\n<tr>\n<td>a</td>\n</tr>\n</tbody>\n</table>\n"
+       "<table>\n<tbody>\n<tr>\n<td>b</td>\n</tr>\n</tbody>\n</table>\n<p>c</p>\n"},
+  };
+  ExpectRows(rows);
+}
+
+TEST(HtmlReport, TellsWhatIsMissing) {
+  const HtmlRow rows[] = {
+      {"content that is lost", "<p>a<script>x</script><style>y</style><svg><g/></svg></p>", "<p>a</p>\n",
+       "elements left out with their content: 3: script\n"},
+      {"unknown elements", "<blink>a</blink><marquee>b</marquee>", "<p>ab</p>\n",
+       "elements left out, their content kept: 2: blink\n"},
+      {"nearest ones", "<p>0123456789<font face=Papyrus color=#ff0102 size=7>a</font>",
+       "<p>0123456789<span style=\"font-size:24pt;color:#ff0000\">a</span></p>\n",
+       "faces replaced by the nearest one: 1: Papyrus\ncolours replaced by the nearest one: 1: #ff0102\n"},
+      {"a table in a table", "<table><tr><td>a<table><tr><td>b<td>c</table></table>",
+       "<table>\n<tbody>\n<tr>\n<td>\n<p>a</p>\n<p>b</p>\n<p>c</p>\n</td>\n</tr>\n</tbody>\n</table>\n",
+       "tables within tables became paragraphs: 1\n"},
+  };
+  for (const HtmlRow& row : rows) {
+    SCOPED_TRACE(row.What);
+    const Converted records = FromHtml(row.In);
+    EXPECT_EQ(records.Report, row.Report);
+    EXPECT_EQ(ToHtml(records.Bytes).Bytes, row.Out);
+  }
+}
+
+TEST(HtmlOut, LeadsNowhereThatRunsCode) {
+  const Converted html = ToHtml(FromHtml("<a href='JavaScript:x'>a</a><img src='data:text/html,x' alt=b>").Bytes);
+  EXPECT_EQ(html.Bytes, "<p><a href=\"\">a</a><img src=\"\" alt=\"b\" /></p>\n");
+  EXPECT_EQ(html.Report, "addresses left out: 2: JavaScript:x\n");
+}
+
+TEST(HtmlIn, TakesTheTextsOwnEncoding) {
+  const struct {
+    const char* What;
+    std::string In;
+    const char* Out;
+  } rows[] = {
+      {"UTF-8 that says nothing", "<p>\xC3\xA9", "<p>\xC3\xA9</p>\n"},
+      {"UTF-8 that says otherwise", "<meta charset=iso-8859-1><p>\xC3\xA9", "<p>\xC3\xA9</p>\n"},
+      {"Latin-1 that says so", "<meta charset=iso-8859-1><p>\xE9", "<p>\xC3\xA9</p>\n"},
+      {"Latin-1 that says nothing", "<p>\xE9", "<p>\xC3\xA9</p>\n"},
+      {"UTF-16", std::string("\xFF\xFE<\0p\0>\0\xE9\0", 10), "<p>\xC3\xA9</p>\n"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(ToHtml(FromHtml(row.In).Bytes).Bytes, row.Out) << row.What;
+  }
+}
+
+TEST(MarkdownIn, PipeTablesAndRawHtml) {
+  const struct {
+    const char* What;
+    const char* In;
+    const char* Out;
+    const char* Report;
+  } rows[] = {
+      {"a pipe table", "| a | b |\n|---|--:|\n| *x* \\| `y` | [z](w) |\n| 1 |\n",
+       "<table border=\"1\">\n<thead>\n<tr>\n<th>a</th>\n<th style=\"text-align:right\">b</th>\n</tr>\n</thead>\n"
+       "<tbody>\n<tr>\n<td><em>x</em> | <code>y</code></td>\n<td style=\"text-align:right\"><a href=\"w\">z</a></td>\n"
+       "</tr>\n<tr>\n<td>1</td>\n<td style=\"text-align:right\"></td>\n</tr>\n</tbody>\n</table>\n",
+       ""},
+      {"dashes of another width", "| a | b |\n|---|\n", "<p>| a | b | |---|</p>\n",
+       "line ends within paragraphs became spaces: 1, first in line 1\n"},
+      {"formats by tags", "<u>a *b*</u> <sub>c</sub><br><font color=\"red\">d</font><!-- e -->",
+       "<p><u>a <em>b</em></u> <sub>c</sub><br />\n<span style=\"color:#ff0000\">d</span></p>\n",
+       "raw HTML left out: 1, first in line 1: <!-- e -->\n"},
+      {"a table by tags", "x\n\n<table><tr><td rowspan=2>a<td>b<tr><td>c</table>\n",
+       "<p>x</p>\n<table>\n<tr>\n<td rowspan=\"2\">a</td>\n<td>b</td>\n</tr>\n<tr>\n<td>c</td>\n</tr>\n</table>\n", ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    const Converted records = FromMarkdown(row.In);
+    EXPECT_EQ(records.Report, row.Report);
+    EXPECT_EQ(ToHtml(records.Bytes).Bytes, row.Out);
+    // By way of Markdown the same comes back.
+    EXPECT_EQ(ToHtml(FromMarkdown(ToMarkdown(records.Bytes).Bytes).Bytes).Bytes, row.Out)
+        << ToMarkdown(records.Bytes).Bytes;
+  }
+}
+
+TEST(MarkdownOut, KeepsWhatMarkdownHasNoSignsFor) {
+  const char* const rows[] = {
+      "<p><strong>bold </strong>x<em>.y</em>z<em>a</em><em>b</em></p>\n",
+      "<p>1. no list</p>\n<p># no heading</p>\n<p>- no item</p>\n",
+      "<p>a<u>b</u><sup>c</sup><s>d</s><span style=\"font-size:20pt;color:#ff0000\">e</span></p>\n",
+      "<p>a<br />\nb</p>\n<h2>a<br />\nb</h2>\n",
+      "<ul>\n<li>a</li>\n</ul>\n<ul>\n<li>b</li>\n</ul>\n<pre><code>c\n</code></pre>\n",
+      "<table>\n<tbody>\n<tr>\n<td>\n<pre><code>a\n\nb\n</code></pre>\n</td>\n</tr>\n</tbody>\n</table>\n",
+  };
+  for (const char* html : rows) {
+    const Converted markdown = ToMarkdown(FromHtml(html).Bytes);
+    const std::string again = ToHtml(FromMarkdown(markdown.Bytes).Bytes).Bytes;
+    // Emphasis gives its outer spaces away.
+    EXPECT_THAT(again,
+                testing::AnyOf(std::string(html), "<p><strong>bold</strong> x<em>.y</em>z<em>a</em><em>b</em></p>\n"))
+        << markdown.Bytes;
+  }
+}
+
+}  // namespace
