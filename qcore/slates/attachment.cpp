@@ -165,7 +165,7 @@ ENGSTATUS ExtractFile(Slate& slate, Slate::Slot slot, const std::string& path) {
   ObjectInfo info{};
   ENGSTATUS status = FindFile(slate, slot, &file, &info);
   HostFileWriter target;
-  if (status == ENG_OK) status = target.Open(path);
+  if (status == ENG_OK) status = target.Open(path, file.FileAttributes);
   if (status == ENG_OK) status = WriteFile(*slate.ObjectsOf(slot).database, file, info.size, target);
   return status == ENG_OK ? target.Finish({0, file.FileCreated, file.FileModified, file.FileAttributes}) : status;
 }

@@ -4,11 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 
 #include "engine/records.h"
+#include "qcore/settings/platform.h"
 #include "qcore/time/moment.h"
 
 namespace qcore {
@@ -48,19 +49,15 @@ std::uint16_t AttributesOf(unsigned mode) {
   return attributes;
 }
 
-mode_t ModeFor(std::uint16_t attributes) {
-  const mode_t mask = umask(0);
-  umask(mask);
-  mode_t mode = 0666 & ~mask;
-  if (attributes & FILEATTRIBUTE_READ_ONLY) mode &= ~mode_t{0222};
-  if (attributes & FILEATTRIBUTE_PRIVATE) mode &= ~mode_t{0077};
-  return mode;
-}
-
 // For the name beside the place, which a long name of the place itself must not make too long.
 std::string BesideOf(const std::string& path) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::array<std::uint8_t, 8> random;
+  CurrentPlatform().Random(random);
+  std::string name = ".quillon-";
+  for (std::uint8_t byte : random) (name += kDigits[byte >> 4]) += kDigits[byte & 15];
   const std::size_t slash = path.rfind('/');
-  return (slash == std::string::npos ? std::string() : path.substr(0, slash + 1)) + ".quillon-XXXXXX";
+  return (slash == std::string::npos ? std::string() : path.substr(0, slash + 1)) + name;
 }
 
 }  // namespace
@@ -101,14 +98,15 @@ HostFileWriter::~HostFileWriter() {
   if (!beside_.empty()) unlink(beside_.c_str());
 }
 
-ENGSTATUS HostFileWriter::Open(const std::string& path) {
+ENGSTATUS HostFileWriter::Open(const std::string& path, std::uint16_t attributes) {
   struct stat present {};
   const bool taken = lstat(path.c_str(), &present) == 0;
   if (path.empty() || path.back() == '/') return ENG_ERR_FILE_OPEN;
   if (taken && !S_ISREG(present.st_mode) && !S_ISLNK(present.st_mode)) return ENG_ERR_FILE_OPEN;
   path_ = path;
-  std::string beside = BesideOf(path);
-  fd_ = mkostemp(beside.data(), O_CLOEXEC);
+  const std::string beside = BesideOf(path);
+  const mode_t mode = (attributes & FILEATTRIBUTE_PRIVATE) != 0 ? 0600 : 0666;
+  fd_ = open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
   if (fd_ < 0) return ENG_ERR_FILE_OPEN;
   beside_ = beside;
   return ENG_OK;
@@ -126,7 +124,10 @@ ENGSTATUS HostFileWriter::Write(std::span<const std::uint8_t> bytes) {
 
 ENGSTATUS HostFileWriter::Finish(const HostFileFacts& facts) {
   const timespec times[2] = {{0, UTIME_OMIT}, FileTime(facts.modified)};
-  if (futimens(fd_, times) != 0 || fchmod(fd_, ModeFor(facts.attributes)) != 0) return ENG_ERR_FILE_WRITE;
+  struct stat present {};
+  if (futimens(fd_, times) != 0 || fstat(fd_, &present) != 0) return ENG_ERR_FILE_WRITE;
+  const bool read_only = (facts.attributes & FILEATTRIBUTE_READ_ONLY) != 0;
+  if (read_only && fchmod(fd_, present.st_mode & 0555) != 0) return ENG_ERR_FILE_WRITE;
   const int closed = close(fd_);
   fd_ = -1;
   if (closed != 0 || rename(beside_.c_str(), path_.c_str()) != 0) return ENG_ERR_FILE_WRITE;
