@@ -471,9 +471,11 @@ void Memory(benchmark::State& state) {
   double bytes = 0;
   for (auto _ : state) {
     const Opened opened(set, set.by_items);
-    std::vector<std::uint32_t> ids;
     auto* collection = qcore::index::Collection::Find(opened.get());
-    Check(collection->Documents(&ids));
+    Check(collection->index().With(0, [](qcore::index::IndexTree& tree) {
+      tree.rows().ReadAll();
+      return ENGSTATUS{ENG_OK};
+    }));
     bytes = static_cast<double>(collection->Memory()) / (set.count + kCategories);
   }
   state.counters["bytes a row"] = bytes;
