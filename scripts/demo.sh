@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # The whole job on real files: demo.sh BUILD-DIRECTORY FOLDER
 # One process imports, a second replaces a word by a cursor, a third compares what is stored with what was. Then a view
-# over the documents and notes on them is made, read, searched, and followed while a document changes. Last a Markdown file
-# with a table comes in, is changed, and goes out as HTML. Each command is a process of its own, and what it prints is
-# checked.
+# over the documents and notes on them is made, read, searched, and followed while a document changes. A document is run
+# through a form. Last a Markdown file with a table comes in, is changed, and goes out as HTML. Each command is a process
+# of its own, and what it prints is checked.
 set -euo pipefail
 
 build=$(cd "$1" && pwd)
@@ -112,7 +112,20 @@ head -n 2 "$place/view-after.txt"
   fail "the view didn't follow"
 [ "$(awk -F'\t' -v id="$id" '$2 == id' "$place/view-after.txt" | wc -l)" -eq 1 ] ||
   fail "the document is still below its former categories"
-echo "== a Markdown file with a table comes in, and gets a row"
+echo "== a form for the imported documents, and a document run through it"
+"$tool" form-create "$store" Text --field Subject:text --field Categories:text,list --field Size:number \
+  --field 'Kilobytes:number,computed=@If(@IsAvailable(Size); Size / 1024; 0)' --field 'Status:text="new"' \
+  --translate 'Subject=@Trim(Subject)' --validate 'Subject=@If(Subject = ""; "no subject"; @Success)' --default
+"$tool" form "$store" Text
+"$tool" compute "$store" "$id"
+"$tool" show "$store" "$id" >"$place/computed.txt"
+grep -q '^Status (text.*: new$' "$place/computed.txt" || fail "the default value isn't there"
+[ "$(awk '$1 == "Kilobytes" { print ($NF > 0) }' "$place/computed.txt")" = 1 ] || fail "nothing was computed"
+"$tool" set "$store" "$note" Subject ""
+! "$tool" compute "$store" "$note" --form Text 2>"$place/refused.txt" || fail "an empty subject is taken"
+cat "$place/refused.txt"
+
+echo "== a Markdown file with a table comes in, gets a row and an attachment"
 cat >"$place/stock.md" <<'END'
 # What is in store
 
@@ -128,14 +141,20 @@ Counted *today*; the **last** column is what is left.
 END
 "$tool" import "$store" "$place/stock.md"
 "$tool" table "$store" stock.md --insert-row 3 pears 75
-"$tool" export "$store" stock.md "$place/stock.html"
-[ "$(grep -cE '<td.*>(apples|pears|plums|120|75|40)</td>' "$place/stock.html")" -eq 6 ] || fail "the table isn't whole"
-grep -q '<strong>last</strong>' "$place/stock.html" || fail "bold is lost"
-! command -v tidy >/dev/null || tidy -qe "$place/stock.html" || fail "tidy finds fault with the HTML"
+"$tool" attach "$store" stock.md "$place/view.txt" --compress --show-in Body
+"$tool" detach "$store" stock.md view.txt -o "$place/view-again.txt"
+cmp "$view" "$place/view-again.txt" || fail "the attachment came back changed"
+mkdir "$place/out"
+"$tool" export "$store" stock.md "$place/out/stock.html"
+cmp "$view" "$place/out/view.txt" || fail "the attachment does not stand beside the page"
+grep -q view.txt "$place/out/stock.html" || fail "the page doesn't show the attachment"
+[ "$(grep -cE '<td.*>(apples|pears|plums|120|75|40)</td>' "$place/out/stock.html")" -eq 6 ] || fail "the table isn't whole"
+grep -q '<strong>last</strong>' "$place/out/stock.html" || fail "bold is lost"
+! command -v tidy >/dev/null || tidy -qe "$place/out/stock.html" || fail "tidy finds fault with the HTML"
 if command -v chromium >/dev/null; then
   chromium --headless --no-sandbox --disable-gpu --user-data-dir="$place/browser" --window-size=640,480 \
-    --screenshot="$place/stock.png" "file://$place/stock.html" >/dev/null 2>&1 || fail "no picture of the page"
-  echo "its picture: $place/stock.png, $(wc -c <"$place/stock.png") bytes"
+    --screenshot="$place/out/stock.png" "file://$place/out/stock.html" >/dev/null 2>&1 || fail "no picture of the page"
+  echo "its picture: $place/out/stock.png, $(wc -c <"$place/out/stock.png") bytes"
 fi
 
 "$tool" check "$store" >/dev/null || fail "the store isn't whole"

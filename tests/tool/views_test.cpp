@@ -49,6 +49,8 @@ TEST_F(ViewCommands, RowsOfAView) {
       {"find s.vlt All number:3x", 2, "no number: 3x"},
       {"find s.vlt All a b c", 1, "number of search keys exceeds"},
       {"set s.vlt 4 Due time:2026-03-05", 0, ""},
+      {"set s.vlt 4 Empty ''", 0, ""},
+      {"show s.vlt 4", 0, "Empty (text"},
       {"set s.vlt 8 Due time:2026-03-05T10:30:15Z", 0, ""},
       {"view-create s.vlt Due --column Due:sorted=Due --column Subject=Subject", 0, ""},
       {"find s.vlt Due time:2026-03-05T10:30:15Z", 0, "8\t2026-03-05T10:30:15.00Z | one.txt\n"},

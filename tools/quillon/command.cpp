@@ -102,6 +102,8 @@ std::string Printable(std::string_view text) {
 
 std::string TextOf(VQDocument& document, const char* item) {
   VQText text;
+  const unsigned long type = document.GetItemType(item);
+  if (type != TYPE_TEXT && type != TYPE_TEXT_LIST) return {};
   if (document.GetItem(item, &text) != VQ_OK || text.GetCount() == 0) return {};
   return ToText(text[0]);
 }

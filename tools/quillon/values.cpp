@@ -414,9 +414,9 @@ void SetItem(VQDocument& document, const std::string& name, const std::vector<st
   if (kinds > 1) throw Failure{kExitUsage, "texts, numbers and times in one item"};
   const VQString item = FromText(name);
   if (document.HasItem(item)) document.DeleteItem(item);
-  if (texts.GetCount() != 0) return PutItem(document, item, texts);
+  if (numbers.GetCount() != 0) return PutItem(document, item, numbers);
   if (times.GetCount() != 0) return PutItem(document, item, times);
-  PutItem(document, item, numbers);
+  PutItem(document, item, texts);  // an empty text counts as none
 }
 
 }  // namespace tool
