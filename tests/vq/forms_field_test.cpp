@@ -41,7 +41,7 @@ TEST_F(FormField, NamesThatAreLegal) {
       {std::string(32, 'n'), VQ_OK},
       {std::string(33, 'n'), VQERR_OUT_OF_RANGE},
       {"1st", VQERR_FIELD_NAME_CHARACTERS},
-      {"", VQERR_FIELD_NAME_CHARACTERS},
+      {"", VQERR_NULL_STRING},
       {"a b", VQERR_FIELD_NAME_CHARACTERS},
       {"a-b", VQERR_FIELD_NAME_CHARACTERS},
       {"a\xFF", VQERR_FIELD_NAME_CHARACTERS},

@@ -80,7 +80,7 @@ VQSTATUS BuildExtension(const FieldExtensionView& extension, std::string* bytes)
 }
 
 VQSTATUS CheckFieldName(std::string_view name) {
-  if (name.empty()) return VQERR_FIELD_NAME_CHARACTERS;
+  if (name.empty()) return VQERR_NULL_STRING;
   if (name.size() > kMaximumName) return VQERR_OUT_OF_RANGE;
   const ENGHANDLE charset = EngTextCharset();
   // The engine looks at characters that end; the name may not.

@@ -70,7 +70,7 @@ inline constexpr unsigned kFieldInterface1 = 0x4000;
 inline constexpr unsigned kFieldInterface2 = 0x8000;
 inline constexpr unsigned kFieldSecurity = FIELD_PROTECTED | FIELD_SIGN | FIELD_SEAL;
 
-// An empty name gives VQERR_FIELD_NAME_CHARACTERS, one above 32 bytes VQERR_OUT_OF_RANGE.
+// VQERR_NULL_STRING, VQERR_OUT_OF_RANGE above 32 bytes, VQERR_FIELD_NAME_CHARACTERS.
 [[nodiscard]] VQSTATUS CheckFieldName(std::string_view name);
 
 }  // namespace vq

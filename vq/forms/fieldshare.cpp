@@ -10,7 +10,7 @@ VQDatabaseBody* VQFormFieldBody::GetDatabaseBody() const {
   return slate != nullptr ? slate->GetDatabaseBody() : nullptr;
 }
 
-bool VQFormFieldBody::IsShared() const {
+bool VQFormFieldBody::IsSharedField() const {
   bool shared = false;
   const VQSTATUS status = WithField([&](const vq::FieldView& field) {
     shared = (field.Fixed.Flags & FIELD_REFERENCE) != 0;
@@ -39,11 +39,11 @@ VQSTATUS VQFormFieldBody::OpenDefinition() {
 VQSTATUS VQFormFieldBody::Resolve(VQFormFieldBody** body) {
   if (IsClosed()) return VQERR_OBJECT_CLOSED;
   *body = this;
-  if (!IsShared()) return VQ_OK;
+  if (!IsSharedField()) return VQ_OK;
   if (VQSTATUS status = OpenDefinition()) return status;
   VQFormFieldBody* definition = nullptr;
   const VQSTATUS status = SharedField.GetSharedFieldBody()->FindField(&definition);
-  if (status == VQWARN_NOT_FOUND || (status == VQ_OK && definition->IsShared())) return VQERR_NO_SHARED_FIELD;
+  if (status == VQWARN_NOT_FOUND || (status == VQ_OK && definition->IsSharedField())) return VQERR_NO_SHARED_FIELD;
   if (status == VQ_OK) *body = definition;
   return status;
 }
@@ -73,7 +73,7 @@ VQSTATUS VQFormFieldBody::TakeDesign(const VQFormFieldBody& source) {
 
 VQSTATUS VQFormFieldBody::Share() {
   if (IsClosed()) return VQERR_OBJECT_CLOSED;
-  if (IsShared()) return VQWARN_FIELD_SHARED;
+  if (IsSharedField()) return VQWARN_FIELD_SHARED;
   VQDatabaseBody* database = GetDatabaseBody();
   if (database == nullptr) return VQERR_WRONG_SITUATION;
   VQSharedField made;
@@ -86,7 +86,7 @@ VQSTATUS VQFormFieldBody::Share() {
 
 VQSTATUS VQFormFieldBody::Unshare() {
   if (IsClosed()) return VQERR_OBJECT_CLOSED;
-  if (!IsShared()) return VQWARN_FIELD_NOT_SHARED;
+  if (!IsSharedField()) return VQWARN_FIELD_NOT_SHARED;
   VQFormFieldBody* definition = nullptr;
   VQSTATUS status = Resolve(&definition);
   if (status == VQ_OK) status = TakeDesign(*definition);
@@ -158,7 +158,7 @@ VQSTATUS VQFormFieldBody::Validate() {
 VQSTATUS VQFormFieldBody::PrepareSave() {
   if (VQSTATUS status = Validate()) return status;
   return vq::Caught([&]() -> VQSTATUS {
-    if (!IsShared() || !SharedField.IsOpen() || SharedField.GetSlateBody()->IsModified() == 0) return VQ_OK;
+    if (!IsSharedField() || !SharedField.IsOpen() || SharedField.GetSlateBody()->IsModified() == 0) return VQ_OK;
     return SharedField.GetSlateBody()->Save(0);
   });
 }

@@ -198,7 +198,7 @@ unsigned short VQFormField::GetInputValueSeparators() const {
 VQSTATUS VQFormField::SetInputValueSeparators(unsigned short separators) {
   return Set(VQRTTYPE_FORM_FIELD, [=](vq::FieldView& field) {
     field.Fixed.ListDelimiters =
-        static_cast<std::uint16_t>((field.Fixed.ListDelimiters & ~kLowDelimiters) | (separators & kInputSeparators));
+        static_cast<std::uint16_t>((field.Fixed.ListDelimiters & ~kInputSeparators) | (separators & kInputSeparators));
     return VQ_OK;
   });
 }
@@ -293,7 +293,7 @@ VQSTATUS VQFormField::SetSecurityFlags(unsigned short flags) {
 
 int VQFormField::IsShared() const {
   if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
-  return GetFormFieldBody()->IsShared();
+  return GetFormFieldBody()->IsSharedField();
 }
 VQSTATUS VQFormField::Share() {
   return vq::Apply(IsNull() ? VQERR_OBJECT_NOT_INITIALIZED : GetFormFieldBody()->Share());

@@ -81,7 +81,8 @@ class VQ_API VQFormField : public VQRTElement {
  public:
   VQFormField() = default;
   // A field that stands alone, of type VQRTTYPE_FORM_FIELD (a text field) or below, else VQERR_INVALID_PARAMETER. It
-  // computes for display until told otherwise. Names have 1 to 32 bytes (VQERR_OUT_OF_RANGE above) of letters, digits,
+  // computes for display until told otherwise. Names have 1 to 32 bytes (VQERR_NULL_STRING, VQERR_OUT_OF_RANGE) of
+  // letters, digits,
   // "$", "." and "_", no digit first: VQERR_FIELD_NAME_CHARACTERS. All thrown.
   VQFormField(const VQString& name, VQRTTYPE type);
   VQFormField(const VQRTObject& object);
@@ -320,7 +321,7 @@ class VQ_API VQFormFieldBody : public VQRTElementBody {
   [[nodiscard]] VQSTATUS GetChoicesOption(VQCHOICESOPTION* option) const;
   // Makes it the option, and drops what belongs to the others.
   [[nodiscard]] VQSTATUS SelectChoices(VQCHOICESOPTION option);
-  bool IsShared() const;
+  bool IsSharedField() const;
   [[nodiscard]] VQSTATUS Share();
   [[nodiscard]] VQSTATUS Unshare();
   [[nodiscard]] VQSTATUS PointAt(const VQSharedField& shared);

@@ -74,7 +74,7 @@ VQSTATUS VQSharedFieldBody::SetField(const VQFormField& field) {
   VQFormFieldBody* source = field.GetFormFieldBody();
   std::string name;
   if (VQSTATUS status = source->ReadName(&name)) return status;
-  if (source->IsShared()) return VQERR_INVALID_PARAMETER;
+  if (source->IsSharedField()) return VQERR_INVALID_PARAMETER;
   VQSTATUS status =
       vq::CheckNamesAreFree(GetDatabaseBody(), VQSLATECLASS_FIELD, GetID(), {name}, VQERR_SHARED_FIELD_EXISTS);
   VQRichTextBody* text = nullptr;
