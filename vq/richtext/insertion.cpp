@@ -36,11 +36,12 @@ VQSTATUS CopyWhole(const VQRichText& source, VQRichText* copy) {
   VQRichTextBody* body = new VQRichTextBody;
   *copy = VQRichText(body);
   if (VQSTATUS status = body->Initialize()) return status;
+  std::vector<VQRTObject> objects;
+  objects.reserve(from->GetTop()->GetChildCount());
   for (VQRTObjectBody* child = from->GetTop()->GetFirstChild(); child; child = child->GetNext()) {
-    VQRTObject object;
-    if (VQSTATUS status = pab::CopyOf(child, &object)) return status;
-    if (VQSTATUS status = body->GetTop()->Append(object.GetRTObjectBody())) return status;
+    if (VQSTATUS status = pab::CopyOf(child, &objects.emplace_back())) return status;
   }
+  if (VQSTATUS status = body->GetTop()->LinkAll(objects, nullptr)) return status;
   return body->TakeTables(*from);
 }
 
@@ -99,13 +100,16 @@ VQSTATUS KeepStyleBehind(const VQRTObjectBody* last, vq::PABIDs inForce) {
 }
 
 VQSTATUS MoveIn(VQRTContainerBody& incoming, const pab::Place& place, VQRTObject* first, VQRTObject* last) {
+  std::vector<VQRTObject> objects;
+  objects.reserve(incoming.GetChildCount());
   while (VQRTObjectBody* child = incoming.GetFirstChild()) {
-    *last = VQRTObject(child);
-    if (first->IsNull()) *first = *last;
+    objects.emplace_back(child);
     if (VQSTATUS status = child->RemoveThis(1)) return status;
-    if (VQSTATUS status = pab::InsertAt(place, child)) return status;
   }
-  return VQ_OK;
+  if (objects.empty()) return VQ_OK;
+  *first = objects.front();
+  *last = objects.back();
+  return place.Parent->LinkAll(objects, place.Before);
 }
 
 // Behind what was put in: its last element, or what follows a last paragraph record.

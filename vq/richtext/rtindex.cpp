@@ -95,6 +95,16 @@ void VQRTBaseContainerBody::LinkUnnumbered(VQRTObjectBody* child, VQRTObjectBody
   if (vq::PABIndex* index = top->RichText ? top->RichText->FindPABIndex() : nullptr) index->Take(*child);
 }
 
+VQSTATUS VQRTBaseContainerBody::LinkAll(const std::vector<VQRTObject>& objects, VQRTObjectBody* before) {
+  for (const VQRTObject& object : objects) {
+    const VQRTObjectBody* body = object.GetRTObjectBody();
+    if (body->Parent) return VQERR_RT_ALREADY_MEMBER;
+    if (body->Type == VQRTTYPE_RICH_TEXT) return VQERR_CANT_INSERT_TYPE;
+  }
+  for (const VQRTObject& object : objects) LinkUnnumbered(object.GetRTObjectBody(), before);
+  return objects.empty() ? VQ_OK : NumberRun(objects.front().GetRTObjectBody(), before);
+}
+
 VQSTATUS VQRTBaseContainerBody::NumberRun(VQRTObjectBody* first, VQRTObjectBody* next) {
   if (IndexValue == kDetached) return NumberChildren();
   unsigned long slots = 1;

@@ -60,6 +60,9 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   // As AppendChild, for bodies: VQERR_RT_ALREADY_MEMBER when it has a parent.
   [[nodiscard]] VQSTATUS Append(VQRTObjectBody* child);
 
+  // Puts detached objects, in this order, in front of one of the children (null: at the end), all at once.
+  [[nodiscard]] VQSTATUS LinkAll(const std::vector<VQRTObject>& objects, VQRTObjectBody* before);
+
   // The object behind (before) one in stream order inside this subtree; null at the end. Descends into children.
   VQRTObjectBody* NextInTree(const VQRTObjectBody* object) const;
   VQRTObjectBody* PreviousInTree(const VQRTObjectBody* object) const;
