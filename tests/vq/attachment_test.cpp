@@ -267,6 +267,36 @@ TEST_F(Attached, RichTextsTakeTheirAttachmentsAlong) {
   }
 }
 
+// What cannot be shown leaves no copy behind in the slate.
+TEST_F(Attached, ShowsAnotherOrStaysAsItWas) {
+  VQDocument document = NewWithAttachment("a", "mine"), source = NewWithAttachment("b", "theirs");
+  VQRichText body = BodyOf(document);
+  VQAttachment theirs, sealed, none;
+  ASSERT_EQ(source.GetAttachment("b", &theirs), VQ_OK);
+  ASSERT_EQ(document.CreateAttachment(NewFile("s", "sealed"), &sealed), VQ_OK);
+  ASSERT_EQ(sealed.GetAttachmentBody()->SetFlag(FILEFLAG_SIGNED, true), VQ_OK);
+  ASSERT_EQ(body.Append(RichText(Record(SIG_CD_HOTSPOTBEGIN, Bytes({4, 0, 0, 0, 0, 0, 9, 0})) + HotspotEnd())), VQ_OK);
+  VQRTObject first, damaged;
+  ASSERT_EQ(body.FindFirst(VQRTTYPE_ATTACHMENT, &first), VQ_OK);
+  ASSERT_EQ(body.FindNext(VQRTObject(first), VQRTTYPE_ATTACHMENT, &damaged), VQ_OK);
+  const struct {
+    VQRTObject shown;
+    VQAttachment attachment;
+    VQSTATUS status;
+    const char* contents;
+  } rows[] = {
+      {first, none, VQERR_ATTACHMENT_UNINITIALIZED, "a=mine;s=sealed;"},
+      {first, sealed, VQERR_ATTACHMENT_SIGNED, "a=mine;s=sealed;"},
+      {damaged, theirs, VQERR_RT_INVALID, "a=mine;s=sealed;"},
+      {first, theirs, VQ_OK, "a=mine;s=sealed;b=theirs;"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(VQRTAttachment(row.shown).SetAttachment(row.attachment), row.status);
+    EXPECT_EQ(Contents(document), row.contents);
+  }
+  EXPECT_EQ(TextOf(VQRTAttachment(first).GetAttachmentName()), "b");
+}
+
 // A document copied as a whole, here or elsewhere, keeps the names and has the bytes for itself.
 TEST_F(Attached, DocumentsAreCopiedWithTheirFiles) {
   VQDatabase second;

@@ -521,6 +521,44 @@ TEST_F(Table, TakesWhatStrangersWrite) {
   EXPECT_EQ(open.GetCursor(&cursor), VQERR_RT_TRUNCATED);
 }
 
+// Paragraph records that end too early stay what they are; a cell's record that does is refused before all changes.
+TEST_F(Table, ChangesAllOfADamagedTableOrNothing) {
+  const auto cells = [](const std::string& first, const std::string& second) {
+    return CellRecord(0, 0, 1440, 3440, 0) + first + Text("a") + CellRecord(0, 1, 3440, 5440, 0) + second + Text("b");
+  };
+  const std::string left = Definition(5, 1440, 3440) + Reference(5), right = Definition(6, 3440, 5440) + Reference(6);
+  const struct {
+    const char* What;
+    std::string Cells;
+    VQSTATUS Status;
+  } rows[] = {
+      {"a reference", cells(left, right + Record(SIG_CD_PABREFERENCE, "")), VQ_OK},
+      {"a column's reference", cells(left, Record(SIG_CD_PABREFERENCE, "")), VQ_OK},
+      {"a definition", cells(left, right + Record(SIG_CD_PABDEFINITION, Words({6, 0, 0}))), VQ_OK},
+      {"a cell",
+       cells(left, right).substr(0, 18) + left + Text("a") +
+           Record(SIG_CD_TABLECELL, Bytes({0, 1}) + Words({3440, 5440, 0})) + right + Text("b"),
+       VQERR_RT_INVALID},
+  };
+  const std::vector<std::pair<const char*, std::function<VQSTATUS(VQTable&, VQRichText&)>>> changes = {
+      {"spacing", [](VQTable& t, VQRichText&) { return t.SetColumnSpacing(50); }},
+      {"columns", [](VQTable& t, VQRichText&) { return t.InsertColumns(1, 2); }},
+      {"outline", [](VQTable& t, VQRichText&) { return t.Outline(VQTABLEBORDERSTYLE_4); }},
+      {"a copy", [](VQTable& t, VQRichText& text) { return text.Append(t); }},
+  };
+  for (const auto& row : rows) {
+    for (const auto& [what, change] : changes) {
+      SCOPED_TRACE(std::string(row.What) + ": " + what);
+      VQRichText text = RichText(Begin() + row.Cells + TableEnd());
+      VQTable table = TableAt(text, 0);
+      const std::string before = Written(text);
+      const VQSTATUS status = change(table, text);
+      EXPECT_TRUE(status == VQ_OK || row.Status != VQ_OK);
+      EXPECT_EQ(Written(text) == before, status != VQ_OK);
+    }
+  }
+}
+
 TEST_F(Table, MovesACellOverTwoColumnsWithThem) {
   const std::string merged = CellRecord(0, 0, 1440, 5440, 0) + Definition(5, 1440, 5440) + Paragraph() + Reference(5) +
                              CellRecord(1, 0, 1440, 3440, 0) + Paragraph() + Reference(5) +

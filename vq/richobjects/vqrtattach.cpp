@@ -6,6 +6,7 @@
 
 #include "engine/ods.h"
 #include "vq/richobjects/attachnames.h"
+#include "vq/richtext/objectguard.h"
 #include "vq/richtext/pabtree.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqstyltx.h"
@@ -289,10 +290,19 @@ VQRTAttachment::VQRTAttachment(const VQString& path, const VQString& name) {
   vq::ThrowIfError(ShowText(*body, vq::StringOf(error ? std::string(used) : NameAndSize(used, size))));
 }
 
+namespace {
+
+VQSTATUS CheckSource(const VQAttachment& attachment) {
+  const VQAttachmentBody* body = attachment.GetAttachmentBody();
+  if (!body || !body->HasFileObject()) return VQERR_ATTACHMENT_UNINITIALIZED;
+  return body->GetFileObject().Flags & FILEFLAG_SIGNED ? VQERR_ATTACHMENT_SIGNED : VQ_OK;
+}
+
+}  // namespace
+
 VQRTAttachment::VQRTAttachment(const VQAttachment& attachment) {
-  VQAttachmentBody* shown = attachment.GetAttachmentBody();
-  if (!shown || !shown->HasFileObject()) vq::Throw(VQERR_ATTACHMENT_UNINITIALIZED);
-  if (attachment.IsSigned()) vq::Throw(VQERR_ATTACHMENT_SIGNED);
+  vq::ThrowIfError(CheckSource(attachment));
+  const VQAttachmentBody* shown = attachment.GetAttachmentBody();
   auto* body = new VQRTAttachmentBody();
   Attach(body, 0);
   body->Keep(attachment);
@@ -342,18 +352,19 @@ VQSTATUS VQRTAttachment::GetAttachment(VQAttachment* attachment) const {
 
 VQSTATUS VQRTAttachment::SetAttachment(const VQAttachment& attachment) {
   if (VQSTATUS status = Check(*this)) return vq::Apply(status);
-  if (attachment.IsNull() || !attachment.GetAttachmentBody()->HasFileObject()) {
-    return vq::Apply(VQERR_ATTACHMENT_UNINITIALIZED);
-  }
+  if (VQSTATUS status = CheckSource(attachment)) return vq::Apply(status);
   VQRTAttachmentBody& body = *GetAttachmentBody();
   const VQRichTextBody* text = body.GetRichTextBody();
   VQSlateBody* slate = text ? text->GetSlateBody() : nullptr;
+  vq::ObjectGuard objects(slate);
   VQAttachment shown = attachment;
+  VQSTATUS status = VQ_OK;
   if (slate && attachment.GetAttachmentBody()->GetSlateBody() != slate) {
-    const VQSTATUS status = vq::Caught([&] { return vq::CopyAttachment(attachment, slate, &shown); });
-    if (status != VQ_OK) return vq::Apply(status);
+    status = vq::Caught([&] { return vq::CopyAttachment(attachment, slate, &shown); });
   }
-  return vq::Apply(body.Show(shown));
+  if (status == VQ_OK) status = body.Show(shown);
+  if (status == VQ_OK) objects.Keep();
+  return vq::Apply(status);
 }
 
 VQString VQRTAttachment::GetAttachmentName() const { return vq::StringOf(NamesOf(*this).Name); }

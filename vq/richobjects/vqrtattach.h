@@ -116,7 +116,8 @@ class VQ_API VQRTAttachment : public VQRTEmbeddedObject {
   // As VQAttachment::Detach. VQWARN_NOT_FOUND when the slate has no attachment of the name.
   VQSTATUS Detach(const VQString& path) const;
   VQSTATUS GetAttachment(VQAttachment* attachment) const;
-  // Shows another attachment; one of another slate is copied. The display text stays.
+  // Shows another attachment; one of another slate is copied. The display text stays. VQERR_ATTACHMENT_UNINITIALIZED,
+  // VQERR_ATTACHMENT_SIGNED.
   VQSTATUS SetAttachment(const VQAttachment& attachment);
   VQString GetAttachmentName() const;
   // The name and the size, such as "plan.pdf - 1204 bytes", unless something else was set. Empty when there is none.

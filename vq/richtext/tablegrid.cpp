@@ -60,7 +60,7 @@ VQSTATUS VQTableBody::AddCell(const VQTableCellBody::Place& place, const CDTABLE
     if (VQSTATUS status = cell->WriteCell(record)) return status;
   }
   if (VQSTATUS status = cell->SetPlace(place)) return status;
-  if (VQSTATUS status = cell->Fill(pabid, definition)) return status;
+  if (VQSTATUS status = cell->InitCell(pabid, definition)) return status;
   LinkUnnumbered(cell, before);
   cells->push_back(cell);
   return VQ_OK;
@@ -170,8 +170,8 @@ VQSTATUS VQTableBody::AddColumns(unsigned long position, unsigned long count) {
   if (GetRows() > kMostRows) return VQERR_ROW_COUNT;
   vq::TableLayout after = before;
   const std::size_t model = std::min<std::size_t>(position, before.GetCount() - 1);
-  if (before.IsAutomatic() && before.GetWidth() > 0) {
-    const auto width = static_cast<double>(before.GetWidth());
+  if (before.IsAutomatic() && before.GetTableWidth() > 0) {
+    const auto width = static_cast<double>(before.GetTableWidth());
     after.Scale(width / (width + static_cast<double>(count) * static_cast<double>(before.RoomOf(model))));
   }
   after.Insert(position, count, after.WidthOf(model));
@@ -220,8 +220,8 @@ VQSTATUS VQTableBody::DeleteColumns(unsigned long position, unsigned long count)
   if (before.IsAutomatic()) {
     long removed = 0;
     for (std::size_t column = position; column < position + count; ++column) removed += before.RoomOf(column);
-    const auto width = static_cast<double>(before.GetWidth());
-    if (before.GetWidth() > removed) after.Scale(width / (width - static_cast<double>(removed)));
+    const auto width = static_cast<double>(before.GetTableWidth());
+    if (before.GetTableWidth() > removed) after.Scale(width / (width - static_cast<double>(removed)));
   }
   const vq::TableLayout::Change change = {static_cast<long>(position), -static_cast<long>(count)};
   if (VQSTATUS status = after.Check(before, change)) return status;

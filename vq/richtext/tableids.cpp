@@ -45,7 +45,8 @@ class Renewal {
       for (VQRTObjectBody* object = cell->NextInTree(cell); object; object = cell->NextInTree(object)) {
         if (!object->IsType(VQRTTYPE_PAB_OBJECT)) continue;
         vq::PABIDs ids;
-        if (VQSTATUS status = vq::ReadPABIDs(*object, &ids)) return status;
+        // A record that ends before its identifier stays as it is.
+        if (vq::ReadPABIDs(*object, &ids) != VQ_OK) continue;
         if (VQSTATUS status = Renew(cell->GetColumn(), &ids.First)) return status;
         if (VQSTATUS status = Renew(cell->GetColumn(), &ids.Second)) return status;
         renewed.emplace_back(object, ids);

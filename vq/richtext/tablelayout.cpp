@@ -59,7 +59,7 @@ VQSTATUS TableLayout::Read(const VQTableBody& table, TableLayout* layout) {
   return !met.empty() && std::ranges::find(met, false) == met.end() ? VQ_OK : VQERR_RT_INVALID;
 }
 
-long TableLayout::GetWidth() const { return Boxes.back().Right - Boxes.front().Left + 2 * GetSpacing(); }
+long TableLayout::GetTableWidth() const { return Boxes.back().Right - Boxes.front().Left + 2 * GetSpacing(); }
 
 std::vector<long> TableLayout::Widths() const {
   std::vector<long> widths;
@@ -136,7 +136,7 @@ VQSTATUS TableLayout::Check(const TableLayout& before, Change change) const {
 
 VQTableCellBody::Place TableLayout::PlaceOf(std::int32_t row, std::size_t first, std::size_t last) const {
   const long left = Boxes[first].Left, right = Boxes[last].Right;
-  const long table = GetWidth();
+  const long table = GetTableWidth();
   long fraction = 0;
   if (IsAutomatic() && table > 0) {
     const long room = right - left + 2 * GetSpacing();
@@ -189,20 +189,21 @@ VQSTATUS TableLayout::ApplyTo(const VQTableBody::CellList& cells, const TableLay
     // Seen from what is still as it was.
     const bool ends = i + 1 == cells.size() || cells[i + 1]->GetRow() != cells[i]->GetRow();
     const std::size_t next = ends ? before.GetCount() : static_cast<std::size_t>(cells[i + 1]->GetColumn());
-    if (VQSTATUS status = ApplyToCell(*cells[i], next, before, change)) return status;
+    if (VQSTATUS status = SetCellMargins(*cells[i], next, before, change)) return status;
   }
   return VQ_OK;
 }
 
-VQSTATUS TableLayout::ApplyToCell(VQTableCellBody& cell, std::size_t next, const TableLayout& before,
-                                  Change change) const {
+VQSTATUS TableLayout::SetCellMargins(VQTableCellBody& cell, std::size_t next, const TableLayout& before,
+                                     Change change) const {
   const auto column = static_cast<std::size_t>(cell.GetColumn());
   const std::size_t last = Renumbered(before.LastCovered(column, cell.GetRight(), next), change);
   const std::size_t first = Renumbered(column, change);
   if (VQSTATUS status = cell.SetPlace(PlaceOf(cell.GetRow(), first, last))) return status;
   return cell.ForEachDefinition([&](VQPABDefinitionBody& definition) {
     CDPABDEFINITION settings{};
-    if (VQSTATUS status = definition.GetRecord(&settings)) return status;
+    // One that ends before its margins stays as it is.
+    if (definition.GetRecord(&settings) != VQ_OK) return VQ_OK;
     const CDPABDEFINITION present = settings;
     SetMargins(first, last, &settings);
     const bool same = present.LeftMargin == settings.LeftMargin && present.RightMargin == settings.RightMargin &&

@@ -34,7 +34,7 @@ class TableLayout {
   long WidthOf(std::size_t column) const { return Boxes[column].Right - Boxes[column].Left; }
   // What the column takes of the table.
   long RoomOf(std::size_t column) const { return WidthOf(column) + 2 * GetSpacing(); }
-  long GetWidth() const;
+  long GetTableWidth() const;
 
   // All columns but one (-1: all) become wider by the factor.
   void Scale(double factor, long butColumn = -1);
@@ -70,8 +70,8 @@ class TableLayout {
   std::vector<long> Widths() const;
   // The last column that a cell of the table takes; `next` is the column of the cell behind it in the row.
   std::size_t LastCovered(std::size_t column, long right, std::size_t next) const;
-  [[nodiscard]] VQSTATUS ApplyToCell(VQTableCellBody& cell, std::size_t next, const TableLayout& before,
-                                     Change change) const;
+  [[nodiscard]] VQSTATUS SetCellMargins(VQTableCellBody& cell, std::size_t next, const TableLayout& before,
+                                        Change change) const;
 
   CDTABLEBEGIN Begin{};
   std::vector<Box> Boxes;

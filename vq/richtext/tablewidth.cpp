@@ -52,7 +52,7 @@ VQSTATUS VQTableBody::SetColumnWidth(unsigned long column, long width) {
   if (VQSTATUS status = vq::TableLayout::Read(*this, &before)) return status;
   vq::TableLayout after = before;
   if (before.IsAutomatic()) {
-    const long table = before.GetWidth(), old = before.WidthOf(column);
+    const long table = before.GetTableWidth(), old = before.WidthOf(column);
     if (width > table) return VQERR_COLUMN_WIDTH_TABLE;
     if (before.GetCount() > 1 && table - width < kLeastRemaining) return VQERR_COLUMN_WIDTH_REMAINING;
     if (table > old) {
@@ -182,6 +182,10 @@ VQSTATUS VQTableBody::Outline(VQTABLEBORDERTYPE borderType) {
 }
 
 VQSTATUS VQTableBody::Outline(VQTABLEBORDERSTYLE style) {
+  for (const VQTableCellBody* cell : GetCells()) {
+    CDTABLECELL record{};
+    if (VQSTATUS status = cell->ReadCell(&record)) return status;
+  }
   if (VQSTATUS status = SetBorderStyle(style)) return status;
   return EditCells([&](const VQTableCellBody& cell, CDTABLECELL* record) {
     record->BorderWidth = static_cast<std::uint16_t>(record->BorderWidth & OuterEdges(*this, cell, 4));

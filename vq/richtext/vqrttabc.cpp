@@ -177,7 +177,7 @@ VQSTATUS VQTableCellBody::SetTransparent() {
 
 VQRTObjectBody* VQTableCellBody::GetFirstReference() const { return FirstOfType(VQRTTYPE_PAB_REFERENCE); }
 
-VQSTATUS VQTableCellBody::Fill(std::uint16_t pabid, const CDPABDEFINITION* settings) {
+VQSTATUS VQTableCellBody::InitCell(std::uint16_t pabid, const CDPABDEFINITION* settings) {
   if (settings) {
     auto* definition = new VQPABDefinitionBody();
     LinkPointers(definition, LastChild, nullptr);

@@ -95,7 +95,7 @@ class VQ_API VQTableCellBody : public VQRTContainerBody {
   friend class VQTableBody;
 
   // Puts the children of a new cell into it; they get their index values with the table's.
-  [[nodiscard]] VQSTATUS Fill(std::uint16_t pabid, const CDPABDEFINITION* definition);
+  [[nodiscard]] VQSTATUS InitCell(std::uint16_t pabid, const CDPABDEFINITION* definition);
   void TakePlace();
   void ChildrenChanged() override { Definitions = kUnknown; }
   // For most cells known without a look at their children.

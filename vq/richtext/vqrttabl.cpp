@@ -121,7 +121,7 @@ VQSTATUS VQTableBody::Build(unsigned long rows, unsigned long columns, VQRTConta
       }
       CDPABDEFINITION settings{};
       if (row == 0) settings = layout.DefinitionOf(column, pabids[column]);
-      if (VQSTATUS status = cell->Fill(pabids[column], row == 0 ? &settings : nullptr)) return status;
+      if (VQSTATUS status = cell->InitCell(pabids[column], row == 0 ? &settings : nullptr)) return status;
     }
   }
   LinkPointers(MakeEnd().GetRTObjectBody(), LastChild, nullptr);
