@@ -38,7 +38,7 @@ VQSTATUS ParseRecords(const std::vector<unsigned char>& records, VQRichText* tex
     const vq::MemoryLock lock(memory);
     lock.GetBytes()[0] = 1;
     lock.GetBytes()[1] = 0;
-    std::memcpy(lock.GetBytes() + kTypeWord, records.data(), records.size());
+    if (!records.empty()) std::memcpy(lock.GetBytes() + kTypeWord, records.data(), records.size());
   }
   *text = VQRichText(new VQRichTextBody(memory, size));
   return text->GetRichTextBody()->Initialize();
