@@ -515,6 +515,9 @@ TEST_F(Table, TakesWhatStrangersWrite) {
       EXPECT_NE(status, VQERR_CORRUPTED);
     }
     EXPECT_EQ(Plain(RichText(Written(text))), Plain(text));
+    VQRichText other = NewText();
+    EXPECT_EQ(other.Append("q"), VQ_OK);
+    EXPECT_EQ(other.Append(text), VQ_OK);
   }
   VQRichText open = RichText(Begin() + cell);
   VQRTCursor cursor;

@@ -118,7 +118,12 @@ VQSTATUS CursorBehind(VQRTContainerBody& root, VQRTObjectBody* last, VQRTCursor*
   while (object && !pab::IsContent(object)) object = object->GetNext();
   if (object == last || !object) {
     if (!object) object = root.PreviousOfType(last, VQRTTYPE_STYLIZED_TEXT);
-    return object ? pab::PutCursor(cursor, object, true) : VQERR_RT_INVALID;
+    if (!object) return VQERR_RT_INVALID;
+    const VQSTATUS status = pab::PutCursor(cursor, object, true);
+    if (status != VQWARN_NOT_FOUND) return status;
+    // A container without content, such as a table without cells: the cursor stays in front of it.
+    object = root.PreviousOfType(last, VQRTTYPE_STYLIZED_TEXT);
+    return object ? pab::PutCursor(cursor, object, true) : VQ_OK;
   }
   return pab::PutCursor(cursor, object, false);
 }
