@@ -351,7 +351,10 @@ Value Repeat(Machine& machine, Arguments arguments) {
   if (!most) return TypeError();
   if (*most < 0) return RangeError();
   return MapTexts(machine, arguments[0], [&](std::string_view text) {
-    const std::size_t size = text.size() * static_cast<std::size_t>(*times);
+    constexpr std::int64_t kLongestCharacter = 4;
+    if (text.empty()) return TextRef();
+    const std::int64_t enough = *most * kLongestCharacter / static_cast<std::int64_t>(text.size()) + 1;
+    const std::size_t size = text.size() * static_cast<std::size_t>(std::min(*times, enough));
     machine.Charge(size / 16 + 1);
     char* const repeated = machine.arena().Array<char>(size);
     for (std::size_t at = 0; at < size; at += text.size()) std::copy(text.begin(), text.end(), repeated + at);

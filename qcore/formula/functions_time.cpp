@@ -171,8 +171,12 @@ Value Adjust(Machine& machine, Arguments arguments) {
   }
   const std::int64_t seconds = (steps[3] * 60 + steps[4]) * 60 + steps[5];
   return MapTimes(machine, arguments[0], [&](TIMEDATE* moment) {
-    const auto moved = time::AddCalendar(*moment, {steps[2], steps[1], steps[0]});
-    const auto shifted = moved ? time::AddTicks(*moved, seconds * time::kTicksPerSecond) : std::nullopt;
+    constexpr std::int64_t kSecondsPerDay = 86400;
+    // A date without a time of day moves by whole days.
+    const bool days = !time::HasTime(*moment) && seconds % kSecondsPerDay == 0;
+    const std::int64_t more = days ? seconds / kSecondsPerDay : 0;
+    const auto moved = time::AddCalendar(*moment, {steps[2] + more, steps[1], steps[0]});
+    const auto shifted = moved && !days ? time::AddTicks(*moved, seconds * time::kTicksPerSecond) : moved;
     if (shifted) *moment = *shifted;
     return shifted.has_value();
   });
@@ -193,9 +197,11 @@ Value TimeToTextInZone(Machine& machine, Arguments arguments) {
   settings.Flags &= static_cast<std::uint16_t>(~ENG_INTL_DAYLIGHT_SAVINGS);
   TextList texts(machine);
   for (std::uint32_t i = 0; i < list.count; ++i) {
-    const auto text = time::FormatMoment(settings, time::kUsualFormat, list.moments()[i].lower);
-    if (!text) return RangeError();
-    texts.Add(Kept(machine, *text));
+    const Moment& moment = list.moments()[i];
+    const auto text = time::FormatMoment(settings, time::kUsualFormat, moment.lower);
+    const auto upper = moment.is_range() ? time::FormatMoment(settings, time::kUsualFormat, moment.upper) : text;
+    if (!text || !upper) return RangeError();
+    texts.Add(Kept(machine, moment.is_range() ? *text + " - " + *upper : *text));
   }
   return texts.Finish();
 }

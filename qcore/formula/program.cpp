@@ -38,7 +38,9 @@ class Lowering final : public Visitor {
   void OnBinary(Op op, bool, bool) override {
     const Entry right = Pop();
     const Entry left = Pop();
+    // Lists on the right are joined when the code runs: here each would leave a copy of all that is on the left.
     if (op == Op::kList && left.constant != kNone && right.constant != kNone &&
+        program_->constants_[right.constant].count == 1 &&
         program_->constants_[left.constant].type == program_->constants_[right.constant].type) {
       code().resize(code().size() - 2);
       return PushConstant(Joined(left.constant, right.constant));
