@@ -92,7 +92,8 @@ ENG_API ENGSTATUS EngFormulaEvaluateTo(ENGHANDLE compute, ENGHANDLE slate, void*
 
 // The slates of a class mask that the code selects and the user may read. `since` and `until` bound the time of the
 // last change in this file; both may be null. `limit` keeps the lowest IDs, 0 all. A slate on which the code fails is
-// not selected. *completed (may be null) is the moment to pass as `since` next time. The caller destroys *table.
+// not selected. *completed (may be null) is the moment to pass as `since` next time: `until` where that is earlier, and
+// `since` again (both words wild for none) where the limit left slates out. The caller destroys *table.
 ENG_API ENGSTATUS EngDbSearchFormula(ENGHANDLE db, const void* code, uint32_t code_length, uint16_t class_mask,
                                      const TIMEDATE* since, const TIMEDATE* until, uint32_t limit, TIMEDATE* completed,
                                      ENGHANDLE* table);

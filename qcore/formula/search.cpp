@@ -62,9 +62,15 @@ ENGSTATUS SearchDatabase(const std::shared_ptr<Database>& database, Bytes code, 
   const TIMEDATE* since = scope.since ? &*scope.since : nullptr;
   if (status == ENG_OK) status = ListClass(*database, scope.class_mask, since, horizon, &candidates);
   if (status != ENG_OK) return status;
+  // What was not looked at, or not yet taken, is left to the later search.
+  constexpr TIMEDATE kNever{ENG_TIME_WILD, ENG_TIME_WILD};
+  if (scope.until && Pack(*scope.until) < Pack(*horizon)) *horizon = *scope.until;
   Search search(database, program, scope);
   for (const std::uint32_t id : candidates) {
-    if (scope.limit != 0 && ids->size() >= scope.limit) break;
+    if (scope.limit != 0 && ids->size() >= scope.limit) {
+      *horizon = scope.since.value_or(kNever);
+      break;
+    }
     bool selected = false;
     status = search.Take(id, &selected);
     if (status != ENG_OK) return status;

@@ -19,7 +19,8 @@ struct SearchScope {
 };
 
 // The slates that the code selects and the user may read, in ascending order. One on which the code fails is not
-// selected. `horizon` is the moment to go on from in a later search.
+// selected. `horizon` is the moment to go on from in a later search: `until` where that is earlier, and `since` (both
+// words wild without one) where the limit left slates out.
 [[nodiscard]] ENGSTATUS SearchDatabase(const std::shared_ptr<Database>& database, Bytes code, const SearchScope& scope,
                                        TIMEDATE* horizon, std::vector<std::uint32_t>* ids);
 

@@ -105,7 +105,14 @@ TEST_F(Searches, AFormulaSelectsWithinBounds) {
   EXPECT_EQ(options.SetMaxSlates(1), VQ_OK);
   ASSERT_EQ(Db.Search(formula, &found, &options), VQ_OK);
   EXPECT_EQ(Subjects(found), "a1;");
+  EXPECT_FALSE(VQSearchOptions::IsSet(options.GetCompletedDate())) << "a2 is still to come";
   EXPECT_EQ(options.SetMaxSlates(0), VQ_OK);
+  ASSERT_EQ(Db.Search(formula, &found, &options), VQ_OK);
+  EXPECT_TRUE(VQSearchOptions::IsSet(options.GetCompletedDate()));
+  EXPECT_EQ(options.SetEndDate(VQString("1.1.1990")), VQ_OK);
+  ASSERT_EQ(Db.Search(formula, &found, &options), VQ_OK);
+  EXPECT_EQ(options.GetCompletedDate().DateWord, options.GetEndDate().DateWord) << "what is later is still to come";
+  options = VQSearchOptions();
   EXPECT_EQ(options.SetBeginDate(VQString("1.1.3000")), VQ_OK);
   ASSERT_EQ(Db.Search(formula, &found, &options), VQ_OK);
   EXPECT_EQ(Subjects(found), "");
@@ -118,6 +125,7 @@ TEST_F(Searches, AFormulaSelectsWithinBounds) {
   ASSERT_EQ(Db.Search(formula, &found, &options), VQ_OK);
   EXPECT_EQ(found.GetCount(), 0u);
   EXPECT_EQ(Db.Search(VQFormula(), &found), VQERR_UNINITIALIZED_ARGUMENT);
+  EXPECT_EQ(Db.Search(VQFormula(new VQFormulaBody), &found), VQERR_OBJECT_NOT_INITIALIZED);
 }
 
 TEST_F(Searches, UnreadListsAreTheUsersOwn) {

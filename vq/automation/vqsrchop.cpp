@@ -66,6 +66,7 @@ VQSTATUS VQDatabase::Search(const VQFormula& formula, VQSlateArray* slates, VQSe
   VQSTATUS status = CheckOpen(&body);
   if (status == VQ_OK && slates == nullptr) status = VQERR_NULL_POINTER;
   if (status == VQ_OK && formula.IsNull()) status = VQERR_UNINITIALIZED_ARGUMENT;
+  if (status == VQ_OK && formula.GetFormulaBody()->GetCode() == nullptr) status = VQERR_OBJECT_NOT_INITIALIZED;
   VQSearchOptions usual;
   VQSearchOptions& used = options != nullptr ? *options : usual;
   const unsigned long classes = used.GetSlateType();
