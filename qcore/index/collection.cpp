@@ -97,7 +97,7 @@ ENGSTATUS Collection::Read(const ReadRequest& request, COLLECTIONPOSITION* posit
 
 ENGSTATUS Collection::ReadRows(IndexTree& tree, const ReadRequest& request, COLLECTIONPOSITION* position,
                                ReadResult* result) {
-  Walk walk(tree.rows(), unread_);
+  Walk walk(tree, unread_);
   const auto start = walk.SpotAt(*position);
   if (!start) return ENG_ERR_NO_ENTRY;
   Walk::Spot spot = *start;
@@ -189,7 +189,7 @@ ENGSTATUS Collection::ReadHits(IndexTree& tree, const ReadRequest& request, COLL
   }
   if (!all || hits_.empty()) return ENG_ERR_NO_ENTRY;
   hit = std::max(hit, 1u);
-  Walk walk(tree.rows(), unread_);
+  Walk walk(tree, unread_);
   RowBuffer buffer(tree, index_->layout(), *entries_, walk, unread_, request.mask, request.count);
   if (index_->marks_rows()) buffer.ExpandMarks();
   for (std::uint32_t passed = 0;;) {
@@ -225,7 +225,7 @@ ENGSTATUS Collection::FindByKey(const std::vector<Value>& keys, std::uint16_t fl
       if (matches && !found.together) return ENGSTATUS{ENG_ERR_COUNT_UNSUPPORTED};
       *position = {};
       position->MaxLevel = ENG_COLLECTION_NO_LIMIT;
-      Walk(tree.rows(), 0).SetPosition(found.spot, position);
+      Walk(tree.rows()).SetPosition(found.spot, position);
       if (matches) *matches = found.matches;
       return ENGSTATUS{ENG_OK};
     });
@@ -243,7 +243,7 @@ ENGSTATUS Collection::GetChanges(std::uint64_t* since, std::vector<COLLECTIONCHA
     std::vector<RowChange> rows;
     if (*since != 0) *complete = index_->ChangesBehind(collation_, *since, &rows);
     *since = index_->StartLog(collation_);
-    Walk walk(tree.rows(), 0);
+    Walk walk(tree.rows());
     for (const RowChange& row : rows) {
       COLLECTIONCHANGE change{};
       change.Kind = static_cast<std::uint16_t>(row.kind);

@@ -219,7 +219,7 @@ class Finder {
     if (!last && keys_.size() == 1 && names_category()) {
       // The category itself is found by its first child.
       result->spot = Walk::Spot{first} + 1;
-      result->matches = tree_.Range(first + 1, Walk(tree_, 0).EndOf(first)).at_least;
+      result->matches = tree_.Range(first + 1, Walk(tree_).EndOf(first)).at_least;
     }
     return ENG_OK;
   }

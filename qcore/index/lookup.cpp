@@ -185,7 +185,7 @@ class ViewLookups final : public formula::Lookups {
       COLLECTIONPOSITION position{};
       const ENGSTATUS placed = view.rows->index().With(0, [&](IndexTree& tree) {
         position.MaxLevel = ENG_COLLECTION_NO_LIMIT;
-        Walk(tree.rows(), 0).SetPosition(rank, &position);
+        Walk(tree.rows()).SetPosition(rank, &position);
         return ENGSTATUS{ENG_OK};
       });
       if (placed != ENG_OK) return placed;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "qcore/idtables/idtable.h"
+#include "qcore/index/indextree.h"
 
 namespace qcore::index {
 
@@ -44,6 +45,8 @@ std::optional<Walk::Spot> AsSpot(std::optional<Rank> rank) {
 Rank AsRank(Walk::Spot spot) { return static_cast<Rank>(spot); }
 
 }  // namespace
+
+Walk::Walk(IndexTree& index, ENGHANDLE unread) : index_(&index), tree_(index.rows()), unread_(unread) {}
 
 bool Walk::IsCode(std::uint16_t code) {
   constexpr unsigned kKnown = ENG_GO_MASK | ENG_GO_MIN_LEVEL | ENG_GO_MAX_LEVEL | ENG_GO_CONTINUE;
@@ -249,8 +252,31 @@ std::optional<Walk::Spot> Walk::Category(std::optional<Rank> rank) {
   return rank && tree_.At(*rank).kind() == RowKind::kCategory ? AsSpot(rank) : std::nullopt;
 }
 
+std::optional<Walk::Spot> Walk::FarUnread(Spot spot, bool forward, bool main) {
+  if (!unread_rows_) {
+    unread_rows_.emplace();
+    const ENGSTATUS status = idtable::ForEach(unread_, [this](std::uint32_t id) {
+      for (const PlannedRow& row : index_->RowsOf(id)) {
+        unread_rows_->push_back({Spot{tree_.RankOf(row.row.key)}, row.row.indent == 0});
+      }
+    });
+    if (status != ENG_OK) unread_rows_->clear();
+    std::ranges::sort(*unread_rows_, {}, &UnreadRow::spot);
+  }
+  const auto fits = [main](const UnreadRow& row) { return row.main || !main; };
+  const auto at = std::ranges::lower_bound(*unread_rows_, spot, {}, &UnreadRow::spot);
+  if (forward) {
+    const auto found = std::find_if(at, unread_rows_->end(), fits);
+    return found != unread_rows_->end() ? std::optional(found->spot) : std::nullopt;
+  }
+  const auto behind = at != unread_rows_->end() && at->spot == spot ? at + 1 : at;
+  const auto found = std::find_if(std::make_reverse_iterator(behind), unread_rows_->rend(), fits);
+  return found != unread_rows_->rend() ? std::optional(found->spot) : std::nullopt;
+}
+
 std::optional<Walk::Spot> Walk::Unread(Spot spot, bool forward, bool main) {
-  if (unread_ == 0 || idtable::Entries(unread_) == 0 || tree_.rows() == 0) return std::nullopt;
+  const std::uint32_t unread = unread_ != 0 ? idtable::Entries(unread_) : 0;
+  if (unread == 0 || tree_.rows() == 0) return std::nullopt;
   if (spot == kBefore && !forward) return std::nullopt;
   PageTree::Cursor cursor;
   if (spot == kBefore) {
@@ -261,7 +287,11 @@ std::optional<Walk::Spot> Walk::Unread(Spot spot, bool forward, bool main) {
     if (!(forward ? tree_.Next(&cursor) : tree_.Prev(&cursor))) return std::nullopt;
     spot += forward ? 1 : -1;
   }
-  for (;;) {
+  // Looking an ID up costs as much as stepping over some rows.
+  constexpr std::uint32_t kStepsOfLookup = 8;
+  constexpr std::uint32_t kNear = 128;
+  for (std::uint32_t passed = 0;; ++passed) {
+    if (passed == kNear && unread < tree_.rows() / kStepsOfLookup) return FarUnread(spot, forward, main);
     const bool fits = cursor.kind() == RowKind::kDocument && (!main || cursor.indent() == 0);
     if (fits && idtable::Contains(unread_, cursor.id())) return spot;
     if (!(forward ? tree_.Next(&cursor) : tree_.Prev(&cursor))) return std::nullopt;

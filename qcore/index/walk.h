@@ -7,6 +7,8 @@
 
 namespace qcore::index {
 
+class IndexTree;
+
 class Walk {
  public:
   // A row's rank; kBefore is the place before the first row.
@@ -20,7 +22,9 @@ class Walk {
   };
 
   // `unread` may be 0.
-  Walk(PageTree& tree, ENGHANDLE unread) : tree_(tree), unread_(unread) {}
+  Walk(IndexTree& index, ENGHANDLE unread);
+  // Without unread rows.
+  explicit Walk(PageTree& tree) : tree_(tree) {}
 
   // False for codes that are none.
   static bool IsCode(std::uint16_t code);
@@ -61,12 +65,21 @@ class Walk {
   std::optional<Spot> PrevNoCategory(Spot spot);
   std::optional<Spot> Category(std::optional<Rank> rank);
   std::optional<Spot> Unread(Spot spot, bool forward, bool main);
+  // By the places of all unread rows, which are looked up once.
+  std::optional<Spot> FarUnread(Spot spot, bool forward, bool main);
 
+  struct UnreadRow {
+    Spot spot;
+    bool main;
+  };
+
+  IndexTree* index_ = nullptr;
   PageTree& tree_;
-  ENGHANDLE unread_;
+  ENGHANDLE unread_ = 0;
   std::optional<Rank> end_of_;  // the row that EndOf was last asked for, and its answer
   Rank end_ = 0;
   PageTree::Cursor end_row_;
+  std::optional<std::vector<UnreadRow>> unread_rows_;
 };
 
 }  // namespace qcore::index

@@ -155,6 +155,34 @@ TEST_F(Shared, UnreadRowsAreSteppedTo) {
   EXPECT_EQ(EngIdTableDestroy(unread), ENG_OK);
 }
 
+TEST_F(Shared, UnreadRowsFarAwayAreSteppedTo) {
+  std::vector<std::uint32_t> ids;
+  ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+  for (int i = 100; i < 700; ++i) ids.push_back(Doc({{"Name", std::to_string(i)}}));
+  const std::uint32_t below = Doc({{"Name", "0"}}, ids[299]);
+  ASSERT_EQ(EngDbCommit(db_), ENG_OK);
+  const std::uint32_t gone = Doc({{"Name", "150"}, {"Form", "Gone"}});
+  const std::uint32_t view = MakeView({{"Name", 1}});
+  EXPECT_EQ(EngSlateDelete(db_, gone, 0), ENG_OK);
+  const ENGHANDLE unread = Table({ids[0], below, ids[599], gone});
+  {
+    const OpenCollection collection(db_, view, 0, unread);
+    const struct {
+      std::vector<std::uint32_t> from;
+      std::uint16_t code;
+      const char* to;
+    } steps[] = {{{1}, ENG_GO_NEXT_UNREAD, "300.1"},    {{300, 1}, ENG_GO_NEXT_UNREAD, "600"},
+                 {{600}, ENG_GO_PREV_UNREAD, "300.1"},  {{300, 1}, ENG_GO_PREV_UNREAD, "1"},
+                 {{1}, ENG_GO_NEXT_UNREAD_MAIN, "600"}, {{600}, ENG_GO_PREV_UNREAD_MAIN, "1"},
+                 {{600}, ENG_GO_NEXT_UNREAD, "?1028"},  {{1}, ENG_GO_PREV_UNREAD, "?1028"},
+                 {{2}, ENG_GO_PREV_UNREAD, "1"},        {{599}, ENG_GO_NEXT_UNREAD, "600"}};
+    for (const auto& step : steps) {
+      EXPECT_EQ(Go(collection.get(), At(step.from), step.code), step.to) << Show(At(step.from)) << " " << step.code;
+    }
+  }
+  EXPECT_EQ(EngIdTableDestroy(unread), ENG_OK);
+}
+
 TEST_F(Shared, AFoldersRowsAreItsMembers) {
   const std::uint32_t a = Doc({{"Name", "a"}});
   const std::uint32_t b = Doc({{"Name", "b"}});
