@@ -119,14 +119,15 @@ ENGSTATUS ReadUnreadOnce(Store& store, std::string_view user, UnreadList* list, 
 }
 
 // Makes a list where there is none, and brings one up to date that much has come behind, so that reading it stays
-// cheap. The latter may fail: the feed tells it again.
+// cheap. The latter may fail, and so may the former where nothing can be written: the feed tells it again.
 ENGSTATUS StoreUnread(Database& database, std::string_view user, std::size_t behind, UnreadList* list, Ids* ids) {
-  if (list->user == 0) return WriteUnread(database, user, list, ids);
-  if (behind <= kFoldAfter) return ENG_OK;
+  const bool first = list->user == 0;
+  if (!first && behind <= kFoldAfter) return ENG_OK;
   UnreadList fresh;
   Ids fresh_ids;
-  if (WriteUnread(database, user, &fresh, &fresh_ids) == ENG_OK) *ids = std::move(fresh_ids);
-  return ENG_OK;
+  const ENGSTATUS status = WriteUnread(database, user, &fresh, &fresh_ids);
+  if (status == ENG_OK) *ids = std::move(fresh_ids);
+  return first && status != ENG_ERR_DB_READ_ONLY ? status : ENGSTATUS{ENG_OK};
 }
 
 // Which user a table is for. Handles are not used again for long, so that those that are gone are found by asking.

@@ -1,4 +1,7 @@
 // Folders and unread lists, with a second handle on the same file in the place of another process.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 
 #include "tests/qcore/store_fixture.h"
@@ -188,6 +191,21 @@ TEST_F(Folders, NewAndChangedDocumentsAreUnreadForOthers) {
   SaveAndClose(mine);
   EXPECT_EQ(Unread(me), Ids_{}) << "saving reads what was unread, too";
   EXPECT_EQ(SetUnread("", {}, {}), ENG_ERR_USER_NAME);
+}
+
+TEST_F(Folders, AListIsReadWhereNoneCanBeMade) {
+  const std::uint32_t a = Make({{"Subject", "a"}});
+  ASSERT_EQ(EngDbClose(db_), ENG_OK);
+  ASSERT_EQ(chmod(file().c_str(), 0444), 0);
+  ASSERT_EQ(chmod(folder_.File("").c_str(), 0755), 0);
+  const uid_t user = geteuid();
+  ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0);
+  ASSERT_EQ(EngDbOpen("main", &db_), ENG_OK);
+  EXPECT_EQ(EngDbBegin(db_), ENG_ERR_DB_READ_ONLY);
+  const ENGHANDLE table = UnreadTable("Jane", db_);
+  EXPECT_EQ(TakeIds(table), Ids_{a});
+  EXPECT_EQ(SetUnread("Jane", {a}, {}), ENG_ERR_DB_READ_ONLY);
+  ASSERT_EQ(seteuid(user), 0);
 }
 
 TEST_F(Folders, UnreadListsLeaveOutWhatTheUserMayNotRead) {
