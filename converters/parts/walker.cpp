@@ -11,6 +11,8 @@ namespace conv {
 namespace {
 
 constexpr int kIndent = 360;
+// Looked up once: each text has one.
+const std::uint32_t kTextHeader = EngOdsLength(ODS_CDTEXT);
 
 }  // namespace
 
@@ -49,7 +51,7 @@ void Walker::Collect() {
     const FontID font = record.Dword(4) & ~kAttributes;
     if (FaceOf(font) == kMono) continue;
     if (!count || font != last) count = &fonts[font];
-    *count += record.Length - EngOdsLength(ODS_CDTEXT);
+    *count += record.Length - std::min(record.Length, kTextHeader);
     last = font;
   }
   std::size_t most = 0;
@@ -284,7 +286,7 @@ bool Walker::IsMisplaced() {
 
 void Walker::HandleText(const Record& record) {
   if (IsMisplaced()) return;
-  const std::string_view text = record.Tail(EngOdsLength(ODS_CDTEXT));
+  const std::string_view text = record.Tail(kTextHeader);
   const FontID font = record.Dword(4);
   HasParagraph = true;
   if (!text.empty()) return ShowText(font, text);
