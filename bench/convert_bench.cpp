@@ -57,10 +57,10 @@ const std::string& File() {
 }
 
 void Fill(VQRichText* text) {
+  const VQString file(File().c_str());
   VQRTCursor cursor;
-  text->Create();
   text->GetEndCursor(&cursor);
-  text->Import(File().c_str(), "mdconv", &cursor);
+  text->Import(file, "mdconv", &cursor);
 }
 
 void SetBytes(benchmark::State& state) {
@@ -71,6 +71,7 @@ void ImportMarkdown(benchmark::State& state) {
   File();
   for (auto _ : state) {
     VQRichText text;
+    text.Create();
     Fill(&text);
     benchmark::DoNotOptimize(text.GetSize());
   }
@@ -87,9 +88,18 @@ void MarkdownByCmark(benchmark::State& state) {
   SetBytes(state);
 }
 
+// Of a document that is stored.
 void ExportHtml(benchmark::State& state) {
+  static VQDatabase database = Home::Get().Create("convert.vlt");  // runs are repeated
+  VQDocument document;
+  database.CreateDocument(&document);
   VQRichText text;
+  document.CreateItem("Body", &text);
   Fill(&text);
+  document.Save();
+  text = VQRichText();
+  document.RefreshObjectFromSlateHandle();
+  document.GetItem("Body", &text);
   VQRTCursor start, end;
   text.GetCursor(&start);
   text.GetEndCursor(&end);
