@@ -204,7 +204,9 @@ ENGSTATUS IndexTree::Keep(const Identity& identity) {
   if (!generation_) status = TakeCopy(restricted ? ChooseCopy(heads, identity, view_) : 0);
   if (status != ENG_OK) return status;
   // Never that of an index that was dropped meanwhile.
-  const std::uint64_t generation = std::max(heads[copy_] ? heads[copy_]->generation + 1 : 1, Pack(Now()));
+  // Above those of all copies: the clock alone doesn't tell which was kept last.
+  std::uint64_t generation = std::max<std::uint64_t>(1, Pack(Now()));
+  for (const std::optional<Head>& head : heads) generation = std::max(generation, head ? head->generation + 1 : 0);
   status = WriteChanged(identity, generation);
   if (status == ENG_OK) status = change.Commit();
   if (status != ENG_OK) return status;
