@@ -421,10 +421,12 @@ VQSTATUS VQRTAttachment::SetGraphic(const VQGraphic& graphic) {
   if (!graphic.IsNull()) {
     if (VQSTATUS status = vq::pab::CopyOf(graphic.GetRTObjectBody(), &copy)) return vq::Apply(status);
   }
-  if (VQRTObjectBody* old = GraphicOf(body)) {
-    if (VQSTATUS status = old->Delete()) return vq::Apply(status);
+  // The old one goes when the new one stands.
+  VQRTObjectBody* old = GraphicOf(body);
+  if (!copy.IsNull()) {
+    VQRTObjectBody* first = body.GetFirstChild();
+    VQRTObjectBody* placed = copy.GetRTObjectBody();
+    if (VQSTATUS status = first ? first->InsertPreviousSibling(placed) : body.Append(placed)) return vq::Apply(status);
   }
-  if (copy.IsNull()) return VQ_OK;
-  VQRTObjectBody* first = body.GetFirstChild();
-  return vq::Apply(first ? first->InsertPreviousSibling(copy.GetRTObjectBody()) : body.Append(copy.GetRTObjectBody()));
+  return old ? vq::Apply(old->Delete()) : VQ_OK;
 }
