@@ -39,16 +39,28 @@ struct Stored {
   }
 };
 
+void OpenAndListFields(Stored& stored, VQForm* form) {
+  stored.Database.GetForm(stored.Form, form);
+  form->Open();
+  VQFormFieldArray fields;
+  form->GetFormFields(&fields);
+  const unsigned long count = fields.GetCount();
+  for (unsigned long i = 0; i < count; ++i) benchmark::DoNotOptimize(fields[i].GetName());
+}
+
+void OpenAndParse(Stored& stored, VQSlate* slate, VQRTContainer* top) {
+  stored.Database.GetSlate(stored.Form, slate);
+  slate->Open();
+  VQRichText body;
+  slate->GetItem(VQString("$Body"), &body);
+  body.GetTopContainer(top);
+}
+
 void OpenListSave(benchmark::State& state) {
   Stored& stored = Stored::Get();
   for (auto _ : state) {
     VQForm form;
-    stored.Database.GetForm(stored.Form, &form);
-    form.Open();
-    VQFormFieldArray fields;
-    form.GetFormFields(&fields);
-    const unsigned long count = fields.GetCount();
-    for (unsigned long i = 0; i < count; ++i) benchmark::DoNotOptimize(fields[i].GetName());
+    OpenAndListFields(stored, &form);
     form.Save();
   }
   state.SetItemsProcessed(state.iterations() * kFields);
@@ -59,12 +71,7 @@ void OpenAndList(benchmark::State& state) {
   Stored& stored = Stored::Get();
   for (auto _ : state) {
     VQForm form;
-    stored.Database.GetForm(stored.Form, &form);
-    form.Open();
-    VQFormFieldArray fields;
-    form.GetFormFields(&fields);
-    const unsigned long count = fields.GetCount();
-    for (unsigned long i = 0; i < count; ++i) benchmark::DoNotOptimize(fields[i].GetName());
+    OpenAndListFields(stored, &form);
   }
   state.SetItemsProcessed(state.iterations() * kFields);
 }
@@ -75,12 +82,8 @@ void ParseBody(benchmark::State& state) {
   Stored& stored = Stored::Get();
   for (auto _ : state) {
     VQSlate slate;
-    stored.Database.GetSlate(stored.Form, &slate);
-    slate.Open();
-    VQRichText body;
-    slate.GetItem(VQString("$Body"), &body);
     VQRTContainer top;
-    body.GetTopContainer(&top);
+    OpenAndParse(stored, &slate, &top);
     benchmark::DoNotOptimize(top);
   }
   state.SetItemsProcessed(state.iterations() * kFields);
@@ -92,12 +95,8 @@ void ParseAndSave(benchmark::State& state) {
   Stored& stored = Stored::Get();
   for (auto _ : state) {
     VQSlate slate;
-    stored.Database.GetSlate(stored.Form, &slate);
-    slate.Open();
-    VQRichText body;
-    slate.GetItem(VQString("$Body"), &body);
     VQRTContainer top;
-    body.GetTopContainer(&top);
+    OpenAndParse(stored, &slate, &top);
     slate.CreateItem(VQString("$UpdatedBy"), TYPE_TEXT, "x", 1, 0, VQITEMOPTION_REPLACE);
     slate.GetSlateBody()->VQSlateBody::Save(0);
   }
