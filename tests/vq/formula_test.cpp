@@ -71,6 +71,10 @@ TEST_F(Formula, KeepsTextAndCodeInStep) {
   EXPECT_EQ(EvaluatedText(formula), "one");
   const VQFormula other(VQString("\"t\"+\"wo\""));
   EXPECT_EQ(formula.SetCode(other.GetCode(), other.GetCodeLength(), 0), VQ_OK);
+  // Its own code, to be shared: the bytes outlive what held them.
+  const std::string code(formula.GetCode(), formula.GetCodeLength());
+  EXPECT_EQ(formula.SetCode(formula.GetCode(), formula.GetCodeLength(), 1), VQ_OK);
+  EXPECT_EQ(std::string(formula.GetCode(), formula.GetCodeLength()), code);
   EXPECT_EQ(EvaluatedText(formula), "two") << "the old code's evaluation goes with it";
   EXPECT_EQ(TextOf(formula.GetText()), "\"t\" + \"wo\"");
 

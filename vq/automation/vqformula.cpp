@@ -1,6 +1,7 @@
 #include "vq/automation/vqformula.h"
 
 #include <cstring>
+#include <functional>
 
 #include "engine/formula.h"
 #include "engine/memory.h"
@@ -124,7 +125,10 @@ VQSTATUS VQFormulaBody::Compile(const VQString& text, unsigned long* errorOffset
 VQSTATUS VQFormulaBody::TakeCode(const char* code, unsigned long length, int shared) {
   if (code == nullptr || length == 0 || length > 0xFFFFFFFFUL) return VQERR_INVALID_PARAMETER;
   std::uint32_t size = static_cast<std::uint32_t>(length);
-  if (shared) {
+  // A part of the code that is held now would go with it: that is copied.
+  const std::less<const char*> before;
+  const bool own = Code != nullptr && !before(code, Code) && before(code, Code + CodeLength);
+  if (shared && !own) {
     DropCode();
     Code = code;
     CodeLength = size;
