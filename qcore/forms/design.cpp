@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "qcore/records/layouts.h"
@@ -20,6 +21,8 @@ constexpr std::uint16_t kDefaultForm = 0x8004;
 constexpr std::string_view kSubformLetter = "U";
 constexpr std::string_view kOtherKinds = "UW#i@y";  // letters of elements of the class that are no forms
 constexpr std::uint16_t kComposite = 0x0001;
+constexpr std::uint16_t kNumber = 0x0300;
+constexpr std::uint16_t kTime = 0x0400;
 constexpr std::uint16_t kText = 0x0500;
 constexpr std::size_t kTypeWord = 2;
 
@@ -136,29 +139,34 @@ class Reader {
   ENGSTATUS ReadForm(std::uint32_t form, unsigned depth) {
     OpenedSlate opened;
     if (ENGSTATUS status = opened.Open(database_, form); status != ENG_OK) return status;
-    bool late = false;
+    Ahead ahead;
     return ForEachRecord(opened.slate(), [&](std::uint16_t signature, Bytes record) -> ENGSTATUS {
-      switch (signature) {
-        case kSigExtension:
-          late = IsLate(record);
-          return ENG_OK;
-        case kSigField:
-        case kSigFieldOld:
-          return AddField(record, std::exchange(late, false));
-        case kSigHotspot:
-        case kSigHotspotV4:
-          return AddSubform(record, depth);
-        default:
-          late = false;
-          return ENG_OK;
-      }
+      const Bytes extension = ahead.Pass(signature, record);
+      if (IsField(signature)) return AddField(record, extension);
+      return signature == kSigHotspot || signature == kSigHotspotV4 ? AddSubform(record, depth) : ENGSTATUS{ENG_OK};
     });
   }
 
  private:
-  static bool IsLate(Bytes record) {
-    FieldExtensionRecord extension{};
-    return ReadFixed(ODS_FIELDEXTENSION, record, &extension) && (extension.Flags1 & FIELDEXTENSION_COMPUTE_LATE) != 0;
+  // The extension directly ahead of a record, which is the field's then.
+  struct Ahead {
+    Bytes extension;
+    Bytes Pass(std::uint16_t signature, Bytes record) {
+      return std::exchange(extension, signature == kSigExtension ? record : Bytes());
+    }
+  };
+
+  static bool IsField(std::uint16_t signature) { return signature == kSigField || signature == kSigFieldOld; }
+  // One that goes with another field's length was left behind by a program that does not know extensions.
+  static bool IsLate(Bytes extension, Bytes field) {
+    FieldExtensionRecord fixed{};
+    return ReadFixed(ODS_FIELDEXTENSION, extension, &fixed) && fixed.FieldLength == field.size() &&
+           (fixed.Flags1 & FIELDEXTENSION_COMPUTE_LATE) != 0;
+  }
+  // Records of other types are no fields.
+  static bool HasKnownType(const Field& field) {
+    const unsigned family = field.data_type & ~1U;
+    return field.data_type == kComposite || family == kNumber || family == kTime || family == kText;
   }
 
   static ENGSTATUS Decode(Bytes record, Field* field) {
@@ -182,13 +190,13 @@ class Reader {
     return ENG_OK;
   }
 
-  ENGSTATUS AddField(Bytes record, bool late) {
+  ENGSTATUS AddField(Bytes record, Bytes extension) {
     if (fields_->size() == kMostFields) return ENG_ERR_FORM_DESIGN;
     Field field;
-    field.late = late;
     if (ENGSTATUS status = Decode(record, &field); status != ENG_OK) return status;
+    field.late = IsLate(extension, record);
     if ((field.flags & FIELD_REFERENCE) != 0) return AddShared(field.name);
-    fields_->push_back(std::move(field));
+    if (HasKnownType(field)) fields_->push_back(std::move(field));
     return ENG_OK;
   }
 
@@ -198,17 +206,17 @@ class Reader {
     ENGSTATUS status = FindDesign(database_, kFieldClass, name, &id);
     if (status == ENG_OK) status = opened.Open(database_, id);
     if (status != ENG_OK) return IsGone(status) ? ENGSTATUS{ENG_OK} : status;
-    bool late = false;
+    Ahead ahead;
     bool added = false;
     return ForEachRecord(opened.slate(), [&](std::uint16_t signature, Bytes record) -> ENGSTATUS {
-      if (signature == kSigExtension) late = IsLate(record);
-      if (added || (signature != kSigField && signature != kSigFieldOld)) return ENG_OK;
+      const Bytes extension = ahead.Pass(signature, record);
+      if (added || !IsField(signature)) return ENG_OK;
       Field field;
-      field.late = late;
       if (ENGSTATUS read = Decode(record, &field); read != ENG_OK) return read;
+      field.late = IsLate(extension, record);
       added = true;
       // A definition that points elsewhere defines nothing.
-      if ((field.flags & FIELD_REFERENCE) == 0) fields_->push_back(std::move(field));
+      if ((field.flags & FIELD_REFERENCE) == 0 && HasKnownType(field)) fields_->push_back(std::move(field));
       return ENG_OK;
     });
   }
@@ -223,7 +231,7 @@ class Reader {
     if (name.empty() || depth == kDeepestSubform) return ENG_OK;
     std::uint32_t id = 0;
     ENGSTATUS status = FindKind(database_, name, Kind::kSubform, &id);
-    if (status == ENG_OK) status = ReadForm(id, depth + 1);
+    if (status == ENG_OK && subforms_.insert(id).second) status = ReadForm(id, depth + 1);
     return IsGone(status) ? ENGSTATUS{ENG_OK} : status;
   }
 
@@ -234,6 +242,7 @@ class Reader {
 
   const std::shared_ptr<Database>& database_;
   std::vector<Field>* fields_;
+  std::set<std::uint32_t> subforms_;  // whose fields are there
 };
 
 }  // namespace

@@ -27,7 +27,7 @@ struct Field {
 
 // The form that a document of that form name is computed with; ENG_ERR_NO_FORM.
 [[nodiscard]] ENGSTATUS FindForm(const std::shared_ptr<Database>& database, std::string_view name, std::uint32_t* id);
-// In stream order, those of subforms where they are inserted. A subform or a definition that is missing has none;
+// In stream order, those of a subform where it is inserted first. A subform or a definition that is missing has none;
 // ENG_ERR_FORM_DESIGN for records that can't be read.
 [[nodiscard]] ENGSTATUS ReadFields(const std::shared_ptr<Database>& database, std::uint32_t form,
                                    std::vector<Field>* fields);

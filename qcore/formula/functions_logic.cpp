@@ -8,6 +8,13 @@ namespace {
 Value True(Machine&, Arguments) { return Value::Truth(true); }
 Value False(Machine&, Arguments) { return Value::Truth(false); }
 
+// A text refuses by what it says; an empty one would accept, 0 does not.
+Value Failure(Machine&, Arguments arguments) {
+  if (!arguments[0].is_text()) return TypeError();
+  const std::string_view text = FirstText(arguments[0]);
+  return text.empty() ? Value::Truth(false) : Value::Text(text.data(), text.size());
+}
+
 Value Error(Machine&, Arguments) { return Value::Error(ENG_ERR_FORMULA_FAILED); }
 
 Value IsError(Machine&, Arguments arguments) { return Value::Truth(arguments[0].is_error()); }
@@ -118,6 +125,7 @@ constexpr Function kFunctions[] = {
     {29, "Or", 1, kAnyNumber, Form::kEager, kNothing, Or, nullptr},
     {30, "ErrorNumber", 1, 1, Form::kEagerErrors, kNothing, ErrorNumber, nullptr},
     {31, "CheckFormulaSyntax", 1, 1, Form::kEager, kNothing, CheckFormulaSyntax, nullptr},
+    {32, "Failure", 1, 1, Form::kEager, kNothing, Failure, nullptr},
 };
 
 }  // namespace

@@ -287,6 +287,7 @@ class VQ_API VQFormBody : public VQSlateBody {
   VQSTATUS Open(unsigned long flags) override;
   // A form whose design nobody has asked for is saved as it stands.
   VQSTATUS Save(unsigned short flags) override;
+  VQSTATUS AdmitObjects(VQRichTextBody& text, const VQRTObjectBody& incoming, const VQSlateBody* from) override;
 
   bool IsFormOpen() const { return FormOpen != 0; }
   // Opens a slate that was never saved.

@@ -140,6 +140,7 @@ VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* curso
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   if (top.GetChildCount() == 0) return VQ_OK;
   if (VQSTATUS status = CheckTypes(vq::EnclosingContainer(cursor->GetElementBody()), top)) return status;
+  if (VQSTATUS status = vq::CheckAdmitted(root.GetRichTextBody(), top, richText.GetRichTextBody())) return status;
   vq::FontGuard fonts(root.GetRichTextBody());
   vq::ObjectGuard objects(root.GetRichTextBody());
   if (VQSTATUS status = Adapt(incoming, root)) return status;
@@ -174,6 +175,7 @@ VQSTATUS VQRTContainerBody::Append(const VQRichText& richText) {
   if (VQSTATUS status = CopyWhole(richText, &incoming)) return status;
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   if (VQSTATUS status = CheckTypes(this, top)) return status;
+  if (VQSTATUS status = vq::CheckAdmitted(GetRichTextBody(), top, richText.GetRichTextBody())) return status;
   vq::FontGuard fonts(GetRichTextBody());
   vq::ObjectGuard objects(GetRichTextBody());
   if (VQSTATUS status = Adapt(incoming, pab::Root(*this))) return status;

@@ -36,6 +36,12 @@ void ObjectGuard::Drop(unsigned long index) {
   }));
 }
 
+VQSTATUS CheckAdmitted(VQRichTextBody* target, const VQRTObjectBody& incoming, const VQRichTextBody* source) {
+  VQSlateBody* slate = target ? target->GetSlateBody() : nullptr;
+  if (!slate) return VQ_OK;
+  return slate->AdmitObjects(*target, incoming, source ? source->GetSlateBody() : nullptr);
+}
+
 VQSTATUS BringObjects(VQRTObjectBody& incoming, VQRichTextBody* target) {
   if (!target) return VQ_OK;
   VQRichText text(target);

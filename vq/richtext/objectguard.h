@@ -1,4 +1,4 @@
-// Stored objects that come into a slate with rich text.
+// What comes into a slate with rich text: whether it may, and the stored objects of it.
 #ifndef QUILLON_VQ_RICHTEXT_OBJECTGUARD_H
 #define QUILLON_VQ_RICHTEXT_OBJECTGUARD_H
 
@@ -23,6 +23,10 @@ class ObjectGuard {
   VQSlateBody* Slate = nullptr;
   unsigned long Before = 0;
 };
+
+// Whether the target's slate takes what comes from `source`; either may be null.
+[[nodiscard]] VQSTATUS CheckAdmitted(VQRichTextBody* target, const VQRTObjectBody& incoming,
+                                     const VQRichTextBody* source);
 
 // The objects of what is about to come into a rich text; null has none.
 [[nodiscard]] VQSTATUS BringObjects(VQRTObjectBody& incoming, VQRichTextBody* target);

@@ -230,3 +230,31 @@ VQSTATUS VQRichText::GetAttachment(const VQString& name, VQRTObject* found) cons
 VQSTATUS VQRichText::DeleteAttachment(const VQString& name) {
   return Run([&](VQRTContainerBody& body) { return body.DeleteAttachment(name); });
 }
+
+VQSTATUS VQRichText::CreateFormField(const VQString& name, VQRTTYPE type, VQRTCursor* cursor, VQRTObject* created) {
+  return Run([&](VQRTContainerBody& body) { return body.CreateFormField(name, type, cursor, created); });
+}
+
+VQSTATUS VQRichText::GetFormField(const VQString& name, VQRTObject* found) const {
+  return Run([&](VQRTContainerBody& body) { return body.GetFormField(name, found); });
+}
+
+VQSTATUS VQRichText::DeleteFormField(const VQString& name) {
+  return Run([&](VQRTContainerBody& body) { return body.DeleteFormField(name); });
+}
+
+VQSTATUS VQRichText::GetRTSubform(const VQString& name, VQRTObject* found) const {
+  return Run([&](VQRTContainerBody& body) { return body.GetRTSubform(name, found); });
+}
+
+VQSTATUS VQRichText::DeleteRTSubform(const VQString& name) {
+  return Run([&](VQRTContainerBody& body) { return body.DeleteRTSubform(name); });
+}
+
+VQSTATUS VQRichText::GetOLEObject(const VQString& name, VQRTObject* found) const {
+  return Run([&](VQRTContainerBody& body) { return body.GetOLEObject(name, found); });
+}
+
+VQSTATUS VQRichText::DeleteOLEObject(const VQString& name) {
+  return Run([&](VQRTContainerBody& body) { return body.DeleteOLEObject(name); });
+}

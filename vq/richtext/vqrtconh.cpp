@@ -203,3 +203,31 @@ int VQRTContainer::CanInsertType(VQRTTYPE type) const {
   if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
   return GetRTContainerBody()->CanInsertType(type);
 }
+
+VQSTATUS VQRTContainer::CreateFormField(const VQString& name, VQRTTYPE type, VQRTCursor* cursor, VQRTObject* created) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.CreateFormField(name, type, cursor, created); });
+}
+
+VQSTATUS VQRTContainer::GetFormField(const VQString& name, VQRTObject* found) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.GetFormField(name, found); });
+}
+
+VQSTATUS VQRTContainer::DeleteFormField(const VQString& name) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.DeleteFormField(name); });
+}
+
+VQSTATUS VQRTContainer::GetRTSubform(const VQString& name, VQRTObject* found) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.GetRTSubform(name, found); });
+}
+
+VQSTATUS VQRTContainer::DeleteRTSubform(const VQString& name) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.DeleteRTSubform(name); });
+}
+
+VQSTATUS VQRTContainer::GetOLEObject(const VQString& name, VQRTObject* found) const {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.GetOLEObject(name, found); });
+}
+
+VQSTATUS VQRTContainer::DeleteOLEObject(const VQString& name) {
+  return Run(*this, [&](VQRTContainerBody& body) { return body.DeleteOLEObject(name); });
+}

@@ -131,7 +131,9 @@ VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appende
   if (object.HasOffset()) return VQERR_RT_CHARACTERS;
   if (!CanInsertType(object.GetType())) return VQERR_CANT_INSERT_TYPE;
   VQRTObject copy;
-  VQSTATUS status = CopyForInsert(object, &copy);
+  VQSTATUS status =
+      vq::CheckAdmitted(GetRichTextBody(), *object.GetRTObjectBody(), object.GetRTObjectBody()->GetRichTextBody());
+  if (status == VQ_OK) status = CopyForInsert(object, &copy);
   vq::FontGuard fonts(GetRichTextBody());
   vq::ObjectGuard objects(GetRichTextBody());
   if (status == VQ_OK) status = vq::EnterFacesOf(*copy.GetRTObjectBody(), *this);
@@ -188,6 +190,10 @@ VQSTATUS VQRTContainerBody::PlaceAt(VQRTObjectBody* object, const VQRTCursor& cu
 
 VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObject* inserted, VQRTCursor* cursor) {
   VQSTATUS status = CheckInsert(object, copy, cursor);
+  if (status == VQ_OK) {
+    status =
+        vq::CheckAdmitted(GetRichTextBody(), *object.GetRTObjectBody(), object.GetRTObjectBody()->GetRichTextBody());
+  }
   if (status != VQ_OK) return status;
   VQRTObject placed;
   if (copy) {

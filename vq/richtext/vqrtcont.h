@@ -30,9 +30,6 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS ClearHotspot(VQRTObject* hotspot);
   // The same for all hotspots between the cursors and around the first of them; VQWARN_NOT_FOUND when there are none.
   virtual VQSTATUS ClearHotspotRange(const VQRTCursor& start, const VQRTCursor& end);
-  // An empty table at the cursor, which goes into the text behind it; `table` may be null. VQERR_ROW_COUNT,
-  // VQERR_COLUMN_COUNT, VQERR_ZERO_ROWS_COLUMNS; VQERR_CANT_INSERT_TYPE in a table, VQERR_RT_HOTSPOT_CONTENT.
-  virtual VQSTATUS CreateTable(unsigned long rows, unsigned long columns, VQRTCursor* cursor, VQTable* table);
   // Shows an attachment at the cursor: a file, under its own name or another one, that is attached to the slate; or an
   // attachment, which is copied when it is another slate's. VQERR_ATTACHMENT_NO_SLATE for a rich text that stands
   // alone, VQERR_ATTACHMENT_SIGNED, VQERR_ATTACHMENT_UNINITIALIZED. `created` may be null.
@@ -42,10 +39,14 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS CreateAttachment(const VQAttachment& source, VQRTCursor* cursor, VQRTObject* created);
   virtual VQSTATUS CreateAttachment(const VQAttachment& source, const VQString& displayText, VQRTCursor* cursor,
                                     VQRTObject* created);
-  // By the attachment's exact name: the first that shows it; all that show it, and the slate's attachment with them.
-  // VQWARN_NOT_FOUND.
-  virtual VQSTATUS GetAttachment(const VQString& name, VQRTObject* found);
-  virtual VQSTATUS DeleteAttachment(const VQString& name);
+  // A new field at the cursor, which goes behind it, as VQFormField makes one. `created` may be null. In a form or a
+  // subform VQERR_FIELD_EXISTS for a name that is taken there, as for fields that other operations bring; and
+  // VQERR_SUBFORM_EXISTS for a second place of a subform, VQERR_SHARED_FIELD_OTHER_DATABASE for a shared field of
+  // another database.
+  virtual VQSTATUS CreateFormField(const VQString& name, VQRTTYPE type, VQRTCursor* cursor, VQRTObject* created);
+  // An empty table at the cursor, which goes into the text behind it; `table` may be null. VQERR_ROW_COUNT,
+  // VQERR_COLUMN_COUNT, VQERR_ZERO_ROWS_COLUMNS; VQERR_CANT_INSERT_TYPE in a table, VQERR_RT_HOTSPOT_CONTENT.
+  virtual VQSTATUS CreateTable(unsigned long rows, unsigned long columns, VQRTCursor* cursor, VQTable* table);
   // The two cursors end up at the place of the deletion. VQERR_CURSOR_ORDER, VQERR_RT_SELECTION_INVALID. A paragraph
   // record of its own is refused with VQERR_WRONG_SITUATION, the end record of a structure or a cell with
   // VQERR_INAPPROPRIATE.
@@ -71,6 +72,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS GetRichText(const VQRTCursor& start, VQRTTYPE type, VQRichText* richText);
   virtual VQSTATUS GetRichText(const VQRTObject& object, VQRichText* richText);
   using VQRTObjectBody::GetRichText;
+  // The place of the subform of that exact name. VQWARN_NOT_FOUND.
+  virtual VQSTATUS GetRTSubform(const VQString& name, VQRTObject* found);
   virtual VQSTATUS Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines);
   // The run that an empty rich text was given to stand on goes when content takes its place.
   virtual VQSTATUS Insert(const VQRichText& richText, VQRTCursor* cursor);
@@ -100,6 +103,15 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   // Replaces the whole content by the text.
   virtual VQSTATUS SetValue(const VQString& text, int convertNewlines);
   virtual VQSTATUS StartNewParagraph(VQRTCursor* cursor);
+  // By exact names: the first of the name; all of it, with the slate's attachment where the name is one's.
+  // VQWARN_NOT_FOUND, also for an OLE object, whose record says no name.
+  virtual VQSTATUS GetFormField(const VQString& name, VQRTObject* found);
+  virtual VQSTATUS DeleteFormField(const VQString& name);
+  virtual VQSTATUS DeleteRTSubform(const VQString& name);
+  virtual VQSTATUS GetAttachment(const VQString& name, VQRTObject* found);
+  virtual VQSTATUS DeleteAttachment(const VQString& name);
+  virtual VQSTATUS GetOLEObject(const VQString& name, VQRTObject* found);
+  virtual VQSTATUS DeleteOLEObject(const VQString& name);
   virtual VQSTATUS SetTopContainer(VQRichTextBody* richText);
 
   // After a deletion: a reference stands at the start and at least one text, empty if need be, is left.

@@ -121,8 +121,15 @@ class VQ_API VQRTContainer : public VQRTElement {
   VQSTATUS CreateAttachment(const VQAttachment& source, VQRTCursor* cursor, VQRTObject* created = nullptr);
   VQSTATUS CreateAttachment(const VQAttachment& source, const VQString& displayText, VQRTCursor* cursor,
                             VQRTObject* created = nullptr);
+  VQSTATUS CreateFormField(const VQString& name, VQRTTYPE type, VQRTCursor* cursor, VQRTObject* created = nullptr);
   VQSTATUS GetAttachment(const VQString& name, VQRTObject* found) const;
   VQSTATUS DeleteAttachment(const VQString& name);
+  VQSTATUS GetFormField(const VQString& name, VQRTObject* found) const;
+  VQSTATUS DeleteFormField(const VQString& name);
+  VQSTATUS GetRTSubform(const VQString& name, VQRTObject* found) const;
+  VQSTATUS DeleteRTSubform(const VQString& name);
+  VQSTATUS GetOLEObject(const VQString& name, VQRTObject* found) const;
+  VQSTATUS DeleteOLEObject(const VQString& name);
   VQSTATUS Delete(VQRTCursor* start, VQRTCursor* end);
   VQSTATUS Delete(VQRTCursor* start, unsigned long count);
   VQSTATUS Delete(VQRTObject* object);

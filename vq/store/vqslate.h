@@ -22,6 +22,8 @@ class VQAttachment;
 class VQDatetime;
 class VQIDTable;
 class VQItemArray;
+class VQRTObjectBody;
+class VQRichTextBody;
 class VQText;
 
 // The bits of a slate's class, in the low word of a slate type.
@@ -261,6 +263,9 @@ class VQ_API VQSlateBody : public VQBody {
   virtual VQSTATUS Save(unsigned short flags);
   // The table that the body is registered with goes away.
   virtual void TableGone(VQIDTable* table);
+  // Whether objects may come into a rich text of this slate; `from` is the slate of the rich text that they come from,
+  // null for none. VQ_OK unless a derived body minds.
+  virtual VQSTATUS AdmitObjects(VQRichTextBody& text, const VQRTObjectBody& incoming, const VQSlateBody* from);
   void SetTable(VQIDTable* table);
   VQIDTable* GetTable() const { return Table; }
 

@@ -148,6 +148,7 @@ VQSTATUS VQSlateBody::ReadHeader() {
 }
 
 int VQSlateBody::HasPendingChanges() { return 0; }
+VQSTATUS VQSlateBody::AdmitObjects(VQRichTextBody&, const VQRTObjectBody&, const VQSlateBody*) { return VQ_OK; }
 
 int VQSlateBody::IsModified() {
   if (Dirty != 0 || HasPendingChanges() != 0) return 1;

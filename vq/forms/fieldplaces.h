@@ -1,0 +1,17 @@
+// Fields and subforms that come into the rich text of a form.
+#ifndef QUILLON_VQ_FORMS_FIELDPLACES_H
+#define QUILLON_VQ_FORMS_FIELDPLACES_H
+
+#include "vq/richtext/vqrtbody.h"
+#include "vq/store/vqslate.h"
+
+namespace vq {
+
+// Whether the slate's $Body takes what comes from a rich text of `from`, null for one that stands alone.
+// VQERR_FIELD_EXISTS, VQERR_SUBFORM_EXISTS, VQERR_SHARED_FIELD_OTHER_DATABASE.
+[[nodiscard]] VQSTATUS AdmitFields(const VQSlateBody& slate, VQRichTextBody& text, const VQRTObjectBody& incoming,
+                                   const VQSlateBody* from);
+
+}  // namespace vq
+
+#endif
