@@ -103,7 +103,9 @@ ENGSTATUS Database::BeginTransaction() {
 ENGSTATUS Database::CommitTransaction() {
   const std::lock_guard lock(mutex_);
   if (transaction_ == 0) return ENG_ERR_DB_TRANSACTION;
-  const ENGSTATUS status = store_->InTransaction() ? store_->Commit() : ENGSTATUS{ENG_ERR_DB_TRANSACTION};
+  const bool running = store_->InTransaction();
+  if (!running) store_->Rollback();
+  const ENGSTATUS status = running ? store_->Commit() : ENGSTATUS{ENG_ERR_DB_TRANSACTION};
   if (status != ENG_OK) RevertMemory();
   transaction_ = 0;
   return status;

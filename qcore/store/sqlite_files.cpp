@@ -126,7 +126,7 @@ ENGSTATUS SqliteStore::Fill(const std::string& file, const Creation& creation) {
   const std::string begin =
       "PRAGMA page_size=4096;PRAGMA synchronous=FULL;PRAGMA journal_mode=DELETE;BEGIN;"
       "PRAGMA application_id=" +
-      std::to_string(kApplicationId) + ";" + kSchema + kSchema2;
+      std::to_string(kApplicationId) + ";" + kSchema + kSchema2 + kSchema3;
   status = Execute(connection.get(), begin.c_str());
   if (status != ENG_OK) return status;
   SqliteStore store(std::move(connection));
@@ -237,7 +237,8 @@ ENGSTATUS SqliteStore::Check(std::string* report) {
   report->assign(text.begin(), text.end());
   if (*report != "ok") return ENG_ERR_DB_DAMAGED;
   report->clear();
-  return CheckObjects(report);
+  const ENGSTATUS feed = CheckFeed(report);
+  return feed == ENG_OK ? CheckObjects(report) : feed;
 }
 
 ENGSTATUS SqliteStore::CheckObjects(std::string* report) {

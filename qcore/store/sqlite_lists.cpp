@@ -10,24 +10,27 @@ Bytes AsBytes(std::string_view text) { return {reinterpret_cast<const std::uint8
 
 }  // namespace
 
-bool SqliteStore::IsUpgraded() {
-  if (upgraded_) return true;
-  std::int64_t version = 0;
+std::int64_t SqliteStore::Version() {
   // One that cannot be read fails in what is read next.
-  if (QueryNumber(connection_.get(), "PRAGMA user_version", &version) != ENG_OK) return true;
-  upgraded_ = version >= kSchemaVersion;
-  return upgraded_;
+  if (version_ < kSchemaVersion && QueryNumber(connection_.get(), "PRAGMA user_version", &version_) != ENG_OK) {
+    return kSchemaVersion;
+  }
+  return version_;
 }
 
 ENGSTATUS SqliteStore::Upgrade() {
-  if (upgraded_) return ENG_OK;
-  std::int64_t version = 0;
-  const ENGSTATUS status = QueryNumber(connection_.get(), "PRAGMA user_version", &version);
-  if (status != ENG_OK) return status;
-  if (version > kSchemaVersion) return ENG_ERR_DB_NEWER;
-  const ENGSTATUS made = version < kSchemaVersion ? Execute(connection_.get(), kSchema2) : ENGSTATUS{ENG_OK};
-  upgraded_ = made == ENG_OK;
-  return made;
+  if (version_ == kSchemaVersion) return ENG_OK;
+  ENGSTATUS status = QueryNumber(connection_.get(), "PRAGMA user_version", &version_);
+  if (status != ENG_OK || version_ == kSchemaVersion) return status;
+  if (version_ > kSchemaVersion) return ENG_ERR_DB_NEWER;
+  std::vector<FeedRecord> feed;
+  status = ReadIndexedFeed(0, &feed);
+  if (status == ENG_OK && version_ == kOldestVersion) status = Execute(connection_.get(), kSchema2);
+  if (status == ENG_OK) status = Execute(connection_.get(), kSchema3);
+  if (status == ENG_OK) status = AppendToFeed(feed);
+  if (status == ENG_OK) status = Execute(connection_.get(), kDropFormerFeed);
+  if (status == ENG_OK) version_ = kSchemaVersion;
+  return status;
 }
 
 ENGSTATUS SqliteStore::DropFromLists(std::uint32_t id) {

@@ -1,4 +1,4 @@
-// Slate rows, the change feed and searches of the SQLite store.
+// Slate rows and searches of the SQLite store.
 #include <algorithm>
 #include <array>
 
@@ -39,7 +39,7 @@ std::uint64_t PackState(const SlateHeader& header) {
   return std::uint64_t{header.slate_class} | std::uint64_t{header.flags} << 16 | (header.deleted ? kDeletedState : 0);
 }
 
-// Over all columns but the place in the feed, which the index on it guards, and the packed value, which has its own.
+// Over all columns but the place in the feed, which the feed guards, and the packed value, which has its own.
 std::uint32_t HeaderSum(const SlateHeader& header) {
   const UNIVERSALSLATEID parent = header.parent.value_or(UNIVERSALSLATEID{});
   const std::uint64_t words[] = {Pack(header.modified_here), PackState(header),      Pack(header.origin.File),
@@ -158,19 +158,19 @@ ENGSTATUS SqliteStore::NewSlateId(std::uint32_t* id) {
 }
 
 // Times never fall along the feed, even when the clock is put back: a search by time relies on it.
-void SqliteStore::Stamp(SlateHeader* header) {
+ENGSTATUS SqliteStore::Stamp(SlateHeader* header) {
+  const ENGSTATUS status = MakeRoomInFeed();
+  if (status != ENG_OK) return status;
   const TIMEDATE now = Now();
   if (Pack(now) > Pack(counters_.here)) counters_.here = now;
   header->modified_here = counters_.here;
   ++counters_.feed;
-}
-
-void SqliteStore::NoteChange(const SlateHeader& header) {
-  own_.Note({counters_.feed, {header.id, header.slate_class, header.deleted}});
+  return ENG_OK;
 }
 
 ENGSTATUS SqliteStore::InsertSlate(SlateHeader* header, Bytes packed) {
-  Stamp(header);
+  const ENGSTATUS stamped = Stamp(header);
+  if (stamped != ENG_OK) return stamped;
   Use use = Start(Sql::kInsertSlate);
   BindHeader(use, *header, counters_.feed);
   use.Bind(8, Pack(header->added));
@@ -184,13 +184,14 @@ ENGSTATUS SqliteStore::InsertSlate(SlateHeader* header, Bytes packed) {
   use.Bind(13, HeaderSum(*header));
   const ENGSTATUS status = Finish(use);
   if (status != ENG_OK) return status;
-  NoteChange(*header);
+  NoteChange(*header, Trace::kSlate);
   own_.KeepRow(*header, packed);
   return ENG_OK;
 }
 
 ENGSTATUS SqliteStore::UpdateSlate(SlateHeader* header, Bytes packed, const SlateVersion* expected) {
-  Stamp(header);
+  const ENGSTATUS stamped = Stamp(header);
+  if (stamped != ENG_OK) return stamped;
   const bool same_links = expected && expected->same_links;
   {
     // Columns that do not change stay out of the statement, and their index pages unwritten.
@@ -218,7 +219,7 @@ ENGSTATUS SqliteStore::UpdateSlate(SlateHeader* header, Bytes packed, const Slat
     if (status != ENG_OK) return status;
   }
   if (sqlite3_changes(connection_.get()) != 1) return UpdateMisses(header->id);
-  NoteChange(*header);
+  NoteChange(*header, Trace::kSlate);
   own_.KeepRow(*header, packed);
   return ENG_OK;
 }
@@ -240,128 +241,31 @@ ENGSTATUS SqliteStore::DropBelongings(const SlateHeader& header) {
 ENGSTATUS SqliteStore::MakeDeletionStub(SlateHeader* header) {
   header->deleted = true;
   header->parent.reset();
-  Stamp(header);
-  const ENGSTATUS status = DropBelongings(*header);
+  ENGSTATUS status = Stamp(header);
+  if (status == ENG_OK) status = DropBelongings(*header);
   if (status != ENG_OK) return status;
   Use use = Start(Sql::kMakeDeletionStub);
   BindHeader(use, *header, counters_.feed);
   use.Bind(8, HeaderSum(*header));
   const ENGSTATUS made = Finish(use);
-  if (made == ENG_OK) NoteChange(*header);
+  if (made == ENG_OK) NoteChange(*header, Trace::kSlate);
   return made;
 }
 
 ENGSTATUS SqliteStore::RemoveSlate(const SlateHeader& header) {
   SlateHeader gone = header;
-  Stamp(&gone);
+  const ENGSTATUS stamped = Stamp(&gone);
+  if (stamped != ENG_OK) return stamped;
   (header.slate_class == 1 ? counters_.removed_data : counters_.removed_design) = gone.modified_here;
   floors_changed_ = true;
   const ENGSTATUS status = DropBelongings(header);
   if (status != ENG_OK) return status;
-  {
-    Use note = Start(Sql::kNoteRemoved);
-    note.Bind(1, counters_.feed);
-    note.Bind(2, header.id);
-    note.Bind(3, PackState(header) | kDeletedState);
-    const ENGSTATUS noted = Finish(note);
-    if (noted != ENG_OK) return noted;
-  }
   Use use = Start(Sql::kRemoveSlate);
   use.Bind(1, header.id);
   const ENGSTATUS removed = Finish(use);
   gone.deleted = true;
-  if (removed == ENG_OK) NoteChange(gone);
+  if (removed == ENG_OK) NoteChange(gone, Trace::kNone);
   return removed;
-}
-
-ENGSTATUS SqliteStore::ReadFeed(const TIMEDATE* since, const FeedReader& reader) {
-  Use use = Start(Sql::kReadFeed);
-  while (use.Row()) {
-    if (since && use.Number(1) < Pack(*since)) break;
-    const std::uint64_t state = use.Number(2);
-    reader(
-        {static_cast<std::uint32_t>(use.Number(0)), static_cast<std::uint16_t>(state), (state & kDeletedState) != 0});
-  }
-  return Result(use.code());
-}
-
-ENGSTATUS SqliteStore::ReadFeedBehind(std::uint64_t behind, const NumberedReader& reader) {
-  if (own_.Knows(behind) && InTransaction()) {
-    own_.Read(behind, reader);
-    return ENG_OK;
-  }
-  std::vector<NumberedEntry> removed;
-  const auto take = [](const Use& use) {
-    const std::uint64_t state = use.Number(2);
-    return NumberedEntry{
-        use.Number(0),
-        {static_cast<std::uint32_t>(use.Number(1)), static_cast<std::uint16_t>(state), (state & kDeletedState) != 0}};
-  };
-  if (IsUpgraded()) {
-    Use use = Start(Sql::kReadRemovedBehind);
-    use.Bind(1, behind);
-    while (use.Row()) removed.push_back(take(use));
-    if (use.code() != SQLITE_OK) return Result(use.code());
-  }
-  auto gone = removed.begin();
-  Use use = Start(Sql::kReadFeedBehind);
-  use.Bind(1, behind);
-  while (use.Row()) {
-    const NumberedEntry entry = take(use);
-    for (; gone != removed.end() && gone->feed < entry.feed; ++gone) reader(*gone);
-    reader(entry);
-  }
-  for (; gone != removed.end() && use.code() == SQLITE_OK; ++gone) reader(*gone);
-  return Result(use.code());
-}
-
-ENGSTATUS SqliteStore::FeedEnd(std::uint64_t* feed) {
-  *feed = 0;
-  if (!IsUpgraded()) return ReadFeedBehind(0, [feed](const NumberedEntry& entry) { *feed = entry.feed; });
-  Use use = Start(Sql::kFeedEnd);
-  if (use.Row()) *feed = use.Number(0);
-  return Result(use.code());
-}
-
-ENGSTATUS SqliteStore::LastChange(Part part, TIMEDATE* moment) {
-  std::uint64_t last = 0;
-  {
-    Use use = Start(part == Part::kData ? Sql::kLastData : Sql::kLastDesign);
-    if (use.Row()) last = use.Number(0);
-    if (use.code() != SQLITE_OK) return Result(use.code());
-  }
-  std::vector<std::uint8_t> floors;
-  const ENGSTATUS status = GetSetting(Setting::kFloors, &floors);
-  if (status != ENG_OK) return status;
-  if (!floors.empty()) {
-    WireReader reader(floors);
-    reader.Skip(4 * sizeof(std::uint64_t) + (part == Part::kData ? 0 : sizeof(std::uint64_t)));
-    last = std::max(last, reader.Take<std::uint64_t>());
-    if (!reader.good()) return ENG_ERR_DB_DAMAGED;
-  }
-  *moment = Unpack(last);
-  return ENG_OK;
-}
-
-// A change takes its time while it holds the write lock. Whoever gets the lock knows that every later change carries a
-// later time than now; without it only the last committed time is certain.
-ENGSTATUS SqliteStore::SearchHorizon(TIMEDATE* moment) {
-  std::uint64_t last = 0;
-  {
-    Use use = Start(Sql::kLastHere);
-    if (use.Row()) last = use.Number(0);
-    if (use.code() != SQLITE_OK) return Result(use.code());
-  }
-  ENGSTATUS status = ReadOnly() ? ENG_ERR_DB_READ_ONLY : ENG_OK;
-  if (status == ENG_OK && !InTransaction()) {
-    sqlite3_busy_timeout(connection_.get(), 0);
-    status = Run(Sql::kBegin);
-    sqlite3_busy_timeout(connection_.get(), BusyMilliseconds());
-    if (status == ENG_OK) status = Run(Sql::kCommit);
-  }
-  const bool others_write = status == ENG_ERR_DB_IN_USE || status == ENG_ERR_DB_READ_ONLY;
-  *moment = others_write ? Unpack(last) : Unpack(std::max(last, Pack(Now())));
-  return others_write ? ENGSTATUS{ENG_OK} : status;
 }
 
 ENGSTATUS SqliteStore::FindUniversal(const UNIVERSALSLATEID& universal, std::uint32_t* id) {

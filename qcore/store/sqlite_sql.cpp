@@ -12,9 +12,9 @@ const char* const SqliteStore::kSql[] = {
     "RELEASE part",
     "ROLLBACK TO part",
     "PRAGMA data_version",
-    "SELECT (SELECT max(id) FROM slate),(SELECT max(feed) FROM slate),"
-    "(SELECT here FROM slate ORDER BY feed DESC LIMIT 1),(SELECT max(id) FROM chunk),(SELECT max(id) FROM object),"
-    "(SELECT value FROM setting WHERE key=1)",
+    "SELECT (SELECT max(id) FROM slate),(SELECT max(feed) FROM change),"
+    "(SELECT here FROM change ORDER BY feed DESC LIMIT 1),(SELECT max(id) FROM chunk),(SELECT max(id) FROM object),"
+    "(SELECT value FROM setting WHERE key=1),(SELECT value FROM setting WHERE key=8)",
     "SELECT value FROM setting WHERE key=?",
     "INSERT INTO setting(key,value) VALUES(?1,?2) ON CONFLICT(key) DO UPDATE SET value=?2",
     "SELECT id,text FROM name WHERE id>=? ORDER BY id",
@@ -32,10 +32,9 @@ const char* const SqliteStore::kSql[] = {
     "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,sum=?8,packed=NULL,"
     "parent=NULL WHERE id=?1",
     "DELETE FROM slate WHERE id=?",
-    "SELECT id,here,state FROM slate INDEXED BY slate_feed ORDER BY feed DESC",
-    "SELECT here FROM slate INDEXED BY slate_feed WHERE state&65535=1 ORDER BY feed DESC LIMIT 1",
+    "SELECT feed,here,entries FROM change ORDER BY feed DESC",
+    "SELECT feed,here FROM change ORDER BY feed DESC LIMIT 1",
     "SELECT max(here) FROM slate WHERE state&65535<>1",
-    "SELECT here FROM slate INDEXED BY slate_feed ORDER BY feed DESC LIMIT 1",
     "SELECT id FROM slate WHERE universal=? ORDER BY state>>32,id LIMIT 1",
     "SELECT id FROM slate WHERE parent=? ORDER BY id",
     "SELECT id,state FROM slate WHERE state&65535<>1 AND state&?<>0 ORDER BY id",
@@ -50,10 +49,11 @@ const char* const SqliteStore::kSql[] = {
     "UPDATE object SET slate=?2 WHERE id=?1",
     "DELETE FROM object WHERE id=?",
     "SELECT id FROM object WHERE slate=? ORDER BY id",
-    "SELECT feed,id,state FROM slate INDEXED BY slate_feed WHERE feed>? ORDER BY feed",
-    "SELECT feed,id,state FROM removed WHERE feed>? ORDER BY feed",
-    "SELECT max(ifnull((SELECT max(feed) FROM slate),0),ifnull((SELECT max(feed) FROM removed),0))",
-    "INSERT INTO removed(feed,id,state) VALUES(?,?,?)",
+    "SELECT feed,id,state,here FROM slate INDEXED BY slate_feed WHERE feed>?",
+    "SELECT feed,id,state FROM removed WHERE feed>?",
+    "SELECT feed,here,entries FROM change WHERE feed>? ORDER BY feed",
+    "INSERT INTO change(feed,here,entries) VALUES(?,?,?)",
+    "DELETE FROM change",
     "INSERT INTO member(folder,slate,change,present) VALUES(?1,?2,?3,?4) ON CONFLICT(slate,folder) DO UPDATE SET "
     "change=?3,present=?4 WHERE present<>?4",
     "UPDATE member SET change=?3,present=?4 WHERE slate=?2 AND folder=?1 AND present<>?4",

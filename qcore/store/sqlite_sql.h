@@ -31,7 +31,6 @@ inline constexpr char kSchema[] =
     "universal BLOB NOT NULL,sequence INTEGER NOT NULL,sequenced INTEGER NOT NULL,modified INTEGER NOT NULL,"
     "added INTEGER NOT NULL,accessed INTEGER NOT NULL,sum INTEGER NOT NULL,parent BLOB,packed BLOB);"
     "CREATE INDEX slate_universal ON slate(universal);"
-    "CREATE INDEX slate_feed ON slate(feed,here,state);"
     "CREATE INDEX slate_parent ON slate(parent) WHERE parent IS NOT NULL;"
     "CREATE INDEX slate_design ON slate(state,here) WHERE state&65535<>1;"
     "CREATE TABLE chunk(id INTEGER PRIMARY KEY,data BLOB NOT NULL);"
@@ -41,15 +40,19 @@ inline constexpr char kSchema[] =
 
 // What version 2 has beside that; a store of version 1 gets it with its first change.
 inline constexpr char kSchema2[] =
-    "CREATE TABLE removed(feed INTEGER PRIMARY KEY,id INTEGER NOT NULL,state INTEGER NOT NULL);"
     "CREATE TABLE member(slate INTEGER NOT NULL,folder INTEGER NOT NULL,change INTEGER NOT NULL,present INTEGER NOT "
     "NULL,PRIMARY KEY(slate,folder))WITHOUT ROWID;"
     "CREATE INDEX member_folder ON member(folder,change,present);"
     "CREATE TABLE unread(id INTEGER PRIMARY KEY,user BLOB NOT NULL UNIQUE,feed INTEGER NOT NULL,ids BLOB NOT NULL);"
     "CREATE TABLE own(user INTEGER NOT NULL,slate INTEGER NOT NULL,feed INTEGER NOT NULL,PRIMARY KEY(user,slate))"
     "WITHOUT ROWID;"
-    "CREATE TABLE page(id INTEGER PRIMARY KEY,data BLOB NOT NULL);"
-    "PRAGMA user_version=2";
+    "CREATE TABLE page(id INTEGER PRIMARY KEY,data BLOB NOT NULL);";
+
+// What version 3 has; those before had an index on the slates, and version 2 a table of those that went.
+inline constexpr char kSchema3[] =
+    "CREATE TABLE change(feed INTEGER PRIMARY KEY,here INTEGER NOT NULL,entries BLOB NOT NULL);"
+    "PRAGMA user_version=3;";
+inline constexpr char kDropFormerFeed[] = "DROP INDEX slate_feed;DROP TABLE IF EXISTS removed;";
 
 enum class SqliteStore::Sql : std::size_t {
   kBegin,
@@ -72,10 +75,9 @@ enum class SqliteStore::Sql : std::size_t {
   kUpdateSlateLinks,
   kMakeDeletionStub,
   kRemoveSlate,
-  kReadFeed,
-  kLastData,
+  kReadBlocks,
+  kLastBlock,
   kLastDesign,
-  kLastHere,
   kFindUniversal,
   kFindResponses,
   kFindDesign,
@@ -90,10 +92,11 @@ enum class SqliteStore::Sql : std::size_t {
   kOwnObject,
   kFreeObject,
   kFindObjects,
-  kReadFeedBehind,
-  kReadRemovedBehind,
-  kFeedEnd,
-  kNoteRemoved,
+  kReadIndexedFeed,
+  kReadRemoved,
+  kReadBlocksBehind,
+  kAppendToFeed,
+  kClearFeed,
   kSetMember,
   kUnsetMember,
   kLastMemberChange,

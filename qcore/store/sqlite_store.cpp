@@ -110,6 +110,8 @@ ENGSTATUS SqliteStore::Begin() {
   if (status != ENG_OK) return status;
   writing_ = true;
   floors_changed_ = false;
+  waiting_.clear();
+  marked_.reset();
   status = Upgrade();
   if (status == ENG_OK) status = LoadCounters();
   if (status != ENG_OK) {
@@ -144,6 +146,12 @@ ENGSTATUS SqliteStore::LoadCounters() {
     const bool good = Unseal(use.Blob(5), static_cast<std::uint64_t>(Setting::kFloors), &floors);
     status = good ? ReadFloors(floors) : ENGSTATUS{ENG_ERR_DB_DAMAGED};
   }
+  if (!use.IsNull(6)) {
+    Bytes trimmed;
+    const bool good = Unseal(use.Blob(6), static_cast<std::uint64_t>(Setting::kTrimmed), &trimmed);
+    if (!good) return ENG_ERR_DB_DAMAGED;
+    counters_.trimmed = WireReader(trimmed).Take<std::uint64_t>();
+  }
   counters_known_ = status == ENG_OK;
   return status;
 }
@@ -171,6 +179,8 @@ ENGSTATUS SqliteStore::WriteFloors() {
 
 ENGSTATUS SqliteStore::Commit() {
   ENGSTATUS status = floors_changed_ ? WriteFloors() : ENGSTATUS{ENG_OK};
+  if (status == ENG_OK) status = WriteFeed();
+  if (status == ENG_OK) status = TrimFeedWhenDue();
   if (status == ENG_OK) status = Run(Sql::kCommit);
   if (status != ENG_OK) {
     Rollback();
@@ -187,20 +197,32 @@ void SqliteStore::Rollback() {
   if (InTransaction()) static_cast<void>(Run(Sql::kRollback));
   writing_ = false;
   own_.End();
+  waiting_.clear();
+  marked_.reset();
   text_end_.reset();
   counters_known_ = false;
-  upgraded_ = false;
+  version_ = 0;
   unread_number_.reset();
 }
 
-ENGSTATUS SqliteStore::Mark() { return Run(Sql::kMark); }
+ENGSTATUS SqliteStore::Mark() {
+  const ENGSTATUS status = Run(Sql::kMark);
+  if (status == ENG_OK) marked_ = waiting_.size();
+  return status;
+}
 
-ENGSTATUS SqliteStore::ReleaseMark() { return Run(Sql::kReleaseMark); }
+ENGSTATUS SqliteStore::ReleaseMark() {
+  const ENGSTATUS status = Run(Sql::kReleaseMark);
+  if (status == ENG_OK) marked_.reset();
+  return status;
+}
 
 void SqliteStore::RollbackToMark() {
   if (!InTransaction()) return;
   unread_number_.reset();
   own_.Begin(counters_.feed);
+  if (marked_) waiting_.resize(*marked_);
+  marked_.reset();
   text_end_.reset();
   if (Run(Sql::kRollbackToMark) != ENG_OK || Run(Sql::kReleaseMark) != ENG_OK) Rollback();
 }

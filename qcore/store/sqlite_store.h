@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "qcore/store/feed.h"
 #include "qcore/store/frozen.h"
 #include "qcore/store/own_changes.h"
 #include "qcore/store/sqlite_log.h"
@@ -23,8 +24,8 @@ namespace qcore {
 class SqliteStore final : public Store {
  public:
   static constexpr std::uint32_t kApplicationId = 0x51565354;
-  static constexpr std::int64_t kSchemaVersion = 2;
-  static constexpr std::int64_t kOldestVersion = 1;  // read as it is, brought up with the first change
+  static constexpr std::int64_t kSchemaVersion = 3;
+  static constexpr std::int64_t kOldestVersion = 1;  // read as it is, as those above, and brought up with a change
   static constexpr std::size_t kChunkSize = 65536;
 
   // What a new database starts with.
@@ -127,6 +128,7 @@ class SqliteStore final : public Store {
     TIMEDATE here{};          // the last time in the change feed
     TIMEDATE removed_data{};  // when a slate last went without a deletion stub
     TIMEDATE removed_design{};
+    std::uint64_t trimmed = 0;  // entries that have gone from the change feed, about
   };
   struct ObjectRow {
     ObjectInfo info;
@@ -165,8 +167,11 @@ class SqliteStore final : public Store {
   [[nodiscard]] ENGSTATUS LoadCounters();
   // Brings a store of an older version up to this one, within the running transaction.
   [[nodiscard]] ENGSTATUS Upgrade();
-  // Whether the tables of version 2 are there; another process may bring them.
-  bool IsUpgraded();
+  // Of the schema; another process may bring it up.
+  std::int64_t Version();
+  // Whether the tables of version 2 are there, and the feed of version 3.
+  bool IsUpgraded() { return Version() > kOldestVersion; }
+  bool HasFeedTable() { return Version() >= kSchemaVersion; }
   // The engine's words are known to SQLite by a tokenizer of the connection.
   [[nodiscard]] ENGSTATUS UseTokenizer();
   [[nodiscard]] ENGSTATUS RequireTextIndex();
@@ -190,11 +195,28 @@ class SqliteStore final : public Store {
   [[nodiscard]] ENGSTATUS UpdateMisses(std::uint32_t id);
   // Nothing in a transaction, whose own changes nobody else sees, and without a log.
   std::optional<LogState> Committed() const;
-  void Stamp(SlateHeader* header);
+  // Gives a slate that is about to be written its place in the feed.
+  [[nodiscard]] ENGSTATUS Stamp(SlateHeader* header);
   // The header of a slate that the transaction has just written, null for others.
   const SlateHeader* OwnRow(std::uint32_t id) const;
-  // After a change of a slate, which Stamp has given its number.
-  void NoteChange(const SlateHeader& header);
+  // After a change of a slate, which Stamp has given its number. What is left of a slate that was removed.
+  enum class Trace { kSlate, kNone };
+  void NoteChange(const SlateHeader& header, Trace trace);
+  [[nodiscard]] ENGSTATUS MakeRoomInFeed();
+  [[nodiscard]] ENGSTATUS WriteFeed();
+  [[nodiscard]] ENGSTATUS AppendToFeed(std::span<const FeedRecord> records);
+  // Entries in the feed that later ones of the same slate have replaced, about.
+  std::uint64_t Replaced() const;
+  [[nodiscard]] ENGSTATUS TrimFeedWhenDue();
+  // Entries behind a number in their order, replaced ones among them.
+  [[nodiscard]] ENGSTATUS ReadRecords(std::uint64_t behind, std::vector<FeedRecord>* records);
+  [[nodiscard]] ENGSTATUS ReadBlocks(std::uint64_t behind, std::vector<FeedRecord>* records);
+  [[nodiscard]] ENGSTATUS ReadIndexedFeed(std::uint64_t behind, std::vector<FeedRecord>* records);
+  // Each slate's last entry, newest first, but for those that went, until the visitor gives false.
+  [[nodiscard]] ENGSTATUS ReadNewest(const std::function<bool(const FeedRecord&)>& visit);
+  [[nodiscard]] ENGSTATUS LastEntry(std::uint64_t* feed, std::uint64_t* here);
+  // Whether every slate is where the feed has it.
+  [[nodiscard]] ENGSTATUS CheckFeed(std::string* report);
   void CheckpointWhenDue();
   [[nodiscard]] int CheckpointAlone();
 
@@ -207,7 +229,7 @@ class SqliteStore final : public Store {
   std::int64_t seen_version_ = -1;
   bool counters_known_ = false;
   bool floors_changed_ = false;
-  bool upgraded_ = false;
+  std::int64_t version_ = 0;
   bool has_tokenizer_ = false;
   // The list of the user asked for last, known while no other connection has committed.
   std::string unread_user_;
@@ -219,6 +241,8 @@ class SqliteStore final : public Store {
   int log_frames_ = 0;
   Glance glance_;
   OwnChanges own_;
+  std::vector<FeedRecord> waiting_;    // changes of the transaction that are not in the feed yet
+  std::optional<std::size_t> marked_;  // how many were waiting before the part that may be undone
 };
 
 }  // namespace qcore

@@ -79,6 +79,7 @@ enum class Setting : int {
   kInfo = 5,
   kBuild = 6,
   kFullText = 7,
+  kTrimmed = 8,  // the store's own: entries that have gone from the change feed
 };
 
 // The numbers of the pages of a slate.

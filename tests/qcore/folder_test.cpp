@@ -150,8 +150,7 @@ TEST_F(Folders, APrivateFolderIsItsMakersAlone) {
 TEST_F(Folders, AStoreOfTheFirstVersionOpensAndIsBroughtUp) {
   const std::uint32_t document = Make({{"Subject", "a"}});
   ASSERT_EQ(EngDbClose(db_), ENG_OK);
-  Execute(
-      "DROP TABLE removed;DROP TABLE member;DROP TABLE unread;DROP TABLE own;DROP TABLE page;PRAGMA user_version=1");
+  MakeVersion(1);
   db_ = Open();
   const ENGHANDLE other = Open();
   ENGHANDLE table = 0;

@@ -342,8 +342,7 @@ TEST_F(Shared, AStoreOfTheFirstVersionShowsItsViews) {
   Doc({{"Name", "a"}});
   const std::uint32_t view = MakeView({{"Name", 1}});
   ASSERT_EQ(EngDbClose(db_), ENG_OK);
-  Execute(
-      "DROP TABLE removed;DROP TABLE member;DROP TABLE unread;DROP TABLE own;DROP TABLE page;PRAGMA user_version=1");
+  MakeVersion(1);
   db_ = Open();
   for (const char* name : {"b", "c"}) {
     const OpenCollection collection(db_, view);

@@ -301,7 +301,7 @@ TEST_F(Damage, CutFilesGiveAStatus) {
 
 TEST_F(Damage, ForeignAndNewerFilesAreLeftAlone) {
   for (const auto& [offset, byte, status] :
-       {std::tuple(63, '\3', ENG_ERR_DB_NEWER), std::tuple(63, '\0', ENG_ERR_DB_DAMAGED),
+       {std::tuple(63, '\4', ENG_ERR_DB_NEWER), std::tuple(63, '\0', ENG_ERR_DB_DAMAGED),
         std::tuple(68, 'x', ENG_ERR_DB_NOT_STORE), std::tuple(0, 'x', ENG_ERR_DB_NOT_STORE)}) {
     std::string bytes = whole_;
     bytes[static_cast<std::size_t>(offset)] = byte;

@@ -112,6 +112,16 @@ class Database : public Engine {
     EXPECT_EQ(sqlite3_exec(connection, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(connection);
     EXPECT_EQ(sqlite3_close(connection), SQLITE_OK);
   }
+  // With the database closed: makes it what an earlier version of the schema was.
+  void MakeVersion(int version) const {
+    Execute(
+        "DROP TABLE change;DELETE FROM setting WHERE key=8;CREATE INDEX slate_feed ON slate(feed,here,state);"
+        "CREATE TABLE removed(feed INTEGER PRIMARY KEY,id INTEGER NOT NULL,state INTEGER NOT NULL);"
+        "PRAGMA user_version=2");
+    if (version > 1) return;
+    Execute(
+        "DROP TABLE removed;DROP TABLE member;DROP TABLE unread;DROP TABLE own;DROP TABLE page;PRAGMA user_version=1");
+  }
   static ENGHANDLE Open(const char* path = "main") {
     ENGHANDLE db = 0;
     EXPECT_EQ(EngDbOpen(path, &db), ENG_OK);

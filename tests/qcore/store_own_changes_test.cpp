@@ -80,7 +80,10 @@ TEST_F(OwnChanges, AreTheStores) {
       EXPECT_EQ(Feed(behind, behind), Feed(0, behind)) << behind;
     }
     for (const std::uint32_t id : ids_) rows.push_back(RowOf(id));
+    const std::vector<Entry> told = Feed(0, 0);
     ASSERT_EQ(EngDbCommit(db_), ENG_OK);
+    EXPECT_EQ(Feed(0, 0), told);
+    EXPECT_EQ(Check(), ENG_OK);
     for (std::size_t i = 0; i < rows.size(); ++i) EXPECT_EQ(rows[i], RowOf(ids_[i])) << i;
     const auto left = [&](std::uint32_t id) { return RowOf(id).first != ENG_OK; };
     std::erase_if(ids_, left);
