@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
+#include <string_view>
 #include <vector>
 
 #include "qcore/memory/memory.h"
@@ -67,6 +69,10 @@ class Table {
     if (behind == 0) return false;
     const Run run = At(behind - 1);
     return id <= run.Last() && (id - run.start) % kStep == 0;
+  }
+
+  std::string_view RunsAsText() const {
+    return {reinterpret_cast<const char*>(bytes_ + RunsAt()), std::size_t{runs_} * kRunSize};
   }
 
   bool locked() const { return slot_->Pins() > 0; }
@@ -273,6 +279,11 @@ ENGSTATUS Destroy(ENGHANDLE table) { return memory::Free(Kind::kIdTable, table);
 std::uint32_t Entries(ENGHANDLE table) {
   const Table present(table);
   return present.good() ? present.entries() : 0;
+}
+
+std::uint64_t Fingerprint(ENGHANDLE table) {
+  const Table present(table);
+  return present.good() ? std::hash<std::string_view>()(present.RunsAsText()) : 0;
 }
 
 ENGSTATUS Insert(ENGHANDLE handle, std::uint32_t id, bool* changed) {

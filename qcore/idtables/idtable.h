@@ -31,6 +31,8 @@ std::uint32_t Entries(ENGHANDLE table);
 [[nodiscard]] ENGSTATUS Assign(ENGHANDLE table, std::span<const std::uint32_t> ids, bool* changed);
 [[nodiscard]] ENGSTATUS DeleteAll(ENGHANDLE table);
 bool Contains(ENGHANDLE table, std::uint32_t id);
+// Another number for a table of other IDs, as good as always; 0 for no table.
+std::uint64_t Fingerprint(ENGHANDLE table);
 // The first ID that is not below `at_least`.
 bool Next(ENGHANDLE table, std::uint32_t at_least, std::uint32_t* id);
 // All IDs in order; ENG_ERR_INVALID_HANDLE.

@@ -195,8 +195,10 @@ class IndexTree::Builder {
 ENGSTATUS IndexTree::Build(DocumentReader& reader) {
   Drop();
   restricted = reader.depends_on_user();
+  reader.ForgetAbove();
   Builder builder(this);
   const ENGSTATUS status = builder.Run(reader);
+  reader.ForgetAbove();
   if (status != ENG_OK) Drop();
   sound_ = status == ENG_OK;
   return status;

@@ -73,7 +73,7 @@ ENGSTATUS Collection::Close(ENGHANDLE handle) {
 }
 
 ENGSTATUS Collection::SetCollation(std::uint16_t number) {
-  const ENGSTATUS status = index_->With(number, [](IndexTree&) { return ENGSTATUS{ENG_OK}; });
+  const ENGSTATUS status = index_->Prepare(number);
   if (status == ENG_OK) collation_ = number;
   return status;
 }
@@ -97,7 +97,7 @@ ENGSTATUS Collection::Read(const ReadRequest& request, COLLECTIONPOSITION* posit
 
 ENGSTATUS Collection::ReadRows(IndexTree& tree, const ReadRequest& request, COLLECTIONPOSITION* position,
                                ReadResult* result) {
-  Walk walk(tree, unread_);
+  Walk walk(tree, unread_, &unread_rows_);
   const auto start = walk.SpotAt(*position);
   if (!start) return ENG_ERR_NO_ENTRY;
   Walk::Spot spot = *start;
@@ -189,7 +189,7 @@ ENGSTATUS Collection::ReadHits(IndexTree& tree, const ReadRequest& request, COLL
   }
   if (!all || hits_.empty()) return ENG_ERR_NO_ENTRY;
   hit = std::max(hit, 1u);
-  Walk walk(tree, unread_);
+  Walk walk(tree, unread_, &unread_rows_);
   RowBuffer buffer(tree, index_->layout(), *entries_, walk, unread_, request.mask, request.count);
   if (index_->marks_rows()) buffer.ExpandMarks();
   for (std::uint32_t passed = 0;;) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/collection.h"
+#include "qcore/index/unreadrows.h"
 #include "qcore/index/viewindex.h"
 #include "qcore/memory/memory.h"
 
@@ -78,6 +79,7 @@ class Collection final : public OpenSlate {
   ENGHANDLE handle_ = 0;
   std::uint16_t collation_ = 0;
   std::vector<Hit> hits_;
+  UnreadRows unread_rows_;
 };
 
 }  // namespace qcore::index

@@ -26,6 +26,11 @@ Directory::Part& Directory::PartOf(std::uint32_t id) {
   return *part;
 }
 
+bool Directory::HasPart(std::uint32_t id) const {
+  const std::uint32_t number = id / kIdStep / kPartIds;
+  return (number < parts_.size() && parts_[number]) || (reader_ && !reader_(number).empty());
+}
+
 PageNumber Directory::LeafOf(std::uint32_t id) { return PartOf(id).first[PlaceOf(id)]; }
 
 void Directory::Came(std::uint32_t id, PageNumber leaf) {
@@ -73,9 +78,11 @@ std::vector<PageNumber> Directory::LeavesOf(std::uint32_t id) {
 std::vector<std::uint32_t> Directory::Ids(std::uint32_t highest) {
   std::vector<std::uint32_t> ids;
   for (std::uint32_t first = 0; first <= highest; first += kIdStep * kPartIds) {
-    const Part& part = PartOf(first);
-    for (std::uint32_t place = 0; place < kPartIds; ++place) {
-      if (part.first[place] != 0) ids.push_back(first + kIdStep * place);
+    if (HasPart(first)) {
+      const Part& part = PartOf(first);
+      for (std::uint32_t place = 0; place < kPartIds; ++place) {
+        if (part.first[place] != 0) ids.push_back(first + kIdStep * place);
+      }
     }
     if (UINT32_MAX - first < kIdStep * kPartIds) break;
   }

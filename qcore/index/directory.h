@@ -46,6 +46,8 @@ class Directory final : public LeafWatcher {
   };
 
   Part& PartOf(std::uint32_t id);
+  // In memory or stored.
+  bool HasPart(std::uint32_t id) const;
   PageNumber LeafOf(std::uint32_t id);
   static std::unique_ptr<Part> Decode(Bytes bytes);
   static std::vector<std::uint8_t> Encode(const Part& part);

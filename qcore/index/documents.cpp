@@ -6,6 +6,7 @@
 #include "qcore/formula/formula.h"
 #include "qcore/formula/slatesource.h"
 #include "qcore/store/checksum.h"
+#include "qcore/store/wire.h"
 
 namespace qcore::index {
 
@@ -250,29 +251,48 @@ void DocumentReader::SetNames(const NamesList& names) {
   above_.reset();
 }
 
+ENGSTATUS DocumentReader::OpenAbove() {
+  if (above_) return ENG_OK;
+  auto above = std::make_unique<DocumentReader>(database_, design_, layout_);
+  above->is_above_ = true;
+  above->members_ = members_;
+  above->user_names_ = user_names_;
+  const ENGSTATUS status = above->Open();
+  if (status == ENG_OK) above_ = std::move(above);
+  return status;
+}
+
+// One that is not there, or can't be read, ends the way up.
+DocumentReader::Above& DocumentReader::LookAbove(const UNIVERSALSLATEID& universal) {
+  const auto [at, fresh] = above_->known_.try_emplace({Pack(universal.File), Pack(universal.Slate)});
+  Above& above = at->second;
+  if (!fresh) return above;
+  std::uint32_t id = 0;
+  {
+    const std::lock_guard lock(database_->mutex());
+    if (database_->store().FindUniversal(universal, &id) != ENG_OK) return above;
+  }
+  Document document;
+  if (above_->Read(id, &document) == ENG_OK) above = {document.selected, std::nullopt, document.parent};
+  return above;
+}
+
 // Goes up from a response. What its parents are selected for by themselves is asked of a reader of its own.
 bool DocumentReader::IsBelowSelected(const SlateHeader& header, bool deep) {
-  constexpr int kHighest = 32;
-  if (is_above_) return false;
-  if (!above_) {
-    above_ = std::make_unique<DocumentReader>(database_, design_, layout_);
-    above_->is_above_ = true;
-    above_->members_ = members_;
-    if (above_->Open() != ENG_OK) return false;
+  if (is_above_ || OpenAbove() != ENG_OK) return false;
+  if (!deep) return header.parent && LookAbove(*header.parent).selected;
+  std::vector<Above*> way;
+  bool found = false;
+  for (std::optional<UNIVERSALSLATEID> at = header.parent; at;) {
+    Above& above = LookAbove(*at);
+    found = above.selected || above.any_above.value_or(false);
+    if (found || above.any_above) break;
+    above.any_above = false;  // where a circle of responses ends
+    way.push_back(&above);
+    at = above.parent;
   }
-  std::optional<UNIVERSALSLATEID> parent = header.parent;
-  for (int step = 0; parent && step < (deep ? kHighest : 1); ++step) {
-    std::uint32_t id = 0;
-    {
-      const std::lock_guard lock(database_->mutex());
-      if (database_->store().FindUniversal(*parent, &id) != ENG_OK) return false;
-    }
-    Document document;
-    if (above_->Read(id, &document) != ENG_OK) return false;
-    if (document.selected) return true;
-    parent = document.parent;
-  }
-  return false;
+  for (Above* above : way) above->any_above = found;
+  return found;
 }
 
 bool DocumentReader::Selects() {

@@ -3,6 +3,7 @@
 #define QUILLON_QCORE_INDEX_DOCUMENTS_H
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -55,6 +56,8 @@ class DocumentReader {
   void ChangeMembers(const std::vector<std::uint32_t>& added, const std::vector<std::uint32_t>& removed);
   // Whose readers' lists count from now on.
   void SetNames(const NamesList& names);
+  // What was found out of documents above others holds for one batch of documents: call it before each.
+  void ForgetAbove() { above_.reset(); }
 
   // ENG_OK with nothing selected for a slate that is gone or no document. A damaged document is not selected.
   [[nodiscard]] ENGSTATUS Read(std::uint32_t id, Document* document);
@@ -84,6 +87,15 @@ class DocumentReader {
   [[nodiscard]] ENGSTATUS CheckReaders(Document* document, bool* may_read);
   [[nodiscard]] ENGSTATUS Evaluate(const StoredRow& row, Document* document);
   bool IsMember(std::uint32_t id) const;
+  // A document above others.
+  struct Above {
+    bool selected = false;  // by itself
+    std::optional<bool> any_above;
+    std::optional<UNIVERSALSLATEID> parent;
+  };
+
+  [[nodiscard]] ENGSTATUS OpenAbove();
+  Above& LookAbove(const UNIVERSALSLATEID& universal);
   bool IsBelowSelected(const SlateHeader& header, bool deep);
   bool Selects();
   void ComputeValue(std::size_t value, Value* target);
@@ -97,7 +109,8 @@ class DocumentReader {
   NamesList user_names_ = CurrentNames();
   std::unique_ptr<RowSource> source_;
   std::unique_ptr<Formulas> formulas_;
-  std::unique_ptr<DocumentReader> above_;  // for the selection of those above a response
+  std::unique_ptr<DocumentReader> above_;                           // for the selection of those above a response
+  std::map<std::pair<std::uint64_t, std::uint64_t>, Above> known_;  // of above_: by universal ID
   std::uint64_t place_sum_ = 0;
   bool is_above_ = false;  // looks at no document above, and computes no values
 };

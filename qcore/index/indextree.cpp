@@ -1,6 +1,7 @@
 #include "qcore/index/indextree.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <mutex>
 #include <utility>
@@ -79,8 +80,18 @@ std::vector<PlannedRow> IndexTree::RowsOf(std::uint32_t id) {
   return rows;
 }
 
+namespace {
+
+std::uint64_t NewStamp() {
+  static std::atomic<std::uint64_t> last = 0;
+  return ++last;
+}
+
+}  // namespace
+
 void IndexTree::Note(RowEvent kind, const Row& row) {
   ++unkept_;
+  if (kind != RowEvent::kChanged) stamp_ = NewStamp();
   changes_.push_back({kind, row.kind, row.indent, row.kind == RowKind::kDocument ? IdInKey(row.key) : 0, row.key});
 }
 
@@ -162,6 +173,7 @@ std::vector<RowChange> IndexTree::TakeChanges() { return std::exchange(changes_,
 
 void IndexTree::Drop() {
   sound_ = false;
+  stamp_ = NewStamp();
   tree_.Clear();
   directory_.Clear();
   directory_.SetReader(nullptr);

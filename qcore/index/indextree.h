@@ -58,6 +58,9 @@ class IndexTree {
   std::uint64_t folder_change = 0;
   bool restricted = false;  // rows are the user's own, by readers or by formulas
 
+  // Another number whenever rows may stand elsewhere, in any tree.
+  std::uint64_t stamp() const { return stamp_; }
+
   // All may throw IndexFault.
   std::vector<PlannedRow> RowsOf(std::uint32_t id);
   bool Has(std::uint32_t id) { return directory_.Has(id); }
@@ -113,6 +116,7 @@ class IndexTree {
   std::uint32_t copy_ = 0;                   // of the user's, where rows are the user's own
   std::optional<std::uint64_t> generation_;  // of what is kept, which the pages not in memory are of
   bool sound_ = false;
+  std::uint64_t stamp_ = 0;
   std::size_t unkept_ = 0;  // changes since the last keeping
   std::vector<RowChange> changes_;
 };

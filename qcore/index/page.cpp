@@ -438,6 +438,7 @@ bool DecodeChildren(Bytes bytes, std::size_t totals, std::vector<Child>* childre
   const std::uint64_t count = reader.TakeVarint();
   if (count == 0 || count > bytes.size()) return false;
   children->resize(count);
+  std::uint64_t rows = 0;
   for (std::size_t i = 0; i < count; ++i) {
     Child& child = (*children)[i];
     const auto length = static_cast<std::size_t>(reader.TakeVarint());
@@ -451,7 +452,8 @@ bool DecodeChildren(Bytes bytes, std::size_t totals, std::vector<Child>* childre
     child.sum.least = reader.Take<std::uint8_t>();
     for (std::size_t t = 0; t < totals; ++t)
       child.sum.totals.push_back(std::bit_cast<double>(reader.Take<std::uint64_t>()));
-    if (!reader.good() || child.number == 0 || child.sum.rows == 0) return false;
+    rows += child.sum.rows;
+    if (!reader.good() || child.number == 0 || child.sum.rows == 0 || rows > UINT32_MAX) return false;
     if (i > 1 && child.key <= (*children)[i - 1].key) return false;
   }
   return reader.at_end();

@@ -43,13 +43,12 @@ std::unique_ptr<Page> PageTree::NewPage(std::uint8_t height) {
   page->number = NewNumber();
   page->height = height;
   page->changed = true;
-  if (leaves_.size() <= page->number) leaves_.resize(page->number + 1 + page->number / 8);
-  leaves_[page->number] = height == 0 ? page.get() : nullptr;
+  if (height == 0) leaves_[page->number] = page.get();
   return page;
 }
 
 void PageTree::Release(Page* page) {
-  leaves_[page->number] = nullptr;
+  leaves_.erase(page->number);
   free_.push_back(page->number);
 }
 
@@ -60,11 +59,7 @@ Page* PageTree::Load(Child* child, std::uint8_t height) {
   std::unique_ptr<Page> page = Page::Decode(reader_(child->number), child->number, height, totals);
   // What the parent says of the page guards against a page of another time.
   if (!page || !page->Recount(totals_).SameCounts(child->sum)) throw IndexFault{ENG_ERR_DB_DAMAGED};
-  if (leaves_.size() <= page->number) leaves_.resize(std::max<std::size_t>(next_page_, page->number + 1));
-  if (height == 0) {
-    if (leaves_[page->number]) throw IndexFault{ENG_ERR_DB_DAMAGED};
-    leaves_[page->number] = page.get();
-  }
+  if (height == 0 && !leaves_.emplace(page->number, page.get()).second) throw IndexFault{ENG_ERR_DB_DAMAGED};
   child->page = std::move(page);
   return child->page.get();
 }
@@ -352,9 +347,10 @@ void TakeRowsOf(const Leaf& leaf, std::uint32_t id, std::vector<Row>* found) {
 }  // namespace
 
 bool PageTree::RowsInLeaf(PageNumber leaf, std::uint32_t id, std::vector<Row>* found) const {
-  const Page* page = leaf < leaves_.size() ? leaves_[leaf] : nullptr;
-  if (page) TakeRowsOf(page->leaf, id, found);
-  return page != nullptr;
+  const auto page = leaves_.find(leaf);
+  if (page == leaves_.end()) return false;
+  TakeRowsOf(page->second->leaf, id, found);
+  return true;
 }
 
 void PageTree::RowsIn(std::string_view key, std::uint32_t id, std::vector<Row>* found) {
@@ -732,7 +728,8 @@ void PageTree::ReadAll() {
 }
 
 std::size_t PageTree::Memory() const {
-  std::size_t memory = leaves_.capacity() * sizeof(Page*);
+  constexpr std::size_t kNode = 2 * sizeof(void*) + sizeof(PageNumber);
+  std::size_t memory = leaves_.size() * kNode + leaves_.bucket_count() * sizeof(void*);
   ForEachPage(root_, [&memory](const Page& page) {
     memory += sizeof(Page) + page.leaf.Memory() + page.children.capacity() * sizeof(Child) + 4 * page.ends.capacity() +
               8 * page.heads.capacity() + 5 * page.levels.capacity();

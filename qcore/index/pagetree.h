@@ -9,6 +9,7 @@
 #include <array>
 #include <functional>
 #include <optional>
+#include <unordered_map>
 
 #include "qcore/index/page.h"
 
@@ -176,7 +177,7 @@ class PageTree {
   std::uint8_t height_ = 0;
   PageNumber next_page_ = 1;
   std::vector<PageNumber> free_;
-  std::vector<Page*> leaves_;  // by number, those in memory
+  std::unordered_map<PageNumber, Page*> leaves_;  // those in memory
 };
 
 }  // namespace qcore::index

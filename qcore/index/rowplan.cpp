@@ -2,14 +2,32 @@
 
 #include <algorithm>
 
+#include "engine/formula.h"
+#include "qcore/index/special.h"
 #include "qcore/store/wire.h"
 
 namespace qcore::index {
 
+namespace {
+
+// Of the first separator; one in a mark, which a row expands, is none.
+std::size_t FindSeparator(std::string_view text) {
+  std::size_t at = text.find('\\');
+  if (at == std::string_view::npos) return at;
+  for (std::size_t mark = text.find(ENG_SPECIAL_MARK); mark < at;) {
+    const std::size_t behind = mark + std::max<std::size_t>(FrontMarkSize(text.substr(mark)), 1);
+    if (behind > at) at = text.find('\\', behind);
+    mark = text.find(ENG_SPECIAL_MARK, behind);
+  }
+  return at;
+}
+
+}  // namespace
+
 std::vector<std::string_view> SegmentsOf(std::string_view text) {
   std::vector<std::string_view> segments;
   while (!text.empty() && segments.size() + 1 < kMostSegments) {
-    const std::size_t end = text.find('\\');
+    const std::size_t end = FindSeparator(text);
     if (end != 0) segments.push_back(text.substr(0, end));
     if (end == std::string_view::npos) return segments;
     text.remove_prefix(end + 1);

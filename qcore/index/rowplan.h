@@ -6,7 +6,8 @@
 //   key of a response:  key of the row that it hangs below | 0x05 | keys of the sorted columns | slate ID
 //   key of the totals:  0xFE
 //
-// Text in a category column is cut into segments at "\"; empty segments count for nothing.
+// Text in a category column is cut into segments at "\", but for those in a mark's arguments; empty segments count for
+// nothing.
 #ifndef QUILLON_QCORE_INDEX_ROWPLAN_H
 #define QUILLON_QCORE_INDEX_ROWPLAN_H
 

@@ -88,7 +88,21 @@ std::optional<Arguments> ArgumentsIn(std::string_view text) {
   return arguments;
 }
 
+// What the mark at the front of a text expands to, and its size; nothing when there is no mark.
+std::optional<std::string> ExpandFront(std::string_view text, const SpecialFacts& facts, std::size_t* size) {
+  const std::size_t end = text.size() < 3 || text[0] != kMark ? std::string_view::npos : text.find(kMark, 2);
+  if (end == std::string_view::npos) return std::nullopt;
+  *size = end + 1;
+  const std::optional<Arguments> arguments = ArgumentsIn(text.substr(2, end - 2));
+  return arguments ? Expand(text[1], *arguments, facts) : std::nullopt;
+}
+
 }  // namespace
+
+std::size_t FrontMarkSize(std::string_view text) {
+  std::size_t size = 0;
+  return ExpandFront(text, {}, &size) ? size : 0;
+}
 
 std::string ExpandSpecial(std::string_view text, const SpecialFacts& facts) {
   std::string output;
@@ -96,13 +110,9 @@ std::string ExpandSpecial(std::string_view text, const SpecialFacts& facts) {
     const std::size_t mark = std::min(text.find(kMark), text.size());
     output += text.substr(0, mark);
     text.remove_prefix(mark);
-    const std::size_t end = text.size() < 3 ? std::string_view::npos : text.find(kMark, 2);
-    std::optional<std::string> expanded;
-    if (end != std::string_view::npos) {
-      const std::optional<Arguments> arguments = ArgumentsIn(text.substr(2, end - 2));
-      if (arguments) expanded = Expand(text[1], *arguments, facts);
-    }
-    const std::size_t taken = expanded ? end + 1 : std::min<std::size_t>(text.size(), 1);
+    std::size_t size = 0;
+    const std::optional<std::string> expanded = ExpandFront(text, facts, &size);
+    const std::size_t taken = expanded ? size : std::min<std::size_t>(text.size(), 1);
     output += expanded ? std::string_view(*expanded) : text.substr(0, taken);
     text.remove_prefix(taken);
   }

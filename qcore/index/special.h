@@ -22,6 +22,8 @@ struct SpecialFacts {
   std::string_view view_title;
 };
 
+// The size of the mark at the front of a text, 0 when there is none.
+std::size_t FrontMarkSize(std::string_view text);
 std::string ExpandSpecial(std::string_view text, const SpecialFacts& facts);
 // The same for a text or text list behind its type word. False for a list that is none or grows too long.
 bool ExpandSpecialValue(bool list, Bytes value, const SpecialFacts& facts, std::vector<std::uint8_t>* expanded);

@@ -170,8 +170,10 @@ class IndexTree::Updater {
     return std::ranges::all_of(touched.old_rows, [&](const PlannedRow& planned) {
       const Row& row = planned.row;
       if (row.indent == 0 || row.level == kDeepestLevel || !row.key.ends_with(part)) return false;
-      const auto parent = index_.tree_.PrevAtMost(index_.tree_.RankOf(row.key), row.level - 1);
-      return parent && index_.tree_.At(*parent).id() == above;
+      const auto rank = index_.tree_.PrevAtMost(index_.tree_.RankOf(row.key), row.level - 1);
+      if (!rank) return false;
+      const PageTree::Cursor parent = index_.tree_.At(*rank);
+      return parent.id() == above && parent.key().size() + part.size() == row.key.size();
     });
   }
 
@@ -330,6 +332,7 @@ class IndexTree::Updater {
 };
 
 ENGSTATUS IndexTree::Update(DocumentReader& reader, const std::vector<std::uint32_t>& changed, bool* needs_build) {
+  reader.ForgetAbove();
   Updater updater(this, reader);
   return updater.Run(changed, needs_build);
 }

@@ -100,11 +100,15 @@ ENGSTATUS ViewIndex::ReadDesignIfChanged(bool* changed) {
   const bool same_time = header.modified_here.TimeWord == design_time_.TimeWord &&
                          header.modified_here.DateWord == design_time_.DateWord &&
                          header.origin.Sequence == design_sequence_;
-  if (design_ && same_time && names == names_) return ENG_OK;
+  if (design_ && same_time && names == names_) {
+    design_touched_ = false;
+    return ENG_OK;
+  }
   auto design = std::make_unique<Design>();
   const ENGSTATUS status = ReadDesign(design_database_, view_, design.get());
   if (status != ENG_OK) return status;
   *changed = !design_ || design->sum != design_->sum || design->title != design_->title || names != names_;
+  design_touched_ = false;
   design_time_ = header.modified_here;
   design_sequence_ = header.origin.Sequence;
   if (!*changed) return ENG_OK;
@@ -168,6 +172,7 @@ ENGSTATUS ViewIndex::Rebuild(Slot* slot) {
   if (status != ENG_OK) return status;
   tree.feed = feed;
   tree.folder_change = folder_change;
+  design_touched_ = true;  // what the feed says of the view was passed over
   slot->built = Now();
   slot->built_feed = feed;
   KeepSlot(slot);
@@ -230,6 +235,7 @@ ENGSTATUS ViewIndex::BringIn(Slot* slot) {
 ENGSTATUS ViewIndex::Renew(Slot* slot) {
   ForgetLog(slot);
   FollowReverts(slot);
+  slot->built.reset();
   bool found = false;
   const ENGSTATUS status = slot->tree->LoadKept(identity(), &found);
   if (status != ENG_OK) return status;
@@ -276,16 +282,23 @@ bool ViewIndex::SavedSinceBuilt(const Slot& slot) const {
   return entries_->store().FeedEnd(&feed) != ENG_OK || feed != slot.built_feed;
 }
 
-// Rows that change with time are those of an opening: of this one, unless one that is still in use was just before.
+// An update builds rows that change by themselves anew once a minute at most: it may come with every look at them.
 bool ViewIndex::HasAged(const Slot& slot) const {
   if (!reader_->depends_on_time()) return false;
   const TIMEDATE now = Now();
-  if (!slot.built || reader_->looks_up()) return true;
+  if (!slot.built || LocalDay(*slot.built) != LocalDay(now)) return true;
+  if (HundredthsBetween(*slot.built, now) < kSameMoment) return false;
+  if (reader_->depends_on_hour() || reader_->looks_up()) return true;
+  return reader_->counts_responses() && SavedSinceBuilt(slot);
+}
+
+// Rows that change with time are those of an opening: of this one, unless one that is still in use was just before.
+bool ViewIndex::HasAgedForOpening(const Slot& slot) const {
+  if (!reader_->depends_on_time()) return false;
+  if (HasAged(slot) || reader_->looks_up()) return true;
   if (reader_->counts_responses() && SavedSinceBuilt(slot)) return true;
-  if (LocalDay(*slot.built) != LocalDay(now)) return true;
-  if (!reader_->depends_on_hour()) return false;
   const bool alone = weak_from_this().use_count() <= 1;
-  return alone ? Pack(now) != Pack(*slot.built) : HundredthsBetween(*slot.built, now) >= kSameMoment;
+  return reader_->depends_on_hour() && alone && Pack(Now()) != Pack(*slot.built);
 }
 
 ENGSTATUS ViewIndex::Open(Start start, Missing missing) {
@@ -296,11 +309,14 @@ ENGSTATUS ViewIndex::Open(Start start, Missing missing) {
   const bool had_tree = slots_[0].tree != nullptr;
   if (status == ENG_OK) status = TreeFor(0, missing, &slot);
   if (status == ENG_OK) {
-    const bool just_built = !had_tree && slot->built;
-    const bool aged = start == Start::kRebuilt || (start == Start::kUpdated && HasAged(*slot));
-    if (aged && !just_built) status = Rebuild(slot);
+    bool fresh = !had_tree && slot->built;
+    const bool aged = start == Start::kRebuilt || (start == Start::kUpdated && HasAgedForOpening(*slot));
+    if (aged && !fresh) {
+      status = Rebuild(slot);
+      fresh = true;
+    }
+    if (status == ENG_OK && start == Start::kUpdated) status = UpdateLocked(fresh ? slot : nullptr);
   }
-  if (status == ENG_OK && start == Start::kUpdated) status = UpdateLocked();
   open_ = open_ || status == ENG_OK;
   return status;
 }
@@ -309,15 +325,14 @@ ENGSTATUS ViewIndex::Open(Start start, Missing missing) {
 bool ViewIndex::FeedTellsOfDesign() const {
   const auto slot = slots_.find(0);
   return design_ && design_database_ == entries_ && slot != slots_.end() && slot->second.tree &&
-         !slot->second.tree->restricted && !IsStale(slot->second);
+         !slot->second.tree->restricted && !IsStale(slot->second) && !design_touched_;
 }
 
 ENGSTATUS ViewIndex::Update() {
   const std::lock_guard lock(mutex_);
-  design_touched_ = false;
   if (FeedTellsOfDesign()) {
-    const ENGSTATUS status = UpdateLocked();
-    if (status != ENG_OK || (!design_touched_ && FeedTellsOfDesign())) return status;
+    const ENGSTATUS status = UpdateLocked(nullptr);
+    if (status != ENG_OK || FeedTellsOfDesign()) return status;
   }
   std::vector<std::uint16_t> used;
   for (const auto& [number, slot] : slots_) {
@@ -330,16 +345,33 @@ ENGSTATUS ViewIndex::Update() {
     status = TreeFor(used[i], Missing::kBuild, &slot);
     if (status == ENG_ERR_NO_COLLECTION) status = ENG_OK;  // the new design has no such collation
   }
-  return status == ENG_OK ? UpdateLocked() : status;
+  return status == ENG_OK ? UpdateLocked(nullptr) : status;
 }
 
-ENGSTATUS ViewIndex::UpdateLocked() {
+ENGSTATUS ViewIndex::Follow(Slot* slot, bool fresh) {
+  if (IsStale(*slot)) {
+    const ENGSTATUS status = Renew(slot);
+    if (status != ENG_OK || slot->built) return status;
+  }
+  return !fresh && HasAged(*slot) ? Rebuild(slot) : UpdateSlot(slot);
+}
+
+ENGSTATUS ViewIndex::UpdateLocked(const Slot* fresh) {
   ENGSTATUS status = ENG_OK;
   for (auto& [number, slot] : slots_) {
-    if (!slot.tree || status != ENG_OK) continue;
-    status = IsStale(slot) ? Renew(&slot) : UpdateSlot(&slot);
+    if (slot.tree && status == ENG_OK) status = Follow(&slot, &slot == fresh);
   }
   return status;
+}
+
+ENGSTATUS ViewIndex::Prepare(std::uint16_t collation) {
+  const std::lock_guard lock(mutex_);
+  if (!design_) return ENG_ERR_NO_COLLECTION;
+  const auto known = slots_.find(collation);
+  if (known != slots_.end() && known->second.tree) return ENG_OK;
+  Slot* slot = nullptr;
+  const ENGSTATUS status = TreeFor(collation, Missing::kBuild, &slot);
+  return status == ENG_OK && !slot->built ? Follow(slot, false) : status;
 }
 
 ENGSTATUS ViewIndex::With(std::uint16_t collation, const Use& use) {

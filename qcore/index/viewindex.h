@@ -51,6 +51,9 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
   bool marks_rows() const { return reader_->marks_rows(); }
   Database& entries() { return *entries_; }
 
+  // As With does before `use`; a tree that is as it was kept is brought up to date.
+  [[nodiscard]] ENGSTATUS Prepare(std::uint16_t collation);
+
   // With's lock held. Logs from now on and gives the number of the last change; and the changes behind a number, false
   // when they are not all known.
   std::uint64_t StartLog(std::uint16_t collation);
@@ -81,10 +84,13 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
   [[nodiscard]] ENGSTATUS ChangedSince(const IndexTree& tree, std::uint64_t* feed, std::uint64_t* folder_change,
                                        std::vector<std::uint32_t>* ids);
   [[nodiscard]] ENGSTATUS ReadMembers();
-  [[nodiscard]] ENGSTATUS UpdateLocked();
+  // `fresh` was built just now; may be null.
+  [[nodiscard]] ENGSTATUS UpdateLocked(const Slot* fresh);
+  [[nodiscard]] ENGSTATUS Follow(Slot* slot, bool fresh);
   bool FeedTellsOfDesign() const;
   bool SavedSinceBuilt(const Slot& slot) const;
   bool HasAged(const Slot& slot) const;
+  bool HasAgedForOpening(const Slot& slot) const;
   // Runs `work`; a fault of a page becomes its status.
   template <typename Work>
   static ENGSTATUS Caught(const Work& work);
@@ -99,7 +105,7 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
   std::uint32_t view_;
   std::mutex mutex_;
   bool open_ = false;
-  bool design_touched_ = false;  // the view was saved, by what the last update has read
+  bool design_touched_ = false;  // the view may have been saved since the design was read
   TIMEDATE design_time_{};
   std::uint32_t design_sequence_ = 0;
   std::uint64_t names_ = 0;

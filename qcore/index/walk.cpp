@@ -3,11 +3,13 @@
 #include <algorithm>
 
 #include "qcore/idtables/idtable.h"
-#include "qcore/index/indextree.h"
+#include "qcore/index/unreadrows.h"
 
 namespace qcore::index {
 
 namespace {
+
+constexpr std::uint32_t kNear = 128;  // rows that are looked at one by one
 
 constexpr std::uint16_t kCodes[] = {ENG_GO_CURRENT,
                                     ENG_GO_NEXT,
@@ -46,7 +48,10 @@ Rank AsRank(Walk::Spot spot) { return static_cast<Rank>(spot); }
 
 }  // namespace
 
-Walk::Walk(IndexTree& index, ENGHANDLE unread) : index_(&index), tree_(index.rows()), unread_(unread) {}
+bool Walk::any_unread() const { return unread_ != 0 && idtable::Entries(unread_) != 0; }
+
+Walk::Walk(IndexTree& index, ENGHANDLE unread, UnreadRows* unread_rows)
+    : index_(&index), tree_(index.rows()), unread_(unread), unread_rows_(unread_rows) {}
 
 bool Walk::IsCode(std::uint16_t code) {
   constexpr unsigned kKnown = ENG_GO_MASK | ENG_GO_MIN_LEVEL | ENG_GO_MAX_LEVEL | ENG_GO_CONTINUE;
@@ -252,31 +257,13 @@ std::optional<Walk::Spot> Walk::Category(std::optional<Rank> rank) {
   return rank && tree_.At(*rank).kind() == RowKind::kCategory ? AsSpot(rank) : std::nullopt;
 }
 
-std::optional<Walk::Spot> Walk::FarUnread(Spot spot, bool forward, bool main) {
-  if (!unread_rows_) {
-    unread_rows_.emplace();
-    const ENGSTATUS status = idtable::ForEach(unread_, [this](std::uint32_t id) {
-      for (const PlannedRow& row : index_->RowsOf(id)) {
-        unread_rows_->push_back({Spot{tree_.RankOf(row.row.key)}, row.row.indent == 0});
-      }
-    });
-    if (status != ENG_OK) unread_rows_->clear();
-    std::ranges::sort(*unread_rows_, {}, &UnreadRow::spot);
-  }
-  const auto fits = [main](const UnreadRow& row) { return row.main || !main; };
-  const auto at = std::ranges::lower_bound(*unread_rows_, spot, {}, &UnreadRow::spot);
-  if (forward) {
-    const auto found = std::find_if(at, unread_rows_->end(), fits);
-    return found != unread_rows_->end() ? std::optional(found->spot) : std::nullopt;
-  }
-  const auto behind = at != unread_rows_->end() && at->spot == spot ? at + 1 : at;
-  const auto found = std::find_if(std::make_reverse_iterator(behind), unread_rows_->rend(), fits);
-  return found != unread_rows_->rend() ? std::optional(found->spot) : std::nullopt;
+bool Walk::KnowsUnread(std::uint32_t walked) {
+  if (!print_) print_ = idtable::Fingerprint(unread_);
+  return unread_rows_->Known(*index_, unread_, *print_, walked);
 }
 
 std::optional<Walk::Spot> Walk::Unread(Spot spot, bool forward, bool main) {
-  const std::uint32_t unread = unread_ != 0 ? idtable::Entries(unread_) : 0;
-  if (unread == 0 || tree_.rows() == 0) return std::nullopt;
+  if (!any_unread() || tree_.rows() == 0) return std::nullopt;
   if (spot == kBefore && !forward) return std::nullopt;
   PageTree::Cursor cursor;
   if (spot == kBefore) {
@@ -287,11 +274,14 @@ std::optional<Walk::Spot> Walk::Unread(Spot spot, bool forward, bool main) {
     if (!(forward ? tree_.Next(&cursor) : tree_.Prev(&cursor))) return std::nullopt;
     spot += forward ? 1 : -1;
   }
-  // Looking an ID up costs as much as stepping over some rows.
-  constexpr std::uint32_t kStepsOfLookup = 8;
-  constexpr std::uint32_t kNear = 128;
-  for (std::uint32_t passed = 0;; ++passed) {
-    if (passed == kNear && unread < tree_.rows() / kStepsOfLookup) return FarUnread(spot, forward, main);
+  for (std::uint32_t walked = 0;; ++walked) {
+    if (walked == kNear) {
+      walked = 0;
+      if (KnowsUnread(kNear)) {
+        const Rank rank = AsRank(spot);
+        return AsSpot(forward ? unread_rows_->Next(rank, main) : unread_rows_->Prev(rank, main));
+      }
+    }
     const bool fits = cursor.kind() == RowKind::kDocument && (!main || cursor.indent() == 0);
     if (fits && idtable::Contains(unread_, cursor.id())) return spot;
     if (!(forward ? tree_.Next(&cursor) : tree_.Prev(&cursor))) return std::nullopt;
@@ -409,13 +399,16 @@ std::uint32_t Walk::Children(Rank rank) {
 std::uint32_t Walk::Descendants(Rank rank) { return EndOf(rank) - rank - 1; }
 
 bool Walk::IsUnread(Rank rank) {
-  if (unread_ == 0 || idtable::Entries(unread_) == 0) return false;
+  if (!any_unread()) return false;
   PageTree::Cursor cursor = tree_.At(rank);
   if (cursor.kind() == RowKind::kDocument) return idtable::Contains(unread_, cursor.id());
   if (cursor.kind() == RowKind::kTotal) return false;
   const std::uint8_t level = cursor.level();
-  while (tree_.Next(&cursor) && cursor.level() > level) {
+  for (std::uint32_t walked = 1; tree_.Next(&cursor) && cursor.level() > level; ++walked) {
     if (cursor.kind() == RowKind::kDocument && idtable::Contains(unread_, cursor.id())) return true;
+    if (walked % kNear != 0 || !KnowsUnread(kNear)) continue;
+    const std::optional<Rank> next = unread_rows_->Next(rank + 1, false);
+    return next && *next < EndOf(rank);
   }
   return false;
 }

@@ -8,6 +8,7 @@
 namespace qcore::index {
 
 class IndexTree;
+class UnreadRows;
 
 class Walk {
  public:
@@ -21,8 +22,8 @@ class Walk {
     std::uint8_t most = kDeepestLevel;
   };
 
-  // `unread` may be 0.
-  Walk(IndexTree& index, ENGHANDLE unread);
+  // `unread` may be 0. `unread_rows` is kept from walk to walk.
+  Walk(IndexTree& index, ENGHANDLE unread, UnreadRows* unread_rows);
   // Without unread rows.
   explicit Walk(PageTree& tree) : tree_(tree) {}
 
@@ -65,21 +66,18 @@ class Walk {
   std::optional<Spot> PrevNoCategory(Spot spot);
   std::optional<Spot> Category(std::optional<Rank> rank);
   std::optional<Spot> Unread(Spot spot, bool forward, bool main);
-  // By the places of all unread rows, which are looked up once.
-  std::optional<Spot> FarUnread(Spot spot, bool forward, bool main);
-
-  struct UnreadRow {
-    Spot spot;
-    bool main;
-  };
+  bool any_unread() const;
+  // See UnreadRows::Known.
+  bool KnowsUnread(std::uint32_t walked);
 
   IndexTree* index_ = nullptr;
   PageTree& tree_;
   ENGHANDLE unread_ = 0;
-  std::optional<Rank> end_of_;  // the row that EndOf was last asked for, and its answer
+  UnreadRows* unread_rows_ = nullptr;
+  std::optional<std::uint64_t> print_;  // of the unread table
+  std::optional<Rank> end_of_;          // the row that EndOf was last asked for, and its answer
   Rank end_ = 0;
   PageTree::Cursor end_row_;
-  std::optional<std::vector<UnreadRow>> unread_rows_;
 };
 
 }  // namespace qcore::index

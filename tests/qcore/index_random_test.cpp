@@ -42,7 +42,12 @@ const Case kCases[] = {
     {"failing column", {{"Bad", 3, 0, "@TextToNumber(Name) + 1"}, {"Name", 1}}, 0, "", 0},
     {"unique", {{"Place", 1}}, 0, "", 1},
     {"unique in categories", {{"Kind", 3}, {"Place", 1, 0x100}, {"nSize", 0, 4}}, 0, "", 1},
+    {"unique among descendants", {{"Place", 1}, {"nSize", 0, 4}}, 0, "SELECT nSize > 60 | @AllDescendants", 1},
+    {"unique and flat", {{"Kind", 0x4003}, {"Place", 1}}, 2, "SELECT nSize > 20", 1},
     {"folder", {{"Kind", 3}, {"Name", 1}}, 0, "", 0, true},
+    {"unique folder", {{"Kind", 3}, {"Place", 1, 0x100}}, 0, "", 1, true},
+    {"folder of descendants", {{"Place", 3}, {"Name", 1}}, 0, "SELECT nSize > 60 | @AllDescendants", 0, true},
+    {"of the user", {{"Kind", 3}, {"Name", 1}}, 0, "SELECT Place = @UserName | nSize > 50", 0},
 };
 
 // What a row's place in the tree tells: its number, its ordinals, and how many rows are beside and below it.
@@ -117,14 +122,13 @@ class Random : public qtest::IndexTest, public testing::WithParamInterface<Case>
 
   Items NewItems() {
     static const char* const kKinds[] = {"a", "A", "b\\c", "b\\d\\e", "b", "c,d", "B\\C,a,b", "", "\\"};
-    static const char* const kPlaces[] = {"x", "y", "x,y,z", "z\\z", "X"};
+    static const char* const kPlaces[] = {"x", "y", "x,y,z", "z\\z", "X", "A"};
+    static const char* const kReaders[] = {"Somebody Else", "A", "B", "*", "", "", "", "", "", ""};
     return {{"Kind", kKinds[Below(9)]},
-            {"Place", kPlaces[Below(5)]},
+            {"Place", kPlaces[Below(6)]},
             {"Name", "name " + std::to_string(Below(20)) + (Below(8) == 0 ? qtest::Repeated(3000, 'a') : "")},
             {"nSize", std::to_string(Below(100))},
-            {"$Readers", Below(10) == 0  ? "Somebody Else"
-                         : Below(5) == 0 ? "*"
-                                         : ""}};
+            {"$Readers", kReaders[Below(10)]}};
   }
 
   void ChangeSomething() {
@@ -137,6 +141,10 @@ class Random : public qtest::IndexTest, public testing::WithParamInterface<Case>
       Change(AnyId(), NewItems(), parent);
     } else if (what == 8 && folder_ != 0) {
       File(AnyId(), Below(3) != 0);
+    } else if (what == 8 && parent != 0) {
+      const ENGHANDLE slate = OpenSlate(parent);
+      static_cast<void>(EngItemDeleteByName(slate, qtest::Store("$REF"), 4));
+      SaveAndClose(slate);
     } else {
       const std::uint32_t at = Below(static_cast<std::uint32_t>(ids_.size()));
       EXPECT_EQ(EngSlateDelete(db_, ids_[at], Below(2) == 0 ? ENG_UPDATE_NO_STUB : 0), ENG_OK);
@@ -150,6 +158,18 @@ class Random : public qtest::IndexTest, public testing::WithParamInterface<Case>
     EXPECT_EQ(EngIdTableInsert(table, id, nullptr), ENG_OK);
     EXPECT_EQ((in ? EngFolderDocAdd : EngFolderDocRemove)(db_, 0, folder_, table, 0), ENG_OK);
     EXPECT_EQ(EngIdTableDestroy(table), ENG_OK);
+  }
+  static void TakeUser(const char* name) { EXPECT_EQ(EngEnvSetString("UserName", name), ENG_OK); }
+  // A transaction, which may be undone, looked at from within or not.
+  void ChangeMuch(std::uint32_t count, ENGHANDLE collection) {
+    const std::vector<std::uint32_t> ids = ids_;
+    const bool stays = Below(5) != 0;
+    const bool looks = Below(3) == 0;
+    ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+    for (std::uint32_t i = 0; i < count; ++i) ChangeSomething();
+    EXPECT_TRUE(!looks || EngCollectionUpdate(collection) == ENG_OK);
+    ASSERT_EQ((stays ? EngDbCommit : EngDbRollback)(db_), ENG_OK);
+    if (!stays) ids_ = ids;
   }
   std::uint32_t MakeCase(const Case& test) {
     const std::uint32_t view = MakeView(test.columns, test.table_flags, test.selection, test.collation_flags);
@@ -185,16 +205,18 @@ TEST_P(Random, IncrementalIsRebuilt) {
   const Case& test = GetParam();
   const std::uint32_t view = MakeCase(test);
   auto collection = std::make_unique<OpenCollection>(db_, view);
-  for (int round = 0; round < 60; ++round) {
-    ASSERT_EQ(EngDbBegin(db_), ENG_OK);
-    for (std::uint32_t i = 0, count = 1 + Below(round % 10 == 0 ? 60 : 6); i < count; ++i) ChangeSomething();
-    ASSERT_EQ(EngDbCommit(db_), ENG_OK);
+  for (int round = 0; round < 120; ++round) {
+    ASSERT_NO_FATAL_FAILURE(ChangeMuch(1 + Below(round % 10 == 0 ? 60 : 6), collection->get()));
     if (round % 7 == 3) {
       collection.reset();
+      if (round % 14 == 3) TakeUser(Below(2) == 0 ? "A" : "B");
       collection = std::make_unique<OpenCollection>(db_, view);
     }
+    if (round % 11 == 5) TakeUser(Below(2) == 0 ? "A" : "C");
     ASSERT_EQ(EngCollectionUpdate(collection->get()), ENG_OK);
     const auto rows = CheckedRows(collection->get());
+    // What was built from nothing is what later rounds start from: seldom, so that trees grow by changes.
+    if (round % 4 != 0) continue;
     const OpenCollection rebuilt(db_, view, ENG_COLLECTION_REBUILD);
     ASSERT_EQ(rows, CheckedRows(rebuilt.get())) << test.title << ", round " << round;
     ASSERT_FALSE(rows.empty());
