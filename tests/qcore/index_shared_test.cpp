@@ -44,7 +44,7 @@ struct Shared : qtest::IndexTest {
   }
 
   // The other process: for each byte that comes in it updates its collection, which stays open, and tells the rows;
-  // for 'w' it saves a document before that and writes the index.
+  // for 'w' it saves a document before that and writes the index, for 'd' it changes the view.
   [[noreturn]] void Answer(std::uint32_t view, int in, int out) {
     db_ = Open();
     auto collection = std::make_unique<OpenCollection>(db_, view);
@@ -54,19 +54,56 @@ struct Shared : qtest::IndexTest {
         collection.reset();
         collection = std::make_unique<OpenCollection>(db_, view);
       }
+      if (what == 'd') SortDownwards(view);
       if (EngCollectionUpdate(collection->get()) != ENG_OK) _exit(1);
       const std::string rows = Joined(AllRows(collection->get())) + '\0';
       if (write(out, rows.data(), rows.size()) != static_cast<ssize_t>(rows.size())) _exit(2);
     }
     _exit(0);
   }
-  static std::string Ask(char what, int in, int out) {
-    EXPECT_EQ(write(out, &what, 1), 1);
+  void SortDownwards(std::uint32_t view) {
+    const ENGHANDLE slate = OpenSlate(view);
+    EXPECT_EQ(EngItemDeleteByName(slate, Store("$Collation"), 10), ENG_OK);
+    EXPECT_EQ(qtest::Append(slate, "$Collation", qtest::Collation({{"Name", 5}}), 2), ENG_OK);
+    SaveAndClose(slate);
+  }
+
+  // The database is opened again on both sides.
+  void StartOther(std::uint32_t view) {
+    ASSERT_EQ(EngDbClose(db_), ENG_OK);
+    db_ = 0;
+    int to[2], from[2];
+    ASSERT_EQ(pipe(to), 0);
+    ASSERT_EQ(pipe(from), 0);
+    other_ = fork();
+    if (other_ == 0) {
+      close(to[1]);
+      Answer(view, to[0], from[1]);
+    }
+    close(from[1]);
+    close(to[0]);
+    to_other_ = to[1];
+    from_other_ = from[0];
+    db_ = Open();
+  }
+  std::string Ask(char what) {
+    EXPECT_EQ(write(to_other_, &what, 1), 1);
     std::string rows;
     char c = 0;
-    while (read(in, &c, 1) == 1 && c != 0) rows += c;
+    while (read(from_other_, &c, 1) == 1 && c != 0) rows += c;
     return rows;
   }
+  void EndOther() {
+    close(to_other_);
+    int how = 0;
+    ASSERT_EQ(waitpid(other_, &how, 0), other_);
+    EXPECT_TRUE(WIFEXITED(how) && WEXITSTATUS(how) == 0) << how;
+    close(from_other_);
+  }
+
+  pid_t other_ = 0;
+  int to_other_ = -1;
+  int from_other_ = -1;
 };
 
 TEST_F(Shared, TwoProcessesSeeOneAnothersSaves) {
@@ -75,36 +112,37 @@ TEST_F(Shared, TwoProcessesSeeOneAnothersSaves) {
   for (int i = 0; i < 300; ++i) {
     ids.push_back(Doc({{"Name", "n" + std::to_string(i)}, {"Kind", std::to_string(i % 7)}, {"nSize", "1"}}));
   }
-  ASSERT_EQ(EngDbClose(db_), ENG_OK);
-  db_ = 0;
-  int to[2], from[2];
-  ASSERT_EQ(pipe(to), 0);
-  ASSERT_EQ(pipe(from), 0);
-  const pid_t child = fork();
-  if (child == 0) {
-    close(to[1]);
-    Answer(view, to[0], from[1]);
-  }
-  close(from[1]);
-  db_ = Open();
+  ASSERT_NO_FATAL_FAILURE(StartOther(view));
   for (unsigned round = 0; round < 6; ++round) {
     const OpenCollection collection(db_, view);
-    const std::string other = Ask(round % 2 == 0 ? 'u' : 'w', from[0], to[1]);
+    const std::string other = Ask(round % 2 == 0 ? 'u' : 'w');
     ASSERT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
     ASSERT_EQ(Joined(AllRows(collection.get())), other) << round;
     Change(ids[round * 11], {{"Name", "changed"}, {"Kind", "new"}});
     ASSERT_EQ(EngSlateDelete(db_, ids[200 + round], 0), ENG_OK);
     {
       const OpenCollection rebuilt(db_, view, ENG_COLLECTION_REBUILD);
-      ASSERT_EQ(Joined(AllRows(rebuilt.get())), Ask('u', from[0], to[1])) << round;
+      ASSERT_EQ(Joined(AllRows(rebuilt.get())), Ask('u')) << round;
     }
   }
-  close(to[1]);
-  int how = 0;
-  ASSERT_EQ(waitpid(child, &how, 0), child);
-  EXPECT_TRUE(WIFEXITED(how) && WEXITSTATUS(how) == 0) << how;
-  close(from[0]);
+  ASSERT_NO_FATAL_FAILURE(EndOther());
   EXPECT_EQ(Check(), ENG_OK);
+}
+
+// Whose rows are read from what another process keeps by then.
+TEST_F(Shared, AnotherProcessChangesTheDesign) {
+  ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+  for (int i = 0; i < 900; ++i) Doc({{"Name", "n" + std::to_string(i)}});
+  ASSERT_EQ(EngDbCommit(db_), ENG_OK);
+  const std::uint32_t view = MakeView({{"Name", 1}});
+  { const OpenCollection kept(db_, view); }
+  ASSERT_NO_FATAL_FAILURE(StartOther(view));
+  const OpenCollection collection(db_, view);
+  Ask('d');
+  EXPECT_EQ(AllRows(collection.get()).size(), 900u);
+  EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+  EXPECT_EQ(AllRows(collection.get()).front(), "1 d n99");
+  ASSERT_NO_FATAL_FAILURE(EndOther());
 }
 
 TEST_F(Shared, ANumberedCollationSortsOneHandlesRows) {
@@ -115,16 +153,23 @@ TEST_F(Shared, ANumberedCollationSortsOneHandlesRows) {
   const ENGHANDLE slate = OpenSlate(view);
   EXPECT_EQ(qtest::Append(slate, "$Collation1", qtest::Collation({{"Name"}, {"nSize", 1}}), 2), ENG_OK);
   SaveAndClose(slate);
-  const OpenCollection collection(db_, view);
-  const OpenCollection first(db_, view);
-  EXPECT_EQ(EngCollectionSetCollation(collection.get(), 2), ENG_ERR_NO_COLLECTION);
-  EXPECT_EQ(EngCollectionSetCollation(collection.get(), 1), ENG_OK);
-  Doc({{"Name", "c"}, {"nSize", "2"}});
-  EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
-  EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d b|1.0", "2 d c|2.0", "3 d a|3.0"}));
-  EXPECT_EQ(AllRows(first.get()), (Strings{"1 d a|3.0", "2 d b|1.0", "3 d c|2.0"}));
-  EXPECT_EQ(EngCollectionSetCollation(collection.get(), 0), ENG_OK);
-  EXPECT_EQ(AllRows(collection.get()), AllRows(first.get()));
+  {
+    const OpenCollection collection(db_, view);
+    const OpenCollection first(db_, view);
+    EXPECT_EQ(EngCollectionSetCollation(collection.get(), 2), ENG_ERR_NO_COLLECTION);
+    EXPECT_EQ(EngCollectionSetCollation(collection.get(), 1), ENG_OK);
+    Doc({{"Name", "c"}, {"nSize", "2"}});
+    EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+    EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d b|1.0", "2 d c|2.0", "3 d a|3.0"}));
+    EXPECT_EQ(AllRows(first.get()), (Strings{"1 d a|3.0", "2 d b|1.0", "3 d c|2.0"}));
+    EXPECT_EQ(EngCollectionSetCollation(collection.get(), 0), ENG_OK);
+    EXPECT_EQ(AllRows(collection.get()), AllRows(first.get()));
+  }
+  Reopen();
+  Doc({{"Name", "d"}, {"nSize", "0"}});
+  const OpenCollection later(db_, view);
+  EXPECT_EQ(EngCollectionSetCollation(later.get(), 1), ENG_OK);
+  EXPECT_EQ(AllRows(later.get()), (Strings{"1 d d|0.0", "2 d b|1.0", "3 d c|2.0", "4 d a|3.0"}));
 }
 
 TEST_F(Shared, UnreadRowsAreSteppedTo) {
@@ -180,7 +225,31 @@ TEST_F(Shared, UnreadRowsFarAwayAreSteppedTo) {
       EXPECT_EQ(Go(collection.get(), At(step.from), step.code), step.to) << Show(At(step.from)) << " " << step.code;
     }
   }
-  EXPECT_EQ(EngIdTableDestroy(unread), ENG_OK);
+  const OpenCollection halves(db_, MakeView({{"Half", 3, 0, "@If(Name < \"400\"; \"a\"; \"b\")"}, {"Name", 1}}), 0,
+                              unread);
+  const auto marks = [&] {
+    Strings rows = AllRows(halves.get());
+    std::erase_if(rows, [](const std::string& row) { return row.find(" c") == std::string::npos; });
+    return rows;
+  };
+  const struct {
+    std::uint32_t id;
+    bool unread;
+    Strings marks;
+  } edits[] = {{ids[0], false, {"1 c* a|-", "2 c* b|-"}},
+               {below, false, {"1 c a|-", "2 c* b|-"}},
+               {ids[250], true, {"1 c* a|-", "2 c* b|-"}},
+               {ids[599], false, {"1 c* a|-", "2 c b|-"}}};
+  for (const auto& edit : edits) {
+    EXPECT_EQ((edit.unread ? EngIdTableInsert : EngIdTableDelete)(unread, edit.id, nullptr), ENG_OK);
+    EXPECT_EQ(marks(), edit.marks) << edit.id;
+  }
+  EXPECT_EQ(Go(halves.get(), At({1, 1}), ENG_GO_NEXT_UNREAD), "1.251");
+  EXPECT_EQ(Go(halves.get(), At({2, 300}), ENG_GO_PREV_UNREAD), "1.251");
+  Change(ids[250], {{"Name", "699"}});
+  EXPECT_EQ(EngCollectionUpdate(halves.get()), ENG_OK);
+  EXPECT_EQ(marks(), (Strings{"1 c a|-", "2 c* b|-"}));
+  EXPECT_EQ(Go(halves.get(), At({1, 1}), ENG_GO_NEXT_UNREAD), "2.300");
 }
 
 TEST_F(Shared, AFoldersRowsAreItsMembers) {
@@ -287,6 +356,17 @@ TEST_F(Shared, RowsThatDependOnTheTimeAreBuiltWhenTheyAreOld) {
     clock.Sleep(std::chrono::seconds(seconds));
     if (!shared) first.reset();
     EXPECT_EQ(BuildsOf([&, view = view] { OpenCollection(db_, view); }), builds) << view << " " << seconds;
+  }
+  const struct {
+    std::uint32_t view;
+    int seconds;
+    int builds;
+  } updates[] = {{now, 0, 0}, {now, 59, 0}, {now, 1, 1}, {today, 60, 0}, {today, 25 * 3600, 1}, {now, 1, 1}};
+  const OpenCollection collections[] = {OpenCollection(db_, now), OpenCollection(db_, today)};
+  for (const auto& [view, seconds, builds] : updates) {
+    clock.Sleep(std::chrono::seconds(seconds));
+    const ENGHANDLE collection = collections[view == now ? 0 : 1].get();
+    EXPECT_EQ(BuildsOf([&] { EXPECT_EQ(EngCollectionUpdate(collection), ENG_OK); }), builds) << view << " " << seconds;
   }
 }
 
@@ -424,6 +504,10 @@ TEST_F(Shared, MarksOfFormulasAreExpanded) {
   const OpenCollection numbered(db_, MakeView({{"No", 3, 0, category}, {"Name", 1}}));
   EXPECT_EQ(AllRows(numbered.get())[0], "1 c 1:1|-");
   EXPECT_EQ(AllRows(numbered.get())[1], "1.1 d 1.1?1|a");
+  const OpenCollection parted(db_, MakeView({{"No", 3, 0, R"({a\} + @IsCategory({b\c}; {d\e}) + {\f})"}}));
+  EXPECT_EQ(AllRows(parted.get())[0], "1 c a");
+  EXPECT_EQ(AllRows(parted.get())[1], R"(1.1 c b\c)");
+  EXPECT_EQ(AllRows(parted.get())[2], "1.1.1 c f");
 }
 
 }  // namespace

@@ -182,11 +182,21 @@ TEST_F(Views, HostileDocumentsStillGiveRows) {
   EXPECT_EQ(AllRows(flat.get()), (Strings{"1 d first|-", "1.1 d1 second|-", "2 d many|-", "3 d own|-"}));
   const OpenCollection many(db_, MakeView({{"Kind", 3}}));
   EXPECT_EQ(Count(many.get(), At({0}), ENG_GO_NEXT), 20004u);
-  Doc({{"Name", "deep0"}});
-  std::uint32_t parent = Doc({{"Name", "deep"}});
+  const std::uint32_t deep0 = Doc({{"Name", "deep0"}});
+  const std::uint32_t chain = Doc({{"Name", "deep"}});
+  std::uint32_t parent = chain;
   for (int i = 0; i < 40; ++i) parent = Doc({{"Name", "deep"}}, parent);
   EXPECT_EQ(EngCollectionUpdate(flat.get()), ENG_OK);
   EXPECT_EQ(AllRows(flat.get()).size(), 46u);
+  const std::string top = "SELECT Name = \"deep0\" | @AllDescendants";
+  const OpenCollection deep(db_, MakeView({{"Name", 1}}, 0, top));
+  EXPECT_EQ(AllRows(deep.get()), Strings{"1 d deep0"});
+  Change(chain, {}, deep0);
+  EXPECT_EQ(EngCollectionUpdate(deep.get()), ENG_OK);
+  EXPECT_EQ(AllRows(deep.get()).size(), 42u);
+  Change(deep0, {}, parent);
+  EXPECT_EQ(EngCollectionUpdate(deep.get()), ENG_OK);
+  EXPECT_EQ(AllRows(deep.get()).size(), 42u) << "a circle";
 }
 
 TEST_F(Views, ReadersLeaveRowsAndCountsOut) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "tools/quillon/formulas.h"
 #include "tools/quillon/json.h"
 
 namespace tool {
@@ -40,20 +41,43 @@ VQString StorePath(const std::string& path) {
   return VQString(std::filesystem::absolute(path).lexically_normal().c_str());
 }
 
-void FindDocument(VQDatabase& database, const std::string& key, VQDocument* document) {
-  unsigned long number = 0;
-  const bool is_number = ParseNumber(key, &number);
+namespace {
+
+bool FindNumbered(VQDatabase& database, unsigned long number, VQDocument* document) {
   VQDocumentArray documents;
   database.GetDocuments(&documents);
+  if (number == 0 || !documents.Contains(number)) return false;
+  database.GetDocument(number, document);
+  document->Open();
+  return true;
+}
+
+// The engine looks at all documents, and only those of that text are opened.
+bool FindSubject(VQDatabase& database, const std::string& subject, VQDocument* document) {
+  std::string text;
+  for (const char c : subject) {
+    if (c == '"' || c == '\\') text += '\\';
+    text += c;
+  }
+  VQDocumentArray documents;
+  database.Search(CompileFormula("SELECT Subject = \"" + text + "\""), &documents);
   for (unsigned long i = 0; i < documents.GetCount(); ++i) {
-    if (is_number && documents.GetSlateID(i) != number) continue;
     VQDocument candidate(documents[i]);
     candidate.Open();
-    if (!is_number && TextOf(candidate, "Subject") != key) continue;
+    if (TextOf(candidate, "Subject") != subject) continue;
     *document = candidate;
-    return;
+    return true;
   }
-  throw Failure{kExitNotFound, "no document " + Printable(key)};
+  return false;
+}
+
+}  // namespace
+
+void FindDocument(VQDatabase& database, const std::string& key, VQDocument* document) {
+  unsigned long number = 0;
+  const bool found =
+      ParseNumber(key, &number) ? FindNumbered(database, number, document) : FindSubject(database, key, document);
+  if (!found) throw Failure{kExitNotFound, "no document " + Printable(key)};
 }
 
 std::string RichTextOf(const VQRichText& body) {

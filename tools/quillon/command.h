@@ -55,7 +55,8 @@ class Store {
 // A path of the file system as the library takes it: absolute, unless it names a server.
 VQString StorePath(const std::string& path);
 
-// The document with that number, or whose Subject is that text; Failure{kExitNotFound}.
+// The document with that number, or the first whose Subject is that text, for which all documents are looked through;
+// Failure{kExitNotFound}.
 void FindDocument(VQDatabase& database, const std::string& key, VQDocument* document);
 
 // All the text of a rich text, of any length: runs, and a line feed for each paragraph record.

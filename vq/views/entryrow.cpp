@@ -34,7 +34,7 @@ VQSTATUS ReadRow(const unsigned char* bytes, std::size_t size, bool scored, COLL
   if (size < at) return VQERR_CANT_CREATE_ENTRY;
   row->ID = LoadLong(bytes);
   row->IndentLevels = LoadWord(bytes + 6);
-  row->Score = scored ? LoadWord(bytes + 8) : std::uint16_t{0};
+  row->FTScore = scored ? LoadWord(bytes + 8) : std::uint16_t{0};
   row->Unread = LoadWord(bytes + at - 2);
   if (position != nullptr) {
     const std::size_t length = ReadPosition(bytes + at, size - at, position);

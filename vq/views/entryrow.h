@@ -22,7 +22,7 @@ inline constexpr std::uint32_t kStatisticsSize = 14;
 struct EntryRow {
   std::uint32_t ID;
   std::uint16_t IndentLevels;
-  std::uint16_t Score;
+  std::uint16_t FTScore;
   std::uint16_t Unread;
   const unsigned char* Summary;  // in the buffer
   std::uint32_t SummarySize;

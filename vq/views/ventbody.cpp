@@ -40,12 +40,12 @@ VQVFEntryBody::VQVFEntryBody(VQVFNavigatorBody* navigator, const COLLECTIONPOSIT
       UnreadTable(navigator->UnreadTable) {
   std::memcpy(Summary.get(), row.Summary, row.SummarySize);
   if (row.Unread != 0 && UnreadTable != 0) Flags |= kUnread;
-  if (navigator->HasFlag(VQVFNavigatorBody::kFTSearch)) {
+  if (navigator->IsFTSearch()) {
     // A flat result has no statistics to read.
     Flags |= kFullText | kStatistics;
     SiblingCount = navigator->EntryCount;
   }
-  if (navigator->HasFlag(VQVFNavigatorBody::kScored)) FTSearchScore = row.Score;
+  if (navigator->HasFlag(VQVFNavigatorBody::kScored)) FTSearchScore = row.FTScore;
   Navigator->AddReference();
   ViewFolder->AddReference();
 }
@@ -101,7 +101,7 @@ VQSTATUS VQVFEntryBody::ReadStatistics() {
 
 // The engine counts the documents of the whole view; a navigator has its levels, and rows that are no documents.
 VQSTATUS VQVFEntryBody::RecountDescendants() {
-  const bool restricted = Navigator->HasFlag(VQVFNavigatorBody::kRestricted);
+  const bool restricted = Navigator->IsRestricted();
   const std::uint8_t deepest = Navigator->GetStartPosition().GetPosition()->MaxLevel;
   const bool limited = restricted && deepest < ENG_COLLECTION_NO_LIMIT;
   if (restricted && Position.GetPosition()->Level >= deepest) {

@@ -2,7 +2,6 @@
 #include "vq/views/vfcache.h"
 
 #include <algorithm>
-#include <new>
 
 #include "engine/memory.h"
 #include "engine/process.h"
@@ -23,12 +22,19 @@ constexpr double kHighestLimit = 4294967295.0;
 VFCache::Locked::Locked(VFCache* cache) : Cache(cache) {
   VQ_ASSERT_TEXT(cache->CachePtr == nullptr && cache->CacheHandle != 0, "CachePtr == 0 && CacheHandle", kFile);
   cache->CachePtr = static_cast<const unsigned char*>(EngMemLock(cache->CacheHandle));
-  if (cache->CachePtr == nullptr) vq::Throw(VQERR_READ_ENTRIES);
+  cache->IndexPtr = static_cast<const std::uint32_t*>(EngMemLock(cache->IndexHandle));
+  if (cache->CachePtr != nullptr && cache->IndexPtr != nullptr) return;
+  Unlock();
+  vq::Throw(VQERR_READ_ENTRIES);
 }
 
-VFCache::Locked::~Locked() {
+VFCache::Locked::~Locked() { Unlock(); }
+
+void VFCache::Locked::Unlock() {
+  if (Cache->CachePtr != nullptr) EngMemUnlock(Cache->CacheHandle);
+  if (Cache->IndexPtr != nullptr) EngMemUnlock(Cache->IndexHandle);
   Cache->CachePtr = nullptr;
-  EngMemUnlock(Cache->CacheHandle);
+  Cache->IndexPtr = nullptr;
 }
 
 VFCache::~VFCache() { Clear(); }
@@ -54,9 +60,9 @@ void VFCache::ReadLimit() {
 
 void VFCache::Clear() {
   if (CacheHandle != 0) EngMemFree(CacheHandle);
-  CacheHandle = 0;
+  if (IndexHandle != 0) EngMemFree(IndexHandle);
+  CacheHandle = IndexHandle = 0;
   CacheSize = 0;
-  Index.reset();
   Count = 0;
   CurrentIndex = FirstIndex = INDEX_UNKNOWN;
   SignalFlags = 0;
@@ -89,7 +95,7 @@ VQSTATUS VFCache::Fill(const vq::NavigatorMove& move) {
 // A read of a find's rows goes on among their peers; what is behind the run is cut off.
 VQSTATUS VFCache::RowsInside(const COLLECTIONPOSITION& first, bool backward, std::uint32_t* count) const {
   if (!Navigator->Contains(first)) return VQWARN_NOT_FOUND;
-  if (!Navigator->HasFlag(VQVFNavigatorBody::kFind)) return VQ_OK;
+  if (!Navigator->IsFind()) return VQ_OK;
   const COLLECTIONPOSITION& start = *Navigator->StartPosition.GetPosition();
   const std::uint32_t offset = first.Tumbler[start.Level] - start.Tumbler[start.Level];
   *count = std::min(*count, backward ? offset + 1 : Navigator->EntryCount - offset);
@@ -97,60 +103,74 @@ VQSTATUS VFCache::RowsInside(const COLLECTIONPOSITION& first, bool backward, std
   return VQ_OK;
 }
 
-// The old block stays unless all of the new one is sound.
-VQSTATUS VFCache::Adopt(vq::EntryRows* rows, const vq::NavigatorMove& move) {
+VQSTATUS VFCache::IndexRows(vq::EntryRows* rows, const vq::NavigatorMove& move, std::uint32_t* index,
+                            std::uint32_t* count) const {
   const unsigned char* bytes = rows->Lock();
-  if (bytes == nullptr) return VQERR_READ_ENTRIES;
-  const bool scored = Navigator->HasFlag(VQVFNavigatorBody::kFTSearch);
-  std::uint32_t count = rows->Returned;
-  std::unique_ptr<std::uint32_t[]> index(new (std::nothrow) std::uint32_t[count]);
-  if (index == nullptr) return VQERR_INSUFFICIENT_MEMORY;
+  if (bytes == nullptr || index == nullptr) return VQERR_READ_ENTRIES;
+  *count = rows->Returned;
   std::size_t at = 0;
-  for (std::uint32_t i = 0; i < count; ++i) {
+  for (std::uint32_t i = 0; i < *count; ++i) {
     COLLECTIONPOSITION position;
     vq::EntryRow row;
     std::size_t used = 0;
-    if (vq::ReadRow(bytes + at, rows->Length - at, scored, &position, &row, &used) != VQ_OK) return VQERR_READ_ENTRIES;
+    const VQSTATUS read = vq::ReadRow(bytes + at, rows->Length - at, Navigator->IsFTSearch(), &position, &row, &used);
+    if (read != VQ_OK) return VQERR_READ_ENTRIES;
     if (i == 0) {
       if (move.Misses(position)) return VQWARN_NOT_FOUND;
-      if (VQSTATUS status = RowsInside(position, move.Backward, &count)) return status;
+      if (VQSTATUS status = RowsInside(position, move.Backward, count)) return status;
     }
     index[i] = static_cast<std::uint32_t>(at);
     at += used;
   }
-  if (move.Backward) std::reverse(index.get(), index.get() + count);
+  if (move.Backward) std::reverse(index, index + *count);
+  return VQ_OK;
+}
+
+// The old block stays unless all of the new one is sound.
+VQSTATUS VFCache::Adopt(vq::EntryRows* rows, const vq::NavigatorMove& move) {
+  ENGHANDLE block = 0;
+  const std::uint64_t size = std::uint64_t{rows->Returned} * sizeof(std::uint32_t);
+  if (size > 0xFFFFFFFF) return VQERR_INSUFFICIENT_MEMORY;
+  if (VQSTATUS status = vq::FromEngine(EngMemAlloc(0, static_cast<std::uint32_t>(size), &block))) return status;
+  std::uint32_t count = 0;
+  const VQSTATUS status = IndexRows(rows, move, static_cast<std::uint32_t*>(EngMemLock(block)), &count);
+  EngMemUnlock(block);
+  if (status != VQ_OK) {
+    EngMemFree(block);
+    return status;
+  }
   Clear();
   CacheSize = rows->Length;
   SignalFlags = rows->Signals;
   CacheHandle = rows->Give();
-  Index = std::move(index);
+  IndexHandle = block;
   Count = count;
   std::uint32_t entries = 0;
   if (KnowsEntryCount(&entries) && entries == Count) FirstIndex = 0;
   return VQ_OK;
 }
 
-std::uint32_t VFCache::IDAt(std::uint32_t index) const { return vq::LoadLong(CachePtr + Index[index]); }
+std::uint32_t VFCache::IDAt(std::uint32_t index) const { return vq::LoadLong(CachePtr + IndexPtr[index]); }
 
 unsigned VFCache::LevelAt(std::uint32_t index) const {
-  const bool scored = Navigator->HasFlag(VQVFNavigatorBody::kFTSearch);
-  return vq::LoadWord(CachePtr + Index[index] + (scored ? VFFTENTRYDATA_SIZE : VFENTRYDATA_SIZE));
+  const bool scored = Navigator->IsFTSearch();
+  return vq::LoadWord(CachePtr + IndexPtr[index] + (scored ? VFFTENTRYDATA_SIZE : VFENTRYDATA_SIZE));
 }
 
 bool VFCache::IsMainAt(std::uint32_t index) const {
-  return (IDAt(index) & ENG_ROW_NO_DOCUMENT) == 0 && vq::LoadWord(CachePtr + Index[index] + 6) == 0;
+  return (IDAt(index) & ENG_ROW_NO_DOCUMENT) == 0 && vq::LoadWord(CachePtr + IndexPtr[index] + 6) == 0;
 }
 
 bool VFCache::IsUnreadAt(std::uint32_t index) const {
   if ((IDAt(index) & ENG_ROW_NO_DOCUMENT) != 0) return false;
-  const bool scored = Navigator->HasFlag(VQVFNavigatorBody::kFTSearch);
-  return vq::LoadWord(CachePtr + Index[index] + (scored ? VFFTENTRYDATA_SIZE : VFENTRYDATA_SIZE) - 2) != 0;
+  const bool scored = Navigator->IsFTSearch();
+  return vq::LoadWord(CachePtr + IndexPtr[index] + (scored ? VFFTENTRYDATA_SIZE : VFENTRYDATA_SIZE) - 2) != 0;
 }
 
 // Order of a row against a place: below 0 when the row is in front.
 int VFCache::ComparePlace(std::uint32_t index, const COLLECTIONPOSITION& place) const {
-  const bool scored = Navigator->HasFlag(VQVFNavigatorBody::kFTSearch);
-  const unsigned char* bytes = CachePtr + Index[index] + (scored ? VFFTENTRYDATA_SIZE : VFENTRYDATA_SIZE);
+  const bool scored = Navigator->IsFTSearch();
+  const unsigned char* bytes = CachePtr + IndexPtr[index] + (scored ? VFFTENTRYDATA_SIZE : VFENTRYDATA_SIZE);
   const unsigned level = vq::LoadWord(bytes);
   for (unsigned i = 0; i <= std::min<unsigned>(level, place.Level); ++i) {
     const std::uint32_t ordinal = vq::LoadLong(bytes + 4 + 4 * i);
@@ -181,7 +201,7 @@ VFCache::Landing VFCache::LocateCurrent(const COLLECTIONPOSITION& place) const {
 
 VFCache::Landing VFCache::LocateIndex(std::uint32_t index, std::uint32_t last_index,
                                       const COLLECTIONPOSITION& last_place) {
-  if (Navigator->HasFlag(VQVFNavigatorBody::kFTSearch)) {
+  if (Navigator->IsFTSearch()) {
     // Hits whose documents have left the view since leave gaps in the block.
     COLLECTIONPOSITION hit{};
     hit.Tumbler[0] = index + 1;
@@ -200,9 +220,8 @@ VQSTATUS VFCache::CopyOut(std::uint32_t index, VQVFPosition* position, VQVFEntry
   COLLECTIONPOSITION place;
   vq::EntryRow row;
   std::size_t used = 0;
-  const std::uint32_t at = Index[index];
-  VQSTATUS status =
-      vq::ReadRow(CachePtr + at, CacheSize - at, Navigator->HasFlag(VQVFNavigatorBody::kFTSearch), &place, &row, &used);
+  const std::uint32_t at = IndexPtr[index];
+  VQSTATUS status = vq::ReadRow(CachePtr + at, CacheSize - at, Navigator->IsFTSearch(), &place, &row, &used);
   if (status == VQ_OK && entry != nullptr) status = Navigator->MakeEntry(place, row, entry);
   if (status == VQ_OK && position != nullptr) *position = &place;
   return status;

@@ -2,8 +2,6 @@
 #ifndef QUILLON_VQ_VIEWS_VFCACHE_H
 #define QUILLON_VQ_VIEWS_VFCACHE_H
 
-#include <memory>
-
 #include "vq/frame/vqcommon.h"
 
 struct COLLECTIONPOSITION;
@@ -50,6 +48,7 @@ class VFCache {
     Locked& operator=(const Locked&) = delete;
 
    private:
+    void Unlock();
     VFCache* Cache;
   };
 
@@ -64,6 +63,9 @@ class VFCache {
   void ReadLimit();
   [[nodiscard]] VQSTATUS Fill(const vq::NavigatorMove& move);
   [[nodiscard]] VQSTATUS Adopt(vq::EntryRows* rows, const vq::NavigatorMove& move);
+  // The number of rows that are the navigator's goes to *count, their offsets in order to `index`.
+  [[nodiscard]] VQSTATUS IndexRows(vq::EntryRows* rows, const vq::NavigatorMove& move, std::uint32_t* index,
+                                   std::uint32_t* count) const;
   [[nodiscard]] VQSTATUS RowsInside(const COLLECTIONPOSITION& first, bool backward, std::uint32_t* count) const;
   // The operations below need the block locked.
   Landing Locate(const COLLECTIONPOSITION& place) const;
@@ -86,8 +88,9 @@ class VFCache {
   std::uint32_t CacheSize = 0;
   std::uint32_t Count = 0;
   std::uint32_t CurrentIndex = INDEX_UNKNOWN;
-  std::unique_ptr<std::uint32_t[]> Index;  // offsets of the rows in the block
-  std::uint32_t MaxCount = 0;              // 0: the cache is off
+  ENGHANDLE IndexHandle = 0;                // offsets of the rows in the block
+  const std::uint32_t* IndexPtr = nullptr;  // null while unlocked
+  std::uint32_t MaxCount = 0;               // 0: the cache is off
   VQVFNavigatorBody* Navigator = nullptr;
   std::uint32_t FirstIndex = INDEX_UNKNOWN;  // ordinal of the block's first row in the navigator
   std::uint16_t SignalFlags = 0;

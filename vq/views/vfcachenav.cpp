@@ -35,7 +35,7 @@ VFCache::Landing VFCache::Navigate(VQNAVIGATION code) {
   VQ_ASSERT(CurrentIndex != INDEX_UNKNOWN, kFile);
   if (code == VQNAVIGATE_MAIN) {
     // A hit stays where it is.
-    if (Navigator->HasFlag(VQVFNavigatorBody::kFTSearch) || IsMainAt(CurrentIndex)) return CurrentIndex;
+    if (Navigator->IsFTSearch() || IsMainAt(CurrentIndex)) return CurrentIndex;
     if ((IDAt(CurrentIndex) & ENG_ROW_NO_DOCUMENT) != 0) return kNone;
   }
   const bool backward = VQVFNavigatorBody::IsBackward(code);

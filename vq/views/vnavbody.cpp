@@ -192,10 +192,10 @@ bool VQVFNavigatorBody::HasPrefixOfStart(const COLLECTIONPOSITION& position, uns
 }
 
 bool VQVFNavigatorBody::Contains(const COLLECTIONPOSITION& position) const {
-  if (HasFlag(kFTSearch)) return position.Level == 0 && position.Tumbler[0] - 1 < EntryCount;
-  if (!HasFlag(kRestricted)) return true;
+  if (IsFTSearch()) return position.Level == 0 && position.Tumbler[0] - 1 < EntryCount;
+  if (!IsRestricted()) return true;
   const COLLECTIONPOSITION& start = *StartPosition.GetPosition();
-  if (HasFlag(kFind)) {
+  if (IsFind()) {
     return position.Level == start.Level && HasPrefixOfStart(position, start.Level) &&
            position.Tumbler[start.Level] - start.Tumbler[start.Level] < EntryCount;
   }
@@ -206,30 +206,30 @@ bool VQVFNavigatorBody::Contains(const COLLECTIONPOSITION& position) const {
 }
 
 void VQVFNavigatorBody::Limit(COLLECTIONPOSITION* position) const {
-  if (!HasFlag(kRestricted)) return;
+  if (!IsRestricted()) return;
   const COLLECTIONPOSITION& start = *StartPosition.GetPosition();
   position->MinLevel = start.MinLevel;
   if (start.MaxLevel < ENG_COLLECTION_NO_LIMIT) position->MaxLevel = start.MaxLevel;
 }
 
 unsigned short VQVFNavigatorBody::LimitBits() const {
-  if (!HasFlag(kRestricted)) return 0;
+  if (!IsRestricted()) return 0;
   const bool deep = StartPosition.GetPosition()->MaxLevel >= ENG_COLLECTION_NO_LIMIT;
   return deep ? ENG_GO_MIN_LEVEL : ENG_GO_MIN_LEVEL | ENG_GO_MAX_LEVEL;
 }
 
 unsigned short VQVFNavigatorBody::StepCode(bool backward) const {
-  if (HasFlag(kFTSearch)) return backward ? ENG_GO_PREV_HIT : ENG_GO_NEXT_HIT;
+  if (IsFTSearch()) return backward ? ENG_GO_PREV_HIT : ENG_GO_NEXT_HIT;
   return static_cast<unsigned short>((backward ? ENG_GO_PREV : ENG_GO_NEXT) | LimitBits());
 }
 
-std::uint32_t VQVFNavigatorBody::EntryMask() const { return HasFlag(kFTSearch) ? vq::kHitMask : vq::kEntryMask; }
+std::uint32_t VQVFNavigatorBody::EntryMask() const { return IsFTSearch() ? vq::kHitMask : vq::kEntryMask; }
 
 VQSTATUS VQVFNavigatorBody::GetCount(std::uint32_t* count) {
   if (!HasFlag(kCountKnown)) {
     COLLECTIONPOSITION from{};
     from.MaxLevel = ENG_COLLECTION_NO_LIMIT;
-    if (HasFlag(kRestricted)) {
+    if (IsRestricted()) {
       from = *StartPosition.GetPosition();
       --from.Level;
     }
@@ -253,7 +253,7 @@ void VQVFNavigatorBody::ForgetRows() {
 }
 
 VQSTATUS VQVFNavigatorBody::Refresh() {
-  if (HasFlag(kSearch)) return VQERR_INVALID_FOR_SEARCH_NAVIGATOR;
+  if (IsSearch()) return VQERR_INVALID_FOR_SEARCH_NAVIGATOR;
   if (VQSTATUS status = vq::FromEngine(EngCollectionUpdate(Collection))) return status;
   ForgetRows();
   EngTimeNow(&CreationTime);

@@ -105,7 +105,8 @@ class VQ_API VQVFNavigator : public VQSmartPtr {
   VQSTATUS Goto(VQNAVIGATION code, VQVFEntry* entry = nullptr);
   int IsCategorized() const;
   int IsFTSearch() const;
-  // Takes in what has changed since, and starts over.
+  // Takes in what has changed since, and starts over. Rows that change with the time, with counts of responses or with
+  // look-ups are made anew when a minute has passed, or the day.
   VQSTATUS Refresh();
 
   VQVFNavigatorBody* GetNavigatorBody() const;
@@ -181,6 +182,10 @@ class VQ_API VQVFNavigatorBody : public VQBody {
   ENGHANDLE GetCollectionHandle() const { return Collection; }
   VQSTATUS GetOpenStatus() const { return Collection != 0 ? VQ_OK : OpenStatus; }
   bool HasFlag(unsigned short mask) const { return (Flags & mask) != 0; }
+  bool IsFTSearch() const { return HasFlag(kFTSearch); }
+  bool IsRestricted() const { return HasFlag(kRestricted); }
+  bool IsFind() const { return HasFlag(kFind); }
+  bool IsSearch() const { return HasFlag(kSearch); }
   const VQVFPosition& GetStartPosition() const { return StartPosition; }
   VQViewFolderBody* GetViewFolderBody() const { return ViewFolder; }
 

@@ -38,7 +38,7 @@ VQSTATUS VQVFNavigatorBody::StepOutOfCategory(COLLECTIONPOSITION* position, std:
 VQSTATUS VQVFNavigatorBody::Find(const VQVFFindKeys& keys, const VQVFFindOptions* options, VQVFPosition* position,
                                  VQVFEntry* entry, unsigned long* count, VQVFNavigator* navigator) {
   if (Collection == 0) return OpenStatus;
-  if (HasFlag(kSearch)) return VQERR_INVALID_FOR_SEARCH_NAVIGATOR;
+  if (IsSearch()) return VQERR_INVALID_FOR_SEARCH_NAVIGATOR;
   if (keys.GetCount() == 0) return VQERR_UNINITIALIZED_ARGUMENT;
   const unsigned short flags = options != nullptr ? options->GetFlags() : VQVFFindOptions::kDefaultFlags;
   const bool ordered = (flags & VQVFFindOptions::kComparisonMask) != 0;

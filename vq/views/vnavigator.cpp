@@ -98,7 +98,7 @@ VQSTATUS VQVFNavigator::GetPosition(VQVFPosition* position) const {
   if (position == nullptr) return vq::Apply(VQERR_NULL_POINTER);
   *position = Position;
   COLLECTIONPOSITION* cpos = position->GetPosition();
-  if (!body->HasFlag(VQVFNavigatorBody::kFTSearch) || cpos == nullptr || cpos->Tumbler[0] != 0) return VQ_OK;
+  if (!body->IsFTSearch() || cpos == nullptr || cpos->Tumbler[0] != 0) return VQ_OK;
   VQ_ASSERT(cpos->Level == 0, "VNAVBODY");
   if (!body->IsEmpty()) cpos->Tumbler[0] = 1;
   return VQ_OK;
@@ -121,7 +121,7 @@ VQSTATUS VQVFNavigator::ResetPosition() {
 }
 
 int VQVFNavigator::IsCategorized() const { return RequireOpen()->HasFlag(VQVFNavigatorBody::kCategorized); }
-int VQVFNavigator::IsFTSearch() const { return RequireOpen()->HasFlag(VQVFNavigatorBody::kFTSearch); }
+int VQVFNavigator::IsFTSearch() const { return RequireOpen()->IsFTSearch(); }
 
 VQSTATUS VQVFNavigator::Refresh() {
   VQVFNavigatorBody* body = nullptr;

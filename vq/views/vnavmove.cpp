@@ -94,9 +94,9 @@ bool VQVFNavigatorBody::IsBackward(VQNAVIGATION code) {
 
 VQSTATUS VQVFNavigatorBody::Translate(VQNAVIGATION* code) const {
   const bool category_code = *code == VQNAVIGATE_NEXT_CATEGORY || *code == VQNAVIGATE_PREV_CATEGORY;
-  if (HasFlag(kFTSearch)) {
+  if (IsFTSearch()) {
     *code = AmongHits(*code);
-  } else if (HasFlag(kFind)) {
+  } else if (IsFind()) {
     *code = AmongFound(*code, HasFlag(kCategorized));
   } else if (category_code && !HasFlag(kCategorized)) {
     *code = kNoMove;
@@ -178,9 +178,9 @@ VQSTATUS VQVFNavigatorBody::PlanFromCategory(VQNAVIGATION code, vq::NavigatorMov
 
 VQSTATUS VQVFNavigatorBody::PlanGoto(VQNAVIGATION code, const VQVFPosition& position, vq::NavigatorMove* move) {
   *move = vq::NavigatorMove{*position.GetPosition(), ENG_GO_CURRENT, 0, false, IsBackward(code), false};
-  if (HasFlag(kFTSearch)) return PlanHit(code, move);
+  if (IsFTSearch()) return PlanHit(code, move);
   Limit(&move->From);
-  if (HasFlag(kFind)) return PlanFound(code, move);
+  if (IsFind()) return PlanFound(code, move);
   move->Skip = static_cast<unsigned short>(kEngineCodes[code] | LimitBits());
   move->SkipCount = 1;
   move->MustMove = code != VQNAVIGATE_FIRST_SIBLING && code != VQNAVIGATE_LAST_SIBLING;
@@ -200,7 +200,7 @@ vq::NavigatorMove VQVFNavigatorBody::PlanIndex(std::uint32_t index, std::uint32_
   const bool backward = index < last_index;
   const std::uint32_t distance = backward ? last_index - index : index - last_index;
   vq::NavigatorMove move{*StartPosition.GetPosition(), StepCode(false), index, false, false, true};
-  if (HasFlag(kFTSearch)) {
+  if (IsFTSearch()) {
     move.From.Tumbler[0] = index + 1;
     move.SkipCount = 0;
     move.Backward = backward;
@@ -219,7 +219,7 @@ VQSTATUS VQVFNavigatorBody::MakeMove(const vq::NavigatorMove& move, VQVFPosition
   COLLECTIONPOSITION at = move.From;
   vq::EntryRows rows;
   const bool wanted = entry != nullptr;
-  const bool hits = HasFlag(kFTSearch);
+  const bool hits = IsFTSearch();
   const unsigned short here = hits ? ENG_GO_CURRENT_HIT : ENG_GO_CURRENT;
   const unsigned short navigation = hits && !move.Exact ? StepCode(move.Backward) : here;
   if (!wanted && hits && move.SkipCount == 0) {
@@ -267,7 +267,7 @@ VQSTATUS VQVFNavigatorBody::CheckPosition(const VQVFPosition& position) const {
 }
 
 VQSTATUS VQVFNavigatorBody::CheckRow(const COLLECTIONPOSITION& position) {
-  if (HasFlag(kFTSearch)) return VQ_OK;
+  if (IsFTSearch()) return VQ_OK;
   // The engine reads the first row from the place before it.
   if (position.Level == 0 && position.Tumbler[0] == 0) return VQERR_INVALID_PARAMETER;
   bool category = false;
@@ -290,7 +290,7 @@ VQSTATUS VQVFNavigatorBody::GetEntry(const VQVFPosition& position, bool cached, 
 VQSTATUS VQVFNavigatorBody::GetIndexed(std::uint32_t index, std::uint32_t last_index, VQVFPosition* position,
                                        VQVFEntry* entry) {
   if (IsEmpty()) return VQERR_NO_ENTRIES;
-  if (HasFlag(kSearch) && index >= EntryCount) return VQERR_BAD_SUBSCRIPT;
+  if (IsSearch() && index >= EntryCount) return VQERR_BAD_SUBSCRIPT;
   VQSTATUS status = Cache.GetIndexedEntry(index, last_index, position, entry);
   if (status == VQWARN_NO_CACHE) status = MakeMove(PlanIndex(index, last_index, *position), position, entry);
   return status == VQWARN_NOT_FOUND ? VQERR_BAD_SUBSCRIPT : status;

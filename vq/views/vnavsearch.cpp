@@ -31,7 +31,7 @@ VQSTATUS Search(ENGHANDLE database, ENGHANDLE collection, const VQString& query,
 
 VQSTATUS VQVFNavigatorBody::FTSearch(const VQString& query, const VQFTSearchOptions* options,
                                      VQVFNavigatorBody* restriction) {
-  VQ_ASSERT_TEXT(Collection != 0 && !query.IsNull() && !HasFlag(kRestricted | kSearch) && IDTable == 0,
+  VQ_ASSERT_TEXT(Collection != 0 && !query.IsNull() && !IsRestricted() && !IsSearch() && IDTable == 0,
                  "Collection && !query.IsNull() && !IsRestricted() && !IsSearch() && !IDTable", kFile);
   ENGHANDLE restricted_to = 0;
   const VQFTSearchOptions defaults;

@@ -79,7 +79,7 @@ VQSTATUS VQVFNavigatorBody::BuildIDTable(const COLLECTIONPOSITION& position, uns
 
 VQSTATUS VQVFNavigatorBody::GetTable(ENGHANDLE* table) {
   if (IDTable == 0) {
-    const std::uint32_t count = HasFlag(kSearch) ? EntryCount : vq::kToTheEnd;
+    const std::uint32_t count = IsSearch() ? EntryCount : vq::kToTheEnd;
     const COLLECTIONPOSITION& start = *StartPosition.GetPosition();
     if (VQSTATUS status = BuildIDTable(start, ENG_GO_CURRENT, 0, StepCode(false), count, &IDTable)) return status;
   }
@@ -101,7 +101,7 @@ VQSTATUS VQVFNavigatorBody::DeleteAllEntries() {
 }
 
 VQSTATUS VQVFNavigatorBody::DeleteEntries(VQVFEntryBody* entry, bool with_descendants) {
-  if (with_descendants && HasFlag(kSearch)) return VQERR_INVALID_FOR_SEARCH_NAVIGATOR;
+  if (with_descendants && IsSearch()) return VQERR_INVALID_FOR_SEARCH_NAVIGATOR;
   if (entry == nullptr || entry->GetNavigatorBody() == nullptr) return VQERR_UNINITIALIZED_ARGUMENT;
   if (entry->GetNavigatorBody() != this) return VQERR_NOT_OF_THIS_NAVIGATOR;
   const bool document = (entry->GetSlateID() & ENG_ROW_NO_DOCUMENT) == 0;
@@ -114,7 +114,7 @@ VQSTATUS VQVFNavigatorBody::DeleteEntries(VQVFEntryBody* entry, bool with_descen
 }
 
 VQSTATUS VQVFNavigatorBody::DeleteWithDescendants(VQVFEntryBody* entry) {
-  const bool limited = HasFlag(kRestricted) && StartPosition.GetPosition()->MaxLevel < ENG_COLLECTION_NO_LIMIT;
+  const bool limited = IsRestricted() && StartPosition.GetPosition()->MaxLevel < ENG_COLLECTION_NO_LIMIT;
   if (limited) return VQERR_NOT_OF_THIS_NAVIGATOR;
   // All that lies deeper than the entry, up to the next row that does not.
   COLLECTIONPOSITION from = *entry->GetPosition().GetPosition();
