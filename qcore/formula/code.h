@@ -26,6 +26,7 @@ namespace qcore::formula {
 
 inline constexpr std::uint8_t kVersion = 1;
 inline constexpr std::size_t kMostCode = 65535;
+inline constexpr std::size_t kMostText = 65535;
 // Parentheses, arguments and signs within each other.
 inline constexpr std::uint32_t kMostNesting = 200;
 // Values on the stack at once.

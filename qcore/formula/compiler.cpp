@@ -304,6 +304,10 @@ class Compiler {
 }  // namespace
 
 ENGSTATUS Compile(std::string_view text, Code* code, Place* place) {
+  if (text.size() > kMostText) {
+    *place = {0, static_cast<std::uint32_t>(std::min<std::size_t>(text.size(), UINT32_MAX))};
+    return ENG_ERR_FORMULA_TOO_LARGE;
+  }
   try {
     Compiler compiler(text);
     *code = compiler.CompileAll();

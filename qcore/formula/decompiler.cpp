@@ -72,9 +72,7 @@ std::string ConstantText(const Constant& constant) {
 
 void Enclose(std::string* text) { *text = '(' + *text + ')'; }
 
-// Texts of more bytes than a formula can have are not made: code that strangers wrote may name a long text many times.
-constexpr std::size_t kMostText = 65535;
-
+// Texts of more than kMostText bytes are not made: code that strangers wrote may name a long text many times.
 class TextMaker final : public Visitor {
  public:
   explicit TextMaker(const std::vector<Constant>& constants) : constants_(constants) {}

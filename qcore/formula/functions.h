@@ -17,7 +17,8 @@ class Machine;
 // How the arguments are handled.
 enum class Form : std::uint8_t {
   kEager,
-  kEagerErrors,  // eager, and takes error values
+  kEagerErrors,   // eager, and takes error values
+  kEagerRemoval,  // eager, and takes what removes an item
   kReturn,
   // Blocks from here on.
   kIf,

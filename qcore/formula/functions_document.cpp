@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "engine/formula.h"
+#include "engine/records.h"
 #include "qcore/formula/functions_support.h"
 #include "qcore/store/names.h"
 
@@ -68,12 +69,20 @@ Value DocSequence(Machine& machine, Arguments) {
   return document ? Value::Number(document->origin.Sequence) : NoDocument();
 }
 
+// What asks the store, a look-up among others.
+constexpr std::uint64_t kStepsOfStore = 500;
+
 Value Responses(Machine& machine, Arguments) {
-  return machine.source().Document() ? Value::Number(machine.source().ResponseCount()) : NoDocument();
+  if (!machine.source().Document()) return NoDocument();
+  const std::uint32_t count = machine.source().ResponseCount();
+  machine.Charge(kStepsOfStore + count);
+  return Value::Number(count);
 }
 
 Value DocLength(Machine& machine, Arguments) {
-  return machine.source().Document() ? Value::Number(machine.source().Size()) : NoDocument();
+  if (!machine.source().Document()) return NoDocument();
+  machine.Charge(kStepsOfStore);
+  return Value::Number(machine.source().Size());
 }
 
 Value DocFields(Machine& machine, Arguments) {
@@ -89,25 +98,26 @@ struct Attachment {
   TIMEDATE modified{};
 };
 
-std::optional<Attachment> ReadAttachment(std::string_view item, const ItemValue& value) {
+std::optional<Attachment> ReadAttachment(const ItemValue& value) {
   constexpr std::uint16_t kObject = 3;
   constexpr std::size_t kRecord = 36;
-  if (value.type != kObject || !SameName(item, "$FILE") || value.data.size() < kRecord) return std::nullopt;
+  if (value.type != kObject || value.data.size() < kRecord) return std::nullopt;
   const std::uint8_t* const at = value.data.data();
+  if ((at[0] & OBJECT_TYPE_MASK) != OBJECT_FILE) return std::nullopt;
   const auto wide = [at](std::size_t offset) {
     return at[offset] | at[offset + 1] << 8 | at[offset + 2] << 16 | std::uint32_t{at[offset + 3]} << 24;
   };
   const std::size_t size = static_cast<std::size_t>(at[6] | at[7] << 8);
-  if (value.data.size() - kRecord < size) return std::nullopt;
+  if (size == 0 || value.data.size() - kRecord < size) return std::nullopt;
   return Attachment{
       {reinterpret_cast<const char*>(at + kRecord), size}, static_cast<double>(wide(16)), {wide(28), wide(32)}};
 }
 
 template <typename Take>
 void ForEachAttachment(Machine& machine, Take take) {
-  machine.source().ForEachItem([&](std::string_view name, const ItemValue& value) {
+  machine.source().ForEachItem([&](std::string_view, const ItemValue& value) {
     machine.Charge(1);
-    const auto attachment = ReadAttachment(name, value);
+    const auto attachment = ReadAttachment(value);
     if (attachment) take(*attachment);
   });
 }
@@ -169,8 +179,7 @@ std::string_view PathOf(Machine& machine, const Value& value) {
 
 // Adds what is found to *found.
 Value RunLookup(Machine& machine, const Lookup& lookup, std::optional<Value>* found) {
-  constexpr std::uint64_t kStepsOfOne = 500;
-  machine.Charge(kStepsOfOne);
+  machine.Charge(kStepsOfStore);
   const ENGSTATUS status = machine.source().LookUp(lookup, [&](Bytes bytes) {
     machine.Charge(1);
     if (bytes.empty() || (*found && (*found)->is_error())) return;
@@ -180,8 +189,12 @@ Value RunLookup(Machine& machine, const Lookup& lookup, std::optional<Value>* fo
   return status == ENG_OK ? Value() : Value::Error(status);
 }
 
+// "" or [NOCACHE]: what is read is never older than the evaluation.
+bool IsLookupClass(const Value& value) { return value.is_null() || AreKeywords({&value, 1}, {"NOCACHE"}); }
+
 // Class, database, view, column.
 Value DbColumn(Machine& machine, Arguments arguments) {
+  if (!IsLookupClass(arguments[0])) return arguments[0].is_text() ? RangeError() : TypeError();
   const auto column = AsInteger(arguments[3]);
   if (!arguments[1].is_text() || !arguments[2].is_text() || !column) return TypeError();
   if (*column < 1) return RangeError();
@@ -202,6 +215,7 @@ bool HasKeyword(Arguments options, std::string_view keyword) {
 // Class, database, view, keys, column number or item name, keywords.
 Value DbLookup(Machine& machine, Arguments arguments) {
   const Value& keys = arguments[3];
+  if (!IsLookupClass(arguments[0])) return arguments[0].is_text() ? RangeError() : TypeError();
   if (!AreKeywords(arguments.subspan(5), {"PARTIALMATCH", "FAILSILENT"})) return RangeError();
   if (!arguments[1].is_text() || !arguments[2].is_text() || keys.type == Type::kRemoval) return TypeError();
   Lookup lookup;

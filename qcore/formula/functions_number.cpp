@@ -45,8 +45,9 @@ Value MapPairs(Machine& machine, const Value& left, const Value& right, Map map)
 }
 
 Value Modulo(Machine& machine, Arguments arguments) {
-  if (arguments[1].is_number() && std::any_of(arguments[1].numbers(), arguments[1].numbers() + arguments[1].count,
-                                              [](double number) { return number == 0; })) {
+  if (!arguments[0].is_number() || !arguments[1].is_number()) return TypeError();
+  if (std::any_of(arguments[1].numbers(), arguments[1].numbers() + arguments[1].count,
+                  [](double number) { return number == 0; })) {
     return Value::Error(ENG_ERR_FORMULA_DIVISION);
   }
   return MapPairs(machine, arguments[0], arguments[1], [](double a, double b) { return std::fmod(a, b); });

@@ -15,6 +15,8 @@ namespace qcore::formula {
 
 namespace {
 
+// A document may have as many items as there are words to look among.
+constexpr std::uint64_t kStepsOfItem = 50;
 constexpr std::uint16_t kComposite = 0x0001;
 constexpr std::uint16_t kNumberType = 0x0300;
 constexpr std::uint16_t kNumberList = 0x0301;
@@ -178,6 +180,7 @@ Value* Machine::SearchAssigned(std::string_view name) {
 }
 
 Value Machine::ReadItem(std::string_view name) {
+  Charge(kStepsOfItem);
   const Value* const assigned = FindAssigned(name);
   if (assigned) return assigned->type == Type::kRemoval ? Value() : *assigned;
   ItemValue item;
@@ -187,6 +190,7 @@ Value Machine::ReadItem(std::string_view name) {
 }
 
 bool Machine::HasItem(std::string_view name) {
+  Charge(kStepsOfItem);
   const Value* const assigned = FindAssigned(name);
   if (assigned) return assigned->type != Type::kRemoval;
   ItemValue item;
@@ -206,6 +210,7 @@ void Machine::SetTemp(std::string_view name, const Value& value) {
 }
 
 Value Machine::SetItem(std::string_view name, const Value& value) {
+  Charge(kStepsOfItem);
   return Assign(program_.FindSlot(name), name, value);
 }
 
@@ -380,6 +385,9 @@ Value Machine::Call(const Function& function, std::span<const Value> arguments) 
   if (function.form != Form::kEagerErrors) {
     for (const Value& argument : arguments) {
       if (argument.is_error()) return argument;
+      if (argument.type == Type::kRemoval && function.form != Form::kEagerRemoval) {
+        return Value::Error(ENG_ERR_FORMULA_TYPE);
+      }
     }
   }
   Charge(1);

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "qcore/store/names.h"
-
 namespace qcore::formula {
 
 // Turns one body into instructions.
@@ -183,8 +181,10 @@ class Lowering final : public Visitor {
   std::uint32_t SlotOf(std::string_view name) {
     const std::uint32_t known = program_->FindSlot(name);
     if (known != kNone) return known;
+    const auto made = static_cast<std::uint32_t>(program_->slots_.size());
     program_->slots_.push_back({std::string(name)});
-    return static_cast<std::uint32_t>(program_->slots_.size() - 1);
+    program_->slots_by_name_.emplace(name, made);
+    return made;
   }
   void Reads(std::uint32_t slot) {
     if (program_->slots_[slot].item != Source::kNoIndex) return;
@@ -377,11 +377,14 @@ void Lowering::OnArgumentEnd(std::uint16_t argument) {
   }
 }
 
+bool LessName::operator()(std::string_view a, std::string_view b) const {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
+  return std::ranges::lexicographical_compare(a, b, {}, lower, lower);
+}
+
 std::uint32_t LoadedProgram::FindSlot(std::string_view name) const {
-  for (std::size_t i = 0; i < slots_.size(); ++i) {
-    if (SameName(slots_[i].name, name)) return static_cast<std::uint32_t>(i);
-  }
-  return Source::kNoIndex;
+  const auto found = slots_by_name_.find(name);
+  return found != slots_by_name_.end() ? found->second : Source::kNoIndex;
 }
 
 ENGSTATUS LoadedProgram::LoadCode(Bytes code) {

@@ -3,7 +3,9 @@
 #define QUILLON_QCORE_FORMULA_PROGRAM_H
 
 #include <deque>
+#include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "qcore/formula/code.h"
@@ -65,6 +67,12 @@ struct RunSection {
   bool selects = false;
 };
 
+// Without ASCII case.
+struct LessName {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const;
+};
+
 class LoadedProgram final : public Program {
  public:
   [[nodiscard]] ENGSTATUS LoadCode(Bytes code);
@@ -104,6 +112,7 @@ class LoadedProgram final : public Program {
   std::deque<std::vector<double>> number_lists_;
   std::deque<std::vector<Moment>> moment_lists_;
   std::vector<Slot> slots_;
+  std::map<std::string, std::uint32_t, LessName> slots_by_name_;
   std::uint32_t most_stack_ = 0;
   std::uint16_t depends_ = 0;
 };

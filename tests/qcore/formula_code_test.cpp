@@ -273,15 +273,21 @@ TEST_F(Seam, AssignmentsReachTheSlateWhenAsked) {
   EXPECT_EQ(EngSlateClose(slate), ENG_OK);
 }
 
-// File objects as they are stored: name, size and time.
+// File objects as they are stored, whatever their item's name: name, size and time. Objects of other kinds are no
+// files.
 TEST_F(Seam, ReadsAttachments) {
   const std::string code = Made("@AttachmentNames : @Text(@AttachmentLengths) : @Text(@Attachments)");
   const ENGHANDLE slate = NewSlate();
-  for (const char size : {'\x05', '\x07'}) {
+  const struct {
+    const char* item;
+    char kind, name, size;
+  } rows[] = {{"$FILE", 0, 4, 5}, {"Copy", 0, 4, 7}, {"$FILE", 3, 4, 6}, {"$FILE", 0, 0, 8}, {"$FILE", 0, 5, 9}};
+  for (const auto& row : rows) {
     std::string record(36, '\0');
-    record[6] = 4;
-    record[16] = size;
-    ASSERT_EQ(qtest::Append(slate, "$FILE", record + "a.tx", qtest::kObject), ENG_OK);
+    record[0] = row.kind;
+    record[6] = row.name;
+    record[16] = row.size;
+    ASSERT_EQ(qtest::Append(slate, row.item, record + "a.tx", qtest::kObject), ENG_OK);
   }
   ASSERT_EQ(qtest::Append(slate, "$FILE", "damaged", qtest::kObject), ENG_OK);
   ENGHANDLE compute = 0, result = 0;

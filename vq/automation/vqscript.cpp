@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 
 namespace {
 
@@ -12,6 +13,16 @@ VQString SourceOf(const char* source, unsigned long length) {
   if (source == nullptr && length != 0) vq::Throw(VQERR_NULL_POINTER);
   if (length > kMostSource) vq::Throw(VQERR_STRING_TOO_LONG);
   return VQString(reinterpret_cast<const VQCHAR*>(source), length);
+}
+
+// What the machine has no room for leaves the script as it was.
+template <typename Change>
+VQSTATUS WithRoom(Change change) {
+  try {
+    return vq::Caught(change);
+  } catch (const std::bad_alloc&) {
+    return VQERR_INSUFFICIENT_MEMORY;
+  }
 }
 
 }  // namespace
@@ -70,19 +81,23 @@ int VQTamarinScript::HasObjectCode() const { return !Checked().ObjectCode.empty(
 VQSTATUS VQTamarinScript::SetObjectCode(const char* code, unsigned long length) {
   if (code == nullptr && length != 0) return vq::Apply(VQERR_NULL_POINTER);
   if (length > kMostCode) return vq::Apply(VQERR_OUT_OF_RANGE);
-  std::vector<char> copy(code, code + length);
-  if (VQSTATUS status = PrepareToModify()) return vq::Apply(status);
-  GetScriptBody()->ObjectCode.swap(copy);
-  return VQ_OK;
+  return vq::Apply(WithRoom([&] {
+    std::vector<char> copy(code, code + length);
+    const VQSTATUS status = PrepareToModify();
+    if (status == VQ_OK) GetScriptBody()->ObjectCode.swap(copy);
+    return status;
+  }));
 }
 
 VQSTATUS VQTamarinScript::SetObjectCodeLength(unsigned long length) {
   if (length > kMostCode) return vq::Apply(VQERR_OUT_OF_RANGE);
-  if (VQSTATUS status = PrepareToModify()) return vq::Apply(status);
-  std::vector<char>& code = GetScriptBody()->ObjectCode;
-  code.resize(length);
-  if (length == 0) code.shrink_to_fit();
-  return VQ_OK;
+  return vq::Apply(WithRoom([&] {
+    if (VQSTATUS status = PrepareToModify()) return status;
+    std::vector<char>& code = GetScriptBody()->ObjectCode;
+    code.resize(length);
+    if (length == 0) code.shrink_to_fit();
+    return VQ_OK;
+  }));
 }
 
 VQSTATUS VQTamarinScript::ReadObjectCode(unsigned long offset, char* buffer, unsigned long length) const {
@@ -98,10 +113,12 @@ VQSTATUS VQTamarinScript::ReadObjectCode(unsigned long offset, char* buffer, uns
 VQSTATUS VQTamarinScript::WriteObjectCode(unsigned long offset, const char* buffer, unsigned long length) {
   if (buffer == nullptr && length != 0) return vq::Apply(VQERR_NULL_POINTER);
   if (offset > kMostCode || length > kMostCode - offset) return vq::Apply(VQERR_OUT_OF_RANGE);
-  const std::vector<char> bytes(buffer, buffer + length);
-  if (VQSTATUS status = PrepareToModify()) return vq::Apply(status);
-  std::vector<char>& code = GetScriptBody()->ObjectCode;
-  if (code.size() < offset + length) code.resize(offset + length);
-  std::copy(bytes.begin(), bytes.end(), code.begin() + static_cast<std::ptrdiff_t>(offset));
-  return VQ_OK;
+  return vq::Apply(WithRoom([&] {
+    const std::vector<char> bytes(buffer, buffer + length);
+    if (VQSTATUS status = PrepareToModify()) return status;
+    std::vector<char>& code = GetScriptBody()->ObjectCode;
+    if (code.size() < offset + length) code.resize(offset + length);
+    std::copy(bytes.begin(), bytes.end(), code.begin() + static_cast<std::ptrdiff_t>(offset));
+    return VQ_OK;
+  }));
 }

@@ -2,7 +2,8 @@
 //
 // Handles share a body until one of them changes it: a change goes to a body of its own. Setters give an unattached
 // handle a body; anything else on one gives VQERR_OBJECT_NOT_INITIALIZED, thrown where the result is no status. An
-// operation that fails leaves the script as it was.
+// operation that fails leaves the script as it was. Object code has 4 GB at most: VQERR_OUT_OF_RANGE, or
+// VQERR_INSUFFICIENT_MEMORY where there is no room for it.
 #ifndef QUILLON_VQ_AUTOMATION_VQSCRIPT_H
 #define QUILLON_VQ_AUTOMATION_VQSCRIPT_H
 
