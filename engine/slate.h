@@ -96,12 +96,15 @@ typedef struct ENGFILEDESCRIPTOR {
 // slate owns it, ENG_ERR_ARGUMENT for a descriptor whose lengths do not fit. The item is the last one of the slate.
 ENG_API ENGSTATUS EngSlateAppendObjectItem(ENGHANDLE slate, const ENGCHAR* name, const ENGFILEDESCRIPTOR* descriptor);
 // Stores a file as a new object, in pieces, and appends its item, which `item` (may be null) gets. The attachment gets
-// `name`; its path is that of the file. ENG_ERR_FILE_OPEN (no regular file, or closed to this user), ENG_ERR_FILE_READ,
-// ENG_ERR_OBJECT_RANGE (4 GB or more). After a failure nothing is left of it.
+// `name`; its path is that of the file. ENG_ERR_FILE_OPEN (no regular file, a store that this process has open, or
+// closed to this user), ENG_ERR_FILE_READ, ENG_ERR_OBJECT_RANGE (4 GB or more), ENG_ERR_ARGUMENT for a name that is
+// empty or has a NUL. After a failure nothing is left of it. A rollback of the transaction that it was made in takes
+// the object away: ENG_ERR_NO_OBJECT from an update of a slate that still has the item.
 ENG_API ENGSTATUS EngSlateAttachFile(ENGHANDLE slate, const ENGCHAR* item_name, const ENGCHAR* name,
                                      uint16_t name_length, const char* path, uint16_t flags, BLOCKID* item);
-// Writes an item's file to `path`, which then has all of it or is what it was; a regular file there is replaced. Change
-// time and the attributes go along. ENG_ERR_NO_OBJECT, ENG_ERR_OBJECT_CONTENT, ENG_ERR_FILE_OPEN, ENG_ERR_FILE_WRITE.
+// Writes an item's file to `path`, which then has all of it or is what it was; a regular file there is replaced, but
+// for a store that this process has open. Change time and the attributes go along. ENG_ERR_NO_OBJECT,
+// ENG_ERR_OBJECT_CONTENT, ENG_ERR_FILE_OPEN, ENG_ERR_FILE_WRITE.
 ENG_API ENGSTATUS EngItemExtractFile(ENGHANDLE slate, BLOCKID item, const char* path, uint16_t reserved);
 // The object that an item names as a new reserved one of `target`, which may be the same database. ENG_ERR_NO_OBJECT.
 ENG_API ENGSTATUS EngItemCopyObject(ENGHANDLE slate, BLOCKID item, ENGHANDLE target, uint32_t* copy);

@@ -112,11 +112,14 @@ ENGSTATUS AppendObjectItem(Slate& slate, std::string_view item_name, const ENGFI
   ObjectInfo info{};
   if (status == ENG_OK) status = CheckObject(slate.OwnObjects(), descriptor.File.Header.ObjectID, &info);
   Slate::Slot slot = 0;
-  return status == ENG_OK ? slate.Append(descriptor.ItemFlags, item_name, kObjectType, data, &slot) : status;
+  if (status == ENG_OK) status = slate.Append(descriptor.ItemFlags, item_name, kObjectType, data, &slot);
+  if (status == ENG_OK) slate.NoteObject(slot);
+  return status;
 }
 
 ENGSTATUS AttachFile(Slate& slate, std::string_view item_name, std::string_view name, const std::string& path,
                      std::uint16_t flags, Slate::Slot* slot) {
+  if (name.find('\0') != std::string_view::npos) return ENG_ERR_ARGUMENT;
   HostFileReader file;
   ENGSTATUS status = file.Open(path);
   if (status != ENG_OK) return status;
@@ -142,8 +145,10 @@ ENGSTATUS AttachFile(Slate& slate, std::string_view item_name, std::string_view 
   if (status == ENG_OK) status = object.Finish(&record.Header.ObjectID);
   if (status == ENG_OK) status = EncodeFileValue(descriptor, &data);
   if (status == ENG_OK) status = slate.Append(0, item_name, kObjectType, data, slot);
-  if (status == ENG_OK) object.Keep();
-  return status;
+  if (status != ENG_OK) return status;
+  object.Keep();
+  slate.NoteObject(*slot);
+  return ENG_OK;
 }
 
 ENGSTATUS CheckFile(Slate& slate, Slate::Slot slot) {

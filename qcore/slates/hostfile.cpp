@@ -10,6 +10,7 @@
 
 #include "engine/records.h"
 #include "qcore/settings/platform.h"
+#include "qcore/store/openfiles.h"
 #include "qcore/time/moment.h"
 
 namespace qcore {
@@ -67,6 +68,7 @@ HostFileReader::~HostFileReader() {
 }
 
 ENGSTATUS HostFileReader::Open(const std::string& path) {
+  if (IsOfOpenStore(path)) return ENG_ERR_FILE_OPEN;
   fd_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   struct statx info {};
   constexpr unsigned kWanted = STATX_BASIC_STATS | STATX_BTIME;
@@ -103,6 +105,8 @@ ENGSTATUS HostFileWriter::Open(const std::string& path, std::uint16_t attributes
   const bool taken = lstat(path.c_str(), &present) == 0;
   if (path.empty() || path.back() == '/') return ENG_ERR_FILE_OPEN;
   if (taken && !S_ISREG(present.st_mode) && !S_ISLNK(present.st_mode)) return ENG_ERR_FILE_OPEN;
+  if (taken && IsOfOpenStore(path)) return ENG_ERR_FILE_OPEN;
+  replaces_ = taken;
   path_ = path;
   const std::string beside = BesideOf(path);
   const mode_t mode = (attributes & FILEATTRIBUTE_PRIVATE) != 0 ? 0600 : 0666;
@@ -128,6 +132,8 @@ ENGSTATUS HostFileWriter::Finish(const HostFileFacts& facts) {
   if (futimens(fd_, times) != 0 || fstat(fd_, &present) != 0) return ENG_ERR_FILE_WRITE;
   const bool read_only = (facts.attributes & FILEATTRIBUTE_READ_ONLY) != 0;
   if (read_only && fchmod(fd_, present.st_mode & 0555) != 0) return ENG_ERR_FILE_WRITE;
+  // What is replaced goes only for bytes that a power cut leaves there.
+  if (replaces_ && fsync(fd_) != 0) return ENG_ERR_FILE_WRITE;
   const int closed = close(fd_);
   fd_ = -1;
   if (closed != 0 || rename(beside_.c_str(), path_.c_str()) != 0) return ENG_ERR_FILE_WRITE;

@@ -18,7 +18,7 @@ struct HostFileFacts {
   std::uint16_t attributes = 0;  // FILEATTRIBUTE_...
 };
 
-// A regular file, read from its start to its end.
+// A regular file, read from its start to its end. A store that this process has open is none.
 class HostFileReader {
  public:
   HostFileReader() = default;
@@ -46,7 +46,8 @@ class HostFileWriter {
   HostFileWriter& operator=(const HostFileWriter&) = delete;
   ~HostFileWriter();
 
-  // ENG_ERR_FILE_OPEN, also for a place that a folder or a device has. Nobody else ever reads a private file.
+  // ENG_ERR_FILE_OPEN, also for a place that a folder, a device or a store that is open here has. Nobody else ever
+  // reads a private file.
   [[nodiscard]] ENGSTATUS Open(const std::string& path, std::uint16_t attributes);
   // ENG_ERR_FILE_WRITE.
   [[nodiscard]] ENGSTATUS Write(std::span<const std::uint8_t> bytes);
@@ -55,6 +56,7 @@ class HostFileWriter {
 
  private:
   int fd_ = -1;
+  bool replaces_ = false;
   std::string path_;
   std::string beside_;
 };

@@ -155,6 +155,8 @@ ENGSTATUS Slate::Copy(ENGHANDLE* copy) {
     const ENGSTATUS status = slate->CopyItem(*this, item);
     if (status != ENG_OK) return status;
   }
+  const ENGSTATUS status = base_ ? ENGSTATUS{ENG_OK} : slate->TakeCopiedObjects();
+  if (status != ENG_OK) return status;
   return Publish(std::move(slate), copy);
 }
 

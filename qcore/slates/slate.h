@@ -99,6 +99,9 @@ class Slate final : public OpenSlate {
                                  Slot* slot);
   [[nodiscard]] ENGSTATUS AppendBlock(std::uint16_t flags, std::string_view name, ENGHANDLE memory, std::uint32_t size,
                                       Slot* slot);
+  // An item that was just appended for an object that is there: when a rollback takes that away, an update fails with
+  // ENG_ERR_NO_OBJECT until the item goes or names another one.
+  void NoteObject(Slot slot);
   // A value that names an object of another slate, which an update copies, or the next value from a third one.
   [[nodiscard]] ENGSTATUS AppendForeign(std::string_view name, Bytes data, const Objects& objects, Slot* slot);
   [[nodiscard]] ENGSTATUS ReplaceBlock(Slot slot, ENGHANDLE memory, std::uint32_t size);
@@ -138,6 +141,7 @@ class Slate final : public OpenSlate {
     bool changed = false;  // anything of it
     bool touched = false;  // the value
     bool foreign = false;  // names an object of `foreign_`
+    bool lost = false;     // its object went with a rollback
   };
   struct NewValue {
     ENGHANDLE pool = 0;
@@ -160,6 +164,11 @@ class Slate final : public OpenSlate {
     Slot slot;
     std::uint32_t object;
     Objects from;
+  };
+  // An item that was appended for an object within a client's transaction.
+  struct Noted {
+    std::uint64_t transaction;
+    Slot slot;
   };
   // What an update writes for one item.
   struct Draft {
@@ -203,6 +212,11 @@ class Slate final : public OpenSlate {
   [[nodiscard]] ENGSTATUS TakeForeignObject(Slot slot);
   void SetObjectIn(Item& item, std::uint32_t object);
   void GiveBackForeignObjects(std::uint64_t transaction);
+  // For a new slate: the objects that only a copy of it named yet.
+  [[nodiscard]] ENGSTATUS TakeCopiedObjects();
+  bool IsObjectGone(const Item& item);
+  void FindLostObjects(std::uint64_t transaction);
+  [[nodiscard]] ENGSTATUS CheckLostObjects();
   void Settle(const SlateHeader& header, const std::vector<Draft>& drafts);
   void Drop(Slot slot);
 
@@ -223,6 +237,7 @@ class Slate final : public OpenSlate {
   bool had_objects_ = false;
   Objects foreign_;
   std::vector<Taken> taken_;
+  std::vector<Noted> noted_;
   std::unique_ptr<Saved> saved_;
 };
 

@@ -49,6 +49,8 @@ ENGSTATUS Slate::Update(std::uint16_t flags) {
   ENGSTATUS status = TakeForeignObjects();
   if (status != ENG_OK) return status;
   const std::lock_guard lock(database_->mutex());
+  status = CheckLostObjects();
+  if (status != ENG_OK) return status;
   Change change(*database_);
   status = change.Begin(WritesOnlyRow(flags) ? Change::Extent::kOneStatement : Change::Extent::kSeveral);
   if (status != ENG_OK) return status;
@@ -240,6 +242,48 @@ void Slate::GiveBackForeignObjects(std::uint64_t transaction) {
   taken_.clear();
 }
 
+// A slate that was never saved has reserved objects, which are the first one's to be saved.
+ENGSTATUS Slate::TakeCopiedObjects() {
+  const ENGSTATUS status = TakeForeignObjects();
+  if (status != ENG_OK) return status;
+  for (const Slot slot : order_) {
+    items_[slot].foreign = items_[slot].type == kObjectType;
+    if (items_[slot].foreign) foreign_ = OwnObjects();
+  }
+  return TakeForeignObjects();
+}
+
+void Slate::NoteObject(Slot slot) {
+  const std::lock_guard lock(database_->mutex());
+  const std::uint64_t transaction = database_->transaction();
+  if (transaction == 0) return;
+  std::erase_if(noted_, [transaction](const Noted& noted) { return noted.transaction != transaction; });
+  noted_.push_back({transaction, slot});
+}
+
+bool Slate::IsObjectGone(const Item& item) {
+  const std::optional<std::uint32_t> object = ObjectIn(BytesOf(item));
+  ObjectInfo info{};
+  return object && database_->store().GetObject(*object, &info) == ENG_ERR_NO_OBJECT;
+}
+
+void Slate::FindLostObjects(std::uint64_t transaction) {
+  for (const Noted& noted : noted_) {
+    Item& item = items_[noted.slot];
+    if (noted.transaction == transaction && item.live) item.lost = IsObjectGone(item);
+  }
+  noted_.clear();
+}
+
+ENGSTATUS Slate::CheckLostObjects() {
+  for (const Slot slot : order_) {
+    Item& item = items_[slot];
+    if (item.lost) item.lost = IsObjectGone(item);
+    if (item.lost) return ENG_ERR_NO_OBJECT;
+  }
+  return ENG_OK;
+}
+
 ENGSTATUS Slate::NamedObjects(const std::vector<Draft>& drafts, std::vector<std::uint32_t>* named) {
   for (const Draft& draft : drafts) {
     if (draft.packed.type != kObjectType) continue;
@@ -297,6 +341,7 @@ void Slate::Settle(const SlateHeader& header, const std::vector<Draft>& drafts) 
 // Values changed since stay as they are; what was noted about the store goes back, and all is to be written again.
 void Slate::RevertTo(std::uint64_t transaction) {
   GiveBackForeignObjects(transaction);
+  FindLostObjects(transaction);
   if (!saved_ || saved_->transaction != transaction) return;
   header_.id = saved_->header.id;
   header_.added = saved_->header.added;

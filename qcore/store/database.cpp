@@ -64,7 +64,9 @@ void Database::CloseAll() {
 Database::Database(std::string path, std::unique_ptr<Store> store)
     : path_(std::move(path)),
       store_(std::move(store)),
-      user_(text::Translate(ENG_TRANSLATE_PLATFORM_TO_STORE, text::AsText(settings::UserName()), UINT16_MAX)) {}
+      user_(text::Translate(ENG_TRANSLATE_PLATFORM_TO_STORE, text::AsText(settings::UserName()), UINT16_MAX)) {
+  if (store_) open_file_.emplace(path_);
+}
 
 Database::~Database() = default;
 

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "engine/database.h"
 #include "qcore/handles/handles.h"
 #include "qcore/store/names.h"
+#include "qcore/store/openfiles.h"
 #include "qcore/store/store.h"
 
 namespace qcore {
@@ -87,6 +89,7 @@ class Database {
   void RevertMemory();
 
   std::string path_;
+  std::optional<OpenStoreFile> open_file_;  // goes behind the store
   std::unique_ptr<Store> store_;
   std::string user_;
   NameTable names_;

@@ -1,6 +1,7 @@
 // Files attached to slates: there and back, copied, refused, and cut off in the middle.
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -130,6 +131,7 @@ TEST_F(Attachments, WhatIsNoFileIsRefused) {
       {"pipe", Path("pipe"), "a", ENG_ERR_FILE_OPEN},
       {"empty path", "", "a", ENG_ERR_FILE_OPEN},
       {"attachment without a name", file, "", ENG_ERR_ARGUMENT},
+      {"a NUL in the name", file, std::string("a\0b", 3), ENG_ERR_ARGUMENT},
   };
   const ENGHANDLE slate = NewSlate();
   for (const auto& row : rows) EXPECT_EQ(Attach(slate, row.path, row.name), row.status) << row.title;
@@ -260,6 +262,116 @@ TEST_F(Attachments, LongNamesKeepTheirObjects) {
   SaveAndClose(slate);
   Reopen();
   EXPECT_EQ(Extracted(id), "bytes");
+}
+
+// Closing a descriptor of a store's file drops the locks that the process has on it; another file in its place, all.
+TEST_F(Attachments, OpenStoresAreNoFiles) {
+  const std::uint32_t id = MakeWithFile("bytes");
+  const ENGHANDLE slate = OpenSlate(id);
+  std::filesystem::create_hard_link(file(), Path("link"));
+  std::filesystem::create_symlink(file() + "-wal", Path("log"));
+  for (const std::string& path : {file(), file() + "-wal", file() + "-shm", Path("link"), Path("log")}) {
+    EXPECT_EQ(Attach(slate, path), ENG_ERR_FILE_OPEN) << path;
+    EXPECT_EQ(Extract(slate, path), ENG_ERR_FILE_OPEN) << path;
+  }
+  EXPECT_EQ(EngSlateClose(slate), ENG_OK);
+  EXPECT_EQ(Check(), ENG_OK);
+  EXPECT_EQ(Extracted(id), "bytes");
+  ASSERT_EQ(EngDbCreate("second", 255, 0), ENG_OK);
+  const ENGHANDLE closed = NewSlate();
+  EXPECT_EQ(Attach(closed, Path("data/second.vlt")), ENG_OK) << "one that is closed is a file";
+  EXPECT_EQ(EngSlateClose(closed), ENG_OK);
+}
+
+// An object goes with the transaction that made it; a slate that still names it says so.
+TEST_F(Attachments, RollbackTakesTheFileAlong) {
+  const std::uint32_t id = MakeWithFile("old");
+  const struct {
+    const char* title;
+    bool attach_before, save;
+    ENGSTATUS status;
+  } rows[] = {
+      {"made in it", false, false, ENG_ERR_NO_OBJECT},
+      {"made and saved in it", false, true, ENG_ERR_NO_OBJECT},
+      {"saved in it", true, true, ENG_OK},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    const ENGHANDLE slate = OpenSlate(id);
+    const std::string path = NewFile("source", "new");
+    if (row.attach_before) {
+      ASSERT_EQ(Attach(slate, path), ENG_OK);
+    }
+    ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+    if (!row.attach_before) {
+      ASSERT_EQ(Attach(slate, path), ENG_OK);
+    }
+    if (row.save) {
+      ASSERT_EQ(EngSlateUpdate(slate, 0), ENG_OK);
+    }
+    ASSERT_EQ(EngDbRollback(db_), ENG_OK);
+    EXPECT_EQ(EngSlateUpdate(slate, 0), row.status);
+    if (row.status != ENG_OK) {
+      BLOCKID last{};
+      ASSERT_EQ(EngSlateItemAt(slate, 1, &last), ENG_OK);
+      EXPECT_EQ(EngItemExtractFile(slate, last, Path("out").c_str(), 0), row.status);
+      ASSERT_EQ(EngItemDelete(slate, last), ENG_OK);
+      EXPECT_EQ(EngSlateUpdate(slate, 0), ENG_OK);
+    }
+    EXPECT_EQ(EngSlateClose(slate), ENG_OK);
+    EXPECT_EQ(Extracted(id), "old");
+    EXPECT_EQ(Check(), ENG_OK);
+  }
+}
+
+// Of a slate that was never saved too, whichever is saved first.
+TEST_F(Attachments, CopiesOfNewSlatesHaveTheirOwn) {
+  for (const bool copy_first : {false, true}) {
+    const ENGHANDLE slate = NewSlate();
+    ASSERT_EQ(Attach(slate, NewFile("source", "bytes")), ENG_OK);
+    ENGHANDLE copy = 0;
+    ORIGINATORID origin{};
+    ASSERT_EQ(EngSlateCopy(slate, &copy), ENG_OK);
+    ASSERT_EQ(EngDbNewOrigin(db_, &origin), ENG_OK);
+    ASSERT_EQ(EngSlateSetHeader(copy, ENG_SLATE_ORIGINATOR, &origin), ENG_OK);
+    const std::uint32_t first = SaveAndClose(copy_first ? copy : slate);
+    const std::uint32_t second = SaveAndClose(copy_first ? slate : copy);
+    EXPECT_EQ(Extracted(first) + Extracted(second), "bytesbytes");
+    ASSERT_EQ(EngSlateDelete(db_, first, 0), ENG_OK);
+    EXPECT_EQ(Extracted(second), "bytes");
+    EXPECT_EQ(Check(), ENG_OK);
+  }
+}
+
+// The source becomes shorter while it is read; a disk that is full when it is written leaves what was there.
+TEST_F(Attachments, FilesThatChangeAndDisksThatAreFull) {
+  const std::string path = NewFile("source", Repeated(40 << 20, 'a'));
+  const ENGHANDLE slate = NewSlate();
+  qtest::FaultVfs::hook = [&path](qtest::Operation operation, qtest::FileKind) {
+    return operation == qtest::Operation::kWrite && truncate(path.c_str(), 100000) != 0 ? SQLITE_IOERR : SQLITE_OK;
+  };
+  EXPECT_EQ(Attach(slate, path), ENG_OK);
+  qtest::FaultVfs::hook = nullptr;
+  const std::uint32_t id = SaveAndClose(slate);
+  const std::string bytes = Extracted(id);
+  EXPECT_TRUE(!bytes.empty() && Repeated(40 << 20, 'a').starts_with(bytes));
+
+  NewFile("data/target", "what was there");
+  const ENGHANDLE again = OpenSlate(id);
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const rlimit small{50000, before.rlim_max};
+  signal(SIGXFSZ, SIG_IGN);
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  const ENGSTATUS status = Extract(again, Path("data/target"));
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+  signal(SIGXFSZ, SIG_DFL);
+  EXPECT_EQ(status, ENG_ERR_FILE_WRITE);
+  EXPECT_EQ(ReadFile(Path("data/target")), "what was there");
+  for (const auto& entry : std::filesystem::directory_iterator(Path("data"))) {
+    EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << entry;
+  }
+  EXPECT_EQ(EngSlateClose(again), ENG_OK);
 }
 
 // A full disk in the middle, and a kill: the slate is as it was, and nothing of the file is left in the end.

@@ -134,7 +134,12 @@ TEST_F(Attached, WordsOfTheRecord) {
 TEST_F(Attached, Refusals) {
   VQDocument document = NewWithAttachment("a", "bytes");
   VQDocument closed = NewWithAttachment("b", "closed");
-  VQAttachment attachment, late, sealed, none;
+  VQDocument strange = NewDocument("strange");
+  VQAttachment attachment, late, sealed, none, odd;
+  std::string record(36, '\0');
+  record[6] = 3;
+  ASSERT_EQ(strange.CreateItem("Odd", TYPE_OBJECT, (record + std::string("a\0b", 3)).data(), 39), VQ_OK);
+  ASSERT_EQ(strange.GetItem("Odd", &odd), VQ_OK);
   ASSERT_EQ(document.GetAttachment("a", &attachment), VQ_OK);
   ASSERT_EQ(closed.GetAttachment("b", &late), VQ_OK);
   ASSERT_EQ(closed.Close(), VQ_OK);
@@ -145,7 +150,8 @@ TEST_F(Attached, Refusals) {
   VQRTCursor cursor, inside;
   ASSERT_EQ(alone.GetCursor(&cursor), VQ_OK);
   ASSERT_EQ(body.GetCursor(&inside), VQ_OK);
-  const VQString out = Store(Path("out"));
+  const VQString out = Store(Path("out")), store = Store(Path("main.vlt"));
+  ASSERT_TRUE(std::filesystem::exists(Path("main.vlt")));
   const std::string before = Contents(document);
   const struct {
     const char* title;
@@ -157,12 +163,18 @@ TEST_F(Attached, Refusals) {
       {"detach to nowhere", [&] { return attachment.Detach(""); }, VQERR_NULL_STRING},
       {"detach to a folder", [&] { return attachment.Detach(Store(Path("."))); }, ENG_ERR_FILE_OPEN},
       {"detach by an unknown name", [&] { return document.Detach("none", out); }, VQWARN_NOT_FOUND},
+      {"look at nothing", [&] { return none.Check(); }, VQERR_OBJECT_NOT_INITIALIZED},
+      {"look at one of a closed slate", [&] { return late.Check(); }, VQERR_SLATE_NOT_OPEN},
       {"size of nothing", [&] { return StatusOf([&] { none.GetFileSize(); }); }, VQERR_OBJECT_NOT_INITIALIZED},
       {"size after the slate closed", [&] { return StatusOf([&] { late.GetFileSize(); }); },
        VQERR_OBJECT_NOT_INITIALIZED},
       {"attach a missing file", [&] { return document.CreateAttachment(Store(Path("none"))); }, ENG_ERR_FILE_OPEN},
       {"attach an empty path", [&] { return document.CreateAttachment(""); }, VQERR_NULL_STRING},
       {"attach without a name", [&] { return document.CreateAttachment(NewFile("x", ""), ""); }, VQERR_NULL_STRING},
+      {"show a name with a NUL", [&] { return body.CreateAttachment(odd, &inside); }, VQERR_INVALID_PARAMETER},
+      {"show no file", [&] { return StatusOf([&] { VQRTAttachment made("", "x"); }); }, VQERR_NULL_STRING},
+      {"attach the store", [&] { return document.CreateAttachment(store); }, ENG_ERR_FILE_OPEN},
+      {"detach over the store", [&] { return attachment.Detach(store); }, ENG_ERR_FILE_OPEN},
       {"attach to a closed slate", [&] { return closed.CreateAttachment(out); }, VQERR_SLATE_NOT_OPEN},
       {"copy nothing", [&] { return document.CreateAttachment(none); }, VQERR_ATTACHMENT_UNINITIALIZED},
       {"copy from a closed slate", [&] { return document.CreateAttachment(late); }, VQERR_ATTACHMENT_UNINITIALIZED},
@@ -307,6 +319,32 @@ TEST_F(Attached, DocumentsAreCopiedWithTheirFiles) {
     ASSERT_EQ(Db.DeleteSlate(&source), VQ_OK);
     EXPECT_EQ(Contents(copy), "a=bytes;");
     EXPECT_EQ(Shown(BodyOf(copy)), "a=bytes;");
+  }
+}
+
+// A document that was never saved keeps its files when a copy of it is saved.
+TEST_F(Attached, NewDocumentsAreCopiedWithTheirFiles) {
+  VQDocument source, copy;
+  ASSERT_EQ(Db.CreateDocument(&source), VQ_OK);
+  ASSERT_EQ(source.CreateAttachment(NewFile("a", "bytes")), VQ_OK);
+  ASSERT_EQ(Db.CreateSlate(source, &copy), VQ_OK);
+  ASSERT_EQ(source.Save(), VQ_OK);
+  EXPECT_EQ(Contents(source) + Contents(copy), "a=bytes;a=bytes;");
+}
+
+// A name of the greatest length becomes another one that a VQString holds, and of whole characters.
+TEST_F(Attached, LongNamesStayTheirOwn) {
+  VQDocument document = NewDocument("long");
+  std::string name;
+  while (name.size() < 65534) name += "\xC3\xA9";
+  for (int i = 0; i < 3; ++i) ASSERT_EQ(document.CreateAttachment(NewFile("a", "1"), Store(name)), VQ_OK);
+  VQItemArray items;
+  ASSERT_EQ(document.GetAttachments(&items), VQ_OK);
+  ASSERT_EQ(items.GetCount(), 3u);
+  for (unsigned long i = 0; i < 3; ++i) {
+    const std::string present = TextOf(VQAttachment(items[i]).GetAttachmentName());
+    const std::string tail = i == 0 ? "\xC3\xA9" : "\xC3\xA9(" + std::to_string(i) + ")";
+    EXPECT_TRUE(present.ends_with(tail)) << present.size();
   }
 }
 

@@ -4,7 +4,13 @@ namespace vq {
 
 namespace {
 
-constexpr std::size_t kLongestName = 0xFFFF;
+constexpr std::size_t kLongestName = 65534;
+
+// The first bytes, and no part of a character: bytes 10xxxxxx go on with one.
+std::string_view FirstBytes(std::string_view name, std::size_t count) {
+  while (count > 0 && count < name.size() && (static_cast<unsigned char>(name[count]) & 0xC0) == 0x80) --count;
+  return name.substr(0, count);
+}
 
 // Where an ending starts, the dot with it; a name that starts with its only dot has none.
 std::size_t EndingOf(const std::string& name) {
@@ -31,8 +37,9 @@ std::string AttachmentNames::MakeUnique(const std::string& name) const {
   std::string made = name;
   for (unsigned number = 1; Names.contains(made) || made.size() > kLongestName; ++number) {
     const std::string tail = "(" + std::to_string(number) + ")" + name.substr(ending);
-    made = tail.size() < kLongestName ? name.substr(0, std::min(ending, kLongestName - tail.size())) + tail
-                                      : std::to_string(number);
+    made = tail.size() < kLongestName
+               ? std::string(FirstBytes(name, std::min(ending, kLongestName - tail.size()))) + tail
+               : std::to_string(number);
   }
   return made;
 }

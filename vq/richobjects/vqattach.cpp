@@ -261,7 +261,7 @@ VQSTATUS VQAttachment::Detach(const VQString& path) const {
 VQSTATUS VQAttachment::Check() const {
   if (IsNull()) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
   const VQAttachmentBody& body = *GetAttachmentBody();
-  if (!body.GetSlateBody()->IsOpen()) return vq::Apply(VQERR_SLATE_NOT_OPEN);
+  if (!body.GetSlateBody() || !body.GetSlateBody()->IsOpen()) return vq::Apply(VQERR_SLATE_NOT_OPEN);
   if (!body.HasFileObject()) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
   return vq::Apply(vq::FromEngine(EngItemCheckFile(body.GetSlateBody()->GetHandle(), body.GetItemBlock())));
 }

@@ -141,6 +141,8 @@ VQSTATUS VQRTAttachmentBody::WriteNames(std::string_view name, std::string_view 
   CDHOTSPOTBEGIN record{};
   std::vector<unsigned char> data;
   if (VQSTATUS status = ReadBegin(&record, &data)) return status;
+  // It would be read as another name.
+  if (name.find('\0') != std::string_view::npos) return VQERR_INVALID_PARAMETER;
   data.assign(name.begin(), name.end());
   data.push_back(0);
   // A path that does not fit is worth less than the object.
@@ -279,6 +281,7 @@ VQSTATUS VQRTEmbeddedObject::SetHotspotType(unsigned short type) {
 }
 
 VQRTAttachment::VQRTAttachment(const VQString& path, const VQString& name) {
+  if (path.GetBufLength() == 0) vq::Throw(VQERR_NULL_STRING);
   auto* body = new VQRTAttachmentBody();
   Attach(body, 0);
   const std::string_view given = vq::ViewOf(name);

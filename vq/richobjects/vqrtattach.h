@@ -103,7 +103,8 @@ class VQ_API VQRTEmbeddedObject : public VQRTElement {
 class VQ_API VQRTAttachment : public VQRTEmbeddedObject {
  public:
   VQRTAttachment() = default;
-  // A file, and the name that its attachment is to get: the file's own when it is empty.
+  // A file, and the name that its attachment is to get: the file's own when it is empty. Throws VQERR_NULL_STRING for
+  // no path, VQERR_INVALID_PARAMETER for a name that has a NUL or more bytes than the object holds.
   VQRTAttachment(const VQString& path, const VQString& name);
   // Throws VQERR_ATTACHMENT_UNINITIALIZED or VQERR_ATTACHMENT_SIGNED.
   explicit VQRTAttachment(const VQAttachment& attachment);
