@@ -14,13 +14,16 @@ constexpr std::size_t kFlushSize = 1 << 18;
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
 // Bytes that are not simply copied.
-constexpr std::array<bool, 256> kSpecial = [] {
+constexpr std::array<bool, 256> SpecialBytes(bool lineEnds) {
   std::array<bool, 256> special = {};
-  for (unsigned c = 0; c < 0x20; ++c) special[c] = c != '\t' && c != '\n' && c != '\r' && c != '\f';
+  special['\n'] = lineEnds;
+  for (unsigned c = 0; c < 0x20; ++c) special[c] = special[c] || !(c == '\t' || c == '\n' || c == '\r' || c == '\f');
   for (unsigned c = 0x7F; c < 0x100; ++c) special[c] = true;
   for (char c : std::string_view("&<>\"")) special[static_cast<unsigned char>(c)] = true;
   return special;
-}();
+}
+constexpr std::array<bool, 256> kSpecial = SpecialBytes(false);
+constexpr std::array<bool, 256> kSpecialOrLineEnd = SpecialBytes(true);
 
 constexpr std::array<bool, 256> kInAddress = [] {
   std::array<bool, 256> plain = {};
@@ -89,18 +92,13 @@ void HtmlWriter::FreshLine() {
 }
 
 void HtmlWriter::Escape(std::string_view text) {
+  const std::array<bool, 256>& special = LinesTogether ? kSpecialOrLineEnd : kSpecial;
+  const char* const bytes = text.data();
+  const std::size_t end = text.size();
   std::size_t start = 0;
-  for (std::size_t i = 0; i < text.size();) {
-    if (LinesTogether && text[i] == '\n') {
-      Put(text.substr(start, i - start));
-      Put("&#10;");
-      start = ++i;
-      continue;
-    }
-    if (!kSpecial[static_cast<unsigned char>(text[i])]) {
-      ++i;
-      continue;
-    }
+  for (std::size_t i = 0;;) {
+    while (i < end && !special[static_cast<unsigned char>(bytes[i])]) ++i;
+    if (i == end) break;
     const std::size_t size = Utf8Length(text.substr(i));
     if (size > 1) {
       i += size;
@@ -108,6 +106,9 @@ void HtmlWriter::Escape(std::string_view text) {
     }
     Put(text.substr(start, i - start));
     switch (text[i]) {
+      case '\n':
+        Put("&#10;");
+        break;
       case '&':
         Put("&amp;");
         break;

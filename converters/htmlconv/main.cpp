@@ -17,11 +17,11 @@ class HtmlConversion : public conv::Conversion {
     return conv::ReadHtml(html, output, font, Losses);
   }
   ENGSTATUS Export(std::FILE* composite, std::FILE* target, const std::string& name, std::uint32_t) override {
-    std::string records;
-    if (ENGSTATUS status = conv::ReadAll(composite, &records)) return status;
+    conv::Composite records;
+    if (ENGSTATUS status = records.Open(composite)) return status;
     conv::HtmlWriter writer(target, Losses);
     writer.BeginPage(std::filesystem::path(name).stem().string());
-    if (ENGSTATUS status = conv::Walker(records, writer, Losses).Run()) return status;
+    if (ENGSTATUS status = conv::Walker(records.Bytes(), writer, Losses).Run()) return status;
     return writer.Finish() ? ENG_OK : ENG_ERR_FILE_WRITE;
   }
   std::string Report() const override { return Losses.Text(); }

@@ -46,9 +46,15 @@ std::vector<Justify> Alignments(std::string_view line) {
 
 SourceLines::SourceLines(std::string_view source) : Source(source) {
   Starts.push_back(0);
-  for (std::size_t i = source.find_first_of("\r\n"); i != std::string_view::npos; i = source.find_first_of("\r\n", i)) {
-    i += source[i] == '\r' && i + 1 < source.size() && source[i + 1] == '\n' ? 2 : 1;
-    Starts.push_back(i);
+  std::size_t feed = source.find('\n');
+  std::size_t back = source.find('\r');
+  while (feed != back) {  // neither is left: both are npos
+    std::size_t& first = feed < back ? feed : back;
+    const std::size_t at = first;
+    const bool both = source[at] == '\r' && feed == at + 1;
+    Starts.push_back(at + (both ? 2 : 1));
+    first = source.find(source[at], at + 1);
+    if (both) feed = source.find('\n', at + 2);
   }
   Starts.push_back(source.size());
 }

@@ -14,9 +14,10 @@ class MarkdownConversion : public conv::Conversion {
     return conv::ReadMarkdown(text, output, font, options, Losses);
   }
   ENGSTATUS Export(std::FILE* composite, std::FILE* target, const std::string&, std::uint32_t) override {
-    std::string records, text;
-    if (ENGSTATUS status = conv::ReadAll(composite, &records)) return status;
-    if (ENGSTATUS status = conv::WriteMarkdown(records, &text, Losses)) return status;
+    conv::Composite records;
+    if (ENGSTATUS status = records.Open(composite)) return status;
+    std::string text;
+    if (ENGSTATUS status = conv::WriteMarkdown(records.Bytes(), &text, Losses)) return status;
     return std::fwrite(text.data(), 1, text.size(), target) == text.size() ? ENG_OK : ENG_ERR_FILE_WRITE;
   }
   std::string Report() const override { return Losses.Text(); }

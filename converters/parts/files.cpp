@@ -1,6 +1,7 @@
 #include "converters/parts/files.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -134,6 +135,25 @@ ENGSTATUS ReadAll(std::FILE* file, std::string* bytes) {
   }
   while ((count = std::fread(block, 1, sizeof block, file)) > 0) bytes->append(block, count);
   return std::ferror(file) ? ENG_ERR_FILE_READ : ENG_OK;
+}
+
+ENGSTATUS Composite::Open(std::FILE* file) {
+  struct stat state;
+  if (fstat(fileno(file), &state) == 0 && S_ISREG(state.st_mode) && state.st_size > 0) {
+    Size = static_cast<std::size_t>(state.st_size);
+    void* mapped = mmap(nullptr, Size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fileno(file), 0);
+    if (mapped != MAP_FAILED) {
+      Mapped = mapped;
+      return ENG_OK;
+    }
+  }
+  const ENGSTATUS status = ReadAll(file, &Read);
+  Size = Read.size();
+  return status;
+}
+
+Composite::~Composite() {
+  if (Mapped) munmap(Mapped, Size);
 }
 
 ENGSTATUS RunConversion(Conversion& conversion, ENGCONVERTERBUFFER* buffer, std::uint16_t mode, std::uint32_t flags,

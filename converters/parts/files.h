@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "engine/converter.h"
 #include "engine/types.h"
@@ -18,6 +19,24 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 
 // The whole file. ENG_ERR_FILE_READ.
 ENGSTATUS ReadAll(std::FILE* file, std::string* bytes);
+
+// A composite file as it lies in memory: it is the caller's own, and nobody changes it meanwhile.
+class Composite {
+ public:
+  Composite() = default;
+  ~Composite();
+  Composite(const Composite&) = delete;
+  Composite& operator=(const Composite&) = delete;
+
+  // ENG_ERR_FILE_READ.
+  ENGSTATUS Open(std::FILE* file);
+  std::string_view Bytes() const { return {Mapped ? static_cast<const char*>(Mapped) : Read.data(), Size}; }
+
+ private:
+  void* Mapped = nullptr;
+  std::string Read;  // of what cannot be mapped
+  std::size_t Size = 0;
+};
 
 // What one converter does between files that are open.
 class Conversion {

@@ -187,11 +187,19 @@ constexpr Layout kLayouts[] = {
 };
 static_assert(std::ranges::is_sorted(kLayouts, std::ranges::less{}, &Layout::code));
 
+// Each code's place among the layouts, from 1 on; every record that is read or written asks for one.
+constexpr auto kPlaces = [] {
+  static_assert(std::size(kLayouts) < 0x100);
+  std::array<std::uint8_t, std::end(kLayouts)[-1].code + 1> places = {};
+  for (std::size_t i = 0; i < std::size(kLayouts); ++i) places[kLayouts[i].code] = static_cast<std::uint8_t>(i + 1);
+  return places;
+}();
+
 }  // namespace
 
 const Layout* Find(std::uint16_t code) {
-  const Layout* found = std::ranges::lower_bound(kLayouts, code, {}, &Layout::code);
-  return found != std::end(kLayouts) && found->code == code ? found : nullptr;
+  const std::size_t place = code < kPlaces.size() ? kPlaces[code] : 0;
+  return place > 0 ? &kLayouts[place - 1] : nullptr;
 }
 
 std::span<const Layout> All() { return kLayouts; }

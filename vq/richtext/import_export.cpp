@@ -295,7 +295,8 @@ VQSTATUS ImportInto(VQRichText& target, const Converter& converter, const std::s
   if (!cursor->IsValid()) return VQERR_CURSOR_INVALID;
   VQRichText imported;
   VQSTATUS status = ImportWith(converter, filename, options != 0 ? options : converter.Options, report, &imported);
-  return status != VQ_OK ? status : target.Insert(imported, cursor);
+  if (status == VQ_OK) status = target.GetRichTextBody()->Initialize();
+  return status != VQ_OK ? status : target.GetRichTextBody()->GetTop()->TakeIn(imported, cursor);
 }
 
 // Whether the cursors stand at the ends of the text: then nothing has to be copied, and objects there are whole.

@@ -134,13 +134,20 @@ VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* curso
   if (richText.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
   if (VQSTATUS status = CheckCursor(*this, cursor)) return status;
   if (IsType(VQRTTYPE_STYLIZED_TEXT)) return VQERR_CANT_INSERT_TYPE;
+  VQRichText copy;
+  if (VQSTATUS status = CopyWhole(richText, &copy)) return status;
+  return TakeIn(copy, cursor, richText.GetRichTextBody());
+}
+
+VQSTATUS VQRTContainerBody::TakeIn(VQRichText& incoming, VQRTCursor* cursor, VQRichTextBody* source) {
+  if (VQSTATUS status = CheckCursor(*this, cursor)) return status;
+  if (IsType(VQRTTYPE_STYLIZED_TEXT)) return VQERR_CANT_INSERT_TYPE;
+  if (VQSTATUS status = incoming.GetRichTextBody()->Initialize()) return status;
   VQRTContainerBody& root = pab::Root(*this);
-  VQRichText incoming;
-  if (VQSTATUS status = CopyWhole(richText, &incoming)) return status;
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   if (top.GetChildCount() == 0) return VQ_OK;
   if (VQSTATUS status = CheckTypes(vq::EnclosingContainer(cursor->GetElementBody()), top)) return status;
-  if (VQSTATUS status = vq::CheckAdmitted(root.GetRichTextBody(), top, richText.GetRichTextBody())) return status;
+  if (VQSTATUS status = vq::CheckAdmitted(root.GetRichTextBody(), top, source)) return status;
   vq::FontGuard fonts(root.GetRichTextBody());
   vq::ObjectGuard objects(root.GetRichTextBody());
   if (VQSTATUS status = Adapt(incoming, root)) return status;

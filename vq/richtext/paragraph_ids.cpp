@@ -152,6 +152,7 @@ VQSTATUS VQRTContainerBody::ReassignPABIDs(unsigned short highest, unsigned shor
       mapped.Second = numbers[ids.Second];
       mapped.First = defined.Any.contains(ids.First) ? numbers[ids.First] : mapped.Second;
     }
+    if (mapped.First == ids.First && mapped.Second == ids.Second) continue;
     if (VQSTATUS status = vq::WritePABIDs(*object, mapped)) return status;
   }
   *newHighestPABID = numbers.Highest();
