@@ -15,7 +15,7 @@
 #include "qcore/settings/settings.h"
 #include "qcore/settings/startup.h"
 #include "qcore/settings/statustext.h"
-#include "qcore/slates/render.h"
+#include "qcore/forms/render.h"
 #include "qcore/store/database.h"
 #include "qcore/text/translate.h"
 #include "qcore/time/zone.h"
@@ -31,7 +31,7 @@ namespace {
 void CloseEverything() {
   qcore::formula::Compute::StopAll();
   qcore::TextSearch::CloseAll();
-  qcore::RenderTarget::CloseAll();
+  qcore::forms::RenderTarget::CloseAll();
   qcore::Database::CloseAll();
   libraries::CloseAll();
   qcore::memory::FreeAll();

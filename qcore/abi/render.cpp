@@ -3,9 +3,9 @@
 #include <utility>
 
 #include "qcore/abi/lookup.h"
-#include "qcore/slates/render.h"
+#include "qcore/forms/render.h"
 
-using qcore::RenderTarget;
+using qcore::forms::RenderTarget;
 using qcore::Slate;
 using qcore::abi::Guard;
 using qcore::abi::WithSlate;

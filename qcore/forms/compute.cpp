@@ -117,6 +117,21 @@ class Run {
     return first == ENG_OK ? applied : first;
   }
 
+  ENGSTATUS Show(ShownFields* shown) {
+    for (const Field& field : fields_) {
+      Shown& entry = shown->try_emplace(field.name, Shown{field.number_format, field.time_format, {}}).first->second;
+      if (IsEditable(field) || field.data_type == kComposite || field.value.empty()) continue;
+      if (IsWhenComposed(field) && slate_.header().id != 0) continue;
+      formula::ItemValue present;
+      const bool stored = source_.FindItem(formula::Source::kNoIndex, field.name, &present);
+      if (stored && !IsForDisplay(field)) continue;
+      if (ENGSTATUS status = Evaluate(field, field.value, true); status != ENG_OK) return status;
+      source_.Show(field.name, value_);
+      entry.value = value_;
+    }
+    return ENG_OK;
+  }
+
  private:
   // Evaluates and leaves the value, in the field's type, in value_.
   ENGSTATUS Evaluate(const Field& field, const std::vector<std::uint8_t>& code, bool convert) {
@@ -233,6 +248,15 @@ ENGSTATUS ComputeSlate(Slate& slate, OnError on_error, Failure* failure) {
   if (status == ENG_OK) status = FindForm(slate.shared_database(), name, &form);
   if (status == ENG_OK) status = ReadFields(slate.shared_database(), form, &fields);
   return status == ENG_OK ? Run(slate, std::move(fields)).Compute(on_error, failure) : status;
+}
+
+ENGSTATUS ComputeForDisplay(Slate& slate, std::vector<Field> fields, ShownFields* shown) {
+  return Run(slate, std::move(fields)).Show(shown);
+}
+
+bool NameLess::operator()(std::string_view a, std::string_view b) const {
+  const auto folded = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+  return std::ranges::lexicographical_compare(a, b, {}, folded, folded);
 }
 
 }  // namespace qcore::forms

@@ -33,7 +33,6 @@ constexpr std::uint16_t kSigHotspot = 0xFFA9;
 constexpr std::uint16_t kSigHotspotV4 = 0xFFAD;
 constexpr std::uint16_t kHotspotSubform = 14;
 
-constexpr unsigned kDeepestSubform = 8;
 constexpr std::size_t kMostFields = 20000;
 
 // An open stored slate, for as long as this lives.
@@ -112,6 +111,11 @@ ENGSTATUS FindKind(const std::shared_ptr<Database>& database, std::string_view n
   return status == ENG_OK ? ENGSTATUS{ENG_ERR_NO_DESIGN_ELEMENT} : status;
 }
 
+bool IsGone(ENGSTATUS status) {
+  const unsigned error = status & ENG_ERROR_MASK;
+  return error == ENG_ERR_NO_DESIGN_ELEMENT || error == ENG_ERR_SLATE_DELETED || error == ENG_ERR_NO_SLATE;
+}
+
 // The stretches of records in the items $Body.
 template <typename Take>
 ENGSTATUS ForEachRecord(Slate& slate, Take take) {
@@ -136,11 +140,14 @@ class Reader {
   Reader(const std::shared_ptr<Database>& database, std::vector<Field>* fields)
       : database_(database), fields_(fields) {}
 
-  ENGSTATUS ReadForm(std::uint32_t form, unsigned depth) {
+  ENGSTATUS ReadForm(std::uint32_t form) {
     OpenedSlate opened;
     if (ENGSTATUS status = opened.Open(database_, form); status != ENG_OK) return status;
+    return ReadBody(opened.slate(), 0);
+  }
+  ENGSTATUS ReadBody(Slate& form, unsigned depth) {
     Ahead ahead;
-    return ForEachRecord(opened.slate(), [&](std::uint16_t signature, Bytes record) -> ENGSTATUS {
+    return ForEachRecord(form, [&](std::uint16_t signature, Bytes record) -> ENGSTATUS {
       const Bytes extension = ahead.Pass(signature, record);
       if (IsField(signature)) return AddField(record, extension);
       return signature == kSigHotspot || signature == kSigHotspotV4 ? AddSubform(record, depth) : ENGSTATUS{ENG_OK};
@@ -222,22 +229,12 @@ class Reader {
   }
 
   ENGSTATUS AddSubform(Bytes record, unsigned depth) {
-    CDHOTSPOTBEGIN begin{};
-    const std::size_t fixed = records::Find(ODS_CDHOTSPOTBEGIN)->length;
-    if (!ReadFixed(ODS_CDHOTSPOTBEGIN, record, &begin) || begin.Type != kHotspotSubform) return ENG_OK;
-    if (begin.DataLength > record.size() - fixed) return ENG_ERR_FORM_DESIGN;
-    std::string_view name(reinterpret_cast<const char*>(record.data()) + fixed, begin.DataLength);
-    name = name.substr(0, name.find('\0'));
-    if (name.empty() || depth == kDeepestSubform) return ENG_OK;
-    std::uint32_t id = 0;
-    ENGSTATUS status = FindKind(database_, name, Kind::kSubform, &id);
-    if (status == ENG_OK && subforms_.insert(id).second) status = ReadForm(id, depth + 1);
-    return IsGone(status) ? ENGSTATUS{ENG_OK} : status;
-  }
-
-  static bool IsGone(ENGSTATUS status) {
-    const unsigned error = status & ENG_ERROR_MASK;
-    return error == ENG_ERR_NO_DESIGN_ELEMENT || error == ENG_ERR_SLATE_DELETED || error == ENG_ERR_NO_SLATE;
+    std::string_view name;
+    const ENGSTATUS status = ReadSubformName(record, &name);
+    if (status != ENG_OK || name.empty() || depth == kDeepestSubform) return status;
+    return WithSubform(database_, name, [&](Slate& subform) {
+      return subforms_.insert(subform.header().id).second ? ReadBody(subform, depth + 1) : ENGSTATUS{ENG_OK};
+    });
   }
 
   const std::shared_ptr<Database>& database_;
@@ -256,7 +253,32 @@ ENGSTATUS FindForm(const std::shared_ptr<Database>& database, std::string_view n
 }
 
 ENGSTATUS ReadFields(const std::shared_ptr<Database>& database, std::uint32_t form, std::vector<Field>* fields) {
-  return Reader(database, fields).ReadForm(form, 0);
+  return Reader(database, fields).ReadForm(form);
+}
+
+ENGSTATUS ReadFields(Slate& form, std::vector<Field>* fields) {
+  return Reader(form.shared_database(), fields).ReadBody(form, 0);
+}
+
+ENGSTATUS ReadSubformName(Bytes record, std::string_view* name) {
+  CDHOTSPOTBEGIN begin{};
+  const std::size_t fixed = records::Find(ODS_CDHOTSPOTBEGIN)->length;
+  *name = {};
+  if (!ReadFixed(ODS_CDHOTSPOTBEGIN, record, &begin) || begin.Type != kHotspotSubform) return ENG_OK;
+  if (begin.DataLength > record.size() - fixed) return ENG_ERR_FORM_DESIGN;
+  *name = {reinterpret_cast<const char*>(record.data()) + fixed, begin.DataLength};
+  *name = name->substr(0, name->find('\0'));
+  return ENG_OK;
+}
+
+ENGSTATUS WithSubform(const std::shared_ptr<Database>& database, std::string_view name,
+                      const std::function<ENGSTATUS(Slate&)>& take) {
+  std::uint32_t id = 0;
+  OpenedSlate opened;
+  ENGSTATUS status = FindKind(database, name, Kind::kSubform, &id);
+  if (status == ENG_OK) status = opened.Open(database, id);
+  if (status != ENG_OK) return IsGone(status) ? ENGSTATUS{ENG_OK} : status;
+  return take(opened.slate());
 }
 
 }  // namespace qcore::forms

@@ -3,13 +3,14 @@
 #define QUILLON_QCORE_FORMS_DESIGN_H
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "engine/records.h"
-#include "qcore/store/database.h"
+#include "qcore/slates/slate.h"
 
 namespace qcore::forms {
 
@@ -31,6 +32,16 @@ struct Field {
 // ENG_ERR_FORM_DESIGN for records that can't be read.
 [[nodiscard]] ENGSTATUS ReadFields(const std::shared_ptr<Database>& database, std::uint32_t form,
                                    std::vector<Field>* fields);
+// The same of a form that is open, as it stands there.
+[[nodiscard]] ENGSTATUS ReadFields(Slate& form, std::vector<Field>* fields);
+// Name of the subform that a hotspot record inserts; empty for any other hotspot. ENG_ERR_FORM_DESIGN.
+[[nodiscard]] ENGSTATUS ReadSubformName(Bytes record, std::string_view* name);
+// Calls with the open subform; one that is gone is passed over.
+[[nodiscard]] ENGSTATUS WithSubform(const std::shared_ptr<Database>& database, std::string_view name,
+                                    const std::function<ENGSTATUS(Slate&)>& take);
+
+// How deep subforms are read in each other.
+inline constexpr unsigned kDeepestSubform = 8;
 
 }  // namespace qcore::forms
 

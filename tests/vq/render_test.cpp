@@ -3,8 +3,10 @@
 
 #include <fstream>
 
+#include "engine/records.h"
 #include "tests/vq/support/records.h"
 #include "tests/vq/support/store_fixture.h"
+#include "vq/automation/vqformula.h"
 #include "vq/richobjects/vqrtattach.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/values/vqnumber.h"
@@ -23,15 +25,63 @@ std::string Field(const std::string& name, const std::string& nameLength = "") {
   return Record(0xFF8A, fixed + name);
 }
 
+// A field of texts with a value formula.
+std::string Computed(const std::string& name, int flags, const std::string& formula) {
+  const VQFormula compiled(Store(formula));
+  const std::string code(compiled.GetCode(), compiled.GetCodeLength());
+  return Record(0xFF8A, Word(static_cast<std::size_t>(flags)) + Word(0x0500) + Word(0) + Bytes({8, 0, 0, 0}) +
+                            Bytes({0, 0, 0, 2}) + Bytes({1, 1, 0, 10}) + Word(code.size()) + Word(0) + Word(0) +
+                            Word(0) + Word(name.size()) + Word(0) + Word(0) + code + name);
+}
+constexpr int kDisplay = 0;
+constexpr int kStored = FIELD_COMPUTED;
+constexpr int kComposed = FIELD_COMPUTED | FIELD_WHEN_COMPOSED;
+
+// The place of a subform, with something inside that stands for it.
+std::string Inserted(const std::string& name) {
+  return Record(SIG_CD_HOTSPOTBEGIN, Word(14) + Bytes({0, 0, 0, 0}) + Word(name.size() + 1) + name + '\0') +
+         Text("here") + HotspotEnd();
+}
+std::string Link() { return Record(SIG_CD_LINK_A, Word(0)); }
+
 class Rendered : public StoreFixture {
  protected:
-  VQSlate NewForm(const std::string& name, const std::string& body) {
+  VQSlate NewForm(const std::string& name, const std::string& body, const std::string& flags = "") {
     VQSlate form;
     EXPECT_EQ(Db.CreateSlate(VQSLATECLASS_FORM | VQDESIGNKIND_FORM << 16, &form), VQ_OK);
     SetText(form, "$TITLE", name);
+    if (!flags.empty()) SetText(form, "$Flags", flags);
     EXPECT_EQ(form.CreateItem("$Body", TYPE_COMPOSITE, body.data(), body.size()), VQ_OK);
     EXPECT_EQ(form.Save(), VQ_OK);
     return form;
+  }
+  struct Outcome {
+    std::string text, table;
+    std::size_t links = 0;
+  };
+  Outcome RenderedBy(const VQSlate& form, const VQDocument& document) {
+    Outcome outcome;
+    ENGHANDLE target = 0, made = 0;
+    EXPECT_EQ(EngSlateCreateTemp(Db.GetDatabaseBody()->GetHandle(), reinterpret_cast<const ENGCHAR*>("R"), &target),
+              ENG_OK);
+    EXPECT_EQ(EngSlateRenderToItem(target, form.GetSlateBody()->GetHandle(), document.GetSlateBody()->GetHandle()),
+              ENG_OK);
+    EXPECT_EQ(EngSlateRenderFinish(target, 0, 0, 0, 0), ENG_OK);
+    EXPECT_EQ(EngSlateRenderTake(target, &made), ENG_OK);
+    EXPECT_EQ(EngSlateRenderClose(target), ENG_OK);
+    VQSlate rendered;
+    VQRichText text, table;
+    VQString words;
+    EXPECT_EQ(rendered.BindToHandle(Db.GetDatabaseBody(), made), VQ_OK);
+    EXPECT_EQ(rendered.GetItem("R", &text), VQ_OK);
+    EXPECT_EQ(text.GetText(&words), VQ_OK);
+    outcome.text = TextOf(words);
+    VQRTObject link;
+    for (VQSTATUS status = text.FindFirst(VQRTTYPE_LINK, &link); status == VQ_OK; ++outcome.links) {
+      status = text.FindNext(VQRTObject(link), VQRTTYPE_LINK, &link);
+    }
+    if (rendered.GetItem("$Links", &table) == VQ_OK) outcome.table = Written(table);
+    return outcome;
   }
   // What a text says after `append`; its status where that fails.
   template <typename Append>
@@ -82,6 +132,74 @@ TEST_F(Rendered, FieldsBecomeTheirValues) {
   ASSERT_EQ(document.Close(), VQ_OK);
   EXPECT_EQ(TextAfter(alone), "memo a subject");
   EXPECT_FALSE(document.IsOpen()) << "as it was";
+}
+
+// What a reader sees: the formulas of fields that are not stored, over a document that stays as it is.
+TEST_F(Rendered, FormulasOfFieldsAreRun) {
+  VQDocument document = NewDocument("a");
+  SetText(document, "Kept", "old");
+  NewForm("Sub", Text("(") + Computed("Inner", kDisplay, "Outer + \"i\"") + Text(")"), "U");
+  NewForm("Loop", Text(".") + Inserted("Loop"), "U");
+  NewForm("Wide", Inserted("Wide") + Inserted("Wide") + Inserted("Wide") + Inserted("Wide"), "U");
+  const struct {
+    const char* title;
+    std::string body, text;
+  } rows[] = {
+      {"for display", Computed("D", kDisplay, "Subject + \"!\""), "a!"},
+      {"for display, whatever is stored", Computed("Kept", kDisplay, "\"new\""), "new"},
+      {"computed and stored", Computed("Kept", kStored, "\"new\""), "old"},
+      {"computed and not stored", Computed("C", kStored, "\"c\""), "c"},
+      {"only of new documents", Computed("C", kComposed, "\"c\""), ""},
+      {"a default that nobody took", Computed("E", FIELD_EDITABLE, "\"e\""), ""},
+      {"one of another", Computed("A", kDisplay, "\"1\"") + Computed("B", kDisplay, "a + \"2\""), "112"},
+      {"a formula that fails", Computed("F", kDisplay, "1 + \"a\""), "?" + std::to_string(ENG_ERR_FORMULA_TYPE)},
+      {"a subform", Computed("Outer", kDisplay, "\"o\"") + Inserted("Sub") + Text("."), "o(oi)."},
+      {"a subform that is gone", Text("<") + Inserted("None") + Text(">"), "<>"},
+      {"a subform in itself", Inserted("Loop"), "........"},
+      {"and many times", Inserted("Wide"), "?4103"},
+      {"other hotspots", Hotspot(1) + Text("x") + HotspotEnd(), "x"},
+  };
+  for (const auto& row : rows) {
+    const VQSlate form = NewForm("F", row.body);
+    EXPECT_EQ(TextAfter([&](VQRichText& text) { return text.AppendRenderedDocument(document, form); }), row.text)
+        << row.title;
+  }
+  EXPECT_EQ(TextAt(document, "Kept") + TextAt(document, "C") + TextAt(document, "D"), "old--") << "as it was";
+  const VQSlate form = NewForm("F", Computed("C", kComposed, "\"c\""));
+  ASSERT_EQ(Db.CreateDocument(&document), VQ_OK);
+  EXPECT_EQ(TextAfter([&](VQRichText& text) { return text.AppendRenderedDocument(document, form); }), "c");
+}
+
+// A link leads where it did, or is not there.
+TEST_F(Rendered, LinksComeWithTheirTable) {
+  const struct {
+    const char* title;
+    std::string form_table, document_table, table;
+    std::size_t links;
+  } rows[] = {
+      {"none", "", "", "", 2},        {"the form's", "f", "", "f", 2}, {"the document's", "", "d", "d", 1},
+      {"the same", "s", "s", "s", 2}, {"two", "f", "d", "d", 1},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    VQDocument document = NewDocument("s");
+    const std::string value = Text("v") + Link();
+    ASSERT_EQ(document.CreateItem("Body", TYPE_COMPOSITE, value.data(), value.size()), VQ_OK);
+    VQSlate form = NewForm("F", Text("f") + Link() + Field("Body"));
+    const auto put = [](VQSlate& slate, const char* name, const std::string& table) {
+      const std::string records = Unknown(table);
+      if (!table.empty()) {
+        EXPECT_EQ(slate.CreateItem(name, TYPE_COMPOSITE, records.data(), records.size()), VQ_OK);
+      }
+      EXPECT_EQ(slate.Save(), VQ_OK);
+    };
+    put(document, "$Links", row.document_table);
+    put(form, "$FormLinks", row.form_table);
+    const auto rendered = RenderedBy(form, document);
+    EXPECT_EQ(rendered.table, row.table.empty() ? "" : Unknown(row.table));
+    EXPECT_EQ(rendered.links, row.links);
+    EXPECT_EQ(rendered.text, "fv");
+  }
 }
 
 // Paragraph numbers and faces of form and document are each their own; attachments come along.

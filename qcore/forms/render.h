@@ -2,8 +2,8 @@
 //
 // The rich text becomes an item of a temporary slate, with the fonts, links and attached files that it refers to. What
 // comes from different slates gets paragraph identifiers and faces of its own.
-#ifndef QUILLON_QCORE_SLATES_RENDER_H
-#define QUILLON_QCORE_SLATES_RENDER_H
+#ifndef QUILLON_QCORE_FORMS_RENDER_H
+#define QUILLON_QCORE_FORMS_RENDER_H
 
 #include <map>
 #include <memory>
@@ -11,9 +11,9 @@
 #include <string_view>
 #include <vector>
 
-#include "qcore/slates/slate.h"
+#include "qcore/forms/compute.h"
 
-namespace qcore {
+namespace qcore::forms {
 
 class RenderTarget {
  public:
@@ -33,7 +33,8 @@ class RenderTarget {
   [[nodiscard]] ENGSTATUS OpenStyle(std::string_view name, const CDPABDEFINITION* style, std::uint16_t* number);
   // Line ends start paragraphs; 0 is the style in force.
   [[nodiscard]] ENGSTATUS AppendText(std::uint16_t style, std::uint32_t font, std::string_view text);
-  // Through the form's $Body, each field as its item's value; without a form (null) all items, a paragraph each.
+  // Through the form's $Body, with those of its subforms, each field as what it shows; without a form (null) all items,
+  // a paragraph each.
   [[nodiscard]] ENGSTATUS AppendSlate(Slate* form, Slate& document);
   // Puts what was rendered into the slate's items. Nothing can be appended afterwards.
   [[nodiscard]] ENGSTATUS Finish();
@@ -45,6 +46,15 @@ class RenderTarget {
   struct Source {
     std::map<std::uint16_t, std::uint16_t> paragraphs;
     std::map<std::uint8_t, std::uint8_t> faces;
+    bool has_links = false;  // its links lead where they did
+  };
+  // A document on its way through a form.
+  struct Reading {
+    Slate& document;
+    Source values;
+    ShownFields shown;
+    unsigned depth = 0;  // of subforms
+    unsigned subforms = 0;
   };
   // A record ends below `end`, and the next one starts there.
   struct Piece {
@@ -52,12 +62,15 @@ class RenderTarget {
   };
 
   [[nodiscard]] ENGSTATUS ReadFonts(Slate& slate, Source* source);
-  [[nodiscard]] ENGSTATUS AppendItems(Slate& slate, std::string_view name, Source& source, Slate* document,
-                                      Source* values);
-  [[nodiscard]] ENGSTATUS AppendRecords(Bytes records, Source& source, Slate* document, Source* values);
-  [[nodiscard]] ENGSTATUS AppendField(Bytes record, Source& form, Slate& document, Source& values);
+  [[nodiscard]] ENGSTATUS AppendItems(Slate& slate, std::string_view name, Source& source, Reading* reading);
+  [[nodiscard]] ENGSTATUS AppendRecords(Bytes records, Source& source, Reading* reading);
+  [[nodiscard]] ENGSTATUS AppendRecord(std::uint16_t signature, Bytes bytes, Source& source);
+  [[nodiscard]] ENGSTATUS AppendField(Bytes record, Source& form, Reading& reading);
+  [[nodiscard]] ENGSTATUS AppendSubform(std::string_view name, Reading& reading);
+  [[nodiscard]] ENGSTATUS AppendThroughForm(Slate& form, Slate& target, Reading& reading);
   [[nodiscard]] ENGSTATUS AppendList(Slate& document, Source& values);
-  [[nodiscard]] static ENGSTATUS AppendTable(Slate& target, Slate& from, std::string_view name);
+  // The slate's link table becomes the target's where that has none; links of a slate with another table are left out.
+  [[nodiscard]] static ENGSTATUS ReadLinks(Slate& target, Slate& from, Source* source);
   [[nodiscard]] static ENGSTATUS AppendFiles(Slate& target, Slate& document);
   [[nodiscard]] ENGSTATUS NewParagraphNumber(std::uint16_t* number);
   void AddRecord(Bytes record);
@@ -80,6 +93,6 @@ class RenderTarget {
   std::uint16_t in_force_ = 0;
 };
 
-}  // namespace qcore
+}  // namespace qcore::forms
 
 #endif

@@ -1,57 +1,35 @@
-#include "qcore/slates/render.h"
+#include "qcore/forms/render.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
-#include <optional>
 #include <utility>
 
+#include "qcore/forms/valuetext.h"
 #include "qcore/records/layouts.h"
-#include "qcore/settings/settings.h"
 #include "qcore/store/wire.h"
-#include "qcore/text/number.h"
-#include "qcore/text/textlist.h"
-#include "qcore/time/timetext.h"
+#include "qcore/text/composite.h"
 
-namespace qcore {
+namespace qcore::forms {
 
 namespace {
 
-constexpr std::uint16_t kComposite = 1, kObject = 3, kNumber = 0x0300, kNumberList = 0x0301, kTime = 0x0400,
-                        kTimeList = 0x0401, kText = 0x0500, kTextList = 0x0501;
+constexpr std::uint16_t kComposite = 1, kObject = 3;
 constexpr std::uint16_t kParagraph = 0x81, kReference = 0x83, kStyleName = 0xA6, kFormulaReference = 0xBC,
                         kDefinition = 0xFF82, kOldField = 0xFF84, kRun = 0xFF85, kField = 0xFF8A, kFontTable = 0xFF8B,
-                        kFieldExtension = 0xFFB0, kHide = 0xFFBB, kRunStyle = 0xFFC3;
-constexpr std::uint32_t kLargestRecord = 0x10400;
+                        kFieldExtension = 0xFFB0, kHide = 0xFFBB, kRunStyle = 0xFFC3, kLinkA = 0xFF91, kLinkB = 0xFF92,
+                        kHotspot = 0xFFA9, kHotspotV4 = 0xFFAD, kHotspotEnd = 0xAA, kHotspotEndOld = 0xAE;
 constexpr std::size_t kLargestItem = 0xA000;
-constexpr std::size_t kLargestRun = 30000;
+// Well below the 20 KB from which readers begin to refuse a run.
+constexpr std::size_t kLargestRun = 0x4000;
+// In one form: a subform may insert itself, more than once.
+constexpr unsigned kMostSubforms = 250;
 constexpr std::size_t kFaceSize = 34;
 constexpr std::size_t kFontHeader = 6;
 constexpr std::uint8_t kFirstFace = 5;
 constexpr std::uint8_t kLastFace = 255;
+constexpr std::string_view kLinks = "$Links", kFormLinks = "$FormLinks";
 constexpr std::uint32_t kUsualFont = 0x0A000001;
 constexpr std::uint32_t kBoldFont = 0x0A000101;
-constexpr std::size_t kFieldFixedPart = 36;
-
-struct Header {
-  std::uint16_t signature;
-  std::uint32_t length;
-};
-
-// Nothing for a record that leads out of the bytes.
-std::optional<Header> HeaderAt(Bytes rest) {
-  if (rest.size() < 2) return std::nullopt;
-  const auto word = LoadLittle<std::uint16_t>(rest.data());
-  const unsigned form = word >> 8;
-  const std::size_t size = form == 0 ? 6 : form == 0xFF ? 4 : 2;
-  if (rest.size() < size) return std::nullopt;
-  const std::uint32_t stored = form == 0      ? LoadLittle<std::uint32_t>(rest.data() + 2)
-                               : form == 0xFF ? LoadLittle<std::uint16_t>(rest.data() + 2)
-                                              : form;
-  const std::uint32_t length = stored == 0 ? static_cast<std::uint32_t>(size) : stored;
-  if (length < size || length > kLargestRecord || length > rest.size()) return std::nullopt;
-  return Header{form == 0xFF ? word : static_cast<std::uint16_t>(word & 0xFF), length};
-}
 
 std::string_view View(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
@@ -61,70 +39,6 @@ std::vector<std::uint8_t> Stored(std::uint16_t code, const Structure& structure)
   std::vector<std::uint8_t> bytes(layout.length);
   records::Write(layout, &structure, reinterpret_cast<std::byte*>(bytes.data()), 1);
   return bytes;
-}
-
-// How a field shows its value.
-struct Formats {
-  NFMT number = text::kGeneralFormat;
-  TFMT time = time::kUsualFormat;
-};
-
-void AddEntry(std::string* all, std::string_view entry) {
-  if (!all->empty()) *all += ", ";
-  *all += entry;
-}
-
-std::string NumberText(const std::uint8_t* at, const Formats& formats) {
-  const double value = std::bit_cast<double>(LoadLittle<std::uint64_t>(at));
-  const std::optional<std::string> text = text::FormatNumber(settings::International(), formats.number, value);
-  return text ? *text : text::FormatNumber(settings::International(), text::kGeneralFormat, value).value_or("");
-}
-
-std::string TimeText(const std::uint8_t* at, const Formats& formats) {
-  const TIMEDATE moment = LoadTime(at);
-  const std::optional<std::string> text = time::FormatMoment(settings::International(), formats.time, moment);
-  return text ? *text : time::FormatMoment(settings::International(), time::kUsualFormat, moment).value_or("");
-}
-
-// Single entries behind a list header, then pairs; what the counts say beyond the bytes is not there.
-template <typename Show>
-std::string ListText(Bytes data, const char* between, Show show) {
-  if (data.size() < 4) return {};
-  const std::size_t singles = LoadLittle<std::uint16_t>(data.data());
-  const std::size_t ranges = LoadLittle<std::uint16_t>(data.data() + 2);
-  std::string all;
-  std::size_t at = 4;
-  for (std::size_t i = 0; i < singles && data.size() - at >= 8; ++i, at += 8) AddEntry(&all, show(data.data() + at));
-  for (std::size_t i = 0; i < ranges && data.size() - at >= 16; ++i, at += 16) {
-    AddEntry(&all, show(data.data() + at) + between + show(data.data() + at + 8));
-  }
-  return all;
-}
-
-std::string ValueText(Bytes value, const Formats& formats) {
-  const Bytes data = value.subspan(kSmallestValue);
-  const auto number = [&](const std::uint8_t* at) { return NumberText(at, formats); };
-  const auto moment = [&](const std::uint8_t* at) { return TimeText(at, formats); };
-  switch (LoadLittle<std::uint16_t>(value.data())) {
-    case kText:
-      return std::string(View(data));
-    case kTextList: {
-      std::string all;
-      const auto entries = text::ReadList(value, text::Prefix::kType);
-      for (std::string_view entry : entries.value_or(text::Entries())) AddEntry(&all, entry);
-      return all;
-    }
-    case kNumber:
-      return data.size() >= 8 ? number(data.data()) : std::string();
-    case kTime:
-      return data.size() >= 8 ? moment(data.data()) : std::string();
-    case kNumberList:
-      return ListText(data, " - ", number);
-    case kTimeList:
-      return ListText(data, " - ", moment);
-    default:
-      return {};
-  }
 }
 
 }  // namespace
@@ -287,88 +201,139 @@ bool RenderTarget::MapParagraph(std::vector<std::uint8_t>& record, std::size_t a
   return true;
 }
 
-ENGSTATUS RenderTarget::AppendRecords(Bytes records, Source& source, Slate* document, Source* values) {
+ENGSTATUS RenderTarget::AppendRecords(Bytes records, Source& source, Reading* reading) {
+  unsigned inside = 0;  // hotspots open in that of a subform, whose content stands for it where there is none
   for (std::size_t at = 0; at < records.size();) {
-    const std::optional<Header> header = HeaderAt(records.subspan(at));
+    const auto header = text::RecordAt({records.data() + at, records.size() - at});
     if (!header) return ENG_ERR_RECORD_DAMAGED;
+    const std::uint16_t signature = header->signature;
     const Bytes bytes = records.subspan(at, header->length);
     at = std::min<std::size_t>(records.size(), at + header->length + (header->length & 1));
-    const bool field = header->signature == kField || header->signature == kOldField;
-    if (document && header->signature == kFieldExtension) continue;
-    if (document && field) {
-      const ENGSTATUS status = AppendField(bytes, source, *document, *values);
-      if (status != ENG_OK) return status;
+    const bool hotspot = signature == kHotspot || signature == kHotspotV4;
+    const bool end = signature == kHotspotEnd || signature == kHotspotEndOld;
+    if (inside > 0) {
+      inside = hotspot ? inside + 1 : end ? inside - 1 : inside;
       continue;
     }
-    std::vector<std::uint8_t> record(bytes.begin(), bytes.end());
-    bool mapped = true;
-    switch (header->signature) {
-      case kReference:
-        mapped = MapParagraph(record, 2, source);
-        if (mapped && record.size() >= 4) in_force_ = LoadLittle<std::uint16_t>(record.data() + 2);
-        break;
-      case kFormulaReference:
-        mapped = MapParagraph(record, 2, source) && MapParagraph(record, 4, source);
-        break;
-      case kDefinition:
-      case kHide:
-        mapped = MapParagraph(record, 4, source);
-        break;
-      case kStyleName:
-        mapped = MapParagraph(record, 6, source);
-        if (record.size() >= 6 && (record[2] & 1) != 0) MapFontAt(record, 44, source);
-        break;
-      case kRun:
-      case kRunStyle:
-        MapFontAt(record, 4, source);
-        break;
-      default:
-        break;
+    ENGSTATUS status = ENG_OK;
+    std::string_view subform;
+    if (reading && hotspot) status = ReadSubformName(bytes, &subform);
+    if (status != ENG_OK) return ENG_ERR_RECORD_DAMAGED;
+    if (!subform.empty()) {
+      inside = 1;
+      status = AppendSubform(subform, *reading);
+    } else if (reading && (signature == kField || signature == kOldField)) {
+      status = AppendField(bytes, source, *reading);
+    } else if (!reading || signature != kFieldExtension) {
+      status = AppendRecord(signature, bytes, source);
     }
-    if (!mapped) return ENG_ERR_ITEM_SIZE;
-    AddRecord(record);
+    if (status != ENG_OK) return status;
   }
   return ENG_OK;
 }
 
-ENGSTATUS RenderTarget::AppendItems(Slate& slate, std::string_view name, Source& source, Slate* document,
-                                    Source* values) {
+ENGSTATUS RenderTarget::AppendRecord(std::uint16_t signature, Bytes bytes, Source& source) {
+  std::vector<std::uint8_t> record(bytes.begin(), bytes.end());
+  bool mapped = true;
+  switch (signature) {
+    case kReference:
+      mapped = MapParagraph(record, 2, source);
+      if (mapped && record.size() >= 4) in_force_ = LoadLittle<std::uint16_t>(record.data() + 2);
+      break;
+    case kFormulaReference:
+      mapped = MapParagraph(record, 2, source) && MapParagraph(record, 4, source);
+      break;
+    case kDefinition:
+    case kHide:
+      mapped = MapParagraph(record, 4, source);
+      break;
+    case kStyleName:
+      mapped = MapParagraph(record, 6, source);
+      if (record.size() >= 6 && (record[2] & 1) != 0) MapFontAt(record, 44, source);
+      break;
+    case kRun:
+    case kRunStyle:
+      MapFontAt(record, 4, source);
+      break;
+    case kLinkA:
+    case kLinkB:
+      if (!source.has_links) return ENG_OK;
+      break;
+    default:
+      break;
+  }
+  if (!mapped) return ENG_ERR_ITEM_SIZE;
+  AddRecord(record);
+  return ENG_OK;
+}
+
+ENGSTATUS RenderTarget::AppendItems(Slate& slate, std::string_view name, Source& source, Reading* reading) {
   Slate::Slot slot = 0;
   for (ENGSTATUS found = slate.FindItem(name, &slot); found == ENG_OK; found = slate.FindNextItem(slot, name, &slot)) {
     if (slate.FactsOf(slot).type != kComposite) continue;
     Bytes value;
     ENGSTATUS status = slate.GetBytes(slot, &value);
-    if (status == ENG_OK) status = AppendRecords(value.subspan(kSmallestValue), source, document, values);
+    if (status == ENG_OK) status = AppendRecords(value.subspan(kSmallestValue), source, reading);
     if (status != ENG_OK) return status;
   }
   return ENG_OK;
 }
 
 // A rich text brings its paragraphs along; behind it the form's go on.
-ENGSTATUS RenderTarget::AppendField(Bytes record, Source& form, Slate& document, Source& values) {
-  if (record.size() < kFieldFixedPart) return ENG_ERR_RECORD_DAMAGED;
-  const auto word = [&record](std::size_t at) { return LoadLittle<std::uint16_t>(record.data() + at); };
-  const std::size_t at = kFieldFixedPart + word(22) + word(24) + word(28);
-  const std::size_t length = word(30);
-  if (at > record.size() || length > record.size() - at) return ENG_ERR_RECORD_DAMAGED;
+ENGSTATUS RenderTarget::AppendField(Bytes record, Source& form, Reading& reading) {
+  const records::Layout& layout = *records::Find(ODS_FIELD);
+  if (record.size() < layout.length) return ENG_ERR_RECORD_DAMAGED;
+  FieldRecord field{};
+  records::Read(layout, reinterpret_cast<const std::byte*>(record.data()), &field, 1);
+  const std::size_t at = std::size_t{layout.length} + field.DefaultValueLength + field.InputTranslationLength +
+                         field.InputValidationLength;
+  if (at > record.size() || field.NameLength > record.size() - at) return ENG_ERR_RECORD_DAMAGED;
+  const std::string name(View(record.subspan(at, field.NameLength)));
+  if (name.empty()) return ENG_OK;
+  Formats formats{field.NumberFormat, field.TimeFormat};
+  const auto shown = reading.shown.find(name);
+  const bool computed = shown != reading.shown.end() && !shown->second.value.empty();
+  // A shared field's formats stand in its definition.
+  if (shown != reading.shown.end()) formats = {shown->second.number_format, shown->second.time_format};
   Slate::Slot slot = 0;
-  const std::string name(View(record.subspan(at, length)));
-  if (name.empty() || document.FindItem(name, &slot) != ENG_OK) return ENG_OK;
-  if (document.FactsOf(slot).type == kComposite) {
-    const std::uint16_t before = in_force_;
-    const ENGSTATUS status = AppendItems(document, name, values, nullptr, nullptr);
-    if (status == ENG_OK && before != 0 && before != in_force_) AddReference(before);
-    return status;
-  }
-  Formats formats;
-  std::memcpy(&formats.number, record.data() + 10, sizeof formats.number);
-  std::memcpy(&formats.time, record.data() + 14, sizeof formats.time);
+  Slate& document = reading.document;
   Bytes value;
-  const ENGSTATUS status = document.GetBytes(slot, &value);
-  if (status != ENG_OK) return status;
-  const std::string text = ValueText(value, formats);
-  if (!text.empty()) AddRun(MapFont(LoadLittle<std::uint32_t>(record.data() + 18), form), text);
+  if (computed) {
+    value = shown->second.value;
+  } else {
+    if (document.FindItem(name, &slot) != ENG_OK) return ENG_OK;
+    if (document.FactsOf(slot).type == kComposite) {
+      const std::uint16_t before = in_force_;
+      const ENGSTATUS status = AppendItems(document, name, reading.values, nullptr);
+      if (status == ENG_OK && before != 0 && before != in_force_) AddReference(before);
+      return status;
+    }
+    if (ENGSTATUS status = document.GetBytes(slot, &value); status != ENG_OK) return status;
+  }
+  const std::string text = value.size() < kSmallestValue ? std::string() : ValueText(value, formats);
+  if (!text.empty()) AddRun(MapFont(field.FontID, form), text);
   return ENG_OK;
+}
+
+ENGSTATUS RenderTarget::AppendSubform(std::string_view name, Reading& reading) {
+  if (reading.depth == kDeepestSubform) return ENG_OK;
+  if (++reading.subforms > kMostSubforms) return ENG_ERR_RECORD_DAMAGED;
+  ++reading.depth;
+  const ENGSTATUS status = WithSubform(reading.document.shared_database(), name, [&](Slate& subform) {
+    return AppendThroughForm(subform, *Slate::Find(slate_), reading);
+  });
+  --reading.depth;
+  return status;
+}
+
+ENGSTATUS RenderTarget::AppendThroughForm(Slate& form, Slate& target, Reading& reading) {
+  Source design;
+  const std::uint16_t before = in_force_;
+  ENGSTATUS status = ReadFonts(form, &design);
+  if (status == ENG_OK) status = ReadLinks(target, form, &design);
+  if (status == ENG_OK) status = AppendItems(form, "$Body", design, &reading);
+  if (status == ENG_OK && reading.depth > 0 && before != 0 && before != in_force_) AddReference(before);
+  return status;
 }
 
 // The items that are the user's, in their order: a name in bold and its value.
@@ -385,7 +350,7 @@ ENGSTATUS RenderTarget::AppendList(Slate& document, Source& values) {
     std::uint16_t style = 0;
     status = OpenStyle({}, nullptr, &style);
     AddRun(kBoldFont, name + ": ");
-    if (status == ENG_OK && composite) status = AppendItems(document, name, values, nullptr, nullptr);
+    if (status == ENG_OK && composite) status = AppendItems(document, name, values, nullptr);
     if (status == ENG_OK && !composite) status = document.GetBytes(slot, &value);
     if (status != ENG_OK) return status;
     if (!composite) AddRun(kUsualFont, ValueText(value, Formats()));
@@ -394,13 +359,30 @@ ENGSTATUS RenderTarget::AppendList(Slate& document, Source& values) {
   return ENG_OK;
 }
 
-ENGSTATUS RenderTarget::AppendTable(Slate& target, Slate& from, std::string_view name) {
-  Slate::Slot slot = 0, made = 0;
-  if (from.FindItem(name, &slot) != ENG_OK || target.FindItem(name, &made) == ENG_OK) return ENG_OK;
-  Bytes value;
-  const ENGSTATUS status = from.GetBytes(slot, &value);
-  if (status != ENG_OK) return status;
-  return target.Append(0, name, from.FactsOf(slot).type, value.subspan(kSmallestValue), &made);
+ENGSTATUS RenderTarget::ReadLinks(Slate& target, Slate& from, Source* source) {
+  const auto read = [](Slate& slate, std::string_view name, std::vector<std::vector<std::uint8_t>>* parts) {
+    Slate::Slot slot = 0;
+    ENGSTATUS found = slate.FindItem(name, &slot);
+    for (; found == ENG_OK; found = slate.FindNextItem(slot, name, &slot)) {
+      Bytes value;
+      if (ENGSTATUS status = slate.GetBytes(slot, &value); status != ENG_OK) return status;
+      parts->emplace_back(value.begin(), value.end());
+    }
+    return ENGSTATUS{ENG_OK};
+  };
+  std::vector<std::vector<std::uint8_t>> theirs, present;
+  ENGSTATUS status = read(from, kLinks, &theirs);
+  if (status == ENG_OK && theirs.empty()) status = read(from, kFormLinks, &theirs);
+  if (status == ENG_OK) status = read(target, kLinks, &present);
+  source->has_links = present.empty() || theirs == present;
+  if (status != ENG_OK || !present.empty()) return status;
+  for (const std::vector<std::uint8_t>& part : theirs) {
+    Slate::Slot made = 0;
+    const Bytes bytes(part);
+    status = target.Append(0, kLinks, LoadLittle<std::uint16_t>(part.data()), bytes.subspan(kSmallestValue), &made);
+    if (status != ENG_OK) return status;
+  }
+  return ENG_OK;
 }
 
 // Records whose objects are gone come along as they are.
@@ -422,15 +404,21 @@ ENGSTATUS RenderTarget::AppendFiles(Slate& target, Slate& document) {
 ENGSTATUS RenderTarget::AppendSlate(Slate* form, Slate& document) {
   Slate* target = Slate::Find(slate_);
   if (finished_ || !target) return ENG_ERR_ARGUMENT;
-  Source values, design;
-  ENGSTATUS status = ReadFonts(document, &values);
-  if (status == ENG_OK && form) status = ReadFonts(*form, &design);
-  if (status == ENG_OK) status = AppendTable(*target, document, "$Links");
+  Reading reading{document, {}, {}};
+  ENGSTATUS status = ENG_OK;
+  if (form) {
+    std::vector<Field> fields;
+    status = ReadFields(*form, &fields);
+    if ((status & ENG_ERROR_MASK) == ENG_ERR_FORM_DESIGN) return ENG_ERR_RECORD_DAMAGED;
+    if (status == ENG_OK) status = ComputeForDisplay(document, std::move(fields), &reading.shown);
+  }
+  if (status == ENG_OK) status = ReadFonts(document, &reading.values);
+  if (status == ENG_OK) status = ReadLinks(*target, document, &reading.values);
   if (status == ENG_OK) status = AppendFiles(*target, document);
   if (status != ENG_OK) return status;
-  if (!form) return AppendList(document, values);
+  if (!form) return AppendList(document, reading.values);
   StartParagraph();
-  return AppendItems(*form, "$Body", design, &document, &values);
+  return AppendThroughForm(*form, *target, reading);
 }
 
 ENGSTATUS RenderTarget::Finish() {
@@ -467,4 +455,4 @@ ENGSTATUS RenderTarget::TakeSlate(ENGHANDLE* slate) {
   return ENG_OK;
 }
 
-}  // namespace qcore
+}  // namespace qcore::forms
