@@ -121,9 +121,9 @@ ENG_API ENGSTATUS EngCollectionOpen(ENGHANDLE db, ENGHANDLE entries_db, uint32_t
 // The last handle of an index writes what has not been written. A failed write loses nothing: the index follows the
 // documents again at its next opening.
 ENG_API ENGSTATUS EngCollectionClose(ENGHANDLE collection);
-// Brings in what has been saved since by anyone, and a changed design. Rows that change by themselves, with the time,
-// by counts of responses or by look-ups, are built anew when the day is another one or a minute has passed. On failure
-// nothing is brought in by halves: the rows are as they were, or the next read starts from what was last written.
+// Brings in what has been saved since by anyone, and a changed design. Rows that change by themselves, with the time or
+// by counts of responses, are built anew when the day is another one or a minute has passed. On failure nothing is
+// brought in by halves: the rows are as they were, or the next read starts from what was last written.
 ENG_API ENGSTATUS EngCollectionUpdate(ENGHANDLE collection);
 
 // Moves `skip_count` times by `skip`, then reads up to `count` rows, by `navigation` from one to the next. The position

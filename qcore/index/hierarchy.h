@@ -5,10 +5,12 @@
 #ifndef QUILLON_QCORE_INDEX_HIERARCHY_H
 #define QUILLON_QCORE_INDEX_HIERARCHY_H
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <unordered_set>
+#include <unordered_map>
+#include <vector>
 
 namespace qcore::index {
 
@@ -21,21 +23,27 @@ class Hierarchy {
 
   std::optional<std::uint32_t> Above(std::uint32_t id) {
     const std::optional<std::uint32_t> parent = parent_of_(id);
-    if (!parent || rooted_.contains(*parent)) return parent;
-    std::unordered_set<std::uint32_t> way;
-    std::uint32_t lowest = id;
-    for (std::optional<std::uint32_t> at = parent; at && !rooted_.contains(*at); at = parent_of_(*at)) {
-      if (*at == id) return lowest == id ? std::nullopt : parent;
-      if (!way.insert(*at).second) return parent;  // a circle further up, of which the document is no part
-      lowest = lowest < *at ? lowest : *at;
-    }
-    rooted_.insert(way.begin(), way.end());
-    return parent;
+    if (!parent) return parent;
+    if (!lowest_.contains(id)) LookUp(id);
+    return lowest_.find(id)->second == id ? std::nullopt : parent;
   }
 
  private:
+  static constexpr std::uint32_t kNoCircle = 0;  // no document's ID
+
+  // Every document on the way up is looked at once.
+  void LookUp(std::uint32_t id) {
+    std::vector<std::uint32_t> way;
+    std::optional<std::uint32_t> at = id;
+    for (; at && lowest_.try_emplace(*at, kNoCircle).second; at = parent_of_(*at)) way.push_back(*at);
+    const auto circle = at ? std::find(way.begin(), way.end(), *at) : way.end();
+    if (circle == way.end()) return;
+    const std::uint32_t lowest = *std::min_element(circle, way.end());
+    std::for_each(circle, way.end(), [this, lowest](std::uint32_t each) { lowest_[each] = lowest; });
+  }
+
   ParentOf parent_of_;
-  std::unordered_set<std::uint32_t> rooted_;  // known to lead to a document without a parent
+  std::unordered_map<std::uint32_t, std::uint32_t> lowest_;  // of the circle that a document is in
 };
 
 }  // namespace qcore::index

@@ -1,6 +1,7 @@
 #include "qcore/index/viewindex.h"
 
 #include <algorithm>
+#include <iterator>
 #include <tuple>
 
 #include "qcore/folders/folders.h"
@@ -179,17 +180,20 @@ ENGSTATUS ViewIndex::Rebuild(Slot* slot) {
   return ENG_OK;
 }
 
-ENGSTATUS ViewIndex::ChangedSince(const IndexTree& tree, std::uint64_t* feed, std::uint64_t* folder_change,
+ENGSTATUS ViewIndex::ChangedSince(IndexTree& tree, std::uint64_t* feed, std::uint64_t* folder_change,
                                   std::vector<std::uint32_t>* ids) {
+  std::vector<std::uint32_t> others;
   {
     const std::lock_guard lock(entries_->mutex());
     const ENGSTATUS status = entries_->store().ReadFeedBehind(tree.feed, [&](const NumberedEntry& entry) {
       *feed = std::max(*feed, entry.feed);
       design_touched_ = design_touched_ || entry.entry.id == view_;
-      if ((entry.entry.slate_class & kClassDocument) != 0) ids->push_back(entry.entry.id);
+      ((entry.entry.slate_class & kClassDocument) != 0 ? *ids : others).push_back(entry.entry.id);
     });
     if (status != ENG_OK) return status;
   }
+  // One that was a document has rows to lose.
+  std::ranges::copy_if(others, std::back_inserter(*ids), [&tree](std::uint32_t id) { return tree.Has(id); });
   if (design_->folder) {
     std::vector<std::uint32_t> added;
     std::vector<std::uint32_t> removed;
@@ -288,8 +292,7 @@ bool ViewIndex::HasAged(const Slot& slot) const {
   const TIMEDATE now = Now();
   if (!slot.built || LocalDay(*slot.built) != LocalDay(now)) return true;
   if (HundredthsBetween(*slot.built, now) < kSameMoment) return false;
-  if (reader_->depends_on_hour() || reader_->looks_up()) return true;
-  return reader_->counts_responses() && SavedSinceBuilt(slot);
+  return reader_->depends_on_hour() || (reader_->counts_responses() && SavedSinceBuilt(slot));
 }
 
 // Rows that change with time are those of an opening: of this one, unless one that is still in use was just before.

@@ -54,7 +54,9 @@ const Case kCases[] = {
 struct RowFacts {
   std::uint32_t id = 0;
   std::array<std::uint32_t, 3> counts{};  // siblings, children, descendants
+  bool unread = false;
   COLLECTIONPOSITION place{};
+  bool is_document() const { return (id & ENG_ROW_NO_DOCUMENT) == 0; }
   std::string Text() const {
     return Show(place) + " " + std::to_string(id) + " " + std::to_string(counts[0]) + " " + std::to_string(counts[1]) +
            " " + std::to_string(counts[2]);
@@ -67,7 +69,7 @@ std::vector<RowFacts> FactsOf(ENGHANDLE collection) {
   for (std::uint16_t signals = ENG_SIGNAL_MORE_TO_DO; (signals & ENG_SIGNAL_MORE_TO_DO) != 0;) {
     ENGHANDLE block = 0;
     std::uint32_t length = 0;
-    if (EngCollectionRead(collection, &position, ENG_GO_NEXT, 1, ENG_GO_NEXT, UINT32_MAX, 0x4039, &block, &length,
+    if (EngCollectionRead(collection, &position, ENG_GO_NEXT, 1, ENG_GO_NEXT, UINT32_MAX, 0x4439, &block, &length,
                           nullptr, nullptr, &signals) != ENG_OK) {
       break;
     }
@@ -76,6 +78,7 @@ std::vector<RowFacts> FactsOf(ENGHANDLE collection) {
       RowFacts& row = rows.emplace_back();
       row.id = reader.Take<std::uint32_t>();
       for (std::uint32_t& count : row.counts) count = reader.Take<std::uint32_t>();
+      row.unread = reader.Take<std::uint16_t>() != 0;
       row.place.Level = reader.Take<std::uint16_t>();
       reader.Skip(2);
       for (unsigned level = 0; level <= row.place.Level; ++level)
@@ -196,6 +199,44 @@ class Random : public qtest::IndexTest, public testing::WithParamInterface<Case>
     return rows;
   }
 
+  // Where the steps of a code lead from a place on.
+  static std::vector<std::string> Ways(ENGHANDLE collection, COLLECTIONPOSITION place, std::uint16_t code) {
+    std::vector<std::string> ways;
+    for (std::uint32_t steps = 1;; ways.push_back(Show(place))) {
+      EXPECT_EQ(EngCollectionRead(collection, &place, code, 1, ENG_GO_CURRENT, 0, 0, nullptr, nullptr, &steps, nullptr,
+                                  nullptr),
+                ENG_OK);
+      if (steps == 0) return ways;
+    }
+  }
+  // Marks of unread rows, and steps to them, against the rows as they follow one another.
+  void CheckUnread(std::uint32_t view) {
+    ENGHANDLE table = 0;
+    ASSERT_EQ(EngIdTableCreate(4, &table), ENG_OK);
+    for (std::uint32_t i = Below(4); i > 0; --i) EXPECT_EQ(EngIdTableInsert(table, AnyId(), nullptr), ENG_OK);
+    {
+      const OpenCollection collection(db_, view, 0, table);
+      const std::vector<RowFacts> rows = FactsOf(collection.get());
+      std::vector<std::string> places;
+      for (std::size_t i = 0; i < rows.size(); ++i) {
+        const auto is_unread = [table](const RowFacts& row) {
+          return row.is_document() && EngIdTableLookup(table, row.id) != 0;
+        };
+        const auto from = rows.begin() + static_cast<std::ptrdiff_t>(i);
+        const bool category = (rows[i].id & (ENG_ROW_NO_DOCUMENT | ENG_ROW_TOTAL)) == ENG_ROW_NO_DOCUMENT;
+        const bool below = category && std::any_of(from, from + 1 + rows[i].counts[2], is_unread);
+        EXPECT_EQ(rows[i].unread, is_unread(rows[i]) || below) << rows[i].Text();
+        if (is_unread(rows[i])) places.push_back(Show(rows[i].place));
+      }
+      EXPECT_EQ(Ways(collection.get(), qtest::At({0}), ENG_GO_NEXT_UNREAD), places);
+      std::ranges::reverse(places);
+      if (!rows.empty() && !rows.back().unread) {
+        EXPECT_EQ(Ways(collection.get(), rows.back().place, ENG_GO_PREV_UNREAD), places);
+      }
+    }
+    EXPECT_EQ(EngIdTableDestroy(table), ENG_OK);
+  }
+
   std::mt19937 random_{21};
   std::vector<std::uint32_t> ids_;
   std::uint32_t folder_ = 0;
@@ -217,6 +258,7 @@ TEST_P(Random, IncrementalIsRebuilt) {
     const auto rows = CheckedRows(collection->get());
     // What was built from nothing is what later rounds start from: seldom, so that trees grow by changes.
     if (round % 4 != 0) continue;
+    ASSERT_NO_FATAL_FAILURE(CheckUnread(view));
     const OpenCollection rebuilt(db_, view, ENG_COLLECTION_REBUILD);
     ASSERT_EQ(rows, CheckedRows(rebuilt.get())) << test.title << ", round " << round;
     ASSERT_FALSE(rows.empty());
@@ -235,6 +277,12 @@ struct Killed : Random {
       if (EngCollectionUpdate(collection.get()) != ENG_OK) _exit(1);
     }
   }
+  static void Kill(pid_t child) {
+    kill(child, SIGKILL);
+    int how = 0;
+    ASSERT_EQ(waitpid(child, &how, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(how)) << WEXITSTATUS(how);
+  }
 };
 
 TEST_P(Killed, AReopenedIndexIsARebuiltOne) {
@@ -246,16 +294,30 @@ TEST_P(Killed, AReopenedIndexIsARebuiltOne) {
     db_ = 0;
     const pid_t child = fork();
     if (child == 0) Work(view, round);
-    std::this_thread::sleep_for(std::chrono::milliseconds(20 + 9 * round));
-    kill(child, SIGKILL);
-    int how = 0;
-    ASSERT_EQ(waitpid(child, &how, 0), child);
-    ASSERT_TRUE(WIFSIGNALED(how)) << WEXITSTATUS(how);
-    db_ = Open();
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(20 + 9 * round);
     std::vector<std::string> rows;
+    if (round % 2 == 0) {
+      // Beside it, on pages that both keep.
+      db_ = Open();
+      const OpenCollection collection(db_, view);
+      while (std::chrono::steady_clock::now() < end) {
+        Doc(NewItems());
+        ASSERT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+        AllRows(collection.get());
+      }
+      ASSERT_NO_FATAL_FAILURE(Kill(child));
+      ASSERT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+      rows = CheckedRows(collection.get());
+    } else {
+      std::this_thread::sleep_until(end);
+      ASSERT_NO_FATAL_FAILURE(Kill(child));
+      db_ = Open();
+    }
     {
       const OpenCollection collection(db_, view);
-      rows = CheckedRows(collection.get());
+      const std::vector<std::string> reopened = CheckedRows(collection.get());
+      if (rows.empty()) rows = reopened;
+      ASSERT_EQ(rows, reopened) << round;
     }
     const OpenCollection rebuilt(db_, view, ENG_COLLECTION_REBUILD);
     ASSERT_EQ(rows, CheckedRows(rebuilt.get())) << round;
@@ -263,7 +325,7 @@ TEST_P(Killed, AReopenedIndexIsARebuiltOne) {
   EXPECT_EQ(Check(), ENG_OK);
 }
 
-INSTANTIATE_TEST_SUITE_P(Index, Killed, testing::Values(kCases[2], kCases[5]));
+INSTANTIATE_TEST_SUITE_P(Index, Killed, testing::Values(kCases[2], kCases[5], kCases[10], kCases[13]));
 
 INSTANTIATE_TEST_SUITE_P(Index, Random, testing::ValuesIn(kCases), [](const auto& info) {
   std::string name = info.param.title;

@@ -199,6 +199,20 @@ TEST_F(Views, HostileDocumentsStillGiveRows) {
   EXPECT_EQ(AllRows(deep.get()).size(), 42u) << "a circle";
 }
 
+TEST_F(Views, WhatIsNoDocumentAnyMoreHasNoRow) {
+  Doc({{"Name", "stays"}});
+  const std::uint32_t goes = Doc({{"Name", "goes"}});
+  const OpenCollection collection(db_, MakeView({{"Name", 1}}));
+  for (const auto& [slate_class, rows] : {std::pair<std::uint16_t, Strings>{0x40, {"1 d stays"}},
+                                          std::pair<std::uint16_t, Strings>{1, {"1 d goes", "2 d stays"}}}) {
+    const ENGHANDLE slate = OpenSlate(goes);
+    EXPECT_EQ(EngSlateSetHeader(slate, ENG_SLATE_CLASS, &slate_class), ENG_OK);
+    SaveAndClose(slate);
+    EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+    EXPECT_EQ(AllRows(collection.get()), rows);
+  }
+}
+
 TEST_F(Views, ReadersLeaveRowsAndCountsOut) {
   Doc({{"Name", "open"}});
   const ENGHANDLE slate = NewSlate();

@@ -105,8 +105,8 @@ class VQ_API VQVFNavigator : public VQSmartPtr {
   VQSTATUS Goto(VQNAVIGATION code, VQVFEntry* entry = nullptr);
   int IsCategorized() const;
   int IsFTSearch() const;
-  // Takes in what has changed since, and starts over. Rows that change with the time, with counts of responses or with
-  // look-ups are made anew when a minute has passed, or the day.
+  // Takes in what has changed since, and starts over. Rows that change with the time or with counts of responses are
+  // made anew when the day is another one or a minute has passed.
   VQSTATUS Refresh();
 
   VQVFNavigatorBody* GetNavigatorBody() const;
