@@ -5,11 +5,11 @@
 #include "qcore/abi/lookup.h"
 #include "qcore/forms/render.h"
 
-using qcore::forms::RenderTarget;
 using qcore::Slate;
 using qcore::abi::Guard;
 using qcore::abi::WithSlate;
 using qcore::abi::WithStore;
+using qcore::forms::RenderTarget;
 
 namespace {
 

@@ -2,8 +2,8 @@
 //
 // Blocks of changes are appended and never altered: a slate's former entry stays until the feed is trimmed, so that a
 // change writes no page but the last. The entries of a transaction wait in memory and are written with its commit.
-// Stores of earlier versions have an index on the slates instead, and a table of those that went without a deletion
-// stub.
+// Stores of earlier versions have an index on the slates instead, and a table of those that went without leaving a
+// deletion stub.
 #include <algorithm>
 #include <unordered_map>
 

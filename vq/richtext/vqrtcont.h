@@ -77,8 +77,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines);
   // The run that an empty rich text was given to stand on goes when content takes its place.
   virtual VQSTATUS Insert(const VQRichText& richText, VQRTCursor* cursor);
-  // The same for a rich text that stands alone and is nobody else's: its objects move, and whatever the result, it is of
-  // no use afterwards. `source` is the text that it is a copy of; null when it is of none.
+  // The same for a rich text that stands alone and is nobody else's: its objects move, and whatever the result, it is
+  // of no use afterwards. `source` is the text that it is a copy of; null when it is of none.
   VQSTATUS TakeIn(VQRichText& incoming, VQRTCursor* cursor, VQRichTextBody* source = nullptr);
   // A copy of the object; `inserted` may be null.
   virtual VQSTATUS Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted);
