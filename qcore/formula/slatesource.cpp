@@ -91,6 +91,7 @@ const DatabaseFacts* SlateSource::Database() {
 
 ENGSTATUS SlateSource::Assign(std::string_view name, Bytes value) {
   if (assignments_ == Assignments::kDropped) return ENG_OK;
+  if (!IsItemName(name)) return ENG_ERR_ITEM_NAME;
   for (Assigned& assigned : assigned_) {
     if (!SameName(assigned.name, name)) continue;
     // Values that point into the former one are still in use.
