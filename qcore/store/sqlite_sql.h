@@ -32,7 +32,6 @@ inline constexpr char kSchema[] =
     "added INTEGER NOT NULL,accessed INTEGER NOT NULL,sum INTEGER NOT NULL,parent BLOB,packed BLOB);"
     "CREATE INDEX slate_universal ON slate(universal);"
     "CREATE INDEX slate_parent ON slate(parent) WHERE parent IS NOT NULL;"
-    "CREATE INDEX slate_design ON slate(state,here) WHERE state&65535<>1;"
     "CREATE TABLE chunk(id INTEGER PRIMARY KEY,data BLOB NOT NULL);"
     "CREATE TABLE object(id INTEGER PRIMARY KEY,class INTEGER NOT NULL,size INTEGER NOT NULL,slate INTEGER NOT NULL,"
     "value INTEGER NOT NULL);"
@@ -48,11 +47,13 @@ inline constexpr char kSchema2[] =
     "WITHOUT ROWID;"
     "CREATE TABLE page(id INTEGER PRIMARY KEY,data BLOB NOT NULL);";
 
-// What version 3 has; those before had an index on the slates, and version 2 a table of those that went.
+// What version 3 has. Those before had an index on the slates for the feed, and version 2 a table of those that went;
+// their index of designs names the time of the change too, so that no document could be written without a look at it.
 inline constexpr char kSchema3[] =
+    "CREATE INDEX slate_design ON slate(state) WHERE state&65535<>1;"
     "CREATE TABLE change(feed INTEGER PRIMARY KEY,here INTEGER NOT NULL,entries BLOB NOT NULL);"
     "PRAGMA user_version=3;";
-inline constexpr char kDropFormerFeed[] = "DROP INDEX slate_feed;DROP TABLE IF EXISTS removed;";
+inline constexpr char kDropIndexes[] = "DROP INDEX slate_feed;DROP INDEX slate_design;DROP TABLE IF EXISTS removed;";
 
 enum class SqliteStore::Sql : std::size_t {
   kBegin,
@@ -72,7 +73,7 @@ enum class SqliteStore::Sql : std::size_t {
   kReadHeader,
   kInsertSlate,
   kUpdateSlate,
-  kUpdateSlateLinks,
+  kUpdateSlateAll,
   kMakeDeletionStub,
   kRemoveSlate,
   kReadBlocks,

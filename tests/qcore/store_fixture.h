@@ -116,6 +116,7 @@ class Database : public Engine {
   void MakeVersion(int version) const {
     Execute(
         "DROP TABLE change;DELETE FROM setting WHERE key=8;CREATE INDEX slate_feed ON slate(feed,here,state);"
+        "DROP INDEX slate_design;CREATE INDEX slate_design ON slate(state,here) WHERE state&65535<>1;"
         "CREATE TABLE removed(feed INTEGER PRIMARY KEY,id INTEGER NOT NULL,state INTEGER NOT NULL);"
         "PRAGMA user_version=2");
     if (version > 1) return;
