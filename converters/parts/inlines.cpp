@@ -38,7 +38,10 @@ void Inlines::Recompute() {
 }
 
 unsigned Inlines::Open(const FontChange& change) {
-  Elements.push_back({++Numbers, change, Apply(change, Font())});
+  const FontID font = Apply(change, Font());
+  // One that changes nothing has nothing to take back, and there may be any number of them.
+  if (font == Font()) return ++Numbers;
+  Elements.push_back({++Numbers, change, font});
   IsMatched = false;
   return Numbers;
 }
