@@ -144,6 +144,11 @@ void Inlines::EndLink() {
   IsMatched = false;
 }
 
+void Inlines::Anchor(std::string_view name) {
+  Match(false);
+  Out.Anchor(name);
+}
+
 void Inlines::Picture(std::string_view address, std::string_view title, std::string_view text) {
   Match(false);
   Link link{.Picture = address, .PictureTitle = title, .IsPicture = true};
