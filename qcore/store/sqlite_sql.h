@@ -10,10 +10,12 @@ inline constexpr int kTables = 5;  // of the first version
 
 // The full-text index. Its words know a text by a number: a fourth of the slate's ID at first, and one from
 // kFirstVersion up for each later text of the slate, since words without the text behind them cannot be taken back.
-// Texts that are replaced or gone stay as dead numbers.
+// Texts that are replaced or gone stay as dead numbers. What a part of an update adds is gathered in up to 16 MB, so
+// that few segments are left to merge.
 inline constexpr std::uint64_t kFirstVersion = std::uint64_t{1} << 32;
 inline constexpr char kTextSchema[] =
     "CREATE VIRTUAL TABLE words USING fts5(body,content='',tokenize='quillon');"
+    "INSERT INTO words(words,rank)VALUES('hashsize',16777216);"
     "CREATE TABLE text_version(number INTEGER PRIMARY KEY,slate INTEGER NOT NULL);"
     "CREATE INDEX text_slate ON text_version(slate);"
     "CREATE TABLE text_dead(number INTEGER PRIMARY KEY);"
