@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <optional>
 #include <pugixml.hpp>
 
 #include "bench/support.h"
@@ -377,6 +378,62 @@ void FindWordByCursor(benchmark::State& state) {
   }
 }
 
+constexpr std::size_t kInserted = 10000000;
+
+// The values of a body as they would be stored.
+void Write(const VQRichText& body) {
+  std::vector<vq::ItemBlock> blocks;
+  vq::ThrowIfError(body.GetRichTextBody()->WriteBlocks(&blocks));
+  for (const vq::ItemBlock& block : blocks) EngMemFree(block.Memory);
+}
+
+// Two stored bodies of 10 MB, not parsed yet. An edit stays in a document while that is open.
+struct TwoBodies {
+  TwoBodies() {
+    for (std::size_t i = 0; i < std::size(Bodies); ++i) {
+      Documents[i] = Shared::Get().Open(kInserted + i);
+      Documents[i].GetItem("Body", &Bodies[i]);
+    }
+  }
+  VQDocument Documents[2];
+  VQRichText Bodies[2];
+};
+
+// Each is parsed, written and closed.
+void ParseAndWriteBoth(benchmark::State& state) {
+  std::optional<TwoBodies> two;
+  for (auto _ : state) {
+    state.PauseTiming();
+    two.reset();
+    two.emplace();
+    state.ResumeTiming();
+    for (VQRichText& body : two->Bodies) {
+      Write(body);
+      body = VQRichText();
+    }
+  }
+}
+
+// One goes into the middle of the other, which is written into its items; both are closed.
+void InsertRichText(benchmark::State& state) {
+  std::optional<TwoBodies> two;
+  for (auto _ : state) {
+    state.PauseTiming();
+    two.reset();
+    two.emplace();
+    state.ResumeTiming();
+    VQRTCursor cursor;
+    two->Bodies[0].GetCursor(&cursor);
+    state.PauseTiming();
+    vq::ThrowIfError(cursor.GotoFirst(kWord));
+    state.ResumeTiming();
+    vq::ThrowIfError(two->Bodies[0].Insert(two->Bodies[1], &cursor));
+    two->Bodies[0].Update();
+    cursor = VQRTCursor();
+    for (VQRichText& body : two->Bodies) body = VQRichText();
+  }
+}
+
 BENCHMARK(ParsePugixml)->Unit(benchmark::kMillisecond);
 BENCHMARK(ParseQuillon)->Unit(benchmark::kMillisecond);
 BENCHMARK(Memcpy)->Unit(benchmark::kMicrosecond);
@@ -386,6 +443,8 @@ BENCHMARK_CAPTURE(UpdateOneWord, SameLength, kOther)->Unit(benchmark::kMicroseco
 BENCHMARK_CAPTURE(UpdateOneWord, OtherLength, kLonger)->Unit(benchmark::kMicrosecond);
 BENCHMARK(SaveOneWord)->Unit(benchmark::kMicrosecond)->UseRealTime();
 BENCHMARK(InsertAndDeleteWord)->Arg(100000)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kNanosecond);
+BENCHMARK(ParseAndWriteBoth)->Unit(benchmark::kMillisecond);
+BENCHMARK(InsertRichText)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(StyleParagraphs, ThreeStyles, false)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(StyleParagraphs, OwnStyles, true)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
 BENCHMARK(DeleteStyledParagraphs)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);

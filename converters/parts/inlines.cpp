@@ -38,10 +38,7 @@ void Inlines::Recompute() {
 }
 
 unsigned Inlines::Open(const FontChange& change) {
-  const FontID font = Apply(change, Font());
-  // One that changes nothing has nothing to take back, and there may be any number of them.
-  if (font == Font()) return ++Numbers;
-  Elements.push_back({++Numbers, change, font});
+  Elements.push_back({++Numbers, change, Apply(change, Font())});
   IsMatched = false;
   return Numbers;
 }
@@ -142,11 +139,6 @@ void Inlines::EndLink() {
   IsLinkOpen = false;
   if (Shown.size() > ShownAtLink) Shown.resize(ShownAtLink);
   IsMatched = false;
-}
-
-void Inlines::Anchor(std::string_view name) {
-  Match(false);
-  Out.Anchor(name);
 }
 
 void Inlines::Picture(std::string_view address, std::string_view title, std::string_view text) {

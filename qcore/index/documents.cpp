@@ -375,7 +375,7 @@ ENGSTATUS DocumentReader::Read(std::uint32_t id, Document* document) {
     document->id = id;
     return ENG_OK;
   }
-  StoredRow row = std::move(room_);  // formulas may ask for other documents
+  StoredRow row;
   {
     const std::lock_guard lock(database_->mutex());
     const ENGSTATUS status = database_->store().ReadSlate(id, [&row](const SlateHeader& header, Bytes packed) {
@@ -390,9 +390,7 @@ ENGSTATUS DocumentReader::Read(std::uint32_t id, Document* document) {
     }
     if (status != ENG_OK) return status;
   }
-  const ENGSTATUS status = Evaluate(row, document);
-  room_ = std::move(row);
-  return status;
+  return Evaluate(row, document);
 }
 
 ENGSTATUS DocumentReader::ReadAll(const Visitor& visit) {

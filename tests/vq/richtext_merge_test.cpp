@@ -33,6 +33,11 @@ class Merge : public StoreFixture {
       std::string value(items[i].GetValueSize() - 2, 0);
       EXPECT_EQ(items[i].Read(0, value.size(), value.data()), VQ_OK);
       all += value;
+      const auto* body = dynamic_cast<const VQCompositeItemBody*>(items[i].GetItemBody());
+      for (const vq::ItemPlace& later : body ? body->GetExtraPlaces() : std::vector<vq::ItemPlace>()) {
+        const vq::MemoryLock lock(later.Value.Pool);
+        all.append(reinterpret_cast<const char*>(lock.GetBytes()) + later.Value.Block + 2, later.Size - 2);
+      }
     }
     return all;
   }
@@ -69,30 +74,53 @@ VQSTATUS AsObject(const VQRichText& source, VQSlate& target) {
   return status == VQ_OK ? copy.Update() : status;
 }
 
-constexpr int kLink = 11;
-const std::string kLinked = Reference(1) + Text("a") + Hotspot(kLink) + Text("to") + HotspotEnd() + Text("z");
+// A link that stands at a position of its table.
+std::string Link(int position) {
+  return Record(SIG_CD_V4HOTSPOTBEGIN, Bytes({11, 0, 0, 0, 0, 0, 0, 0, position & 255, position >> 8}));
+}
+std::string Linked(int position) {
+  return Reference(1) + Text("a") + Link(position) + Text("to") + HotspotEnd() + Text("z");
+}
+const std::string kLinked = Linked(0);
+
+int PositionIn(const std::string& body) {
+  const std::size_t at = body.find(Link(0).substr(0, 12));
+  return at == std::string::npos
+             ? -1
+             : static_cast<unsigned char>(body[at + 12]) | static_cast<unsigned char>(body[at + 13]) << 8;
+}
 
 TEST_F(Merge, LinksComeWithTheirTable) {
   const std::string ours = Unknown("ours"), theirs = Unknown("theirs"), plain = Reference(1) + Text("plain");
+  const std::string damaged = ours.substr(0, 6), full = Unknown("x");
+  std::string most;
+  for (int i = 0; i < 0xFFFE; ++i) most += Bytes({0x81, 2});
   const struct {
     const char* What;
     Way Run;
     std::string Body, Present;
     VQSTATUS Status;
     std::string After;
+    int Position;
   } rows[] = {
-      {"an item, no table", AsItem, kLinked, "", VQ_OK, theirs},
-      {"an item, the same table", AsItem, kLinked, theirs, VQ_OK, theirs},
-      {"an item, another table", AsItem, kLinked, ours, VQERR_WRONG_SITUATION, ours},
-      {"an item without links, another table", AsItem, plain, ours, VQ_OK, ours},
-      {"a text, no table", AsText, kLinked, "", VQ_OK, theirs},
-      {"a text, the same table", AsText, kLinked, theirs, VQ_OK, theirs},
-      {"a text, another table", AsText, kLinked, ours, VQERR_WRONG_SITUATION, ours},
-      {"a text without links", AsText, plain, "", VQ_OK, ""},
-      {"a part, no table", AsPart, kLinked, "", VQ_OK, theirs},
-      {"a part, another table", AsPart, kLinked, ours, VQERR_WRONG_SITUATION, ours},
-      {"an object, no table", AsObject, kLinked, "", VQ_OK, theirs},
-      {"an object, another table", AsObject, kLinked, ours, VQERR_WRONG_SITUATION, ours},
+      {"an item, no table", AsItem, kLinked, "", VQ_OK, theirs, 0},
+      {"an item, the same table", AsItem, kLinked, theirs, VQ_OK, theirs, 0},
+      {"an item, another table", AsItem, kLinked, ours, VQ_OK, ours + theirs, 1},
+      {"an item, a table that cannot be joined", AsItem, kLinked, damaged, VQERR_WRONG_SITUATION, damaged, -1},
+      {"an item without links, another table", AsItem, plain, ours, VQ_OK, ours, -1},
+      {"a text, no table", AsText, kLinked, "", VQ_OK, theirs, 0},
+      {"a text, the same table", AsText, kLinked, theirs, VQ_OK, theirs, 0},
+      {"a text, another table", AsText, kLinked, ours, VQ_OK, ours + theirs, 1},
+      {"a text, a table with the link", AsText, kLinked, ours + full + theirs, VQ_OK, ours + full + theirs, 2},
+      {"a text whose link leads nowhere", AsText, Linked(7), ours, VQ_OK, ours, 0xFFFF},
+      {"a text, a full table", AsText, kLinked, most, VQERR_OUT_OF_RANGE, most, -1},
+      {"a text, a table that cannot be joined", AsText, kLinked, damaged, VQERR_WRONG_SITUATION, damaged, -1},
+      {"a text without links", AsText, plain, "", VQ_OK, "", -1},
+      {"a part, no table", AsPart, kLinked, "", VQ_OK, theirs, 0},
+      {"a part, another table", AsPart, kLinked, ours, VQ_OK, ours + theirs, 1},
+      {"an object, no table", AsObject, kLinked, "", VQ_OK, theirs, 0},
+      {"an object, another table", AsObject, kLinked, ours, VQ_OK, ours + theirs, 1},
+      {"an object, a table that cannot be joined", AsObject, kLinked, damaged, VQERR_WRONG_SITUATION, damaged, -1},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.What);
@@ -100,11 +128,31 @@ TEST_F(Merge, LinksComeWithTheirTable) {
     VQRichText source;
     ASSERT_EQ(from.GetItem("Body", &source), VQ_OK);
     EXPECT_EQ(row.Run(source, to), row.Status);
-    EXPECT_EQ(ValueOf(to, "$Links"), row.After);
+    EXPECT_TRUE(ValueOf(to, "$Links") == row.After);
     EXPECT_EQ(Written(source), row.Body);
+    EXPECT_EQ(PositionIn(ValueOf(to, "Copy") + ValueOf(to, "Body")), row.Position);
     if (row.Status == VQ_OK) continue;
     EXPECT_EQ(to.GetItemCount(), 2u);
     EXPECT_EQ(ValueOf(to, "Body"), plain);
+  }
+}
+
+TEST_F(Merge, RecordsWithoutAPositionComeAsTheyAre) {
+  const std::string kept = Record(SIG_CD_LINK_A, "") + Record(SIG_CD_LINK_B, "\1") + Unknown("?") +
+                           Record(SIG_CD_V4HOTSPOTBEGIN, Bytes({11, 0, 0, 0, 0, 0, 0, 0})) + Text("to") + HotspotEnd() +
+                           Record(SIG_CD_LINK_B, std::string("\0\0tail", 6)) + Text("z");
+  for (const auto way : {AsItem, AsText, AsPart}) {
+    VQDocument from = Document(Unknown("theirs"), Reference(1) + Text("a") + kept);
+    VQDocument to = Document(Unknown("theirs"), Reference(1) + Text("b"));
+    VQRichText source;
+    ASSERT_EQ(from.GetItem("Body", &source), VQ_OK);
+    ASSERT_EQ(way(source, to), VQ_OK);
+    EXPECT_NE((ValueOf(to, "Copy") + ValueOf(to, "Body")).find(kept), std::string::npos);
+    VQDocument other = Document(Unknown("ours"), Reference(1) + Text("b"));
+    ASSERT_EQ(way(source, other), VQ_OK);
+    std::string moved = kept;
+    moved[moved.find("tail") - 2] = 1;  // the only one that has a position
+    EXPECT_NE((ValueOf(other, "Copy") + ValueOf(other, "Body")).find(moved), std::string::npos);
   }
 }
 
@@ -152,7 +200,7 @@ TEST_F(Merge, ARefusalMakesNoFontTable) {
   ASSERT_EQ(from.GetItem("Body", &source), VQ_OK);
   ASSERT_EQ(source.SetFontStyle(At(source, 0), At(source, 1), VQFontStyle(0x20, 2, "Quadrata", 0, 0)), VQ_OK);
   for (const Way& way : {Way(AsItem), Way(AsText), Way(AsPart)}) {
-    VQDocument to = Document(Unknown("ours"), Reference(1) + Text("c"));
+    VQDocument to = Document(Unknown("ours").substr(0, 6), Reference(1) + Text("c"));
     EXPECT_EQ(way(source, to), VQERR_WRONG_SITUATION);
     EXPECT_EQ(to.GetItemCount(), 2u);
     EXPECT_FALSE(to.HasItem("$Fonts"));

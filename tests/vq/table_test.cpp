@@ -1,5 +1,6 @@
 // Tables: their records, what each operation refuses, identifiers, neighbours, styles and texts.
 #include <functional>
+#include <set>
 
 #include "tests/vq/support/records.h"
 #include "vq/richtext/pabtree.h"
@@ -610,6 +611,69 @@ TEST_F(Table, EditsInsideCells) {
   EXPECT_EQ(Plain(text), "");
   EXPECT_TRUE(cell.GetRTObjectBody()->IsClosed());
   EXPECT_EQ(table.AppendRows(1), VQERR_OBJECT_CLOSED);
+}
+
+// A text that uses all identifiers but so many, the highest one among them.
+std::string UsesAllBut(int free) {
+  std::string records;
+  for (int id = 0xFFFF; id > free; --id) records += Reference(id);
+  return records + Text("x");
+}
+
+// When the highest identifier is taken, those that are left serve, and each once.
+TEST_F(Table, TakesTheIdentifiersThatAreLeft) {
+  const struct {
+    const char* What;
+    int Free;
+    std::function<VQSTATUS(VQTable&)> Edit;
+    VQSTATUS Status;
+  } rows[] = {
+      {"a table", 3, nullptr, VQ_OK},
+      {"a table, too few", 2, nullptr, VQERR_OUT_OF_RANGE},
+      // A paragraph behind the table uses the identifier of its first column, so that the table's are made anew.
+      {"columns", 8, [](VQTable& table) { return table.AppendColumns(2); }, VQ_OK},
+      {"columns, too few", 7, [](VQTable& table) { return table.AppendColumns(2); }, VQERR_OUT_OF_RANGE},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(UsesAllBut(row.Free));
+    VQRTCursor cursor = At(text, 0);
+    std::string before = Written(text);
+    VQTable table;
+    VQSTATUS status = text.CreateTable(2, 3, &cursor, &table);
+    if (row.Edit) {
+      ASSERT_EQ(status, VQ_OK);
+      before = Written(text);
+      status = row.Edit(table);
+    }
+    ASSERT_EQ(status, row.Status);
+    if (status != VQ_OK) {
+      EXPECT_EQ(Written(text), before);
+      continue;
+    }
+    std::set<std::uint16_t> ids;
+    for (const VQTableCellBody* head : table.GetTableBody()->ColumnHeads()) {
+      ids.insert(VQTableBody::ColumnPABID(*head));
+    }
+    EXPECT_EQ(ids.size(), table.GetColumnCount());
+  }
+}
+
+// What a hotspot's paragraphs are styled by comes along under identifiers of the target's.
+TEST_F(Table, AHotspotBringsItsStyles) {
+  VQRichText from = RichText(Record(SIG_CD_PABDEFINITION, Bytes({5, 0}) + std::string(64, '\0')) + Hotspot(11) +
+                             Reference(5) + Text("to") + HotspotEnd());
+  VQRichText to = RichText(Reference(5) + Text("x"));
+  VQRTObject hotspot, placed;
+  ASSERT_EQ(from.FindFirst(VQRTTYPE_LINK_HOTSPOT, &hotspot), VQ_OK);
+  VQRTCursor cursor = At(to, 1);
+  ASSERT_EQ(to.Insert(hotspot, &cursor, &placed), VQ_OK);
+  const VQRTBaseContainerBody* inside = placed.GetRTObjectBody()->AsBase();
+  const VQRTObjectBody* definition = inside->FirstOfType(VQRTTYPE_PAB_DEFINITION);
+  const VQRTObjectBody* reference = inside->FirstOfType(VQRTTYPE_PAB_REFERENCE);
+  ASSERT_TRUE(definition && reference);
+  EXPECT_EQ(vq::pab::IDsOf(*definition).First, 6);
+  EXPECT_EQ(vq::pab::IDsOf(*reference).Second, 6);
 }
 
 }  // namespace

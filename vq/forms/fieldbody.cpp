@@ -212,6 +212,14 @@ VQSTATUS VQFormFieldBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) 
   return VQ_OK;
 }
 
+VQSTATUS VQFormFieldBody::FindTableFont(VQFontStyle* style) {
+  VQFontStyle font;
+  // A record that can't be read goes as it is.
+  if (GetFont(&font) != VQ_OK || !vq::fontid::IsTableFace(font.GetFaceID())) return VQWARN_NOT_FOUND;
+  *style = font;
+  return VQ_OK;
+}
+
 VQSTATUS VQFormFieldBody::ConvertFonts(VQItem* table) {
   if (VQSTATUS status = VQRTElementBody::ConvertFonts(table)) return status;
   if (!FontStyle) return VQ_OK;

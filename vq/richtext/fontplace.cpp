@@ -120,14 +120,7 @@ VQSTATUS EnterFacesOf(VQRTObjectBody& incoming, const VQRTObjectBody& object) {
   const VQRTBaseContainerBody* container = incoming.AsBase();
   for (VQRTObjectBody* each = &incoming; each; each = container ? container->NextInTree(each) : nullptr) {
     VQFontStyle style;
-    VQSTATUS status = VQWARN_NOT_FOUND;
-    if (each->GetType() == VQRTTYPE_STYLIZED_TEXT) {
-      VQStylizedTextBody& run = static_cast<VQStylizedTextBody&>(*each);
-      bool table = fontid::IsTableFace(fontid::Face(static_cast<std::uint32_t>(run.GetFontID())));
-      if (table) status = run.GetFontStyle(&style);
-    } else if (each->GetType() == VQRTTYPE_PAB_STYLE_NAME) {
-      status = static_cast<VQPABStyleNameBody&>(*each).GetFontStyle(&style);
-    }
+    VQSTATUS status = each->FindTableFont(&style);
     if (status == VQ_OK) status = EnterStyle(object, style);
     if (VQIsError(status)) return status;
   }

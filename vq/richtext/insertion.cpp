@@ -1,4 +1,6 @@
 // Container operations that put whole rich texts in.
+#include <bitset>
+
 #include "vq/richtext/fontid.h"
 #include "vq/richtext/fontplace.h"
 #include "vq/richtext/fonttable.h"
@@ -23,40 +25,27 @@ VQSTATUS CheckCursor(const VQRTBaseContainerBody& container, const VQRTCursor* c
 VQSTATUS CheckTypes(const VQRTBaseContainerBody* around, const VQRTContainerBody& incoming) {
   if (!around || !around->IsType(VQRTTYPE_CONTAINER)) return VQERR_CANT_INSERT_TYPE;
   const VQRTContainerBody& container = static_cast<const VQRTContainerBody&>(*around);
+  std::bitset<VQRTTYPE_COUNT> taken;
   for (const VQRTObjectBody* child = incoming.GetFirstChild(); child; child = child->GetNext()) {
+    if (taken[child->GetType()]) continue;
     if (!container.CanInsertType(child->GetType())) return VQERR_CANT_INSERT_TYPE;
+    taken.set(child->GetType());
   }
   return VQ_OK;
 }
 
-// A rich text that stands alone, with copies of all that the source's top holds and the source's tables.
-VQSTATUS CopyWhole(const VQRichText& source, VQRichText* copy) {
-  VQRichTextBody* from = source.GetRichTextBody();
-  if (VQSTATUS status = from->Initialize()) return status;
-  VQRichTextBody* body = new VQRichTextBody;
-  *copy = VQRichText(body);
-  if (VQSTATUS status = body->Initialize()) return status;
-  std::vector<VQRTObject> objects;
-  objects.reserve(from->GetTop()->GetChildCount());
-  for (VQRTObjectBody* child = from->GetTop()->GetFirstChild(); child; child = child->GetNext()) {
-    if (VQSTATUS status = pab::CopyOf(child, &objects.emplace_back())) return status;
-  }
-  if (VQSTATUS status = body->GetTop()->LinkAll(objects, nullptr)) return status;
-  return body->TakeTables(*from);
-}
-
 // What in `incoming` refers to its own tables refers to the target's afterwards, as far as those may be shared.
-VQSTATUS Adapt(VQRichText& incoming, VQRTContainerBody& root) {
+VQSTATUS Adapt(VQRichText& incoming, const vq::TextFindings& found, VQRTContainerBody& root) {
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   unsigned short highest = 0;
   VQSTATUS status = top.ReassignPABIDs(root.GetHighestPABID(), &highest, &root);
   if (status != VQ_OK) return status;
   if (VQRichTextBody* owner = root.GetRichTextBody()) {
     VQRichText target(owner);
-    if ((status = top.ConvertFonts(&target)) != VQ_OK) return status;
-    if ((status = top.ConvertLinks(&incoming, &target)) != VQ_OK) return status;
-    if ((status = top.ConvertObjects(&incoming, &target)) != VQ_OK) return status;
-    if ((status = vq::BringLinks(top, incoming.GetRichTextBody(), owner)) != VQ_OK) return status;
+    if (found.Fonts || found.Others) status = top.ConvertFonts(&target);
+    if (status == VQ_OK && found.Others) status = top.ConvertObjects(&incoming, &target);
+    if (status == VQ_OK && found.Others) status = top.ConvertLinks(&incoming, &target);
+    if (status != VQ_OK) return status;
   }
   root.SetHighestPABID(highest);
   return VQ_OK;
@@ -99,33 +88,19 @@ VQSTATUS KeepStyleBehind(const VQRTObjectBody* last, vq::PABIDs inForce) {
   return object->InsertNextSibling(vq::MakePABReference(inForce).GetRTObjectBody());
 }
 
-VQSTATUS MoveIn(VQRTContainerBody& incoming, const pab::Place& place, VQRTObject* first, VQRTObject* last) {
-  std::vector<VQRTObject> objects;
-  objects.reserve(incoming.GetChildCount());
-  while (VQRTObjectBody* child = incoming.GetFirstChild()) {
-    objects.emplace_back(child);
-    if (VQSTATUS status = child->RemoveThis(1)) return status;
-  }
-  if (objects.empty()) return VQ_OK;
-  *first = objects.front();
-  *last = objects.back();
-  return place.Parent->LinkAll(objects, place.Before);
-}
-
-// Behind what was put in: its last element, or what follows a last paragraph record.
+// Behind what was put in: its last element, or what follows a last paragraph record; else the element before it. Where
+// there is none the cursor stays.
 VQSTATUS CursorBehind(VQRTContainerBody& root, VQRTObjectBody* last, VQRTCursor* cursor) {
   VQRTObjectBody* object = last;
   while (object && !pab::IsContent(object)) object = object->GetNext();
-  if (object == last || !object) {
-    if (!object) object = root.PreviousOfType(last, VQRTTYPE_STYLIZED_TEXT);
-    if (!object) return VQERR_RT_INVALID;
-    const VQSTATUS status = pab::PutCursor(cursor, object, true);
+  if (object) {
+    const VQSTATUS status = pab::PutCursor(cursor, object, object == last);
     if (status != VQWARN_NOT_FOUND) return status;
-    // A container without content, such as a table without cells: the cursor stays in front of it.
-    object = root.PreviousOfType(last, VQRTTYPE_STYLIZED_TEXT);
-    return object ? pab::PutCursor(cursor, object, true) : VQ_OK;
   }
-  return pab::PutCursor(cursor, object, false);
+  // A container without content, such as a table without cells, is no place.
+  object = root.PreviousOfType(last, VQRTTYPE_STYLIZED_TEXT);
+  if (!object) object = root.PreviousOfType(last, VQRTTYPE_ELEMENT);
+  return object ? pab::PutCursor(cursor, object, true) : VQ_OK;
 }
 
 }  // namespace
@@ -135,14 +110,20 @@ VQSTATUS VQRTContainerBody::Insert(const VQRichText& richText, VQRTCursor* curso
   if (VQSTATUS status = CheckCursor(*this, cursor)) return status;
   if (IsType(VQRTTYPE_STYLIZED_TEXT)) return VQERR_CANT_INSERT_TYPE;
   VQRichText copy;
-  if (VQSTATUS status = CopyWhole(richText, &copy)) return status;
-  return TakeIn(copy, cursor, richText.GetRichTextBody());
+  vq::TextFindings found;
+  if (VQSTATUS status = richText.GetRichTextBody()->CopyTo(&copy, &found)) return status;
+  return TakeIn(copy, found, cursor, richText.GetRichTextBody());
 }
 
-VQSTATUS VQRTContainerBody::TakeIn(VQRichText& incoming, VQRTCursor* cursor, VQRichTextBody* source) {
+VQSTATUS VQRTContainerBody::TakeIn(VQRichText& incoming, VQRTCursor* cursor) {
+  if (VQSTATUS status = incoming.GetRichTextBody()->Initialize()) return status;
+  return TakeIn(incoming, vq::Survey(*incoming.GetRichTextBody()->GetTop()), cursor, nullptr);
+}
+
+VQSTATUS VQRTContainerBody::TakeIn(VQRichText& incoming, const vq::TextFindings& found, VQRTCursor* cursor,
+                                   VQRichTextBody* source) {
   if (VQSTATUS status = CheckCursor(*this, cursor)) return status;
   if (IsType(VQRTTYPE_STYLIZED_TEXT)) return VQERR_CANT_INSERT_TYPE;
-  if (VQSTATUS status = incoming.GetRichTextBody()->Initialize()) return status;
   VQRTContainerBody& root = pab::Root(*this);
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   if (top.GetChildCount() == 0) return VQ_OK;
@@ -150,7 +131,7 @@ VQSTATUS VQRTContainerBody::TakeIn(VQRichText& incoming, VQRTCursor* cursor, VQR
   if (VQSTATUS status = vq::CheckAdmitted(root.GetRichTextBody(), top, source)) return status;
   vq::FontGuard fonts(root.GetRichTextBody());
   vq::ObjectGuard objects(root.GetRichTextBody());
-  if (VQSTATUS status = Adapt(incoming, root)) return status;
+  if (VQSTATUS status = Adapt(incoming, found, root)) return status;
 
   VQRTObjectBody* inForce = pab::ReferenceFor(root, cursor->GetElementBody());
   const std::vector<VQRTObjectBody*> standIn =
@@ -159,8 +140,8 @@ VQSTATUS VQRTContainerBody::TakeIn(VQRichText& incoming, VQRTCursor* cursor, VQR
   if (VQSTATUS status = pab::SplitAt(*cursor, &place)) return status;
   fonts.Keep();
   objects.Keep();
-  VQRTObject first, last;
-  if (VQSTATUS status = MoveIn(top, place, &first, &last)) return status;
+  const VQRTObject first(top.GetFirstChild()), last(top.GetLastChild());
+  if (VQSTATUS status = incoming.GetRichTextBody()->MoveInto(*place.Parent, place.Before)) return status;
   if (inForce) {
     if (VQSTATUS status = KeepStyleBehind(last.GetRTObjectBody(), pab::IDsOf(*inForce))) return status;
   }
@@ -179,15 +160,15 @@ VQSTATUS VQRTContainerBody::Append(const VQRichText& richText) {
     return status != VQ_OK ? status : Insert(richText, &cursor);
   }
   VQRichText incoming;
-  if (VQSTATUS status = CopyWhole(richText, &incoming)) return status;
+  vq::TextFindings found;
+  if (VQSTATUS status = richText.GetRichTextBody()->CopyTo(&incoming, &found)) return status;
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   if (VQSTATUS status = CheckTypes(this, top)) return status;
   if (VQSTATUS status = vq::CheckAdmitted(GetRichTextBody(), top, richText.GetRichTextBody())) return status;
   vq::FontGuard fonts(GetRichTextBody());
   vq::ObjectGuard objects(GetRichTextBody());
-  if (VQSTATUS status = Adapt(incoming, pab::Root(*this))) return status;
+  if (VQSTATUS status = Adapt(incoming, found, pab::Root(*this))) return status;
   fonts.Keep();
   objects.Keep();
-  VQRTObject first, last;
-  return MoveIn(top, {this, nullptr}, &first, &last);
+  return incoming.GetRichTextBody()->MoveInto(*this, nullptr);
 }

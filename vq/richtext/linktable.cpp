@@ -1,5 +1,8 @@
 #include "vq/richtext/linktable.h"
 
+#include <algorithm>
+
+#include "engine/records.h"
 #include "engine/slate.h"
 #include "vq/richtext/recsrc.h"
 #include "vq/richtext/vqrtbody.h"
@@ -12,6 +15,10 @@ namespace {
 constexpr std::string_view kLinks = "$Links";
 constexpr std::string_view kFormLinks = "$FormLinks";
 constexpr std::uint32_t kTypeWord = 2;
+constexpr std::uint32_t kLinkPosition = 4;      // in a link's record
+constexpr std::uint32_t kHotspotPosition = 12;  // in a link hotspot's
+// Of a link that leads nowhere; links stand in lower ones.
+constexpr std::size_t kNowhere = 0xFFFF;
 
 std::string_view NameIn(const VQSlateBody& slate) {
   const bool form = (slate.GetSlateClass() & VQSLATECLASS_FORM) != 0 &&
@@ -23,7 +30,60 @@ bool PointsIntoTable(const VQRTObjectBody& object) {
   return object.IsType(VQRTTYPE_LINK) || object.GetType() == VQRTTYPE_LINK_HOTSPOT;
 }
 
+// False for a record that ends before its position, which leads nowhere.
+bool ReadPosition(const VQRTObjectBody& link, std::uint32_t offset, std::size_t* position) {
+  const RecordBytes bytes(link);
+  RecordHeader header;
+  if (!ReadRecordHeader(bytes.Get(), bytes.GetSize(), &header)) return false;
+  const std::uint32_t length = std::min(header.Length, bytes.GetSize());
+  if (length < offset + 2) return false;
+  *position = LoadWord(bytes.Get() + offset);
+  return true;
+}
+
+// Objects of a tree that have a position of their own.
+template <typename Work>
+VQSTATUS ForEachLink(VQRTObjectBody& object, Work work) {
+  const VQRTBaseContainerBody* container = object.AsBase();
+  for (VQRTObjectBody* each = &object; each; each = container ? container->NextInTree(each) : nullptr) {
+    if (!PointsIntoTable(*each)) continue;
+    const bool hotspot = each->GetType() == VQRTTYPE_LINK_HOTSPOT;
+    if (hotspot && each->AsBase()->FirstOfType(VQRTTYPE_LINK)) continue;
+    const std::uint32_t offset = hotspot ? kHotspotPosition : kLinkPosition;
+    std::size_t position = kNowhere;
+    if (!ReadPosition(*each, offset, &position)) continue;
+    if (VQSTATUS status = work(*each, offset, position)) return status;
+  }
+  return VQ_OK;
+}
+
+VQSTATUS WritePosition(VQRTObjectBody& link, std::uint32_t offset, std::size_t position) {
+  const unsigned char word[] = {static_cast<unsigned char>(position), static_cast<unsigned char>(position >> 8)};
+  return link.WriteRecord(offset, word, sizeof word);
+}
+
 }  // namespace
+
+VQSTATUS LinkTable::GetLinks(std::vector<std::string>* links) const {
+  for (const Part& part : Parts) {
+    if (part.Type != TYPE_COMPOSITE) return VQERR_WRONG_SITUATION;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(part.Data.data());
+    const auto size = static_cast<std::uint32_t>(part.Data.size());
+    for (std::uint32_t at = 0; at < size;) {
+      RecordHeader header;
+      if (!ReadRecordHeader(bytes + at, size - at, &header) || header.Length > size - at) return VQERR_WRONG_SITUATION;
+      links->push_back(part.Data.substr(at, header.Length));
+      at += Padded(header.Length);
+    }
+  }
+  return links->size() < kNowhere ? VQ_OK : VQERR_OUT_OF_RANGE;
+}
+
+LinkTable LinkTable::Of(const std::string& records) {
+  LinkTable table;
+  table.Parts.push_back({TYPE_COMPOSITE, 0, records});
+  return table;
+}
 
 bool IsLinkTableName(std::string_view name) { return name == kLinks || name == kFormLinks; }
 
@@ -50,11 +110,13 @@ VQSTATUS LinkTable::Read(VQSlateBody& slate) {
 
 VQSTATUS LinkTable::Write(VQSlateBody& slate) const {
   const std::string_view name = NameIn(slate);
+  std::vector<ItemPlace> made;
   for (const Part& part : Parts) {
-    VQSTATUS status = slate.AppendItem(name, part.Type, part.Data.data(), part.Data.size(), part.Flags, nullptr);
+    ItemPlace& place = made.emplace_back();
+    VQSTATUS status = slate.AppendItem(name, part.Type, part.Data.data(), part.Data.size(), part.Flags, &place);
     if (status == VQ_OK) continue;
-    // What was appended goes; the first failure is what counts.
-    static_cast<void>(slate.DeleteItems(name));
+    made.pop_back();
+    for (const ItemPlace& each : made) EngItemDelete(slate.GetHandle(), each.Item);
     return status;
   }
   return VQ_OK;
@@ -69,14 +131,66 @@ bool HoldsLinks(const VQRTObjectBody& object) {
   return inside != nullptr;
 }
 
-VQSTATUS BringLinks(const VQRTObjectBody& object, VQRichTextBody* source, VQRichTextBody* target) {
+namespace {
+
+// Positions in a table for the links of another one, which are put behind its own where they are new.
+class Joining {
+ public:
+  VQSTATUS Start(const LinkTable& theirs, const LinkTable& ours) {
+    VQSTATUS status = theirs.GetLinks(&Theirs);
+    if (status == VQ_OK) status = ours.GetLinks(&Ours);
+    return status;
+  }
+  std::size_t PositionOf(std::size_t old) {
+    if (old >= Theirs.size()) return kNowhere;
+    const auto present = std::ranges::find(Ours, Theirs[old]);
+    const auto position = static_cast<std::size_t>(present - Ours.begin());
+    if (present != Ours.end()) return position;
+    Ours.push_back(Theirs[old]);
+    Added += Theirs[old];
+    Added.resize(Padded(static_cast<std::uint32_t>(Added.size())));
+    return position;
+  }
+  bool Fits() const { return Ours.size() < kNowhere; }
+  const std::string& GetAdded() const { return Added; }
+
+ private:
+  std::vector<std::string> Theirs, Ours;
+  std::string Added;
+};
+
+}  // namespace
+
+VQSTATUS BringLinks(VQRTObjectBody& object, VQRichTextBody* source, VQRichTextBody* target) {
   if (!source || !target || source == target || !HoldsLinks(object)) return VQ_OK;
   if (source->IsSlateItem() && source->GetSlateBody() == target->GetSlateBody()) return VQ_OK;
   LinkTable theirs, ours;
   VQSTATUS status = source->FindLinks(&theirs);
   if (status == VQ_OK && !theirs.IsEmpty()) status = target->FindLinks(&ours);
   if (status != VQ_OK || theirs.IsEmpty() || theirs == ours) return status;
-  return ours.IsEmpty() ? target->TakeLinks(theirs) : VQERR_WRONG_SITUATION;
+  if (ours.IsEmpty()) return target->TakeLinks(theirs);
+  Joining joining;
+  status = joining.Start(theirs, ours);
+  if (status != VQ_OK) return status;
+  status = ForEachLink(object, [&](VQRTObjectBody&, std::uint32_t, std::size_t old) {
+    joining.PositionOf(old);
+    return joining.Fits() ? VQ_OK : VQERR_OUT_OF_RANGE;
+  });
+  if (status == VQ_OK && !joining.GetAdded().empty()) status = target->TakeLinks(LinkTable::Of(joining.GetAdded()));
+  if (status != VQ_OK) return status;
+  return ForEachLink(object, [&](VQRTObjectBody& link, std::uint32_t offset, std::size_t old) {
+    return WritePosition(link, offset, joining.PositionOf(old));
+  });
+}
+
+VQSTATUS ShiftLinks(VQRTObjectBody& object, unsigned long distance) {
+  VQSTATUS status = ForEachLink(object, [&](VQRTObjectBody&, std::uint32_t, std::size_t old) {
+    return old == kNowhere || old + distance < kNowhere ? VQ_OK : VQERR_OUT_OF_RANGE;
+  });
+  if (status != VQ_OK) return status;
+  return ForEachLink(object, [&](VQRTObjectBody& link, std::uint32_t offset, std::size_t old) {
+    return old == kNowhere ? VQ_OK : WritePosition(link, offset, old + distance);
+  });
 }
 
 }  // namespace vq
@@ -89,6 +203,7 @@ VQSTATUS VQRichTextBody::FindLinks(vq::LinkTable* links) {
 
 VQSTATUS VQRichTextBody::TakeLinks(const vq::LinkTable& links) {
   if (IsSlateItem()) return links.Write(*GetSlateBody());
-  OwnLinks = std::make_unique<vq::LinkTable>(links);
+  if (!OwnLinks) OwnLinks = std::make_unique<vq::LinkTable>();
+  OwnLinks->Add(links);
   return VQ_OK;
 }

@@ -1,5 +1,6 @@
 // Container operations that keep paragraph identifiers unique and references valid.
-#include <map>
+#include <array>
+#include <memory>
 #include <set>
 
 #include "vq/richtext/pabtree.h"
@@ -58,38 +59,31 @@ class FreeNumbers {
   std::set<std::uint16_t> Used;
 };
 
-// New numbers for old ones, given out in the order of first use.
-class Renumbering {
+// Something for each identifier; many are few and near each other.
+template <typename Value>
+class ByID {
  public:
-  Renumbering(unsigned highest, const VQRTBaseContainerBody* target) : Free(highest, target) {}
-
-  [[nodiscard]] VQSTATUS Add(std::uint16_t old) {
-    if (Numbers.contains(old)) return VQ_OK;
-    std::uint16_t number = Free.Take();
-    if (number == 0) return VQERR_OUT_OF_RANGE;
-    Numbers.emplace(old, number);
-    return VQ_OK;
+  Value& operator[](std::uint16_t id) {
+    std::unique_ptr<Page>& page = Pages[id >> 8];
+    if (!page) page = std::make_unique<Page>();
+    return (*page)[id & 0xFF];
   }
-  std::uint16_t operator[](std::uint16_t old) const { return Numbers.at(old); }
-  std::uint16_t Highest() const { return Free.Highest(); }
 
  private:
-  FreeNumbers Free;
-  std::map<std::uint16_t, std::uint16_t> Numbers;
+  using Page = std::array<Value, 0x100>;
+  std::array<std::unique_ptr<Page>, 0x100> Pages;
 };
 
-// Identifiers that a text defines: settings, and what a formula reference takes its formula from.
-struct Defined {
-  explicit Defined(const Objects& objects) {
-    for (const VQRTObjectBody* object : objects) {
-      if (object->IsType(VQRTTYPE_PAB_REFERENCE)) continue;
-      std::uint16_t id = pab::IDsOf(*object).First;
-      Any.insert(id);
-      if (object->IsType(VQRTTYPE_PAB_DEFINITION)) Definitions.insert(id);
-    }
-  }
-  std::set<std::uint16_t> Definitions;
-  std::set<std::uint16_t> Any;
+// What a text says of an identifier.
+struct Meaning {
+  bool HasDefinition = false;
+  bool HasRecord = false;    // a definition, or what a formula reference takes its formula or name from
+  std::uint16_t Number = 0;  // the new one, 0 while there is none
+};
+
+struct Paragraph {
+  VQRTObjectBody* Object;
+  vq::PABIDs Old, IDs;
 };
 
 VQSTATUS MoveBefore(VQRTObjectBody* object, VQRTObjectBody* place) {
@@ -117,43 +111,63 @@ VQSTATUS VQRTContainerBody::GetNewPABID(unsigned short* pabid) {
   if (!pabid) return VQERR_INVALID_PARAMETER;
   VQRTContainerBody& root = pab::Root(*this);
   if (&root != this) return root.GetNewPABID(pabid);
+  std::vector<std::uint16_t> ids(1);
+  const VQSTATUS status = GetNewPABIDs(&ids);
+  if (status == VQ_OK) *pabid = ids.front();
+  return status;
+}
+
+VQSTATUS VQRTContainerBody::GetNewPABIDs(std::vector<std::uint16_t>* pabids) {
+  VQRTContainerBody& root = pab::Root(*this);
+  if (&root != this) return root.GetNewPABIDs(pabids);
   FreeNumbers numbers(HighestPABID, this);
-  std::uint16_t id = numbers.Take();
-  if (id == 0) return VQERR_OUT_OF_RANGE;
-  HighestPABID = numbers.Highest();
-  *pabid = id;
+  for (std::uint16_t& id : *pabids) {
+    id = numbers.Take();
+    if (id == 0) return VQERR_OUT_OF_RANGE;
+  }
+  if (!pabids->empty()) HighestPABID = numbers.Highest();
   return VQ_OK;
 }
 
 VQSTATUS VQRTContainerBody::ReassignPABIDs(unsigned short highest, unsigned short* newHighestPABID,
                                            VQRTContainerBody* target) {
   VQ_ASSERT(newHighestPABID, "VQRTCONT");
-  Objects objects = ParagraphObjects(*this);
-  Defined defined(objects);
-  VQRTObjectBody* fallback = target ? target->FirstOfType(VQRTTYPE_PAB_REFERENCE) : nullptr;
-  auto isForeign = [&](vq::PABIDs ids) { return fallback && !defined.Definitions.contains(ids.Second); };
-
-  Renumbering numbers(highest, target);
-  for (const VQRTObjectBody* object : objects) {
-    vq::PABIDs ids;
-    if (VQSTATUS status = vq::ReadPABIDs(*object, &ids)) return status;
-    if (object->IsType(VQRTTYPE_PAB_REFERENCE) && isForeign(ids)) continue;
-    VQSTATUS status = defined.Any.contains(ids.First) ? numbers.Add(ids.First) : VQ_OK;
-    if (status == VQ_OK) status = numbers.Add(ids.Second);
-    if (status != VQ_OK) return status;
+  std::vector<Paragraph> paragraphs;
+  ByID<Meaning> meanings;
+  VQRTObjectBody* object = FirstOfType(VQRTTYPE_PAB_OBJECT);
+  for (; object; object = NextOfType(object, VQRTTYPE_PAB_OBJECT)) {
+    Paragraph& paragraph = paragraphs.emplace_back(object, vq::PABIDs{}, vq::PABIDs{});
+    if (VQSTATUS status = vq::ReadPABIDs(*object, &paragraph.Old)) return status;
+    paragraph.IDs = paragraph.Old;
+    if (object->IsType(VQRTTYPE_PAB_REFERENCE)) continue;
+    Meaning& meaning = meanings[paragraph.IDs.First];
+    meaning.HasRecord = true;
+    if (object->GetType() == VQRTTYPE_PAB_DEFINITION) meaning.HasDefinition = true;
   }
+  const VQRTObjectBody* fallback = target ? target->FirstOfType(VQRTTYPE_PAB_REFERENCE) : nullptr;
+  const vq::PABIDs foreign = fallback ? pab::IDsOf(*fallback) : vq::PABIDs{};
 
-  for (VQRTObjectBody* object : objects) {
-    vq::PABIDs ids = pab::IDsOf(*object);
-    vq::PABIDs mapped;
-    if (object->IsType(VQRTTYPE_PAB_REFERENCE) && isForeign(ids)) {
-      mapped = pab::IDsOf(*fallback);
-    } else {
-      mapped.Second = numbers[ids.Second];
-      mapped.First = defined.Any.contains(ids.First) ? numbers[ids.First] : mapped.Second;
+  FreeNumbers numbers(highest, target);
+  const auto renumber = [&](std::uint16_t* id) {
+    std::uint16_t& number = meanings[*id].Number;
+    if (number == 0) number = numbers.Take();
+    *id = number;
+    return number != 0;
+  };
+  for (Paragraph& paragraph : paragraphs) {
+    vq::PABIDs& ids = paragraph.IDs;
+    if (fallback && paragraph.Object->IsType(VQRTTYPE_PAB_REFERENCE) && !meanings[ids.Second].HasDefinition) {
+      ids = foreign;
+      continue;
     }
-    if (mapped.First == ids.First && mapped.Second == ids.Second) continue;
-    if (VQSTATUS status = vq::WritePABIDs(*object, mapped)) return status;
+    const bool own = meanings[ids.First].HasRecord;
+    if (own && !renumber(&ids.First)) return VQERR_OUT_OF_RANGE;
+    if (!renumber(&ids.Second)) return VQERR_OUT_OF_RANGE;
+    if (!own) ids.First = ids.Second;
+  }
+  for (const Paragraph& paragraph : paragraphs) {
+    if (paragraph.IDs.First == paragraph.Old.First && paragraph.IDs.Second == paragraph.Old.Second) continue;
+    if (VQSTATUS status = vq::WritePABIDs(*paragraph.Object, paragraph.IDs)) return status;
   }
   *newHighestPABID = numbers.Highest();
   return VQ_OK;

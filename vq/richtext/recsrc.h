@@ -29,6 +29,12 @@ class RecordSource {
     Pool = pool;
     Base = base;
   }
+  // The value belongs to no item any more: it goes with the last object that looks into it.
+  void TakeValue() {
+    Owned = true;
+    Outdated = true;
+  }
+  bool IsOwned() const { return Owned; }
   ENGHANDLE GetPool() const { return Pool; }
   std::uint32_t GetBase() const { return Base; }
   void SetOutdated() { Outdated = true; }
@@ -41,13 +47,16 @@ class RecordSource {
   bool IsBalanced() const { return Balanced; }
 
  private:
-  ~RecordSource() = default;
+  ~RecordSource() {
+    if (Owned) EngMemFree(Pool);
+  }
 
   ENGHANDLE Pool;
   std::uint32_t Base;  // of the value, its type word first
   std::uint32_t Count = 0;
   bool Outdated = false;
   bool Balanced = false;
+  bool Owned = false;
   VQRTObjectBody* Last = nullptr;
 };
 

@@ -1,5 +1,6 @@
 // Index values and links of a tree: how children get their places in the order.
-#include <limits>
+#include <algorithm>
+#include <utility>
 
 #include "vq/richtext/pabindex.h"
 #include "vq/richtext/vqrtbody.h"
@@ -36,13 +37,14 @@ VQSTATUS VQRTBaseContainerBody::Link(VQRTObjectBody* child, VQRTObjectBody* prev
     lower = previous ? previous->GetEndIndexValue() : IndexValue;
     upper = next ? next->GetIndexValue() : EndIndexValue;
     gap = upper > lower ? (upper - lower) / slots : 0;
-    if (gap >= kSmallestGap) break;
+    if (gap >= top->EnoughGap()) break;
     if (round == 2) {
       if (gap < 2 || upper - lower < slots) return VQERR_CORRUPTED;
       break;
     }
     // A range that is used up here may still be widened from the top.
-    const VQSTATUS status = round == 0 ? Renumber(next == nullptr) : top->Renumber(next == nullptr);
+    if (this == top) round = 1;
+    const VQSTATUS status = round == 0 ? Renumber(next == nullptr) : RenumberTree(next);
     if (round == 1 && status != VQ_OK) return status;
   }
   if (gap > kLargestGap) gap = kWideGap;
@@ -105,24 +107,111 @@ VQSTATUS VQRTBaseContainerBody::LinkAll(const std::vector<VQRTObject>& objects, 
   return objects.empty() ? VQ_OK : NumberRun(objects.front().GetRTObjectBody(), before);
 }
 
-VQSTATUS VQRTBaseContainerBody::NumberRun(VQRTObjectBody* first, VQRTObjectBody* next) {
-  if (IndexValue == kDetached) return NumberChildren();
+VQSTATUS VQRTBaseContainerBody::TakeChildren(VQRTBaseContainerBody& from, VQRTObjectBody* before) {
+  VQRTObjectBody* const first = from.FirstChild;
+  if (!first) return VQ_OK;
+  VQRTBaseContainerBody* top = this;
+  while (top->Parent) top = top->Parent;
+  from.MarkDirty();
+  from.ForgetParagraphs(&from);
+  if (VQRichTextBody* owner = from.GetRichTextBody()) owner->NoteStructure();
+  vq::PABIndex* index = top->RichText ? top->RichText->FindPABIndex() : nullptr;
   unsigned long slots = 1;
-  for (const VQRTObjectBody* child = first; child != next; child = child->Next) slots += child->GetIndexCount() + 1;
-  unsigned long value = first->Previous ? first->Previous->GetEndIndexValue() : IndexValue;
-  const unsigned long gap = ((next ? next->IndexValue : EndIndexValue) - value) / slots;
-  if (gap < kSmallestRunGap) return NumberChildren();
-  for (VQRTObjectBody* child = first; child != next; child = child->Next) {
-    child->IndexValue = static_cast<std::uint32_t>(value + gap);
-    value += (child->GetIndexCount() + 1) * gap;
-    VQRTBaseContainerBody* container = child->AsBase();
-    if (!container) continue;
-    container->EndIndexValue = static_cast<std::uint32_t>(value);
-    if (!container->FirstChild) continue;
-    if (VQSTATUS status = container->Renumber()) return status;
+  for (VQRTObjectBody* child = first; child; child = child->Next) {
+    child->Parent = this;
+    slots += child->GetIndexCount() + 1;
   }
+  VQRTObjectBody* const last = from.LastChild;
+  first->Previous = before ? before->Previous : LastChild;
+  last->Next = before;
+  (first->Previous ? first->Previous->Next : FirstChild) = first;
+  (before ? before->Previous : LastChild) = last;
+  ChildCount += std::exchange(from.ChildCount, 0);
+  from.FirstChild = from.LastChild = nullptr;
+  for (VQRTBaseContainerBody* each : {this, &from}) {
+    if (each->WatchesChildren) each->ChildrenChanged();
+  }
+  MarkDirty();
+  OutdateAround(*first, *top);
+  if (top->RichText) top->RichText->NoteStructure();
+  if (VQSTATUS status = NumberRun(first, before, slots)) return status;
+  for (VQRTObjectBody* child = first; index && child != before; child = child->Next) index->Take(*child);
   return VQ_OK;
 }
+
+VQSTATUS VQRTBaseContainerBody::NumberRun(VQRTObjectBody* first, VQRTObjectBody* next) {
+  unsigned long slots = 1;
+  for (const VQRTObjectBody* child = first; child != next; child = child->Next) slots += child->GetIndexCount() + 1;
+  return NumberRun(first, next, slots);
+}
+
+VQSTATUS VQRTBaseContainerBody::NumberRun(VQRTObjectBody* first, VQRTObjectBody* next, unsigned long slots) {
+  if (IndexValue == kDetached) return NumberChildren();
+  const unsigned long value = first->Previous ? first->Previous->GetEndIndexValue() : IndexValue;
+  unsigned long gap = ((next ? next->IndexValue : EndIndexValue) - value) / slots;
+  if (gap < kSmallestRunGap) {
+    if (Parent && IsRoomy()) return Renumber();
+    if (!MakeRoom(next, slots)) return NumberChildren();
+    gap = ((next ? next->IndexValue : EndIndexValue) - value) / slots;
+  }
+  NumberFrom(first, next, value, gap);
+  return VQ_OK;
+}
+
+// Of a tree so large that renumbering could not give much more, less is enough.
+unsigned long VQRTBaseContainerBody::EnoughGap() const {
+  constexpr unsigned long kPart = 32;  // of what there is for each child
+  return std::min(kSmallestGap, (EndIndexValue - IndexValue) / (2UL * ChildCount + 1) / kPart);
+}
+
+// A quarter of the range comes to stand free in front of the child, where more is likely to come, and one at the end.
+VQSTATUS VQRTBaseContainerBody::RenumberTree(VQRTObjectBody* before) {
+  VQRTBaseContainerBody* top = this;
+  while (top->Parent) top = top->Parent;
+  const VQSTATUS status = top->Renumber(true);
+  const unsigned long end = top->LastChild ? top->LastChild->GetEndIndexValue() : 0;
+  const unsigned long room = top->EndIndexValue - end;
+  if (status == VQ_OK && room > end) MoveUp(before, static_cast<std::uint32_t>(room / 2));
+  return status;
+}
+
+// What stands behind moves up where the tree has room at its end, so that all else keeps its values.
+bool VQRTBaseContainerBody::MakeRoom(VQRTObjectBody* before, unsigned long slots) {
+  VQRTBaseContainerBody* top = this;
+  while (top->Parent) top = top->Parent;
+  const unsigned long room = (top->EndIndexValue - top->LastChild->GetEndIndexValue()) / 2;
+  const unsigned long gap = std::min(room / slots, kWideGap);
+  if (gap < kSmallestRunGap || (this == top && !before)) return false;
+  MoveUp(before, static_cast<std::uint32_t>(gap * slots));
+  return true;
+}
+
+void VQRTBaseContainerBody::MoveUp(VQRTObjectBody* before, std::uint32_t distance) {
+  VQRTBaseContainerBody* top = this;
+  while (top->Parent) top = top->Parent;
+  VQRTObjectBody* behind = before;
+  for (VQRTBaseContainerBody* each = this; !behind && each != top; each = each->Parent) behind = each->Next;
+  for (VQRTBaseContainerBody* each = this; each != top; each = each->Parent) each->EndIndexValue += distance;
+  for (; behind; behind = top->NextInTree(behind)) {
+    behind->IndexValue += distance;
+    if (VQRTBaseContainerBody* container = behind->AsBase()) container->EndIndexValue += distance;
+  }
+}
+
+unsigned long VQRTBaseContainerBody::NumberFrom(VQRTObjectBody* first, const VQRTObjectBody* next, unsigned long value,
+                                                unsigned long gap) {
+  for (VQRTObjectBody* child = first; child != next; child = child->Next) {
+    value += gap;
+    child->IndexValue = static_cast<std::uint32_t>(value);
+    VQRTBaseContainerBody* container = child->AsBase();
+    if (container && container->FirstChild) value = NumberFrom(container->FirstChild, nullptr, value, gap);
+    value += gap;
+    if (container) container->EndIndexValue = static_cast<std::uint32_t>(value);
+  }
+  return value;
+}
+
+bool VQRTBaseContainerBody::IsRoomy() const { return (EndIndexValue - IndexValue) / GetIndexCount() >= kSmallestGap; }
 
 VQSTATUS VQRTBaseContainerBody::NumberChildren() {
   VQRTBaseContainerBody* top = this;
@@ -132,8 +221,7 @@ VQSTATUS VQRTBaseContainerBody::NumberChildren() {
     top->EndIndexValue = VQRT_MAX_INDEX_VALUE;
     return top->Renumber();
   }
-  const bool roomy = (EndIndexValue - IndexValue) / GetIndexCount() >= kSmallestGap;
-  return roomy ? Renumber() : top->Renumber();
+  return IsRoomy() ? Renumber() : top->Renumber();
 }
 
 void VQRTBaseContainerBody::ForgetParagraphs(VQRTObjectBody* leaving) const {
@@ -165,17 +253,7 @@ VQSTATUS VQRTBaseContainerBody::Renumber(bool leaveRoom) {
   if (leaveRoom && range / 2 > count) range /= 2;
   const unsigned long gap = range / count;
   if (gap == 0) return VQERR_CORRUPTED;
-  unsigned long value = IndexValue;
-  for (VQRTObjectBody* child = FirstChild; child; child = child->Next) {
-    child->IndexValue = static_cast<std::uint32_t>(value + gap);
-    value += gap + child->GetIndexCount() * gap;
-    VQRTBaseContainerBody* container = child->AsBase();
-    if (!container) continue;
-    container->EndIndexValue = static_cast<std::uint32_t>(value);
-    if (!container->FirstChild) continue;
-    const VQSTATUS status = container->Renumber();
-    if (status != VQ_OK) return status;
-  }
+  NumberFrom(FirstChild, nullptr, IndexValue, gap);
   return VQ_OK;
 }
 

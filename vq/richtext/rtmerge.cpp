@@ -36,33 +36,42 @@ VQSTATUS VQRichTextBody::CopyInto(VQSlateBody* slate, std::string_view name, uns
     return VQCompositeItemBody::CopyInto(slate, name, flags, first);
   }
   vq::LinkTable links;
-  VQSTATUS status = LinksFor(slate, &links);
+  unsigned long shift = 0;
+  VQSTATUS status = LinksFor(slate, &links, &shift);
   if (status != VQ_OK) return status;
   vq::FontGuard fonts(slate);
   vq::ObjectGuard objects(slate);
-  status = CopyWithTables(slate, name, flags, first);
+  status = CopyWithTables(slate, name, flags, shift, first);
   if (status == VQ_OK) status = links.Write(*slate);
   if (status == VQ_OK) fonts.Keep();
   if (status == VQ_OK) objects.Keep();
   return status;
 }
 
-VQSTATUS VQRichTextBody::LinksFor(VQSlateBody* slate, vq::LinkTable* links) {
+VQSTATUS VQRichTextBody::LinksFor(VQSlateBody* slate, vq::LinkTable* links, unsigned long* shift) {
   vq::LinkTable theirs;
   VQSTATUS status = FindLinks(links);
   if (status == VQ_OK && !links->IsEmpty()) status = theirs.Read(*slate);
   if (status != VQ_OK || theirs.IsEmpty()) return status;
-  if (*links != theirs) {
+  bool join = *links != theirs;
+  if (join) {
     status = Initialize();
     if (status != VQ_OK) return status;
-    if (vq::HoldsLinks(*Top)) return VQERR_WRONG_SITUATION;
+    join = vq::HoldsLinks(*Top);
   }
-  *links = vq::LinkTable();
-  return VQ_OK;
+  if (!join) {
+    *links = vq::LinkTable();
+    return VQ_OK;
+  }
+  std::vector<std::string> all;
+  status = theirs.GetLinks(&all);
+  *shift = static_cast<unsigned long>(all.size());
+  // Both together stay within what a link can say.
+  return status == VQ_OK ? links->GetLinks(&all) : status;
 }
 
 VQSTATUS VQRichTextBody::CopyWithTables(VQSlateBody* slate, std::string_view name, unsigned short flags,
-                                        vq::ItemPlace* first) {
+                                        unsigned long shift, vq::ItemPlace* first) {
   VQFontTable source, target;
   bool fonts = false, objects = false;
   VQSTATUS status = FindFontTable(&source);
@@ -76,13 +85,15 @@ VQSTATUS VQRichTextBody::CopyWithTables(VQSlateBody* slate, std::string_view nam
   }
   if (status == VQ_OK || status == VQWARN_NOT_FOUND) status = FindObjects(&objects);
   if (status != VQ_OK) return status;
-  if (!fonts && !objects) return VQCompositeItemBody::CopyInto(slate, name, flags, first);
+  if (!fonts && !objects && shift == 0) return VQCompositeItemBody::CopyInto(slate, name, flags, first);
 
   VQRichText copy;
-  status = copy.Create();
-  if (status == VQ_OK) status = CopyTree(copy.GetRichTextBody());
+  vq::TextFindings found;
+  status = CopyTo(&copy, &found);
+  if (status != VQ_OK) return status;
   VQRTContainerBody* top = copy.GetRichTextBody()->GetTop();
-  if (status == VQ_OK && fonts) status = top->ConvertFonts(&target);
+  if (fonts) status = top->ConvertFonts(&target);
+  if (status == VQ_OK && shift > 0) status = top->ShiftLinkIndex(0, shift);
   if (status == VQ_OK) status = top->CarryObjects(slate);
   std::vector<vq::ItemBlock> blocks;
   if (status == VQ_OK) status = copy.GetRichTextBody()->WriteBlocks(&blocks);
@@ -115,12 +126,4 @@ VQSTATUS VQRichTextBody::Join(VQItemBody* source) {
   VQSTATUS status = Initialize();
   if (status == VQ_OK) status = Top->Append(VQRichText(static_cast<VQRichTextBody*>(source)));
   return status == VQ_OK ? Flush() : status;
-}
-
-VQSTATUS VQRichTextBody::CopyTree(VQRichTextBody* copy) {
-  VQSTATUS status = Initialize();
-  if (status == VQ_OK) status = copy->Initialize();
-  if (status == VQ_OK) status = copy->TakeTables(*this);
-  const VQRTCursor open;
-  return status == VQ_OK ? copy->Top->CopyChildren(open, open, Top, nullptr) : status;
 }

@@ -36,6 +36,11 @@ VQSTATUS VQStylizedTextBody::GetFontStyle(VQFontStyle* style) {
   return FontStyle->Refresh();
 }
 
+VQSTATUS VQStylizedTextBody::FindTableFont(VQFontStyle* style) {
+  const bool table = vq::fontid::IsTableFace(vq::fontid::Face(static_cast<std::uint32_t>(GetFontID())));
+  return table ? GetFontStyle(style) : VQWARN_NOT_FOUND;
+}
+
 VQSTATUS VQStylizedTextBody::ApplyFontStyle(const VQFontStyle& style, unsigned long mask) {
   if (style.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
   if (const VQSTATUS status = style.GetFontStyleBody()->Refresh()) return status;

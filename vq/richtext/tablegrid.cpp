@@ -177,11 +177,8 @@ VQSTATUS VQTableBody::AddColumns(unsigned long position, unsigned long count) {
   after.Insert(position, count, after.WidthOf(model));
   const vq::TableLayout::Change change = {static_cast<long>(position), static_cast<long>(count)};
   if (VQSTATUS status = after.Check(before, change)) return status;
-  if (VQSTATUS status = MakeIdentifiersPrivate(before)) return status;
-  std::vector<unsigned short> pabids(count);
-  for (unsigned short& pabid : pabids) {
-    if (VQSTATUS status = vq::pab::Root(*this).GetNewPABID(&pabid)) return status;
-  }
+  std::vector<std::uint16_t> pabids(count);
+  if (VQSTATUS status = MakeIdentifiersPrivate(before, &pabids)) return status;
   const std::uint32_t rows = GetRows(), columns = GetColumns() + static_cast<std::uint32_t>(count);
   const CellList present = TakeCells();
   if (VQSTATUS status = after.ApplyTo(present, before, change)) return status;
@@ -225,7 +222,7 @@ VQSTATUS VQTableBody::DeleteColumns(unsigned long position, unsigned long count)
   }
   const vq::TableLayout::Change change = {static_cast<long>(position), -static_cast<long>(count)};
   if (VQSTATUS status = after.Check(before, change)) return status;
-  if (VQSTATUS status = MakeIdentifiersPrivate(before)) return status;
+  if (VQSTATUS status = MakeIdentifiersPrivate(before, nullptr)) return status;
   const std::uint32_t rows = GetRows(), columns = GetColumns() - static_cast<std::uint32_t>(count);
   CellList going, staying;
   for (VQTableCellBody* cell : TakeCells()) {

@@ -1,4 +1,5 @@
 // Identifiers of the paragraph records in a table: its own, and one a column.
+#include <algorithm>
 #include <map>
 #include <set>
 #include <utility>
@@ -37,47 +38,50 @@ VQSTATUS PutCopies(VQRTObjectBody& definition, VQRTObjectBody& before) {
 // New numbers for the identifiers of a table, column by column: two columns that share one get two.
 class Renewal {
  public:
-  Renewal(VQTableBody& table, VQRTContainerBody& root) : Table(table), Root(root) {}
+  explicit Renewal(const VQTableBody& table) : Table(table) {}
 
-  VQSTATUS Run() {
-    std::vector<std::pair<VQRTObjectBody*, vq::PABIDs>> renewed;
-    for (VQTableCellBody* cell : Table.GetCells()) {
-      for (VQRTObjectBody* object = cell->NextInTree(cell); object; object = cell->NextInTree(object)) {
-        if (!object->IsType(VQRTTYPE_PAB_OBJECT)) continue;
-        vq::PABIDs ids;
-        // A record that ends before its identifier stays as it is.
-        if (vq::ReadPABIDs(*object, &ids) != VQ_OK) continue;
-        if (VQSTATUS status = Renew(cell->GetColumn(), &ids.First)) return status;
-        if (VQSTATUS status = Renew(cell->GetColumn(), &ids.Second)) return status;
-        renewed.emplace_back(object, ids);
-      }
-    }
-    for (const auto& [object, ids] : renewed) {
-      if (VQSTATUS status = vq::WritePABIDs(*object, ids)) return status;
-    }
-    return VQ_OK;
+  // How many there are to renew.
+  std::size_t Count() {
+    static_cast<void>(ForEach([this](VQRTObjectBody&, std::int32_t column, vq::PABIDs ids) {
+      Numbers[{column, ids.First}] = Numbers[{column, ids.Second}] = 0;
+      return VQ_OK;
+    }));
+    return Numbers.size();
+  }
+  // Writes them, in the order of columns. Copies of the table's records may have come into it since they were counted.
+  VQSTATUS Write(std::vector<std::uint16_t>::const_iterator next) {
+    for (auto& [old, number] : Numbers) number = *next++;
+    return ForEach([this](VQRTObjectBody& object, std::int32_t column, vq::PABIDs ids) {
+      return vq::WritePABIDs(object, {Numbers[{column, ids.First}], Numbers[{column, ids.Second}]});
+    });
   }
 
  private:
-  VQSTATUS Renew(std::int32_t column, std::uint16_t* pabid) {
-    const auto [known, isNew] = Numbers.try_emplace({column, *pabid}, 0);
-    unsigned short number = known->second;
-    if (isNew) {
-      if (VQSTATUS status = Root.GetNewPABID(&number)) return status;
-      known->second = number;
+  template <typename Work>
+  VQSTATUS ForEach(Work work) {
+    for (VQTableCellBody* cell : Table.GetCells()) {
+      for (VQRTObjectBody* object = cell->NextInTree(cell); object; object = cell->NextInTree(object)) {
+        vq::PABIDs ids;
+        // A record that ends before its identifier stays as it is.
+        if (!object->IsType(VQRTTYPE_PAB_OBJECT) || vq::ReadPABIDs(*object, &ids) != VQ_OK) continue;
+        if (VQSTATUS status = work(*object, cell->GetColumn(), ids)) return status;
+      }
     }
-    *pabid = number;
     return VQ_OK;
   }
 
-  VQTableBody& Table;
-  VQRTContainerBody& Root;
+  const VQTableBody& Table;
   std::map<std::pair<std::int32_t, std::uint16_t>, std::uint16_t> Numbers;
 };
 
 }  // namespace
 
-VQSTATUS VQTableBody::RenewIdentifiers() { return Renewal(*this, pab::Root(*this)).Run(); }
+VQSTATUS VQTableBody::RenewIdentifiers(VQRTContainerBody& text) {
+  Renewal renewal(*this);
+  std::vector<std::uint16_t> pabids(renewal.Count());
+  if (VQSTATUS status = text.GetNewPABIDs(&pabids)) return status;
+  return renewal.Write(pabids.begin());
+}
 
 std::uint16_t VQTableBody::ColumnPABID(const VQTableCellBody& cell) {
   const VQRTObjectBody* definition = OwnDefinition(cell);
@@ -140,7 +144,7 @@ VQRTObjectBody& PlaceFor(VQRTObjectBody& reference) {
 
 }  // namespace
 
-VQSTATUS VQTableBody::MakeIdentifiersPrivate(const vq::TableLayout& layout) {
+VQSTATUS VQTableBody::MakeIdentifiersPrivate(const vq::TableLayout& layout, std::vector<std::uint16_t>* more) {
   const CellList heads = ColumnHeads();
   VQRTContainerBody& root = pab::Root(*this);
   std::set<std::uint16_t> pabids;
@@ -149,13 +153,16 @@ VQSTATUS VQTableBody::MakeIdentifiersPrivate(const vq::TableLayout& layout) {
     if (!head->GetFirstReference()) return VQERR_CELL_PABREFERENCE;
     shared = !OwnDefinition(*head) || !pabids.insert(ColumnPABID(*head)).second || shared;
   }
-  if (Parent) {
-    const std::vector<User> users = OutsideUsers(*this, root, heads, &shared);
-    for (const User& user : users) {
-      if (VQSTATUS status = PutCopies(*user.Definition, PlaceFor(*user.Reference))) return status;
-    }
-  }
+  const std::vector<User> users = Parent ? OutsideUsers(*this, root, heads, &shared) : std::vector<User>();
+  Renewal renewal(*this);
+  std::vector<std::uint16_t> fresh((more ? more->size() : 0) + (shared ? renewal.Count() : 0));
+  if (VQSTATUS status = root.GetNewPABIDs(&fresh)) return status;
+  const auto own = fresh.cbegin() + static_cast<std::ptrdiff_t>(more ? more->size() : 0);
+  if (more) std::copy(fresh.cbegin(), own, more->begin());
   if (!shared) return VQ_OK;
+  for (const User& user : users) {
+    if (VQSTATUS status = PutCopies(*user.Definition, PlaceFor(*user.Reference))) return status;
+  }
   for (std::size_t column = 0; column < heads.size(); ++column) {
     if (OwnDefinition(*heads[column])) continue;
     const std::uint16_t pabid = ColumnPABID(*heads[column]);
@@ -169,7 +176,7 @@ VQSTATUS VQTableBody::MakeIdentifiersPrivate(const vq::TableLayout& layout) {
     if (VQSTATUS status = made->SetRecord(layout.DefinitionOf(column, pabid))) return status;
     if (VQSTATUS status = first->InsertPreviousSibling(made)) return status;
   }
-  return RenewIdentifiers();
+  return renewal.Write(own);
 }
 
 VQSTATUS VQTableBody::MoveColumnDefinition(VQTableCellBody& from, VQTableCellBody& to) {

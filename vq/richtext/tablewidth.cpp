@@ -13,7 +13,7 @@ constexpr long kLeastRemaining = 360;
 
 VQSTATUS VQTableBody::Change(const vq::TableLayout& before, const vq::TableLayout& after) {
   if (VQSTATUS status = after.Check(before, {})) return status;
-  if (VQSTATUS status = MakeIdentifiersPrivate(before)) return status;
+  if (VQSTATUS status = MakeIdentifiersPrivate(before, nullptr)) return status;
   if (VQSTATUS status = WriteBegin(after.GetBegin())) return status;
   return after.ApplyTo(GetCells(), before, {});
 }

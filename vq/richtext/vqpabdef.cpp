@@ -99,6 +99,9 @@ namespace vq {
 
 namespace {
 
+// Every paragraph has a reference: its identifier, a word, is read and written where it stands.
+constexpr std::uint32_t kReferencePABID = 2;
+
 template <typename Record>
 VQSTATUS SetRecordPABID(VQRTObjectBody& object, unsigned short code, std::uint16_t pabid) {
   Record record{};
@@ -117,6 +120,13 @@ VQSTATUS GetRecordPABID(const VQRTObjectBody& object, unsigned short code, PABID
 }
 
 VQSTATUS WriteReference(VQRTObjectBody& object, PABIDs ids) {
+  if (ids.First == ids.Second && object.GetType() == VQRTTYPE_PAB_REFERENCE &&
+      object.GetRecordSize() >= EngOdsLength(ODS_CDPABREFERENCE)) {
+    PABIDs present;
+    if (VQSTATUS status = ReadPABIDs(object, &present)) return status;
+    const unsigned char id[] = {static_cast<unsigned char>(ids.First), static_cast<unsigned char>(ids.First >> 8)};
+    return present.First == ids.First ? VQ_OK : object.WriteRecord(kReferencePABID, id, sizeof id);
+  }
   PABIDs present;
   if (ReadPABIDs(object, &present) == VQ_OK && present.First == ids.First && present.Second == ids.Second) return VQ_OK;
   std::string bytes;
@@ -142,8 +152,13 @@ VQSTATUS ReadPABIDs(const VQRTObjectBody& object, PABIDs* ids) {
   switch (object.GetType()) {
     case VQRTTYPE_PAB_DEFINITION:
       return GetRecordPABID<CDPABDEFINITION>(object, ODS_CDPABDEFINITION, ids);
-    case VQRTTYPE_PAB_REFERENCE:
-      return GetRecordPABID<CDPABREFERENCE>(object, ODS_CDPABREFERENCE, ids);
+    case VQRTTYPE_PAB_REFERENCE: {
+      if (object.IsClosed()) return VQERR_OBJECT_CLOSED;
+      const RecordBytes bytes(object);
+      if (bytes.GetSize() < kReferencePABID + sizeof ids->First) return VQERR_RT_INVALID;
+      ids->First = ids->Second = LoadWord(bytes.Get() + kReferencePABID);
+      return VQ_OK;
+    }
     case VQRTTYPE_PAB_HIDE:
       return GetRecordPABID<CDPABHIDE>(object, ODS_CDPABHIDE, ids);
     case VQRTTYPE_PAB_STYLE_NAME:

@@ -115,6 +115,7 @@ class VQ_API VQPABStyleNameBody : public VQRTObjectBody {
   std::uint32_t GetFontID() const;
   [[nodiscard]] VQSTATUS SetFontID(std::uint32_t fontID);
   // A style that writes through to this record; VQWARN_NOT_FOUND when the name has no font.
+  VQSTATUS FindTableFont(VQFontStyle* style) override { return GetFontStyle(style); }
   [[nodiscard]] VQSTATUS GetFontStyle(VQFontStyle* style);
   // Null takes the font away.
   [[nodiscard]] VQSTATUS SetFontStyle(const VQFontStyle& style);

@@ -1,6 +1,8 @@
 #include "vq/richtext/vqrtbase.h"
 
+#include "vq/richtext/linktable.h"
 #include "vq/richtext/rttext.h"
+#include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqrtwrit.h"
 #include "vq/richtext/vqstyltx.h"
@@ -58,7 +60,8 @@ VQSTATUS VisitChildren(const VQRTBaseContainerBody& container, Visit visit) {
 }  // namespace
 
 VQSTATUS VQRTBaseContainerBody::ConvertLinks(VQRichText* source, VQRichText* target) {
-  return VisitChildren(*this, [&](VQRTObjectBody& child) { return child.ConvertLinks(source, target); });
+  const auto body = [](const VQRichText* text) { return text && !text->IsNull() ? text->GetRichTextBody() : nullptr; };
+  return vq::BringLinks(*this, body(source), body(target));
 }
 
 VQSTATUS VQRTBaseContainerBody::CarryObjects(VQSlateBody* slate) {
@@ -68,9 +71,7 @@ VQSTATUS VQRTBaseContainerBody::ConvertObjects(VQRichText* source, VQRichText* t
   return VisitChildren(*this, [&](VQRTObjectBody& child) { return child.ConvertObjects(source, target); });
 }
 
-VQSTATUS VQRTBaseContainerBody::ShiftLinkIndex(int kind, unsigned long delta) {
-  return VisitChildren(*this, [&](VQRTObjectBody& child) { return child.ShiftLinkIndex(kind, delta); });
-}
+VQSTATUS VQRTBaseContainerBody::ShiftLinkIndex(int, unsigned long delta) { return vq::ShiftLinks(*this, delta); }
 
 VQSTATUS VQRTBaseContainerBody::ConvertFonts(VQItem* table) {
   return VisitChildren(*this, [&](VQRTObjectBody& child) { return child.ConvertFonts(table); });

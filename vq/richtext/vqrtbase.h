@@ -63,6 +63,10 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   // Puts detached objects, in this order, in front of one of the children (null: at the end), all at once.
   [[nodiscard]] VQSTATUS LinkAll(const std::vector<VQRTObject>& objects, VQRTObjectBody* before);
 
+  // Takes over all children of another tree's container, in front of one of its own (null: at the end). Their records
+  // must not lie in blocks that stay with the other tree: see VQRichTextBody::MoveInto.
+  [[nodiscard]] VQSTATUS TakeChildren(VQRTBaseContainerBody& from, VQRTObjectBody* before);
+
   // The object behind (before) one in stream order inside this subtree; null at the end. Descends into children.
   VQRTObjectBody* NextInTree(const VQRTObjectBody* object) const;
   VQRTObjectBody* PreviousInTree(const VQRTObjectBody* object) const;
@@ -90,7 +94,20 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   // end), or NumberChildren for all.
   void LinkUnnumbered(VQRTObjectBody* child, VQRTObjectBody* next);
   [[nodiscard]] VQSTATUS NumberRun(VQRTObjectBody* first, VQRTObjectBody* next);
+  [[nodiscard]] VQSTATUS NumberRun(VQRTObjectBody* first, VQRTObjectBody* next, unsigned long slots);
   [[nodiscard]] VQSTATUS NumberChildren();
+  // Gives index values a gap apart, one to the start and, but for leaves, one to the end of each object; the last one.
+  static unsigned long NumberFrom(VQRTObjectBody* first, const VQRTObjectBody* next, unsigned long value,
+                                  unsigned long gap);
+  bool IsRoomy() const;
+  // Of a top: with that between two objects there is no need to renumber.
+  unsigned long EnoughGap() const;
+  [[nodiscard]] VQSTATUS RenumberTree(VQRTObjectBody* before);
+  // Adds to the values of all that stands behind the place in front of a child (null: the end), and to the ends of what
+  // the place is in.
+  void MoveUp(VQRTObjectBody* before, std::uint32_t distance);
+  // For so many values in front of a child (null: at the end).
+  bool MakeRoom(VQRTObjectBody* before, unsigned long slots);
   // Spreads the subtree evenly over this container's range, or over its first half to leave room for appending.
   [[nodiscard]] VQSTATUS Renumber(bool leaveRoom = false);
 

@@ -226,3 +226,20 @@ VQSTATUS VQRichTextBody::WriteBlocks(std::vector<vq::ItemBlock>* blocks) {
   if (status == VQ_OK) blocks->swap(writer.GetBlocks());
   return status;
 }
+
+VQSTATUS VQRichTextBody::MoveInto(VQRTBaseContainerBody& container, VQRTObjectBody* before) {
+  VQSTATUS status = Initialize();
+  if (status != VQ_OK) return status;
+  if (IsSlateItem() || (State & kOwnsValue) == 0) return VQERR_WRONG_SITUATION;
+  const ENGHANDLE empty = EmptyValue();
+  // The values go with the objects that look into them.
+  for (const Loaded& block : Blocks) block.Source->TakeValue();
+  ReleaseBlocks(Blocks);
+  VQCompositeItemBody::Rebound();
+  SetState(kOwnsValue, false);
+  status = Free();
+  ValueBlockID = BLOCKID{empty, 0};
+  ValueSize = 2;
+  SetState(kOwnsValue, true);
+  return status != VQ_OK ? status : container.TakeChildren(*Top, before);
+}

@@ -26,6 +26,13 @@ namespace vq {
 class LinkTable;
 class PABIndex;
 
+// What there is in a text to adapt to the tables of another one.
+struct TextFindings {
+  bool Fonts = false;
+  bool Others = false;  // objects of kinds that may have fonts, links and stored objects
+};
+TextFindings Survey(const VQRTBaseContainerBody& text);
+
 // Builds the body for a composite item that is in the slate.
 VQItemBody* MakeRichTextBody(VQSlateBody* slate, std::string_view name, const ItemPlace& place);
 
@@ -57,8 +64,8 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   // stays dirty and the items are what they were; so it is with a tree that could not be read again, which gives
   // VQERR_RT_INVALID or what the parser would give.
   VQSTATUS Flush() override;
-  // Into another slate the fonts go along: runs get the face numbers that the faces have there. So does the link table,
-  // unless the slate has one: when that is another one, a text with links is refused with VQERR_WRONG_SITUATION.
+  // Into another slate the fonts go along: runs get the face numbers that the faces have there. So does the link table:
+  // behind that of the slate, when it is another one; VQERR_WRONG_SITUATION for tables that cannot be joined.
   VQSTATUS CopyInto(VQSlateBody* slate, std::string_view name, unsigned short flags, vq::ItemPlace* first) override;
   // As Append of a rich text; the items are written.
   VQSTATUS Join(VQItemBody* source) override;
@@ -81,8 +88,13 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   [[nodiscard]] VQSTATUS FindOrMakeFontTable(VQFontTable* table);
   // The slate's link table, or the one that a rich text that stands alone brought along; empty when there is none.
   [[nodiscard]] VQSTATUS FindLinks(vq::LinkTable* links);
-  // Where there is none.
+  // Behind those that are there.
   [[nodiscard]] VQSTATUS TakeLinks(const vq::LinkTable& links);
+  // A copy that stands alone, with copies of the tables; a text that has not been parsed stays so.
+  [[nodiscard]] VQSTATUS CopyTo(VQRichText* copy, vq::TextFindings* found);
+  // All that a rich text which stands alone holds goes into a container of another one, in front of `before` (null: at
+  // the end). This text is empty afterwards.
+  [[nodiscard]] VQSTATUS MoveInto(VQRTBaseContainerBody& container, VQRTObjectBody* before);
   // For a rich text that stands alone: copies of the other one's font table, face numbers included, and link table.
   [[nodiscard]] VQSTATUS TakeTables(VQRichTextBody& source);
   // A font table that was made for nothing goes.
@@ -104,11 +116,14 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   // Makes the blocks the value of a rich text that stands alone.
   [[nodiscard]] VQSTATUS TakeBlocks(std::vector<vq::ItemBlock>& blocks);
   // What is to be stored in a slate that the text is copied into, empty if nothing is.
-  [[nodiscard]] VQSTATUS LinksFor(VQSlateBody* slate, vq::LinkTable* links);
+  // Its links are then that much further on.
+  [[nodiscard]] VQSTATUS LinksFor(VQSlateBody* slate, vq::LinkTable* links, unsigned long* shift);
   [[nodiscard]] VQSTATUS CopyWithTables(VQSlateBody* slate, std::string_view name, unsigned short flags,
-                                        vq::ItemPlace* first);
-  // A copy that stands alone, with copies of the tables.
-  [[nodiscard]] VQSTATUS CopyTree(VQRichTextBody* copy);
+                                        unsigned long shift, vq::ItemPlace* first);
+  // Whether what the values hold is what the tree holds, or would hold.
+  bool IsAsStored() const;
+  [[nodiscard]] VQSTATUS CopyValues(VQRichText* copy);
+  [[nodiscard]] VQSTATUS CopyTree(VQRichText* copy);
   // Whether the text shows stored objects.
   [[nodiscard]] VQSTATUS FindObjects(bool* found);
   void FreeExtraBlocks();

@@ -114,13 +114,31 @@ VQSTATUS VQRTContainerBody::Append(const VQString& text, int convertNewlines) {
 
 namespace {
 
-// A deep copy; a table's with the definitions that its cells use, wherever they stand.
+// Of tables and hotspots.
+bool HoldsParagraphs(const VQRTObject& object) {
+  const VQRTObjectBody* body = object.GetRTObjectBody();
+  if (!body->IsType(VQRTTYPE_CONTAINER) || body->GetType() == VQRTTYPE_STYLIZED_TEXT) return false;
+  return body->AsBase()->FirstOfType(VQRTTYPE_PAB_OBJECT) != nullptr;
+}
+
+// A deep copy; that of a structure with the definitions that its paragraphs use, wherever they stand.
 VQSTATUS CopyForInsert(const VQRTObject& object, VQRTObject* copy) {
   if (VQSTATUS status = copy->CopyRTObject(object, VQRTCOPYOPTIONS_DEEP)) return status;
   VQRTObjectBody* body = object.GetRTObjectBody();
   const VQRTBaseContainerBody* top = body->GetTop();
-  if (!top || body->GetType() != VQRTTYPE_TABLE) return VQ_OK;
-  return vq::pab::CompleteReferences(*top, body, *VQTable(*copy).GetTableBody());
+  if (!top || !HoldsParagraphs(*copy)) return VQ_OK;
+  return vq::pab::CompleteReferences(*top, body, static_cast<VQRTContainerBody&>(*copy->GetRTObjectBody()));
+}
+
+// Identifiers in what comes in mean other things where it comes from.
+VQSTATUS RenewParagraphs(const VQRTObject& incoming, VQRTContainerBody& root) {
+  if (!HoldsParagraphs(incoming)) return VQ_OK;
+  if (incoming.GetType() == VQRTTYPE_TABLE) return VQTable(incoming).GetTableBody()->RenewIdentifiers(root);
+  unsigned short highest = 0;
+  auto& container = static_cast<VQRTContainerBody&>(*incoming.GetRTObjectBody());
+  if (VQSTATUS status = container.ReassignPABIDs(root.GetHighestPABID(), &highest, &root)) return status;
+  root.SetHighestPABID(highest);
+  return VQ_OK;
 }
 
 }  // namespace
@@ -137,6 +155,7 @@ VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appende
   vq::FontGuard fonts(GetRichTextBody());
   vq::ObjectGuard objects(GetRichTextBody());
   if (status == VQ_OK) status = vq::EnterFacesOf(*copy.GetRTObjectBody(), *this);
+  if (status == VQ_OK) status = RenewParagraphs(copy, vq::pab::Root(*this));
   if (status == VQ_OK) status = vq::BringObjects(*copy.GetRTObjectBody(), GetRichTextBody());
   if (status == VQ_OK)
     status = vq::BringLinks(*copy.GetRTObjectBody(), object.GetRTObjectBody()->GetRichTextBody(), GetRichTextBody());
@@ -145,7 +164,6 @@ VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appende
   if (status == VQ_OK) fonts.Keep();
   if (status == VQ_OK) objects.Keep();
   if (status == VQ_OK) status = vq::EnterFonts(*copy.GetRTObjectBody());
-  if (status == VQ_OK && copy.GetType() == VQRTTYPE_TABLE) status = VQTable(copy).GetTableBody()->RenewIdentifiers();
   if (status == VQ_OK) status = copy.GetRTObjectBody()->AdjustNeighbours(1, 1, nullptr);
   if (status == VQ_OK && appended) *appended = copy;
   return status;
@@ -206,15 +224,13 @@ VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObj
   vq::FontGuard fonts(GetRichTextBody());
   vq::ObjectGuard objects(GetRichTextBody());
   status = vq::EnterFacesOf(*body, *this);
+  if (status == VQ_OK) status = RenewParagraphs(placed, vq::pab::Root(*this));
   if (status == VQ_OK) status = vq::BringObjects(*body, GetRichTextBody());
   if (status == VQ_OK) status = vq::BringLinks(*body, object.GetRTObjectBody()->GetRichTextBody(), GetRichTextBody());
   if (status == VQ_OK) status = PlaceAt(body, *cursor);
   if (status == VQ_OK) fonts.Keep();
   if (status == VQ_OK) objects.Keep();
   if (status == VQ_OK) status = vq::EnterFonts(*body);
-  if (status == VQ_OK && body->GetType() == VQRTTYPE_TABLE) {
-    status = static_cast<VQTableBody*>(body)->RenewIdentifiers();
-  }
   if (status == VQ_OK) status = MoveBehind(placed, cursor);
   if (status == VQ_OK && inserted) *inserted = placed;
   return status;

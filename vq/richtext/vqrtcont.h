@@ -4,6 +4,10 @@
 
 #include "vq/richtext/vqrtbase.h"
 
+namespace vq {
+struct TextFindings;
+}
+
 // Edits check their arguments first and change nothing when they refuse. Cursors that an edit takes by pointer are
 // moved behind what was inserted, or to where something was deleted; null ones give VQERR_INVALID_PARAMETER,
 // invalid ones VQERR_CURSOR_INVALID. Operations that create objects of later kinds stand with those kinds.
@@ -78,8 +82,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   // The run that an empty rich text was given to stand on goes when content takes its place.
   virtual VQSTATUS Insert(const VQRichText& richText, VQRTCursor* cursor);
   // The same for a rich text that stands alone and is nobody else's: its objects move, and whatever the result, it is
-  // of no use afterwards. `source` is the text that it is a copy of; null when it is of none.
-  VQSTATUS TakeIn(VQRichText& incoming, VQRTCursor* cursor, VQRichTextBody* source = nullptr);
+  // of no use afterwards.
+  VQSTATUS TakeIn(VQRichText& incoming, VQRTCursor* cursor);
   // A copy of the object; `inserted` may be null.
   virtual VQSTATUS Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted);
   // Inserts `object` itself (a detached one) when `copy` is 0, else a deep copy. The core of all object insertion:
@@ -122,12 +126,17 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
 
   unsigned short GetHighestPABID() const { return HighestPABID; }
   void SetHighestPABID(unsigned short pabid) { HighestPABID = pabid; }
+  // As many new identifiers as there are elements, all of them different; VQERR_OUT_OF_RANGE, and none is used up, when
+  // there are not so many left. They are not new any more only once they stand in the text.
+  [[nodiscard]] VQSTATUS GetNewPABIDs(std::vector<std::uint16_t>* pabids);
   // Remembers an identifier that was met, if it is the highest so far.
   void RegisterPABID(unsigned short pabid) {
     if (pabid > HighestPABID) HighestPABID = pabid;
   }
 
  private:
+  // `source` is the text that `incoming` is a copy of; null when it is of none.
+  VQSTATUS TakeIn(VQRichText& incoming, const vq::TextFindings& found, VQRTCursor* cursor, VQRichTextBody* source);
   // In a rich text that holds nothing yet: the reference that its first paragraph is styled by.
   [[nodiscard]] VQSTATUS BeginText();
   [[nodiscard]] VQSTATUS EnsureElement();

@@ -1,6 +1,7 @@
 #include "vq/richtext/vqrtobj.h"
 
 #include "engine/ods.h"
+#include "vq/richtext/pabtree.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqrttabl.h"
@@ -186,8 +187,11 @@ VQSTATUS CheckSibling(const VQRTObjectBody& beside, const VQRTObjectBody& object
   return parent->IsType(VQRTTYPE_HOTSPOT) ? VQERR_RT_HOTSPOT_CONTENT : VQERR_CANT_INSERT_TYPE;
 }
 
-VQSTATUS Arrived(const VQRTObject& object) {
-  return object.GetType() == VQRTTYPE_TABLE ? VQTable(object).GetTableBody()->RenewIdentifiers() : VQ_OK;
+// A table's identifiers may stand for something else where it goes.
+VQSTATUS Prepare(const VQRTObject& object, const VQRTObjectBody& beside) {
+  if (object.GetType() != VQRTTYPE_TABLE || object.GetRTObjectBody()->GetParent() || !beside.GetParent()) return VQ_OK;
+  auto& container = static_cast<VQRTContainerBody&>(*beside.GetParent());
+  return VQTable(object).GetTableBody()->RenewIdentifiers(vq::pab::Root(container));
 }
 
 }  // namespace
@@ -196,16 +200,16 @@ VQSTATUS VQRTObject::InsertNextSibling(VQRTObject* object) {
   if (!object || object->IsNull() || object->HasOffset()) return vq::Apply(VQERR_INVALID_PARAMETER);
   VQSTATUS status = HasOffset() ? VQERR_INAPPROPRIATE : Check(*this);
   if (status == VQ_OK) status = CheckSibling(*GetRTObjectBody(), *object->GetRTObjectBody(), true);
-  if (status == VQ_OK) status = GetRTObjectBody()->InsertNextSibling(object->GetRTObjectBody());
-  return vq::Apply(status != VQ_OK ? status : Arrived(*object));
+  if (status == VQ_OK) status = Prepare(*object, *GetRTObjectBody());
+  return vq::Apply(status != VQ_OK ? status : GetRTObjectBody()->InsertNextSibling(object->GetRTObjectBody()));
 }
 
 VQSTATUS VQRTObject::InsertPreviousSibling(VQRTObject* object) {
   if (!object || object->IsNull() || object->HasOffset()) return vq::Apply(VQERR_INVALID_PARAMETER);
   VQSTATUS status = HasOffset() ? VQERR_INAPPROPRIATE : Check(*this);
   if (status == VQ_OK) status = CheckSibling(*GetRTObjectBody(), *object->GetRTObjectBody(), false);
-  if (status == VQ_OK) status = GetRTObjectBody()->InsertPreviousSibling(object->GetRTObjectBody());
-  return vq::Apply(status != VQ_OK ? status : Arrived(*object));
+  if (status == VQ_OK) status = Prepare(*object, *GetRTObjectBody());
+  return vq::Apply(status != VQ_OK ? status : GetRTObjectBody()->InsertPreviousSibling(object->GetRTObjectBody()));
 }
 
 int VQRTObject::IsDirty() const { return Require(*this).IsDirty(); }

@@ -14,7 +14,7 @@
 
 namespace vq {
 
-RecordBytes::RecordBytes(const VQRTObjectBody& body) : Bytes(nullptr), Size(0) {
+RecordBytes::RecordBytes(const VQRTObjectBody& body, MemoryLock& lock) : Bytes(nullptr), Size(0) {
   if (body.Content.IsOwn()) {
     Bytes = body.Content.GetBytes();
     Size = body.Content.GetSize();
@@ -22,9 +22,9 @@ RecordBytes::RecordBytes(const VQRTObjectBody& body) : Bytes(nullptr), Size(0) {
   }
   const RecordSource* source = body.Content.GetSource();
   if (!source) return;
-  Lock.Lock(source->GetPool());
-  if (!Lock.GetBytes()) return;
-  Bytes = Lock.GetBytes() + source->GetBase() + body.Content.GetOffset();
+  lock.Lock(source->GetPool());
+  if (!lock.GetBytes()) return;
+  Bytes = lock.GetBytes() + source->GetBase() + body.Content.GetOffset();
   Size = body.Content.GetLength();
 }
 
@@ -73,6 +73,7 @@ VQRTObjectBody* VQRTObjectBody::MakeSame() const {
 VQSTATUS VQRTObjectBody::ConvertLinks(VQRichText*, VQRichText*) { return VQ_OK; }
 VQSTATUS VQRTObjectBody::ConvertObjects(VQRichText*, VQRichText*) { return VQ_OK; }
 VQSTATUS VQRTObjectBody::CarryObjects(VQSlateBody*) { return VQ_OK; }
+VQSTATUS VQRTObjectBody::FindTableFont(VQFontStyle*) { return VQWARN_NOT_FOUND; }
 VQSTATUS VQRTObjectBody::ConvertFonts(VQItem*) { return VQ_OK; }
 VQSTATUS VQRTObjectBody::ShiftLinkIndex(int, unsigned long) { return VQ_OK; }
 

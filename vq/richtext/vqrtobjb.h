@@ -37,6 +37,8 @@ class VQ_API VQRTObjectBody : public VQBody {
   // The virtual operations that subclasses replace, in slot order.
   virtual VQSTATUS ConvertLinks(VQRichText* source, VQRichText* target);
   virtual VQSTATUS ConvertObjects(VQRichText* source, VQRichText* target);
+  // The object's own font where that is one of a font table, else VQWARN_NOT_FOUND.
+  virtual VQSTATUS FindTableFont(VQFontStyle* style);
   // What ConvertObjects does about stored objects, for a text that is on its way into a slate.
   virtual VQSTATUS CarryObjects(VQSlateBody* slate);
   // Takes the content of an object of the same type; reopens a closed body. VQERR_INVALID_PARAMETER for null or
@@ -153,13 +155,15 @@ namespace vq {
 // The bytes of a record for as long as this object lives; the body must not change meanwhile.
 class RecordBytes {
  public:
-  explicit RecordBytes(const VQRTObjectBody& body);
+  explicit RecordBytes(const VQRTObjectBody& body) : RecordBytes(body, Lock) {}
+  // For walks: the lock stays from one object of a block to the next.
+  RecordBytes(const VQRTObjectBody& body, MemoryLock& lock);
 
   const unsigned char* Get() const { return Bytes; }
   std::uint32_t GetSize() const { return Size; }
 
  private:
-  MemoryLock Lock;
+  MemoryLock Lock;  // unless another one serves
   const unsigned char* Bytes;
   std::uint32_t Size;
 };

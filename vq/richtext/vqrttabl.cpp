@@ -104,21 +104,16 @@ VQSTATUS VQTableBody::ReadEnd(CDTABLEEND* record) const {
 
 VQSTATUS VQTableBody::Build(unsigned long rows, unsigned long columns, VQRTContainerBody* text) {
   if (VQSTATUS status = CheckSize(rows, columns)) return status;
+  std::vector<std::uint16_t> pabids(columns);
+  if (VQSTATUS status = (text ? *text : *this).GetNewPABIDs(&pabids)) return status;
   const CDTABLEBEGIN begin = DefaultBegin();
   if (VQSTATUS status = WriteBegin(begin)) return status;
-  VQRTContainerBody& numbers = text ? *text : *this;
   const vq::TableLayout layout = vq::TableLayout::OfNewTable(begin, columns);
-  std::vector<std::uint16_t> pabids;
   for (unsigned long row = 0; row < rows; ++row) {
     for (unsigned long column = 0; column < columns; ++column) {
       auto* cell = new VQTableCellBody(static_cast<long>(row), static_cast<long>(column));
       LinkPointers(cell, LastChild, nullptr);
       if (VQSTATUS status = cell->SetPlace(layout.PlaceOf(cell->GetRow(), column, column))) return status;
-      if (row == 0) {
-        unsigned short pabid = 0;
-        if (VQSTATUS status = numbers.GetNewPABID(&pabid)) return status;
-        pabids.push_back(pabid);
-      }
       CDPABDEFINITION settings{};
       if (row == 0) settings = layout.DefinitionOf(column, pabids[column]);
       if (VQSTATUS status = cell->InitCell(pabids[column], row == 0 ? &settings : nullptr)) return status;

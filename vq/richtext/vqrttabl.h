@@ -106,9 +106,10 @@ class VQ_API VQTableBody : public VQRTContainerBody {
   VQUNITS GetUnits() const { return vq::ResolveUnits(Units); }
   void SetUnits(VQUNITS units) { Units = units; }
 
-  // New identifiers for the paragraph records of all cells: for a table that has come into a rich text, where its own
-  // may stand for something else. Each column gets a definition of its own.
-  [[nodiscard]] VQSTATUS RenewIdentifiers();
+  // New identifiers for the paragraph records of all cells: for a table that comes into a rich text, where its own may
+  // stand for something else. Each column gets a definition of its own.
+  // They are new in `text`. VQERR_OUT_OF_RANGE, and nothing is changed, when it has not so many left.
+  [[nodiscard]] VQSTATUS RenewIdentifiers(VQRTContainerBody& text);
 
   using CellList = std::vector<VQTableCellBody*>;
   // In stream order; good until a cell comes, goes or moves.
@@ -140,8 +141,9 @@ class VQ_API VQTableBody : public VQRTContainerBody {
                                  const CDPABDEFINITION* definition, VQRTObjectBody* before, CellList* cells);
   [[nodiscard]] VQSTATUS DeleteCells(const CellList& cells);
   [[nodiscard]] VQSTATUS Change(const vq::TableLayout& before, const vq::TableLayout& after);
-  // Before a change of widths, columns or spacing: no definition of a column is used outside of it.
-  [[nodiscard]] VQSTATUS MakeIdentifiersPrivate(const vq::TableLayout& layout);
+  // Before a change of widths, columns or spacing: no definition of a column is used outside of it. `more`, which may
+  // be null, gets as many new identifiers as it has elements. VQERR_OUT_OF_RANGE without enough of them, and no change.
+  [[nodiscard]] VQSTATUS MakeIdentifiersPrivate(const vq::TableLayout& layout, std::vector<std::uint16_t>* more);
   // The definition that a column's first cell carries.
   [[nodiscard]] VQSTATUS MoveColumnDefinition(VQTableCellBody& from, VQTableCellBody& to);
   [[nodiscard]] VQSTATUS MoveColumnDefinitions(const CellList& from, const CellList& to);

@@ -66,6 +66,7 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
   // Writes the record's font and makes, updates or drops the extension.
   [[nodiscard]] VQSTATUS SetFontID(unsigned long fontID);
   // The run's font as a style that writes through to this run; made on first need and kept.
+  VQSTATUS FindTableFont(VQFontStyle* style) override;
   [[nodiscard]] VQSTATUS GetFontStyle(VQFontStyle* style);
   // Applies the masked part of a style to the whole run; a table face is added to the rich text's font table.
   [[nodiscard]] VQSTATUS ApplyFontStyle(const VQFontStyle& style, unsigned long mask);

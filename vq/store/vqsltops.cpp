@@ -222,7 +222,9 @@ VQSTATUS VQSlate::CreateItem(const VQString& name, const VQItem& source, unsigne
   if (status != VQ_OK) return vq::Apply(status);
   const std::string_view text = vq::ViewOf(name);
   VQItemBody* from = source.GetItemBody();
-  if (item != nullptr && !vq::AcceptsItemBody(item->GetClassID(), vq::ItemBodyClass(from->GetType(), text))) {
+  // What an object item is shows in its value.
+  const VQCLASSID made = from->GetType() == TYPE_OBJECT ? from->GetClassID() : vq::ItemBodyClass(from->GetType(), text);
+  if (item != nullptr && !vq::AcceptsItemBody(item->GetClassID(), made)) {
     return vq::Apply(VQERR_INCORRECT_ITEM_TYPE);
   }
   const VQItem hold(source);
