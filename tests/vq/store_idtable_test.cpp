@@ -1,4 +1,6 @@
 // ID tables and slate arrays: positions by runs, shared bodies, what may not be added.
+#include <functional>
+
 #include "engine/engine.h"
 #include "tests/vq/support/store_fixture.h"
 
@@ -154,6 +156,37 @@ TEST_F(Tables, AHandleThatTakesAnotherSlateLeavesItsArray) {
   VQDocument mine = documents[0];
   ASSERT_EQ(mine.Open(), VQ_OK);
   EXPECT_EQ(TextAt(mine, "Subject"), "mine");
+}
+
+TEST_F(Tables, AClosedTableSaysSo) {
+  ENGHANDLE handle = 0;
+  ASSERT_EQ(EngIdTableCreate(4, &handle), ENG_OK);
+  VQSlateArray array(Db);
+  ASSERT_EQ(array.Add(8UL), VQ_OK);
+  const ENGHANDLE other = array.GetIDTable();
+  const VQDocument document = NewDocument("d");
+  VQIDTable* table = new VQIDTable(handle);
+  VQSlateArray hold;
+  ASSERT_EQ(hold.Assign(Db.GetDatabaseBody(), table, VQSLATECLASS_DOCUMENT), VQ_OK);
+  ASSERT_EQ(table->AddBody(document.GetSlateBody()), VQ_OK);
+  EXPECT_EQ(table->FindBody(static_cast<std::uint32_t>(document.GetSlateID())), document.GetSlateBody());
+  ASSERT_EQ(table->Close(), VQ_OK);
+  EXPECT_EQ(table->Close(), VQWARN_NOT_OPEN);
+  const std::function<VQSTATUS()> operations[] = {
+      [&] { return table->Add(8); },
+      [&] { return table->AddTable(other); },
+      [&] { return table->AddBody(nullptr); },
+      [&] { return table->Contains(8), VQ_OK; },
+      [&] { return table->GetCount(), VQ_OK; },
+      [&] { return table->FindBody(8), VQ_OK; },
+      [&] { return table->GetID(0), VQ_OK; },
+      [&] { return table->GetHandle(), VQ_OK; },
+      [&] { return table->Remove(8); },
+      [&] { return table->RemoveTable(other); },
+      [&] { return table->RemoveAll(); },
+      [&] { return table->RemoveBody(document.GetSlateBody()); },
+  };
+  for (const auto& operation : operations) EXPECT_EQ(StatusOf(operation), VQERR_OBJECT_NOT_INITIALIZED);
 }
 
 TEST_F(Tables, ACopyIsASetOfItsOwn) {

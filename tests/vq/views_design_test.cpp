@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <random>
 
 #include "tests/vq/support/views_fixture.h"
+#include "vq/automation/formulacode.h"
 
 namespace {
 
@@ -195,7 +197,94 @@ TEST_F(ViewDesign, TheSelectionCarriesWhatTheRowsNeed) {
   }
 }
 
+// The design items that a save owns are written in one way; all else is as it was, whatever it is.
+TEST_F(ViewDesign, AnyDesignComesBackBitForBit) {
+  std::mt19937 random(6101);
+  const auto below = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };
+  const auto bytes = [&](std::size_t size) {
+    std::string made(size, 0);
+    for (char& byte : made) byte = static_cast<char>(random());
+    return made;
+  };
+  const VQFormula formula(VQString("SELECT Size = 1"));
+  const std::string selection(vq::CodeOf(formula));
+  for (int round = 0; round < 40; ++round) {
+    const unsigned count = below(5);
+    std::string records, data, extensions;
+    for (unsigned i = 0; i < count; ++i) {
+      const std::size_t sizes[] = {1 + below(6), below(9), below(2) * below(9), below(2) * below(9)};
+      records += vqtest::Word(0x4356) + bytes(2);
+      for (const std::size_t size : sizes) records += vqtest::Word(size), data += bytes(size);
+      records += bytes(20);
+      extensions += vqtest::Word(0x4357) + bytes(44);
+    }
+    const std::string format = Bytes({1, 0}) + vqtest::Word(count) + bytes(6) + records + data + vqtest::Word(38) +
+                               bytes(20) + vqtest::Word(0x2BAD) + bytes(14) + extensions + bytes(below(2) * below(40));
+    const std::string odd = bytes(below(30));
+    VQViewFolder view = Stored(
+        {{"$ViewFormat", 5, format}, {"$Formula", 0x600, selection}, {"$Collation7", 2, odd}, {"$Odd", 0x77, odd}});
+    ASSERT_EQ(view.SetShrinkRows(1 - view.GetShrinkRows()), VQ_OK);
+    ASSERT_EQ(view.Save(), VQ_OK) << round;
+    std::string expected = format;
+    expected[7] = static_cast<char>(expected[7] ^ 0x08);
+    ASSERT_EQ(StoredValue(view, "$ViewFormat"), expected) << round;
+    EXPECT_EQ(StoredValue(view, "$Formula"), selection);
+    EXPECT_EQ(StoredValue(view, "$Collation7"), odd);
+    EXPECT_EQ(StoredValue(view, "$Odd"), odd);
+  }
+}
+
+TEST_F(ViewDesign, ADesignWithoutAFormatShowsRowNumbers) {
+  NewDocument("d");
+  const VQFormula formula(VQString("SELECT @All"));
+  VQViewFolder view = Stored({{"$Formula", 0x600, std::string(vq::CodeOf(formula))}});
+  ASSERT_EQ(view.GetColumnCount(), 1U);
+  EXPECT_EQ(view.IsModified(), 0);
+  ASSERT_EQ(view.SetComment("seen"), VQ_OK);
+  ASSERT_EQ(view.Save(), VQ_OK);
+  EXPECT_EQ(SummaryNames(view), "$0|$Conflict|$REF");
+  EXPECT_EQ(TextOf(Reopened(view)[0].GetInternalName()), "$0");
+}
+
+TEST_F(ViewDesign, AReSortHasASecondColumn) {
+  VQViewFolder view = NewView("V");
+  ASSERT_EQ(view.AppendColumns(2), VQ_OK);
+  ASSERT_EQ(view[0].SetFieldName("Aa"), VQ_OK);
+  ASSERT_EQ(view[1].SetFieldName("B"), VQ_OK);
+  ASSERT_EQ(view[0].SetHeadingSortOption(VQVFHEADINGSORTOPTION_DESCENDING), VQ_OK);
+  ASSERT_EQ(view[0].SetSecondarySortOption(VQVFSORTOPTION_DESCENDING), VQ_OK);
+  ASSERT_EQ(view[0].SetIsSortCaseInsensitive(1), VQ_OK);
+  ASSERT_EQ(view[1].SetIsCategorized(1), VQ_OK);
+  ASSERT_EQ(view[1].SetHeadingSortOption(VQVFHEADINGSORTOPTION_ASCENDING), VQ_OK);
+  ASSERT_EQ(view[0].SetTotalsOption(VQVFTOTALSOPTION_TOTAL), VQ_OK);
+  ASSERT_EQ(view[1].SetTotalsOption(VQVFTOTALSOPTION_AVERAGE_PER_DOCUMENT), VQ_OK);
+  ASSERT_EQ(view.Save(), VQ_OK);
+  EXPECT_EQ(StoredValue(view, "$Collation"), "-");
+  EXPECT_EQ(StoredValue(view, "$Collation1"),
+            Bytes({23, 0, 2, 0, 0, 0x44, 3, 0x66, 0, 0, 0, 2, 0, 9, 0x66, 7, 2, 0, 1, 0}) + "AaB");
+  EXPECT_EQ(StoredValue(view, "$Collation2"), Bytes({14, 0, 1, 0, 0, 0x44, 8, 0x66, 7, 0, 0, 1, 0}) + "B");
+  EXPECT_EQ(StoredText(view, "$Totals"), "1|5");
+  ASSERT_EQ(view[0].SetHeadingSortOption(VQVFHEADINGSORTOPTION_NONE), VQ_OK);
+  ASSERT_EQ(view.Save(), VQ_OK);
+  EXPECT_EQ(StoredValue(view, "$Collation1"), Bytes({14, 0, 1, 0, 0, 0x44, 8, 0x66, 7, 0, 0, 1, 0}) + "B");
+  EXPECT_EQ(StoredValue(view, "$Collation2"), "-");
+}
+
+// From 1024 bytes of code on.
 TEST_F(ViewDesign, LongCodeLosesItsPlaceInTheSummary) {
+  VQViewFolder form = NewView("Form");
+  int found = 0;
+  for (std::size_t length = 980; length < 1024; ++length) {
+    const VQFormula formula(Store("\"" + std::string(length, 'F') + "\""));
+    const std::size_t size = vq::CodeOf(formula).size();
+    if (size < 1022 || size > 1025) continue;
+    ++found;
+    ASSERT_EQ(form.SetFormFormula(formula), VQ_OK);
+    ASSERT_EQ(form.Save(), VQ_OK);
+    EXPECT_EQ(StoredFlags(form, "$FormFormula"), size < 1024 ? 5 : 1) << size;
+  }
+  EXPECT_GT(found, 1);
+
   for (const bool is_long : {false, true}) {
     VQViewFolder view = NewView("V");
     std::string text = "SELECT Subject = \"" + std::string(is_long ? 2000 : 10, 'x') + "\"";

@@ -182,6 +182,18 @@ TEST_F(ViewObject, ARenamedFolderTakesItsTrueNameInTheEnd) {
   EXPECT_EQ(StoredText(folder, "$TITLE"), "Out_box|O");
   EXPECT_EQ(StoredText(folder, "$Name"), "Out_box|O");
   EXPECT_EQ(folder.IsModified(), 0);
+  // A name that is taken leaves the folder unsaved, under its temporary title, until it has another.
+  ASSERT_EQ(Db.CreateView("Taken", nullptr, nullptr), VQ_OK);
+  ASSERT_EQ(folder.SetName("Taken"), VQ_OK);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(folder.Save(), ENG_ERR_FOLDER_EXISTS);
+    EXPECT_EQ(folder.IsModified(), 1);
+    EXPECT_EQ(StoredText(folder, "$TITLE"), "Taken$|O");
+  }
+  ASSERT_EQ(folder.SetName("Out_box"), VQ_OK);
+  ASSERT_EQ(folder.Save(), VQ_OK);
+  EXPECT_EQ(StoredText(folder, "$TITLE"), "Out_box|O");
+  EXPECT_EQ(folder.IsModified(), 0);
   EXPECT_EQ(Db.ViewFolderExists("Out_box"), 1);
   EXPECT_EQ(Db.ViewFolderExists("In_box"), 0);
   EXPECT_EQ(folder.SetSelectionFormula(VQFormula(VQString("SELECT 1"))), VQERR_NOT_FOR_FOLDER);
@@ -263,6 +275,7 @@ TEST_F(ViewObject, DatabasesMakeAndListViews) {
   ASSERT_EQ(Db.CreateView("Copy", &view, nullptr), VQ_OK);
   ASSERT_EQ(Db.CreateViewFolder("Copy 2", view, nullptr), VQ_OK);
   ASSERT_EQ(Db.CreateFolder("Kept", VQVFSHARINGOPTION_SHARED, &view, nullptr), VQ_OK);
+  EXPECT_EQ(Db.CreateViewFolder("Kept", view, nullptr), ENG_ERR_FOLDER_EXISTS);
   VQViewFolder dropped;
   ASSERT_EQ(Db.CreateView("Dropped", nullptr, &dropped), VQ_OK);
   dropped = VQViewFolder();

@@ -156,7 +156,8 @@ class VQ_API VQDatabase : public VQSmartPtr {
   // Views and folders. `template_`, which may be null, is a closed view or folder of any database that the design is
   // taken from. The new one is handed out open for its design, and goes again with its handles unless it is saved or
   // takes documents; with a null `view` it is saved at once. VQERR_NULL_STRING, VQERR_STRING_TOO_LONG from 64 bytes of
-  // name on, VQERR_INVALID_PARAMETER for a sharing option other than shared and private.
+  // name on, VQERR_INVALID_PARAMETER for a sharing option other than shared and private; the engine's 0x251
+  // (ENG_ERR_FOLDER_EXISTS) when a view or folder has the name.
   VQSTATUS CreateView(const VQString& name, const VQViewFolder* template_, VQViewFolder* view);
   VQSTATUS CreateFolder(const VQString& name, VQVFSHARINGOPTION sharing, const VQViewFolder* template_,
                         VQViewFolder* folder);

@@ -210,6 +210,7 @@ VQSlateBody* VQIDTable::FindBody(std::uint32_t id) {
 
 // By the object, since a first save may have given it another identifier meanwhile.
 VQSTATUS VQIDTable::RemoveBody(VQSlateBody* body) {
+  if (Closed != 0) return CheckUsable();
   const auto entry = std::find_if(Bodies.begin(), Bodies.end(), [&](const Registration& r) { return r.Body == body; });
   if (entry == Bodies.end()) return VQERR_NOT_IN_LIST;
   Bodies.erase(entry);

@@ -216,7 +216,8 @@ VQSTATUS VQViewFolderBody::Save(unsigned short flags) {
   if (status == VQ_OK) status = VQSlateBody::Save(flags);
   if (status == VQ_OK && HasState(kNameChanged)) {
     if (Type == VQVFTYPE_FOLDER) status = FinishRename(flags);
-    if (status == VQ_OK) SetState(kNameChanged, false);
+    // A folder that still has its temporary title is not saved.
+    SetState(status == VQ_OK ? kNameChanged : kDesignChanged, status != VQ_OK);
   }
   if (status != VQ_OK || !HasState(kNew)) return status;
   SetState(kNew, false);

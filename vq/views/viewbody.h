@@ -444,6 +444,8 @@ class VQ_API VQViewFolderBody : public VQSlateBody {
   [[nodiscard]] VQSTATUS OpenNew();
   VQSTATUS SetName(const VQString& name);
   VQSTATUS SetAlias(const VQString& alias);
+  // ENG_ERR_FOLDER_EXISTS when another view or folder of the database has the name.
+  [[nodiscard]] VQSTATUS CheckFree(const VQString& name) const;
   // Reads $Flags when the type is not known yet, opening the slate for the moment.
   VQSTATUS GetType(VQVFTYPE* type);
   void SetType(VQVFTYPE type) { Type = type; }

@@ -198,6 +198,7 @@ VQSTATUS VQDatabase::CopyViewFolder(const VQString& name, const VQViewFolder& te
   VQViewFolder made;
   status = OpenMade(id, &made);
   if (status == VQ_OK) status = made.GetViewFolderBody()->SetName(name);
+  if (status == VQ_OK) status = made.GetViewFolderBody()->CheckFree(made.GetName());
   if (status != VQ_OK) return status;
   // The source stays the default view.
   made.GetViewFolderBody()->SetState(VQViewFolderBody::kDefault, false);

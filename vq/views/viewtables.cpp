@@ -51,15 +51,15 @@ VQSlateArray::VQSlateArray(const VQVFNavigator& navigator) : SlateClass(0) { Tak
 
 template <typename Source>
 VQSTATUS VQSlateArray::ChangeByEntries(const Source& source, bool add) {
-  VQSTATUS status = CheckChange();
+  VQSTATUS status = Body != nullptr ? VQ_OK : VQERR_OBJECT_NOT_INITIALIZED;
   Documents documents;
   if (status == VQ_OK) status = Collect(source, &documents);
   if (status == VQ_OK && add && documents.Database.GetDatabaseBody() != Database.GetDatabaseBody()) {
     status = VQERR_DIFFERENT_DATABASE;
   }
-  if (status == VQ_OK && EngIdTableEntries(documents.Table) == 0) status = VQERR_EMPTY_ARRAY;
-  if (status == VQ_OK) status = add ? Table()->AddTable(documents.Table) : Table()->RemoveTable(documents.Table);
-  return vq::Apply(status);
+  if (status != VQ_OK) return vq::Apply(status);
+  void* table = vq::FromHandle(documents.Table);
+  return add ? Add(table) : Remove(table);
 }
 
 VQSTATUS VQSlateArray::Add(const VQViewFolder& view) { return ChangeByEntries(view, true); }

@@ -69,6 +69,7 @@ VQSTATUS VQViewFolderBody::AppendDefaultColumn() {
   VQVFColumnBody* body = column.GetColumnBody();
   if (design::CompileFormula(VQString("@@146@@"), &body->Formula()) != VQ_OK) return VQERR_VIEW_INIT;
   body->SetDirtyFlags(VQVFColumnBody::kGenerateName);
+  SetState(kRebuildFormula, true);
   return Columns.Load(body) == VQ_OK ? VQ_OK : VQERR_VIEW_INIT;
 }
 

@@ -72,6 +72,11 @@ VQSTATUS VQVFNavigatorBody::HandOut(VQViewFolderBody* view, const VQVFPosition* 
   return VQ_OK;
 }
 
+VQSTATUS VQVFNavigatorBody::GetOpenStatus() const {
+  if (Collection == 0) return OpenStatus;
+  return ViewFolder->GetEntryDatabase().IsOpen() ? VQ_OK : VQERR_DATABASE_NOT_OPEN;
+}
+
 VQSTATUS VQVFNavigatorBody::Open(VQViewFolderBody* view, const VQVFPosition* start, std::uint32_t count,
                                  std::uint32_t flags) {
   if (start != nullptr && !start->IsSet()) return VQERR_UNINITIALIZED_ARGUMENT;
@@ -93,6 +98,7 @@ VQSTATUS VQVFNavigatorBody::Open(VQViewFolderBody* view, const VQVFPosition* sta
 
 VQSTATUS VQVFNavigatorBody::OpenCollection(std::uint32_t flags) {
   const ENGHANDLE entries = ViewFolder->GetEntryDatabase().GetDatabaseBody()->GetHandle();
+  if (entries == 0) return VQERR_DATABASE_NOT_OPEN;
   if ((flags & VQVFOPENFLAGS_USE_UNREAD_LIST) != 0) {
     if (VQSTATUS status = OpenUnreadTable(entries, &UnreadTable)) return status;
   }

@@ -180,7 +180,8 @@ class VQ_API VQVFNavigatorBody : public VQBody {
   [[nodiscard]] VQSTATUS GetCount(std::uint32_t* count);
 
   ENGHANDLE GetCollectionHandle() const { return Collection; }
-  VQSTATUS GetOpenStatus() const { return Collection != 0 ? VQ_OK : OpenStatus; }
+  // VQERR_DATABASE_NOT_OPEN when the entries' database was closed under the open navigator.
+  VQSTATUS GetOpenStatus() const;
   bool HasFlag(unsigned short mask) const { return (Flags & mask) != 0; }
   bool IsFTSearch() const { return HasFlag(kFTSearch); }
   bool IsRestricted() const { return HasFlag(kRestricted); }

@@ -80,12 +80,15 @@ VQSTATUS VQViewFolderBody::SaveOrRemove(std::string_view item, bool keep, std::s
 // The engine refuses a folder's name when a view or folder has it; so must be its alias.
 VQSTATUS VQViewFolderBody::CheckAlias() const {
   if (Type != VQVFTYPE_FOLDER || Alias.IsNull()) return VQ_OK;
-  const std::string alias(vq::ViewOf(Alias));
   const std::vector<std::string> stored = NamesInTitle();
-  if (std::find(stored.begin(), stored.end(), alias) != stored.end()) return VQ_OK;
+  return std::find(stored.begin(), stored.end(), vq::ViewOf(Alias)) != stored.end() ? VQ_OK : CheckFree(Alias);
+}
+
+VQSTATUS VQViewFolderBody::CheckFree(const VQString& name) const {
   std::uint32_t found = 0;
+  const std::string text(vq::ViewOf(name));
   const ENGSTATUS result =
-      EngDesignFind(GetDatabaseBody()->GetHandle(), VQSLATECLASS_VIEW, vq::EngineText(alias), &found);
+      EngDesignFind(GetDatabaseBody()->GetHandle(), VQSLATECLASS_VIEW, vq::EngineText(text), &found);
   if ((result & ENG_ERROR_MASK) == ENG_ERR_NO_DESIGN_ELEMENT) return VQ_OK;
   if (result == ENG_OK && found != GetID()) return vq::FromEngine(ENG_ERR_FOLDER_EXISTS);
   return vq::FromEngine(result);
