@@ -131,7 +131,7 @@ ENG_API ENGSTATUS EngCollectionUpdate(ENGHANDLE collection);
 // row is wanted, else a block that the caller frees. Null outputs (buffer with count 0, skipped, returned, signals) are
 // passed over. A skip count of 0xFFFFFFFF goes to the end. ENG_ERR_NO_ENTRY when the position has no row, or when
 // rows are wanted and not all of the skip could be made (without ENG_GO_CONTINUE); *skipped is set in both cases.
-// ENG_ERR_ARGUMENT for unknown codes and masks.
+// ENG_ERR_ARGUMENT for unknown codes and masks, and for a way that mixes hits and rows.
 ENG_API ENGSTATUS EngCollectionRead(ENGHANDLE collection, void* position, uint16_t skip, uint32_t skip_count,
                                     uint16_t navigation, uint32_t count, uint32_t mask, ENGHANDLE* buffer,
                                     uint32_t* buffer_length, uint32_t* skipped, uint32_t* returned, uint16_t* signals);

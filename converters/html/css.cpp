@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
@@ -116,6 +117,10 @@ std::string CssOfCell(const BlockInfo& cell, bool tableHasBorder) {
   return css;
 }
 
+std::string CssOfWidth(unsigned width, unsigned all) {
+  return "width:" + Number(std::round(width * 1000.0 / all) / 10) + "%";
+}
+
 std::string CssOfFont(FontID font, FontID around) {
   std::string css;
   if (FaceOf(font) != FaceOf(around)) Add(&css, std::string("font-family:") + FaceName(FaceOf(font)));
@@ -173,6 +178,18 @@ std::optional<double> LengthFromCss(std::string_view value, double around) {
   if (unit == "%") return number * around / 100;
   if (unit.empty() && number == 0) return 0;
   return std::nullopt;
+}
+
+std::optional<double> SizeFromCss(std::string_view value, double around) {
+  constexpr std::pair<std::string_view, double> kWords[] = {
+      {"xx-small", 7}, {"x-small", 7}, {"small", 8}, {"medium", 10}, {"large", 12}, {"x-large", 14}, {"xx-large", 18},
+  };
+  for (const auto& [word, points] : kWords) {
+    if (value == word) return points;
+  }
+  if (value == "smaller") return std::round(around / 1.2);
+  if (value == "larger") return std::round(around * 1.2);
+  return LengthFromCss(value, around);
 }
 
 std::optional<Face> FaceFromCss(std::string_view families, bool* exact) {

@@ -15,6 +15,8 @@ namespace conv {
 // Each is empty where there is nothing to tell.
 std::string CssOfParagraph(const BlockInfo& block);
 std::string CssOfCell(const BlockInfo& cell, bool tableHasBorder);
+// Of a column, in parts of the table.
+std::string CssOfWidth(unsigned width, unsigned all);
 // What of face, size and colour differs.
 std::string CssOfFont(FontID font, FontID around);
 
@@ -24,6 +26,8 @@ void ReadCss(std::string_view css, const std::function<void(std::string_view nam
 std::optional<std::uint32_t> ColorFromCss(std::string_view value);
 // In points; `around` is what "em" and "%" are of.
 std::optional<double> LengthFromCss(std::string_view value, double around);
+// The same of a font: words such as "large" and "smaller" too.
+std::optional<double> SizeFromCss(std::string_view value, double around);
 // The nearest of the faces that every reader has; *exact tells whether the list asks for no other face.
 std::optional<Face> FaceFromCss(std::string_view families, bool* exact);
 std::optional<Justify> JustifyFromCss(std::string_view value);

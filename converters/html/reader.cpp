@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <span>
 #include <utility>
 
 #include "converters/html/css.h"
@@ -33,6 +35,8 @@ const HtmlReader::Rule& HtmlReader::RuleOf(const std::string& name) {
       {"audio", kLost},
       {"b", kFormat, kBold},
       {"base", kSkipped},
+      {"bdi", kTransparent},
+      {"bdo", kTransparent},
       {"big", kFormat},
       {"blockquote", kQuote},
       {"body", kBlock},
@@ -45,8 +49,10 @@ const HtmlReader::Rule& HtmlReader::RuleOf(const std::string& name) {
       {"code", kFormat},
       {"col", kSkipped},
       {"colgroup", kSkipped},
+      {"data", kTransparent},
       {"dd", kBlock},
       {"del", kFormat, kStrikeout},
+      {"details", kBlock},
       {"dfn", kFormat, kItalic},
       {"dir", kBulletList},
       {"div", kBlock},
@@ -70,6 +76,7 @@ const HtmlReader::Rule& HtmlReader::RuleOf(const std::string& name) {
       {"h6", kHeading, 0, 6},
       {"head", kSkipped},
       {"header", kBlock},
+      {"hgroup", kBlock},
       {"hr", kRule},
       {"html", kBlock},
       {"i", kFormat, kItalic},
@@ -78,6 +85,7 @@ const HtmlReader::Rule& HtmlReader::RuleOf(const std::string& name) {
       {"input", kLost},
       {"ins", kFormat, kUnderline},
       {"kbd", kFormat},
+      {"label", kTransparent},
       {"li", kItem},
       {"link", kSkipped},
       {"main", kBlock},
@@ -89,35 +97,48 @@ const HtmlReader::Rule& HtmlReader::RuleOf(const std::string& name) {
       {"noscript", kTransparent},
       {"object", kLost},
       {"ol", kNumberList},
+      {"output", kTransparent},
       {"p", kParagraph},
+      {"param", kSkipped},
+      {"picture", kTransparent},
       {"pre", kPre},
+      {"q", kQuotation},
+      {"rp", kTransparent},
+      {"rt", kTransparent},
+      {"ruby", kTransparent},
       {"s", kFormat, kStrikeout},
       {"samp", kFormat},
       {"script", kLost},
       {"section", kBlock},
       {"select", kLost},
       {"small", kFormat},
+      {"source", kSkipped},
       {"span", kFormat},
       {"strike", kFormat, kStrikeout},
       {"strong", kFormat, kBold},
       {"style", kLost},
       {"sub", kFormat, kSubscript},
+      {"summary", kBlock},
       {"sup", kFormat, kSuperscript},
       {"svg", kLost},
       {"table", kTable},
       {"tbody", kBlock},
       {"td", kBlock},
+      {"template", kLost},
       {"textarea", kLost},
       {"tfoot", kBlock},
       {"th", kBlock, kBold},
       {"thead", kBlock},
+      {"time", kTransparent},
       {"title", kSkipped},
       {"tr", kBlock},
+      {"track", kSkipped},
       {"tt", kFormat},
       {"u", kFormat, kUnderline},
       {"ul", kBulletList},
       {"var", kFormat, kItalic},
       {"video", kLost},
+      {"wbr", kSkipped},
       {"xmp", kPre},
   };
   static constexpr Rule kUnknownRule = {"", kUnknown};
@@ -129,8 +150,10 @@ ENGSTATUS HtmlReader::Read(std::string_view html) {
   HtmlTree tree;
   if (ENGSTATUS status = tree.Read(html)) return status;
   if (tree.HadInvalidText()) Losses.Add(Loss::kInvalidText);
+  for (unsigned left = tree.CountCutLinks(); left > 0; --left) Losses.Add(Loss::kCutLink);
   Walk(tree.Root());
   EndParagraph();
+  for (const std::string& name : std::exchange(Anchors, {})) Losses.Add(Loss::kAnchor, Line, name);
   return ENG_OK;
 }
 
@@ -151,7 +174,7 @@ bool HtmlReader::ReadTag(std::string_view tag) {
     const std::string name = Lower(Trim(tag.substr(2, tag.find('>') - 2)));
     const auto open = std::ranges::find(Tags.rbegin(), Tags.rend(), name, &TagOpen::Name);
     if (open == Tags.rend()) return false;
-    if (open->Name == "a") {
+    if (open->Name == "a" && open->Format == 0) {
       Runs.EndLink();
     } else {
       Runs.Close(open->Format);
@@ -163,6 +186,14 @@ bool HtmlReader::ReadTag(std::string_view tag) {
   if (tree.Read(tag) != ENG_OK || !tree.Root()->First) return false;
   const HtmlNode& node = *tree.Root()->First;
   const Rule& rule = RuleOf(node.Name);
+  constexpr std::size_t kMostTags = 1000;
+  const bool named = node.Find("id") || (rule.What == Kind::kLink && node.Find("name"));
+  if (Tags.size() >= kMostTags) return false;
+  CheckStyle(node, Place::kInline);
+  if (rule.What == Kind::kFormat || rule.What == Kind::kLink) {
+    NoteAnchor(node);
+    PutAnchors();
+  }
   if (rule.What == Kind::kBreak) {
     Runs.LineBreak();
   } else if (rule.What == Kind::kPicture) {
@@ -172,7 +203,7 @@ bool HtmlReader::ReadTag(std::string_view tag) {
   } else if (rule.What == Kind::kLink && node.Find("href")) {
     Runs.BeginLink(node.Get("href"), node.Get("title"));
     Tags.push_back({node.Name, 0});
-  } else if (rule.What == Kind::kFormat) {
+  } else if (rule.What == Kind::kFormat || (rule.What == Kind::kLink && named)) {
     Tags.push_back({node.Name, Runs.Open(ChangeOf(node, rule))});
   } else {
     return false;
@@ -214,9 +245,12 @@ bool HtmlReader::Enter(const HtmlNode* node) {
     return false;
   }
   const Rule& rule = RuleOf(node->Name);
-  Open open = {node, rule.What, 0, false, Justify, Indent, FirstLine, Tight, Heading};
+  Open open = {node, rule.What, 0, false, Justify, Indent, FirstLine, Tight, Hidden, Heading};
+  CheckStyle(*node, PlaceOf(rule.What));
   if (!EnterElement(node, rule, &open)) return false;
   if (rule.What == Kind::kFormat && PendingSpace) Prepare();
+  if (PlaceOf(rule.What) == Place::kInline) NoteAnchor(*node);
+  if (rule.What == Kind::kQuotation) Text("\u201C");
   const FontChange change = ChangeOf(*node, rule);
   if (!change.IsEmpty()) open.Format = Runs.Open(change);
   Opened.push_back(open);
@@ -237,6 +271,7 @@ bool HtmlReader::EnterElement(const HtmlNode* node, const Rule& rule, Open* open
       return true;
     case kTransparent:
     case kFormat:
+    case kQuotation:
       return true;
     case kBreak:
       if (inPre) {
@@ -248,6 +283,7 @@ bool HtmlReader::EnterElement(const HtmlNode* node, const Rule& rule, Open* open
       }
       return false;
     case kPicture:
+      NoteAnchor(*node);
       Picture(*node);
       return false;
     case kLink:
@@ -258,6 +294,7 @@ bool HtmlReader::EnterElement(const HtmlNode* node, const Rule& rule, Open* open
   }
   if (inPre) return true;  // lines alone count there
   EndParagraph();
+  NoteAnchor(*node);
   Tight = rule.What != kParagraph;
   switch (rule.What) {
     case kRule:
@@ -304,8 +341,8 @@ void HtmlReader::Leave() {
   using enum Kind;
   const bool inPre = Pre && Pre != open.Node;
   if (open.What == kLink && ActiveLink == open.Node) LeaveLink();
-  const bool inlined = open.What == kLink || open.What == kFormat || open.What == kTransparent || open.What == kUnknown;
-  if (inlined || inPre) {
+  if (open.What == kQuotation) Text("\u201D");
+  if (PlaceOf(open.What) == Place::kInline || inPre) {
     // A space stays in the format that it stands in, unless it ends the line.
     if (open.Format != 0 && PendingSpace && open.Node->Next) Prepare();
     if (open.Format != 0) Runs.Close(open.Format);
@@ -324,6 +361,7 @@ void HtmlReader::Leave() {
   Indent = open.Indent;
   FirstLine = open.FirstLine;
   Tight = open.Tight;
+  Hidden = open.Hidden;
   Heading = open.Heading;
 }
 
@@ -340,7 +378,9 @@ void HtmlReader::SetColor(std::string_view value, FontChange* change) {
   const auto color = ColorFromCss(value);
   bool exact = false;
   if (color) change->NewColor = IndexFromColor(*color, &exact);
-  if (!color || !exact) Losses.Add(Loss::kColor, Line, value);
+  if (color && !exact) Losses.Add(Loss::kColor, Line, value);
+  const bool meant = value != "inherit" && value != "initial" && value != "currentcolor";
+  if (!color && meant) Losses.Add(Loss::kStyle, Line, "color:" + std::string(value));
 }
 
 void HtmlReader::SetFace(std::string_view families, FontChange* change) {
@@ -354,18 +394,23 @@ void HtmlReader::StyleChange(std::string_view css, FontChange* change) {
   const double around = SizeOf(Runs.Font());
   ReadCss(css, [&](std::string_view name, std::string_view value) {
     const auto set = [&](FontID attribute, bool on) { (on ? change->Set : change->Clear) |= attribute; };
-    if (name == "font-weight") set(kBold, value == "bold" || value == "bolder" || value >= "600");
+    if (name == "font-weight") {
+      set(kBold, value == "bold" || value == "bolder" || std::atoi(std::string(value).c_str()) >= 600);
+    }
     if (name == "font-style") set(kItalic, value == "italic" || value == "oblique");
     if (name == "text-decoration" || name == "text-decoration-line") {
       if (value.find("underline") != std::string_view::npos) set(kUnderline, true);
       if (value.find("line-through") != std::string_view::npos) set(kStrikeout, true);
+      if (value == "none") set(kUnderline | kStrikeout, false);
     }
     if (name == "vertical-align" && value == "super") set(kSuperscript, true);
     if (name == "vertical-align" && value == "sub") set(kSubscript, true);
     if (name == "color") SetColor(value, change);
     if (name == "font-family") SetFace(value, change);
     if (name != "font-size") return;
-    if (const auto points = LengthFromCss(value, around)) SetSize(*points, change);
+    const auto points = SizeFromCss(value, around);
+    if (points) SetSize(*points, change);
+    if (!points && value != "inherit") Losses.Add(Loss::kStyle, Line, "font-size:" + std::string(value));
   });
 }
 
@@ -373,7 +418,6 @@ FontChange HtmlReader::ChangeOf(const HtmlNode& node, const Rule& rule) {
   FontChange change;
   change.Set = rule.Set;
   const std::string_view name = rule.Name;
-  if (name == "th" && !Out.InTable()) change.Set = 0;
   if (name == "th") change.Set = 0;
   const bool code = name == "code" || name == "kbd" || name == "samp" || name == "tt";
   if (code && !Pre) change.NewFace = kMono;
@@ -393,10 +437,21 @@ FontChange HtmlReader::ChangeOf(const HtmlNode& node, const Rule& rule) {
   return change;
 }
 
+bool HtmlReader::IsHidden(const HtmlNode& node) {
+  bool hidden = node.Find("hidden") != nullptr;
+  if (const std::string* css = node.Find("style")) {
+    ReadCss(*css, [&](std::string_view name, std::string_view value) {
+      if (name == "display") hidden = value == "none";
+    });
+  }
+  return hidden;
+}
+
 void HtmlReader::BlockStyle(const HtmlNode& node) {
   if (node.Is("center")) Justify = kJustifyCenter;
   if (node.Is("dd")) Indent += kIndent;
   if (const auto justify = JustifyFromCss(node.Get("align"))) Justify = *justify;
+  if (IsHidden(node)) Hidden = true;
   FirstLine = 0;
   const std::string* css = node.Find("style");
   if (!css) return;
@@ -412,6 +467,52 @@ void HtmlReader::BlockStyle(const HtmlNode& node) {
   Indent = std::min(Indent, 40000);
 }
 
+HtmlReader::Place HtmlReader::PlaceOf(Kind kind) {
+  using enum Kind;
+  if (kind == kTable) return Place::kTable;
+  constexpr Kind kInlines[] = {kTransparent, kFormat, kLink, kPicture, kBreak, kQuotation, kUnknown};
+  return std::ranges::find(kInlines, kind) != std::end(kInlines) ? Place::kInline : Place::kBlock;
+}
+
+void HtmlReader::CheckStyle(const HtmlNode& node, Place place) {
+  constexpr std::string_view kText[] = {"color",       "font-family",     "font-size",           "font-style",
+                                        "font-weight", "text-decoration", "text-decoration-line"};
+  constexpr std::string_view kBlocks[] = {"display", "margin-left", "padding-left", "text-align", "text-indent"};
+  constexpr std::string_view kCells[] = {"background", "background-color", "border",     "border-left", "border-right",
+                                         "border-top", "border-bottom",    "text-align", "width"};
+  constexpr std::string_view kTables[] = {"background", "background-color", "display"};
+  if (place == Place::kInline && node.Find("hidden")) Losses.Add(Loss::kStyle, Line, "hidden");
+  if (place == Place::kTable) {
+    for (const char* attribute : {"width", "align", "cellspacing", "cellpadding"}) {
+      if (node.Find(attribute)) Losses.Add(Loss::kTableLayout, Line, attribute);
+    }
+  }
+  const std::string* css = node.Find("style");
+  if (!css) return;
+  ReadCss(*css, [&](std::string_view name, std::string_view value) {
+    const auto in = [&](std::span<const std::string_view> names) { return std::ranges::count(names, name) > 0; };
+    const bool raised = name == "vertical-align" && (value == "super" || value == "sub" || value == "baseline");
+    bool known = in(kText) || raised;
+    if (place == Place::kBlock || place == Place::kCell) known = known || in(kBlocks);
+    if (place == Place::kTable) known = known || in(kTables);
+    if (place == Place::kCell) known = known || in(kCells);
+    if (!known) Losses.Add(place == Place::kTable ? Loss::kTableLayout : Loss::kStyle, Line, name);
+  });
+}
+
+void HtmlReader::NoteAnchor(const HtmlNode& node) {
+  const std::string_view id = node.Get("id");
+  const std::string_view name = node.Is("a") ? node.Get("name") : std::string_view();
+  if (!id.empty()) Anchors.emplace_back(id);
+  if (!name.empty() && name != id) Anchors.emplace_back(name);
+}
+
+void HtmlReader::PutAnchors() {
+  if (Anchors.empty()) return;
+  for (const std::string& name : Anchors) Runs.Anchor(name);
+  Anchors.clear();
+}
+
 // Text
 
 void HtmlReader::BeginParagraph() {
@@ -419,6 +520,7 @@ void HtmlReader::BeginParagraph() {
                       .Heading = Heading,
                       .Justify = Justify,
                       .Tight = Tight,
+                      .Hidden = Hidden,
                       .Indent = static_cast<std::uint16_t>(Indent),
                       .FirstLineIndent = FirstLine});
   Runs.Begin(Out.BaseFont(Heading));
@@ -429,6 +531,7 @@ void HtmlReader::BeginParagraph() {
 
 void HtmlReader::EndParagraph() {
   if (HasParagraph) {
+    PutAnchors();
     Runs.EndLink();
     Out.EndParagraph();
   }
@@ -449,6 +552,7 @@ void HtmlReader::Prepare() {
     EndsInSpace = std::exchange(PendingSpace, false);
     HasText = true;
   }
+  PutAnchors();
   if (!ActiveLink || Runs.InLink()) return;
   Runs.BeginLink(ActiveLink->Get("href"), ActiveLink->Get("title"));
   LinkShown = true;
@@ -500,6 +604,7 @@ void HtmlReader::EnterPre(const HtmlNode& node) {
   Out.BeginParagraph({.What = Leaf::kCode,
                       .Language = language.substr(0, language.find(' ')),
                       .Justify = Justify,
+                      .Hidden = Hidden,
                       .Indent = static_cast<std::uint16_t>(Indent)});
   Runs.Begin(WithFace(Out.BaseFont(0), kMono));
   ++Paragraphs;

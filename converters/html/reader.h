@@ -30,6 +30,7 @@ class HtmlReader {
     kHeading,
     kParagraph,
     kFormat,
+    kQuotation,
     kLink,
     kPicture,
     kBreak,
@@ -60,6 +61,7 @@ class HtmlReader {
     int Indent;
     int FirstLine;
     bool Tight;
+    bool Hidden;
     unsigned Heading;
   };
   struct TagOpen {
@@ -73,11 +75,16 @@ class HtmlReader {
     unsigned ColumnSpan = 1;
   };
   using GridRow = std::vector<GridCell>;
+  struct Width {
+    double Value = 0;  // 0 for none
+    bool IsPercent = false;
+  };
   struct Grid {
     std::vector<GridRow> Rows;
     std::vector<const HtmlNode*> RowNodes;
     std::vector<std::vector<const HtmlNode*>> Surplus;  // of each row
     std::size_t Columns = 0;
+    std::vector<Width> Widths;  // of the first columns
     const HtmlNode* Caption = nullptr;
   };
 
@@ -88,7 +95,14 @@ class HtmlReader {
   bool EnterElement(const HtmlNode* node, const Rule& rule, Open* open);
   FontChange ChangeOf(const HtmlNode& node, const Rule& rule);
   void StyleChange(std::string_view css, FontChange* change);
+  static bool IsHidden(const HtmlNode& node);
   void BlockStyle(const HtmlNode& node);
+  // Reports the properties that nothing stands for there.
+  enum class Place { kInline, kBlock, kTable, kCell };
+  static Place PlaceOf(Kind kind);
+  void CheckStyle(const HtmlNode& node, Place place);
+  void NoteAnchor(const HtmlNode& node);
+  void PutAnchors();
   void SetSize(double points, FontChange* change);
   void SetColor(std::string_view value, FontChange* change);
   void SetFace(std::string_view families, FontChange* change);
@@ -107,6 +121,9 @@ class HtmlReader {
   void Table(const HtmlNode& table);
   Grid GridOf(const HtmlNode& table);
   void PlaceRow(const HtmlNode& row, Grid* grid);
+  static Width WidthOf(const HtmlNode& node);
+  static void PlaceColumn(const HtmlNode& column, Grid* grid);
+  static std::vector<unsigned> WidthsOf(const Grid& grid);
   void WriteRows(const HtmlNode& table, const Grid& grid);
   void WriteCell(const HtmlNode& table, const Grid& grid, std::size_t row, std::size_t column);
   Cell FormatOf(const HtmlNode& table, const HtmlNode* row, const HtmlNode& node);
@@ -123,6 +140,7 @@ class HtmlReader {
   int Indent = 0;
   int FirstLine = 0;
   bool Tight = true;
+  bool Hidden = false;
   unsigned Heading = 0;
 
   bool HasParagraph = false;
@@ -137,6 +155,7 @@ class HtmlReader {
   bool PreHasText = false;
   unsigned PreBreaks = 0;
   unsigned Paragraphs = 0;
+  std::vector<std::string> Anchors;  // on their way to the next text
 };
 
 ENGSTATUS ReadHtml(std::string_view source, RecordOutput& output, std::uint32_t font, Report& report);

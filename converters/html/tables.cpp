@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 #include "converters/html/css.h"
 #include "converters/html/reader.h"
@@ -77,10 +78,52 @@ Cell HtmlReader::FormatOf(const HtmlNode& table, const HtmlNode* row, const Html
   return cell;
 }
 
+// "25%", "100" and "100px".
+HtmlReader::Width HtmlReader::WidthOf(const HtmlNode& node) {
+  std::string text(node.Get("width"));
+  if (const std::string* css = node.Find("style")) {
+    ReadCss(*css, [&](std::string_view name, std::string_view value) {
+      if (name == "width") text = value;
+    });
+  }
+  if (!text.empty() && text.find_first_not_of("0123456789.") == std::string::npos) text += "px";
+  const auto value = LengthFromCss(text, 100);
+  if (!value || *value <= 0) return {};
+  return {*value, text.back() == '%'};
+}
+
+void HtmlReader::PlaceColumn(const HtmlNode& column, Grid* grid) {
+  const unsigned span = SpanOf(column, "span", static_cast<unsigned>(kMostColumns));
+  for (unsigned i = 0; i < span && grid->Widths.size() < kMostColumns; ++i) grid->Widths.push_back(WidthOf(column));
+}
+
+// Columns that say nothing share what percents leave, or are as wide as the others are on the whole.
+std::vector<unsigned> HtmlReader::WidthsOf(const Grid& grid) {
+  std::vector<Width> widths = grid.Widths;
+  widths.resize(grid.Columns);
+  const bool percents = std::ranges::any_of(widths, &Width::IsPercent);
+  double sum = 0;
+  std::size_t count = 0;
+  for (Width& width : widths) {
+    if (width.IsPercent != percents) width.Value = 0;
+    sum += width.Value;
+    if (width.Value > 0) ++count;
+  }
+  if (count == 0) return std::vector<unsigned>(grid.Columns, 1);
+  const auto others = static_cast<double>(std::max<std::size_t>(grid.Columns - count, 1));
+  const double rest = percents ? std::max(100 - sum, 1.0) / others : sum / static_cast<double>(count);
+  std::vector<unsigned> parts;
+  for (const Width& width : widths) {
+    parts.push_back(static_cast<unsigned>(std::lround(std::min(width.Value > 0 ? width.Value : rest, 10000.0) * 10)));
+  }
+  return parts;
+}
+
 // A row's cells go where no cell of an earlier row reaches down to.
 void HtmlReader::PlaceRow(const HtmlNode& row, Grid* grid) {
   const std::size_t index = grid->RowNodes.size();
   grid->RowNodes.push_back(&row);
+  CheckStyle(row, Place::kCell);
   grid->Surplus.emplace_back();
   if (grid->Rows.size() <= index) grid->Rows.resize(index + 1);
   std::size_t column = 0;
@@ -109,6 +152,8 @@ void HtmlReader::PlaceRow(const HtmlNode& row, Grid* grid) {
       for (unsigned i = 0; i < wide; ++i) cells[column + i].Covered = true;
     }
     grid->Rows[index][column] = {node, false, high, wide};
+    if (grid->Widths.size() < column + 1) grid->Widths.resize(column + 1);
+    if (wide == 1 && grid->Widths[column].Value == 0) grid->Widths[column] = WidthOf(*node);
     grid->Columns = std::max(grid->Columns, column + wide);
     column += wide;
   }
@@ -118,6 +163,11 @@ HtmlReader::Grid HtmlReader::GridOf(const HtmlNode& table) {
   Grid grid;
   for (const HtmlNode* part = table.First; part; part = part->Next) {
     if (part->Is("caption")) grid.Caption = part;
+    if (part->Is("col")) PlaceColumn(*part, &grid);
+    if (part->Is("colgroup") && !part->First) PlaceColumn(*part, &grid);
+    for (const HtmlNode* column = part->Is("colgroup") ? part->First : nullptr; column; column = column->Next) {
+      if (column->Is("col")) PlaceColumn(*column, &grid);
+    }
     if (part->Is("tr")) PlaceRow(*part, &grid);
     if (!part->Is("thead") && !part->Is("tbody") && !part->Is("tfoot")) continue;
     for (const HtmlNode* row = part->First; row; row = row->Next) {
@@ -131,34 +181,36 @@ HtmlReader::Grid HtmlReader::GridOf(const HtmlNode& table) {
 
 void HtmlReader::Table(const HtmlNode& table) {
   const Grid grid = GridOf(table);
-  const std::uint16_t justify = Justify;
+  const bool hidden = std::exchange(Hidden, Hidden || IsHidden(table));
   if (grid.Caption) {
-    Justify = kJustifyCenter;
+    const std::uint16_t justify = std::exchange(Justify, kJustifyCenter);
     Walk(grid.Caption);
     EndParagraph();
     Justify = justify;
   }
-  // Something without a row is its content.
-  if (grid.Columns == 0) {
+  if (grid.Columns > 0) {
+    WriteRows(table, grid);
+  } else {
+    // Something without a row is its content.
     if (!grid.Caption) Walk(&table);
-    return EndParagraph();
+    EndParagraph();
   }
-  WriteRows(table, grid);
+  Hidden = hidden;
 }
 
 void HtmlReader::WriteRows(const HtmlNode& table, const Grid& grid) {
-  const auto saved = std::tuple(Justify, Indent, FirstLine, Tight, Heading);
+  const auto saved = std::tuple(Justify, Indent, FirstLine, Tight, Hidden, Heading);
   if (grid.Rows.size() > kMostRows) Losses.Add(Loss::kTableRows, Line);
   for (std::size_t row = 0; row < grid.Rows.size(); ++row) {
     if (row % kMostRows == 0) {
       if (row > 0) Out.Close();
-      Out.OpenTable(std::vector<unsigned>(grid.Columns, 1));
+      Out.OpenTable(WidthsOf(grid));
     }
     for (std::size_t column = 0; column < grid.Columns; ++column) WriteCell(table, grid, row, column);
   }
   Out.Close();
   ++Paragraphs;
-  std::tie(Justify, Indent, FirstLine, Tight, Heading) = saved;
+  std::tie(Justify, Indent, FirstLine, Tight, Hidden, Heading) = saved;
 }
 
 void HtmlReader::WriteCell(const HtmlNode& table, const Grid& grid, std::size_t row, std::size_t column) {
@@ -170,6 +222,7 @@ void HtmlReader::WriteCell(const HtmlNode& table, const Grid& grid, std::size_t 
   cell.RowSpan = std::min<unsigned>(place.RowSpan, static_cast<unsigned>(grid.Rows.size() - row));
   cell.ColumnSpan = place.ColumnSpan;
   Out.OpenCell(static_cast<unsigned>(row % kMostRows), static_cast<unsigned>(column), cell);
+  const bool hidden = Hidden;
   Justify = kJustifyLeft;
   Indent = FirstLine = 0;
   Tight = true;
@@ -177,21 +230,27 @@ void HtmlReader::WriteCell(const HtmlNode& table, const Grid& grid, std::size_t 
   const auto content = [&](const HtmlNode& from) {
     BlockStyle(*grid.RowNodes[row]);
     BlockStyle(from);
-    FontChange change;
-    if (const std::string* css = from.Find("style")) StyleChange(*css, &change);
-    const unsigned format = change.IsEmpty() ? 0 : Runs.Open(change);
+    CheckStyle(from, Place::kCell);
+    NoteAnchor(from);
+    std::vector<unsigned> formats;
+    for (const HtmlNode* around : {&table, grid.RowNodes[row], &from}) {
+      FontChange change;
+      if (const std::string* css = around->Find("style")) StyleChange(*css, &change);
+      if (!change.IsEmpty()) formats.push_back(Runs.Open(change));
+    }
     // Whoever links around a table links in its cells.
     const unsigned before = Paragraphs;
     Walk(&from);
     if (Paragraphs == before) BeginParagraph();
     EndParagraph();
-    if (format != 0) Runs.Close(format);
+    for (unsigned format : formats) Runs.Close(format);
   };
   if (node) content(*node);
   if (column + 1 == grid.Columns) {
     for (const HtmlNode* more : grid.Surplus[row]) content(*more);
   }
   Out.Close();
+  Hidden = hidden;
 }
 
 }  // namespace conv

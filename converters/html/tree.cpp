@@ -46,11 +46,37 @@ Encoding EncodingOf(std::string_view html) {
 // Name of a paragraph that the parser put around text that stood by itself: it breaks nothing.
 constexpr char kImplied[] = "#run";
 
+// Terms and descriptions end where the next one begins; the parser knows only of some.
+bool IsListed(std::string_view name) { return name == "dd" || name == "dt"; }
+
 // A tag that is there has been read up to its end.
 bool IsImplied(const htmlParserCtxt& context) {
   const xmlChar* at = context.input ? context.input->cur : nullptr;
   if (!at) return false;
   return xmlStrEqual(context.name, reinterpret_cast<const xmlChar*>("p")) && *at != '>' && *at != '/';
+}
+
+// An end that is there has just been read.
+bool IsImpliedEnd(const htmlParserCtxt& context, std::string_view name) {
+  constexpr std::ptrdiff_t kLongestEnd = 256;
+  const htmlParserInput* input = context.input;
+  if (!input) return false;
+  const std::ptrdiff_t size = std::min(input->cur - input->base, kLongestEnd);
+  const std::string_view before(Chars(input->cur - size), static_cast<std::size_t>(size));
+  if (!before.ends_with('>')) return true;
+  const std::size_t tag = before.rfind('<');
+  return tag == std::string_view::npos || Lower(before.substr(tag, 2 + name.size())) != "</" + std::string(name);
+}
+
+// The parser ends links where these begin; browsers don't.
+bool SplitsLinks(std::string_view name) { return name == "table" || name == "fieldset"; }
+
+// Whether the link's end, or the text's, comes next.
+bool IsAtLinkEnd(const htmlParserCtxt& context) {
+  const htmlParserInput* input = context.input;
+  if (!input) return true;
+  const std::string_view rest = Trim({Chars(input->cur), static_cast<std::size_t>(input->end - input->cur)});
+  return rest.empty() || Lower(rest.substr(0, 3)) == "</a";
 }
 
 }  // namespace
@@ -79,6 +105,34 @@ HtmlNode* HtmlTree::Add(HtmlNode* parent) {
   return node;
 }
 
+void HtmlTree::CloseListed() {
+  unsigned levels = 1;
+  for (HtmlNode* node = Open; node->Parent && !node->Is("dl") && !node->Is("td") && !node->Is("th");
+       node = node->Parent) {
+    if (IsListed(node->Name)) {
+      Open = node->Parent;
+      Depth -= levels;
+      return;
+    }
+    ++levels;
+  }
+}
+
+void HtmlTree::ReopenLink() {
+  HtmlNode* link = Add(Open);
+  link->Name = "a";
+  if (SplitLink->First) {
+    link->Attributes = SplitLink->Attributes;
+    std::erase_if(link->Attributes, [](const auto& attribute) { return attribute.first == "id"; });
+  } else {
+    // Nothing stood in the first part.
+    link->Attributes = std::move(SplitLink->Attributes);
+    SplitLink->Name = kImplied;
+  }
+  Open = Reopened = link;
+  ++Depth;
+}
+
 // No exception may pass through the parser.
 struct HtmlTree::Events {
   template <typename Work>
@@ -99,8 +153,12 @@ struct HtmlTree::Events {
         tree.Failure = ENG_ERR_TEXT_NESTING;
         return;
       }
+      const std::string lower = Lower(Chars(name));
+      if (IsListed(lower)) tree.CloseListed();
+      if (tree.SplitLink && SplitsLinks(lower)) tree.ReopenLink();
+      tree.SplitLink = nullptr;
       tree.Open = tree.Add(tree.Open);
-      tree.Open->Name = Lower(Chars(name));
+      tree.Open->Name = lower;
       if (!attributes && IsImplied(*static_cast<htmlParserCtxt*>(data))) tree.Open->Name = kImplied;
       for (; attributes && *attributes; attributes += 2) {
         tree.Open->Attributes.emplace_back(Lower(Chars(attributes[0])), attributes[1] ? Chars(attributes[1]) : "");
@@ -113,14 +171,29 @@ struct HtmlTree::Events {
       const std::string lower = Lower(Chars(name));
       const auto isIt = [&] { return node->Name == lower || (lower == "p" && node->Name == kImplied); };
       unsigned levels = 1;
-      for (; node->Parent && !isIt(); node = node->Parent) ++levels;
+      for (; node->Parent && !isIt(); node = node->Parent) {
+        if (IsListed(lower) && node->Is("dl")) return;  // closed by the one behind it
+        ++levels;
+      }
       if (!node->Parent) return;
+      const auto& context = *static_cast<htmlParserCtxt*>(data);
+      if (!IsImpliedEnd(context, lower)) {
+        tree.SplitLink = nullptr;
+      } else if (lower == "a" && node->Find("href")) {
+        tree.SplitLink = node;
+      }
+      if (node->Parent == tree.Reopened && SplitsLinks(lower)) {
+        if (!IsAtLinkEnd(context)) ++tree.CutLinks;
+        node = node->Parent;
+        ++levels;
+      }
       tree.Open = node->Parent;
       tree.Depth -= levels;
     });
   }
   static void Characters(void* data, const xmlChar* text, int length) {
     Guard(data, [&](HtmlTree& tree) {
+      tree.SplitLink = nullptr;
       HtmlNode* last = tree.Open->Last;
       if (!last || !last->Name.empty()) last = tree.Add(tree.Open);
       last->Text.append(Chars(text), static_cast<std::size_t>(length));

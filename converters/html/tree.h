@@ -40,15 +40,22 @@ class HtmlTree {
   // Holds all; has no name.
   HtmlNode* Root() { return &Top; }
   bool HadInvalidText() const { return Invalid; }
+  // Links that went on behind a table or field set in them.
+  unsigned CountCutLinks() const { return CutLinks; }
 
  private:
   struct Events;
 
   HtmlNode* Add(HtmlNode* parent);
+  void CloseListed();
+  void ReopenLink();
 
   HtmlNode Top;
   std::vector<HtmlNode*> Nodes;
   HtmlNode* Open = &Top;
+  HtmlNode* SplitLink = nullptr;  // ended for what begins behind it
+  HtmlNode* Reopened = nullptr;   // its continuation, around that
+  unsigned CutLinks = 0;
   unsigned Depth = 0;
   ENGSTATUS Failure = 0;
   bool Invalid = false;

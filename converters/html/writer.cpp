@@ -260,6 +260,12 @@ void HtmlWriter::OpenTable(const BlockInfo& block) {
   Put(HasBorder ? "<table border=\"1\"" : "<table");
   Style(CssOfParagraph(block));
   Put(">\n");
+  if (!block.HasWidths) return;
+  unsigned all = 0;
+  for (unsigned width : *block.Widths) all += width;
+  Put("<colgroup>\n");
+  for (unsigned width : *block.Widths) Put("<col style=\"" + CssOfWidth(width, all) + "\" />\n");
+  Put("</colgroup>\n");
 }
 
 void HtmlWriter::OpenRow(const BlockInfo& block) {
@@ -312,6 +318,12 @@ void HtmlWriter::CloseFormat(const Format& format) {
 void HtmlWriter::Text(std::string_view text) {
   if (IsCode && !HasCode) HasCode = text.find_first_not_of('\n') != std::string_view::npos;
   Escape(text);
+}
+
+void HtmlWriter::Anchor(std::string_view name) {
+  Put("<span");
+  Attribute("id", name);
+  Put("></span>");
 }
 
 void HtmlWriter::LineBreak() { Put("<br />\n"); }

@@ -34,6 +34,7 @@ class HtmlWriter : public Sink {
   void Text(std::string_view text) override;
   void LineBreak() override;
   void Picture(std::string_view address, std::string_view title, std::string_view text) override;
+  void Anchor(std::string_view name) override;
 
  private:
   enum Sections { kNone, kHead, kBody };

@@ -11,6 +11,7 @@
 #include "converters/markdown/tables.h"
 #include "converters/markdown/writer.h"
 #include "converters/parts/inlines.h"
+#include "converters/parts/utf8.h"
 #include "engine/status.h"
 
 namespace conv {
@@ -271,12 +272,33 @@ class MarkdownReader {
   cmark_node* Waiting = nullptr;  // a paragraph that has nothing in it so far
 };
 
+// Places where libcmark puts U+FFFD: NULs, and bytes that are no UTF-8.
+std::size_t CountReplaced(std::string_view source) {
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < source.size();) {
+    const auto byte = static_cast<unsigned char>(source[i]);
+    if (byte < 0x80) {
+      count += byte == 0;
+      ++i;
+      continue;
+    }
+    // Control characters of two bytes are none of a page's, but are characters.
+    const bool control =
+        byte == 0xC2 && i + 1 < source.size() && (static_cast<unsigned char>(source[i + 1]) & 0xC0) == 0x80;
+    const std::size_t size = control ? 2 : Utf8Length(source.substr(i));
+    if (size == 0) ++count;
+    i += std::max<std::size_t>(size, 1);
+  }
+  return count;
+}
+
 }  // namespace
 
 ENGSTATUS ReadMarkdown(std::string_view source, RecordOutput& output, std::uint32_t font, std::uint32_t options,
                        Report& report) {
   const Tree tree(cmark_parse_document(source.data(), source.size(), CMARK_OPT_VALIDATE_UTF8));
   if (!tree) return ENG_ERR_MEMORY;
+  for (std::size_t left = CountReplaced(source); left > 0; --left) report.Add(Loss::kInvalidText);
   Builder builder(output, font, report);
   MarkdownReader(source, builder, options, report).Read(tree.get());
   return builder.Finish() ? ENG_OK : ENG_ERR_FILE_WRITE;

@@ -45,7 +45,7 @@ std::vector<Justify> Alignments(std::string_view line) {
 }  // namespace
 
 SourceLines::SourceLines(std::string_view source) : Source(source) {
-  Starts.push_back(0);
+  Starts.push_back(source.starts_with("\xEF\xBB\xBF") ? 3 : 0);  // a byte order mark is no text
   std::size_t feed = source.find('\n');
   std::size_t back = source.find('\r');
   while (feed != back) {  // neither is left: both are npos

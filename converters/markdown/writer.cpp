@@ -81,6 +81,7 @@ void MarkdownWriter::OpenText(const BlockInfo& block) {
   const bool attributes = block.Justify != kJustifyLeft || block.Indent != 0 || block.FirstLineIndent != 0;
   if (attributes && !block.Plain) Losses.Add(Loss::kAlignment, 0, CssOfParagraph(block));
   if (block.Empty) Losses.Add(Loss::kEmptyParagraph);
+  if (block.Hidden) Losses.Add(Loss::kHidden);
   if (!block.Tight && cmark_node_get_type(Top()) == CMARK_NODE_ITEM) {
     cmark_node_set_list_tight(cmark_node_parent(Top()), 0);
   }
@@ -182,6 +183,7 @@ void MarkdownWriter::Close(const BlockInfo& block) {
 
 void MarkdownWriter::OpenTable(const BlockInfo& block) {
   if (!block.HasBorder) Losses.Add(Loss::kAttribute, 0, "border");
+  if (block.HasWidths) Losses.Add(Loss::kColumnWidth);
   Table = {.IsOpen = true, .IsHeading = true, .Text = {}, .Dashes = "|"};
 }
 
@@ -305,6 +307,16 @@ void MarkdownWriter::Picture(std::string_view address, std::string_view title, s
   std::ranges::replace(cleaned, '\n', ' ');
   if (!cleaned.empty()) AddLiteral(CMARK_NODE_TEXT, cleaned);
   Pop();
+}
+
+void MarkdownWriter::Anchor(std::string_view name) {
+  if (HtmlDepth > 0) return Html.Anchor(name);
+  if (IsCodeBlock || InCode) return Losses.Add(Loss::kAnchor, 0, name);
+  HtmlWriter tag(nullptr, Losses);
+  tag.Anchor(Cleaned(name, Losses));
+  std::string html = tag.Html();
+  std::ranges::replace(html, '\n', ' ');
+  AddLiteral(CMARK_NODE_HTML_INLINE, html);
 }
 
 ENGSTATUS WriteMarkdown(std::string_view composite, std::string* text, Report& report) {

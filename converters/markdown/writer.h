@@ -33,6 +33,7 @@ class MarkdownWriter : public Sink {
   void Text(std::string_view text) override;
   void LineBreak() override;
   void Picture(std::string_view address, std::string_view title, std::string_view text) override;
+  void Anchor(std::string_view name) override;
 
  private:
   // A pipe table is written cell by cell, each by itself.

@@ -99,7 +99,7 @@ std::uint16_t Builder::StyleFor(const Paragraph& paragraph) {
   const std::uint16_t left = LeftMargin(paragraph);
   const std::uint32_t numbers[] = {left,
                                    paragraph.Justify,
-                                   paragraph.Tight ? 0U : 1U,
+                                   (paragraph.Tight ? 0U : 1U) | (paragraph.Hidden ? 2U : 0U),
                                    static_cast<std::uint32_t>(paragraph.FirstLineIndent),
                                    Table.Open ? Table.Number : 0U,
                                    Table.Open ? Table.Right : 0U};
@@ -127,6 +127,7 @@ void Builder::DefineStyle(std::uint16_t id, const std::string& name, const Parag
   definition.SpacingBelow = !Marks.empty() && !paragraph.Tight && !Table.Open ? kLooseSpacing : 0;
   definition.Tabs[0] = kTab;
   definition.Flags = Table.Open ? kCellParagraphFlags : kHideFlagsUnlinked;
+  if (paragraph.Hidden) definition.Flags |= kHideReading;
   if (!Marks.empty() && Marks.back().How != Entry::kInside && Marks.back().Kind == LevelKind::kBullet) {
     definition.Flags |= kBulletStyle;
   }
@@ -206,6 +207,14 @@ void Builder::Mark(FontID font) {
   Out.Put(kSigText, ODS_CDTEXT, CDTEXT{{}, font});
   HasRun = true;
   IsEmpty = false;
+}
+
+void Builder::Anchor(std::string_view name) {
+  if (name.size() > kLongestAddress) return Losses.Add(Loss::kAnchor, 0, name);
+  if (!Run.empty()) WriteRun();
+  if (IsEmpty) Mark(TextFont);
+  Out.PutBytes(kSigAnchor, name);
+  HasRun = false;
 }
 
 void Builder::BeginLink(const Link& link) {

@@ -23,6 +23,7 @@ struct Paragraph {
   std::string_view Language = {};
   std::uint16_t Justify = kJustifyLeft;
   bool Tight = false;                // no space below: an item's text in a list without gaps
+  bool Hidden = false;               // from readers
   std::uint16_t Indent = 0;          // twips beyond the levels' own
   std::int32_t FirstLineIndent = 0;  // twips
 };
@@ -72,6 +73,8 @@ class Builder {
   void Text(std::string_view text, FontID font);
   // An empty run: formats that the font lacks end here, formats that it has begin.
   void Mark(FontID font);
+  // A place in the paragraph that links lead to.
+  void Anchor(std::string_view name);
   void BeginLink(const Link& link);
   void EndLink();
   // Closes what is open. False when records could not be written.

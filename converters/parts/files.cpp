@@ -21,14 +21,21 @@ class NewFile {
  public:
   // Among others' files, for the owner alone.
   explicit NewFile(std::string pattern) : Name(std::move(pattern)) { Take(mkstemp(Name.data())); }
-  // Beside the file that it is to replace, with the mode that the process gives its files.
+  // Beside the file that it is to replace, with that one's mode, or the one that the process gives its files.
   explicit NewFile(const char* target) {
+    struct stat old;
+    const bool replaces = stat(target, &old) == 0;
+    const mode_t mode = replaces ? old.st_mode & 0777 : 0666;
     constexpr int kMostTries = 100;
+    // Its own name may be as long as names can be.
+    const std::string folder(target, std::string_view(target).rfind('/') + 1);
     for (int i = 0; i < kMostTries && !Made; ++i) {
-      Name = std::string(target) + "." + std::to_string(getpid()) + "-" + std::to_string(i);
-      Take(open(Name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+      Name = folder + ".quillon-" + std::to_string(getpid()) + "-" + std::to_string(i);
+      Take(open(Name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
       if (!Made && errno != EEXIST) return;
     }
+    // The process may take bits away from a new file's mode.
+    if (Stream && replaces && fchmod(fileno(Stream.get()), mode) != 0) Stream.reset();
   }
   ~NewFile() {
     if (Made) std::remove(Name.c_str());
@@ -91,10 +98,17 @@ ENGSTATUS Import(Conversion& conversion, ENGCONVERTERBUFFER* buffer, bool report
   return ENG_OK;
 }
 
-// Devices, pipes and links are written through: what they stand for is not to be replaced by a plain file.
+// Devices and pipes are written through: they are not to be replaced by a plain file.
 bool IsReplaceable(const char* file) {
   struct stat state;
-  return lstat(file, &state) != 0 || S_ISREG(state.st_mode);
+  if (stat(file, &state) == 0) return S_ISREG(state.st_mode);
+  return lstat(file, &state) != 0;  // a link to nothing makes what it leads to
+}
+
+// What a link leads to is replaced, the link stays.
+std::string Resolved(const char* file) {
+  const std::unique_ptr<char, void (*)(void*)> path(realpath(file, nullptr), std::free);
+  return path ? path.get() : file;
 }
 
 ENGSTATUS ExportThrough(Conversion& conversion, std::FILE* composite, const char* file, std::uint32_t options) {
@@ -105,10 +119,12 @@ ENGSTATUS ExportThrough(Conversion& conversion, std::FILE* composite, const char
 }
 
 ENGSTATUS ExportInPlace(Conversion& conversion, std::FILE* composite, const char* file, std::uint32_t options) {
-  NewFile target(file);
+  const std::string place = Resolved(file);
+  if (access(place.c_str(), F_OK) == 0 && access(place.c_str(), W_OK) != 0) return ENG_ERR_FILE_WRITE;
+  NewFile target(place.c_str());
   if (!target.Get()) return ENG_ERR_FILE_WRITE;
   if (ENGSTATUS status = conversion.Export(composite, target.Get(), file, options)) return status;
-  if (!target.Finish() || std::rename(target.GetName().c_str(), file) != 0) return ENG_ERR_FILE_WRITE;
+  if (!target.Finish() || std::rename(target.GetName().c_str(), place.c_str()) != 0) return ENG_ERR_FILE_WRITE;
   target.Keep();
   return ENG_OK;
 }

@@ -38,7 +38,10 @@ void Inlines::Recompute() {
 }
 
 unsigned Inlines::Open(const FontChange& change) {
-  Elements.push_back({++Numbers, change, Apply(change, Font())});
+  const FontID font = Apply(change, Font());
+  // One that changes nothing has nothing to take back, and there may be any number of them.
+  if (font == Font()) return ++Numbers;
+  Elements.push_back({++Numbers, change, font});
   IsMatched = false;
   return Numbers;
 }
@@ -139,6 +142,11 @@ void Inlines::EndLink() {
   IsLinkOpen = false;
   if (Shown.size() > ShownAtLink) Shown.resize(ShownAtLink);
   IsMatched = false;
+}
+
+void Inlines::Anchor(std::string_view name) {
+  Match(false);
+  Out.Anchor(name);
 }
 
 void Inlines::Picture(std::string_view address, std::string_view title, std::string_view text) {

@@ -46,6 +46,7 @@ class Inlines {
   void EndLink();
   bool InLink() const { return IsLinkOpen; }
   void Picture(std::string_view address, std::string_view title, std::string_view text);
+  void Anchor(std::string_view name);
 
  private:
   struct Element {

@@ -30,8 +30,19 @@ void RecordOutput::Write(std::uint16_t code, const void* record, std::string_vie
     Broken = true;
     return;
   }
-  Buffer.append(bytes, length).append(tail);
-  if ((length + tail.size()) % 2 != 0) Buffer += '\0';
+  Append({bytes, length}, tail);
+}
+
+void RecordOutput::PutBytes(std::uint16_t signature, std::string_view data) {
+  const std::size_t length = 4 + data.size();
+  const char head[] = {static_cast<char>(signature), static_cast<char>(signature >> 8), static_cast<char>(length),
+                       static_cast<char>(length >> 8)};
+  Append({head, sizeof head}, data);
+}
+
+void RecordOutput::Append(std::string_view head, std::string_view tail) {
+  Buffer.append(head).append(tail);
+  if ((head.size() + tail.size()) % 2 != 0) Buffer += '\0';
   if (Out && Buffer.size() >= kBufferSize) {
     if (std::fwrite(Buffer.data(), 1, Buffer.size(), Out) != Buffer.size()) Broken = true;
     Buffer.clear();

@@ -29,6 +29,7 @@ enum Signature : std::uint16_t {
   kSigV4Hotspot = 0xFFAD,
   kSigHide = 0xFFBB,
   kSigTextStyle = 0xFFC3,
+  kSigAnchor = 0xFFCB,
 };
 
 enum HotspotKind : std::uint16_t { kHotspotAttachment = 4, kHotspotLink = 11 };
@@ -45,6 +46,8 @@ inline constexpr std::uint16_t kHideFlagsUnlinked = 0x0100;
 inline constexpr std::uint16_t kBulletStyle = 0x0400;
 inline constexpr std::uint16_t kNumberStyle = 0x1000;
 inline constexpr std::uint16_t kHideFlags = 0xE270;
+inline constexpr std::uint16_t kHideFormula = 0x0800;
+inline constexpr std::uint16_t kHideReading = 0x2010;  // in a document and in its preview
 enum Justify : std::uint16_t { kJustifyLeft, kJustifyRight, kJustifyFull, kJustifyCenter };
 
 // Style name
@@ -80,6 +83,8 @@ class RecordOutput {
     }
     Write(code, &record, tail);
   }
+  // A record of no structure, in word form.
+  void PutBytes(std::uint16_t signature, std::string_view data);
   // What is buffered, written out. False when anything could not be written.
   bool Finish();
   const std::string& Bytes() const { return Buffer; }
@@ -87,6 +92,7 @@ class RecordOutput {
 
  private:
   void Write(std::uint16_t code, const void* record, std::string_view tail);
+  void Append(std::string_view head, std::string_view tail);
 
   std::FILE* Out;
   std::string Buffer;

@@ -31,6 +31,11 @@ constexpr std::array<const char*, static_cast<std::size_t>(Loss::kCount)> kWords
     "empty paragraphs left out",
     "alignments and indentations left out",
     "formats left out",
+    "properties of styles left out",
+    "names of places left out",
+    "widths and places of tables left out",
+    "widths of columns left out",
+    "links around tables end with them",
 };
 
 constexpr std::size_t kLongestDetail = 60;

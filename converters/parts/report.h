@@ -35,6 +35,11 @@ enum class Loss {
   kEmptyParagraph,  // an empty paragraph
   kAlignment,       // an alignment, or an indentation
   kAttribute,       // formatting that needs HTML in a Markdown text
+  kStyle,           // a property of a style that nothing stands for
+  kAnchor,          // a name of a place where no text stands
+  kTableLayout,     // a table's own width, place and spacing
+  kColumnWidth,     // columns that are not equally wide
+  kCutLink,         // what stood in a link behind a table
   kCount
 };
 

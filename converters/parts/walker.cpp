@@ -4,6 +4,7 @@
 #include <map>
 #include <utility>
 
+#include "converters/parts/utf8.h"
 #include "engine/status.h"
 
 namespace conv {
@@ -13,6 +14,17 @@ namespace {
 constexpr int kIndent = 360;
 // Looked up once: each text has one.
 const std::uint32_t kTextHeader = EngOdsLength(ODS_CDTEXT);
+
+// Others may put something else into a place's record.
+bool IsName(std::string_view text) {
+  if (text.empty()) return false;
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t size = Utf8Length(text.substr(i));
+    if (size == 0 || static_cast<unsigned char>(text[i]) <= ' ') return false;
+    i += size;
+  }
+  return true;
+}
 
 }  // namespace
 
@@ -103,6 +115,8 @@ void Walker::Handle(const Record& record) {
       return BeginCell(record);
     case kSigTableEnd:
       return EndTable();
+    case kSigAnchor:
+      return HandleAnchor(record);
     case kSigDefinition:
     case kSigStyleName:
     case kSigHide:
@@ -135,7 +149,7 @@ BlockInfo Walker::InfoOf(const Style& style) const {
   info.Language = style.Name.Language;
   const CDPABDEFINITION& definition = style.Definition;
   info.Justify = definition.JustifyMode;
-  info.Hidden = (definition.Flags & kHideFlags) != 0 || (definition.Flags2 & 1) != 0;
+  info.Hidden = (definition.Flags & kHideReading & kHideFlags) != 0 || (definition.Flags2 & 1) != 0;
   const bool inItem = Levels.size() > LevelFloor && Levels.back().Kind != LevelKind::kQuote;
   info.Tight = inItem && definition.SpacingBelow == 0 && definition.SpacingAbove == 0;
   const int levels = static_cast<int>(Levels.size() - LevelFloor);
@@ -154,7 +168,9 @@ void Walker::BeginParagraph() {
   EnterLevels(LevelsOf(style), style.Definition.LeftMargin);
   Current = InfoOf(style);
   if (Current.Kind == Block::kRule) Current.Kind = Block::kText;  // somebody wrote in it
-  if (Current.Hidden) Losses.Add(Loss::kHidden);
+  // From others than readers, or as a formula tells.
+  constexpr unsigned kOtherHiding = (kHideFlags & ~kHideReading) | kHideFormula;
+  if (!Current.Hidden && (style.Definition.Flags & kOtherHiding) != 0) Losses.Add(Loss::kHidden);
   const CDPABDEFINITION& definition = style.Definition;
   if (definition.TabCount > 0) Losses.Add(Loss::kTabs);
   const bool ownSpace = Levels.size() == LevelFloor && definition.SpacingBelow != 0;
@@ -325,6 +341,18 @@ void Walker::EmitText(std::string_view text) {
   if (!text.empty()) Out.Text(text);
 }
 
+void Walker::HandleAnchor(const Record& record) {
+  if (IsMisplaced()) return;
+  std::string_view name = record.Tail(4);
+  name = name.substr(0, name.find('\0'));
+  if (!IsName(name) || InPicture) return Losses.Add(Loss::kAnchor, 0, name);
+  HasParagraph = true;
+  SettleLink();
+  if (!IsParagraphOpen) BeginParagraph();
+  TellFormats();
+  Out.Anchor(name);
+}
+
 void Walker::FindWanted(FontID font) {
   constexpr std::pair<FontID, FormatKind> kBits[] = {
       {kItalic, FormatKind::kEmphasis},         {kBold, FormatKind::kStrong},
@@ -383,9 +411,25 @@ void Walker::BeginHotspot(const Record& record) {
   const bool file = outermost && begin.Type == kHotspotAttachment;
   if (link) BeginLink(data.substr(0, begin.DataLength), begin.Flags);
   // The data of an attachment's begins with its name.
-  if (file) BeginLink(data.substr(0, std::min<std::size_t>(begin.DataLength, data.find('\0'))), 0);
+  if (file) BeginLink(AddressOf(data.substr(0, std::min<std::size_t>(begin.DataLength, data.find('\0')))), 0);
   if (!link && !file) Losses.Add(Loss::kObject);
   Hotspots.push_back(link || file ? kHotspotLink : static_cast<HotspotKind>(0));
+}
+
+// In an address some characters of a file's name would mean something else.
+std::string_view Walker::AddressOf(std::string_view name) {
+  if (name.find_first_of("%?#:\\") == std::string_view::npos) return name;
+  std::string& address = Addresses.emplace_back();
+  for (char c : name) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    const auto byte = static_cast<unsigned char>(c);
+    if (std::string_view("%?#:\\").find(c) == std::string_view::npos) {
+      address += c;
+    } else {
+      address.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
+    }
+  }
+  return address;
 }
 
 void Walker::BeginLink(std::string_view data, std::uint32_t flags) {

@@ -2,6 +2,7 @@
 #ifndef QUILLON_CONVERTERS_PARTS_WALKER_H
 #define QUILLON_CONVERTERS_PARTS_WALKER_H
 
+#include <deque>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -32,8 +33,10 @@ struct BlockInfo {
   unsigned Columns = 0;     // of a table
   bool HasBorder = false;   // a table: its first cell has the usual border
   bool HasSpans = false;    // a table: one of its cells spans rows
+  bool HasWidths = false;   // a table: its columns are not equally wide
   bool Simple = false;      // a table: a row of headings and rows of plain cells, without spans or colours
   const CDTABLECELL* Cell = nullptr;
+  const std::vector<unsigned>* Widths = nullptr;  // of a table's columns, in twips
 };
 
 enum class FormatKind : std::uint8_t {
@@ -69,6 +72,8 @@ class Sink {
   virtual void Text(std::string_view text) = 0;
   virtual void LineBreak() = 0;
   virtual void Picture(std::string_view address, std::string_view title, std::string_view text) = 0;
+  // A place that links lead to.
+  virtual void Anchor(std::string_view name) = 0;
   // The font of text that has no format of its own.
   virtual void SetBase(FontID font) = 0;
 };
@@ -104,6 +109,7 @@ class Walker {
     bool IsHeading = false;
     bool IsColored = false;
     std::uint16_t Reference = 0;  // of its first paragraph
+    unsigned Width = 0;           // twips
   };
   struct TableState {
     bool IsOpen = false;
@@ -114,6 +120,7 @@ class Walker {
     BlockInfo Info;
     CDTABLECELL Record{};
     std::vector<CellState> Cells;
+    std::vector<unsigned> Widths;
     std::size_t Next = 0;
   };
 
@@ -141,6 +148,7 @@ class Walker {
   void HandleText(const Record& record);
   void ShowText(FontID font, std::string_view text);
   void EmitText(std::string_view text);
+  void HandleAnchor(const Record& record);
   void MatchFormats(FontID font);
   void FindWanted(FontID font);
   // Opens at the sink what is open: a format that nothing stands in is never told.
@@ -148,6 +156,7 @@ class Walker {
   void CloseFormats(std::size_t keep);
   // Hotspots
   void BeginHotspot(const Record& record);
+  std::string_view AddressOf(std::string_view name);
   void BeginLink(std::string_view data, std::uint32_t flags);
   void EndHotspot();
   void SettleLink();
@@ -157,6 +166,7 @@ class Walker {
   void BeginTable(const Record& record);
   void LookThroughTable();
   void FindCovered();
+  void FindWidths();
   void BeginCell(const Record& record);
   BlockInfo CellInfo() const;
   void EndCell();
@@ -189,6 +199,7 @@ class Walker {
   std::size_t LinkPlace = 0;  // one behind the open link among the formats; 0 without one
   bool IsLinkEnding = false;  // unless it is continued
   std::vector<HotspotKind> Hotspots;
+  std::deque<std::string> Addresses;  // of files, where they are not their names
   bool InPicture = false;
   std::string PictureText;
   std::string_view PictureAddress;

@@ -52,6 +52,7 @@ void Walker::LookThroughTable() {
     if (signature == kSigTableCell && nested == 0) {
       const auto cell = record.Read<CDTABLECELL>(ODS_CDTABLECELL);
       Table.Cells.push_back({.Row = cell.Row, .Column = cell.Column});
+      if (cell.RightMargin > cell.LeftMargin) Table.Cells.back().Width = cell.RightMargin - cell.LeftMargin;
       Table.Cells.back().RowSpan = std::max<unsigned>(cell.RowSpan, 1);
       Table.Cells.back().ColumnSpan = std::max<unsigned>(cell.ColumnSpan, 1);
       if (Table.Cells.size() == 1)
@@ -71,7 +72,7 @@ void Walker::LookThroughTable() {
       brk = inParagraph = false;
     }
     const bool text = signature == kSigText && record.Length > EngOdsLength(ODS_CDTEXT);
-    const bool object = signature == kSigHotspot || signature == kSigV4Hotspot;
+    const bool object = signature == kSigHotspot || signature == kSigV4Hotspot || signature == kSigAnchor;
     if (signature == kSigText || object) {
       if (!inParagraph && cell.Reference == 0) cell.Reference = reference;
       inParagraph = true;
@@ -91,10 +92,25 @@ void Walker::LookThroughTable() {
   }
   Table.Info.Columns = columns;
   FindCovered();
+  FindWidths();
   Table.Info.Simple = Table.Info.Simple && std::ranges::all_of(Table.Cells, [&](const CellState& cell) {
                         return !cell.IsBlock && cell.RowSpan == 1 && cell.ColumnSpan == 1 && !cell.IsColored &&
                                cell.IsHeading == (cell.Row == Table.Cells.front().Row);
                       });
+}
+
+// Of each column as the first cell in it that is not wider tells; a table wide on the whole counts as of equal columns.
+void Walker::FindWidths() {
+  Table.Widths.assign(Table.Info.Columns, 0);
+  for (const CellState& cell : Table.Cells) {
+    unsigned& width = Table.Widths[cell.Column];
+    if (width == 0 && cell.ColumnSpan == 1) width = cell.Width;
+  }
+  if (Table.Widths.empty()) return;
+  const auto [least, most] = std::ranges::minmax(Table.Widths);
+  constexpr unsigned kEqual = 100;  // one part of so many
+  Table.Info.HasWidths = least > 0 && most - least > most / kEqual + 1;
+  Table.Info.Widths = &Table.Widths;
 }
 
 // A cell covers others as far as they are there and hold nothing.
@@ -116,6 +132,11 @@ void Walker::FindCovered() {
   };
   for (CellState& cell : Table.Cells) {
     if (cell.IsCovered || cell.RowSpan * cell.ColumnSpan == 1) continue;
+    // One that stands where another one does has no room of its own.
+    if (grid[std::size_t{cell.Row} * columns + cell.Column] != static_cast<std::size_t>(&cell - Table.Cells.data())) {
+      cell.RowSpan = cell.ColumnSpan = 1;
+      continue;
+    }
     cell.ColumnSpan = std::min(cell.ColumnSpan, columns - cell.Column);
     cell.RowSpan = std::min(cell.RowSpan, rows - cell.Row);
     unsigned wide = 1;

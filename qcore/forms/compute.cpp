@@ -59,6 +59,7 @@ class FormSource final : public formula::SlateSource {
   }
 
   ENGSTATUS Assign(std::string_view name, formula::Bytes value) override {
+    if (!IsItemName(name)) return ENG_ERR_ITEM_NAME;
     pending_.push_back({std::string(name), {value.begin(), value.end()}});
     return ENG_OK;
   }

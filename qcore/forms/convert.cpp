@@ -101,7 +101,7 @@ ENGSTATUS FromTexts(const Texts& texts, Value* value) {
 // One run; its line breaks are zero bytes already.
 ENGSTATUS FromTextsToRun(const Texts& texts, Value* value) {
   std::string run;
-  for (const std::string& text : texts) run.append(run.empty() ? "" : ";").append(text);
+  for (std::size_t i = 0; i < texts.size(); ++i) run.append(i == 0 ? "" : ";").append(texts[i]);
   if (run.size() > kLargestText) return ENG_ERR_FORMULA_RESULT;
   PutWord(value, kComposite);
   PutWord(value, kSigText);

@@ -246,6 +246,7 @@ Value Mark(Machine& machine, Arguments arguments) {
   std::string mark = {static_cast<char>(ENG_SPECIAL_MARK), kLetter};
   for (const Value& argument : arguments) {
     if (!argument.is_text()) return TypeError();
+    machine.Charge(FirstText(argument).size() / 16);
     for (const char c : FirstText(argument)) {
       if (c != ENG_SPECIAL_MARK && c != ENG_SPECIAL_ARGUMENT_END) mark += c;
     }

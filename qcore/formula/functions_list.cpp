@@ -203,7 +203,7 @@ Value Keywords(Machine& machine, Arguments arguments) {
     bool present = false;
     for (std::uint32_t j = 0; j < list.count && !present; ++j) {
       const std::string_view text = list.texts()[j].view();
-      machine.Charge(1 + text.size() / 16 + std::uint64_t{text.size()} * word.size() / 4096);
+      machine.Charge(1 + (text.size() + word.size()) / 16 + std::uint64_t{text.size()} * word.size() / 4096);
       present = !word.empty() && text::Find(Chars(text), Chars(word), ENG_COMPARE_IGNORE_CASE).has_value();
     }
     if (present) found.Add(words.texts()[i]);

@@ -9,7 +9,11 @@ namespace qcore::formula {
 
 namespace {
 
+// The settings are asked, and the groups may be many.
+constexpr std::uint64_t kStepsOfUser = 100;
+
 std::string CurrentUser(Machine& machine) {
+  machine.Charge(kStepsOfUser);
   const auto names = machine.source().UserNames();
   if (!names.empty()) return names.front();
   const std::string platform = settings::UserName();
@@ -23,6 +27,7 @@ bool IsRole(std::string_view name) { return name.starts_with('[') && name.ends_w
 // The user and the groups, or the roles.
 Value NamesOf(Machine& machine, bool roles) {
   TextList list(machine);
+  machine.Charge(kStepsOfUser);
   const auto names = machine.source().UserNames();
   if (names.empty() && !roles) return machine.Text(CurrentUser(machine));
   for (const std::string& name : names) {

@@ -233,10 +233,15 @@ Value Ends(Machine& machine, Arguments arguments) {
   return AnyText(machine, arguments, [](std::string_view text, std::string_view part) { return text.ends_with(part); });
 }
 
+// Pattern and text are taken apart first.
+std::uint64_t StepsToMatch(std::string_view text, std::string_view pattern) {
+  return 1 + (text.size() + pattern.size()) / 4 + std::uint64_t{text.size()} * pattern.size() / 16;
+}
+
 Value Matches(Machine& machine, Arguments arguments) {
   if (HasLongText(arguments[1])) return RangeError();
   return AnyText(machine, arguments, [&](std::string_view text, std::string_view pattern) {
-    machine.Charge(std::uint64_t{text.size()} * pattern.size() / 16);
+    machine.Charge(StepsToMatch(text, pattern));
     return MatchesPattern(text, pattern);
   });
 }
@@ -247,7 +252,7 @@ Value Like(Machine& machine, Arguments arguments) {
   if (arguments.size() > 2 && !arguments[2].is_text()) return TypeError();
   if (arguments.size() > 2) escape = FirstText(arguments[2]);
   return AnyText(machine, arguments.first(2), [&](std::string_view text, std::string_view pattern) {
-    machine.Charge(std::uint64_t{text.size()} * pattern.size() / 16);
+    machine.Charge(StepsToMatch(text, pattern));
     return IsLike(text, pattern, escape);
   });
 }

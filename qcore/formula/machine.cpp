@@ -221,6 +221,7 @@ Value Machine::Assign(std::uint32_t slot, std::string_view name, const Value& va
     const ENGSTATUS status = Encode(value, &bytes);
     if (status != ENG_OK) return Value::Error(status);
   }
+  ChargeText(bytes.size());
   ItemValue present;
   const bool found = source_->FindItem(Source::kNoIndex, name, &present);
   const bool same = bytes.empty() ? !found
@@ -228,6 +229,7 @@ Value Machine::Assign(std::uint32_t slot, std::string_view name, const Value& va
                                         std::ranges::equal(present.data, std::span(bytes).subspan(2));
   if (!same) {
     modified_ = true;
+    arena_.Spend(bytes.size());  // the source may keep it
     const ENGSTATUS status = source_->Assign(name, bytes);
     if (status != ENG_OK) return Value::Error(status);
   }

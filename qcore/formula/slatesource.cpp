@@ -1,6 +1,7 @@
 #include "qcore/formula/slatesource.h"
 
 #include <cstdio>
+#include <utility>
 
 #include "qcore/store/info.h"
 #include "qcore/store/names.h"
@@ -91,12 +92,11 @@ const DatabaseFacts* SlateSource::Database() {
 
 ENGSTATUS SlateSource::Assign(std::string_view name, Bytes value) {
   if (assignments_ == Assignments::kDropped) return ENG_OK;
+  if (!IsItemName(name)) return ENG_ERR_ITEM_NAME;
   for (Assigned& assigned : assigned_) {
     if (!SameName(assigned.name, name)) continue;
     // Values that point into the former one are still in use.
-    Assigned next{assigned.name, {value.begin(), value.end()}};
-    assigned.name.clear();
-    assigned_.push_back(std::move(next));
+    replaced_.push_back(std::exchange(assigned.value, {value.begin(), value.end()}));
     return ENG_OK;
   }
   assigned_.push_back({std::string(name), {value.begin(), value.end()}});
@@ -105,7 +105,6 @@ ENGSTATUS SlateSource::Assign(std::string_view name, Bytes value) {
 
 ENGSTATUS SlateSource::Apply() {
   for (const Assigned& assigned : assigned_) {
-    if (assigned.name.empty()) continue;
     Slate::Slot slot = 0;
     const bool present = slate_.FindItem(assigned.name, &slot) == ENG_OK;
     const std::uint16_t flags = present ? slate_.FlagsOf(slot) : std::uint16_t{ENG_ITEM_SUMMARY};

@@ -58,6 +58,7 @@ class SlateSource : public Source {
   Ancestors* ancestors_ = nullptr;
   LateLookups* lookups_ = nullptr;
   std::vector<Assigned> assigned_;
+  std::vector<std::vector<std::uint8_t>> replaced_;
   std::optional<DocumentFacts> document_;
   std::optional<DatabaseFacts> database_;
 };

@@ -183,6 +183,11 @@ class Arena {
     if (!text.empty()) std::memcpy(copy, text.data(), text.size());
     return copy;
   }
+  // Room that is taken elsewhere counts too.
+  void Spend(std::size_t size) {
+    if (size > limit_ || used_ > limit_ - size) throw LimitReached{ENG_ERR_FORMULA_MEMORY};
+    used_ += size;
+  }
   void Reset() {
     used_ = 0;
     if (blocks_.size() > 1) blocks_.erase(blocks_.begin(), blocks_.end() - 1);

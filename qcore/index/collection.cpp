@@ -24,6 +24,12 @@ bool IsHitCode(std::uint16_t code) {
          code == ENG_GO_NEXT_UNREAD_HIT || code == ENG_GO_PREV_UNREAD_HIT;
 }
 
+// A read goes over rows or over hits, with no step from one to the other.
+bool MixesHitsAndRows(std::uint16_t skip, std::uint16_t navigation) {
+  const auto moves = [](std::uint16_t code) { return (code & ENG_GO_MASK) != ENG_GO_CURRENT; };
+  return moves(skip) && moves(navigation) && IsHitCode(skip) != IsHitCode(navigation);
+}
+
 }  // namespace
 
 Collection::Collection(std::shared_ptr<Database> design, std::shared_ptr<Database> entries, std::uint32_t view,
@@ -79,7 +85,8 @@ ENGSTATUS Collection::SetCollation(std::uint16_t number) {
 }
 
 ENGSTATUS Collection::Read(const ReadRequest& request, COLLECTIONPOSITION* position, ReadResult* result) {
-  if (!Walk::IsCode(request.skip) || !Walk::IsCode(request.navigation) || (request.mask & ~kMasks) != 0) {
+  if (!Walk::IsCode(request.skip) || !Walk::IsCode(request.navigation) || (request.mask & ~kMasks) != 0 ||
+      MixesHitsAndRows(request.skip, request.navigation)) {
     return ENG_ERR_ARGUMENT;
   }
   if (position->Level >= ENG_COLLECTION_LEVELS) return ENG_ERR_ARGUMENT;
@@ -209,7 +216,8 @@ ENGSTATUS Collection::ReadHits(IndexTree& tree, const ReadRequest& request, COLL
       break;
     }
     const std::uint16_t code = request.navigation & ENG_GO_MASK;
-    if (result->returned == request.count || code == ENG_GO_CURRENT_HIT || GoHits(tree, code, 1, &hit) == 0) break;
+    const bool stays = code == ENG_GO_CURRENT_HIT || code == ENG_GO_CURRENT;
+    if (result->returned == request.count || stays || GoHits(tree, code, 1, &hit) == 0) break;
   }
   result->rows = buffer.Take();
   return result->returned != 0 ? ENG_OK : ENG_ERR_NO_ENTRY;

@@ -9,10 +9,6 @@ namespace qcore::index {
 namespace {
 
 constexpr std::uint8_t kForm = 1;
-constexpr std::uint32_t kIdStep = 4;
-
-std::uint16_t PlaceOf(std::uint32_t id) { return static_cast<std::uint16_t>(id / kIdStep % Directory::kPartIds); }
-
 }  // namespace
 
 Directory::Part& Directory::PartOf(std::uint32_t id) {
@@ -63,16 +59,6 @@ void Directory::Went(std::uint32_t id, PageNumber leaf) {
   if (at == part.further.end() || at->place != place) return;
   part.first[place] = at->leaf;
   part.further.erase(at);
-}
-
-std::vector<PageNumber> Directory::LeavesOf(std::uint32_t id) {
-  Part& part = PartOf(id);
-  const std::uint16_t place = PlaceOf(id);
-  if (part.first[place] == 0) return {};
-  std::vector<PageNumber> leaves{part.first[place]};
-  auto at = std::lower_bound(part.further.begin(), part.further.end(), Further{place, 0});
-  for (; at != part.further.end() && at->place == place; ++at) leaves.push_back(at->leaf);
-  return leaves;
 }
 
 std::vector<std::uint32_t> Directory::Ids(std::uint32_t highest) {

@@ -6,6 +6,7 @@
 #ifndef QUILLON_QCORE_INDEX_DIRECTORY_H
 #define QUILLON_QCORE_INDEX_DIRECTORY_H
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -21,7 +22,15 @@ class Directory final : public LeafWatcher {
   void SetReader(PartReader reader) { reader_ = std::move(reader); }
   void Came(std::uint32_t id, PageNumber leaf) override;
   void Went(std::uint32_t id, PageNumber leaf) override;
-  std::vector<PageNumber> LeavesOf(std::uint32_t id);
+  template <typename Visit>
+  void ForEachLeafOf(std::uint32_t id, const Visit& visit) {
+    const Part& part = PartOf(id);
+    const std::uint16_t place = PlaceOf(id);
+    if (part.first[place] == 0) return;
+    visit(part.first[place]);
+    auto at = std::lower_bound(part.further.begin(), part.further.end(), Further{place, 0});
+    for (; at != part.further.end() && at->place == place; ++at) visit(at->leaf);
+  }
   bool Has(std::uint32_t id) { return LeafOf(id) != 0; }
   // The documents that have rows, in ascending order.
   std::vector<std::uint32_t> Ids(std::uint32_t highest);
@@ -34,6 +43,8 @@ class Directory final : public LeafWatcher {
   static constexpr std::uint32_t kPartIds = 2048;
 
  private:
+  static constexpr std::uint32_t kIdStep = 4;
+  static std::uint16_t PlaceOf(std::uint32_t id) { return static_cast<std::uint16_t>(id / kIdStep % kPartIds); }
   struct Further {
     std::uint16_t place;
     PageNumber leaf;

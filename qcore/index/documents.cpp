@@ -375,7 +375,7 @@ ENGSTATUS DocumentReader::Read(std::uint32_t id, Document* document) {
     document->id = id;
     return ENG_OK;
   }
-  StoredRow row;
+  StoredRow row = std::move(room_);  // formulas may ask for other documents
   {
     const std::lock_guard lock(database_->mutex());
     const ENGSTATUS status = database_->store().ReadSlate(id, [&row](const SlateHeader& header, Bytes packed) {
@@ -390,7 +390,9 @@ ENGSTATUS DocumentReader::Read(std::uint32_t id, Document* document) {
     }
     if (status != ENG_OK) return status;
   }
-  return Evaluate(row, document);
+  const ENGSTATUS status = Evaluate(row, document);
+  room_ = std::move(row);
+  return status;
 }
 
 ENGSTATUS DocumentReader::ReadAll(const Visitor& visit) {

@@ -104,6 +104,7 @@ class DocumentReader {
   const Design& design_;
   const ValueLayout& layout_;
   RowReader rows_;
+  StoredRow room_;                     // for the next one that is read
   std::vector<std::uint32_t> places_;  // in rows_, by value number
   std::optional<std::vector<std::uint32_t>> members_;
   NamesList user_names_ = CurrentNames();

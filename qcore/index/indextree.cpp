@@ -62,22 +62,28 @@ std::string IndexTree::KeyInStored(PageNumber leaf) {
 }
 
 std::vector<PlannedRow> IndexTree::RowsOf(std::uint32_t id) {
-  std::vector<Row> found;
-  for (const PageNumber leaf : directory_.LeavesOf(id)) {
-    if (!tree_.RowsInLeaf(leaf, id, &found)) tree_.RowsIn(KeyInStored(leaf), id, &found);
-  }
   std::vector<PlannedRow> rows;
-  for (Row& row : found) {
+  RowsOf(id, &rows);
+  return rows;
+}
+
+void IndexTree::RowsOf(std::uint32_t id, std::vector<PlannedRow>* rows) {
+  rows->clear();
+  found_.clear();
+  directory_.ForEachLeafOf(id, [&](PageNumber leaf) {
+    if (!tree_.RowsInLeaf(leaf, id, &found_)) tree_.RowsIn(KeyInStored(leaf), id, &found_);
+  });
+  for (Row& row : found_) {
     PlannedRow planned;
     if (row.indent != 0 && row.level == kDeepestLevel) {
       const auto parent = tree_.PrevAtMost(tree_.RankOf(row.key), kDeepestLevel - 1);
       if (parent) planned.parent_end = static_cast<std::uint32_t>(tree_.At(*parent).key().size());
     }
     planned.row = std::move(row);
-    rows.push_back(std::move(planned));
+    rows->push_back(std::move(planned));
   }
-  std::ranges::sort(rows, {}, [](const PlannedRow& row) -> const std::string& { return row.row.key; });
-  return rows;
+  if (rows->size() < 2) return;
+  std::ranges::sort(*rows, {}, [](const PlannedRow& row) -> const std::string& { return row.row.key; });
 }
 
 namespace {
@@ -92,12 +98,16 @@ std::uint64_t NewStamp() {
 void IndexTree::Note(RowEvent kind, const Row& row) {
   ++unkept_;
   if (kind != RowEvent::kChanged) stamp_ = NewStamp();
+  changed_ = true;
+  if (!watched) return;
   changes_.push_back({kind, row.kind, row.indent, row.kind == RowKind::kDocument ? IdInKey(row.key) : 0, row.key});
 }
 
-void IndexTree::Insert(const PlannedRow& planned) {
+void IndexTree::Insert(const PlannedRow& planned, const PlannedRow* former) {
   for (std::size_t step = planned.categories.size(); step-- > 0;) {
     const std::string_view key = std::string_view(planned.row.key).substr(0, planned.categories[step].end);
+    // Empty categories stay until the batch is done, and no sort key is the beginning of another.
+    if (former && former->row.level > step && former->row.key.starts_with(key)) break;
     if (tree_.Has(key)) break;  // and so are those above it
     const Row category = RowPlanner::CategoryRow(planned, step);
     tree_.Insert(category);
@@ -117,6 +127,21 @@ void IndexTree::Erase(const PlannedRow& planned) {
   if (!tree_.Erase(planned.row.key, &category)) return;
   Note(RowEvent::kRemoved, planned.row);
   if (!category.empty()) maybe_empty_.push_back(std::move(category));
+}
+
+void IndexTree::TakeOut(const std::vector<PlannedRow>& old_rows, std::vector<PlannedRow>* rows) {
+  auto now = rows->begin();
+  for (const PlannedRow& old : old_rows) {
+    while (now != rows->end() && now->row.key < old.row.key) ++now;
+    const bool stays = now != rows->end() && now->row.key == old.row.key && now->row.level == old.row.level;
+    if (!stays) {
+      Erase(old);
+    } else {
+      if (now->row.value != old.row.value) SetValue(now->row);
+      now->row.key.clear();
+      ++now;
+    }
+  }
 }
 
 std::optional<Row> IndexTree::WinnerOf(std::string_view key) {
@@ -169,8 +194,6 @@ void IndexTree::Settle() {
   Note(wants_total ? RowEvent::kInserted : RowEvent::kRemoved, total);
 }
 
-std::vector<RowChange> IndexTree::TakeChanges() { return std::exchange(changes_, {}); }
-
 void IndexTree::Drop() {
   sound_ = false;
   stamp_ = NewStamp();
@@ -184,6 +207,7 @@ void IndexTree::Drop() {
   restricted = false;
   maybe_empty_.clear();
   changes_.clear();
+  changed_ = false;
   unkept_ = 0;
 }
 

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "qcore/index/directory.h"
@@ -63,11 +64,16 @@ class IndexTree {
 
   // All may throw IndexFault.
   std::vector<PlannedRow> RowsOf(std::uint32_t id);
+  void RowsOf(std::uint32_t id, std::vector<PlannedRow>* rows);
   bool Has(std::uint32_t id) { return directory_.Has(id); }
   std::vector<std::uint32_t> Documents(std::uint32_t highest) { return directory_.Ids(highest); }
-  void Insert(const PlannedRow& row);
+  // `former`, or null: a row of the document that goes in the same batch; the categories that it was below are there.
+  void Insert(const PlannedRow& row, const PlannedRow* former);
   void SetValue(const Row& row);
   void Erase(const PlannedRow& row);
+  // Erases those of a document's old rows that are not among its rows. Of those that stay nothing is left to insert:
+  // their keys are empty then. Both in key order.
+  void TakeOut(const std::vector<PlannedRow>& old_rows, std::vector<PlannedRow>* rows);
   // Where keys are unique: the row of a key without its slate ID, and the mark that others were left out for it.
   std::optional<Row> WinnerOf(std::string_view key);
   void MarkContested(const std::string& key);
@@ -87,13 +93,21 @@ class IndexTree {
   bool sound() const { return sound_; }
   void Drop();
 
-  // What Insert, SetValue and Erase did since the last call.
-  std::vector<RowChange> TakeChanges();
+  // Whether Insert, SetValue and Erase have done anything since the last call; and what, while it is watched.
+  bool TakeChanged() { return std::exchange(changed_, false); }
+  std::vector<RowChange> TakeChanges() { return std::exchange(changes_, {}); }
+  bool watched = false;
   std::size_t Memory() const { return tree_.Memory() + directory_.Memory(); }
 
  private:
   class Builder;
   class Updater;
+  // A document that is brought in by itself.
+  struct Single {
+    Document document;
+    std::vector<PlannedRow> old_rows;
+    std::vector<PlannedRow> rows;
+  };
 
   std::uint64_t PageKey(std::uint32_t page) const;
   std::uint64_t PageKeyOf(std::uint32_t copy, std::uint32_t page) const;
@@ -101,6 +115,7 @@ class IndexTree {
   std::vector<std::uint8_t> ReadStored(std::uint32_t page);
   [[nodiscard]] ENGSTATUS ReadStoredLocked(std::uint32_t page, std::vector<std::uint8_t>* bytes);
   std::string KeyInStored(PageNumber leaf);
+  [[nodiscard]] ENGSTATUS UpdateSingle(DocumentReader& reader, std::uint32_t id);
   [[nodiscard]] ENGSTATUS WriteChanged(const Identity& identity, std::uint64_t generation);
   void Note(RowEvent kind, const Row& row);
 
@@ -118,7 +133,10 @@ class IndexTree {
   bool sound_ = false;
   std::uint64_t stamp_ = 0;
   std::size_t unkept_ = 0;  // changes since the last keeping
+  bool changed_ = false;
   std::vector<RowChange> changes_;
+  Single single_;           // keeps its room, as the next one
+  std::vector<Row> found_;  // by RowsOf
 };
 
 // Called from builds; see EngCollectionSetProgress.

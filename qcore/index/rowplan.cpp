@@ -67,6 +67,11 @@ void RowPlanner::AddCategory(Bytes value, std::size_t column, Draft* draft) cons
                                  static_cast<std::uint16_t>(sorted.value), static_cast<std::uint8_t>(segment)});
   };
   const auto text = TextOf(value);
+  if (text && !text->empty() && text->find('\\') == std::string_view::npos) {
+    draft->key.push_back(kMarkCategory);
+    AppendTextKey(*text, sorted.column.options, &draft->key);
+    return step(0);
+  }
   std::vector<std::string_view> segments;
   if (text) segments = SegmentsOf(*text);
   // Each category column that follows needs a level of its own.
@@ -91,30 +96,34 @@ void RowPlanner::AddCategory(Bytes value, std::size_t column, Draft* draft) cons
   }
 }
 
-void RowPlanner::Finish(const Document& document, const Draft& draft, std::vector<PlannedRow>* rows) const {
-  PlannedRow planned;
-  planned.row.key.reserve(draft.key.size() + 1 + kIdSize);
-  planned.row.key = draft.key;
+void RowPlanner::Finish(const Document& document, bool last, Draft* draft, std::vector<PlannedRow>* rows) const {
+  PlannedRow& planned = rows->emplace_back();
+  planned.row.level = static_cast<std::uint8_t>(draft->categories.size());
+  if (last) {
+    planned.row.key = std::move(draft->key);
+    planned.categories = std::move(draft->categories);
+  } else {
+    planned.row.key.reserve(draft->key.size() + 1 + kIdSize);
+    planned.row.key = draft->key;
+    planned.categories = draft->categories;
+  }
   if (categories_ == sorted_.size()) planned.row.key.push_back(kMarkDocument);
   AppendId(document.id, &planned.row.key);
-  planned.row.level = static_cast<std::uint8_t>(draft.categories.size());
   std::size_t size = 0;
   for (std::size_t value = 0; value < summary_size_; ++value) size += document.values[value].size() + 2;
   planned.row.value.reserve(size);
   for (std::size_t value = 0; value < summary_size_; ++value) {
     const Value* single = &document.values[value];
-    for (const auto& [number, chosen] : draft.chosen) {
+    for (const auto& [number, chosen] : draft->chosen) {
       if (number == value) single = chosen;
     }
     AppendRowValue(*single, &planned.row.value);
   }
-  planned.categories = draft.categories;
-  rows->push_back(std::move(planned));
 }
 
-void RowPlanner::Expand(const Document& document, std::size_t column, Draft* draft,
+void RowPlanner::Expand(const Document& document, std::size_t column, bool last, Draft* draft,
                         std::vector<PlannedRow>* rows) const {
-  if (column == sorted_.size()) return Finish(document, *draft, rows);
+  if (column == sorted_.size()) return Finish(document, last, draft, rows);
   const Sorted& sorted = sorted_[column];
   const Value& whole = document.values[sorted.value];
   std::vector<Value> list;
@@ -132,7 +141,9 @@ void RowPlanner::Expand(const Document& document, std::size_t column, Draft* dra
       AppendValueKey(entry, sorted.column.options, &draft->key);
     }
     if (lists) draft->chosen.emplace_back(sorted.value, &entry);
-    Expand(document, column + 1, draft, rows);
+    const bool at_last = last && &entry == &entries.back();
+    Expand(document, column + 1, at_last, draft, rows);
+    if (at_last) return;
     if (lists) draft->chosen.pop_back();
     draft->key.resize(size);
     draft->categories.resize(steps);
@@ -144,7 +155,7 @@ void RowPlanner::Plan(const Document& document, std::vector<PlannedRow>* rows) c
   rows->clear();
   Draft draft;
   draft.key.reserve(128);
-  Expand(document, 0, &draft, rows);
+  Expand(document, 0, true, &draft, rows);
   if (rows->size() < 2) return;
   const auto key = [](const PlannedRow& row) -> const std::string& { return row.row.key; };
   std::ranges::stable_sort(*rows, {}, key);

@@ -71,9 +71,11 @@ class RowPlanner {
 
  private:
   struct Draft;
-  void Expand(const Document& document, std::size_t column, Draft* draft, std::vector<PlannedRow>* rows) const;
+  // `last`: what the draft holds is not wanted after this.
+  void Expand(const Document& document, std::size_t column, bool last, Draft* draft,
+              std::vector<PlannedRow>* rows) const;
   void AddCategory(Bytes value, std::size_t column, Draft* draft) const;
-  void Finish(const Document& document, const Draft& draft, std::vector<PlannedRow>* rows) const;
+  void Finish(const Document& document, bool last, Draft* draft, std::vector<PlannedRow>* rows) const;
 
   std::vector<Sorted> sorted_;
   std::size_t categories_ = 0;

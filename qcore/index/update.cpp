@@ -291,28 +291,15 @@ class IndexTree::Updater {
     }
   }
 
-  // Both lists are in key order.
   void Apply() {
     for (const std::uint32_t id : order_) {
       Touched& touched = touched_.find(id)->second;
-      const auto key = [](const PlannedRow& row) -> const std::string& { return row.row.key; };
-      std::ranges::sort(touched.rows, {}, key);
-      auto now = touched.rows.begin();
-      for (const PlannedRow& old : touched.old_rows) {
-        while (now != touched.rows.end() && now->row.key < old.row.key) ++now;
-        const bool stays = now != touched.rows.end() && now->row.key == old.row.key && now->row.level == old.row.level;
-        if (!stays) {
-          index_.Erase(old);
-        } else {
-          if (now->row.value != old.row.value) index_.SetValue(now->row);
-          now->row.key.clear();  // done
-          ++now;
-        }
-      }
+      std::ranges::sort(touched.rows, {}, [](const PlannedRow& row) -> const std::string& { return row.row.key; });
+      index_.TakeOut(touched.old_rows, &touched.rows);
     }
     for (const std::uint32_t id : order_) {
       for (const PlannedRow& row : touched_.find(id)->second.rows) {
-        if (!row.row.key.empty()) index_.Insert(row);
+        if (!row.row.key.empty()) index_.Insert(row, nullptr);
       }
     }
     for (const std::string& key : contested_) index_.MarkContested(key);
@@ -331,8 +318,29 @@ class IndexTree::Updater {
   bool needs_build_ = false;
 };
 
+// One that no other's place depends on.
+ENGSTATUS IndexTree::UpdateSingle(DocumentReader& reader, std::uint32_t id) {
+  auto& [document, old_rows, rows] = single_;
+  const ENGSTATUS status = reader.Read(id, &document);
+  if (status != ENG_OK) return status;
+  RowsOf(id, &old_rows);
+  restricted = restricted || document.restricted;
+  rows.clear();
+  if (document.selected) planner_.Plan(document, &rows);
+  sound_ = false;
+  TakeOut(old_rows, &rows);
+  for (const PlannedRow& row : rows) {
+    if (!row.row.key.empty()) Insert(row, old_rows.empty() ? nullptr : &old_rows.front());
+  }
+  Settle();
+  sound_ = true;
+  return ENG_OK;
+}
+
 ENGSTATUS IndexTree::Update(DocumentReader& reader, const std::vector<std::uint32_t>& changed, bool* needs_build) {
   reader.ForgetAbove();
+  const bool alone = changed.size() == 1 && !hierarchy_ && !collation_.unique && !reader.selects_below();
+  if (alone) return UpdateSingle(reader, changed.front());
   Updater updater(this, reader);
   return updater.Run(changed, needs_build);
 }

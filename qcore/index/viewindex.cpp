@@ -213,6 +213,7 @@ ENGSTATUS ViewIndex::ChangedSince(IndexTree& tree, std::uint64_t* feed, std::uin
 
 ENGSTATUS ViewIndex::BringIn(Slot* slot) {
   IndexTree& tree = *slot->tree;
+  tree.watched = slot->watched;
   std::uint64_t feed = tree.feed;
   std::uint64_t folder_change = tree.folder_change;
   std::vector<std::uint32_t> ids;
@@ -421,9 +422,10 @@ void ViewIndex::ForgetLog(Slot* slot) {
 
 // A document's row that goes and one that comes in the same update are one that moved.
 void ViewIndex::TakeLog(Slot* slot) {
+  const bool changed = slot->tree->TakeChanged();
   std::vector<RowChange> changes = slot->tree->TakeChanges();
   if (!slot->watched) {
-    if (!changes.empty()) slot->log_from = ++last_change_;
+    if (changed) slot->log_from = ++last_change_;
     return;
   }
   std::vector<std::pair<std::uint32_t, std::size_t>> gone;  // by document

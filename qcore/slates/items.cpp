@@ -1,5 +1,6 @@
 // Items of an open slate.
 #include <algorithm>
+#include <bit>
 
 #include "qcore/memory/memory.h"
 #include "qcore/slates/slate.h"
@@ -12,10 +13,6 @@ namespace {
 
 // Blocks keep room for their 32-bit size.
 constexpr std::size_t kLargestValue = 0xFFFFFFF0u;
-
-bool IsName(std::string_view name) {
-  return !name.empty() && name.size() <= UINT16_MAX && name.find('\0') == std::string_view::npos;
-}
 
 // A block that no item has yet.
 struct FreshBlock {
@@ -30,17 +27,55 @@ struct FreshBlock {
 
 }  // namespace
 
+bool IsItemName(std::string_view name) {
+  return !name.empty() && name.size() <= UINT16_MAX && name.find('\0') == std::string_view::npos;
+}
+
 ENGSTATUS Slate::SlotOf(BLOCKID item, Slot* slot) const {
   if (item.Pool != handle_ || item.Block >= items_.size() || !items_[item.Block].live) return ENG_ERR_NO_ITEM;
   *slot = item.Block;
   return ENG_OK;
 }
 
+void Slate::ManyNames::Reserve(std::size_t count) {
+  hashes.clear();
+  hashes.reserve(2 * count);
+  bits.assign(std::bit_ceil(2 * count * kBitsEach / 64), 0);
+}
+
+const Slate::ManyNames& Slate::Many() const {
+  if (many_.hashes.size() != order_.size()) {
+    many_.Reserve(order_.size());
+    for (const Slot slot : order_) many_.Add(items_[slot].name->folded_hash);
+  }
+  return many_;
+}
+
+// The place of an item whose name may be the one, or the number of items.
+std::size_t Slate::NextOfHash(std::size_t first, std::uint32_t hash) const {
+  constexpr std::size_t kFew = 24;
+  constexpr std::size_t kRow = 16;
+  std::size_t i = first;
+  if (order_.size() <= kFew) {
+    while (i < order_.size() && items_[order_[i]].name->folded_hash != hash) ++i;
+    return i;
+  }
+  const ManyNames& many = Many();
+  if (!many.MayHave(hash)) return order_.size();
+  const std::vector<std::uint32_t>& hashes = many.hashes;
+  for (; i + kRow <= hashes.size(); i += kRow) {
+    unsigned equal = 0;
+    for (std::size_t k = 0; k < kRow; ++k) equal |= static_cast<unsigned>(hashes[i + k] == hash);
+    if (equal != 0) break;
+  }
+  while (i < hashes.size() && hashes[i] != hash) ++i;
+  return i;
+}
+
 ENGSTATUS Slate::Search(std::size_t first, std::uint32_t hash, std::string_view name, Slot* slot) const {
   if ((names_there_ & NameBit(hash)) == 0) return ENG_ERR_NO_ITEM;
-  for (std::size_t i = first; i < order_.size(); ++i) {
-    const ItemName& present = *items_[order_[i]].name;
-    if (present.folded_hash != hash || !SameName(present.text, name)) continue;
+  for (std::size_t i = NextOfHash(first, hash); i < order_.size(); i = NextOfHash(i + 1, hash)) {
+    if (!SameName(items_[order_[i]].name->text, name)) continue;
     *slot = order_[i];
     return ENG_OK;
   }
@@ -152,13 +187,14 @@ ENGSTATUS Slate::AddItem(std::uint16_t flags, std::string_view name, const NewVa
   item.own_block = value.own_block;
   item.changed = true;
   item.touched = true;
+  if (many_.hashes.size() == order_.size() && !many_.IsFull()) many_.Add(interned->folded_hash);
   order_.push_back(*slot);
   modified_ = true;
   return ENG_OK;
 }
 
 ENGSTATUS Slate::Append(std::uint16_t flags, std::string_view name, std::uint16_t type, Bytes data, Slot* slot) {
-  if (!IsName(name)) return ENG_ERR_ITEM_NAME;
+  if (!IsItemName(name)) return ENG_ERR_ITEM_NAME;
   if (data.size() > kLargestValue) return ENG_ERR_ITEM_SIZE;
   NewValue value{.size = static_cast<std::uint32_t>(data.size() + kSmallestValue), .type = type};
   FreshBlock fresh;
@@ -201,7 +237,7 @@ ENGSTATUS CheckBlock(ENGHANDLE memory, std::uint32_t size) {
 
 ENGSTATUS Slate::AppendBlock(std::uint16_t flags, std::string_view name, ENGHANDLE memory, std::uint32_t size,
                              Slot* slot) {
-  if (!IsName(name)) return ENG_ERR_ITEM_NAME;
+  if (!IsItemName(name)) return ENG_ERR_ITEM_NAME;
   const ENGSTATUS status = CheckBlock(memory, size);
   if (status != ENG_OK) return status;
   const auto type = LoadLittle<std::uint16_t>(memory::BytesOf(memory).data());
@@ -281,7 +317,10 @@ void Slate::Drop(Slot slot) {
   ReleaseValue(item);
   item.live = false;
   item.aside = 0;
-  order_.erase(std::find(order_.begin(), order_.end(), slot));
+  // What was added last goes first more often than not.
+  const auto place = std::find(order_.rbegin(), order_.rend(), slot).base() - 1;
+  if (many_.hashes.size() == order_.size()) many_.hashes.erase(many_.hashes.begin() + (place - order_.begin()));
+  order_.erase(place);
   modified_ = true;
 }
 
@@ -303,11 +342,12 @@ ENGSTATUS Slate::DeleteByName(std::string_view name) {
 }
 
 ENGSTATUS Slate::Rename(Slot slot, std::string_view name) {
-  if (!IsName(name)) return ENG_ERR_ITEM_NAME;
+  if (!IsItemName(name)) return ENG_ERR_ITEM_NAME;
   for (Slot other : order_) {
     if (other != slot && SameName(items_[other].name->text, name)) return ENG_ERR_ITEM_EXISTS;
   }
   items_[slot].name = database_->names().Intern(name);
+  many_.Clear();
   names_there_ |= NameBit(items_[slot].name->folded_hash);
   items_[slot].changed = true;
   modified_ = true;

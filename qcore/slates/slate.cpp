@@ -12,6 +12,7 @@ namespace qcore {
 namespace {
 
 constexpr std::uint16_t kDocumentClass = 1;
+constexpr std::size_t kMoreItems = 4;  // that a change of a few items may add
 
 }  // namespace
 
@@ -73,8 +74,8 @@ ENGSTATUS Slate::Load(const SlateHeader& header, Bytes packed) {
   status = reader.Start(Bytes(block.bytes(), packed.size()), header.id);
   if (status != ENG_OK) return status;
   if (reader.count() > kMostItems) return ENG_ERR_ITEM_DAMAGED;
-  items_.reserve(reader.count());
-  order_.reserve(reader.count());
+  items_.reserve(reader.count() + kMoreItems);
+  order_.reserve(reader.count() + kMoreItems);
   for (std::uint32_t i = 0; i < reader.count(); ++i) {
     PackedItem item;
     status = reader.Next(&item);

@@ -170,6 +170,25 @@ class Slate final : public OpenSlate {
     std::uint64_t transaction;
     Slot slot;
   };
+  // The names of many items, so that a search reads few lines of memory: their hashes in the order of the items, and a
+  // bit for each that is there or was.
+  struct ManyNames {
+    static constexpr std::size_t kBitsEach = 16;
+    std::vector<std::uint32_t> hashes;
+    std::vector<std::uint64_t> bits;
+
+    void Clear() { hashes.clear(); }
+    void Reserve(std::size_t count);
+    bool MayHave(std::uint32_t hash) const { return (bits[Word(hash)] >> (hash & 63) & 1) != 0; }
+    void Add(std::uint32_t hash) {
+      hashes.push_back(hash);
+      bits[Word(hash)] |= std::uint64_t{1} << (hash & 63);
+    }
+    bool IsFull() const { return hashes.size() * kBitsEach >= bits.size() * 64; }
+
+   private:
+    std::size_t Word(std::uint32_t hash) const { return hash >> 6 & (bits.size() - 1); }
+  };
   // What an update writes for one item.
   struct Draft {
     Slot slot;
@@ -187,6 +206,8 @@ class Slate final : public OpenSlate {
   [[nodiscard]] ENGSTATUS AddItem(std::uint16_t flags, std::string_view name, const NewValue& value, Slot* slot);
   [[nodiscard]] ENGSTATUS MoveToOwnBlock(Item& item, Bytes bytes, std::uint32_t size);
   [[nodiscard]] ENGSTATUS Search(std::size_t first, std::uint32_t hash, std::string_view name, Slot* slot) const;
+  const ManyNames& Many() const;
+  std::size_t NextOfHash(std::size_t first, std::uint32_t hash) const;
   [[nodiscard]] ENGSTATUS CopyItem(const Slate& from, const Item& source);
   static std::uint64_t NameBit(std::uint32_t hash) { return std::uint64_t{1} << (hash & 63); }
   bool IsLocked(const Item& item) const;
@@ -230,6 +251,7 @@ class Slate final : public OpenSlate {
   std::uint32_t rest_size_ = 0;
   std::vector<Item> items_;              // by slot
   std::vector<Slot> order_;              // live items as they were added
+  mutable ManyNames many_;               // once somebody has searched many items
   std::uint64_t names_there_ = 0;        // a bit for each name that an item has or had, most of them different
   std::vector<Store::ValueId> dropped_;  // stored values of deleted items, freed by the next update
   ENGHANDLE responses_ = 0;
@@ -248,6 +270,8 @@ inline Bytes Slate::BytesOf(const Item& item) const {
   return block.subspan(start, item.size);
 }
 
+// Names have 1 to 65,535 bytes, none of them 0.
+bool IsItemName(std::string_view name);
 // Reads one item of a stored slate without a handle: the first of that name, while `reader` runs.
 [[nodiscard]] ENGSTATUS ReadValueOf(const std::shared_ptr<Database>& database, std::uint32_t id, std::string_view name,
                                     const std::function<void(Bytes, std::uint16_t)>& reader);

@@ -194,7 +194,9 @@ ENGSTATUS Slate::WriteRow(std::uint16_t flags, SlateHeader* header, const std::v
   const bool same_parent = header->parent.has_value() == base_->parent.has_value() &&
                            (!header->parent || (SameTime(header->parent->File, base_->parent->File) &&
                                                 SameTime(header->parent->Slate, base_->parent->Slate)));
-  const SlateVersion expected{base_->origin.Sequence, base_->origin.SequenceTime, same_universal && same_parent};
+  const bool same_kind = header->slate_class == base_->slate_class && header->flags == base_->flags;
+  const SlateVersion expected{base_->origin.Sequence, base_->origin.SequenceTime,
+                              same_universal && same_parent && same_kind};
   return database_->store().UpdateSlate(header, packed, &expected);
 }
 

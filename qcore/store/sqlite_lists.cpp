@@ -25,10 +25,10 @@ ENGSTATUS SqliteStore::Upgrade() {
   if (version_ > kSchemaVersion) return ENG_ERR_DB_NEWER;
   std::vector<FeedRecord> feed;
   status = ReadIndexedFeed(0, &feed);
+  if (status == ENG_OK) status = Execute(connection_.get(), kDropIndexes);
   if (status == ENG_OK && version_ == kOldestVersion) status = Execute(connection_.get(), kSchema2);
   if (status == ENG_OK) status = Execute(connection_.get(), kSchema3);
   if (status == ENG_OK) status = AppendToFeed(feed);
-  if (status == ENG_OK) status = Execute(connection_.get(), kDropFormerFeed);
   if (status == ENG_OK) version_ = kSchemaVersion;
   return status;
 }

@@ -192,18 +192,19 @@ ENGSTATUS SqliteStore::InsertSlate(SlateHeader* header, Bytes packed) {
 ENGSTATUS SqliteStore::UpdateSlate(SlateHeader* header, Bytes packed, const SlateVersion* expected) {
   const ENGSTATUS stamped = Stamp(header);
   if (stamped != ENG_OK) return stamped;
-  const bool same_links = expected && expected->same_links;
+  const bool same_place = expected && expected->same_place;
   {
     // Columns that do not change stay out of the statement, and their index pages unwritten.
-    Use use = Start(same_links ? Sql::kUpdateSlate : Sql::kUpdateSlateLinks);
+    Use use = Start(same_place ? Sql::kUpdateSlate : Sql::kUpdateSlateAll);
     BindHeader(use, *header, counters_.feed);
     use.Bind(8, Pack(header->added));
     use.Bind(9, Pack(header->accessed));
     use.Bind(10, packed);
-    const UniversalBytes universal = PackUniversal(header->origin.File, header->origin.Slate);
+    UniversalBytes universal;
     UniversalBytes parent;
-    if (header->parent) parent = PackUniversal(header->parent->File, header->parent->Slate);
-    if (!same_links) {
+    if (!same_place) {
+      universal = PackUniversal(header->origin.File, header->origin.Slate);
+      if (header->parent) parent = PackUniversal(header->parent->File, header->parent->Slate);
       use.Bind(11, Bytes(universal));
       header->parent ? use.Bind(12, Bytes(parent)) : use.BindNull(12);
     }

@@ -24,8 +24,8 @@ const char* const SqliteStore::kSql[] = {
     "CASE WHEN length(packed)<=4000 THEN packed END FROM slate WHERE id=?",
     "INSERT INTO slate(id,feed,here,state,sequence,sequenced,modified,added,accessed,packed,universal,parent,"
     "sum) VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?)",
-    "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,added=?8,accessed=?9,packed=?10,"
-    "sum=?15 WHERE id=?1 AND packed IS NOT NULL AND sequence=?13 AND sequenced=?14",
+    "UPDATE slate SET feed=?2,here=?3,sequence=?5,sequenced=?6,modified=?7,added=?8,accessed=?9,packed=?10,sum=?15 "
+    "WHERE id=?1 AND packed IS NOT NULL AND sequence=?13 AND sequenced=?14",
     "UPDATE slate SET feed=?2,here=?3,state=?4,sequence=?5,sequenced=?6,modified=?7,added=?8,accessed=?9,packed=?10,"
     "sum=?15,universal=?11,parent=?12 WHERE id=?1 AND packed IS NOT NULL AND (?13 IS NULL OR (sequence=?13 AND "
     "sequenced=?14))",

@@ -10,10 +10,12 @@ inline constexpr int kTables = 5;  // of the first version
 
 // The full-text index. Its words know a text by a number: a fourth of the slate's ID at first, and one from
 // kFirstVersion up for each later text of the slate, since words without the text behind them cannot be taken back.
-// Texts that are replaced or gone stay as dead numbers.
+// Texts that are replaced or gone stay as dead numbers. What a part of an update adds is gathered in up to 16 MB, so
+// that few segments are left to merge.
 inline constexpr std::uint64_t kFirstVersion = std::uint64_t{1} << 32;
 inline constexpr char kTextSchema[] =
     "CREATE VIRTUAL TABLE words USING fts5(body,content='',tokenize='quillon');"
+    "INSERT INTO words(words,rank)VALUES('hashsize',16777216);"
     "CREATE TABLE text_version(number INTEGER PRIMARY KEY,slate INTEGER NOT NULL);"
     "CREATE INDEX text_slate ON text_version(slate);"
     "CREATE TABLE text_dead(number INTEGER PRIMARY KEY);"
@@ -32,7 +34,6 @@ inline constexpr char kSchema[] =
     "added INTEGER NOT NULL,accessed INTEGER NOT NULL,sum INTEGER NOT NULL,parent BLOB,packed BLOB);"
     "CREATE INDEX slate_universal ON slate(universal);"
     "CREATE INDEX slate_parent ON slate(parent) WHERE parent IS NOT NULL;"
-    "CREATE INDEX slate_design ON slate(state,here) WHERE state&65535<>1;"
     "CREATE TABLE chunk(id INTEGER PRIMARY KEY,data BLOB NOT NULL);"
     "CREATE TABLE object(id INTEGER PRIMARY KEY,class INTEGER NOT NULL,size INTEGER NOT NULL,slate INTEGER NOT NULL,"
     "value INTEGER NOT NULL);"
@@ -48,11 +49,13 @@ inline constexpr char kSchema2[] =
     "WITHOUT ROWID;"
     "CREATE TABLE page(id INTEGER PRIMARY KEY,data BLOB NOT NULL);";
 
-// What version 3 has; those before had an index on the slates, and version 2 a table of those that went.
+// What version 3 has. Those before had an index on the slates for the feed, and version 2 a table of those that went;
+// their index of designs names the time of the change too, so that no document could be written without a look at it.
 inline constexpr char kSchema3[] =
+    "CREATE INDEX slate_design ON slate(state) WHERE state&65535<>1;"
     "CREATE TABLE change(feed INTEGER PRIMARY KEY,here INTEGER NOT NULL,entries BLOB NOT NULL);"
     "PRAGMA user_version=3;";
-inline constexpr char kDropFormerFeed[] = "DROP INDEX slate_feed;DROP TABLE IF EXISTS removed;";
+inline constexpr char kDropIndexes[] = "DROP INDEX slate_feed;DROP INDEX slate_design;DROP TABLE IF EXISTS removed;";
 
 enum class SqliteStore::Sql : std::size_t {
   kBegin,
@@ -72,7 +75,7 @@ enum class SqliteStore::Sql : std::size_t {
   kReadHeader,
   kInsertSlate,
   kUpdateSlate,
-  kUpdateSlateLinks,
+  kUpdateSlateAll,
   kMakeDeletionStub,
   kRemoveSlate,
   kReadBlocks,

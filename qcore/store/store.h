@@ -41,7 +41,7 @@ struct SlateHeader {
 struct SlateVersion {
   std::uint32_t sequence;
   TIMEDATE sequence_time;
-  bool same_links;  // neither the universal ID nor the parent differs from that state
+  bool same_place;  // none of the universal ID, the parent, the class and the flags differs from that state
 };
 
 // A row of the change feed.

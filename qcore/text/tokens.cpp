@@ -1,5 +1,6 @@
 #include "qcore/text/tokens.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <vector>
@@ -81,10 +82,25 @@ const std::array<Entry, kTableSize>& Table() {
   return table;
 }
 
+// What a word takes of each; none of those that are no word's.
+using Ascii = std::array<char, kAscii>;
+
+const Ascii& AsciiWords() {
+  static const Ascii words = [] {
+    Ascii made{};
+    for (std::size_t code = 0; code < made.size(); ++code) {
+      const Entry& entry = Table()[code];
+      if (entry.kind == Kind::kWord) made[code] = entry.folded[0];
+    }
+    return made;
+  }();
+  return words;
+}
+
 class Tokenizer {
  public:
   Tokenizer(Text text, TokenUse use, void* context, TokenSink sink)
-      : table_(Table()), text_(text), use_(use), context_(context), sink_(sink) {}
+      : table_(Table()), ascii_(AsciiWords()), text_(text), use_(use), context_(context), sink_(sink) {}
 
   int Run() {
     int stopped = 0;
@@ -122,14 +138,9 @@ class Tokenizer {
   int TakeWord() {
     const std::size_t start = at_;
     std::size_t length = 0;
-    while (at_ < text_.size()) {
-      const auto byte = static_cast<unsigned char>(text_[at_]);
-      if (byte < kAscii && table_[byte].length == 1) {
-        if (table_[byte].kind != Kind::kWord) break;
-        if (length < word_.size()) word_[length++] = table_[byte].folded[0];
-        ++at_;
-        continue;
-      }
+    for (;;) {
+      length = TakeAscii(length);
+      if (at_ == text_.size() || text_[at_] < kAscii) break;
       const Character character = Decode(text_.data() + at_, text_.size() - at_);
       if (character.code < kTableSize) {
         const Entry& entry = table_[static_cast<std::size_t>(character.code)];
@@ -147,6 +158,22 @@ class Tokenizer {
     }
     // Accents alone are no word.
     return length == 0 ? 0 : Give({{word_.data(), length}, start, at_, false});
+  }
+
+  // Up to the first character that is no word's or no ASCII; gives the word's length.
+  std::size_t TakeAscii(std::size_t length) {
+    const std::uint8_t* const start = text_.data() + at_;
+    const std::uint8_t* const end = text_.data() + text_.size();
+    char* const to = word_.data() + length;
+    const std::size_t room = word_.size() - length;
+    std::size_t taken = 0;
+    for (const std::uint8_t* next = start;; ++next, ++taken) {
+      const char folded = next != end && *next < kAscii ? ascii_[*next] : '\0';
+      if (folded == '\0') break;
+      if (taken < room) to[taken] = folded;
+    }
+    at_ += taken;
+    return length + std::min(taken, room);
   }
 
   void Add(std::string_view folded, std::size_t* length) {
@@ -190,6 +217,7 @@ class Tokenizer {
   }
 
   const std::array<Entry, kTableSize>& table_;
+  const Ascii& ascii_;
   Text text_;
   TokenUse use_;
   void* context_;

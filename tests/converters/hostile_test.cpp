@@ -32,6 +32,12 @@ TEST(Hostile, MarkdownIsRead) {
       Repeat("`", kMany) + " " + Repeat("``", kMany),
       Repeat("| ", kMany) + "\n" + Repeat("|-", kMany) + "\n" + Repeat("| x\n", 300),
       Repeat("<b>", kMany),
+      Repeat("<b>", kMany) + "a" + Repeat("</b>", kMany),
+      Repeat("<b>a<i>b", kMany),
+      Repeat("<font color=red>a<font color=blue>b", kMany),
+      Repeat("<a name=x>", kMany) + Repeat("</i>", kMany),
+      Repeat("***a** b ", kMany),
+      "a\n|-|\n" + Repeat("| <b>\n", kMany),
       Repeat("<div>", kMany) + "\n\n" + Repeat("</div>", kMany),
       Repeat("- a\n", 1000000 / 4),
       "[x](" + Repeat("y", 100000) + ")",
@@ -59,6 +65,14 @@ TEST(Hostile, HtmlIsReadOrRefused) {
       {"<ul>" + Repeat("<li>x", 300000), ENG_OK},
       {Repeat("<table><tr><td>", 300), ENG_OK},
       {Repeat("<b><i>x</b>", 20000), ENG_OK},
+      {Repeat("<b>", 900) + Repeat("a<br>", 20000), ENG_OK},
+      {Repeat("<font size=1>a<font size=7>b", 400) + Repeat("<u>c</u>", 5000), ENG_OK},
+      {Repeat("<a href=x><table><tr><td>", 200), ENG_OK},
+      {Repeat("<a href=x><table></table>", 20000), ENG_OK},
+      {Repeat("<dl><dt>", 400) + Repeat("<dd>x", 20000), ENG_OK},
+      {Repeat("<p id=x>", 100000), ENG_OK},
+      {Repeat("<q>", 900) + Repeat("<div hidden>", 900), ENG_ERR_TEXT_NESTING},
+      {"<table><colgroup>" + Repeat("<col span=1000 width=99999999>", 1000) + "<tr><td>a", ENG_OK},
       {"<a " + Repeat("b=c ", 50000) + ">x", ENG_OK},
       {"<a href='" + Repeat("x", 1000000) + "'>x</a><img src='" + Repeat("y", 1000000) + "'>", ENG_OK},
       {"<a href=x" + Repeat("<", 10000), ENG_OK},
@@ -109,6 +123,31 @@ TEST(Hostile, RecordsCutAndChanged) {
       ToHtml(changed);
       ToMarkdown(changed);
     }
+  }
+}
+
+// Others may have put anything into the record of a place.
+TEST(Hostile, PlacesOfOthers) {
+  const struct {
+    std::string Data;
+    const char* Out;
+    const char* Report;
+  } rows[] = {
+      {"x", "<p><span id=\"x\"></span>a</p>\n", ""},
+      {std::string("x\0y", 3), "<p><span id=\"x\"></span>a</p>\n", ""},
+      {"", "<p>a</p>\n", "names of places left out: 1\n"},
+      {"\1\2", "<p>a</p>\n", "names of places left out: 1:   \n"},
+      {"x\xFF", "<p>a</p>\n", "names of places left out: 1: x\xFF\n"},
+      {"\"><script>", "<p><span id=\"&quot;&gt;&lt;script&gt;\"></span>a</p>\n", ""},
+  };
+  for (const auto& row : rows) {
+    conv::RecordOutput output;
+    output.Begin();
+    output.PutBytes(conv::kSigAnchor, row.Data);
+    output.Put(conv::kSigText, ODS_CDTEXT, CDTEXT{{}, conv::kDefaultFont}, "a");
+    const Converted html = ToHtml(output.Bytes());
+    EXPECT_EQ(html.Bytes, row.Out);
+    EXPECT_EQ(html.Report, row.Report);
   }
 }
 

@@ -55,6 +55,20 @@ TEST(HtmlText, IsCarried) {
        "<pre><code class=\"language-c\">a\n\n  b\n</code></pre>\n<pre><code>c<strong>d</strong>\n</code></pre>\n"},
       {"links", "<a href='x?a=1&b=2' title='t'>a <b>b</b></a><a href=y></a>",
        "<p><a href=\"x?a=1&amp;b=2\" title=\"t\">a <strong>b</strong></a><a href=\"y\"></a></p>\n"},
+      {"a link around a table", "<p>p<a href=x><table><tr><td>a</table></a> b",
+       "<p>p</p>\n<table>\n<tbody>\n<tr>\n<td><a href=\"x\">a</a></td>\n</tr>\n</tbody>\n</table>\n<p>b</p>\n"},
+      {"places", "<p id=top>a<a name=x>b</a></p><h2 id=h>c</h2><div id=d></div><ul><li id=i><img src=p id=q></ul>",
+       "<p><span id=\"top\"></span>a<span id=\"x\"></span>b</p>\n<h2><span id=\"h\"></span>c</h2>\n"
+       "<ul>\n<li><span id=\"d\"></span><span id=\"i\"></span><span id=\"q\"></span><img src=\"p\" alt=\"\" /></li>\n"
+       "</ul>\n"},
+      {"hidden from readers", "<p hidden>a</p><div style='display:none'><h2>b</h2></div><p>c</p>",
+       "<p hidden>a</p>\n<h2 hidden>b</h2>\n<p>c</p>\n"},
+      {"terms and descriptions", "<dl><dt>a<dd>b<dd>c<dl><dt>d<dd>e</dl><dt>f</dl>g",
+       "<p>a</p>\n<p style=\"margin-left:36pt\">b</p>\n<p style=\"margin-left:36pt\">c</p>\n"
+       "<p style=\"margin-left:36pt\">d</p>\n<p style=\"margin-left:72pt\">e</p>\n<p>f</p>\n<p>g</p>\n"},
+      {"quotations", "<q>a <b>b</b></q>", "<p>\u201Ca <strong>b</strong>\u201D</p>\n"},
+      {"sizes by words, weights by numbers", "<p>0123456789<span style='font-size:larger;font-weight:700'>a</span>",
+       "<p>0123456789<strong><span style=\"font-size:12pt\">a</span></strong></p>\n"},
       {"a link around blocks", "<a href=x><p>a</p><p>b</p></a>",
        "<p><a href=\"x\">a</a></p>\n<p><a href=\"x\">b</a></p>\n"},
       {"pictures", "<img src=a.png alt='A &amp; B' title=t><a href=l><img src=b.png> b</a>",
@@ -85,6 +99,18 @@ TEST(HtmlTables, AreCarried) {
       {"blocks in cells", "<table><tr><td><p>a<ul><li>b</ul><td><h2>c</h2></table>",
        "<table>\n<tbody>\n<tr>\n<td>\n<p>a</p>\n<ul>\n<li>b</li>\n</ul>\n</td>\n<td>\n<h2>c</h2>\n</td>\n</tr>\n"
        "</tbody>\n</table>\n"},
+      {"widths of columns", "<table><col width=100><col width=300><tr><td>a<td>b</table>",
+       "<table>\n<colgroup>\n<col style=\"width:25%\" />\n<col style=\"width:75%\" />\n</colgroup>\n<tbody>\n<tr>\n"
+       "<td>a</td>\n<td>b</td>\n</tr>\n</tbody>\n</table>\n"},
+      {"widths of cells", "<table><tr><td colspan=2>a<tr><td style='width:20%'>b<td>c</table>",
+       "<table>\n<colgroup>\n<col style=\"width:20%\" />\n<col style=\"width:80%\" />\n</colgroup>\n<tbody>\n<tr>\n"
+       "<td colspan=\"2\">a</td>\n</tr>\n<tr>\n<td>b</td>\n<td>c</td>\n</tr>\n</tbody>\n</table>\n"},
+      {"fonts of tables and rows",
+       "0123<table style='color:red'><tr style='font-weight:bold'><td>a<td style='color:blue'>b</table>",
+       "<p>0123</p>\n<table>\n<tbody>\n<tr>\n<td><span style=\"color:#ff0000\"><strong>a</strong></span></td>\n"
+       "<td><strong><span style=\"color:#0000ff\">b</span></strong></td>\n</tr>\n</tbody>\n</table>\n"},
+      {"a hidden table", "<table hidden><tr><td>a</table>b",
+       "<table>\n<tbody>\n<tr>\n<td>\n<p hidden>a</p>\n</td>\n</tr>\n</tbody>\n</table>\n<p>b</p>\n"},
       {"in an item", "<ul><li>a<table><tr><td>b</table><li>c</ul>",
        "<ul>\n<li>a\n<table>\n<tbody>\n<tr>\n<td>b</td>\n</tr>\n</tbody>\n</table>\n</li>\n<li>c</li>\n</ul>\n"},
       {"a heading first in an item", "<ul><li>a<li><table><tr><th>b</table></ul>",
@@ -108,6 +134,16 @@ TEST(HtmlReport, TellsWhatIsMissing) {
       {"a table in a table", "<table><tr><td>a<table><tr><td>b<td>c</table></table>",
        "<table>\n<tbody>\n<tr>\n<td>\n<p>a</p>\n<p>b</p>\n<p>c</p>\n</td>\n</tr>\n</tbody>\n</table>\n",
        "tables within tables became paragraphs: 1\n"},
+      {"properties of styles", "<p style='float:left;color:currentcolor'>a<b hidden style='font-size:huge'>b</b></p>",
+       "<p>a<strong>b</strong></p>\n", "properties of styles left out: 3: float\n"},
+      {"a table's own layout", "<table width=100% style='margin:3px'><tr><td style='padding:0'>a</table>",
+       "<table>\n<tbody>\n<tr>\n<td>a</td>\n</tr>\n</tbody>\n</table>\n",
+       "properties of styles left out: 1: padding\nwidths and places of tables left out: 2: width\n"},
+      {"a place behind all text", "<p>a</p><p id=b></p>", "<p>a</p>\n", "names of places left out: 1: b\n"},
+      {"a link that goes on behind a table", "<a href=x>a<table><tr><td>b</table>c</a>",
+       "<p><a href=\"x\">a</a></p>\n<table>\n<tbody>\n<tr>\n<td><a href=\"x\">b</a></td>\n</tr>\n</tbody>\n</table>\n"
+       "<p>c</p>\n",
+       "links around tables end with them: 1\n"},
   };
   for (const HtmlRow& row : rows) {
     SCOPED_TRACE(row.What);
@@ -159,6 +195,13 @@ TEST(MarkdownIn, PipeTablesAndRawHtml) {
        "raw HTML left out: 1, first in line 1: <!-- e -->\n"},
       {"a table by tags", "x\n\n<table><tr><td rowspan=2>a<td>b<tr><td>c</table>\n",
        "<p>x</p>\n<table>\n<tr>\n<td rowspan=\"2\">a</td>\n<td>b</td>\n</tr>\n<tr>\n<td>c</td>\n</tr>\n</table>\n", ""},
+      {"places by tags", "<a name=\"x\"></a>a <b id=\"y\">b</b>\n",
+       "<p><span id=\"x\"></span>a <span id=\"y\"></span><strong>b</strong></p>\n", ""},
+      {"a byte order mark and a NUL", "\xEF\xBB\xBF| a |\n|---|\n| b\xFF |\n",
+       "<table "
+       "border=\"1\">\n<thead>\n<tr>\n<th>a</th>\n</tr>\n</thead>\n<tbody>\n<tr>\n<td>b\uFFFD</td>\n</tr>\n</tbody>\n"
+       "</table>\n",
+       "bytes or characters replaced: 1\n"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.What);
@@ -169,6 +212,20 @@ TEST(MarkdownIn, PipeTablesAndRawHtml) {
     EXPECT_EQ(ToHtml(FromMarkdown(ToMarkdown(records.Bytes).Bytes).Bytes).Bytes, row.Out)
         << ToMarkdown(records.Bytes).Bytes;
   }
+}
+
+TEST(MarkdownOut, TellsWhatIsMissing) {
+  const struct {
+    const char* In;
+    const char* Report;
+  } rows[] = {
+      {"<p hidden>a", "hidden paragraphs are shown: 1\n"},
+      {"<table border=1><col width=100><col width=300><tr><th>a<th>b<tr><td>c<td>d</table>",
+       "widths of columns left out: 1\n"},
+      {"<pre>a<b id=x>b</b></pre>", "names of places left out: 1: x\n"},
+      {"<p style='text-indent:3pt'>a", "alignments and indentations left out: 1: text-indent:3pt\n"},
+  };
+  for (const auto& row : rows) EXPECT_THAT(ToMarkdown(FromHtml(row.In).Bytes).Report, HasSubstr(row.Report)) << row.In;
 }
 
 TEST(MarkdownOut, KeepsWhatMarkdownHasNoSignsFor) {

@@ -314,6 +314,17 @@ TEST_F(FolderHits, AreRowsBestFirst) {
   EXPECT_EQ(SearchFolder({far, near}, 2, 0), (Hits{far, near})) << outside << " has no row";
   EXPECT_EQ(StepFrom(1, ENG_GO_CURRENT_HIT, 0), near);
   EXPECT_EQ(StepFrom(1, ENG_GO_NEXT_HIT, 1), far);
+  COLLECTIONPOSITION first{0, 0, 0, {1}};
+  ENGHANDLE buffer = 0;
+  std::uint32_t returned = 0;
+  const auto read = [&](std::uint16_t skip, std::uint16_t navigation) {
+    return EngCollectionRead(rows_, &first, skip, 0, navigation, 5, ENG_READ_ID, &buffer, nullptr, nullptr, &returned,
+                             nullptr);
+  };
+  EXPECT_EQ(read(ENG_GO_NEXT_HIT, ENG_GO_NEXT), ENG_ERR_ARGUMENT) << "no way leads from hits to rows";
+  EXPECT_EQ(read(ENG_GO_CURRENT_HIT, ENG_GO_CURRENT), ENG_OK);
+  EXPECT_EQ(returned, 1U);
+  EXPECT_EQ(EngMemFree(buffer), ENG_OK);
 }
 
 TEST_F(FolderHits, UnreadOnesThatAreGoneAreNotStoppedAt) {

@@ -44,7 +44,7 @@ struct Shared : qtest::IndexTest {
   }
 
   // The other process: for each byte that comes in it updates its collection, which stays open, and tells the rows;
-  // for 'w' it saves a document before that and writes the index, for 'd' it changes the view.
+  // for 'w' it saves a document before that and writes the index, for 'd' it changes the view, others are edits.
   [[noreturn]] void Answer(std::uint32_t view, int in, int out) {
     db_ = Open();
     auto collection = std::make_unique<OpenCollection>(db_, view);
@@ -55,11 +55,26 @@ struct Shared : qtest::IndexTest {
         collection = std::make_unique<OpenCollection>(db_, view);
       }
       if (what == 'd') SortDownwards(view);
+      Edit(what);
       if (EngCollectionUpdate(collection->get()) != ENG_OK) _exit(1);
       const std::string rows = Joined(AllRows(collection->get())) + '\0';
       if (write(out, rows.data(), rows.size()) != static_cast<ssize_t>(rows.size())) _exit(2);
     }
-    _exit(0);
+    _exit(HasFailure() ? 3 : 0);
+  }
+  // Of the next documents: 'c' changes one, 's' leaves a deletion stub, 'r' leaves nothing, 't' all that in a
+  // transaction, 'b' in one that is undone, 'm' changes one so often that the feed is trimmed.
+  void Edit(char what) {
+    if (what == 't' || what == 'b' || what == 'm') {
+      EXPECT_EQ(EngDbBegin(db_), ENG_OK);
+      for (const char part : {'c', 's', 'r', 'c'}) Edit(part);
+      for (int i = 0; what == 'm' && i < 5000; ++i) SaveAndClose(OpenSlate(ids_.back()));
+      EXPECT_EQ((what == 'b' ? EngDbRollback : EngDbCommit)(db_), ENG_OK);
+    }
+    if (what == 'c') Change(ids_[next_++], {{"Name", "changed " + std::to_string(next_)}, {"Kind", "new"}});
+    if (what == 's' || what == 'r') {
+      EXPECT_EQ(EngSlateDelete(db_, ids_[next_++], what == 's' ? 0 : ENG_UPDATE_NO_STUB), ENG_OK);
+    }
   }
   void SortDownwards(std::uint32_t view) {
     const ENGHANDLE slate = OpenSlate(view);
@@ -101,6 +116,8 @@ struct Shared : qtest::IndexTest {
     close(from_other_);
   }
 
+  std::vector<std::uint32_t> ids_;
+  std::size_t next_ = 0;
   pid_t other_ = 0;
   int to_other_ = -1;
   int from_other_ = -1;
@@ -124,6 +141,32 @@ TEST_F(Shared, TwoProcessesSeeOneAnothersSaves) {
       const OpenCollection rebuilt(db_, view, ENG_COLLECTION_REBUILD);
       ASSERT_EQ(Joined(AllRows(rebuilt.get())), Ask('u')) << round;
     }
+  }
+  ASSERT_NO_FATAL_FAILURE(EndOther());
+  EXPECT_EQ(Check(), ENG_OK);
+}
+
+TEST_F(Shared, AnotherProcessChangesAndRemovesWhatAnOpenViewShows) {
+  const std::uint32_t view = MakeView({{"Kind", 3}, {"Name", 1}});
+  for (int i = 0; i < 60; ++i) ids_.push_back(Doc({{"Name", std::to_string(i)}, {"Kind", std::to_string(i % 3)}}));
+  ASSERT_NO_FATAL_FAILURE(StartOther(view));
+  {
+    const OpenCollection collection(db_, view);
+    std::size_t rows = 63;
+    const std::pair<char, int> edits[] = {{'c', 1},  {'s', -1}, {'r', -1}, {'b', 0}, {'t', -2},
+                                          {'m', -2}, {'c', 0},  {'t', -2}, {'b', 0}, {'r', -1}};
+    for (const auto& [what, more] : edits) {
+      SCOPED_TRACE(what);
+      const std::string other = Ask(what);
+      rows = static_cast<std::size_t>(static_cast<int>(rows) + more);
+      if (what == 's') continue;  // brought in with the next one
+      ASSERT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+      EXPECT_EQ(Joined(AllRows(collection.get())), other);
+      EXPECT_EQ(AllRows(collection.get()).size(), rows);
+    }
+    const std::string rows_then = Joined(AllRows(collection.get()));
+    const OpenCollection rebuilt(db_, view, ENG_COLLECTION_REBUILD);
+    EXPECT_EQ(Joined(AllRows(rebuilt.get())), rows_then);
   }
   ASSERT_NO_FATAL_FAILURE(EndOther());
   EXPECT_EQ(Check(), ENG_OK);

@@ -73,8 +73,10 @@ TEST_F(Feed, AnotherHandleSeesWhatIsCommittedAndNothingElse) {
 }
 
 TEST_F(Feed, AnEarlierVersionIsReadAndBroughtUpWithAChange) {
-  for (const int version : {1, 2}) {
+  for (const int version : {1, 2, 3}) {
     SCOPED_TRACE(version);
+    const std::vector<std::uint32_t> designs = Search(8);
+    const std::uint32_t view = Make({{"A", "view"}}, 8);
     const std::uint32_t a = Make({{"A", "a"}});
     const std::uint32_t b = Make({{"A", "b"}});
     const std::uint32_t c = Make({{"A", "c"}});
@@ -101,6 +103,9 @@ TEST_F(Feed, AnEarlierVersionIsReadAndBroughtUpWithAChange) {
     changes.emplace_back(a, false);
     EXPECT_EQ(Behind(db_, start), changes);
     EXPECT_EQ(Behind(other_, start), changes) << "of a handle that was open";
+    Touch(view);
+    EXPECT_EQ(Search(8).size(), designs.size() + 1);
+    EXPECT_EQ(Search(8).back(), view);
     EXPECT_EQ(Check(), ENG_OK);
   }
 }

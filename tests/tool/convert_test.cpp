@@ -53,5 +53,67 @@ TEST_F(Commands, PicturesComeAlong) {
   EXPECT_THAT(Read("out/page.html"), HasSubstr("<img src=\"img/one.png\" alt=\"a\" />"));
 }
 
+TEST_F(Commands, FilesOfAnyNameLeaveNothingOutsideTheFolder) {
+  const std::string absolute = (folder_ / "absolute.txt").string();
+  const struct {
+    std::string Name;
+    const char* Reason;  // empty for a file that is written
+  } rows[] = {
+      {"../up.txt", "its name leads out of the folder"},
+      {absolute, "its name leads out of the folder"},
+      {"..", "its name leads out of the folder"},
+      {"sub/", "its name leads out of the folder"},
+      {"way/up.txt", "its name leads out of the folder"},
+      {std::string(300, 'a'), "File name too long"},
+      {"taken.txt", "its place is taken"},
+      {"page.html", "its place is taken"},
+      {"NUL", ""},
+      {"sub/a b%20c.txt", ""},
+  };
+  Write("page.md", "text\n");
+  Write("some.txt", "some");
+  Write("out/taken.txt", "mine");
+  fs::create_directory_symlink(folder_, folder_ / "out/way");
+  ASSERT_EQ(Run("create s.vlt").code, 0);
+  ASSERT_EQ(Run("import s.vlt page.md").code, 0);
+  for (const auto& row : rows) {
+    const Outcome outcome = Run("attach s.vlt page.md some.txt --show-in Body --name '" + row.Name + "'");
+    ASSERT_EQ(outcome.code, 0) << outcome.output;
+  }
+  const Outcome outcome = Run("export s.vlt page.md out/page.html");
+  EXPECT_EQ(outcome.code, 0) << outcome.output;
+  for (const auto& row : rows) {
+    if (*row.Reason != '\0') {
+      EXPECT_THAT(outcome.output, HasSubstr("the file " + row.Name + ": " + row.Reason));
+    } else {
+      EXPECT_EQ(Read("out/" + row.Name), "some") << row.Name;
+    }
+  }
+  EXPECT_FALSE(fs::exists(folder_ / "up.txt"));
+  EXPECT_FALSE(fs::exists(absolute));
+  EXPECT_EQ(Read("out/taken.txt"), "mine");
+  EXPECT_THAT(Read("out/page.html"), HasSubstr("href=\"sub/a%20b%2520c.txt\""));
+}
+
+// A file that is replaced keeps its mode, a link stays one, and no name is too long.
+TEST_F(Commands, ExportReplacesFilesAsTheyAre) {
+  const std::string longest = std::string(250, 'n') + ".html";
+  Write("page.md", "text\n");
+  Write("shut.html", "old");
+  fs::permissions(folder_ / "shut.html", fs::perms::owner_read | fs::perms::owner_write);
+  fs::create_symlink("shut.html", folder_ / "link.html");
+  const CommandRow rows[] = {
+      {"create s.vlt", 0, ""},
+      {"import s.vlt page.md", 0, ""},
+      {"export s.vlt page.md link.html", 0, ""},
+  };
+  RunRows(rows);
+  EXPECT_EQ(Run("export s.vlt page.md " + longest).code, 0);
+  EXPECT_TRUE(fs::is_symlink(folder_ / "link.html"));
+  EXPECT_THAT(Read("shut.html"), HasSubstr("<p>text</p>"));
+  EXPECT_EQ(fs::status(folder_ / "shut.html").permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_THAT(Read(longest), HasSubstr("<p>text</p>"));
+}
+
 }  // namespace
 }  // namespace tool_test

@@ -97,6 +97,22 @@ TEST_F(ComputeWithForm, WhatARunMakesOfADocument) {
        {},
        {{"A", "a"}, {"B", "set"}}},
       {"a number in a field of texts", {{"A", "2 * 3", "", "", kComputed}}, {}, {{"A", "6"}}},
+      {"a list of texts as numbers",
+       {{"N", "\"1\":\"2.5\"", "", "", kComputed, TYPE_NUMBER}, {"A", "N * 2", "", "", kComputed}},
+       {},
+       {{"A", "2|5"}}},
+      {"a number from an empty text", {{"N", "\"\"", "", "", kComputed, TYPE_NUMBER}}, {}, {{"N", ""}}},
+      {"a time in a field of texts", {{"A", "[03/01/2026]", "", "", kComputed}}, {}, {{"A", "03/01/2026"}}},
+      {"a value that a formula has taken away",
+       {{"A", "FIELD A := @DeleteField; \"x\"", "", ""}, {"B", "FIELD C := @DeleteField; \"b\"", "", "", kComputed}},
+       {{"C", "c"}},
+       {{"A", "x"}, {"B", "b"}, {"C", "-"}}},
+      {"a default that is empty", {{"A", "\"\"", "\"t\"", ""}}, {}, {{"A", "t"}}},
+      {"late, but in the order of the fields",
+       {{"A", "C", "", "", kComputed, TYPE_TEXT, true}, {"C", "\"c\"", "", "", kComputed, TYPE_TEXT, true}},
+       {{"C", "0"}},
+       {{"A", "0"}, {"C", "c"}}},
+      {"the default is validated", {{"A", "\"d\"", "", "@If(A = \"d\"; \"\"; \"no\")"}}, {}, {{"A", "d"}}},
       {"accepted", {{"A", "", "", "@If(A = \"x\"; @Success; \"no\")"}}, {{"A", "x"}}, {{"A", "x"}}},
   };
   for (const Row& row : rows) {
@@ -117,6 +133,19 @@ TEST_F(ComputeWithForm, AFailureNamesItsField) {
   const FieldRow first{"First", "\"new\"", "", "", kComputed};
   const Row rows[] = {
       {"refused with words", {first, {"A", "", "", "\"too short\""}}, ENG_ERR_COMPUTE_REFUSED, "A", "too short"},
+      {"refused by name",
+       {first, {"A", "", "", "@If(A = \"a\"; @Failure(\"not a\"); @Success)"}},
+       ENG_ERR_COMPUTE_REFUSED,
+       "A",
+       "not a"},
+      {"refused by an empty text", {first, {"A", "", "", "@Failure(\"\")"}}, ENG_ERR_COMPUTE_REFUSED, "A", ""},
+      {"refused by a list", {first, {"A", "", "", "\"a\":\"b\""}}, ENG_ERR_COMPUTE_REFUSED, "A", ""},
+      {"validated although it is missing",
+       {first, {"B", "", "", "@Failure(\"no B\")"}},
+       ENG_ERR_COMPUTE_REFUSED,
+       "B",
+       "no B"},
+      {"the first of two", {first, {"A", "", "", "\"1\""}, {"B", "", "", "\"2\""}}, ENG_ERR_COMPUTE_REFUSED, "A", "1"},
       {"refused without", {first, {"A", "", "", "0"}}, ENG_ERR_COMPUTE_REFUSED, "A", ""},
       {"the formula fails", {first, {"B", "1 / 0", "", "", kComputed}}, ENG_ERR_FORMULA_DIVISION, "B", ""},
       {"the wrong type", {first, {"N", "[01/02/2026]", "", "", kComputed, TYPE_NUMBER}}, ENG_ERR_FORMULA_TYPE, "N", ""},
@@ -134,6 +163,49 @@ TEST_F(ComputeWithForm, AFailureNamesItsField) {
       EXPECT_EQ(TextAt(document, "First"), go_on != 0 ? "new" : "old") << row.what;
       EXPECT_EQ(document.HasItem(Store("N")), 0) << row.what;
     }
+  }
+}
+
+// A line break is a zero byte in an item: as a name it must fail before the run changes anything.
+TEST_F(ComputeWithForm, ANameThatNoItemCanHave) {
+  MakeForm({{"First", "\"new\"", "", "", kComputed}, {"Last", "@SetField(A; \"x\")", "", "", kComputed}});
+  VQDocument document = Unsaved({{"First", "old"}, {"A", std::string("two\0lines", 9)}});
+  EXPECT_EQ(ReturnedStatusOf([&] { return document.ComputeWithForm(0); }), ENG_ERR_ITEM_NAME);
+  EXPECT_EQ(TextAt(document, "First"), "old");
+}
+
+// Records that a newer release has written, or a program that does not know extensions.
+TEST_F(ComputeWithForm, WhatBelongsToNoField) {
+  FieldBytes odd = vqtest::NamedField("Odd");
+  odd.DataType = 0x0700;
+  odd.Flags = kComputed;
+  odd.Value = Code("\"odd\"");
+  FieldBytes now = vqtest::NamedField("Now");
+  now.Flags = kComputed;
+  now.Value = Code("Later");
+  FieldBytes later = vqtest::NamedField("Later");
+  later.Flags = kComputed;
+  later.Value = Code("\"set\"");
+  const auto late = [](std::size_t length) { return vqtest::ExtensionRecord(length, FIELDEXTENSION_COMPUTE_LATE); };
+  struct Row {
+    const char* what;
+    std::string records;
+    const char* value;  // of Now, which is "set" when it was computed late
+  };
+  const Row rows[] = {
+      {"its own", late(now.Length()) + now.Record(), "set"},
+      {"of another length", late(now.Length() + 2) + now.Record(), "old"},
+      {"not directly ahead", late(now.Length()) + vqtest::Text("x") + now.Record(), "old"},
+      {"of an unknown field", late(odd.Length()) + odd.Record() + now.Record(), "old"},
+      {"cut off", vqtest::Record(SIG_CD_FIELD_EXTENSION, "12345678") + now.Record(), "old"},
+  };
+  for (const Row& row : rows) {
+    Form = FormOfFields(row.records + later.Record());
+    VQDocument document = Unsaved({{"Later", "old"}});
+    EXPECT_EQ(document.ComputeWithForm(0), VQ_OK) << row.what;
+    EXPECT_EQ(TextAt(document, "Now"), row.value) << row.what;
+    EXPECT_EQ(TextAt(document, "Odd"), "-") << row.what;
+    ASSERT_EQ(Db.DeleteForm(&Form), VQ_OK);
   }
 }
 

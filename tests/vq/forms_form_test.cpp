@@ -427,6 +427,9 @@ TEST_F(Form, SubformsBringTheirFields) {
   EXPECT_EQ(NamesIn(again), "Name|Street");
   EXPECT_EQ(again.GetFormSlateBody()->RemoveSubform(Store("None")), VQERR_NOT_FOUND);
   EXPECT_EQ(again.GetFormSlateBody()->RemoveSubform(Store("Address")), VQ_OK);
+  VQFormBody unread(Db.GetDatabaseBody(), 0x10004, 0);
+  EXPECT_EQ(unread.AddSubform(subform), VQERR_FORM_NOT_OPEN);
+  EXPECT_EQ(unread.RemoveSubform(Store("Address")), VQERR_FORM_NOT_OPEN);
   EXPECT_EQ(again.HasItem(Store("$SubForms")), 0);
   VQRTObject place;
   ASSERT_EQ(again.GetFormBody(&body), VQ_OK);
@@ -440,6 +443,156 @@ TEST_F(Form, SubformsBringTheirFields) {
   VQForm without = ReopenedForm(form);
   EXPECT_EQ(NamesIn(without), "Name");
   EXPECT_EQ(without.Save(), VQ_OK);
+}
+
+// A name comes into a form once, by whatever operation; what is refused leaves the body as it was.
+TEST_F(Form, NamesComeInOnce) {
+  VQDatabase elsewhere;
+  ASSERT_EQ(Session->CreateDatabase("other", &elsewhere, VQCreateDatabaseOptions()), VQ_OK);
+  VQForm far;
+  ASSERT_EQ(elsewhere.CreateForm(Store("Far"), &far), VQ_OK);
+  VQFormField foreign = AddField(far, "Foreign");
+  ASSERT_EQ(foreign.Share(), VQ_OK);
+  VQSubform subform;
+  ASSERT_EQ(Db.CreateSubform(Store("Sub"), &subform), VQ_OK);
+  ASSERT_EQ(subform.Save(), VQ_OK);
+  const VQRTSubform place(subform);
+  const VQRichText one = vqtest::RichText(vqtest::Text("a") + NamedField("One").Record());
+  const VQRichText twice = vqtest::RichText(NamedField("New").Record() + NamedField("New").Record());
+  VQForm form = NewForm("Names");
+  AddField(form, "One");
+  VQRichText body;
+  ASSERT_EQ(form.GetFormBody(&body), VQ_OK);
+  ASSERT_EQ(body.Append(place), VQ_OK);
+  const VQFormField again(Store("One"), VQRTTYPE_NUMBER_FIELD), other(Store("one"), VQRTTYPE_TEXT_FIELD);
+  struct Row {
+    const char* what;
+    std::function<VQSTATUS(VQRTCursor*)> bring;
+    VQSTATUS status;
+  };
+  const Row rows[] = {
+      {"a field", [&](VQRTCursor*) { return body.Append(again); }, VQERR_FIELD_EXISTS},
+      {"a field at a cursor", [&](VQRTCursor* at) { return body.Insert(again, at); }, VQERR_FIELD_EXISTS},
+      {"a new field", [&](VQRTCursor* at) { return body.CreateFormField(Store("One"), VQRTTYPE_TEXT_FIELD, at); },
+       VQERR_FIELD_EXISTS},
+      {"a new field's name", [&](VQRTCursor* at) { return body.CreateFormField(Store("1"), VQRTTYPE_TEXT_FIELD, at); },
+       VQERR_FIELD_NAME_CHARACTERS},
+      {"a new field's type", [&](VQRTCursor* at) { return body.CreateFormField(Store("N"), VQRTTYPE_TABLE, at); },
+       VQERR_INVALID_PARAMETER},
+      {"no cursor", [&](VQRTCursor*) { return body.CreateFormField(Store("N"), VQRTTYPE_TEXT_FIELD, nullptr); },
+       VQERR_INVALID_PARAMETER},
+      {"rich text", [&](VQRTCursor*) { return body.Append(one); }, VQERR_FIELD_EXISTS},
+      {"rich text at a cursor", [&](VQRTCursor* at) { return body.Insert(one, at); }, VQERR_FIELD_EXISTS},
+      {"twice in one", [&](VQRTCursor*) { return body.Append(twice); }, VQERR_FIELD_EXISTS},
+      {"a subform", [&](VQRTCursor*) { return body.Append(place); }, VQERR_SUBFORM_EXISTS},
+      {"a stranger's shared field", [&](VQRTCursor*) { return body.Append(foreign); },
+       VQERR_SHARED_FIELD_OTHER_DATABASE},
+      {"another case", [&](VQRTCursor*) { return body.Append(other); }, VQ_OK},
+      {"created", [&](VQRTCursor* at) { return body.CreateFormField(Store("Made"), VQRTTYPE_NAMES_FIELD, at); }, VQ_OK},
+      {"no form's text", [&](VQRTCursor*) { return VQRichText(twice).Append(twice); }, VQ_OK},
+  };
+  for (const Row& row : rows) {
+    VQRTCursor cursor;
+    ASSERT_EQ(body.GetCursor(&cursor), VQ_OK);
+    const unsigned long size = body.GetSize();
+    EXPECT_EQ(ReturnedStatusOf([&] { return row.bring(&cursor); }), row.status) << row.what;
+    if (row.status != VQ_OK) {
+      EXPECT_EQ(body.GetSize(), size) << row.what;
+    }
+  }
+  EXPECT_EQ(NamesIn(form), "Made|One|one");
+  far = VQForm();
+  foreign = VQFormField();
+}
+
+// In a table's cell too.
+TEST_F(Form, PlacesByName) {
+  VQSubform subform;
+  ASSERT_EQ(Db.CreateSubform(Store("Sub"), &subform), VQ_OK);
+  ASSERT_EQ(subform.Save(), VQ_OK);
+  VQForm form =
+      FormOfFields(vqtest::TableBegin() + vqtest::Cell(0, 0) + NamedField("InCell").Record() + vqtest::TableEnd() +
+                   NamedField("Two").Record() + NamedField("Two").Record() + NamedField("").Record());
+  VQRichText body;
+  ASSERT_EQ(form.GetFormBody(&body), VQ_OK);
+  ASSERT_EQ(body.Append(VQRTSubform(subform)), VQ_OK);
+  VQRTContainer top;
+  ASSERT_EQ(body.GetTopContainer(&top), VQ_OK);
+  VQFormField field;
+  VQRTSubform place;
+  VQRTObject any;
+  struct Row {
+    const char* what;
+    std::function<VQSTATUS()> operation;
+    VQSTATUS status;
+  };
+  const Row rows[] = {
+      {"cell", [&] { return body.GetFormField(Store("InCell"), &field); }, VQ_OK},
+      {"case", [&] { return top.GetFormField(Store("incell"), &field); }, VQWARN_NOT_FOUND},
+      {"nameless", [&] { return top.GetFormField(VQString(), &field); }, VQWARN_NOT_FOUND},
+      {"null", [&] { return body.GetFormField(Store("Two"), nullptr); }, VQERR_NULL_POINTER},
+      {"a subform is no field", [&] { return body.GetFormField(Store("Sub"), &field); }, VQWARN_NOT_FOUND},
+      {"subform", [&] { return body.GetRTSubform(Store("Sub"), &place); }, VQ_OK},
+      {"no subform", [&] { return top.GetRTSubform(Store("Two"), &place); }, VQWARN_NOT_FOUND},
+      {"OLE object", [&] { return body.GetOLEObject(Store("Two"), &any); }, VQWARN_NOT_FOUND},
+      {"delete OLE object", [&] { return top.DeleteOLEObject(Store("Two")); }, VQWARN_NOT_FOUND},
+      {"delete cell", [&] { return body.DeleteFormField(Store("InCell")); }, VQ_OK},
+      {"deleted", [&] { return body.DeleteFormField(Store("InCell")); }, VQWARN_NOT_FOUND},
+      {"delete both", [&] { return top.DeleteFormField(Store("Two")); }, VQ_OK},
+      {"delete subform", [&] { return body.DeleteRTSubform(Store("Sub")); }, VQ_OK},
+      {"subform gone", [&] { return top.DeleteRTSubform(Store("Sub")); }, VQWARN_NOT_FOUND},
+      {"no text", [] { return VQRichText().DeleteFormField(Store("x")); }, VQERR_OBJECT_NOT_INITIALIZED},
+      {"no container", [] { return VQRTContainer().DeleteRTSubform(Store("x")); }, VQERR_OBJECT_NOT_INITIALIZED},
+  };
+  for (const Row& row : rows) EXPECT_EQ(ReturnedStatusOf(row.operation), row.status) << row.what;
+  EXPECT_EQ(NamesIn(form), "");
+}
+
+// Fields are checked before an item is touched: no placeholder is left that no list names.
+TEST_F(Form, ARefusedSaveLeavesNothingBehind) {
+  VQForm form = NewForm("Refused");
+  VQFormField first = AddField(form, "First");
+  VQFormField second = AddField(form, "Second");
+  ASSERT_EQ(form.Save(), VQ_OK);
+  ASSERT_EQ(second.SetComputeOption(VQCOMPUTEOPTION_COMPUTED), VQ_OK);
+  EXPECT_EQ(ReturnedStatusOf([&] { return form.Save(); }), VQERR_NO_COMPUTED_FORMULA);
+  ASSERT_EQ(first.SetName(Store("Renamed")), VQ_OK);
+  EXPECT_EQ(ReturnedStatusOf([&] { return form.Save(); }), VQERR_NO_COMPUTED_FORMULA);
+  ASSERT_EQ(second.SetValueFormula(Formula("1")), VQ_OK);
+  ASSERT_EQ(first.SetName(Store("Final")), VQ_OK);
+  ASSERT_EQ(form.Save(), VQ_OK);
+  EXPECT_EQ(StoredText(form, "$Fields"), "Final|Second");
+  for (const char* gone : {"First", "Renamed"}) EXPECT_EQ(StoredFlags(form, gone), -1) << gone;
+  for (const char* there : {"Final", "Second"}) EXPECT_EQ(StoredFlags(form, there), VQITEMFLAGS_PLACEHOLDER) << there;
+}
+
+// Subforms that insert each other and themselves end, and each brings its fields once.
+TEST_F(Form, SubformsInARing) {
+  std::vector<VQSubform> subforms(3);
+  for (int i = 0; i < 3; ++i) {
+    ASSERT_EQ(Db.CreateSubform(Store("S" + std::to_string(i)), &subforms[i]), VQ_OK);
+    ASSERT_EQ(subforms[i].Save(), VQ_OK);
+  }
+  for (int i = 0; i < 3; ++i) {
+    VQRichText text;
+    ASSERT_EQ(subforms[i].GetSubformBody(&text), VQ_OK);
+    for (const VQSubform& inserted : subforms) ASSERT_EQ(text.Append(VQRTSubform(inserted)), VQ_OK);
+    VQFormField field(Store("F" + std::to_string(i)), VQRTTYPE_TEXT_FIELD);
+    ASSERT_EQ(field.SetComputeOption(VQCOMPUTEOPTION_EDITABLE), VQ_OK);
+    ASSERT_EQ(field.SetValueFormula(Formula("\"v\"")), VQ_OK);
+    ASSERT_EQ(text.Append(field), VQ_OK);
+    ASSERT_EQ(subforms[i].Save(), VQ_OK);
+  }
+  VQForm form = NewForm("Ring");
+  VQRichText body;
+  ASSERT_EQ(form.GetFormBody(&body), VQ_OK);
+  ASSERT_EQ(body.Append(VQRTSubform(subforms[0])), VQ_OK);
+  ASSERT_EQ(form.Save(), VQ_OK);
+  EXPECT_EQ(StoredText(form, "$Fields"), "F0|F1|F2");
+  VQDocument document = NewDocument("x");
+  SetText(document, "Form", "Ring");
+  ASSERT_EQ(document.ComputeWithForm(0), VQ_OK);
+  EXPECT_EQ(TextAt(document, "F0") + TextAt(document, "F2"), "vv");
 }
 
 TEST_F(Form, ManyFieldsInTablesAndOut) {

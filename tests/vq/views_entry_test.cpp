@@ -339,6 +339,7 @@ TEST_F(Entries, AFindKeepsToItsNavigator) {
   for (const int throws : {0, 1}) {
     VQSetThrowAllErrors(throws);
     EXPECT_EQ(ReturnedStatusOf([&] { return view.Find(VQString(), &entry); }), VQERR_OUT_OF_RANGE);
+    EXPECT_EQ(ReturnedStatusOf([&] { return view.Find(VQDatetime(), &entry); }), VQERR_UNINITIALIZED_ARGUMENT);
     EXPECT_EQ(ReturnedStatusOf([&] { return VQViewFolder().Find(VQString("c"), &entry); }),
               VQERR_OBJECT_NOT_INITIALIZED);
     VQSetThrowAllErrors(0);

@@ -59,9 +59,7 @@ int Run(const Options& options, const Arguments& arguments) {
   std::vector<std::string> lines = LinesOf(report);
   if (format != Format::kText && !arguments.no_files) {
     const auto folder = std::filesystem::absolute(arguments.file).parent_path();
-    for (const std::string& name : WriteFiles(document, body, folder)) {
-      lines.push_back("the file " + name + ": its place is taken");
-    }
+    for (std::string& line : WriteFiles(document, body, folder)) lines.push_back(std::move(line));
   }
   Report(options, ToText(file), lines);
   return kExitDone;

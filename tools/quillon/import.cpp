@@ -176,9 +176,14 @@ void ImportFile(VQDatabase& database, const Arguments& arguments, const Source& 
   const Format format =
       arguments.format == "auto" ? FormatOfFile(source.path.string()) : FormatOfName(arguments.format);
   if (!arguments.plain && format == Format::kText) StyleText(body);
-  if (!arguments.no_files) AttachPictures(document, body, source.path.parent_path());
+  std::vector<std::string> lines = LinesOf(report);
+  if (!arguments.no_files) {
+    for (std::string& line : AttachPictures(document, body, source.path.parent_path())) {
+      lines.push_back(std::move(line));
+    }
+  }
   document.Save();
-  if (report.GetCount() > 0) lost->push_back({source.subject, LinesOf(report)});
+  if (!lines.empty()) lost->push_back({source.subject, std::move(lines)});
 }
 
 void ImportFiles(VQDatabase& database, const Options& options, const Arguments& arguments, const Found& found,

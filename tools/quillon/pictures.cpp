@@ -28,14 +28,27 @@ std::string Decoded(const std::string& address) {
   return text;
 }
 
-// Of a file below the folder that the address is read in; no other server, no other place.
-bool IsBelow(const std::string& address) {
-  if (address.empty() || address.find_first_of(":\\?#") != std::string::npos ||
-      address.find('\0') != std::string::npos) {
-    return false;
-  }
-  const fs::path path(address);
-  return path.is_relative() && std::ranges::none_of(path, [](const fs::path& part) { return part == ".."; });
+// Whether the name is that of a file below the folder that it is read in.
+bool IsBelow(const std::string& name) {
+  if (name.empty() || name.find('\0') != std::string::npos) return false;
+  const fs::path path(name);
+  return path.is_relative() && path.has_filename() &&
+         std::ranges::none_of(path, [](const fs::path& part) { return part == ".."; });
+}
+
+// The file that an address names; empty where it names another server or another place.
+std::string FileOf(const std::string& address) {
+  if (address.find_first_of(":\\?#") != std::string::npos) return {};
+  const std::string name = Decoded(address);
+  return IsBelow(name) ? name : std::string();
+}
+
+// Links may lead out of the folder.
+bool LeadsOut(const fs::path& file, const fs::path& folder) {
+  std::error_code error;
+  const fs::path root = fs::weakly_canonical(folder, error);
+  const fs::path place = error ? fs::path() : fs::weakly_canonical(file, error);
+  return error || std::mismatch(root.begin(), root.end(), place.begin(), place.end()).first != root.end();
 }
 
 std::string PictureOf(const VQHotspot& link) {
@@ -47,11 +60,11 @@ std::string PictureOf(const VQHotspot& link) {
     start = data.find('\0', start);
     if (start++ == std::string::npos) return {};
   }
-  return Decoded(data.substr(start, data.find('\0', start) - start));
+  return FileOf(data.substr(start, data.find('\0', start) - start));
 }
 
 void AddOnce(const std::string& name, std::vector<std::string>* names) {
-  if (IsBelow(name) && std::ranges::find(*names, name) == names->end()) names->push_back(name);
+  if (!name.empty() && std::ranges::find(*names, name) == names->end()) names->push_back(name);
 }
 
 template <typename Take>
@@ -67,36 +80,52 @@ std::vector<std::string> PicturesOf(const VQRichText& body) {
   return names;
 }
 
+// Writes the attachment as a file of that name; says why where it cannot be.
+std::string WriteFile(const VQDocument& document, const std::string& name, const fs::path& folder) {
+  const fs::path file = folder / name;
+  std::error_code error;
+  if (!IsBelow(name) || LeadsOut(file.parent_path(), folder)) return "its name leads out of the folder";
+  const fs::file_status state = fs::symlink_status(file, error);
+  if (fs::exists(state)) return "its place is taken";
+  if (!fs::status_known(state)) return error.message();
+  fs::create_directories(file.parent_path(), error);
+  if (error) return error.message();
+  try {
+    document.Detach(FromText(name), FromText(fs::absolute(file).string()));
+  } catch (VQSTATUS status) {
+    return StatusWords(status);
+  }
+  return {};
+}
+
 }  // namespace
 
-void AttachPictures(VQDocument& document, const VQRichText& body, const fs::path& folder) {
-  std::error_code error;
-  const fs::path root = fs::canonical(folder, error);
+std::vector<std::string> AttachPictures(VQDocument& document, const VQRichText& body, const fs::path& folder) {
+  std::vector<std::string> left;
   for (const std::string& name : PicturesOf(body)) {
-    // Links may lead out of the folder.
+    std::error_code error;
     const fs::path file = fs::canonical(folder / name, error);
-    const bool inside = !error && std::mismatch(root.begin(), root.end(), file.begin(), file.end()).first == root.end();
-    if (!inside || !fs::is_regular_file(file)) continue;
-    document.CreateAttachment(FromText(file.string()), FromText(name));
+    if (error || LeadsOut(file, folder) || !fs::is_regular_file(file, error)) continue;
+    try {
+      document.CreateAttachment(FromText(file.string()), FromText(name));
+    } catch (VQSTATUS status) {
+      left.push_back("the file " + name + ": " + StatusWords(status));
+    }
   }
+  return left;
 }
 
 std::vector<std::string> WriteFiles(const VQDocument& document, const VQRichText& body, const fs::path& folder) {
   std::vector<std::string> names = PicturesOf(body);
   ForEach(body, VQRTTYPE_ATTACHMENT,
           [&](const VQRTObject& shown) { AddOnce(ToText(VQRTAttachment(shown).GetAttachmentName()), &names); });
-  std::vector<std::string> taken;
+  std::vector<std::string> left;
   for (const std::string& name : names) {
     if (!document.HasAttachment(FromText(name))) continue;
-    const fs::path file = folder / name;
-    if (fs::exists(fs::symlink_status(file))) {
-      taken.push_back(name);
-      continue;
-    }
-    fs::create_directories(file.parent_path());
-    document.Detach(FromText(name), FromText(fs::absolute(file).string()));
+    const std::string reason = WriteFile(document, name, folder);
+    if (!reason.empty()) left.push_back("the file " + name + ": " + reason);
   }
-  return taken;
+  return left;
 }
 
 }  // namespace tool

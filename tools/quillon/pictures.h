@@ -10,9 +10,12 @@
 
 namespace tool {
 
+// Both give a line for each file that could not be taken along, and why.
+
 // Attaches the pictures that the text shows from the folder, or from below it, each under its address.
-void AttachPictures(VQDocument& document, const VQRichText& body, const std::filesystem::path& folder);
-// Writes the attachments that the text shows into the folder. Gives the names of those whose place was taken.
+std::vector<std::string> AttachPictures(VQDocument& document, const VQRichText& body,
+                                        const std::filesystem::path& folder);
+// Writes the attachments that the text shows into the folder, and none over a file that is there.
 std::vector<std::string> WriteFiles(const VQDocument& document, const VQRichText& body,
                                     const std::filesystem::path& folder);
 

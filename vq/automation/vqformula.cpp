@@ -151,10 +151,12 @@ VQSTATUS VQFormulaBody::EnsureText() {
   uint16_t length = 0;
   if (VQSTATUS status = vq::FromEngine(EngFormulaDecompile(Code, 0, &block, &length))) return status;
   const void* bytes = EngMemLock(block);
-  if (bytes != nullptr) Text = VQString(static_cast<const VQCHAR*>(bytes), length);
+  VQSTATUS status = bytes != nullptr ? VQ_OK : VQERR_CORRUPTED;
+  if (length > VQStringBody::kMaximumBytes) status = VQERR_STRING_TOO_LONG;
+  if (status == VQ_OK) Text = VQString(static_cast<const VQCHAR*>(bytes), length);
   EngMemUnlock(block);
   EngMemFree(block);
-  return bytes != nullptr ? VQ_OK : VQERR_CORRUPTED;
+  return status;
 }
 
 VQSTATUS VQFormulaBody::EnsureCompute() {

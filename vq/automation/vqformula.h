@@ -79,6 +79,7 @@ class VQ_API VQFormula : public VQSmartPtr {
   // The engine block that holds the code, 0 for shared code.
   ENGHANDLE GetCodeHandle() const;
   unsigned long GetCodeLength() const;
+  // VQERR_STRING_TOO_LONG for code whose text is longer than a string can be.
   VQString GetText() const;
 
   VQFormulaBody* GetFormulaBody() const { return static_cast<VQFormulaBody*>(Body); }

@@ -10,13 +10,12 @@ VQDatabaseBody* VQFormFieldBody::GetDatabaseBody() const {
   return slate != nullptr ? slate->GetDatabaseBody() : nullptr;
 }
 
+// The flags alone: every operation asks. What else the record says is checked by what reads it.
 bool VQFormFieldBody::IsSharedField() const {
-  bool shared = false;
-  const VQSTATUS status = WithField([&](const vq::FieldView& field) {
-    shared = (field.Fixed.Flags & FIELD_REFERENCE) != 0;
-    return VQ_OK;
-  });
-  return status == VQ_OK && shared;
+  constexpr std::uint32_t kFlags = 4;
+  if (IsClosed()) return false;
+  const vq::RecordBytes bytes(*this);
+  return bytes.GetSize() >= kFlags + 2 && (vq::LoadWord(bytes.Get() + kFlags) & FIELD_REFERENCE) != 0;
 }
 
 // The definition is the stored slate of the field's name; one that was deleted meanwhile is none.
@@ -127,38 +126,53 @@ VQSTATUS VQFormFieldBody::Rename(std::string_view name) {
   return status == VQ_OK ? SetName(name) : status;
 }
 
-VQSTATUS VQFormFieldBody::Validate() {
-  VQFormFieldBody* design = nullptr;
-  VQSTATUS status = Resolve(&design);
-  if (status != VQ_OK) return status;
-  if (design != this) return design->Validate();
-  bool has_value = false;
-  bool has_list = false;
-  bool computed = false;
-  status = WithField([&](const vq::FieldView& field) {
-    has_value = !field.Parts[vq::kFieldValue].empty();
-    has_list = !field.Parts[vq::kFieldTextValue].empty();
-    computed = vq::ComputeOptionOf(field.Fixed) != VQCOMPUTEOPTION_EDITABLE;
-    std::string record;
-    return vq::BuildField(field, &record);
+VQSTATUS VQFormFieldBody::ReadFacts(Facts* facts) const {
+  return WithField([&](const vq::FieldView& field) {
+    facts->Name = field.Parts[vq::kFieldName];
+    facts->Type = field.Fixed.DataType;
+    facts->HasValue = !field.Parts[vq::kFieldValue].empty();
+    facts->HasList = !field.Parts[vq::kFieldTextValue].empty();
+    facts->Computed = vq::ComputeOptionOf(field.Fixed) != VQCOMPUTEOPTION_EDITABLE;
+    return VQ_OK;
   });
-  if (status != VQ_OK) return status;
-  if (computed && !has_value) return VQERR_NO_COMPUTED_FORMULA;
+}
+
+// A record that could be read has a length that fits: setters refuse what would not.
+VQSTATUS VQFormFieldBody::Check(const Facts& facts) const {
+  if (facts.Computed && !facts.HasValue) return VQERR_NO_COMPUTED_FORMULA;
   if (!IsType(VQRTTYPE_KEYWORDS_FIELD)) return VQ_OK;
   VQCHOICESOPTION option = VQCHOICESOPTION_NONE;
-  status = GetChoicesOption(&option);
-  if (status != VQ_OK) return status;
-  if (option == VQCHOICESOPTION_LIST) return has_list ? VQ_OK : VQERR_NO_CHOICES_LIST;
+  if (VQSTATUS status = GetChoicesOption(&option)) return status;
+  if (option == VQCHOICESOPTION_LIST) return facts.HasList ? VQ_OK : VQERR_NO_CHOICES_LIST;
   if (option != VQCHOICESOPTION_FORMULA) return VQ_OK;
   return WithExtension([](const vq::FieldExtensionView& extension) {
     return extension.Parts[vq::kExtensionChoicesFormula].empty() ? VQERR_NO_CHOICES_FORMULA : VQ_OK;
   });
 }
 
-VQSTATUS VQFormFieldBody::PrepareSave() {
-  if (VQSTATUS status = Validate()) return status;
+VQSTATUS VQFormFieldBody::Validate() {
+  VQFormFieldBody* design = nullptr;
+  if (VQSTATUS status = Resolve(&design)) return status;
+  Facts facts;
+  const VQSTATUS status = design->ReadFacts(&facts);
+  return status == VQ_OK ? design->Check(facts) : status;
+}
+
+VQSTATUS VQFormFieldBody::PrepareSave(std::string* name, unsigned short* type) {
+  VQFormFieldBody* design = nullptr;
+  if (VQSTATUS status = Resolve(&design)) return status;
+  Facts facts;
+  VQSTATUS status = design->ReadFacts(&facts);
+  if (status == VQ_OK) status = design->Check(facts);
+  if (status != VQ_OK) return status;
+  *type = facts.Type;
+  if (design == this) {
+    *name = std::move(facts.Name);
+    return VQ_OK;
+  }
+  if ((status = ReadName(name)) != VQ_OK) return status;
   return vq::Caught([&]() -> VQSTATUS {
-    if (!IsSharedField() || !SharedField.IsOpen() || SharedField.GetSlateBody()->IsModified() == 0) return VQ_OK;
+    if (!SharedField.IsOpen() || SharedField.GetSlateBody()->IsModified() == 0) return VQ_OK;
     return SharedField.GetSlateBody()->Save(0);
   });
 }

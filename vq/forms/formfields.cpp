@@ -44,6 +44,7 @@ constexpr std::string_view kOwnItems[] = {"$TITLE",
                                           "$UpdatedBy"};
 
 bool IsOwnItem(std::string_view name) {
+  if (name.empty() || (name.front() != '$' && (name.front() | 0x20) != 's')) return false;
   const auto same = [](char a, char b) {
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
     return lower(a) == lower(b);
@@ -54,13 +55,30 @@ bool IsOwnItem(std::string_view name) {
 }
 
 // Placeholders of other programs too: an empty value, or one number or time that goes with no summary.
+bool IsPlaceholder(std::uint16_t type, std::uint16_t flags) {
+  if (type == 0) return (flags & VQITEMFLAGS_PLACEHOLDER) != 0;
+  return flags == VQITEMFLAGS_SIGN && (type == TYPE_NUMBER || type == TYPE_TIME);
+}
+
 bool LooksLikePlaceholder(ENGHANDLE slate, const vq::ItemPlace& place) {
   std::uint16_t flags = 0;
+  std::uint16_t type = 0;
+  const ENGSTATUS result = EngItemQuery(slate, place.Item, nullptr, 0, nullptr, &flags, &type, nullptr, nullptr);
+  return result == ENG_OK && IsPlaceholder(type, flags);
+}
+
+// Whether the item of that index is a placeholder of that name.
+bool FindPlaceholderAt(ENGHANDLE slate, unsigned long index, std::string_view name, vq::ItemPlace* place) {
+  constexpr std::uint16_t kLongest = 64;
+  ENGCHAR text[kLongest];
   std::uint16_t length = 0;
-  const ENGSTATUS result = EngItemQuery(slate, place.Item, nullptr, 0, &length, &flags, nullptr, nullptr, nullptr);
-  if (result != ENG_OK) return false;
-  if (place.Type == 0) return (flags & VQITEMFLAGS_PLACEHOLDER) != 0;
-  return flags == VQITEMFLAGS_SIGN && (place.Type == TYPE_NUMBER || place.Type == TYPE_TIME);
+  std::uint16_t flags = 0;
+  ENGSTATUS result = EngSlateItemAt(slate, static_cast<std::uint32_t>(index), &place->Item);
+  if (result == ENG_OK) {
+    result = EngItemQuery(slate, place->Item, text, kLongest, &length, &flags, &place->Type, nullptr, nullptr);
+  }
+  return result == ENG_OK && length <= kLongest &&
+         std::string_view(reinterpret_cast<const char*>(text), length) == name && IsPlaceholder(place->Type, flags);
 }
 
 }  // namespace
@@ -72,14 +90,21 @@ VQSTATUS VQFormBody::GetFormBody(VQRichText* body) {
   return status;
 }
 
-// Of a field's name, what a save has left; an item that is something else stays.
+// Of a field's name, what a save has left; an item that is something else stays. A save writes them one behind the
+// other and their list last, so that going back from there each is the next one.
 VQSTATUS VQFormBody::RemovePlaceholders() {
+  if (!HasItem(kFields)) return VQ_OK;
   std::vector<std::string> names;
   ReadTexts(kFields, &names);
-  for (const std::string& name : names) {
+  unsigned long next = ItemCount();
+  if (next > 0) --next;  // the list
+  for (auto name = names.rbegin(); name != names.rend(); ++name) {
+    if (IsOwnItem(*name)) continue;
     vq::ItemPlace place;
-    if (IsOwnItem(name) || PlaceOf(name, &place) != VQ_OK || !LooksLikePlaceholder(GetHandle(), place)) continue;
-    if (VQSTATUS status = Remove(name)) return status;
+    const bool adjacent = next > 0 && FindPlaceholderAt(GetHandle(), next - 1, *name, &place);
+    if (adjacent) --next;
+    if (!adjacent && (PlaceOf(*name, &place) != VQ_OK || !LooksLikePlaceholder(GetHandle(), place))) continue;
+    if (VQSTATUS status = DropItem(place)) return status;
   }
   return Remove(kFields);
 }
@@ -94,33 +119,49 @@ VQSTATUS VQFormBody::AddFields(VQRichTextBody* text) {
   return VQ_OK;
 }
 
-// A subform that is not there, or that can't be read, has no fields; forms that insert it open all the same.
+// A subform that is not there, or that can't be read, has no fields; forms that insert it open all the same. One that
+// is inserted again, in itself perhaps, has brought its fields.
 VQSTATUS VQFormBody::AddSubformFields(VQRichTextBody* text, unsigned depth) {
   VQRTContainerBody* top = text->GetTop();
   for (VQRTObjectBody* place = top->FirstOfType(VQRTTYPE_RT_SUBFORM); place != nullptr;
        place = top->NextOfType(place, VQRTTYPE_RT_SUBFORM)) {
+    HasSubforms = true;
     VQSubform subform;
     VQRichTextBody* inner = nullptr;
     const VQSTATUS found = vq::Caught([&]() -> VQSTATUS {
       if (VQSTATUS status = vq::FindSubform(*place, &subform)) return status;
+      if (HasFieldsOf(subform.GetSlateID())) return VQWARN_NOT_FOUND;
       if (VQSTATUS status = subform.CreateSlateBody(0, 0, 0)) return status;
       return vq::FindBodyText(subform.GetSlateBody(), &inner);
     });
     if (found != VQ_OK || inner->Initialize() != VQ_OK) continue;
     Subforms.push_back(subform);
     VQSTATUS status = AddFields(inner);
-    if (status == VQ_OK && depth < kDeepestSubform) status = AddSubformFields(inner, depth + 1);
+    if (status == VQ_OK && depth + 1 < kDeepestSubform) status = AddSubformFields(inner, depth + 1);
     if (status != VQ_OK) return status;
   }
   return VQ_OK;
 }
 
+bool VQFormBody::HasFieldsOf(unsigned long subform) const {
+  return std::any_of(Subforms.begin(), Subforms.end(),
+                     [=](const VQSubform& present) { return present.GetSlateID() == subform; });
+}
+
+// Whether the list is that of the rich text as it is now.
+bool VQFormBody::IsListValid() const {
+  const VQItemBody* kept = GetKeptItem();
+  return FieldListBuilt != 0 && kept == ListText && (kept->GetState() & VQItemBody::kDeleted) == 0 &&
+         ListText->IsInitialized() != 0 && ListStructure == ListText->GetStructure();
+}
+
 VQSTATUS VQFormBody::BuildFieldList() {
+  if (FormOpen == 0) return VQERR_FORM_NOT_OPEN;
+  if (IsListValid()) return VQ_OK;
   VQRichTextBody* text = nullptr;
   VQSTATUS status = vq::FindOrMakeBodyText(this, &text);
   if (status == VQ_OK) status = text->Initialize();
   if (status != VQ_OK) return status;
-  if (FieldListBuilt != 0 && ListText == text && ListStructure == text->GetStructure()) return VQ_OK;
   ReleaseFieldList();
   ++ListGeneration;
   status = RemovePlaceholders();
@@ -149,11 +190,16 @@ VQSTATUS VQFormBody::FindField(const VQString& name, VQFormFieldBody** field) {
   return VQWARN_NOT_FOUND;
 }
 
-// As forms have always had them: for a field of numbers a time, for one of times a number.
+// As forms have always had them: for a field of numbers a time, for one of times a number. An item of that name that is
+// something else stays.
 VQSTATUS VQFormBody::SavePlaceholder(const std::string& name, unsigned short type) {
   vq::ItemPlace place;
   const VQSTATUS present = PlaceOf(name, &place);
-  if (IsOwnItem(name) || (present == VQ_OK && !LooksLikePlaceholder(GetHandle(), place))) return VQ_OK;
+  if (IsOwnItem(name) || VQIsError(present)) return IsOwnItem(name) ? VQ_OK : present;
+  if (present == VQ_OK) {
+    if (!LooksLikePlaceholder(GetHandle(), place)) return VQ_OK;
+    if (VQSTATUS status = DropItem(place)) return status;
+  }
   unsigned char value[8] = {};
   switch (type) {
     case TYPE_NUMBER:
@@ -162,35 +208,37 @@ VQSTATUS VQFormBody::SavePlaceholder(const std::string& name, unsigned short typ
       void* cursor = value;
       const ENGSTATUS result = EngOdsWrite(&cursor, ODS_TIMEDATE, moment.GetTIMEDATE(), 1);
       if (result != ENG_OK) return vq::FromEngine(result);
-      return SaveValue(name, TYPE_TIME, {reinterpret_cast<char*>(value), sizeof value}, VQITEMFLAGS_SIGN);
+      return AppendItem(name, TYPE_TIME, value, sizeof value, VQITEMFLAGS_SIGN, nullptr);
     }
     case TYPE_TIME:
     case TYPE_TIME_RANGE:
-      return SaveValue(name, TYPE_NUMBER, {reinterpret_cast<char*>(value), sizeof value}, VQITEMFLAGS_SIGN);
+      return AppendItem(name, TYPE_NUMBER, value, sizeof value, VQITEMFLAGS_SIGN, nullptr);
     default:
-      return SaveValue(name, 0, {}, VQITEMFLAGS_PLACEHOLDER);
+      return AppendItem(name, 0, nullptr, 0, VQITEMFLAGS_PLACEHOLDER, nullptr);
   }
 }
 
+// All fields are asked before an item changes, so that a field that is refused leaves no placeholder that no list
+// names.
 VQSTATUS VQFormBody::SaveFields() {
-  FieldListBuilt = 0;
+  // Subforms may be others by now.
+  if (HasSubforms) FieldListBuilt = 0;
   if (VQSTATUS status = BuildFieldList()) return status;
   std::vector<std::string> names;
+  std::vector<unsigned short> types;
+  names.reserve(FieldList.GetCount());
+  types.reserve(FieldList.GetCount());
   for (VQQuillonClass* each = FieldList.GetFirst(); each != nullptr; each = FieldList.GetNext(each)) {
     auto* field = static_cast<VQFormFieldBody*>(static_cast<VQRTObjectBody*>(each));
-    VQFormFieldBody* design = nullptr;
-    std::string name;
-    unsigned short type = 0;
-    VQSTATUS status = field->PrepareSave();
-    if (status == VQ_OK) status = field->ReadName(&name);
-    if (status == VQ_OK) status = field->Resolve(&design);
-    if (status == VQ_OK) status = design->ReadDataType(&type);
-    if (status == VQ_OK) status = SavePlaceholder(name, type);
-    if (status != VQ_OK) return status;
-    names.push_back(name);
+    names.emplace_back();
+    types.emplace_back();
+    if (VQSTATUS status = field->PrepareSave(&names.back(), &types.back())) return status;
   }
-  if (names.empty()) return VQ_OK;
   const std::string value = vq::TextListValue(names);
   if (names.size() > 0xFFFF || value.size() > 0xFFFF - 2) return VQERR_TEXT_TOO_LONG;
+  // Those of an earlier save.
+  VQSTATUS status = RemovePlaceholders();
+  for (std::size_t i = 0; status == VQ_OK && i < names.size(); ++i) status = SavePlaceholder(names[i], types[i]);
+  if (status != VQ_OK || names.empty()) return status;
   return SaveValue(kFields, TYPE_TEXT_LIST, value, VQITEMFLAGS_SUMMARY);
 }

@@ -71,8 +71,9 @@ VQSTATUS VQFormBody::ReadItem(std::string_view item, unsigned short* type, std::
   vq::ItemPlace place;
   if (VQSTATUS status = PlaceOf(item, &place)) return status;
   *type = place.Type;
+  if (place.Size < kTypeWord) return VQERR_CORRUPTED;
   const auto* bytes = static_cast<const char*>(EngMemLock(place.Value.Pool));
-  if (bytes == nullptr || place.Size < kTypeWord) return VQERR_CORRUPTED;
+  if (bytes == nullptr) return VQERR_CORRUPTED;
   value->assign(bytes + place.Value.Block + kTypeWord, place.Size - kTypeWord);
   EngMemUnlock(place.Value.Pool);
   return VQ_OK;

@@ -328,14 +328,24 @@ class VQ_API VQFormFieldBody : public VQRTElementBody {
   [[nodiscard]] VQSTATUS PointAt(const VQSharedField& shared);
   // The field that has the design: this one, or that of the definition.
   [[nodiscard]] VQSTATUS Resolve(VQFormFieldBody** body);
-  // For a form's Save: validates, and stores a definition that was changed.
-  [[nodiscard]] VQSTATUS PrepareSave();
+  // For a form's Save: validates, stores a definition that was changed, and gives the name and the value's type.
+  [[nodiscard]] VQSTATUS PrepareSave(std::string* name, unsigned short* type);
   // The records of another field, as one that is not shared.
   [[nodiscard]] VQSTATUS TakeDesign(const VQFormFieldBody& source);
   // Null when there is none.
   VQRTObjectBody* FindExtension() const;
 
  private:
+  // What a record says of a field that is about to be saved.
+  struct Facts {
+    std::string Name;
+    unsigned short Type = 0;
+    bool HasValue = false;
+    bool HasList = false;
+    bool Computed = false;
+  };
+  [[nodiscard]] VQSTATUS ReadFacts(Facts* facts) const;
+  [[nodiscard]] VQSTATUS Check(const Facts& facts) const;
   [[nodiscard]] VQSTATUS ReadOwnRecord(const vq::RecordBytes& bytes, vq::FieldView* field) const;
   // An empty one where there is none; VQERR_EDITED_BY_OLDER.
   [[nodiscard]] VQSTATUS ReadOwnExtension(const vq::RecordBytes* bytes, std::uint32_t field_length,

@@ -38,6 +38,7 @@ VQFormBody::VQFormBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE h
       ListStructure(0),
       IsNew(0),
       FormOpen(0),
+      HasSubforms(false),
       ListGeneration(0) {
   Reset();
 }
@@ -100,6 +101,7 @@ VQSTATUS VQFormBody::Open(unsigned long flags) {
 void VQFormBody::ReleaseFieldList() {
   FieldList.RemoveAll();
   Subforms.clear();
+  HasSubforms = false;
   FieldListBuilt = 0;
 }
 
@@ -237,6 +239,7 @@ VQSTATUS VQFormBody::SetBackgroundGraphic(const VQGraphic& graphic) {
 VQSTATUS VQFormBody::RemoveBackgroundGraphic() { return Remove(kBackground); }
 
 VQSTATUS VQFormBody::AddSubform(const VQSubform& subform) {
+  if (FormOpen == 0) return VQERR_FORM_NOT_OPEN;
   if (subform.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
   const VQString name = subform.GetName();
   if (name.IsNull()) return VQERR_NULL_STRING;
@@ -249,6 +252,7 @@ VQSTATUS VQFormBody::AddSubform(const VQSubform& subform) {
 }
 
 VQSTATUS VQFormBody::RemoveSubform(const VQString& name) {
+  if (FormOpen == 0) return VQERR_FORM_NOT_OPEN;
   std::vector<std::string> names;
   ReadTexts(kSubforms, &names);
   const auto found = std::find(names.begin(), names.end(), vq::ViewOf(name));

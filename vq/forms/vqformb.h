@@ -381,6 +381,8 @@ class VQ_API VQFormBody : public VQSlateBody {
   [[nodiscard]] VQSTATUS RemovePlaceholders();
   [[nodiscard]] VQSTATUS AddFields(VQRichTextBody* text);
   [[nodiscard]] VQSTATUS AddSubformFields(VQRichTextBody* text, unsigned depth);
+  bool HasFieldsOf(unsigned long subform) const;
+  bool IsListValid() const;
 
   FieldElements FieldList;
   int FieldListBuilt;
@@ -432,6 +434,7 @@ class VQ_API VQFormBody : public VQSlateBody {
   Surroundings InfoAround;
   Surroundings AutoLaunchAround;
   std::vector<VQSubform> Subforms;  // whose fields are in the list
+  bool HasSubforms;                 // or had places for some when the list was made
   unsigned long ListGeneration;
 };
 

@@ -213,8 +213,27 @@ std::uint32_t SimpleFont(std::uint32_t font) {
   return vq::fontid::IsTableFace(vq::fontid::Face(simple)) ? vq::fontid::WithFace(simple, kPlainFace) : simple;
 }
 
+// Runs whose fonts a converter does not get as they are.
+struct LostFonts {
+  unsigned long Faces = 0;
+  unsigned long Effects = 0;
+
+  void Count(std::uint32_t font) {
+    if (vq::fontid::IsTableFace(vq::fontid::Face(font))) ++Faces;
+    if ((font & vq::fontid::kEffectBit) != 0) ++Effects;
+  }
+  VQSTATUS Tell(VQText* report) const {
+    const auto add = [report](const char* words, unsigned long count) {
+      if (count == 0) return VQSTATUS{VQ_OK};
+      return report->Insert(report->GetCount(), VQString((words + std::to_string(count)).c_str()));
+    };
+    const VQSTATUS status = add("runs in faces of the font table, shown in the usual one: ", Faces);
+    return status == VQ_OK ? add("runs with shadows and other effects, shown without: ", Effects) : status;
+  }
+};
+
 // Makes the fonts of a block's runs simple; what style extensions say is not passed on, and goes.
-VQSTATUS SimplifyFonts(unsigned char* bytes, std::uint32_t* size) {
+VQSTATUS SimplifyFonts(unsigned char* bytes, std::uint32_t* size, LostFonts* lost) {
   constexpr std::uint32_t kFont = 4;
   std::uint32_t kept = kTypeWord;
   for (std::uint32_t offset = kTypeWord; offset < *size;) {
@@ -223,7 +242,9 @@ VQSTATUS SimplifyFonts(unsigned char* bytes, std::uint32_t* size) {
     if (header.Length > *size - offset) return VQERR_CORRUPTED;
     const std::uint32_t length = std::min(vq::Padded(header.Length), *size - offset);
     if (header.Signature == SIG_CD_TEXT && header.Length >= kFont + 4) {
-      vq::StoreDword(bytes + offset + kFont, SimpleFont(vq::LoadDword(bytes + offset + kFont)));
+      const std::uint32_t font = vq::LoadDword(bytes + offset + kFont);
+      if (header.Length > kFont + 4) lost->Count(font);
+      vq::StoreDword(bytes + offset + kFont, SimpleFont(font));
     }
     if (header.Signature != SIG_CD_TEXT_STYLE_EXT) {
       if (kept != offset) std::memmove(bytes + kept, bytes + offset, length);
@@ -236,13 +257,13 @@ VQSTATUS SimplifyFonts(unsigned char* bytes, std::uint32_t* size) {
 }
 
 // Only the first block keeps its type word.
-VQSTATUS WriteComposite(std::FILE* file, const Blocks& blocks) {
+VQSTATUS WriteComposite(std::FILE* file, const Blocks& blocks, LostFonts* lost) {
   std::size_t skipped = 0;
   for (const vq::ItemBlock& block : blocks.List) {
     auto* bytes = static_cast<unsigned char*>(EngMemLock(block.Memory));
     if (bytes == nullptr) return VQERR_CORRUPTED;
     std::uint32_t end = block.Size;
-    VQSTATUS status = SimplifyFonts(bytes, &end);
+    VQSTATUS status = SimplifyFonts(bytes, &end, lost);
     const std::size_t size = end - skipped;
     if (status == VQ_OK && std::fwrite(bytes + skipped, 1, size, file) != size) status = VQERR_FILE_WRITE;
     EngMemUnlock(block.Memory);
@@ -276,13 +297,15 @@ VQSTATUS ExportWith(const Converter& converter, VQRichText& range, const std::st
   File file;
   if (VQSTATUS status = MakeTemporary(&buffer, &file)) return status;
   TemporaryFile temporary(buffer.FileName);
-  if (VQSTATUS status = WriteComposite(file.get(), blocks)) return status;
+  LostFonts lost;
+  if (VQSTATUS status = WriteComposite(file.get(), blocks, &lost)) return status;
   if (std::fclose(file.release()) != 0) return VQERR_FILE_CLOSE;
   LoadedConverter library(converter.Library);
   if (VQSTATUS status = library.Run(&buffer, ENG_CONVERT_EXPORT, FlagsFor(report), filename, options)) {
     return status;
   }
   if (VQSTATUS status = report ? TakeReport(buffer.FileName, report) : VQ_OK) return status;
+  if (VQSTATUS status = report ? lost.Tell(report) : VQ_OK) return status;
   return temporary.Remove();
 }
 

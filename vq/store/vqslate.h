@@ -292,6 +292,8 @@ class VQ_API VQSlateBody : public VQBody {
   VQSTATUS AddItem(VQItemBody* item);
   void RemoveItem(VQItemBody* item);
   VQSTATUS DeleteItems(std::string_view name);
+  // One item of its name, of several perhaps.
+  VQSTATUS DropItem(const vq::ItemPlace& place);
   VQSTATUS DeleteItemsOfType(unsigned short type);
   VQSTATUS DeleteOneItem(VQItemBody* item);
   VQSTATUS DeleteAllItems();

@@ -192,14 +192,19 @@ VQSTATUS VQSlateBody::ResolveOption(std::string_view name, VQITEMOPTION option, 
 // The old items go once the new one stands.
 VQSTATUS VQSlateBody::DropItems(const std::vector<vq::ItemPlace>& places) {
   for (const vq::ItemPlace& place : places) {
-    VQItemBody* body = CachedItem(place.Item);
-    const ENGSTATUS result = EngItemDelete(SlateHandle, place.Item);
-    if (result != ENG_OK) return vq::FromEngine(result);
-    Dirty = 1;
-    if (body == nullptr) continue;
-    body->MarkDeleted();
-    RemoveItem(body);
+    if (VQSTATUS status = DropItem(place)) return status;
   }
+  return VQ_OK;
+}
+
+VQSTATUS VQSlateBody::DropItem(const vq::ItemPlace& place) {
+  VQItemBody* body = CachedItem(place.Item);
+  const ENGSTATUS result = EngItemDelete(SlateHandle, place.Item);
+  if (result != ENG_OK) return vq::FromEngine(result);
+  Dirty = 1;
+  if (body == nullptr) return VQ_OK;
+  body->MarkDeleted();
+  RemoveItem(body);
   return VQ_OK;
 }
 
@@ -419,10 +424,15 @@ void VQSlateBody::ReadTexts(std::string_view name, std::vector<std::string>* tex
   if (place.Type == TYPE_TEXT) texts->emplace_back(bytes + kTypeWord, place.Size - kTypeWord);
   if (place.Type != TYPE_TEXT_LIST || EngTextListVerify(bytes, 1, place.Size) != ENG_OK) return;
   const std::uint16_t count = EngTextListCount(bytes, 1);
+  const ENGCHAR* text = nullptr;
+  std::uint16_t length = 0;
+  if (count == 0 || EngTextListGetEntry(bytes, 1, 0, &text, &length) != ENG_OK) return;
+  texts->reserve(texts->size() + count);
+  // The texts stand one behind the other.
+  const unsigned char* lengths = value.Value() + 2 * kTypeWord;
   for (std::uint16_t i = 0; i < count; ++i) {
-    const ENGCHAR* text = nullptr;
-    std::uint16_t length = 0;
-    if (EngTextListGetEntry(bytes, 1, i, &text, &length) != ENG_OK) return;
+    length = vq::LoadWord(lengths + 2 * i);
     texts->emplace_back(reinterpret_cast<const char*>(text), length);
+    text += length;
   }
 }

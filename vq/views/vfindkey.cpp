@@ -33,7 +33,8 @@ VQVFFindKey::VQVFFindKey(const VQString& text, unsigned long* status) : Length(0
 }
 
 VQVFFindKey::VQVFFindKey(const VQDatetime& moment, unsigned long* status) : Length(0) {
-  Report(Assign(moment.GetTIMEDATE(), sizeof(TIMEDATE), TYPE_TIME), status);
+  const bool set = !moment.IsUninitialized();
+  Report(set ? Assign(moment.GetTIMEDATE(), sizeof(TIMEDATE), TYPE_TIME) : VQERR_UNINITIALIZED_ARGUMENT, status);
 }
 
 VQVFFindKey::VQVFFindKey(const double& number, unsigned long* status) : Length(0) {
@@ -118,7 +119,11 @@ VQSTATUS VQVFFindKeys::Append(const VQString& text) {
   return Append(new VQVFFindKey(text));
 }
 
-VQSTATUS VQVFFindKeys::Append(const VQDatetime& moment) { return Append(new VQVFFindKey(moment)); }
+VQSTATUS VQVFFindKeys::Append(const VQDatetime& moment) {
+  if (moment.IsUninitialized()) return vq::Apply(VQERR_UNINITIALIZED_ARGUMENT);
+  return Append(new VQVFFindKey(moment));
+}
+
 VQSTATUS VQVFFindKeys::Append(const double& number) { return Append(new VQVFFindKey(number)); }
 
 VQSTATUS VQVFFindKeys::Append(VQVFFindKey* key) {

@@ -14,7 +14,8 @@ class VQString;
 class VQ_API VQVFFindKey : public VQQuillonClass {
  public:
   // The status goes to *status while the throw switch is off and the pointer is not null; else an error is thrown.
-  // VQERR_STRING_TOO_LONG above 65,533 bytes.
+  // VQERR_STRING_TOO_LONG above 65,533 bytes, VQERR_OUT_OF_RANGE for an empty text, VQERR_UNINITIALIZED_ARGUMENT for a
+  // moment that is not set.
   explicit VQVFFindKey(const VQString& text, unsigned long* status = nullptr);
   explicit VQVFFindKey(const VQDatetime& moment, unsigned long* status = nullptr);
   explicit VQVFFindKey(const double& number, unsigned long* status = nullptr);
@@ -50,7 +51,7 @@ class VQ_API VQVFFindKeys : public VQQuillonClass {
 
   // Throws VQERR_BAD_SUBSCRIPT.
   VQVFFindKey& operator[](unsigned long index) const;
-  // VQERR_TOO_MANY_FIND_KEYS above 65,535 keys.
+  // The statuses of the key's constructor; VQERR_TOO_MANY_FIND_KEYS above 65,535 keys.
   VQSTATUS Append(const VQString& text);
   VQSTATUS Append(const VQDatetime& moment);
   VQSTATUS Append(const double& number);
