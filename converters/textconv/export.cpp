@@ -1,139 +1,141 @@
 #include <algorithm>
+#include <unordered_map>
+#include <utility>
 
+#include "converters/parts/fonts.h"
+#include "converters/parts/records.h"
 #include "converters/textconv/textconv.h"
-#include "engine/ods.h"
-#include "engine/records.h"
 #include "engine/status.h"
 
 namespace textconv {
 
 namespace {
 
-constexpr std::uint16_t kSigParagraph = 0x81;
-constexpr std::uint16_t kSigText = 0xFF85;
-constexpr std::uint16_t kSigTableCell = 0xA4;
-constexpr std::uint16_t kSigTableEnd = 0xA5;
-constexpr std::uint32_t kLongestRecord = 0x10400;
-
-struct Header {
-  std::uint16_t Signature = 0;
-  std::uint32_t Size = 0;    // of the header
-  std::uint32_t Length = 0;  // of the record
-};
-
-class RecordReader {
- public:
-  explicit RecordReader(std::FILE* file) : In(file) {}
-
-  // False at the end, and when the stream breaks off.
-  bool NextHeader(Header* header) {
-    std::uint32_t word = 0;
-    if (!Number(2, &word)) {
-      Damaged = Damaged || Partial;
-      return false;
-    }
-    std::uint32_t high = word >> 8;
-    *header = {static_cast<std::uint16_t>(high == 0xFF ? word : word & 0xFF), 2, high};
-    if (high == 0 || high == 0xFF) {
-      unsigned width = high == 0 ? 4 : 2;
-      header->Size += width;
-      if (!Number(width, &header->Length)) Damaged = true;
-    }
-    if (header->Length == 0) header->Length = header->Size;
-    if (header->Length < header->Size || header->Length > kLongestRecord) Damaged = true;
-    return !Damaged;
-  }
-  bool Number(unsigned width, std::uint32_t* value) {
-    *value = 0;
-    for (unsigned i = 0; i < width; ++i) {
-      int byte = std::getc(In);
-      Partial = i > 0;
-      if (byte == EOF) return false;
-      *value |= static_cast<std::uint32_t>(byte) << (8 * i);
-    }
-    return true;
-  }
-  bool Bytes(char* target, std::size_t size) { return std::fread(target, 1, size, In) == size; }
-  bool Skip(std::uint32_t size) {
-    for (std::uint32_t i = 0; i < size; ++i) {
-      if (std::getc(In) == EOF) return false;
-    }
-    return true;
-  }
-  void SkipPadding() { std::getc(In); }
-  bool IsDamaged() const { return Damaged || std::ferror(In); }
-
- private:
-  std::FILE* In;
-  bool Partial = false;
-  bool Damaged = false;
-};
+using conv::Loss;
+using conv::Record;
 
 class TextWriter {
  public:
-  TextWriter(RecordReader& records, std::FILE* text) : Records(records), Out(text) {}
+  TextWriter(std::FILE* text, conv::Report& report) : Out(text), Losses(report) {}
 
-  // False when the record's bytes are not all there.
-  bool Write(const Header& header) {
-    std::uint32_t left = header.Length - header.Size;
-    switch (header.Signature) {
-      case kSigParagraph:
+  void Write(const Record& record) {
+    switch (record.Signature) {
+      case conv::kSigParagraph:
         std::putc('\n', Out);
-        return Records.Skip(left);
-      case kSigText:
-        return Run(left);
-      case kSigTableCell:
-        return Cell(left);
-      case kSigTableEnd:
+        return EndParagraph();
+      case conv::kSigText:
+        return Run(record);
+      case conv::kSigTableBegin:
+        return Losses.Add(Loss::kTable);
+      case conv::kSigTableCell:
+        return Cell(record.Byte(2));
+      case conv::kSigTableEnd:
         if (InTable) std::fputs("\t\n", Out);
         InTable = false;
-        return Records.Skip(left);
+        return EndParagraph();
+      case conv::kSigHotspot:
+      case conv::kSigV4Hotspot:
+        return Hotspot(record);
+      case conv::kSigReference:
+        Reference = record.Word(2);
+        return;
+      case conv::kSigFormulaReference:
+        Reference = record.Word(4);
+        return;
+      case conv::kSigDefinition:
+        return Define(record.Read<CDPABDEFINITION>(ODS_CDPABDEFINITION));
+      case conv::kSigStyleName:
+        return NameStyle(record.Read<CDSTYLENAME>(ODS_CDSTYLENAME));
+      case conv::kSigAnchor:
+        return Losses.Add(Loss::kAnchor, 0, record.Tail(4));
+      case conv::kSigHotspotEnd:
+      case conv::kSigHotspotEndOld:
+      case conv::kSigHide:
+      case conv::kSigTextStyle:
+        return;
       default:
-        return Records.Skip(left);
+        return Losses.Add(Loss::kObject);
     }
   }
 
  private:
-  bool Run(std::uint32_t left) {
-    constexpr std::uint32_t kFontBytes = 4;
-    if (left < kFontBytes || !Records.Skip(kFontBytes)) return false;
-    char bytes[4096];
-    for (left -= kFontBytes; left > 0;) {
-      std::uint32_t size = std::min<std::uint32_t>(left, sizeof bytes);
-      if (!Records.Bytes(bytes, size)) return false;
-      std::replace(bytes, bytes + size, '\0', '\n');
-      std::fwrite(bytes, 1, size, Out);
-      left -= size;
-    }
-    return true;
+  // Of a paragraph style, what plain text has no signs for.
+  struct Style {
+    bool IsHidden = false;
+    bool IsListed = false;
+    bool IsAligned = false;
+    std::string Name;
+  };
+
+  void Define(const CDPABDEFINITION& definition) {
+    Style& style = Styles[definition.PABID];
+    style = {};
+    style.IsHidden = (definition.Flags & (conv::kHideFlags | conv::kHideFormula)) != 0;
+    style.IsListed = (definition.Flags & (conv::kBulletStyle | conv::kNumberStyle)) != 0;
+    style.IsAligned = definition.JustifyMode != conv::kJustifyLeft ||
+                      definition.FirstLineMargin != definition.LeftMargin ||
+                      (!InTable && !style.IsListed && definition.LeftMargin > conv::kPageMargin);
   }
-  bool Cell(std::uint32_t left) {
-    std::uint32_t row = 0;
-    if (left < 1 || !Records.Number(1, &row)) return false;
+  void NameStyle(const CDSTYLENAME& name) {
+    const char* text = reinterpret_cast<const char*>(name.StyleName);
+    Styles[name.PABID].Name.assign(text, std::find(text, text + sizeof name.StyleName, '\0'));
+  }
+  void Run(const Record& record) {
+    const std::string_view text = record.Tail(EngOdsLength(ODS_CDTEXT));
+    if (text.empty()) return;
+    BeginParagraph();
+    if (record.Dword(4) != conv::kDefaultFont) Losses.Add(Loss::kAttribute);
+    std::string_view rest = text;
+    for (std::size_t end; (end = rest.find('\0')) != std::string_view::npos; rest.remove_prefix(end + 1)) {
+      std::fwrite(rest.data(), 1, end, Out);
+      std::putc('\n', Out);
+    }
+    std::fwrite(rest.data(), 1, rest.size(), Out);
+  }
+  // Tells of its style once.
+  void BeginParagraph() {
+    if (std::exchange(InParagraph, true)) return;
+    const auto found = Styles.find(Reference);
+    if (found == Styles.end()) return;
+    const Style& style = found->second;
+    if (style.IsHidden) Losses.Add(Loss::kHidden);
+    if (style.IsListed) Losses.Add(Loss::kListSigns);
+    if (style.IsAligned) Losses.Add(Loss::kAlignment);
+    if (!style.Name.empty()) Losses.Add(Loss::kStyleName, 0, style.Name);
+  }
+  void EndParagraph() { InParagraph = false; }
+  void Cell(std::uint8_t row) {
     if (InTable) std::fputs(row == Row ? "\t" : "\t\n", Out);
     InTable = true;
     Row = row;
-    return Records.Skip(left - 1);
+    EndParagraph();
+  }
+  void Hotspot(const Record& record) {
+    const auto begin = record.Read<CDHOTSPOTBEGIN>(ODS_CDHOTSPOTBEGIN);
+    const std::string_view data = record.Tail(EngOdsLength(ODS_CDHOTSPOTBEGIN));
+    const std::string_view name = data.substr(0, data.find('\0'));
+    const bool link = begin.Type == conv::kHotspotLink && (begin.Flags & conv::kHotspotUrl) != 0;
+    if (!link) return Losses.Add(Loss::kObject, 0, begin.Type == conv::kHotspotAttachment ? name : "");
+    if ((begin.Flags & conv::kHotspotContinued) == 0 && !name.empty()) Losses.Add(Loss::kLink, 0, name);
+    if ((begin.Flags & conv::kHotspotPicture) != 0) Losses.Add(Loss::kImage);
   }
 
-  RecordReader& Records;
   std::FILE* Out;
-  std::uint32_t Row = 0;
+  conv::Report& Losses;
+  std::unordered_map<std::uint16_t, Style> Styles;
+  std::uint16_t Reference = 0;
+  bool InParagraph = false;
+  std::uint8_t Row = 0;
   bool InTable = false;
 };
 
 }  // namespace
 
-ENGSTATUS WriteText(std::FILE* composite, std::FILE* text) {
-  RecordReader records(composite);
-  std::uint32_t type = 0;
-  if (!records.Number(2, &type)) return ENG_ERR_RECORD_DAMAGED;
-  TextWriter writer(records, text);
-  Header header;
-  while (records.NextHeader(&header)) {
-    if (!writer.Write(header)) return ENG_ERR_RECORD_DAMAGED;
-    if (header.Length % 2 != 0) records.SkipPadding();
-  }
+ENGSTATUS WriteText(std::string_view composite, std::FILE* text, conv::Report& report) {
+  conv::RecordInput records(composite);
+  TextWriter writer(text, report);
+  Record record;
+  while (records.Next(&record)) writer.Write(record);
   if (records.IsDamaged()) return ENG_ERR_RECORD_DAMAGED;
   return std::ferror(text) ? ENG_ERR_FILE_WRITE : ENG_OK;
 }

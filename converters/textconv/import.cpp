@@ -127,7 +127,8 @@ class LineReader {
 
 }  // namespace
 
-ENGSTATUS WriteRecords(std::FILE* text, std::FILE* composite, std::uint32_t fontID, std::uint32_t options) {
+ENGSTATUS WriteRecords(std::FILE* text, std::FILE* composite, std::uint32_t fontID, std::uint32_t options,
+                       conv::Report& report) {
   RecordFile records(composite, fontID);
   records.Begin();
   LineReader lines(text);
@@ -136,6 +137,7 @@ ENGSTATUS WriteRecords(std::FILE* text, std::FILE* composite, std::uint32_t font
   int byte = lines.Next();
   while (byte != EOF && !records.Failed()) {
     if (byte != '\n') {
+      if (byte == '\0') report.Add(conv::Loss::kInvalidText);
       records.Character(static_cast<char>(byte));
       lineIsEmpty = false;
       byte = lines.Next();

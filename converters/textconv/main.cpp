@@ -7,11 +7,17 @@ namespace {
 class TextConversion : public conv::Conversion {
  public:
   ENGSTATUS Import(std::FILE* source, std::FILE* composite, std::uint32_t font, std::uint32_t options) override {
-    return textconv::WriteRecords(source, composite, font, options);
+    return textconv::WriteRecords(source, composite, font, options, Losses);
   }
   ENGSTATUS Export(std::FILE* composite, std::FILE* target, const std::string&, std::uint32_t) override {
-    return textconv::WriteText(composite, target);
+    conv::Composite records;
+    if (ENGSTATUS status = records.Open(composite)) return status;
+    return textconv::WriteText(records.Bytes(), target, Losses);
   }
+  std::string Report() const override { return Losses.Text(); }
+
+ private:
+  conv::Report Losses;
 };
 
 }  // namespace

@@ -131,6 +131,43 @@ TEST_F(Convert, TextComesBackAsItWas) {
   }
 }
 
+TEST_F(Convert, TextTellsWhatItHasNoSignsFor) {
+  const struct {
+    const char* What;
+    const char* Html;
+    const char* Text;
+    const char* Report;
+  } rows[] = {
+      {"nothing", "a<br>b", "a\nb", ""},
+      {"formats", "<b>a</b> b <font color=red>c</font>", "a b c", "formats left out: 2\n"},
+      {"a link", "<a href='http://x/'>a</a><a>b</a>", "ab", "addresses left out: 1: http://x/\n"},
+      {"a picture", "<img src=p.png alt=p>", "p", "pictures left out: 1\n"},
+      {"a list and a heading", "<ul><li>a<li>b</ul><h1>c</h1>", "a\nb\nc",
+       "style names left out: 3: * Text\nformats left out: 1\n"
+       "bullets and numbers of lists left out: 2\n"},
+      {"hidden and centred", "<p hidden>a<p align=center>b", "a\nb",
+       "hidden paragraphs are shown: 1\nalignments and indentations left out: 1\n"},
+      {"a place", "<p id=x>a", "a", "names of places left out: 1: x\n"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    Write("in.html", row.Html);
+    VQRichText text;
+    VQRTCursor start, end;
+    VQText lines;
+    ASSERT_EQ(text.Create(), VQ_OK);
+    ASSERT_EQ(text.GetCursor(&end), VQ_OK);
+    ASSERT_EQ(text.Import(File("in.html"), "htmlconv", &end, 0, nullptr), VQ_OK);
+    ASSERT_EQ(text.GetCursor(&start), VQ_OK);
+    ASSERT_EQ(text.GetEndCursor(&end), VQ_OK);
+    ASSERT_EQ(text.Export(File("out.txt"), start, end, 0, &lines), VQ_OK);
+    std::string report;
+    for (unsigned long i = 0; i < lines.GetCount(); ++i) report += TextOf(VQString(lines[i])) + "\n";
+    EXPECT_EQ(Read("out.txt"), row.Text);
+    EXPECT_EQ(report, row.Report);
+  }
+}
+
 TEST_F(Convert, OptionsMakeEachLineAParagraph) {
   Write("in.md", "a\nb\nc\n");
   VQRichText text;
