@@ -197,6 +197,7 @@ class Finder {
     bool found = false;
     Rank first = 0;
     Rank end = 0;
+    Rank last_from = 0;
     ForEachRange(0, {}, [&](const std::string& begin) {
       const Rank from = tree_.RankOf(begin);
       const std::string behind = Behind(begin);
@@ -205,17 +206,21 @@ class Finder {
       if (found) result->together = result->together && from == end && Peers(first, from);
       if (!found) first = from;
       found = true;
+      last_from = from;
       end = to;
-      return result->together;
+      return result->together || (last && wanted_ == Wanted::kPlace);
     });
     if (!found) return ENG_ERR_NO_ENTRY;
     const Sum sum = tree_.Range(first, end);
     const std::uint8_t level = tree_.At(first).level();
-    // A shallower row in between parts the rows found; the first stretch is the one that is told of.
+    // A shallower row in between parts the rows found.
     result->together = result->together && sum.least == level && Peers(first, end - 1, level);
     result->matches = sum.At(level);
     result->spot = first;
-    if (last) result->spot = tree_.Select(first, level, std::max(result->matches, 1u)).value_or(first);
+    if (last) {
+      const Sum stretch = tree_.Range(last_from, end);
+      result->spot = tree_.Select(last_from, stretch.least, stretch.at_least).value_or(last_from);
+    }
     if (!last && keys_.size() == 1 && names_category()) {
       // The category itself is found by its first child.
       result->spot = Walk::Spot{first} + 1;

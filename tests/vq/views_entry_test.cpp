@@ -317,6 +317,34 @@ TEST_F(Entries, FindLeadsToTheRowsOfAKey) {
   }
 }
 
+TEST_F(Entries, RowsThatStandApartAreNotCounted) {
+  for (const char* kind : {"e", "E", "\xC3\xA9", "f"}) {
+    for (const char* subject : {"x", "X", "y"}) Add(kind, subject);
+  }
+  VQViewFolder view = OpenTree();
+  const FindRow rows[] = {
+      {"the first", "e", "x", VQVFCOMPARISON_EQUAL, VQ_OK, "1.1 x", 1, "x"},
+      {"the last", "e", "x", VQVFCOMPARISON_LAST_EQUAL, VQ_OK, "3.2 X", 1, "X"},
+      {"categories are peers", "e", nullptr, VQVFCOMPARISON_LAST_EQUAL, VQ_OK, "3 \xC3\xA9", 3, "e E \xC3\xA9"},
+  };
+  for (const FindRow& row : rows) {
+    VQVFFindKeys keys;
+    ASSERT_EQ(keys.Append(VQString(row.key)), VQ_OK);
+    if (row.second != nullptr) {
+      ASSERT_EQ(keys.Append(VQString(row.second)), VQ_OK);
+    }
+    VQVFFindOptions options;
+    ASSERT_EQ(options.SetComparison(row.comparison), VQ_OK);
+    VQVFNavigator found;
+    VQVFEntry entry;
+    unsigned long count = 77;
+    EXPECT_EQ(view.Find(keys, options, &entry, &count, &found), row.status) << row.what;
+    EXPECT_EQ(Row(entry), row.place) << row.what;
+    EXPECT_EQ(count, row.count) << row.what;
+    EXPECT_EQ(Names(found), row.rows) << row.what;
+  }
+}
+
 TEST_F(Entries, AFindKeepsToItsNavigator) {
   AddTree();
   VQViewFolder view = OpenTree();
