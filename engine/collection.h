@@ -114,7 +114,7 @@ typedef struct COLLECTIONPOSITION {
 // Opens the collection of a view slate. `entries_db` holds the documents: the same handle as `db`, or another database,
 // whose index is then kept there. `unread` (0 for none) is an ID table of unread documents that stays the caller's and
 // must outlive the collection. ENG_ERR_NO_COLLECTION for an ID of 0, ENG_ERR_VIEW_DESIGN for a design that can't be
-// read. Reserved arguments are 0.
+// read, ENG_ERR_INVALID_HANDLE for an `unread` that is no ID table. Reserved arguments are 0.
 ENG_API ENGSTATUS EngCollectionOpen(ENGHANDLE db, ENGHANDLE entries_db, uint32_t view, uint16_t flags, ENGHANDLE unread,
                                     ENGHANDLE* collection, ENGHANDLE* reserved1, void* reserved2, ENGHANDLE* reserved3,
                                     ENGHANDLE* reserved4);

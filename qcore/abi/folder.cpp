@@ -77,7 +77,8 @@ ENGSTATUS EngDbGetUnreadTable(ENGHANDLE db, const ENGCHAR* user, uint16_t user_l
 }
 
 ENGSTATUS EngDbRefreshUnreadTable(ENGHANDLE db, ENGHANDLE table, int* changed) {
-  return WithStore(db, [&](const auto& database) {
+  return WithStore(db, [&](const auto& database) -> ENGSTATUS {
+    if (!qcore::idtable::IsTable(table)) return ENG_ERR_INVALID_HANDLE;
     bool is_changed = false;
     const ENGSTATUS status = qcore::RefreshUnread(*database, table, &is_changed);
     if (changed) *changed = is_changed ? 1 : 0;

@@ -121,8 +121,9 @@ ENGSTATUS CheckName(const std::shared_ptr<Database>& database, std::string_view 
   if (name.find('\0') != std::string_view::npos) return ENG_ERR_FOLDER_NAME;
   while (true) {
     const std::size_t bar = name.find('|');
-    std::uint32_t found = 0;
-    const ENGSTATUS status = FindDesign(database, kViewClass, name.substr(0, bar), &found);
+    const std::string_view synonym = name.substr(0, bar);
+    std::uint32_t found = self;
+    const ENGSTATUS status = synonym.empty() ? ENGSTATUS{ENG_OK} : FindDesign(database, kViewClass, synonym, &found);
     if (status == ENG_OK && found != self) return ENG_ERR_FOLDER_EXISTS;
     if (status != ENG_OK && status != ENG_ERR_NO_DESIGN_ELEMENT) return status;
     if (bar == std::string_view::npos) return ENG_OK;

@@ -5,6 +5,7 @@
 namespace qcore::formula {
 
 ENGSTATUS Compute::Start(Bytes code, std::uint16_t flags, ENGHANDLE* handle) {
+  if ((flags & ~ENG_COMPUTE_ASSIGN) != 0) return ENG_ERR_ARGUMENT;
   std::shared_ptr<const Program> program;
   const ENGSTATUS status = Program::Load(code, &program);
   if (status != ENG_OK) return status;

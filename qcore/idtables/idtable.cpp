@@ -276,6 +276,8 @@ ENGSTATUS Copy(ENGHANDLE table, ENGHANDLE* copy) {
 
 ENGSTATUS Destroy(ENGHANDLE table) { return memory::Free(Kind::kIdTable, table); }
 
+bool IsTable(ENGHANDLE table) { return Table(table).good(); }
+
 std::uint32_t Entries(ENGHANDLE table) {
   const Table present(table);
   return present.good() ? present.entries() : 0;

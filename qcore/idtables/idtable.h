@@ -21,6 +21,7 @@ namespace qcore::idtable {
 [[nodiscard]] ENGSTATUS Make(std::span<const std::uint32_t> ids, ENGHANDLE* table);
 [[nodiscard]] ENGSTATUS Copy(ENGHANDLE table, ENGHANDLE* copy);
 [[nodiscard]] ENGSTATUS Destroy(ENGHANDLE table);
+bool IsTable(ENGHANDLE table);
 std::uint32_t Entries(ENGHANDLE table);
 // Changes are refused with ENG_ERR_MEMORY_LOCKED while the table is locked; a failed one leaves it as it was.
 [[nodiscard]] ENGSTATUS Insert(ENGHANDLE table, std::uint32_t id, bool* changed);

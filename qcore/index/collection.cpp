@@ -56,6 +56,7 @@ Collection::~Collection() {
 ENGSTATUS Collection::Open(std::shared_ptr<Database> design, std::shared_ptr<Database> entries, std::uint32_t view,
                            std::uint16_t flags, ENGHANDLE unread, ENGHANDLE* handle) {
   if ((flags & ~kOpenFlags) != 0) return ENG_ERR_ARGUMENT;
+  if (unread != 0 && !idtable::IsTable(unread)) return ENG_ERR_INVALID_HANDLE;
   if (view == 0) return ENG_ERR_NO_COLLECTION;
   auto collection = std::make_unique<Collection>(std::move(design), std::move(entries), view, unread);
   auto start = ViewIndex::Start::kUpdated;

@@ -117,7 +117,10 @@ TEST_F(Folders, RefusalsChangeNothing) {
         << row.name;
   }
   EXPECT_EQ(EngFolderRename(db_, 0, folder, Store("Dates"), 5, 0), ENG_ERR_FOLDER_EXISTS);
-  EXPECT_EQ(EngFolderRename(db_, 0, folder, Store("K|Kept"), 6, 0), ENG_OK);
+  EXPECT_EQ(EngFolderRename(db_, 0, folder, Store("K||Kept"), 7, 0), ENG_OK);
+  std::uint32_t other = 0;
+  EXPECT_EQ(EngFolderCreate(db_, 0, 0, 0, Store("New|"), 4, 0, 0, &other), ENG_OK) << "no synonym is none";
+  EXPECT_EQ(EngSlateDelete(db_, other, ENG_UPDATE_NO_STUB), ENG_OK);
   EXPECT_EQ(Members(folder), Ids_{});
   EXPECT_EQ(Search(8), (Ids_{view, folder}));
 }
@@ -263,6 +266,10 @@ TEST_F(Folders, AnUnreadTableFollowsAnotherHandle) {
   EXPECT_EQ(EngDbRefreshUnreadTable(other, table, &changed), ENG_OK);
   EXPECT_EQ(changed, 1);
   EXPECT_EQ(TakeIds(table), Ids_{b});
+  ENGHANDLE rows = 0;
+  EXPECT_EQ(EngDbRefreshUnreadTable(other, other, &changed), ENG_ERR_INVALID_HANDLE);
+  EXPECT_EQ(EngCollectionOpen(other, other, a, 0, other, &rows, nullptr, nullptr, nullptr, nullptr),
+            ENG_ERR_INVALID_HANDLE);
   EXPECT_EQ(EngDbClose(other), ENG_OK);
 }
 
