@@ -302,6 +302,7 @@ TEST_F(ViewObject, APrivateFolderIsItsOwners) {
   ASSERT_EQ(Db.CreateFolder("Mine", VQVFSHARINGOPTION_PRIVATE, nullptr, &folder), VQ_OK);
   EXPECT_EQ(folder.GetSlateType(), 0xE1008U);
   EXPECT_EQ(folder.IsPrivate(), 1);
+  EXPECT_EQ(folder.SetIsDefaultViewFolder(1), VQERR_INCORRECT_SLATE_TYPE);
   ASSERT_EQ(folder.Save(), VQ_OK);
   ASSERT_EQ(folder.FolderAddDocument(NewDocument("d")), VQ_OK);
   VQViewFolder again;

@@ -187,7 +187,8 @@ class VQ_API VQDatabase : public VQSmartPtr {
   // One step for all of them. VQERR_EMPTY_ARRAY for an empty array.
   VQSTATUS DeleteSlates(const VQSlateArray& slates);
 
-  // VQWARN_NOT_FOUND when the database has none.
+  // VQWARN_NOT_FOUND when the database has none. Of several forms or views that are marked as the default, the one that
+  // was made first.
   VQSTATUS GetAboutDatabaseDocument(VQDocument* document) const;
   VQSTATUS GetUsingDatabaseDocument(VQDocument* document) const;
   VQSTATUS GetIcon(VQSlate* slate) const;

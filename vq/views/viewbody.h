@@ -192,6 +192,7 @@ class VQ_API VQViewFolder : public VQSlate {
   VQSTATUS SetInheritsFromTemplateName(const VQString& name);
   int GetIsDefaultDesign() const;
   VQSTATUS SetIsDefaultDesign(int flag);
+  // A view of the whole database: VQERR_INCORRECT_SLATE_TYPE for a private one. Others keep the mark that they have.
   int GetIsDefaultViewFolder() const;
   VQSTATUS SetIsDefaultViewFolder(int flag);
   // 1 to 5, else VQERR_OUT_OF_RANGE.

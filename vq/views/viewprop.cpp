@@ -271,7 +271,14 @@ VQSTATUS VQViewFolder::SetInheritsFromTemplateName(const VQString& name) {
 int VQViewFolder::GetIsDefaultDesign() const { return GetLetter('d'); }
 VQSTATUS VQViewFolder::SetIsDefaultDesign(int flag) { return SetLetter('d', flag); }
 int VQViewFolder::GetIsDefaultViewFolder() const { return GetState(VQViewFolderBody::kDefault); }
-VQSTATUS VQViewFolder::SetIsDefaultViewFolder(int flag) { return SetState(VQViewFolderBody::kDefault, flag); }
+// No view opens that is both private and the default.
+VQSTATUS VQViewFolder::SetIsDefaultViewFolder(int flag) {
+  return Amend(Suits::All, [=](VQViewFolderBody& body) {
+    if (flag != 0 && (body.GetSlateClass() & VQSLATECLASS_PRIVATE) != 0) return VQERR_INCORRECT_SLATE_TYPE;
+    body.SetState(VQViewFolderBody::kDefault, flag != 0);
+    return VQ_OK;
+  });
+}
 unsigned long VQViewFolder::GetLinesPerHeading() const {
   return GetField<&ViewTableExtension::LinesPerHeading>(Suits::NotCalendar);
 }
