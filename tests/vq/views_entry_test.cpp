@@ -1,4 +1,6 @@
 // Entries and their columns, finding by key, searches, and the observer.
+#include <functional>
+
 #include "tests/vq/support/entries_fixture.h"
 #include "vq/store/vqftsrch.h"
 #include "vq/values/vqdtime.h"
@@ -345,6 +347,64 @@ TEST_F(Entries, RowsThatStandApartAreNotCounted) {
   }
 }
 
+// Three documents for each number, a day apart; the days run backwards.
+TEST_F(Entries, NumbersAndMomentsAreFound) {
+  VQViewFolder view;
+  ASSERT_EQ(Db.CreateView("Numbers", nullptr, &view), VQ_OK);
+  ASSERT_EQ(view.AppendColumns(2 - view.GetColumnCount()), VQ_OK);
+  ASSERT_EQ(view[0].SetFieldName("N"), VQ_OK);
+  ASSERT_EQ(view[1].SetFieldName("T"), VQ_OK);
+  ASSERT_EQ(view[0].SetSortOption(VQVFSORTOPTION_ASCENDING), VQ_OK);
+  ASSERT_EQ(view[1].SetSortOption(VQVFSORTOPTION_DESCENDING), VQ_OK);
+  ASSERT_EQ(view.Save(), VQ_OK);
+  const auto day = [](unsigned number) { return VQDatetime(TIMEDATE{0xFFFFFFFF, 0x256859U + number}); };
+  for (unsigned i = 0; i < 9; ++i) {
+    VQDocument document = NewDocument("d");
+    const double number = i / 3;
+    const VQDatetime date = day(i);
+    ASSERT_EQ(document.CreateItem("N", TYPE_NUMBER, &number, sizeof number, VQITEMFLAGS_SUMMARY), VQ_OK);
+    ASSERT_EQ(document.CreateItem("T", TYPE_TIME, date.GetTIMEDATE(), sizeof(TIMEDATE), VQITEMFLAGS_SUMMARY), VQ_OK);
+    ASSERT_EQ(document.Save(), VQ_OK);
+  }
+  ASSERT_EQ(view.Open(), VQ_OK);
+  VQVFNavigator whole, run;
+  VQVFEntry entry;
+  unsigned long count = 0;
+  ASSERT_EQ(view.GetEntries(&whole), VQ_OK);
+  VQVFFindOptions less, greater;
+  ASSERT_EQ(less.SetComparison(VQVFCOMPARISON_LESS), VQ_OK);
+  ASSERT_EQ(greater.SetComparison(VQVFCOMPARISON_GREATER), VQ_OK);
+  VQVFFindKeys one;
+  ASSERT_EQ(one.Append(1.0), VQ_OK);
+  ASSERT_EQ(one.Append(day(4)), VQ_OK);
+  const struct {
+    const char* what;
+    std::function<VQSTATUS()> find;
+    VQSTATUS status;
+    const char* place;
+    unsigned long count;
+  } rows[] = {
+      {"a number", [&] { return whole.Find(1.0, &entry, &count, &run); }, VQ_OK, "4", 3},
+      {"below it", [&] { return whole.Find(1.0, less, &entry, &count, &run); }, VQ_OK, "3", 3},
+      {"above what is not there", [&] { return view.Find(0.5, greater, &entry, &count, &run); }, VQ_OK, "9", 6},
+      {"none", [&] { return view.Find(7.0, &entry, &count, &run); }, VQWARN_NOT_FOUND, "", 0},
+      {"both", [&] { return whole.Find(one, &entry, &count, &run); }, VQ_OK, "5", 1},
+      {"later in view order", [&] { return view.Find(one, greater, &entry, &count, &run); }, VQ_OK, "6", 1},
+      {"a moment among numbers", [&] { return whole.Find(day(4), &entry, &count, &run); }, VQWARN_NOT_FOUND, "", 0},
+      {"none behind it", [&] { return view.Find(day(4), greater, &entry, &count, &run); }, VQWARN_NOT_FOUND, "", 0},
+      {"numbers in front of it", [&] { return view.Find(day(4), less, &entry, &count, &run); }, VQ_OK, "9", 9},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    EXPECT_EQ(row.find(), row.status);
+    EXPECT_EQ(count, row.count);
+    if (row.status != VQ_OK) continue;
+    EXPECT_EQ(Place(entry), row.place);
+    EXPECT_EQ(run.GetEntryCount(), row.count);
+  }
+  EXPECT_EQ(static_cast<VQDatetime>(one[1]).GetTIMEDATE()->DateWord, 0x25685DU);
+}
+
 TEST_F(Entries, AFindKeepsToItsNavigator) {
   AddTree();
   VQViewFolder view = OpenTree();
@@ -480,6 +540,8 @@ TEST_F(Entries, AnObserverTellsWhatHappened) {
   EXPECT_EQ(copy.GetChanges(&changes), VQ_OK);
   EXPECT_EQ(observer.GetChanges(&changes), VQWARN_NOT_FOUND);
   EXPECT_EQ(observer.Register(VQViewFolder()), VQERR_UNINITIALIZED_ARGUMENT);
+  EXPECT_EQ(copy.Unregister(), VQ_OK);
+  EXPECT_EQ(copy.GetChanges(&changes), VQERR_OBJECT_NOT_INITIALIZED);
   ASSERT_EQ(view.Close(), VQ_OK);
   EXPECT_EQ(observer.GetChanges(&changes), VQERR_NO_COLLECTION);
 }

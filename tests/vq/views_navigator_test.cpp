@@ -403,6 +403,17 @@ TEST_F(Navigators, DeletingTakesWhatIsAskedFor) {
   ASSERT_EQ(whole.Refresh(), VQ_OK);
   EXPECT_EQ(Listing(AllRows(whole)), "1 a\n1.1 a2\n2 b\n2.1 b1\n");
   EXPECT_EQ(whole.DeleteEntries(VQVFPosition()), VQERR_CANT_DELETE_CATEGORY);
+  ASSERT_EQ(view.Refresh(), VQ_OK);
+  ASSERT_EQ(view.Goto(VQNAVIGATE_CHILD, &first), VQ_OK);
+  EXPECT_EQ(view.DeleteEntries(&first), VQ_OK);
+  ASSERT_EQ(view.Refresh(), VQ_OK);
+  EXPECT_EQ(view.DeleteEntries(VQVFPosition(), 1), VQ_OK);
+  EXPECT_EQ(view.DeleteAllEntries(), VQ_OK) << "what is gone already is no failure";
+  ASSERT_EQ(whole.Refresh(), VQ_OK);
+  EXPECT_EQ(Listing(AllRows(whole)), "");
+  Add("a", "last");
+  ASSERT_EQ(whole.Refresh(), VQ_OK);
+  EXPECT_EQ(whole.GetEntryCount(), 2U);
   EXPECT_EQ(whole.DeleteAllEntries(), VQ_OK);
   ASSERT_EQ(whole.Refresh(), VQ_OK);
   EXPECT_EQ(whole.GetEntryCount(), 0U);
@@ -506,6 +517,11 @@ TEST_F(Navigators, RefusalsLeaveThePlace) {
        },
        VQERR_UNINITIALIZED_ARGUMENT},
   };
+  VQVFNavigator closed;
+  ASSERT_EQ(view.GetEntries(&closed), VQ_OK);
+  EXPECT_EQ(closed.Close(), VQ_OK);
+  EXPECT_EQ(closed.Close(), VQWARN_NOT_OPEN);
+  EXPECT_EQ(VQVFNavigator().Close(), VQWARN_NOT_OPEN);
   for (const int throws : {0, 1}) {
     VQVFNavigator navigator, none;
     ASSERT_EQ(view.GetEntries(&navigator), VQ_OK);
@@ -514,6 +530,7 @@ TEST_F(Navigators, RefusalsLeaveThePlace) {
     for (const RefusedMove& row : rows) {
       EXPECT_EQ(ReturnedStatusOf([&] { return row.operation(navigator); }), row.status) << row.what;
       EXPECT_EQ(ReturnedStatusOf([&] { return row.operation(none); }), VQERR_OBJECT_NOT_INITIALIZED) << row.what;
+      EXPECT_EQ(ReturnedStatusOf([&] { return row.operation(closed); }), VQERR_NO_COLLECTION) << row.what;
     }
     VQSetThrowAllErrors(0);
     VQVFPosition now;
