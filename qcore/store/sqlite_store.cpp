@@ -146,6 +146,7 @@ ENGSTATUS SqliteStore::LoadCounters() {
     const bool good = Unseal(use.Blob(5), static_cast<std::uint64_t>(Setting::kFloors), &floors);
     status = good ? ReadFloors(floors) : ENGSTATUS{ENG_ERR_DB_DAMAGED};
   }
+  counters_.trimmed = 0;
   if (!use.IsNull(6)) {
     Bytes trimmed;
     const bool good = Unseal(use.Blob(6), static_cast<std::uint64_t>(Setting::kTrimmed), &trimmed);
