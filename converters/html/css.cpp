@@ -136,6 +136,7 @@ void ReadCss(std::string_view css, const std::function<void(std::string_view, st
     const std::size_t colon = property.find(':');
     if (colon == std::string_view::npos) continue;
     const std::string name = Lower(Trim(property.substr(0, colon)));
+    if (name.empty()) continue;
     std::string value = Lower(Trim(property.substr(colon + 1)));
     const std::size_t important = value.find("!important");
     if (important != std::string::npos) value = Trim(std::string_view(value).substr(0, important));

@@ -20,6 +20,45 @@ constexpr std::uint8_t kFontSizes[] = {7, 8, 10, 12, 14, 18, 24};
 
 bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
 
+// Of an element, what an attribute does to its look, and nothing stands for.
+bool IsLook(std::string_view attribute, std::string_view element) {
+  constexpr std::pair<std::string_view, std::string_view> kLooks[] = {
+      {"background", "body table td th"},
+      {"bgcolor", "body"},
+      {"bordercolor", "table td th"},
+      {"border", "img"},
+      {"color", "hr"},
+      {"frame", "table"},
+      {"height", "img table td th tr"},
+      {"hspace", "img"},
+      {"link", "body"},
+      {"nowrap", "td th"},
+      {"reversed", "ol"},
+      {"rules", "table"},
+      {"size", "hr"},
+      {"text", "body"},
+      {"type", "li ol ul"},
+      {"valign", "td th tr"},
+      {"value", "li"},
+      {"vspace", "img"},
+      {"width", "hr img"},
+  };
+  if (attribute == "dir") return true;
+  for (const auto& [name, elements] : kLooks) {
+    if (name != attribute) continue;
+    const std::string words = " " + std::string(elements) + " ";
+    return words.find(" " + std::string(element) + " ") != std::string::npos;
+  }
+  return false;
+}
+
+// By something else than space.
+bool IsFollowed(const HtmlNode& node) {
+  const HtmlNode* next = node.Next;
+  while (next && next->Name.empty() && std::ranges::all_of(next->Text, IsSpace)) next = next->Next;
+  return next != nullptr;
+}
+
 }  // namespace
 
 // Sorted by name.
@@ -149,7 +188,7 @@ const HtmlReader::Rule& HtmlReader::RuleOf(const std::string& name) {
 ENGSTATUS HtmlReader::Read(std::string_view html) {
   HtmlTree tree;
   if (ENGSTATUS status = tree.Read(html)) return status;
-  if (tree.HadInvalidText()) Losses.Add(Loss::kInvalidText);
+  for (unsigned left = tree.CountInvalid(); left > 0; --left) Losses.Add(Loss::kInvalidText);
   for (unsigned left = tree.CountCutLinks(); left > 0; --left) Losses.Add(Loss::kCutLink);
   Walk(tree.Root());
   EndParagraph();
@@ -241,7 +280,13 @@ void HtmlReader::Walk(const HtmlNode* top) {
 // Whether its content is to be walked, and Leave called behind it.
 bool HtmlReader::Enter(const HtmlNode* node) {
   if (node->Name.empty()) {
-    Pre ? PreText(node->Text) : Text(node->Text);
+    if (!Pre) {
+      Text(node->Text);
+    } else {
+      // The line end behind the tag is none of the text's.
+      const bool behindTag = node == Pre->First && node->Text.starts_with('\n');
+      PreText(std::string_view(node->Text).substr(behindTag ? 1 : 0));
+    }
     return false;
   }
   const Rule& rule = RuleOf(node->Name);
@@ -344,7 +389,7 @@ void HtmlReader::Leave() {
   if (open.What == kQuotation) Text("\u201D");
   if (PlaceOf(open.What) == Place::kInline || inPre) {
     // A space stays in the format that it stands in, unless it ends the line.
-    if (open.Format != 0 && PendingSpace && open.Node->Next) Prepare();
+    if (open.Format != 0 && PendingSpace && IsFollowed(*open.Node)) Prepare();
     if (open.Format != 0) Runs.Close(open.Format);
     return;
   }
@@ -487,6 +532,9 @@ void HtmlReader::CheckStyle(const HtmlNode& node, Place place) {
       if (node.Find(attribute)) Losses.Add(Loss::kTableLayout, Line, attribute);
     }
   }
+  for (const auto& [attribute, value] : node.Attributes) {
+    if (IsLook(attribute, node.Name)) Losses.Add(Loss::kStyle, Line, attribute);
+  }
   const std::string* css = node.Find("style");
   if (!css) return;
   ReadCss(*css, [&](std::string_view name, std::string_view value) {
@@ -496,6 +544,7 @@ void HtmlReader::CheckStyle(const HtmlNode& node, Place place) {
     if (place == Place::kBlock || place == Place::kCell) known = known || in(kBlocks);
     if (place == Place::kTable) known = known || in(kTables);
     if (place == Place::kCell) known = known || in(kCells);
+    if (node.Is("hr")) known = false;
     if (!known) Losses.Add(place == Place::kTable ? Loss::kTableLayout : Loss::kStyle, Line, name);
   });
 }

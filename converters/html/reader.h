@@ -120,6 +120,7 @@ class HtmlReader {
 
   void Table(const HtmlNode& table);
   Grid GridOf(const HtmlNode& table);
+  void PlaceRows(const HtmlNode& part, Grid* grid);
   void PlaceRow(const HtmlNode& row, Grid* grid);
   static Width WidthOf(const HtmlNode& node);
   static void PlaceColumn(const HtmlNode& column, Grid* grid);

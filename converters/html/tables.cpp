@@ -159,6 +159,12 @@ void HtmlReader::PlaceRow(const HtmlNode& row, Grid* grid) {
   }
 }
 
+void HtmlReader::PlaceRows(const HtmlNode& part, Grid* grid) {
+  for (const HtmlNode* row = part.First; row; row = row->Next) {
+    if (row->Is("tr")) PlaceRow(*row, grid);
+  }
+}
+
 HtmlReader::Grid HtmlReader::GridOf(const HtmlNode& table) {
   Grid grid;
   for (const HtmlNode* part = table.First; part; part = part->Next) {
@@ -169,10 +175,11 @@ HtmlReader::Grid HtmlReader::GridOf(const HtmlNode& table) {
       if (column->Is("col")) PlaceColumn(*column, &grid);
     }
     if (part->Is("tr")) PlaceRow(*part, &grid);
-    if (!part->Is("thead") && !part->Is("tbody") && !part->Is("tfoot")) continue;
-    for (const HtmlNode* row = part->First; row; row = row->Next) {
-      if (row->Is("tr")) PlaceRow(*row, &grid);
-    }
+    if (part->Is("thead") || part->Is("tbody")) PlaceRows(*part, &grid);
+  }
+  // The foot is shown last, wherever it stands.
+  for (const HtmlNode* part = table.First; part; part = part->Next) {
+    if (part->Is("tfoot")) PlaceRows(*part, &grid);
   }
   // A span may reach below the last row.
   grid.Rows.resize(grid.RowNodes.size());

@@ -3,6 +3,7 @@
 #include <libxml/HTMLparser.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <memory>
 #include <mutex>
@@ -43,11 +44,62 @@ Encoding EncodingOf(std::string_view html) {
   return ascii ? Encoding::kAscii : Encoding::kUtf8;
 }
 
+// Whether the number that stands at the begin is none of a character: the parser would leave it out.
+bool IsBadReference(std::string_view text) {
+  if (!text.starts_with("&#")) return false;
+  const bool hex = text.size() > 2 && (text[2] | 0x20) == 'x';
+  const char* digits = text.data() + (hex ? 3 : 2);
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(digits, text.data() + text.size(), number, hex ? 16 : 10);
+  if (end == digits) return false;
+  const bool control = number < 0x20 && number != '\t' && number != '\n' && number != '\r';
+  return error != std::errc() || control || (number >= 0xD800 && number < 0xE000) || number > 0x10FFFF;
+}
+
+bool NeedsCleaning(std::string_view html) {
+  return html.find('\0') != std::string_view::npos || html.find('\r') != std::string_view::npos ||
+         html.find("&#") != std::string_view::npos;
+}
+
+// With line feeds as line ends, and without what no page may hold; that is counted.
+std::string Cleaned(std::string_view html, unsigned* replaced) {
+  constexpr std::string_view kReplacement = "&#xFFFD;";
+  std::string cleaned;
+  std::size_t start = 0;
+  for (std::size_t i; (i = html.find_first_of(std::string_view("\0\r&", 3), start)) != std::string_view::npos;) {
+    cleaned.append(html.substr(start, i - start));
+    start = i + 1;
+    if (html[i] == '\r') {
+      if (html.substr(start, 1) != "\n") cleaned += '\n';
+    } else if (html[i] == '\0') {
+      cleaned.append(kReplacement);
+      ++*replaced;
+    } else if (IsBadReference(html.substr(i))) {
+      cleaned.append(kReplacement);
+      ++*replaced;
+      start = html.find_first_not_of("#xXabcdefABCDEF0123456789", start);
+      if (start == std::string_view::npos) return cleaned;
+      if (html[start] == ';') ++start;
+    } else {
+      cleaned += '&';
+    }
+  }
+  return cleaned.append(html.substr(start));
+}
+
 // Name of a paragraph that the parser put around text that stood by itself: it breaks nothing.
 constexpr char kImplied[] = "#run";
 
 // Terms and descriptions end where the next one begins; the parser knows only of some.
 bool IsListed(std::string_view name) { return name == "dd" || name == "dt"; }
+
+// Hold nothing, ended or not; the parser knows only of some.
+bool IsVoid(std::string_view name) {
+  constexpr std::string_view kNames[] = {"area",  "base",  "basefont", "bgsound", "br",    "col",
+                                         "embed", "frame", "hr",       "img",     "input", "keygen",
+                                         "link",  "meta",  "param",    "source",  "track", "wbr"};
+  return std::ranges::count(kNames, name) > 0;
+}
 
 // A tag that is there has been read up to its end.
 bool IsImplied(const htmlParserCtxt& context) {
@@ -163,12 +215,16 @@ struct HtmlTree::Events {
       for (; attributes && *attributes; attributes += 2) {
         tree.Open->Attributes.emplace_back(Lower(Chars(attributes[0])), attributes[1] ? Chars(attributes[1]) : "");
       }
+      if (!IsVoid(lower)) return;
+      tree.Open = tree.Open->Parent;
+      --tree.Depth;
     });
   }
   static void End(void* data, const xmlChar* name) {
     Guard(data, [&](HtmlTree& tree) {
       HtmlNode* node = tree.Open;
       const std::string lower = Lower(Chars(name));
+      if (IsVoid(lower)) return;
       const auto isIt = [&] { return node->Name == lower || (lower == "p" && node->Name == kImplied); };
       unsigned levels = 1;
       for (; node->Parent && !isIt(); node = node->Parent) {
@@ -208,12 +264,7 @@ ENGSTATUS HtmlTree::Read(std::string_view html) {
   if (html.size() > kMost) return ENG_ERR_MEMORY;
   const bool wide = html.starts_with("\xFF\xFE") || html.starts_with("\xFE\xFF");
   std::string cleaned;
-  if (!wide && html.find('\0') != std::string_view::npos) {
-    cleaned = html;
-    std::ranges::replace(cleaned, '\0', '?');
-    html = cleaned;
-    Invalid = true;
-  }
+  if (!wide && NeedsCleaning(html)) html = cleaned = Cleaned(html, &Invalid);
   if (html.empty()) return ENG_OK;
   htmlSAXHandler handler = {};
   handler.startElement = Events::Start;

@@ -39,7 +39,8 @@ class HtmlTree {
   ENGSTATUS Read(std::string_view html);
   // Holds all; has no name.
   HtmlNode* Root() { return &Top; }
-  bool HadInvalidText() const { return Invalid; }
+  // Characters that were replaced.
+  unsigned CountInvalid() const { return Invalid; }
   // Links that went on behind a table or field set in them.
   unsigned CountCutLinks() const { return CutLinks; }
 
@@ -58,7 +59,7 @@ class HtmlTree {
   unsigned CutLinks = 0;
   unsigned Depth = 0;
   ENGSTATUS Failure = 0;
-  bool Invalid = false;
+  unsigned Invalid = 0;
 };
 
 }  // namespace conv

@@ -1,6 +1,7 @@
 #include "converters/parts/builder.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <utility>
 
@@ -24,6 +25,51 @@ std::size_t CutAt(std::string_view text, std::size_t limit) {
   std::size_t cut = limit;
   while (cut > limit - 4 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;
   return cut;
+}
+
+// Of a table's width, for each column: what a page says of it comes out the same again.
+constexpr unsigned kParts = 1000;
+
+// Those too narrow for a cell get what one needs, and the others share the rest.
+std::vector<unsigned> PartsOf(const std::vector<unsigned>& widths) {
+  constexpr unsigned kLeast = (kNarrowestColumn * kParts + kTableWidth - 1) / kTableWidth;
+  std::vector<bool> narrow(widths.size());
+  double rest = kParts;
+  double sum = 0;
+  for (unsigned width : widths) sum += width;
+  for (bool found = true; found;) {
+    found = false;
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+      if (narrow[i] || widths[i] * rest >= kLeast * sum) continue;
+      narrow[i] = found = true;
+      rest -= kLeast;
+      sum -= widths[i];
+    }
+  }
+  std::vector<unsigned> parts;
+  double shared = 0;
+  for (std::size_t i = 0; i < widths.size(); ++i) {
+    const double before = std::round(shared);
+    if (!narrow[i]) shared += widths[i] * rest / sum;
+    parts.push_back(narrow[i] ? kLeast : static_cast<unsigned>(std::round(shared) - before));
+  }
+  return parts;
+}
+
+// Right edges of the columns in a table that begins at 0.
+std::vector<unsigned> EdgesOf(const std::vector<unsigned>& widths) {
+  const auto count = static_cast<unsigned>(widths.size());
+  std::vector<unsigned> edges;
+  if (std::ranges::count(widths, widths.front()) == std::ssize(widths)) {
+    for (unsigned i = 1; i <= count; ++i) edges.push_back(kTableWidth / count * i);
+    return edges;
+  }
+  unsigned behind = 0;
+  for (unsigned part : PartsOf(widths)) {
+    behind += part;
+    edges.push_back((behind * kTableWidth + kParts / 2) / kParts);
+  }
+  return edges;
 }
 
 }  // namespace
@@ -255,14 +301,8 @@ void Builder::OpenTable(const std::vector<unsigned>& widths) {
   Levels.push_back({OpenLevel::kTable, {}});
   Table.Open = true;
   ++Table.Number;
-  unsigned all = 0;
-  for (unsigned width : widths) all += width;
-  unsigned left = kPageMargin;
-  Table.Lefts.assign(1, static_cast<std::uint16_t>(left));
-  for (unsigned width : widths) {
-    left += std::max(width * kTableWidth / std::max(all, 1U), kNarrowestColumn);
-    Table.Lefts.push_back(static_cast<std::uint16_t>(left));
-  }
+  Table.Lefts.assign(1, kPageMargin);
+  for (unsigned edge : EdgesOf(widths)) Table.Lefts.push_back(static_cast<std::uint16_t>(kPageMargin + edge));
 }
 
 void Builder::OpenCell(unsigned row, unsigned column, const Cell& cell) {

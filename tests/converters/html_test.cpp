@@ -29,6 +29,10 @@ void ExpectRows(std::span<const HtmlRow> rows) {
 
 TEST(HtmlText, IsCarried) {
   const HtmlRow rows[] = {
+      {"a space ahead of nothing", "<p><b><i>a </i> </b> </p>", "<p><strong><em>a</em></strong></p>\n"},
+      {"elements that hold nothing", "a<wbr>b<wbr/>c</wbr>d", "<p>abcd</p>\n"},
+      {"line ends of all kinds", "<pre>\r\n\r\na\rb\r\n</pre><p>c\r\nd",
+       "<pre><code>\na\nb\n</code></pre>\n<p>c d</p>\n"},
       {"spaces fold", " <p> a \n b <b> c </b> d </p> ", "<p>a b <strong>c </strong>d</p>\n"},
       {"formats", "<i>i</i><b>b</b><u>u</u><s>s</s><sup>x</sup><sub>y</sub><tt>t</tt>",
        "<p><em>i</em><strong>b</strong><u>u</u><s>s</s><sup>x</sup><sub>y</sub><code>t</code></p>\n"},
@@ -105,10 +109,18 @@ TEST(HtmlTables, AreCarried) {
       {"widths of cells", "<table><tr><td colspan=2>a<tr><td style='width:20%'>b<td>c</table>",
        "<table>\n<colgroup>\n<col style=\"width:20%\" />\n<col style=\"width:80%\" />\n</colgroup>\n<tbody>\n<tr>\n"
        "<td colspan=\"2\">a</td>\n</tr>\n<tr>\n<td>b</td>\n<td>c</td>\n</tr>\n</tbody>\n</table>\n"},
+      {"columns too narrow for a cell", "<table><tr><td width=1>a<td width=1>b<td width=998>c</table>",
+       "<table>\n<colgroup>\n<col style=\"width:1.3%\" />\n<col style=\"width:1.3%\" />\n"
+       "<col style=\"width:97.4%\" />\n</colgroup>\n<tbody>\n<tr>\n<td>a</td>\n<td>b</td>\n<td>c</td>\n</tr>\n"
+       "</tbody>\n</table>\n"},
       {"fonts of tables and rows",
        "0123<table style='color:red'><tr style='font-weight:bold'><td>a<td style='color:blue'>b</table>",
        "<p>0123</p>\n<table>\n<tbody>\n<tr>\n<td><span style=\"color:#ff0000\"><strong>a</strong></span></td>\n"
        "<td><strong><span style=\"color:#0000ff\">b</span></strong></td>\n</tr>\n</tbody>\n</table>\n"},
+      {"the foot goes last", "<table><tfoot><tr><td>b<tbody><tr><td>a</table>",
+       "<table>\n<tbody>\n<tr>\n<td>a</td>\n</tr>\n<tr>\n<td>b</td>\n</tr>\n</tbody>\n</table>\n"},
+      {"no widths to speak of", "<table><tr><td width=0.01%>a<td width=0.01%>b</table>",
+       "<table>\n<tbody>\n<tr>\n<td>a</td>\n<td>b</td>\n</tr>\n</tbody>\n</table>\n"},
       {"a hidden table", "<table hidden><tr><td>a</table>b",
        "<table>\n<tbody>\n<tr>\n<td>\n<p hidden>a</p>\n</td>\n</tr>\n</tbody>\n</table>\n<p>b</p>\n"},
       {"in an item", "<ul><li>a<table><tr><td>b</table><li>c</ul>",
@@ -139,6 +151,13 @@ TEST(HtmlReport, TellsWhatIsMissing) {
       {"a table's own layout", "<table width=100% style='margin:3px'><tr><td style='padding:0'>a</table>",
        "<table>\n<tbody>\n<tr>\n<td>a</td>\n</tr>\n</tbody>\n</table>\n",
        "properties of styles left out: 1: padding\nwidths and places of tables left out: 2: width\n"},
+      {"attributes of looks", "<body text=blue><ol type=a><li value=3>a</ol><img src=b width=3><hr style='color:red'>",
+       "<ol>\n<li>a</li>\n</ol>\n<p><img src=\"b\" alt=\"\" /></p>\n<hr />\n",
+       "properties of styles left out: 5: text\n"},
+      {"characters that are none", "<p>a&#0;b&#xD800; c&#99999999;d&#x41;", "<p>a\uFFFDb\uFFFD c\uFFFDdA</p>\n",
+       "bytes or characters replaced: 3\n"},
+      {"content of elements that hold nothing", "<embed src=x>a<video><source src=y>b</video>c", "<p>ac</p>\n",
+       "elements left out with their content: 2: embed\n"},
       {"a place behind all text", "<p>a</p><p id=b></p>", "<p>a</p>\n", "names of places left out: 1: b\n"},
       {"a link that goes on behind a table", "<a href=x>a<table><tr><td>b</table>c</a>",
        "<p><a href=\"x\">a</a></p>\n<table>\n<tbody>\n<tr>\n<td><a href=\"x\">b</a></td>\n</tr>\n</tbody>\n</table>\n"
