@@ -1,6 +1,4 @@
 // Container operations that put whole rich texts in.
-#include <bitset>
-
 #include "vq/richtext/fontid.h"
 #include "vq/richtext/fontplace.h"
 #include "vq/richtext/fonttable.h"
@@ -22,14 +20,11 @@ VQSTATUS CheckCursor(const VQRTBaseContainerBody& container, const VQRTCursor* c
 }
 
 // Whether the container takes all that comes in.
-VQSTATUS CheckTypes(const VQRTBaseContainerBody* around, const VQRTContainerBody& incoming) {
+VQSTATUS CheckTypes(const VQRTBaseContainerBody* around, const vq::TextFindings& found) {
   if (!around || !around->IsType(VQRTTYPE_CONTAINER)) return VQERR_CANT_INSERT_TYPE;
   const VQRTContainerBody& container = static_cast<const VQRTContainerBody&>(*around);
-  std::bitset<VQRTTYPE_COUNT> taken;
-  for (const VQRTObjectBody* child = incoming.GetFirstChild(); child; child = child->GetNext()) {
-    if (taken[child->GetType()]) continue;
-    if (!container.CanInsertType(child->GetType())) return VQERR_CANT_INSERT_TYPE;
-    taken.set(child->GetType());
+  for (std::size_t type = 0; type < found.Children.size(); ++type) {
+    if (found.Children[type] && !container.CanInsertType(static_cast<VQRTTYPE>(type))) return VQERR_CANT_INSERT_TYPE;
   }
   return VQ_OK;
 }
@@ -127,7 +122,7 @@ VQSTATUS VQRTContainerBody::TakeIn(VQRichText& incoming, const vq::TextFindings&
   VQRTContainerBody& root = pab::Root(*this);
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
   if (top.GetChildCount() == 0) return VQ_OK;
-  if (VQSTATUS status = CheckTypes(vq::EnclosingContainer(cursor->GetElementBody()), top)) return status;
+  if (VQSTATUS status = CheckTypes(vq::EnclosingContainer(cursor->GetElementBody()), found)) return status;
   if (VQSTATUS status = vq::CheckAdmitted(root.GetRichTextBody(), top, source)) return status;
   vq::FontGuard fonts(root.GetRichTextBody());
   vq::ObjectGuard objects(root.GetRichTextBody());
@@ -163,7 +158,7 @@ VQSTATUS VQRTContainerBody::Append(const VQRichText& richText) {
   vq::TextFindings found;
   if (VQSTATUS status = richText.GetRichTextBody()->CopyTo(&incoming, &found)) return status;
   VQRTContainerBody& top = *incoming.GetRichTextBody()->GetTop();
-  if (VQSTATUS status = CheckTypes(this, top)) return status;
+  if (VQSTATUS status = CheckTypes(this, found)) return status;
   if (VQSTATUS status = vq::CheckAdmitted(GetRichTextBody(), top, richText.GetRichTextBody())) return status;
   vq::FontGuard fonts(GetRichTextBody());
   vq::ObjectGuard objects(GetRichTextBody());

@@ -35,6 +35,7 @@ vq::TextFindings vq::Survey(const VQRTBaseContainerBody& text) {
   vq::TextFindings found;
   vq::MemoryLock lock;
   for (const VQRTObjectBody* object = text.NextInTree(&text); object; object = text.NextInTree(object)) {
+    if (object->GetParent() == &text) found.Children.set(object->GetType());
     switch (object->GetType()) {
       case VQRTTYPE_STYLIZED_TEXT:
       case VQRTTYPE_TEXT_STYLE_EXT:

@@ -2,6 +2,7 @@
 #ifndef QUILLON_VQ_RICHTEXT_VQRTBODY_H
 #define QUILLON_VQ_RICHTEXT_VQRTBODY_H
 
+#include <bitset>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -29,7 +30,8 @@ class PABIndex;
 // What there is in a text to adapt to the tables of another one.
 struct TextFindings {
   bool Fonts = false;
-  bool Others = false;  // objects of kinds that may have fonts, links and stored objects
+  bool Others = false;                   // objects of kinds that may have fonts, links and stored objects
+  std::bitset<VQRTTYPE_COUNT> Children;  // their types
 };
 TextFindings Survey(const VQRTBaseContainerBody& text);
 
