@@ -222,7 +222,13 @@ class Run {
   std::string message_;
 };
 
-// The first entry of the item Form.
+// A form's name may come with its synonyms: the first one names it.
+std::string FirstName(std::string_view names) {
+  const std::string_view first = names.substr(0, names.find_first_of("|;"));
+  return std::string(first.empty() ? names : first);
+}
+
+// Of the first entry of the item Form.
 ENGSTATUS FormName(Slate& slate, std::string* name) {
   Slate::Slot slot = 0;
   ENGSTATUS status = slate.FindItem("Form", &slot);
@@ -231,11 +237,11 @@ ENGSTATUS FormName(Slate& slate, std::string* name) {
   if (status == ENG_OK) status = slate.GetBytes(slot, &value);
   if (status != ENG_OK || value.size() < kTypeWord) return status;
   if (WordAt(value) == kText) {
-    name->assign(reinterpret_cast<const char*>(value.data()) + kTypeWord, value.size() - kTypeWord);
+    *name = FirstName({reinterpret_cast<const char*>(value.data()) + kTypeWord, value.size() - kTypeWord});
     return ENG_OK;
   }
   const auto entries = text::ReadList({value.data(), value.size()}, text::Prefix::kType);
-  if (entries && !entries->empty()) *name = entries->front();
+  if (entries && !entries->empty()) *name = FirstName(entries->front());
   return ENG_OK;
 }
 

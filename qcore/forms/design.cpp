@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "qcore/records/layouts.h"
+#include "qcore/slates/readers.h"
 #include "qcore/slates/search.h"
 #include "qcore/slates/slate.h"
 #include "qcore/text/composite.h"
@@ -105,6 +106,7 @@ ENGSTATUS FindKind(const std::shared_ptr<Database>& database, std::string_view n
   for (const std::uint32_t candidate : all) {
     const std::vector<std::string> names = NamesOf(database, candidate, "$TITLE");
     if (std::ranges::find(names, name) == names.end() || !IsKind(database, candidate, kind)) continue;
+    if (!IsReadable(*database, candidate)) continue;
     *id = candidate;
     return ENG_OK;
   }

@@ -314,6 +314,8 @@ TEST_F(FormField, ASharedFieldShowsItsDefinition) {
   EXPECT_EQ(field.SetHelpDescription(VQString()), VQERR_NO_SHARED_FIELD);
   EXPECT_EQ(ReturnedStatusOf([&] { return form.Save(); }), VQERR_NO_SHARED_FIELD);
   EXPECT_EQ(TextOf(second.GetHelpDescription()), "new");
+  ASSERT_EQ(form.Close(), VQ_OK);
+  EXPECT_EQ(StatusOf([&] { return field.IsShared(); }), VQERR_OBJECT_CLOSED);
 }
 
 TEST_F(FormField, TwoFieldsOfAFormHaveTwoNames) {

@@ -131,6 +131,7 @@ TEST_F(Form, NamesThatAreRefused) {
     EXPECT_EQ(ReturnedStatusOf([&] { return form.SetName(Store(row.name)); }), row.status) << row.name;
   }
   EXPECT_EQ(form.SetAlias(Store("alias")), VQERR_FORM_EXISTS);
+  EXPECT_EQ(form.SetAlias(Store("|alias")), VQERR_INVALID_PARAMETER);
   EXPECT_EQ(form.SetAlias(VQString()), VQ_OK);
   EXPECT_EQ(form.SetName(Store(std::string(129, 'n'))), VQ_OK);
   EXPECT_EQ(Db.CreateForm(Store("Taken"), &form), VQERR_FORM_EXISTS);
@@ -138,6 +139,38 @@ TEST_F(Form, NamesThatAreRefused) {
   ASSERT_EQ(Db.CreateSlate(0x10004, &nameless), VQ_OK);
   EXPECT_EQ(nameless.Save(), VQERR_FORM_NAME_REQUIRED);
   EXPECT_EQ(nameless.IsModified(), 1);
+}
+
+// Copies are what a reader of the source would see after its next save, and their names are given anew one by one.
+TEST_F(Form, CopiesTakeUnsavedChangesAlong) {
+  VQForm source = NewForm("Source|alias"), copy;
+  AddField(source, "One");
+  ASSERT_EQ(source.SetEditOnOpen(1), VQ_OK);
+  for (const char* name : {"Two", "Three"}) {
+    AddField(source, name);
+    ASSERT_EQ(source.SetWebQueryOpenFormula(Formula(std::string("\"") + name + "\"")), VQ_OK);
+    ASSERT_EQ(Db.CreateForm(source, &copy), VQ_OK) << name;
+    ASSERT_EQ(copy.Open(), VQ_OK) << name;
+    EXPECT_EQ(copy.GetEditOnOpen(), 1);
+    VQFormula formula;
+    ASSERT_EQ(copy.GetWebQueryOpenFormula(&formula), VQ_OK);
+    EXPECT_EQ(TextOf(formula.GetText()), std::string("\"") + name + "\"");
+    ASSERT_EQ(source.Save(), VQ_OK);
+    EXPECT_EQ(NamesIn(copy), NamesIn(source));
+  }
+  EXPECT_EQ(copy.SetName(Store("Source")), VQERR_FORM_EXISTS);
+  ASSERT_EQ(copy.SetName(Store("Copy")), VQ_OK);
+  EXPECT_EQ(copy.SetAlias(Store("alias")), VQERR_FORM_EXISTS);
+  ASSERT_EQ(copy.SetAlias(VQString()), VQ_OK);
+  ASSERT_EQ(copy.Save(), VQ_OK);
+  EXPECT_EQ(StoredText(copy, "$TITLE"), "Copy");
+  VQForm nameless;
+  ASSERT_EQ(Db.CreateSlate(0x10004, &nameless), VQ_OK);
+  ASSERT_EQ(nameless.SetEditOnOpen(1), VQ_OK);
+  VQFormArray forms;
+  EXPECT_EQ(ReturnedStatusOf([&] { return Db.CreateForm(nameless, nullptr); }), VQERR_FORM_NAME_REQUIRED);
+  ASSERT_EQ(Db.GetForms(&forms), VQ_OK);
+  EXPECT_EQ(forms.GetCount(), 3U);
 }
 
 // Bits of $Info: a change of one leaves spare words, unknown bits, the name and the tail as they were.
@@ -405,13 +438,18 @@ TEST_F(Form, HandlesOutliveEachOther) {
 }
 
 TEST_F(Form, SubformsBringTheirFields) {
+  const std::string name = "Address" + std::string(100, '.');  // longer than a look-up by name takes
   VQSubform subform;
-  ASSERT_EQ(Db.CreateSubform(Store("Address|adr"), &subform), VQ_OK);
+  ASSERT_EQ(Db.CreateSubform(Store(name + "|adr"), &subform), VQ_OK);
   VQRichText inner;
   ASSERT_EQ(subform.GetSubformBody(&inner), VQ_OK);
   VQFormField street(Store("Street"), VQRTTYPE_TEXT_FIELD);
   street.SetComputeOption(VQCOMPUTEOPTION_EDITABLE);
-  ASSERT_EQ(inner.Append(street), VQ_OK);
+  VQRTObject added;
+  ASSERT_EQ(inner.Append(street, &added), VQ_OK);
+  ASSERT_EQ(inner.Append(VQFormField(Store("Town"), VQRTTYPE_TEXT_FIELD)), VQ_OK);
+  EXPECT_EQ(VQFormField(added).SetName(Store("Town")), VQERR_FIELD_EXISTS);
+  ASSERT_EQ(inner.DeleteFormField(Store("Town")), VQ_OK);
   ASSERT_EQ(subform.Save(), VQ_OK);
   VQForm form = NewForm("Customer");
   AddField(form, "Name");
@@ -422,14 +460,14 @@ TEST_F(Form, SubformsBringTheirFields) {
   ASSERT_EQ(form.GetFormSlateBody()->AddSubform(subform), VQ_OK);
   ASSERT_EQ(form.Save(), VQ_OK);
   EXPECT_EQ(StoredText(form, "$Fields"), "Name|Street");
-  EXPECT_EQ(StoredText(form, "$SubForms"), "Address");
+  EXPECT_EQ(StoredText(form, "$SubForms"), name);
   VQForm again = ReopenedForm(form);
   EXPECT_EQ(NamesIn(again), "Name|Street");
   EXPECT_EQ(again.GetFormSlateBody()->RemoveSubform(Store("None")), VQERR_NOT_FOUND);
-  EXPECT_EQ(again.GetFormSlateBody()->RemoveSubform(Store("Address")), VQ_OK);
+  EXPECT_EQ(again.GetFormSlateBody()->RemoveSubform(Store(name)), VQ_OK);
   VQFormBody unread(Db.GetDatabaseBody(), 0x10004, 0);
   EXPECT_EQ(unread.AddSubform(subform), VQERR_FORM_NOT_OPEN);
-  EXPECT_EQ(unread.RemoveSubform(Store("Address")), VQERR_FORM_NOT_OPEN);
+  EXPECT_EQ(unread.RemoveSubform(Store(name)), VQERR_FORM_NOT_OPEN);
   EXPECT_EQ(again.HasItem(Store("$SubForms")), 0);
   VQRTObject place;
   ASSERT_EQ(again.GetFormBody(&body), VQ_OK);
@@ -439,7 +477,7 @@ TEST_F(Form, SubformsBringTheirFields) {
   EXPECT_EQ(bound.GetSlateID(), subform.GetSlateID());
   subform = VQSubform();
   again = VQForm();
-  ASSERT_EQ(Db.DeleteSubform(Store("Address")), VQ_OK);
+  ASSERT_EQ(Db.DeleteSubform(Store("adr")), VQ_OK);
   VQForm without = ReopenedForm(form);
   EXPECT_EQ(NamesIn(without), "Name");
   EXPECT_EQ(without.Save(), VQ_OK);
@@ -562,6 +600,11 @@ TEST_F(Form, ARefusedSaveLeavesNothingBehind) {
   ASSERT_EQ(first.SetName(Store("Final")), VQ_OK);
   ASSERT_EQ(form.Save(), VQ_OK);
   EXPECT_EQ(StoredText(form, "$Fields"), "Final|Second");
+  for (const std::string& name : {std::string(), std::string("a\0b", 3)}) {
+    VQForm odd = FormOfFields(NamedField("First").Record() + NamedField(name).Record());
+    EXPECT_EQ(ReturnedStatusOf([&] { return odd.Save(); }), VQERR_FIELD_NAME_CHARACTERS);
+    EXPECT_EQ(odd.HasItem(Store("First")), 0);
+  }
   for (const char* gone : {"First", "Renamed"}) EXPECT_EQ(StoredFlags(form, gone), -1) << gone;
   for (const char* there : {"Final", "Second"}) EXPECT_EQ(StoredFlags(form, there), VQITEMFLAGS_PLACEHOLDER) << there;
 }

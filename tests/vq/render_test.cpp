@@ -7,6 +7,7 @@
 #include "tests/vq/support/records.h"
 #include "tests/vq/support/store_fixture.h"
 #include "vq/automation/vqformula.h"
+#include "vq/forms/vqformb.h"
 #include "vq/richobjects/vqrtattach.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/values/vqnumber.h"
@@ -132,6 +133,35 @@ TEST_F(Rendered, FieldsBecomeTheirValues) {
   ASSERT_EQ(document.Close(), VQ_OK);
   EXPECT_EQ(TextAfter(alone), "memo a subject");
   EXPECT_FALSE(document.IsOpen()) << "as it was";
+}
+
+// The form that a document names, whatever else has the name: by its name, an alias, or all of them.
+TEST_F(Rendered, TheFormThatADocumentNames) {
+  NewForm("Memo", Text("a subform"), "U");
+  NewForm("Memo|memo", Text("the form"));
+  NewForm("Only a subform", Text("a subform"), "U");
+  const std::string name(100, 'n');
+  NewForm(name, Text("a long name"));
+  const struct {
+    std::string named, text;
+    bool found;
+  } rows[] = {
+      {"Memo", "the form", true},         {"memo", "the form", true},  {"Memo|memo", "the form", true},
+      {"Memo;gone", "the form", true},    {name, "a long name", true}, {"Only a subform", "", false},
+      {std::string(600, 'n'), "", false}, {"|Memo", "", false},
+  };
+  for (const auto& row : rows) {
+    VQDocument document = NewDocument("s");
+    SetText(document, "Form", row.named);
+    const std::string all = "Subject: s\nForm: " + row.named;
+    EXPECT_EQ(TextAfter([&](VQRichText& text) { return text.AppendRenderedDocument(document); }),
+              row.found ? row.text : all);
+    EXPECT_EQ(ReturnedStatusOf([&] { return document.ComputeWithForm(0); }), row.found ? VQ_OK : ENG_ERR_NO_FORM)
+        << row.named;
+    VQForm form;
+    ASSERT_EQ(document.GetFormSlate(&form), VQ_OK) << row.named;
+    EXPECT_EQ(form.IsNull(), !row.found) << row.named;
+  }
 }
 
 // What a reader sees: the formulas of fields that are not stored, over a document that stays as it is.

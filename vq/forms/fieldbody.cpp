@@ -145,8 +145,14 @@ VQSTATUS VQFormFieldBody::ReadDataType(unsigned short* type) const {
 
 VQSTATUS VQFormFieldBody::CheckNewName(std::string_view name) const {
   if (VQSTATUS status = vq::CheckFieldName(name)) return status;
-  const VQRichTextBody* text = GetRichTextBody();
+  VQRichTextBody* text = GetRichTextBody();
   VQSlateBody* slate = text != nullptr ? text->GetSlateBody() : nullptr;
+  if (slate != nullptr && slate->GetClassID() == VQCLASSID_VQSUBFORMBODY) {
+    VQRTObject present;
+    const VQSTATUS found = text->GetTop()->GetFormField(vq::StringOf(name), &present);
+    if (found == VQWARN_NOT_FOUND) return VQ_OK;
+    return found == VQ_OK && present.GetRTObjectBody() != this ? VQERR_FIELD_EXISTS : found;
+  }
   if (slate == nullptr || slate->GetClassID() != VQCLASSID_VQFORMBODY) return VQ_OK;
   VQFormFieldBody* other = nullptr;
   const VQSTATUS status = static_cast<VQFormBody*>(slate)->FindField(vq::StringOf(name), &other);

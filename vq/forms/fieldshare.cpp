@@ -137,8 +137,10 @@ VQSTATUS VQFormFieldBody::ReadFacts(Facts* facts) const {
   });
 }
 
-// A record that could be read has a length that fits: setters refuse what would not.
+// A record that could be read has a length that fits: setters refuse what would not. Of other programs' names, those
+// that no item can have would stop a save half way.
 VQSTATUS VQFormFieldBody::Check(const Facts& facts) const {
+  if (facts.Name.empty() || facts.Name.find('\0') != std::string::npos) return VQERR_FIELD_NAME_CHARACTERS;
   if (facts.Computed && !facts.HasValue) return VQERR_NO_COMPUTED_FORMULA;
   if (!IsType(VQRTTYPE_KEYWORDS_FIELD)) return VQ_OK;
   VQCHOICESOPTION option = VQCHOICESOPTION_NONE;

@@ -12,7 +12,7 @@ VQSTATUS VQDocument::GetFormSlate(VQForm* form) const {
   const std::string name = body->TextOf("Form");
   std::uint32_t id = 0;
   if (!name.empty()) {
-    status = body->GetDatabaseBody()->FindDesign(VQSLATECLASS_FORM, VQDESIGNKIND_FORM, name, &id);
+    status = body->GetDatabaseBody()->FindReferenced(VQSLATECLASS_FORM, VQDESIGNKIND_FORM, name, &id);
   }
   if (status != VQ_OK && status != VQERR_NOT_FOUND) return vq::Apply(status);
   if (id != 0) return vq::Apply(form->BindTo(body->GetDatabaseBody(), id));

@@ -52,6 +52,11 @@ VQSTATUS VQFormBody::Save(unsigned short flags) {
   return status;
 }
 
+VQSTATUS VQFormBody::FlushDesign() {
+  const bool changed = IsModified() != 0 || (HTMLBodyTagDirty | WebQueryOpenDirty | WebQuerySaveDirty) != 0;
+  return FormOpen != 0 && changed ? SaveDesign() : VQ_OK;
+}
+
 VQSTATUS VQFormBody::SaveDesign() {
   const vq::ThrowScope throwing;
   return vq::Caught([&] { return SaveChanges(); });

@@ -293,6 +293,7 @@ VQSTATUS VQFormField::SetSecurityFlags(unsigned short flags) {
 
 int VQFormField::IsShared() const {
   if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
+  if (GetFormFieldBody()->IsClosed()) vq::Throw(VQERR_OBJECT_CLOSED);
   return GetFormFieldBody()->IsSharedField();
 }
 VQSTATUS VQFormField::Share() {

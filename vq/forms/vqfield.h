@@ -149,7 +149,8 @@ class VQ_API VQFormField : public VQRTElement {
   // The definition's field, opened at need; failures are thrown.
   VQFormFieldBody* GetSharedFormFieldBody() const;
   // What a form's Save asks of each field: VQERR_NO_COMPUTED_FORMULA, VQERR_NO_CHOICES_FORMULA,
-  // VQERR_NO_CHOICES_LIST, VQERR_FIELD_TOO_LARGE, VQERR_NO_SHARED_FIELD.
+  // VQERR_NO_CHOICES_LIST, VQERR_FIELD_TOO_LARGE, VQERR_NO_SHARED_FIELD, VQERR_FIELD_NAME_CHARACTERS for a stored name
+  // that no item can have.
   VQSTATUS Validate() const;
 
   VQFormFieldBody* GetFormFieldBody() const;

@@ -139,20 +139,21 @@ int VQFormBody::IsModified() {
   return VQSlateBody::IsModified();
 }
 
-VQSTATUS VQFormBody::CheckParts(const std::vector<std::string>& parts) {
-  if (BytesOf(parts) >= vq::kTooLongName) return VQERR_FORM_NAME_TOO_LONG;
-  return vq::CheckNamesAreFree(GetDatabaseBody(), kFormType, GetID(), parts, VQERR_FORM_EXISTS);
+VQSTATUS VQFormBody::CheckFree(const std::vector<std::string>& names) {
+  return vq::CheckNamesAreFree(GetDatabaseBody(), kFormType, GetID(), names, VQERR_FORM_EXISTS);
 }
 
-// A name without synonyms keeps the alias.
+// A name without synonyms keeps the alias. What the form is called already is not asked again: a copy has its source's
+// names until each is given another.
 VQSTATUS VQFormBody::CheckName(const VQString& name, std::vector<std::string>* parts) {
   if (name.IsNull()) return VQERR_NULL_STRING;
   *parts = vq::SplitNames(vq::ViewOf(name));
+  const std::vector<std::string> given = *parts;
   if (parts->size() == 1 && !Alias.IsNull()) {
     for (std::string& alias : vq::SplitNames(vq::ViewOf(Alias))) parts->push_back(std::move(alias));
   }
   if (BytesOf(*parts) >= vq::kTooLongName) return VQERR_FORM_NAME_TOO_LONG;
-  return parts->front().empty() ? VQERR_INVALID_PARAMETER : CheckParts(*parts);
+  return parts->front().empty() ? VQERR_INVALID_PARAMETER : CheckFree(given);
 }
 
 VQSTATUS VQFormBody::SetName(const VQString& name) {
@@ -165,16 +166,12 @@ VQSTATUS VQFormBody::SetName(const VQString& name) {
 }
 
 VQSTATUS VQFormBody::SetAlias(const VQString& alias) {
-  std::vector<std::string> parts{std::string(vq::ViewOf(Name))};
-  if (!alias.IsNull()) {
-    const std::vector<std::string> names = vq::SplitNames(vq::ViewOf(alias));
-    parts.insert(parts.end(), names.begin(), names.end());
-  }
-  if (BytesOf(parts) >= vq::kTooLongName) return VQERR_FORM_NAME_TOO_LONG;
-  if (parts.size() > 1 && parts[1].empty()) return VQERR_INVALID_PARAMETER;
-  if (parts.front().empty()) parts.erase(parts.begin());
-  if (VQSTATUS status = CheckParts(parts)) return status;
-  Alias = alias.IsNull() ? VQString() : vq::StringOf(Joined(vq::SplitNames(vq::ViewOf(alias)), 0));
+  std::vector<std::string> names;
+  if (!alias.IsNull()) names = vq::SplitNames(vq::ViewOf(alias));
+  if (vq::ViewOf(Name).size() + BytesOf(names) >= vq::kTooLongName) return VQERR_FORM_NAME_TOO_LONG;
+  if (!names.empty() && names.front().empty()) return VQERR_INVALID_PARAMETER;
+  if (VQSTATUS status = CheckFree(names)) return status;
+  Alias = vq::StringOf(Joined(names, 0));
   NameDirty = 1;
   return VQ_OK;
 }

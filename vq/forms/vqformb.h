@@ -116,7 +116,7 @@ class VQ_API VQForm : public VQSlate {
 
   // Name and alias. A name that is split at "|" or ";" sets both; an alias so split is several. VQERR_NULL_STRING for
   // an empty name, VQERR_INVALID_PARAMETER for an empty first part, VQERR_FORM_NAME_TOO_LONG from 130 bytes of name and
-  // alias on, VQERR_FORM_EXISTS when another form of the database has one of the names.
+  // alias on, VQERR_FORM_EXISTS when another form of the database has one of the names given.
   VQString GetName() const;
   VQSTATUS SetName(const VQString& name);
   VQString GetAlias() const;
@@ -288,6 +288,7 @@ class VQ_API VQFormBody : public VQSlateBody {
   // A form whose design nobody has asked for is saved as it stands.
   VQSTATUS Save(unsigned short flags) override;
   VQSTATUS AdmitObjects(VQRichTextBody& text, const VQRTObjectBody& incoming, const VQSlateBody* from) override;
+  VQSTATUS FlushDesign() override;
 
   bool IsFormOpen() const { return FormOpen != 0; }
   // Opens a slate that was never saved.
@@ -338,7 +339,7 @@ class VQ_API VQFormBody : public VQSlateBody {
     }
   };
 
-  [[nodiscard]] VQSTATUS CheckParts(const std::vector<std::string>& parts);
+  [[nodiscard]] VQSTATUS CheckFree(const std::vector<std::string>& names);
   void Reset();
   void ResetAutoLaunch();
   void ReleaseDesign();

@@ -149,7 +149,7 @@ VQSTATUS FindSubform(const VQRTObjectBody& element, VQSubform* subform) {
   if (slate == nullptr) return VQERR_SUBFORM_NEEDS_DATABASE;
   VQDatabaseBody* database = slate->GetDatabaseBody();
   std::uint32_t id = 0;
-  const VQSTATUS status = database->FindDesign(VQSLATECLASS_FORM, VQDESIGNKIND_SUBFORM, name, &id);
+  const VQSTATUS status = database->FindReferenced(VQSLATECLASS_FORM, VQDESIGNKIND_SUBFORM, name, &id);
   if (status != VQ_OK) return status == VQERR_NOT_FOUND ? VQERR_NO_SUBFORM : status;
   return subform->BindTo(database, id);
 }

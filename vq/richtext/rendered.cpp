@@ -1,5 +1,4 @@
 // Documents as they read, put into a rich text.
-#include "engine/database.h"
 #include "engine/render.h"
 #include "engine/slate.h"
 #include "engine/status.h"
@@ -80,10 +79,9 @@ VQSTATUS FindForm(const VQSlate& document, VQSlate* form) {
   const std::string name = source.Body().TextOf("Form");
   VQDatabaseBody* database = source.Body().GetDatabaseBody();
   std::uint32_t id = 0;
-  if (name.empty()) return VQ_OK;
-  const ENGSTATUS result = EngDesignFind(database->GetHandle(), VQSLATECLASS_FORM, vq::EngineText(name), &id);
-  if ((result & ENG_ERROR_MASK) == ENG_ERR_NO_DESIGN_ELEMENT) return VQ_OK;
-  return result == ENG_OK ? form->BindTo(database, id) : vq::FromEngine(result);
+  const VQSTATUS status = database->FindReferenced(VQSLATECLASS_FORM, VQDESIGNKIND_FORM, name, &id);
+  if (status == VQERR_NOT_FOUND) return VQ_OK;
+  return status == VQ_OK ? form->BindTo(database, id) : status;
 }
 
 }  // namespace

@@ -188,18 +188,28 @@ VQSTATUS VQDatabaseBody::CompareName(std::uint32_t id, unsigned short slate_clas
 VQSTATUS VQDatabaseBody::FindDesign(unsigned short slate_class, unsigned short kind, std::string_view name,
                                     std::uint32_t* id) {
   std::string first;
-  VQSTATUS status = FirstSynonym(name, &first);
-  if (status != VQ_OK) return status;
+  const VQSTATUS status = FirstSynonym(name, &first);
+  return status == VQ_OK ? FindByName(slate_class, kind, first, id) : status;
+}
+
+VQSTATUS VQDatabaseBody::FindReferenced(unsigned short slate_class, unsigned short kind, std::string_view name,
+                                        std::uint32_t* id) {
+  const std::string first(name.substr(0, name.find_first_of("|;")));
+  return first.empty() ? VQERR_NOT_FOUND : FindByName(slate_class, kind, first, id);
+}
+
+VQSTATUS VQDatabaseBody::FindByName(unsigned short slate_class, unsigned short kind, const std::string& name,
+                                    std::uint32_t* id) {
   std::uint32_t found = 0;
-  const auto* text = vq::EngineText(first);
+  const auto* text = vq::EngineText(name);
   const ENGSTATUS result = slate_class == VQSLATECLASS_AGENT ? EngDesignFindAgent(Handle, text, &found)
                                                              : EngDesignFind(Handle, slate_class, text, &found);
   if ((result & ENG_ERROR_MASK) == ENG_ERR_NO_DESIGN_ELEMENT) return VQERR_NOT_FOUND;
   if (result != ENG_OK) return vq::FromEngine(result);
   std::uint16_t found_kind = 0;
-  status = vq::ReadDesignKind(this, found, slate_class, &found_kind);
+  const VQSTATUS status = vq::ReadDesignKind(this, found, slate_class, &found_kind);
   if (status != VQ_OK) return status;
-  if (found_kind != kind) return SearchDesign(slate_class, kind, first, id);
+  if (found_kind != kind) return SearchDesign(slate_class, kind, name, id);
   *id = found;
   return VQ_OK;
 }
@@ -264,7 +274,8 @@ VQSTATUS VQDatabaseBody::CreateSlate(unsigned long type, VQSlateBody** body) {
 
 // The copy is a new slate of this database; `slate_class` 0 keeps the source's class.
 VQSTATUS VQDatabaseBody::CopySlate(VQSlateBody* source, std::uint16_t slate_class, ENGHANDLE* copy) {
-  VQSTATUS status = source->FlushItems();
+  VQSTATUS status = source->FlushDesign();
+  if (status == VQ_OK) status = source->FlushItems();
   if (status != VQ_OK) return status;
   ENGHANDLE made = 0;
   ENGSTATUS result = EngSlateCopy(source->GetHandle(), &made);

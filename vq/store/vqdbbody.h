@@ -165,7 +165,8 @@ class VQ_API VQDatabase : public VQSmartPtr {
   VQSTATUS CreateViewFolder(const VQString& name, const VQViewFolder& template_, VQViewFolder* view);
   // A new form, open and unsaved; the name as VQForm::SetName takes it.
   VQSTATUS CreateForm(const VQString& name, VQForm* form);
-  // A saved copy of any open database's form; the copy is bound, and has the source's name. `form` may be null.
+  // A saved copy of any open database's form, with its unsaved changes: what VQForm::Save refuses is refused. The copy
+  // has the source's names, and its design is read by VQForm::Open. `form` may be null.
   VQSTATUS CreateForm(VQForm& source, VQForm* form);
   VQSTATUS DeleteForm(VQForm* form);
   VQSTATUS DeleteForm(const VQString& name);
@@ -347,6 +348,8 @@ class VQ_API VQDatabaseBody : public VQBody {
   ENGHANDLE GiveHandleAway();
   // Finds a design element of class and kind by its exact name. VQERR_NOT_FOUND.
   VQSTATUS FindDesign(unsigned short slate_class, unsigned short kind, std::string_view name, std::uint32_t* id);
+  // The same by a name that an item or a record carries: of any length, and not found where it can be no element's.
+  VQSTATUS FindReferenced(unsigned short slate_class, unsigned short kind, std::string_view name, std::uint32_t* id);
   // VQERR_SLATE_NAME_TOO_LONG, VQERR_INVALID_PARAMETER; else the first synonym.
   static VQSTATUS FirstSynonym(std::string_view name, std::string* first);
   // VQWARN_NOT_FOUND.
@@ -381,6 +384,7 @@ class VQ_API VQDatabaseBody : public VQBody {
  private:
   VQSTATUS SplitPath(std::string_view full_path);
   VQSTATUS MirrorInfo(const ENGCHAR* info);
+  VQSTATUS FindByName(unsigned short slate_class, unsigned short kind, const std::string& name, std::uint32_t* id);
   VQSTATUS SearchDesign(unsigned short slate_class, unsigned short kind, std::string_view name, std::uint32_t* id);
   VQSTATUS CompareName(std::uint32_t id, unsigned short slate_class, unsigned short kind, std::string_view name);
 

@@ -266,6 +266,8 @@ class VQ_API VQSlateBody : public VQBody {
   // Whether objects may come into a rich text of this slate; `from` is the slate of the rich text that they come from,
   // null for none. VQ_OK unless a derived body minds.
   virtual VQSTATUS AdmitObjects(VQRichTextBody& text, const VQRTObjectBody& incoming, const VQSlateBody* from);
+  // Before a copy is taken: puts what a derived body keeps beside the items into them. Nothing is stored.
+  virtual VQSTATUS FlushDesign();
   void SetTable(VQIDTable* table);
   VQIDTable* GetTable() const { return Table; }
 

@@ -148,6 +148,7 @@ VQSTATUS VQSlateBody::ReadHeader() {
 }
 
 int VQSlateBody::HasPendingChanges() { return 0; }
+VQSTATUS VQSlateBody::FlushDesign() { return VQ_OK; }
 VQSTATUS VQSlateBody::AdmitObjects(VQRichTextBody&, const VQRTObjectBody&, const VQSlateBody*) { return VQ_OK; }
 
 int VQSlateBody::IsModified() {
