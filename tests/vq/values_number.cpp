@@ -1,8 +1,11 @@
 // Numbers and number items.
+#include <cstddef>
+#include <cstring>
 #include <functional>
 #include <vector>
 
 #include "tests/vq/support/engine_fixture.h"
+#include "tests/vq/support/property_rows.h"
 #include "vq/values/vqnumber.h"
 
 using namespace vqtest;
@@ -86,6 +89,97 @@ TEST_P(Numbers, Settings) {
   VQInternational none;
   EXPECT_EQ(StatusOf([&] { return none.SetMetric(1); }), VQERR_OBJECT_NOT_INITIALIZED);
   EXPECT_EQ(StatusOf([&] { none.GetAMText(); }), VQERR_OBJECT_NOT_INITIALIZED);
+}
+
+using Settings = VQInternational;
+
+// Each owns its bytes of the engine's settings, whatever the others hold.
+TEST_P(Numbers, SettingsOwnTheirBytes) {
+  const PropertyRow<Settings> rows[] = {
+      {"digits",
+       Of<&Settings::GetCurrencyDigits, &Settings::SetCurrencyDigits>(),
+       offsetof(INTLFORMAT, CurrencyDigits),
+       0xFF,
+       Each({0, 15}),
+       {{16, VQERR_OUT_OF_RANGE}, {256, VQERR_OUT_OF_RANGE}}},
+      {"order",
+       Of<&Settings::GetDateOrder, &Settings::SetDateOrder>(),
+       offsetof(INTLFORMAT, DateOrder),
+       0xFF,
+       Each({0, 1, 2}),
+       {{3, VQERR_OUT_OF_RANGE}}},
+      {"zone",
+       Of<&Settings::GetTimeZone, &Settings::SetTimeZone>(),
+       offsetof(INTLFORMAT, TimeZone),
+       0xFFFFFFFF,
+       Each({0, 5, 0x7FFFFFFF}),
+       {{0x80000000, VQERR_OUT_OF_RANGE}, {0x100000005, VQERR_OUT_OF_RANGE}}},
+      {"suffix", Of<&Settings::GetCurrencySuffix, &Settings::SetCurrencySuffix>(), 0, 1, OnOff(1), {}},
+      {"space", Of<&Settings::GetCurrencySpace, &Settings::SetCurrencySpace>(), 0, 2, OnOff(2), {}},
+      {"leading zero", Of<&Settings::GetNumberLeadingZero, &Settings::SetNumberLeadingZero>(), 0, 4, OnOff(4), {}},
+      {"24 hours", Of<&Settings::Get24HourClock, &Settings::Set24HourClock>(), 0, 8, OnOff(8), {}},
+      {"summer time", Of<&Settings::GetDaylightSavings, &Settings::SetDaylightSavings>(), 0, 16, OnOff(16), {}},
+      {"metric", Of<&Settings::GetMetric, &Settings::SetMetric>(), 0, 32, OnOff(32), {}},
+  };
+  for (const char fill : {'\0', '\1'}) {
+    INTLFORMAT format;
+    std::memset(&format, fill, sizeof format);
+    const std::string before(reinterpret_cast<const char*>(&format), sizeof format);
+    const auto bytes = [](const Settings& s) {
+      return std::string(reinterpret_cast<const char*>(s.GetFormat()), sizeof(INTLFORMAT));
+    };
+    for (const auto& row : rows) {
+      SCOPED_TRACE(row.Name);
+      for (const auto& [value, stored] : row.Values) {
+        Settings settings(format);
+        EXPECT_EQ(row.Access.Set(settings, value), VQ_OK);
+        EXPECT_EQ(row.Access.Get(settings), value);
+        EXPECT_EQ(bytes(settings), With(before, {row.At, row.Mask, stored}));
+      }
+      Settings settings(format), none;
+      for (const auto& [value, status] : row.Refused) {
+        EXPECT_EQ(ReturnedStatusOf([&] { return row.Access.Set(settings, value); }), status) << value;
+      }
+      EXPECT_EQ(bytes(settings), before);
+      EXPECT_EQ(ReturnedStatusOf([&] { return row.Access.Set(none, 0); }), VQERR_OBJECT_NOT_INITIALIZED);
+      EXPECT_EQ(StatusOf([&] { return row.Access.Get(none) > 0; }), VQERR_OBJECT_NOT_INITIALIZED);
+    }
+  }
+}
+
+TEST_P(Numbers, SettingsKeepTheirTexts) {
+  const struct {
+    VQString (Settings::*Get)() const;
+    VQSTATUS (Settings::*Set)(const VQString&);
+    std::size_t At, Size;
+  } rows[] = {
+      {&Settings::GetAMText, &Settings::SetAMText, offsetof(INTLFORMAT, AMString), 8},
+      {&Settings::GetPMText, &Settings::SetPMText, offsetof(INTLFORMAT, PMString), 8},
+      {&Settings::GetCurrencySymbol, &Settings::SetCurrencySymbol, offsetof(INTLFORMAT, CurrencyString), 8},
+      {&Settings::GetThousandsSeparator, &Settings::SetThousandsSeparator, offsetof(INTLFORMAT, ThousandString), 8},
+      {&Settings::GetDecimalSeparator, &Settings::SetDecimalSeparator, offsetof(INTLFORMAT, DecimalString), 8},
+      {&Settings::GetDateSeparator, &Settings::SetDateSeparator, offsetof(INTLFORMAT, DateString), 8},
+      {&Settings::GetTimeSeparator, &Settings::SetTimeSeparator, offsetof(INTLFORMAT, TimeString), 8},
+      {&Settings::GetYesterdayText, &Settings::SetYesterdayText, offsetof(INTLFORMAT, YesterdayString), 16},
+      {&Settings::GetTodayText, &Settings::SetTodayText, offsetof(INTLFORMAT, TodayString), 16},
+      {&Settings::GetTomorrowText, &Settings::SetTomorrowText, offsetof(INTLFORMAT, TomorrowString), 16},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.At);
+    Settings settings(INTLFORMAT{}), none;
+    std::string expected(sizeof(INTLFORMAT), '\0');
+    for (const std::string& text : {std::string(row.Size - 1, 'x'), std::string("\xE2\x82\xAC"), std::string()}) {
+      EXPECT_EQ((settings.*row.Set)(Store(text)), VQ_OK);
+      EXPECT_EQ(TextOf((settings.*row.Get)()), text);
+      expected.replace(row.At, row.Size, text + std::string(row.Size - text.size(), '\0'));
+      EXPECT_EQ(std::string(reinterpret_cast<const char*>(settings.GetFormat()), sizeof(INTLFORMAT)), expected);
+    }
+    EXPECT_EQ(ReturnedStatusOf([&] { return (settings.*row.Set)(Store(std::string(row.Size, 'x'))); }),
+              VQERR_STRING_TOO_LONG);
+    EXPECT_EQ(TextOf((settings.*row.Get)()), "");
+    EXPECT_EQ(ReturnedStatusOf([&] { return (none.*row.Set)("x"); }), VQERR_OBJECT_NOT_INITIALIZED);
+    EXPECT_EQ(StatusOf([&] { return (none.*row.Get)().IsNull(); }), VQERR_OBJECT_NOT_INITIALIZED);
+  }
 }
 
 struct Edit {

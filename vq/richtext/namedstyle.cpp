@@ -1,3 +1,6 @@
+#include <algorithm>
+
+#include "engine/process.h"
 #include "vq/richtext/vqparstl.h"
 
 namespace {
@@ -28,6 +31,24 @@ VQSTATUS ChangeName(VQPABStyleNameBody& record, Edit edit) {
   if (VQSTATUS status = record.Read(&fields)) return status;
   edit(fields);
   return record.Write(fields);
+}
+
+// Bytes of the user name, with its length word, in front of whatever else stands behind the font.
+std::size_t UserNameBytes(const Fields& fields) {
+  if ((fields.Flags & STYLENAMEFLAG_FOR_ALL_DOCUMENTS) == 0 || fields.Tail.size() < kLengthWord) return 0;
+  const auto* tail = reinterpret_cast<const unsigned char*>(fields.Tail.data());
+  return kLengthWord + std::min<std::size_t>(vq::LoadWord(tail), fields.Tail.size() - kLengthWord);
+}
+
+// Length word, the current user's name, terminator.
+VQSTATUS CurrentUserName(std::string* bytes) {
+  ENGCHAR name[256] = {};
+  if (VQSTATUS status = vq::FromEngine(EngUserNameGet(name))) return status;
+  const std::string text(reinterpret_cast<const char*>(name));
+  const std::size_t size = text.size() + 1;
+  *bytes = {static_cast<char>(size & 0xFF), static_cast<char>(size >> 8)};
+  *bytes += text + '\0';
+  return VQ_OK;
 }
 
 bool HasHide(const VQParagraphStyle& style) { return !style.GetParagraphStyleBody()->Hide().IsNull(); }
@@ -159,22 +180,33 @@ VQSTATUS VQNamedStyle::SetName(const VQString& name) {
 VQString VQNamedStyle::GetUserName() const {
   Fields fields;
   vq::ThrowIfError(Named().StyleName().Read(&fields));
-  if ((fields.Flags & STYLENAMEFLAG_FOR_ALL_DOCUMENTS) == 0 || fields.Tail.size() < kLengthWord) return VQString();
-  std::size_t length = vq::LoadWord(reinterpret_cast<const unsigned char*>(fields.Tail.data()));
-  std::string text = fields.Tail.substr(kLengthWord, length);
+  const std::size_t bytes = UserNameBytes(fields);
+  if (bytes == 0) return VQString();
+  const std::string text = fields.Tail.substr(kLengthWord, bytes - kLengthWord);
   return StoreText(text.substr(0, text.find('\0')));
 }
 
-VQSTATUS VQNamedStyle::SetNameFlag(unsigned long bit, int on) {
-  return vq::Apply(ChangeName(ReadyNamed().StyleName(), [&](Fields& fields) {
-    fields.Flags = static_cast<std::uint32_t>(on ? fields.Flags | bit : fields.Flags & ~bit);
+VQSTATUS VQNamedStyle::SetOnCycleList(int on) {
+  return vq::Apply(ChangeName(ReadyNamed().StyleName(), [on](Fields& fields) {
+    constexpr auto kBit = static_cast<std::uint32_t>(STYLENAMEFLAG_ON_CYCLE_LIST);
+    fields.Flags = on ? fields.Flags | kBit : fields.Flags & ~kBit;
   }));
 }
 
-VQSTATUS VQNamedStyle::AssignToCycleList() { return SetNameFlag(STYLENAMEFLAG_ON_CYCLE_LIST, 1); }
-VQSTATUS VQNamedStyle::RemoveFromCycleList() { return SetNameFlag(STYLENAMEFLAG_ON_CYCLE_LIST, 0); }
+VQSTATUS VQNamedStyle::AssignToCycleList() { return SetOnCycleList(1); }
+VQSTATUS VQNamedStyle::RemoveFromCycleList() { return SetOnCycleList(0); }
 VQSTATUS VQNamedStyle::SetIsAvailableToAllDocuments(int flag) {
-  return SetNameFlag(STYLENAMEFLAG_FOR_ALL_DOCUMENTS, flag);
+  constexpr auto kBit = static_cast<std::uint32_t>(STYLENAMEFLAG_FOR_ALL_DOCUMENTS);
+  std::string owner;
+  VQSTATUS status = flag ? CurrentUserName(&owner) : VQ_OK;
+  if (status != VQ_OK) return vq::Apply(status);
+  return vq::Apply(ChangeName(ReadyNamed().StyleName(), [&](Fields& fields) {
+    const bool present = (fields.Flags & kBit) != 0;
+    if (present == (flag != 0)) return;
+    fields.Tail.erase(0, UserNameBytes(fields));
+    fields.Tail.insert(0, owner);
+    fields.Flags ^= kBit;
+  }));
 }
 
 namespace {

@@ -59,6 +59,7 @@ VQRTObjectBody* CellOf(VQRTObjectBody* object) {
 }
 
 VQSTATUS FindRange(VQRTContainerBody& root, const VQRTCursor& start, const VQRTCursor& end, StyleRange* range) {
+  if (!start.IsValid(&root) || !end.IsValid(&root)) return VQERR_RT_NOT_MEMBER;
   VQRTObject first, last;
   if (VQSTATUS status = ObjectAt(start, true, &first)) return status;
   if (VQSTATUS status = ObjectAt(end, false, &last)) return status;
@@ -169,6 +170,7 @@ VQSTATUS VQRTContainerBody::FindParagraphStyle(const VQRTObject& object, VQParag
   VQRTContainerBody& root = pab::Root(*this);
   VQRTObjectBody* body = object.GetRTObjectBody();
   if (body->IsClosed()) return VQERR_OBJECT_CLOSED;
+  if (!root.Contains(body)) return VQERR_RT_NOT_MEMBER;
   VQRTObjectBody* reference = pab::ReferenceFor(root, body);
   if (!reference && !root.PreviousInTree(body)) reference = root.NextOfType(body, VQRTTYPE_PAB_REFERENCE);
   vq::PABIDs ids;

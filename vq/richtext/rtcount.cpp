@@ -94,6 +94,11 @@ VQSTATUS VQStylizedTextBody::SpanBytes(unsigned long characters, std::uint32_t* 
   return VQ_OK;
 }
 
+bool VQStylizedTextBody::HasPlace(unsigned long offset) const {
+  std::uint32_t bytes = 0;
+  return offset == 1 || (offset > 1 && SpanBytes(offset, &bytes) == VQ_OK);
+}
+
 namespace {
 
 struct Search {

@@ -195,6 +195,7 @@ class VQ_API VQNamedStyle : public VQParagraphStyle {
   VQSTATUS RemoveFromCycleList();
   int IsOnCycleList() const;
   int GetIsAvailableToAllDocuments() const;
+  // A style that is made available gets the current user's name.
   VQSTATUS SetIsAvailableToAllDocuments(int flag);
   int HasFontStyle() const;
   // VQWARN_NOT_FOUND when the style has no font. The font is the style's own: edits of it are edits of the style.
@@ -210,7 +211,7 @@ class VQ_API VQNamedStyle : public VQParagraphStyle {
  private:
   VQNamedStyleBody& Named() const;
   VQNamedStyleBody& ReadyNamed();
-  VQSTATUS SetNameFlag(unsigned long bit, int on);
+  VQSTATUS SetOnCycleList(int on);
 };
 
 #endif

@@ -135,6 +135,7 @@ VQSTATUS VQRTBaseContainerBody::SetFontStyle(const VQRTCursor& start, const VQRT
                                              unsigned long mask) {
   if (Closed) return VQERR_OBJECT_CLOSED;
   if (!start.IsValid() || !end.IsValid()) return VQERR_CURSOR_INVALID;
+  if (!Contains(start.GetElementBody()) || !Contains(end.GetElementBody())) return VQERR_RT_NOT_MEMBER;
   if (start > end) return VQERR_INVALID_PARAMETER;
   const vq::TextPlace from(start), to(end);
   for (VQRTObjectBody *object = from.Node, *next; object; object = next) {

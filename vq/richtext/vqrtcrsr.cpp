@@ -34,8 +34,10 @@ VQRTObjectBody* VQRTCursor::GetElementBody() const {
 }
 
 VQSTATUS VQRTCursor::Assign(VQStylizedTextBody* body, unsigned long offset, int rightEdge) {
-  if (!body || body->IsClosed() || offset == 0) return vq::Apply(VQERR_INVALID_PARAMETER);
-  return Assign(VQRTElement(body, offset), rightEdge);
+  if (!body || body->IsClosed()) return vq::Apply(VQERR_INVALID_PARAMETER);
+  VQRTElement element;
+  const VQSTATUS status = element.SetRTChar(body, offset);
+  return status != VQ_OK ? status : Assign(element, rightEdge);
 }
 
 VQSTATUS VQRTCursor::Assign(const VQRTElement& element, int rightEdge) {

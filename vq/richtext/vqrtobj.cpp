@@ -13,7 +13,7 @@ VQRTObject::VQRTObject(const VQRTObject& other) : VQSmartPtr() { Attach(other.Ge
 VQRTObject::VQRTObject(VQRTObjectBody* body) : VQSmartPtr(body) {}
 
 VQRTObject::VQRTObject(VQStylizedTextBody* body, unsigned long offset) : VQSmartPtr() {
-  if (!body && offset != 0) vq::Throw(VQERR_INVALID_PARAMETER);
+  if (offset != 0 && (!body || !body->HasPlace(offset))) vq::Throw(VQERR_INVALID_PARAMETER);
   Attach(body, offset);
 }
 
@@ -242,6 +242,9 @@ VQSTATUS VQRTObject::SetDirty(int dirty) {
 
 VQSTATUS VQRTObject::SetOffset(unsigned long offset) {
   if ((offset == 0) != (Offset == 0)) return vq::Apply(VQERR_CORRUPTED);
+  if (offset != 0 && !static_cast<VQStylizedTextBody*>(Body)->HasPlace(offset)) {
+    return vq::Apply(VQERR_INVALID_PARAMETER);
+  }
   Offset = offset;
   return VQ_OK;
 }
@@ -249,6 +252,7 @@ VQSTATUS VQRTObject::SetOffset(unsigned long offset) {
 VQSTATUS VQRTObject::SetRTChar(VQStylizedTextBody* body, unsigned long offset) {
   if (!body || offset == 0) return vq::Apply(VQERR_INVALID_PARAMETER);
   if (body->IsClosed()) return vq::Apply(VQERR_OBJECT_CLOSED);
+  if (!body->HasPlace(offset)) return vq::Apply(VQERR_INVALID_PARAMETER);
   Attach(body, offset);
   return VQ_OK;
 }

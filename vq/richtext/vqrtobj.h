@@ -15,6 +15,7 @@ class VQ_API VQRTObject : public VQSmartPtr {
   VQRTObject() = default;
   VQRTObject(const VQRTObject& other);
   explicit VQRTObject(VQRTObjectBody* body);
+  // On a character; 0 stands for the run itself.
   VQRTObject(VQStylizedTextBody* body, unsigned long offset);
   ~VQRTObject();
   VQRTObject& operator=(const VQRTObject& other);
@@ -55,9 +56,9 @@ class VQ_API VQRTObject : public VQSmartPtr {
   int IsValid() const;
   VQSTATUS RemoveThis(int keepInTree = 1);
   VQSTATUS SetDirty(int dirty);
-  // VQERR_CORRUPTED for a change between zero and non-zero.
+  // VQERR_CORRUPTED for a change between zero and non-zero, VQERR_INVALID_PARAMETER for a place behind the run's end.
   VQSTATUS SetOffset(unsigned long offset);
-  // Makes this a handle on a character.
+  // Makes this a handle on a character: of places behind the run's end there are none, VQERR_INVALID_PARAMETER.
   VQSTATUS SetRTChar(VQStylizedTextBody* body, unsigned long offset);
 
   VQRTObjectBody* GetRTObjectBody() const;

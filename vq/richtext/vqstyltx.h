@@ -54,6 +54,8 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
   unsigned long GetCharacterCount() const;
   // Bytes of the first characters; VQERR_INVALID_PARAMETER when there are fewer.
   [[nodiscard]] VQSTATUS SpanBytes(unsigned long characters, std::uint32_t* size) const;
+  // Whether there is a character at the offset, from 1; an empty run has the place 1.
+  bool HasPlace(unsigned long offset) const;
   // VQWARN_TEXT_OVER_20K above 20 KB, VQERR_TEXT_TOO_LONG above 40 KB with nothing changed.
   [[nodiscard]] VQSTATUS InsertText(unsigned long charOffset, const VQString& text);
   // Cuts characters [first, first + count) out; handles in them move to `first`.
