@@ -436,6 +436,7 @@ TEST_F(ViewProperty, ItemsOfTheirOwn) {
       {"no template", [](View& v) { return v.SetInheritsFromTemplateName(VQString()); }, "$Class", "-", -1},
       {"all may read", [](View& v) { return v.SetReaders(People()); }, "$Readers", "-", -1},
       {"some may", [](View& v) { return v.SetAllowAllReaders(0); }, "$Readers", "Ann|Bob", 0x0405},
+      {"nobody named", [](View& v) { return v.SetReaders(VQText()); }, "$Readers", "", 0x0405},
       {"all again", [](View& v) { return v.SetAllowAllReaders(1); }, "$Readers", "-", -1},
       {"authors", [](View& v) { return v.SetAuthors(People()); }, "$Updaters", "-", -1},
       {"some", [](View& v) { return v.SetAllowAllAuthors(0); }, "$Updaters", "Ann|Bob", 0x0025},

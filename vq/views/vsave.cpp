@@ -250,7 +250,8 @@ VQSTATUS VQViewFolderBody::SaveCalendar() {
 }
 
 VQSTATUS VQViewFolderBody::SaveTexts(std::string_view item, const VQText& texts, unsigned short flags, bool keep) {
-  if (!keep || texts.IsNull()) return Remove(item);
+  if (!keep) return Remove(item);
+  if (texts.IsNull()) return SaveText(item, {}, flags);
   return CreateCopy(item, texts.GetItemBody(), flags, VQITEMOPTION_REPLACE, nullptr);
 }
 
