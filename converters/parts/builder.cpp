@@ -297,7 +297,8 @@ void Builder::OpenTable(const std::vector<unsigned>& widths) {
     if (level.Kind == OpenLevel::kTable || level.Kind == OpenLevel::kCell) continue;
     level.Used = true;
   }
-  Out.Put(kSigTableBegin, ODS_CDTABLEBEGIN, CDTABLEBEGIN{{}, kPageMargin, 40, 60, 0, 0, kTableDefaultFlags});
+  Out.Put(kSigTableBegin, ODS_CDTABLEBEGIN,
+          CDTABLEBEGIN{{}, kPageMargin, kUsualColumnSpacing, kUsualRowSpacing, 0, 0, kTableDefaultFlags});
   Levels.push_back({OpenLevel::kTable, {}});
   Table.Open = true;
   ++Table.Number;

@@ -42,6 +42,7 @@ inline constexpr std::uint32_t kHotspotContinued = 0x00000002;  // of the same l
 
 // Paragraph definition
 inline constexpr std::uint16_t kPageMargin = 1440;
+inline constexpr std::uint16_t kPageBreak = 0x0001;
 inline constexpr std::uint16_t kHideFlagsUnlinked = 0x0100;
 inline constexpr std::uint16_t kBulletStyle = 0x0400;
 inline constexpr std::uint16_t kNumberStyle = 0x1000;
@@ -60,6 +61,10 @@ inline constexpr unsigned kMostColumns = 64;
 inline constexpr unsigned kTableWidth = 28800;
 inline constexpr unsigned kNarrowestColumn = 361;
 inline constexpr std::uint16_t kTableDefaultFlags = 3;
+inline constexpr std::uint16_t kTableV4Spacing = 0x0002;
+inline constexpr std::uint16_t kTableBorderStyles = 0x000C;
+inline constexpr std::uint16_t kUsualColumnSpacing = 40;
+inline constexpr std::uint16_t kUsualRowSpacing = 60;
 inline constexpr std::uint8_t kUsualBorder = 0x55;
 inline constexpr std::uint16_t kUsualWidth = 0x1111;
 inline constexpr std::uint8_t kCellDefaultFlags = 2;

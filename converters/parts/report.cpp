@@ -35,6 +35,8 @@ constexpr std::array<const char*, static_cast<std::size_t>(Loss::kCount)> kWords
     "names of places left out",
     "widths and places of tables left out",
     "widths of columns left out",
+    "left margins within the page's and right margins left out",
+    "page breaks left out",
     "tables became lines with tabs",
     "bullets and numbers of lists left out",
     "links around tables end with them",

@@ -39,6 +39,8 @@ enum class Loss {
   kAnchor,          // a name of a place where no text stands
   kTableLayout,     // a table's own width, place and spacing
   kColumnWidth,     // columns that are not equally wide
+  kMargin,          // a paragraph wider or narrower than the page's margins tell
+  kPageBreak,       // a paragraph that begins a page
   kTable,           // a table in plain text
   kListSigns,       // an item's bullet or number in plain text
   kCutLink,         // what stood in a link behind a table

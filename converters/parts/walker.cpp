@@ -15,6 +15,31 @@ constexpr int kIndent = 360;
 // Looked up once: each text has one.
 const std::uint32_t kTextHeader = EngOdsLength(ODS_CDTEXT);
 
+// What a reader of the report knows it by.
+std::string_view NameOfObject(std::uint16_t signature) {
+  constexpr std::pair<std::uint16_t, std::string_view> kNames[] = {
+      {0x84, "field"},           {0xFF84, "field"},         {0xFF8A, "field"},      {0xFF91, "document link"},
+      {0xFF92, "document link"}, {0xFF93, "script"},        {0x95, "picture"},      {0x99, "picture"},
+      {0x9D, "picture"},         {0xFFA7, "linked object"}, {0xFFAB, "button"},     {0xFFAC, "section"},
+      {0xFFB0, "field"},         {0xFFB1, "action"},        {0xFFBE, "action bar"}, {0xFFCA, "applet"},
+  };
+  for (const auto& [number, name] : kNames) {
+    if (number == signature) return name;
+  }
+  return {};
+}
+
+std::string_view NameOfHotspot(std::uint16_t type) {
+  constexpr std::pair<std::uint16_t, std::string_view> kNames[] = {
+      {1, "popup"},          {2, "action"},   {3, "button"},  {4, "attachment"},
+      {11, "document link"}, {14, "subform"}, {15, "applet"},
+  };
+  for (const auto& [number, name] : kNames) {
+    if (number == type) return name;
+  }
+  return {};
+}
+
 // Others may put something else into a place's record.
 bool IsName(std::string_view text) {
   if (text.empty()) return false;
@@ -123,7 +148,7 @@ void Walker::Handle(const Record& record) {
     case kSigTextStyle:
       return;
     default:
-      Losses.Add(Loss::kObject);
+      Losses.Add(Loss::kObject, 0, NameOfObject(record.Signature));
   }
 }
 
@@ -156,7 +181,8 @@ BlockInfo Walker::InfoOf(const Style& style) const {
   const int page = Table.InCell ? Table.Record.LeftMargin : kPageMargin;
   const int own = definition.LeftMargin - page - levels * kIndent;
   const bool unnamedList = !style.IsNamed && levels > 0;
-  if (!unnamedList && !Table.InCell && own > 0) info.Indent = own;
+  const int room = Table.InCell ? Table.Room : 0;
+  if (!unnamedList && own > room) info.Indent = own;
   if (!unnamedList) info.FirstLineIndent = definition.FirstLineMargin - definition.LeftMargin;
   if (Table.InCell && !Table.Nested) info.Plain = Table.Next > 0 && !Table.Cells[Table.Next - 1].IsBlock;
   return info;
@@ -172,6 +198,9 @@ void Walker::BeginParagraph() {
   constexpr unsigned kOtherHiding = (kHideFlags & ~kHideReading) | kHideFormula;
   if (!Current.Hidden && (style.Definition.Flags & kOtherHiding) != 0) Losses.Add(Loss::kHidden);
   const CDPABDEFINITION& definition = style.Definition;
+  if (definition.Flags & kPageBreak) Losses.Add(Loss::kPageBreak);
+  const bool cut = definition.RightMargin != 0 || definition.LeftMargin < kPageMargin;
+  if (cut && !Table.InCell) Losses.Add(Loss::kMargin);
   if (definition.TabCount > 0) Losses.Add(Loss::kTabs);
   const bool ownSpace = Levels.size() == LevelFloor && definition.SpacingBelow != 0;
   if (ownSpace || definition.SpacingAbove != 0 || definition.LineSpacing != 0) Losses.Add(Loss::kSpacing);
@@ -412,7 +441,7 @@ void Walker::BeginHotspot(const Record& record) {
   if (link) BeginLink(data.substr(0, begin.DataLength), begin.Flags);
   // The data of an attachment's begins with its name.
   if (file) BeginLink(AddressOf(data.substr(0, std::min<std::size_t>(begin.DataLength, data.find('\0')))), 0);
-  if (!link && !file) Losses.Add(Loss::kObject);
+  if (!link && !file) Losses.Add(Loss::kObject, 0, NameOfHotspot(begin.Type));
   Hotspots.push_back(link || file ? kHotspotLink : static_cast<HotspotKind>(0));
 }
 

@@ -88,7 +88,6 @@ class Walker {
   struct Style {
     StyleName Name;
     bool IsNamed = false;
-    bool IsPlain = true;  // neither an identifier that is defined nor one that is named
     CDPABDEFINITION Definition{};
     FontID Font = 0;  // 0 for the text's own base
   };
@@ -109,10 +108,12 @@ class Walker {
     bool IsHeading = false;
     bool IsColored = false;
     std::uint16_t Reference = 0;  // of its first paragraph
+    int Left = 0;                 // twips
     unsigned Width = 0;           // twips
   };
   struct TableState {
     bool IsOpen = false;
+    int Room = 0;  // twips from a cell's edge that are no indentation
     unsigned Nested = 0;
     bool InRow = false;
     bool InCell = false;
@@ -164,6 +165,7 @@ class Walker {
   void MatchHotspot();
   // Tables
   void BeginTable(const Record& record);
+  void ReadSpacing(const CDTABLEBEGIN& begin);
   void LookThroughTable();
   void FindCovered();
   void FindWidths();

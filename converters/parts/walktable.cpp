@@ -5,6 +5,13 @@
 
 namespace conv {
 
+namespace {
+
+// Border styles move a cell's text by so much.
+constexpr int kStyleRoom = 60;
+
+}  // namespace
+
 void Walker::BeginTable(const Record& record) {
   EndParagraph();
   if (Table.IsOpen) {
@@ -14,6 +21,9 @@ void Walker::BeginTable(const Record& record) {
   }
   FlushEmptyParagraphs(1);
   Table = {};
+  const auto begin = record.Read<CDTABLEBEGIN>(ODS_CDTABLEBEGIN);
+  if (begin.LeftMargin > kPageMargin) Table.Info.Indent = begin.LeftMargin - kPageMargin;
+  ReadSpacing(begin);
   LookThroughTable();
   if (!Table.Cells.empty()) {
     // The levels around the table are those of its first paragraph that stand outside the cell.
@@ -28,9 +38,16 @@ void Walker::BeginTable(const Record& record) {
   Table.IsOpen = true;
   LevelFloor = Levels.size();
   Table.Info.Kind = Block::kTable;
-  const auto begin = record.Read<CDTABLEBEGIN>(ODS_CDTABLEBEGIN);
-  if (begin.LeftMargin > kPageMargin) Table.Info.Indent = begin.LeftMargin - kPageMargin;
   Out.Open(Table.Info);
+}
+
+void Walker::ReadSpacing(const CDTABLEBEGIN& begin) {
+  const bool inset = (begin.Flags & kTableV4Spacing) != 0;
+  const unsigned wide = inset ? begin.V4HorizCellSpace : begin.HorizCellSpace;
+  const unsigned high = inset ? begin.V4VertCellSpace : begin.VertCellSpace;
+  const bool usual = inset ? wide == 0 && high == 0 : wide == kUsualColumnSpacing && high == kUsualRowSpacing;
+  if (!usual || (begin.Flags & kTableBorderStyles) != 0) Losses.Add(Loss::kTableLayout);
+  Table.Room = static_cast<int>(wide) + kStyleRoom;
 }
 
 // What has to be known of a cell before it is shown.
@@ -52,6 +69,7 @@ void Walker::LookThroughTable() {
     if (signature == kSigTableCell && nested == 0) {
       const auto cell = record.Read<CDTABLECELL>(ODS_CDTABLECELL);
       Table.Cells.push_back({.Row = cell.Row, .Column = cell.Column});
+      Table.Cells.back().Left = cell.LeftMargin;
       if (cell.RightMargin > cell.LeftMargin) Table.Cells.back().Width = cell.RightMargin - cell.LeftMargin;
       Table.Cells.back().RowSpan = std::max<unsigned>(cell.RowSpan, 1);
       Table.Cells.back().ColumnSpan = std::max<unsigned>(cell.ColumnSpan, 1);
@@ -86,6 +104,10 @@ void Walker::LookThroughTable() {
       } else if (style.Definition.Flags & (kBulletStyle | kNumberStyle)) {
         cell.IsBlock = true;
       }
+      const CDPABDEFINITION& definition = style.Definition;
+      const bool indented =
+          definition.LeftMargin > cell.Left + Table.Room || definition.FirstLineMargin != definition.LeftMargin;
+      if (indented) cell.IsBlock = true;
     }
     if (text || object) cell.HasContent = true;
     if (cell.Paragraphs > 0) cell.IsBlock = true;

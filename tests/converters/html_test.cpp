@@ -121,6 +121,9 @@ TEST(HtmlTables, AreCarried) {
        "<table>\n<tbody>\n<tr>\n<td>a</td>\n</tr>\n<tr>\n<td>b</td>\n</tr>\n</tbody>\n</table>\n"},
       {"no widths to speak of", "<table><tr><td width=0.01%>a<td width=0.01%>b</table>",
        "<table>\n<tbody>\n<tr>\n<td>a</td>\n<td>b</td>\n</tr>\n</tbody>\n</table>\n"},
+      {"indentation in cells", "<table><tr><td style='text-indent:20pt'>a<td><dl><dt>b<dd>c</dl></table>",
+       "<table>\n<tbody>\n<tr>\n<td>\n<p style=\"text-indent:20pt\">a</p>\n</td>\n<td>\n<p>b</p>\n"
+       "<p style=\"margin-left:36pt\">c</p>\n</td>\n</tr>\n</tbody>\n</table>\n"},
       {"a hidden table", "<table hidden><tr><td>a</table>b",
        "<table>\n<tbody>\n<tr>\n<td>\n<p hidden>a</p>\n</td>\n</tr>\n</tbody>\n</table>\n<p>b</p>\n"},
       {"in an item", "<ul><li>a<table><tr><td>b</table><li>c</ul>",
@@ -169,6 +172,58 @@ TEST(HtmlReport, TellsWhatIsMissing) {
     const Converted records = FromHtml(row.In);
     EXPECT_EQ(records.Report, row.Report);
     EXPECT_EQ(ToHtml(records.Bytes).Bytes, row.Out);
+  }
+}
+
+// Records that clients and forms make, and no page can hold.
+TEST(HtmlOut, TellsWhatOtherRecordsHold) {
+  const auto definition = [](auto change) {
+    CDPABDEFINITION style{};
+    style.PABID = 7;
+    style.LeftMargin = style.FirstLineMargin = conv::kPageMargin;
+    style.Flags = conv::kHideFlagsUnlinked;
+    change(style);
+    return style;
+  };
+  const auto hotspot = [](std::uint16_t type) { return CDHOTSPOTBEGIN{{}, type, 0, 0}; };
+  const auto styled = [&](auto change) {
+    return [style = definition(change)](conv::RecordOutput& out) {
+      out.Put(conv::kSigDefinition, ODS_CDPABDEFINITION, style);
+      out.Put(conv::kSigReference, ODS_CDPABREFERENCE, CDPABREFERENCE{{}, 7});
+    };
+  };
+  const auto spotted = [&](std::uint16_t type) {
+    return [begin = hotspot(type)](conv::RecordOutput& out) { out.Put(conv::kSigHotspot, ODS_CDHOTSPOTBEGIN, begin); };
+  };
+  const auto other = [](std::uint16_t signature) {
+    return [signature](conv::RecordOutput& out) { out.PutBytes(signature, "data"); };
+  };
+  const struct {
+    std::function<void(conv::RecordOutput&)> Put;
+    const char* Report;
+  } rows[] = {
+      {styled([](auto& style) { style.Flags |= conv::kPageBreak; }), "page breaks left out: 1\n"},
+      {styled([](auto& style) { style.RightMargin = 9000; }),
+       "left margins within the page's and right margins left out: 1\n"},
+      {styled([](auto& style) { style.LeftMargin = style.FirstLineMargin = 720; }),
+       "left margins within the page's and right margins left out: 1\n"},
+      {styled([](auto& style) { style.TabCount = 1; }), "tab stops left out: 1\n"},
+      {styled([](auto& style) { style.LineSpacing = 1; }), "line and paragraph spacing left out: 1\n"},
+      {styled([](auto& style) { style.Flags |= 0x0020; }), "hidden paragraphs are shown: 1\n"},
+      {spotted(1), "objects left out: 1: popup\n"},
+      {spotted(14), "objects left out: 1: subform\n"},
+      {other(0xFF8A), "objects left out: 1: field\n"},
+      {other(0xFFAC), "objects left out: 1: section\n"},
+      {other(0xFFEE), "objects left out: 1\n"},
+  };
+  for (const auto& row : rows) {
+    conv::RecordOutput output;
+    output.Begin();
+    row.Put(output);
+    output.Put(conv::kSigText, ODS_CDTEXT, CDTEXT{{}, conv::kDefaultFont}, "a");
+    const Converted html = ToHtml(output.Bytes());
+    EXPECT_EQ(html.Bytes, "<p>a</p>\n");
+    EXPECT_EQ(html.Report, row.Report);
   }
 }
 

@@ -88,6 +88,26 @@ TEST_F(RoundTrip, DocumentsOfPackagesComeOutAsCmarkWritesThem) {
   for (const fs::path& file : files) ExpectAsCmark(file);
 }
 
+// A table made by a client, with spacing and a border of its own.
+TEST_F(RoundTrip, TablesOfClientsComeOut) {
+  VQRichText text;
+  VQRTCursor cursor;
+  VQTable table;
+  std::string report;
+  ASSERT_EQ(text.Create(), VQ_OK);
+  ASSERT_EQ(text.GetCursor(&cursor), VQ_OK);
+  ASSERT_EQ(text.CreateTable(1, 2, &cursor, &table), VQ_OK);
+  ASSERT_EQ(Export(text, "plain.html", &report), VQ_OK);
+  EXPECT_EQ(report, "");
+  EXPECT_THAT(Read("plain.html"),
+              testing::HasSubstr("<table border=\"1\">\n<tbody>\n<tr>\n<td></td>\n<td></td>\n</tr>"));
+  ASSERT_EQ(table.SetColumnSpacing(0.5), VQ_OK);
+  ASSERT_EQ(table.SetColumnWidth(0, 2), VQ_OK);
+  ASSERT_EQ(Export(text, "spaced.html", &report), VQ_OK);
+  EXPECT_EQ(report, "widths and places of tables left out: 1\n");
+  EXPECT_THAT(Read("spaced.html"), testing::HasSubstr("<colgroup>\n<col style=\"width:"));
+}
+
 // Spaces at the ends of a paragraph mean nothing in either.
 std::string WithoutSpacesAtEnds(const std::string& html) {
   std::istringstream lines(html);
