@@ -93,14 +93,15 @@ ENGSTATUS Collection::Read(const ReadRequest& request, COLLECTIONPOSITION* posit
   if (position->Level >= ENG_COLLECTION_LEVELS) return ENG_ERR_ARGUMENT;
   const COLLECTIONPOSITION start = *position;
   const bool hits = IsHitCode(request.skip) || IsHitCode(request.navigation);
-  return index_->With(collation_, [&](IndexTree& tree) {
+  const auto read = [&](IndexTree& tree) {
     *position = start;
     *result = {};
     const ENGSTATUS status =
         hits ? ReadHits(tree, request, position, result) : ReadRows(tree, request, position, result);
     if (status != ENG_OK) *position = start;
     return status;
-  });
+  };
+  return index_->With(collation_, std::cref(read));
 }
 
 ENGSTATUS Collection::ReadRows(IndexTree& tree, const ReadRequest& request, COLLECTIONPOSITION* position,

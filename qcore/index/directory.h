@@ -31,6 +31,11 @@ class Directory final : public LeafWatcher {
     auto at = std::lower_bound(part.further.begin(), part.further.end(), Further{place, 0});
     for (; at != part.further.end() && at->place == place; ++at) visit(at->leaf);
   }
+  PageNumber LeafOf(std::uint32_t id);
+  bool IsInMemory(std::uint32_t id) const {
+    const std::size_t number = id / kIdStep / kPartIds;
+    return number < parts_.size() && parts_[number];
+  }
   bool Has(std::uint32_t id) { return LeafOf(id) != 0; }
   // The documents that have rows, in ascending order.
   std::vector<std::uint32_t> Ids(std::uint32_t highest);
@@ -59,7 +64,6 @@ class Directory final : public LeafWatcher {
   Part& PartOf(std::uint32_t id);
   // In memory or stored.
   bool HasPart(std::uint32_t id) const;
-  PageNumber LeafOf(std::uint32_t id);
   static std::unique_ptr<Part> Decode(Bytes bytes);
   static std::vector<std::uint8_t> Encode(const Part& part);
 

@@ -68,19 +68,22 @@ std::vector<PlannedRow> IndexTree::RowsOf(std::uint32_t id) {
 }
 
 void IndexTree::RowsOf(std::uint32_t id, std::vector<PlannedRow>* rows) {
-  rows->clear();
-  found_.clear();
-  directory_.ForEachLeafOf(id, [&](PageNumber leaf) {
-    if (!tree_.RowsInLeaf(leaf, id, &found_)) tree_.RowsIn(KeyInStored(leaf), id, &found_);
-  });
-  for (Row& row : found_) {
-    PlannedRow planned;
-    if (row.indent != 0 && row.level == kDeepestLevel) {
-      const auto parent = tree_.PrevAtMost(tree_.RankOf(row.key), kDeepestLevel - 1);
-      if (parent) planned.parent_end = static_cast<std::uint32_t>(tree_.At(*parent).key().size());
+  std::size_t count = 0;
+  directory_.ForEachLeafOf(id, [&](PageNumber number) {
+    const Leaf* leaf = tree_.LeafInMemory(number);
+    if (!leaf) leaf = tree_.LeafFor(KeyInStored(number));
+    for (std::uint32_t at = leaf ? leaf->FindId(id) : 0; leaf && at < leaf->count(); at = leaf->FindId(id, at + 1)) {
+      if (count == rows->size()) rows->emplace_back();
+      leaf->RowTo(at, &(*rows)[count++].row);
     }
-    planned.row = std::move(row);
-    rows->push_back(std::move(planned));
+  });
+  rows->resize(count);
+  for (PlannedRow& planned : *rows) {
+    planned.parent_end = 0;
+    const Row& row = planned.row;
+    if (row.indent == 0 || row.level != kDeepestLevel) continue;
+    const auto parent = tree_.PrevAtMost(tree_.RankOf(row.key), kDeepestLevel - 1);
+    if (parent) planned.parent_end = static_cast<std::uint32_t>(tree_.At(*parent).key().size());
   }
   if (rows->size() < 2) return;
   std::ranges::sort(*rows, {}, [](const PlannedRow& row) -> const std::string& { return row.row.key; });

@@ -64,7 +64,7 @@ class IndexTree {
 
   // All may throw IndexFault.
   std::vector<PlannedRow> RowsOf(std::uint32_t id);
-  void RowsOf(std::uint32_t id, std::vector<PlannedRow>* rows);
+  void RowsOf(std::uint32_t id, std::vector<PlannedRow>* rows);  // whose room is used again
   bool Has(std::uint32_t id) { return directory_.Has(id); }
   std::vector<std::uint32_t> Documents(std::uint32_t highest) { return directory_.Ids(highest); }
   // `former`, or null: a row of the document that goes in the same batch; the categories that it was below are there.
@@ -116,6 +116,7 @@ class IndexTree {
   [[nodiscard]] ENGSTATUS ReadStoredLocked(std::uint32_t page, std::vector<std::uint8_t>* bytes);
   std::string KeyInStored(PageNumber leaf);
   [[nodiscard]] ENGSTATUS UpdateSingle(DocumentReader& reader, std::uint32_t id);
+  [[nodiscard]] ENGSTATUS LoadFreeNumbers(PageNumber next_page);
   [[nodiscard]] ENGSTATUS WriteChanged(const Identity& identity, std::uint64_t generation);
   void Note(RowEvent kind, const Row& row);
 
@@ -135,8 +136,7 @@ class IndexTree {
   std::size_t unkept_ = 0;  // changes since the last keeping
   bool changed_ = false;
   std::vector<RowChange> changes_;
-  Single single_;           // keeps its room, as the next one
-  std::vector<Row> found_;  // by RowsOf
+  Single single_;  // keeps its room, as the next one
 };
 
 // Called from builds; see EngCollectionSetProgress.

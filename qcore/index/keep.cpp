@@ -4,13 +4,14 @@
 // build it anew each time. An index that is the same for all is the only one of its collation.
 //
 //   page key:  slate ID / 4 | 8 bits collation | 2 bits copy | 24 bits page
-//              page 0 is the head, from 0x800000 on the directory's parts
+//              page 0 is the head, from 0x800000 on the directory's parts, before those the free numbers
 //   head:      u8 form | u32 view | u64 design | u64 names | u8 restricted | u64 generation | u64 feed | u64 folder
 //              u32 root | u8 height | u32 next page | u32 rows | u32 documents | u32 at least | u8 least | totals
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <mutex>
+#include <utility>
 
 #include "qcore/index/indextree.h"
 #include "qcore/store/moment.h"
@@ -27,6 +28,7 @@ constexpr int kCollationBits = 8;
 constexpr std::uint32_t kCopies = 1u << kCopyBits;
 constexpr std::uint32_t kLastPage = (1u << kPageBits) - 1;
 constexpr std::uint32_t kFirstPart = 1u << (kPageBits - 1);
+constexpr std::uint32_t kFreeNumbers = kFirstPart - 1;  // that pages have left
 constexpr std::uint32_t kHead = 0;
 
 struct Head {
@@ -83,9 +85,31 @@ std::optional<Head> DecodeHead(Bytes bytes, std::size_t totals) {
   for (std::size_t i = 0; i < totals && root.sum.rows != 0; ++i) {
     root.sum.totals.push_back(std::bit_cast<double>(reader.Take<std::uint64_t>()));
   }
-  const bool good = reader.good() && reader.at_end() && root.height <= kHighest && root.next_page <= kFirstPart &&
+  const bool good = reader.good() && reader.at_end() && root.height <= kHighest && root.next_page <= kFreeNumbers &&
                     (root.number == 0) == (root.sum.rows == 0) && root.number < root.next_page;
   return good ? std::optional(head) : std::nullopt;
+}
+
+// Ascending, each as the distance from the one before.
+std::vector<std::uint8_t> EncodeNumbers(std::vector<PageNumber> numbers) {
+  std::ranges::sort(numbers);
+  std::vector<std::uint8_t> bytes;
+  WireWriter writer(&bytes);
+  PageNumber before = 0;
+  for (const PageNumber number : numbers) writer.PutVarint(number - std::exchange(before, number));
+  return bytes;
+}
+
+std::optional<std::vector<PageNumber>> DecodeNumbers(Bytes bytes, PageNumber next_page) {
+  std::vector<PageNumber> numbers;
+  WireReader reader(bytes);
+  std::uint64_t number = 0;
+  while (!reader.at_end()) {
+    const std::uint64_t distance = reader.TakeVarint();
+    if (!reader.good() || distance == 0 || distance >= next_page - number) return std::nullopt;
+    numbers.push_back(static_cast<PageNumber>(number += distance));
+  }
+  return numbers;
 }
 
 using Heads = std::array<std::optional<Head>, kCopies>;
@@ -162,10 +186,23 @@ ENGSTATUS IndexTree::LoadKept(const Identity& identity, bool* found) {
   folder_change = head->folder;
   restricted = head->restricted;
   tree_.SetRoot(head->root);
+  const ENGSTATUS status = LoadFreeNumbers(head->root.next_page);
+  if (status != ENG_OK) return status;
   directory_.SetReader([this](std::uint32_t part) { return ReadStored(kFirstPart + part); });
   sound_ = true;
   *found = true;
   return ENG_OK;
+}
+
+// What has been written anew since shows with the first page.
+ENGSTATUS IndexTree::LoadFreeNumbers(PageNumber next_page) {
+  std::vector<std::uint8_t> bytes;
+  const std::lock_guard lock(database_->mutex());
+  const ENGSTATUS status = ReadStoredLocked(kFreeNumbers, &bytes);
+  if (status == ENG_ERR_SLATE_CONFLICT) return ENG_OK;
+  auto numbers = DecodeNumbers(bytes, next_page);
+  if (status == ENG_OK && numbers) tree_.SetFreeNumbers(std::move(*numbers));
+  return status;
 }
 
 // Clears the place for an index that is not kept yet.
@@ -177,16 +214,17 @@ ENGSTATUS IndexTree::TakeCopy(std::uint32_t copy) {
 
 ENGSTATUS IndexTree::WriteChanged(const Identity& identity, std::uint64_t generation) {
   Store& store = database_->store();
-  ENGSTATUS status = ENG_OK;
+  ENGSTATUS status = tree_.root().next_page <= kFreeNumbers ? ENG_OK : ENG_ERR_DB_FULL;
   const auto write = [&](std::uint32_t page, Bytes bytes) {
     if (status == ENG_OK) status = store.WritePage(PageKey(page), bytes);
   };
-  tree_.ForEachChanged([&](const Page& page) { write(page.number, page.Encode()); });
-  directory_.ForEachChanged(
-      [&](std::uint32_t part, const std::vector<std::uint8_t>& bytes) { write(kFirstPart + part, bytes); });
   for (const PageNumber gone : tree_.Gone()) {
     if (status == ENG_OK) status = store.DropPages(PageKey(gone), PageKey(gone));
   }
+  tree_.ForEachChanged([&](const Page& page) { write(page.number, page.Encode()); });
+  directory_.ForEachChanged(
+      [&](std::uint32_t part, const std::vector<std::uint8_t>& bytes) { write(kFirstPart + part, bytes); });
+  write(kFreeNumbers, EncodeNumbers(tree_.free_numbers()));
   Head head{identity, view_, restricted, generation, feed, folder_change, tree_.root()};
   write(kHead, Encode(head));
   return status;

@@ -105,7 +105,9 @@ std::uint32_t IdInKey(std::string_view key) {
 }
 
 void AppendId(std::uint32_t id, std::string* key) {
-  for (int shift = 24; shift >= 0; shift -= 8) key->push_back(static_cast<char>(id >> shift));
+  const char bytes[] = {static_cast<char>(id >> 24), static_cast<char>(id >> 16), static_cast<char>(id >> 8),
+                        static_cast<char>(id)};
+  key->append(bytes, sizeof bytes);
 }
 
 std::size_t Leaf::PrefixRoom(std::string_view key) { return key.size() < kIdSize ? 0 : key.size() - kIdSize; }
@@ -127,8 +129,19 @@ std::uint32_t Leaf::FindId(std::uint32_t id, std::uint32_t row) const {
 }
 
 Row Leaf::RowAt(std::uint32_t row) const {
+  Row made;
+  RowTo(row, &made);
+  return made;
+}
+
+void Leaf::RowTo(std::uint32_t row, Row* target) const {
+  KeyTo(row, &target->key);
+  target->level = LevelAt(row);
+  target->kind = KindAt(row);
+  target->indent = IndentAt(row);
+  target->contested = ContestedAt(row);
   const Bytes value = ValueAt(row);
-  return {KeyAt(row), LevelAt(row), KindAt(row), IndentAt(row), ContestedAt(row), {value.begin(), value.end()}};
+  target->value.assign(value.begin(), value.end());
 }
 
 std::uint32_t Leaf::LowerBound(std::string_view key) const {
@@ -171,12 +184,7 @@ void Leaf::Assign(std::span<const Row> rows) {
   Clear();
   std::size_t size = 0;
   for (const Row& row : rows) size += row.key.size() - prefix_.size() + row.value.size() + 2;
-  bytes_.reserve(size);
-  heads_.reserve(rows.size());
-  offsets_.reserve(rows.size());
-  ids_.reserve(rows.size());
-  levels_.reserve(rows.size());
-  kinds_.reserve(rows.size());
+  Reserve(rows.size(), size);
   for (const Row& row : rows) AddRow(row);
 }
 
@@ -198,19 +206,64 @@ void Leaf::AddHead(std::string_view suffix, std::uint8_t level, std::uint8_t kin
 }
 
 void Leaf::AddRow(const Row& row) {
-  const std::string_view suffix = std::string_view(row.key).substr(prefix_.size());
-  AddHead(suffix, row.level, KindByte(row));
-  const Record record(suffix, row.value);
+  AddRecord(std::string_view(row.key).substr(prefix_.size()), row.level, KindByte(row), row.value);
+}
+
+void Leaf::AddRecord(std::string_view suffix, std::uint8_t level, std::uint8_t kind, Bytes value) {
+  AddHead(suffix, level, kind);
+  const Record record(suffix, value);
   bytes_.resize(bytes_.size() + record.size());
   record.WriteTo(bytes_.data() + offsets_.back());
 }
 
-void Leaf::ShortenPrefix(std::size_t length) {
-  std::vector<Row> rows(count());
-  for (std::uint32_t i = 0; i < count(); ++i) rows[i] = RowAt(i);
-  prefix_.resize(length);
+void Leaf::AssignPart(const Leaf& from, std::uint32_t first, std::uint32_t last) {
+  std::size_t more = CommonLength(from.SuffixAt(first), from.SuffixAt(last - 1));
+  for (std::uint32_t row = first; row < last; ++row) more = std::min(more, PrefixRoom(from.SuffixAt(row)));
+  prefix_ = from.prefix_;
+  prefix_.append(from.SuffixAt(first).substr(0, more));
   Clear();
-  for (const Row& row : rows) AddRow(row);
+  Reserve(last - first, from.EndOf(last - 1) - from.offsets_[first] - (last - first) * more);
+  for (std::uint32_t row = first; row < last; ++row) {
+    AddRecord(from.SuffixAt(row).substr(more), from.levels_[row], from.kinds_[row], from.ValueAt(row));
+  }
+}
+
+void Leaf::Reserve(std::size_t rows, std::size_t bytes) {
+  bytes_.reserve(bytes);
+  heads_.reserve(rows);
+  offsets_.reserve(rows);
+  ids_.reserve(rows);
+  levels_.reserve(rows);
+  kinds_.reserve(rows);
+}
+
+std::uint32_t Leaf::PassLevel(std::uint32_t row, std::uint8_t level, std::uint32_t* n) const {
+  constexpr std::uint32_t kTogether = 16;
+  for (; row + kTogether <= count(); row += kTogether) {
+    const std::uint8_t* levels = levels_.data() + row;
+    std::uint8_t same = 0;
+    std::uint8_t less = 0;
+    for (std::uint32_t i = 0; i < kTogether; ++i) {
+      same = static_cast<std::uint8_t>(same + (levels[i] == level ? 1 : 0));
+      less = static_cast<std::uint8_t>(less | (levels[i] < level ? 1 : 0));
+    }
+    if (less != 0 || same >= *n) break;
+    *n -= same;
+  }
+  return row;
+}
+
+void Leaf::ShortenPrefix(std::size_t length) {
+  const Leaf longer = std::move(*this);
+  *this = Leaf();
+  prefix_ = longer.prefix_.substr(0, length);
+  const std::string_view front = std::string_view(longer.prefix_).substr(length);
+  Reserve(longer.count() + 1, longer.bytes_.size() + longer.count() * (front.size() + 1));
+  std::string suffix;
+  for (std::uint32_t row = 0; row < longer.count(); ++row) {
+    suffix.assign(front).append(longer.SuffixAt(row));
+    AddRecord(suffix, longer.levels_[row], longer.kinds_[row], longer.ValueAt(row));
+  }
 }
 
 std::uint8_t* Leaf::Resize(std::uint32_t at, std::size_t old_size, std::size_t size) {
@@ -282,18 +335,34 @@ Sum Leaf::Count(const TotalsReader* totals) const {
   return sum;
 }
 
+namespace {
+
+constexpr std::size_t kLine = 64;
+
+template <typename T>
+void Fetch(const std::vector<T>& vector, std::size_t most) {
+  const auto* at = reinterpret_cast<const char*>(vector.data());
+  const std::size_t size = std::min(vector.size() * sizeof(T), most);
+  for (std::size_t i = 0; i < size; i += kLine) __builtin_prefetch(at + i);
+}
+
+}  // namespace
+
 void Leaf::Prefetch() const {
-  constexpr std::size_t kLine = 64;
-  const auto fetch = [](const auto& vector, std::size_t most) {
-    const auto* at = reinterpret_cast<const char*>(vector.data());
-    const std::size_t size = std::min(vector.size() * sizeof vector[0], most);
-    for (std::size_t i = 0; i < size; i += kLine) __builtin_prefetch(at + i);
-  };
-  fetch(kinds_, 2 * kLine);
-  fetch(levels_, 2 * kLine);
-  fetch(offsets_, 8 * kLine);
-  fetch(ids_, 8 * kLine);
-  fetch(bytes_, 16 * kLine);
+  Fetch(kinds_, 2 * kLine);
+  Fetch(levels_, 2 * kLine);
+  Fetch(offsets_, 8 * kLine);
+  Fetch(ids_, 8 * kLine);
+  Fetch(bytes_, 16 * kLine);
+}
+
+void Leaf::PrefetchForChange() const {
+  Fetch(ids_, 16 * kLine);
+  Fetch(heads_, 16 * kLine);
+  Fetch(offsets_, 16 * kLine);
+  Fetch(levels_, 4 * kLine);
+  Fetch(kinds_, 4 * kLine);
+  Fetch(bytes_, 128 * kLine);
 }
 
 std::size_t Leaf::Memory() const {

@@ -98,6 +98,8 @@ class Leaf {
     return Bytes(bytes_).subspan(value_at, EndOf(row) - value_at);
   }
   Row RowAt(std::uint32_t row) const;
+  void RowTo(std::uint32_t row, Row* target) const;
+  std::size_t SizeOf(std::uint32_t row) const { return EndOf(row) - offsets_[row] + kFixedSize; }
 
   // The first row that is not below the key.
   std::uint32_t LowerBound(std::string_view key) const;
@@ -109,11 +111,17 @@ class Leaf {
   // For rows that come in order, into a leaf that is filled once.
   void Append(const Row& row) { Insert(count(), row); }
   void Assign(std::span<const Row> rows);
+  // Rows first to last - 1 of another leaf.
+  void AssignPart(const Leaf& from, std::uint32_t first, std::uint32_t last);
+  // Passes over rows that are neither the n-th of `level` nor of a lesser one, some at a time, and counts n down by
+  // those of the level.
+  std::uint32_t PassLevel(std::uint32_t row, std::uint8_t level, std::uint32_t* n) const;
   Sum Count(const TotalsReader* totals) const;
   void Count(std::uint32_t first, std::uint32_t last, const TotalsReader* totals, Sum* sum) const;
   std::size_t Memory() const;
-  // Has the processor fetch what a walk reads first.
+  // Have the processor fetch what a walk reads first, and what a change does.
   void Prefetch() const;
+  void PrefetchForChange() const;
 
   void Encode(std::vector<std::uint8_t>* bytes) const;
   // False for bytes that are no leaf.
@@ -123,9 +131,11 @@ class Leaf {
   static constexpr std::size_t kFixedSize = 14;  // of a row, beside its bytes
 
   void Clear();
+  void Reserve(std::size_t rows, std::size_t bytes);
   // A row behind the last, whose bytes follow.
   void AddHead(std::string_view suffix, std::uint8_t level, std::uint8_t kind);
   void AddRow(const Row& row);
+  void AddRecord(std::string_view suffix, std::uint8_t level, std::uint8_t kind, Bytes value);
   std::string_view SuffixAt(std::uint32_t row, std::size_t* value_at) const {
     const std::uint8_t* at = bytes_.data() + offsets_[row];
     std::size_t length = *at++;

@@ -43,13 +43,23 @@ std::unique_ptr<Page> PageTree::NewPage(std::uint8_t height) {
   page->number = NewNumber();
   page->height = height;
   page->changed = true;
-  if (height == 0) leaves_[page->number] = page.get();
+  if (height == 0) NoteLeaf(page.get());
   return page;
 }
 
+// False when another page has the number.
+bool PageTree::NoteLeaf(Page* page) {
+  if (page->number >= leaves_.size()) leaves_.resize(page->number + 1);
+  Page*& known = leaves_[page->number];
+  if (known) return false;
+  known = page;
+  return true;
+}
+
 void PageTree::Release(Page* page) {
-  leaves_.erase(page->number);
+  if (page->height == 0) leaves_[page->number] = nullptr;
   free_.push_back(page->number);
+  gone_.push_back(page->number);
 }
 
 Page* PageTree::Load(Child* child, std::uint8_t height) {
@@ -59,7 +69,7 @@ Page* PageTree::Load(Child* child, std::uint8_t height) {
   std::unique_ptr<Page> page = Page::Decode(reader_(child->number), child->number, height, totals);
   // What the parent says of the page guards against a page of another time.
   if (!page || !page->Recount(totals_).SameCounts(child->sum)) throw IndexFault{ENG_ERR_DB_DAMAGED};
-  if (height == 0 && !leaves_.emplace(page->number, page.get()).second) throw IndexFault{ENG_ERR_DB_DAMAGED};
+  if (height == 0 && !NoteLeaf(page.get())) throw IndexFault{ENG_ERR_DB_DAMAGED};
   child->page = std::move(page);
   return child->page.get();
 }
@@ -278,7 +288,8 @@ PageTree::Found PageTree::SelectBelow(Child* child, std::uint8_t height, Rank ba
                                       std::uint32_t* n, Rank* rank) {
   Page* page = Load(child, height);
   if (height == 0) {
-    for (std::uint32_t row = from > base ? from - base : 0; row < page->leaf.count(); ++row) {
+    const std::uint32_t start = page->leaf.PassLevel(from > base ? from - base : 0, level, n);
+    for (std::uint32_t row = start; row < page->leaf.count(); ++row) {
       const std::uint8_t found = page->leaf.LevelAt(row);
       if (found < level) return Found::kStopped;
       if (found == level && --*n == 0) {
@@ -288,17 +299,20 @@ PageTree::Found PageTree::SelectBelow(Child* child, std::uint8_t height, Rank ba
     }
     return Found::kNo;
   }
-  for (std::size_t i = from > base ? page->ChildAt(from - base) : 0; i < page->children.size(); ++i) {
-    const Rank start = base + page->Before(i);
-    const std::uint32_t count = page->levels[i] == level ? page->at_levels[i] : 0;
-    if (start >= from && page->levels[i] >= level && count < *n) {
-      *n -= count;
-      continue;
-    }
-    const Found found = SelectBelow(&page->children[i], height - 1, start, from, level, n, rank);
+  std::size_t at = from > base ? page->ChildAt(from - base) : 0;
+  if (from > base && at < page->children.size()) {
+    const Found found = SelectBelow(&page->children[at], height - 1, base + page->Before(at), from, level, n, rank);
     if (found != Found::kNo) return found;
+    ++at;
   }
-  return Found::kNo;
+  for (; at < page->children.size(); ++at) {
+    if (page->levels[at] < level) break;  // what is looked for may stand before that row
+    const std::uint32_t count = page->levels[at] == level ? page->at_levels[at] : 0;
+    if (count >= *n) break;
+    *n -= count;
+  }
+  if (at == page->children.size()) return Found::kNo;
+  return SelectBelow(&page->children[at], height - 1, base + page->Before(at), from, level, n, rank);
 }
 
 std::optional<Rank> PageTree::Select(Rank from, std::uint8_t level, std::uint32_t n) {
@@ -336,31 +350,20 @@ Sum PageTree::Range(Rank first, Rank last) {
   return sum;
 }
 
-namespace {
-
-void TakeRowsOf(const Leaf& leaf, std::uint32_t id, std::vector<Row>* found) {
-  for (std::uint32_t row = leaf.FindId(id); row < leaf.count(); row = leaf.FindId(id, row + 1)) {
-    found->push_back(leaf.RowAt(row));
-  }
-}
-
-}  // namespace
-
-bool PageTree::RowsInLeaf(PageNumber leaf, std::uint32_t id, std::vector<Row>* found) const {
-  const auto page = leaves_.find(leaf);
-  if (page == leaves_.end()) return false;
-  TakeRowsOf(page->second->leaf, id, found);
-  return true;
-}
-
-void PageTree::RowsIn(std::string_view key, std::uint32_t id, std::vector<Row>* found) {
-  if (rows() == 0) return;
+const Leaf* PageTree::LeafFor(std::string_view key) {
+  if (rows() == 0) return nullptr;
   Child* child = &root_;
   for (std::uint8_t height = height_; height != 0; --height) {
     Page* page = Load(child, height);
     child = &page->children[page->ChildFor(key)];
   }
-  TakeRowsOf(Load(child, 0)->leaf, id, found);
+  return &Load(child, 0)->leaf;
+}
+
+const Leaf* PageTree::LeafInMemoryFor(std::string_view key) const {
+  const Page* page = root_.page.get();
+  while (page && page->height != 0) page = page->children[page->ChildFor(key)].page.get();
+  return page ? &page->leaf : nullptr;
 }
 
 // Changes
@@ -408,15 +411,13 @@ std::vector<std::uint32_t> IdsOf(const Leaf& leaf) {
 }  // namespace
 
 void PageTree::SplitLeaf(Page* page, Page* right) {
-  std::vector<Row> rows(page->leaf.count());
-  for (std::uint32_t i = 0; i < rows.size(); ++i) rows[i] = page->leaf.RowAt(i);
-  const std::size_t half = page->leaf.size() / 2;
-  std::size_t at = 0;
-  for (std::size_t size = 0; at + 1 < rows.size() && (at == 0 || size < half); ++at) {
-    size += rows[at].key.size() + rows[at].value.size() + 12;
-  }
-  page->leaf.Assign(std::span(rows).first(at));
-  right->leaf.Assign(std::span(rows).subspan(at));
+  const Leaf whole = std::move(page->leaf);
+  const std::size_t half = whole.size() / 2;
+  std::uint32_t at = 0;
+  for (std::size_t size = 0; at + 1 < whole.count() && (at == 0 || size < half); ++at) size += whole.SizeOf(at);
+  page->leaf = Leaf();
+  page->leaf.AssignPart(whole, 0, at);
+  right->leaf.AssignPart(whole, at, whole.count());
   if (!watcher_) return;
   const std::vector<std::uint32_t> stay = IdsOf(page->leaf);
   for (const std::uint32_t id : IdsOf(right->leaf)) {
@@ -620,6 +621,7 @@ void PageTree::Clear() {
   height_ = 0;
   next_page_ = 1;
   free_.clear();
+  gone_.clear();
   leaves_.clear();
 }
 
@@ -714,6 +716,7 @@ void PageTree::ForEachChanged(const std::function<void(const Page&)>& visit) {
 
 void PageTree::MarkKept() {
   ForEachPage(root_, [](Page& page) { page.changed = false; });
+  gone_.clear();
 }
 
 void PageTree::ReadAll() {
@@ -728,8 +731,7 @@ void PageTree::ReadAll() {
 }
 
 std::size_t PageTree::Memory() const {
-  constexpr std::size_t kNode = 2 * sizeof(void*) + sizeof(PageNumber);
-  std::size_t memory = leaves_.size() * kNode + leaves_.bucket_count() * sizeof(void*);
+  std::size_t memory = leaves_.capacity() * sizeof(Page*);
   ForEachPage(root_, [&memory](const Page& page) {
     memory += sizeof(Page) + page.leaf.Memory() + page.children.capacity() * sizeof(Child) + 4 * page.ends.capacity() +
               8 * page.heads.capacity() + 5 * page.levels.capacity();

@@ -9,7 +9,6 @@
 #include <array>
 #include <functional>
 #include <optional>
-#include <unordered_map>
 
 #include "qcore/index/page.h"
 
@@ -87,10 +86,13 @@ class PageTree {
   std::optional<Rank> Select(Rank from, std::uint8_t level, std::uint32_t n);
   // What rows first to last - 1 hold.
   Sum Range(Rank first, Rank last);
-  // The rows of a document in the leaf of that number; false when there is no such leaf in memory.
-  bool RowsInLeaf(PageNumber leaf, std::uint32_t id, std::vector<Row>* rows) const;
-  // The same for the leaf where a key belongs.
-  void RowsIn(std::string_view key, std::uint32_t id, std::vector<Row>* rows);
+  // The leaf of that number; null when there is none in memory.
+  const Leaf* LeafInMemory(PageNumber leaf) const {
+    return leaf < leaves_.size() && leaves_[leaf] ? &leaves_[leaf]->leaf : nullptr;
+  }
+  // The leaf where a key belongs, null in a tree without rows; and the same, null where it isn't in memory.
+  const Leaf* LeafFor(std::string_view key);
+  const Leaf* LeafInMemoryFor(std::string_view key) const;
 
   // Changes. Keys are unique: an insertion of one that is there replaces its row.
   void Insert(const Row& row);
@@ -127,8 +129,12 @@ class PageTree {
   void SetRoot(const Root& root);
   // Every changed page, and the numbers of pages that are gone.
   void ForEachChanged(const std::function<void(const Page&)>& visit);
-  std::vector<PageNumber> Gone() const { return free_; }
+  // Since the last keeping; a new page may have such a number again.
+  const std::vector<PageNumber>& Gone() const { return gone_; }
   void MarkKept();
+  // Numbers below the next one that no page has.
+  const std::vector<PageNumber>& free_numbers() const { return free_; }
+  void SetFreeNumbers(std::vector<PageNumber> numbers) { free_ = std::move(numbers); }
   // Reads every page; the first fault is thrown.
   void ReadAll();
   std::size_t Memory() const;
@@ -138,6 +144,7 @@ class PageTree {
   std::uint8_t height() const { return height_; }
   PageNumber NewNumber();
   void Release(Page* page);
+  bool NoteLeaf(Page* page);
   std::unique_ptr<Page> NewPage(std::uint8_t height);
   void SetSum(Child* child);
   void SplitLeaf(Page* page, Page* right);
@@ -177,7 +184,8 @@ class PageTree {
   std::uint8_t height_ = 0;
   PageNumber next_page_ = 1;
   std::vector<PageNumber> free_;
-  std::unordered_map<PageNumber, Page*> leaves_;  // those in memory
+  std::vector<PageNumber> gone_;
+  std::vector<Page*> leaves_;  // by number, those in memory
 };
 
 }  // namespace qcore::index

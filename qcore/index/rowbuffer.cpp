@@ -14,6 +14,8 @@ namespace qcore::index {
 namespace {
 
 constexpr std::size_t kTypeSize = 2;
+constexpr std::size_t kSummaryHead = 4;
+constexpr std::size_t kHead = 64 + sizeof(COLLECTIONPOSITION);
 constexpr std::uint16_t kClassDocument = 1;
 
 // Most names and values are a few words long: too short for a call.
@@ -41,7 +43,6 @@ std::uint32_t NumberOfRow(RowKind kind, std::string_view key) {
 RowBuffer::RowBuffer(IndexTree& index, const ValueLayout& layout, Database& entries, Walk& walk, ENGHANDLE unread,
                      std::uint32_t mask, std::uint32_t rows)
     : index_(index), layout_(layout), entries_(entries), walk_(walk), unread_(unread), mask_(mask) {
-  constexpr std::size_t kHead = 64 + sizeof(COLLECTIONPOSITION);
   fixed_ = kHead;
   for (std::size_t value = 0; value < layout.summary_size(); ++value) fixed_ += 16 + layout.name(value).size();
   numbers_.resize(layout.summary_size());
@@ -72,7 +73,7 @@ memory::Draft RowBuffer::Take() {
 bool RowBuffer::Add(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSITION& position, std::uint16_t score) {
   const std::size_t before = size_;
   const bool document = row.kind() == RowKind::kDocument;
-  Need(fixed_);
+  Need(fixed_ + (document ? row.value().size() + kTypeSize * layout_.summary_size() : 0));
   if (!document || (mask_ & (ENG_READ_CHILDREN | ENG_READ_DESCENDANTS)) != 0) walk_.EndOf(rank, row);
   if ((mask_ & ENG_READ_ID) != 0) {
     if (!document) row.KeyTo(&key_);
@@ -101,7 +102,7 @@ bool RowBuffer::Add(Rank rank, const PageTree::Cursor& row, const COLLECTIONPOSI
 bool RowBuffer::CopySummary(Bytes value) {
   constexpr std::size_t kMost = 65535;
   const std::size_t columns = layout_.summary_size();
-  Need(fixed_ + value.size() + kTypeSize * columns);
+  Need(kSummaryHead + fixed_ - kHead + value.size() + kTypeSize * columns);
   const std::size_t start = size_;
   std::uint8_t* const summary = bytes_.data() + start;
   std::uint8_t* lengths = summary + 4;

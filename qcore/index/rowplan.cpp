@@ -49,6 +49,7 @@ struct RowPlanner::Draft {
   std::string key;
   std::vector<CategoryStep> categories;
   std::vector<std::pair<std::size_t, const Value*>> chosen;
+  std::vector<std::uint8_t> room;  // for a row's value
 };
 
 RowPlanner::RowPlanner(const Collation& collation, const ValueLayout& layout) : summary_size_(layout.summary_size()) {
@@ -101,6 +102,7 @@ void RowPlanner::Finish(const Document& document, bool last, Draft* draft, std::
   planned.row.level = static_cast<std::uint8_t>(draft->categories.size());
   if (last) {
     planned.row.key = std::move(draft->key);
+    planned.row.value = std::move(draft->room);
     planned.categories = std::move(draft->categories);
   } else {
     planned.row.key.reserve(draft->key.size() + 1 + kIdSize);
@@ -152,8 +154,15 @@ void RowPlanner::Expand(const Document& document, std::size_t column, bool last,
 }
 
 void RowPlanner::Plan(const Document& document, std::vector<PlannedRow>* rows) const {
-  rows->clear();
   Draft draft;
+  if (!rows->empty()) {
+    PlannedRow& former = rows->front();
+    draft = {std::move(former.row.key), std::move(former.categories), {}, std::move(former.row.value)};
+    draft.key.clear();
+    draft.categories.clear();
+    draft.room.clear();
+  }
+  rows->clear();
   draft.key.reserve(128);
   Expand(document, 0, true, &draft, rows);
   if (rows->size() < 2) return;

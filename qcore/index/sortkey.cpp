@@ -193,7 +193,9 @@ void TurnFrom(std::size_t from, const SortOptions& options, std::string* key) {
 }
 
 void AppendBig(std::uint64_t value, std::string* key) {
-  for (int shift = 56; shift >= 0; shift -= 8) key->push_back(static_cast<char>(value >> shift));
+  char bytes[sizeof value];
+  for (int i = 0; i < 8; ++i) bytes[i] = static_cast<char>(value >> (56 - 8 * i));
+  key->append(bytes, sizeof bytes);
 }
 
 }  // namespace

@@ -321,12 +321,20 @@ class IndexTree::Updater {
 // One that no other's place depends on.
 ENGSTATUS IndexTree::UpdateSingle(DocumentReader& reader, std::uint32_t id) {
   auto& [document, old_rows, rows] = single_;
+  // The pages come to the processor while it reads and plans.
+  const Leaf* leaf = directory_.IsInMemory(id) ? tree_.LeafInMemory(directory_.LeafOf(id)) : nullptr;
+  if (leaf) leaf->PrefetchForChange();
   const ENGSTATUS status = reader.Read(id, &document);
   if (status != ENG_OK) return status;
-  RowsOf(id, &old_rows);
   restricted = restricted || document.restricted;
-  rows.clear();
-  if (document.selected) planner_.Plan(document, &rows);
+  if (document.selected) {
+    planner_.Plan(document, &rows);
+    const Leaf* target = rows.empty() ? nullptr : tree_.LeafInMemoryFor(rows.front().row.key);
+    if (target && target != leaf) target->PrefetchForChange();
+  } else {
+    rows.clear();
+  }
+  RowsOf(id, &old_rows);
   sound_ = false;
   TakeOut(old_rows, &rows);
   for (const PlannedRow& row : rows) {

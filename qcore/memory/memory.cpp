@@ -12,8 +12,10 @@ namespace {
 // real ends; none is of no bytes, for which the allocator may answer null.
 #ifdef __SANITIZE_ADDRESS__
 constexpr std::uint32_t kSmallestAllocation = 1;
+constexpr std::size_t kMostSpare = 0;
 #else
 constexpr std::uint32_t kSmallestAllocation = 56;
+constexpr std::size_t kMostSpare = 512;
 #endif
 std::size_t AllocationSize(std::uint32_t size) { return std::max(size, kSmallestAllocation); }
 
@@ -52,7 +54,7 @@ void Draft::Reserve(std::size_t capacity) {
 
 ENGSTATUS Draft::Publish(Kind kind, ENGHANDLE* handle) {
   *handle = 0;
-  Reserve(size_);  // the rest goes back
+  if (capacity_ - size_ > kMostSpare) Reserve(size_);  // the rest goes back
   const ENGSTATUS status = memory::Publish(kind, bytes_, size_, handle);
   if (status != ENG_OK) return status;
   bytes_ = nullptr;

@@ -102,8 +102,9 @@ class RoomWriter {
 
 }  // namespace
 
-PackedWriter::PackedWriter(std::uint32_t count) {
-  Enlarge(2048);
+PackedWriter::PackedWriter(std::uint32_t count, std::size_t room) {
+  constexpr std::size_t kHead = kSumSize + 1 + kLongestVarint;
+  Enlarge(kHead + count * (kLongestHead + kLongestVarint) + room);
   RoomWriter writer(packed_.get() + kSumSize);
   writer.Put(kForm);
   writer.PutVarint(count);

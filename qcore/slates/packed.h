@@ -49,7 +49,8 @@ class PackedReader {
 
 class PackedWriter {
  public:
-  explicit PackedWriter(std::uint32_t count);
+  // `room`: about what the values and what is kept take.
+  explicit PackedWriter(std::uint32_t count, std::size_t room = 0);
   void Add(const PackedItem& item);
   // The whole value, with its checksum.
   Bytes Finish(Bytes rest, std::uint32_t id);

@@ -182,7 +182,9 @@ ENGSTATUS Slate::WriteValue(const Item& item, PackedItem* packed, std::vector<St
 }
 
 ENGSTATUS Slate::WriteRow(std::uint16_t flags, SlateHeader* header, const std::vector<Draft>& drafts) {
-  PackedWriter writer(static_cast<std::uint32_t>(drafts.size()));
+  std::size_t room = rest_size_;
+  for (const Draft& draft : drafts) room += draft.packed.value.size() + draft.packed.kept.size();
+  PackedWriter writer(static_cast<std::uint32_t>(drafts.size()), room);
   for (const Draft& draft : drafts) writer.Add(draft.packed);
   const memory::LockedBlock block(packed_);
   const Bytes rest = rest_size_ != 0 ? Bytes(block.bytes() + rest_at_, rest_size_) : Bytes();

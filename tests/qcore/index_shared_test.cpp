@@ -188,6 +188,43 @@ TEST_F(Shared, AnotherProcessChangesTheDesign) {
   ASSERT_NO_FATAL_FAILURE(EndOther());
 }
 
+// How many indexes a piece of work builds.
+int BuildsOf(const std::function<void()>& work) {
+  int builds = 0;
+  const auto count = [](void* context, std::uint32_t, std::uint32_t) { ++*static_cast<int*>(context); };
+  EXPECT_EQ(EngCollectionSetProgress(count, &builds), ENG_OK);
+  work();
+  EXPECT_EQ(EngCollectionSetProgress(nullptr, nullptr), ENG_OK);
+  return builds;
+}
+
+TEST_F(Shared, PageNumbersAreUsedAgainAfterAnOpening) {
+  for (int i = 0; i < 100; ++i) Doc({{"Name", "stays " + std::to_string(i)}});
+  const std::uint32_t view = MakeView({{"Name", 1}});
+  const auto look = [&] { EXPECT_EQ(BuildsOf([&] { OpenCollection(db_, view); }), 0); };
+  { const OpenCollection built(db_, view); }
+  std::int64_t pages = 0;
+  for (int round = 0; round < 4; ++round) {
+    std::vector<std::uint32_t> ids;
+    ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+    for (int i = 0; i < 700; ++i)
+      ids.push_back(Doc({{"Name", std::to_string(i * 7 % 700) + qtest::Repeated(300, 'a')}}));
+    ASSERT_EQ(EngDbCommit(db_), ENG_OK);
+    look();
+    Reopen();
+    const std::int64_t highest = Count("SELECT max(id&16777215) FROM page WHERE id&16777215<8388607");
+    if (round == 0) pages = highest;
+    EXPECT_LE(highest, pages + pages / 4) << round;
+    ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+    for (const std::uint32_t id : ids) EXPECT_EQ(EngSlateDelete(db_, id, 0), ENG_OK);
+    ASSERT_EQ(EngDbCommit(db_), ENG_OK);
+    look();
+    Reopen();
+  }
+  EXPECT_EQ(AllRows(OpenCollection(db_, view).get()).size(), 100u);
+  EXPECT_EQ(Check(), ENG_OK);
+}
+
 TEST_F(Shared, ANumberedCollationSortsOneHandlesRows) {
   Doc({{"Name", "a"}, {"nSize", "3"}});
   Doc({{"Name", "b"}, {"nSize", "1"}});
@@ -325,16 +362,6 @@ TEST_F(Shared, AFoldersRowsAreItsMembers) {
   Doc({{"Name", "outside"}});
   EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
   EXPECT_EQ(AllRows(collection.get()), (Strings{"1 d c", "2 d z"}));
-}
-
-// How many indexes a piece of work builds.
-int BuildsOf(const std::function<void()>& work) {
-  int builds = 0;
-  const auto count = [](void* context, std::uint32_t, std::uint32_t) { ++*static_cast<int*>(context); };
-  EXPECT_EQ(EngCollectionSetProgress(count, &builds), ENG_OK);
-  work();
-  EXPECT_EQ(EngCollectionSetProgress(nullptr, nullptr), ENG_OK);
-  return builds;
 }
 
 TEST_F(Shared, UsersWhoTakeTurnsKeepTheirIndexes) {

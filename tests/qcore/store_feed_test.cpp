@@ -32,17 +32,6 @@ class Feed : public Database {
     EXPECT_EQ(StoreOf(db).ReadFeedBehind(behind, take), ENG_OK);
     return changes;
   }
-  std::int64_t Count(const char* sql) const {
-    sqlite3* connection = nullptr;
-    sqlite3_stmt* statement = nullptr;
-    EXPECT_EQ(sqlite3_open(file().c_str(), &connection), SQLITE_OK);
-    EXPECT_EQ(sqlite3_prepare_v2(connection, sql, -1, &statement, nullptr), SQLITE_OK) << sqlite3_errmsg(connection);
-    EXPECT_EQ(sqlite3_step(statement), SQLITE_ROW);
-    const std::int64_t count = sqlite3_column_int64(statement, 0);
-    sqlite3_finalize(statement);
-    sqlite3_close(connection);
-    return count;
-  }
   void Touch(std::uint32_t id) const { SaveAndClose(OpenSlate(id)); }
 
   ENGHANDLE other_ = Open();

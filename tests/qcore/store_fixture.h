@@ -112,6 +112,17 @@ class Database : public Engine {
     EXPECT_EQ(sqlite3_exec(connection, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(connection);
     EXPECT_EQ(sqlite3_close(connection), SQLITE_OK);
   }
+  std::int64_t Count(const char* sql) const {
+    sqlite3* connection = nullptr;
+    sqlite3_stmt* statement = nullptr;
+    EXPECT_EQ(sqlite3_open(file().c_str(), &connection), SQLITE_OK);
+    EXPECT_EQ(sqlite3_prepare_v2(connection, sql, -1, &statement, nullptr), SQLITE_OK) << sqlite3_errmsg(connection);
+    EXPECT_EQ(sqlite3_step(statement), SQLITE_ROW);
+    const std::int64_t count = sqlite3_column_int64(statement, 0);
+    sqlite3_finalize(statement);
+    sqlite3_close(connection);
+    return count;
+  }
   // With the database closed: makes it what an earlier version of the schema was, or version 3 with its former index.
   void MakeVersion(int version) const {
     Execute("DROP INDEX slate_design;CREATE INDEX slate_design ON slate(state,here) WHERE state&65535<>1;");
