@@ -52,6 +52,12 @@ bool IsLook(std::string_view attribute, std::string_view element) {
   return false;
 }
 
+// What other elements look like or lead to depends on it.
+bool ChangesOthers(const HtmlNode& node) {
+  return (node.Is("base") && node.Find("href")) ||
+         (node.Is("link") && Lower(node.Get("rel")).find("stylesheet") != std::string::npos);
+}
+
 // By something else than space.
 bool IsFollowed(const HtmlNode& node) {
   const HtmlNode* next = node.Next;
@@ -113,7 +119,7 @@ const HtmlReader::Rule& HtmlReader::RuleOf(const std::string& name) {
       {"h4", kHeading, 0, 4},
       {"h5", kHeading, 0, 5},
       {"h6", kHeading, 0, 6},
-      {"head", kSkipped},
+      {"head", kBlock},
       {"header", kBlock},
       {"hgroup", kBlock},
       {"hr", kRule},
@@ -307,6 +313,7 @@ bool HtmlReader::EnterElement(const HtmlNode* node, const Rule& rule, Open* open
   const bool inPre = Pre != nullptr;
   switch (rule.What) {
     case kSkipped:
+      if (ChangesOthers(*node)) Losses.Add(Loss::kContent, Line, node->Name);
       return false;
     case kLost:
       Losses.Add(Loss::kContent, Line, node->Name);

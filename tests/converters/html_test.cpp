@@ -141,6 +141,8 @@ TEST(HtmlReport, TellsWhatIsMissing) {
   const HtmlRow rows[] = {
       {"content that is lost", "<p>a<script>x</script><style>y</style><svg><g/></svg></p>", "<p>a</p>\n",
        "elements left out with their content: 3: script\n"},
+      {"heads", "<head><title>t</title><base href=x><link rel=StyleSheet href=y><style>z</style><main>a</main></head>b",
+       "<p>a</p>\n<p>b</p>\n", "elements left out with their content: 3: base\n"},
       {"unknown elements", "<blink>a</blink><marquee>b</marquee>", "<p>ab</p>\n",
        "elements left out, their content kept: 2: blink\n"},
       {"nearest ones", "<p>0123456789<font face=Papyrus color=#ff0102 size=7>a</font>",

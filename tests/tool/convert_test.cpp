@@ -8,12 +8,15 @@ TEST_F(Commands, MarkdownAndHtmlGoInAndOut) {
   Write("in/page.md", "# Top *em*\n\n- a\n- b\n\nx\ny <kbd>k</kbd><!-- c -->\n");
   Write("in/page.html", "<p>plain <b>bold</b><script>x</script>");
   Write("plain.md", "# no *heading*\n");
+  Write("wide.html", std::string("\xFF\xFE<\0p\0>\0\xE9\0", 10));
   const CommandRow rows[] = {
       {"create s.vlt", 0, ""},
       {"import s.vlt in", 0, "not carried: page.md: raw HTML left out: 1, first in line 7: <!-- c -->"},
       {"import s.vlt plain.md --format text", 0, "imported 1 documents"},
       {"import s.vlt plain.md --format word", 2, "not in {"},
       {"--json import s.vlt in/page.html", 0, R"("notCarried":[{"subject":"page.html","lines":["elements left out)"},
+      {"import s.vlt wide.html", 0, "imported 1 documents"},
+      {"show s.vlt wide.html --text", 0, "\u00E9"},
       {"show s.vlt page.md --text", 0, "Top em"},
       {"show s.vlt plain.md --text", 0, "# no *heading*"},
       {"check s.vlt", 0, "0 faults"},

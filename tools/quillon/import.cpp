@@ -4,7 +4,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
-#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -51,13 +50,16 @@ struct Lost {
   std::vector<std::string> lines;
 };
 
-// A file is text unless a NUL stands in its first 8 KB.
+// A file is text unless a NUL stands in its first 8 KB; pages say by a mark that they are in UTF-16.
 bool IsText(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   char head[8192];
   file.read(head, sizeof head);
   const auto count = file.gcount();
-  return (count > 0 || file.eof()) && std::memchr(head, 0, static_cast<std::size_t>(count)) == nullptr;
+  const std::string_view bytes(head, static_cast<std::size_t>(count));
+  const bool marked = bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
+  if (marked && FormatOfFile(path.string()) == Format::kHtml) return true;
+  return (count > 0 || file.eof()) && bytes.find('\0') == std::string_view::npos;
 }
 
 void AddFile(const fs::path& path, const std::string& subject, Found* found) {
