@@ -359,6 +359,22 @@ TEST_F(Attached, DanglingReferences) {
   EXPECT_EQ(Contents(target), "a=mine;");
 }
 
+// A text that stands alone keeps its attachments as long as their slate is open; later it is refused.
+TEST_F(Attached, TextsAloneNeedTheSlateOfTheirAttachments) {
+  VQDocument source = NewWithAttachment("a", "theirs"), target = NewDocument("target");
+  VQRichText alone, copy;
+  ASSERT_EQ(alone.Create(), VQ_OK);
+  ASSERT_EQ(alone.Append(BodyOf(source)), VQ_OK);
+  ASSERT_EQ(BodyOf(target).Append(alone), VQ_OK);
+  ASSERT_EQ(source.Close(), VQ_OK);
+  ASSERT_EQ(copy.Create(), VQ_OK);
+  ASSERT_EQ(copy.Append(alone), VQ_OK);
+  for (const VQRichText& lost : {alone, copy}) {
+    EXPECT_EQ(ReturnedStatusOf([&] { return BodyOf(target).Append(lost); }), VQERR_ATTACHMENT_UNINITIALIZED);
+  }
+  EXPECT_EQ(Shown(BodyOf(target)), "a=theirs;");
+}
+
 TEST_F(Attached, WhatARichTextShows) {
   VQDocument document = NewWithAttachment("plan.pdf", "12345");
   ASSERT_EQ(document.Close(), VQ_OK);

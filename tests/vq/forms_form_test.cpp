@@ -407,6 +407,25 @@ TEST_F(Form, DamagedDesignsStayClosed) {
   }
 }
 
+// Opening a slate as a form that it can't be opened as leaves the slate, and what was changed in it.
+TEST_F(Form, ASlateStaysOpenWhenItsDesignIsRefused) {
+  VQSTATUS status = VQ_OK;
+  const VQForm closed = StoredForm({{"$Info", 0xFFFF, ""}}, &status);
+  VQSlate slate;
+  ASSERT_EQ(Db.GetSlate(closed.GetSlateID(), &slate), VQ_OK);
+  ASSERT_EQ(slate.Open(), VQ_OK);
+  SetText(slate, "Note", "unsaved");
+  VQForm form(slate);
+  EXPECT_EQ(ReturnedStatusOf([&] { return form.Open(); }), VQERR_NOT_FOUND);
+  EXPECT_EQ(form.SetEditOnOpen(1), VQERR_FORM_NOT_OPEN);
+  ASSERT_EQ(slate.IsOpen(), 1);
+  EXPECT_EQ(TextAt(slate, "Note"), "unsaved");
+  const std::string info = InfoRecord();
+  ASSERT_EQ(slate.CreateItem(Store("$Info"), TYPE_COMPOSITE, info.data(), info.size(), 0, VQITEMOPTION_REPLACE), VQ_OK);
+  EXPECT_EQ(form.Open(), VQ_OK);
+  EXPECT_EQ(form.GetEditOnOpen(), 0);
+}
+
 // Handles in any order: the rich text keeps the form, a field the tree as long as either lives, and all goes in the
 // end.
 TEST_F(Form, HandlesOutliveEachOther) {
@@ -481,6 +500,37 @@ TEST_F(Form, SubformsBringTheirFields) {
   VQForm without = ReopenedForm(form);
   EXPECT_EQ(NamesIn(without), "Name");
   EXPECT_EQ(without.Save(), VQ_OK);
+}
+
+// What is changed through a form's list stays changed: in the subform that a field stands in, whatever happens to the
+// list until the form is saved.
+TEST_F(Form, ChangesReachTheSubform) {
+  VQSubform subform;
+  ASSERT_EQ(Db.CreateSubform(Store("Sub"), &subform), VQ_OK);
+  VQRichText inner, body;
+  ASSERT_EQ(subform.GetSubformBody(&inner), VQ_OK);
+  VQFormField inside(Store("Inside"), VQRTTYPE_TEXT_FIELD);
+  ASSERT_EQ(inside.SetComputeOption(VQCOMPUTEOPTION_EDITABLE), VQ_OK);
+  ASSERT_EQ(inner.Append(inside), VQ_OK);
+  ASSERT_EQ(subform.Save(), VQ_OK);
+  VQForm form = NewForm("Outer");
+  ASSERT_EQ(form.GetFormBody(&body), VQ_OK);
+  ASSERT_EQ(body.Append(VQRTSubform(subform)), VQ_OK);
+  ASSERT_EQ(form.Save(), VQ_OK);
+  ASSERT_EQ(subform.Close(), VQ_OK);
+  VQFormField field;
+  ASSERT_EQ(form.GetFormField(Store("Inside"), &field), VQ_OK);
+  ASSERT_EQ(field.SetHelpDescription(Store("help")), VQ_OK);
+  AddField(form, "Own");
+  EXPECT_EQ(NamesIn(form), "Own|Inside");
+  ASSERT_EQ(field.SetName(Store("Renamed")), VQ_OK);
+  ASSERT_EQ(form.Save(), VQ_OK);
+  EXPECT_EQ(StoredText(form, "$Fields"), "Own|Renamed");
+  ASSERT_EQ(subform.Open(), VQ_OK);
+  ASSERT_EQ(subform.GetSubformBody(&inner), VQ_OK);
+  VQRTObject found;
+  ASSERT_EQ(inner.GetFormField(Store("Renamed"), &found), VQ_OK);
+  EXPECT_EQ(TextOf(VQFormField(found).GetHelpDescription()), "help");
 }
 
 // A name comes into a form once, by whatever operation; what is refused leaves the body as it was.

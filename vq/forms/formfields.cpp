@@ -1,5 +1,6 @@
 // VQFormBody: the list of fields, and the items that are derived from it.
 #include <algorithm>
+#include <iterator>
 
 #include "engine/ods.h"
 #include "engine/slate.h"
@@ -131,7 +132,7 @@ VQSTATUS VQFormBody::AddSubformFields(VQRichTextBody* text, unsigned depth) {
     const VQSTATUS found = vq::Caught([&]() -> VQSTATUS {
       if (VQSTATUS status = vq::FindSubform(*place, &subform)) return status;
       if (HasFieldsOf(subform.GetSlateID())) return VQWARN_NOT_FOUND;
-      if (VQSTATUS status = subform.CreateSlateBody(0, 0, 0)) return status;
+      if (VQSTATUS status = OpenSubform(&subform)) return status;
       return vq::FindBodyText(subform.GetSlateBody(), &inner);
     });
     if (found != VQ_OK || inner->Initialize() != VQ_OK) continue;
@@ -139,6 +140,24 @@ VQSTATUS VQFormBody::AddSubformFields(VQRichTextBody* text, unsigned depth) {
     VQSTATUS status = AddFields(inner);
     if (status == VQ_OK && depth + 1 < kDeepestSubform) status = AddSubformFields(inner, depth + 1);
     if (status != VQ_OK) return status;
+  }
+  return VQ_OK;
+}
+
+// As it was changed through a field of the list before, if it was.
+VQSTATUS VQFormBody::OpenSubform(VQSubform* subform) {
+  for (const VQSubform& changed : ChangedSubforms) {
+    if (changed.GetSlateID() != subform->GetSlateID()) continue;
+    *subform = changed;
+    return VQ_OK;
+  }
+  return subform->CreateSlateBody(0, 0, 0);
+}
+
+VQSTATUS VQFormBody::SaveSubforms() {
+  for (const VQSubform& subform : Subforms) {
+    if (subform.IsModified() == 0) continue;
+    if (VQSTATUS status = subform.GetSlateBody()->Save(0)) return status;
   }
   return VQ_OK;
 }
@@ -162,6 +181,8 @@ VQSTATUS VQFormBody::BuildFieldList() {
   VQSTATUS status = vq::FindOrMakeBodyText(this, &text);
   if (status == VQ_OK) status = text->Initialize();
   if (status != VQ_OK) return status;
+  std::copy_if(Subforms.begin(), Subforms.end(), std::back_inserter(ChangedSubforms),
+               [](const VQSubform& subform) { return subform.IsOpen() != 0 && subform.IsModified() != 0; });
   ReleaseFieldList();
   ++ListGeneration;
   status = RemovePlaceholders();
@@ -171,6 +192,7 @@ VQSTATUS VQFormBody::BuildFieldList() {
     ReleaseFieldList();
     return status;
   }
+  ChangedSubforms.clear();
   FieldListBuilt = 1;
   ListText = text;
   ListStructure = text->GetStructure();
@@ -236,6 +258,7 @@ VQSTATUS VQFormBody::SaveFields() {
   }
   const std::string value = vq::TextListValue(names);
   if (names.size() > 0xFFFF || value.size() > 0xFFFF - 2) return VQERR_TEXT_TOO_LONG;
+  if (VQSTATUS status = SaveSubforms()) return status;
   // Those of an earlier save.
   VQSTATUS status = RemovePlaceholders();
   for (std::size_t i = 0; status == VQ_OK && i < names.size(); ++i) status = SavePlaceholder(names[i], types[i]);

@@ -109,11 +109,13 @@ VQSTATUS VQForm::ValidateSlateType(unsigned long type) const {
 VQSTATUS VQForm::Close() { return VQSlate::Close(); }
 
 VQSTATUS VQForm::CreateSlateBody(unsigned long flags, unsigned long argument, int argument2) {
+  const bool was_open = IsOpen() != 0;
   const VQSTATUS status = VQSlate::CreateSlateBody(flags, argument, argument2);
   if (status != VQ_OK || GetFormSlateBody()->IsFormOpen()) return status;
   const VQSTATUS opened = GetFormSlateBody()->Open(flags);
   if (opened == VQ_OK) return VQ_OK;
-  VQSlate::Close();
+  // A slate that a handle had open has its changes.
+  if (!was_open) VQSlate::Close();
   return vq::Apply(opened);
 }
 

@@ -115,6 +115,7 @@ void VQFormBody::ReleaseDesign() {
 
 VQSTATUS VQFormBody::Close() {
   FormOpen = 0;
+  ChangedSubforms.clear();
   ReleaseDesign();
   return VQSlateBody::Close();
 }

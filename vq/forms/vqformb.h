@@ -3,7 +3,7 @@
 // A handle binds like any slate (vq/store/vqslate.h); Open reads the design. Setters change it in memory, and Save
 // writes the items that belong to what has changed; all else in the slate stays as it is. Fields are elements of the
 // form's rich text (GetFormBody) and are added, changed and removed there; each Save checks them and derives from them
-// the list of names that the form carries.
+// the list of names that the form carries. A subform that was changed through one of its fields is stored with it.
 //
 // On a handle without an open slate every operation gives VQERR_OBJECT_NOT_INITIALIZED, on a form that is not open
 // VQERR_FORM_NOT_OPEN; thrown where the result is no status. Int setters store 0 or 1. Enumerations: a value that is
@@ -103,7 +103,7 @@ class VQ_API VQForm : public VQSlate {
 
   VQSTATUS Close() override;
   // VQWARN_ALREADY_OPEN. A form whose $Info is missing or is none gives VQERR_NOT_FOUND, one whose records are cut off
-  // VQERR_CORRUPTED; it stays closed.
+  // VQERR_CORRUPTED; it stays closed, and a slate that was open stays open.
   VQSTATUS Open(unsigned long flags = 0) override;
   using VQSlate::Open;
   VQSTATUS CreateSlateBody(unsigned long flags, unsigned long argument, int argument2) override;
@@ -382,6 +382,8 @@ class VQ_API VQFormBody : public VQSlateBody {
   [[nodiscard]] VQSTATUS RemovePlaceholders();
   [[nodiscard]] VQSTATUS AddFields(VQRichTextBody* text);
   [[nodiscard]] VQSTATUS AddSubformFields(VQRichTextBody* text, unsigned depth);
+  [[nodiscard]] VQSTATUS OpenSubform(VQSubform* subform);
+  [[nodiscard]] VQSTATUS SaveSubforms();
   bool HasFieldsOf(unsigned long subform) const;
   bool IsListValid() const;
 
@@ -434,8 +436,9 @@ class VQ_API VQFormBody : public VQSlateBody {
   std::string AutoLaunchTail;
   Surroundings InfoAround;
   Surroundings AutoLaunchAround;
-  std::vector<VQSubform> Subforms;  // whose fields are in the list
-  bool HasSubforms;                 // or had places for some when the list was made
+  std::vector<VQSubform> Subforms;         // whose fields are in the list
+  std::vector<VQSubform> ChangedSubforms;  // of the list that is made anew
+  bool HasSubforms;                        // or had places for some when the list was made
   unsigned long ListGeneration;
 };
 

@@ -120,8 +120,8 @@ VQSTATUS VQRTAttachmentBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS option
   const auto* from = dynamic_cast<const VQRTAttachmentBody*>(source);
   if (!from) return VQ_OK;
   VQAttachment found;
-  if (VQIsError(from->Resolve(&found))) found = VQAttachment();
-  Kept = found;
+  const bool resolved = from->Resolve(&found) == VQ_OK;
+  Kept = resolved ? found : from->HasSlate() ? VQAttachment() : from->Kept;
   File = from->File;
   return VQ_OK;
 }
@@ -149,6 +149,11 @@ VQSTATUS VQRTAttachmentBody::WriteNames(std::string_view name, std::string_view 
   if (name.size() + path.size() + 2 <= kMostData) data.insert(data.end(), path.begin(), path.end());
   data.push_back(0);
   return WriteBegin(record, data);
+}
+
+bool VQRTAttachmentBody::HasSlate() const {
+  const VQRichTextBody* text = GetRichTextBody();
+  return text && text->GetSlateBody();
 }
 
 VQSTATUS VQRTAttachmentBody::Resolve(VQAttachment* attachment) const {
@@ -181,6 +186,8 @@ VQSTATUS VQRTAttachmentBody::CarryObjects(VQSlateBody* slate) {
     status = vq::AttachFile(slate, File, name, vq::Compression::kNone, &made);
   } else {
     status = Resolve(&made);
+    // Its slate was closed on the way.
+    if (status == VQWARN_NOT_FOUND && !HasSlate() && !Kept.IsNull()) return VQERR_ATTACHMENT_UNINITIALIZED;
     if (status == VQWARN_NOT_FOUND) return LoseAttachment(slate, name, path);
     const bool elsewhere = status == VQ_OK && made.GetAttachmentBody()->GetSlateBody() != slate;
     if (elsewhere) status = vq::CopyAttachment(VQAttachment(made), slate, &made);
@@ -243,7 +250,7 @@ VQSTATUS EditBegin(const VQRTEmbeddedObject& object, Edit edit) {
 
 VQSTATUS VQRTEmbeddedObject::GetData(unsigned short* length, char** data) const {
   if (VQSTATUS status = Check(*this)) return vq::Apply(status);
-  if (!length || !data) return vq::Apply(VQERR_INVALID_PARAMETER);
+  if (!length || !data) return vq::Apply(VQERR_NULL_POINTER);
   CDHOTSPOTBEGIN record{};
   std::vector<unsigned char>& copy = GetEmbeddedBody()->GetDataCopy();
   if (VQSTATUS status = GetEmbeddedBody()->ReadBegin(&record, &copy)) return vq::Apply(status);

@@ -62,6 +62,7 @@ class VQ_API VQRTAttachmentBody : public VQRTEmbeddedObjectBody {
 
  private:
   explicit VQRTAttachmentBody(Unmade unmade);
+  bool HasSlate() const;
   [[nodiscard]] VQSTATUS LoseAttachment(VQSlateBody* slate, const std::string& name, const std::string& path);
 
   VQAttachment Kept;  // where it is outside the slate's own rich text
@@ -78,7 +79,7 @@ class VQ_API VQRTEmbeddedObject : public VQRTElement {
   VQRTEmbeddedObject& operator=(const VQRTEmbeddedObject& other) = default;
   VQCLASSID GetClassID() const override;
 
-  // The hotspot's data. The bytes are the object's: good until its next GetData or until it goes.
+  // The hotspot's data; VQERR_NULL_POINTER. The bytes are the object's: good until its next GetData or until it goes.
   VQSTATUS GetData(unsigned short* length, char** data) const;
   // From `offset` on, which is at most the present length, the data becomes these `length` bytes and ends there.
   // VQERR_INVALID_PARAMETER, also for more than 65,000 bytes in all.
