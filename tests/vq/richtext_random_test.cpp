@@ -1,10 +1,19 @@
-// Random edits against plain lists: of characters with their fonts, and of paragraphs with their alignment.
+// Random edits against plain lists: of characters with their fonts, and of paragraphs with their alignment; then of
+// whole rich texts, with tables and attachments among the paragraphs, against a string.
 #include <algorithm>
+#include <fstream>
+#include <memory>
 #include <random>
+#include <set>
 
 #include "tests/vq/support/records.h"
+#include "tests/vq/support/store_fixture.h"
+#include "vq/richobjects/vqrtattach.h"
 #include "vq/richtext/font.h"
+#include "vq/richtext/pabtree.h"
+#include "vq/richtext/rthistory.h"
 #include "vq/richtext/vqparstl.h"
+#include "vq/richtext/vqrttabl.h"
 
 namespace {
 
@@ -181,6 +190,271 @@ TEST_F(RandomRichText, BehavesLikeLists) {
       ASSERT_EQ(AlignmentsOf(Text), Alignments) << Plain(Text);
     }
   }
+}
+
+// A text as one string, and what stands where in it.
+struct Flat {
+  struct Run {
+    VQStylizedTextBody* Body;
+    std::size_t Start;
+    const VQRTBaseContainerBody* Scope;  // the cell that it is in, or the top
+  };
+  explicit Flat(const VQRichText& text) {
+    EXPECT_EQ(text.GetRichTextBody()->Initialize(), VQ_OK);
+    Add(*text.GetRichTextBody()->GetTop());
+  }
+
+  std::string Text;
+  std::vector<Run> Runs;
+  std::vector<VQTableBody*> Tables;
+
+ private:
+  void Add(const VQRTBaseContainerBody& scope) {
+    bool leads = scope.GetType() == VQRTTYPE_TABLE_CELL;
+    for (VQRTObjectBody* child = scope.GetFirstChild(); child; child = child->GetNext()) {
+      if (child->GetType() == VQRTTYPE_STYLIZED_TEXT) {
+        Runs.push_back({static_cast<VQStylizedTextBody*>(child), Text.size(), &scope});
+      }
+      VQString own;
+      if (child->GetType() == VQRTTYPE_TABLE) {
+        AddTable(static_cast<VQTableBody&>(*child));
+      } else if (child->GetType() != VQRTTYPE_NEW_PARAGRAPH || !leads) {
+        EXPECT_EQ(child->GetText(&own), VQ_OK);
+        Text += TextOf(own);
+      }
+      if (child->GetType() == VQRTTYPE_NEW_PARAGRAPH || child->IsType(VQRTTYPE_BASE_CONTAINER)) leads = false;
+    }
+  }
+  void AddTable(VQTableBody& table) {
+    Tables.push_back(&table);
+    for (const VQTableCellBody* cell : table.GetCells()) {
+      Add(*cell);
+      Text += '\t';
+      if (static_cast<unsigned long>(cell->GetColumn()) + 1 == table.GetColumns()) Text += '\n';
+    }
+  }
+};
+
+class RandomWhole : public StoreFixture {
+ protected:
+  struct Place {
+    VQRTCursor Cursor;
+    std::size_t At;
+    const VQRTBaseContainerBody* Scope;
+    bool InCell() const { return Scope->GetType() == VQRTTYPE_TABLE_CELL; }
+  };
+
+  void SetUp() override {
+    StoreFixture::SetUp();
+    std::ofstream(Home.Path("file")) << "attached";
+    ASSERT_EQ(Session->CreateDatabase("other", &Far, VQCreateDatabaseOptions()), VQ_OK);
+    NewBody(Far, &FarDocument, &Source);
+    NewBody(Db, &Document, &Body);
+    VQRTCursor cursor = At(Source, 3);
+    VQTable table;
+    ASSERT_EQ(Source.CreateTable(2, 2, &cursor, &table), VQ_OK);
+    ASSERT_EQ(table(1, 0).Append("inside"), VQ_OK);
+    ASSERT_EQ(Source.GetEndCursor(&cursor), VQ_OK);
+    ASSERT_EQ(Source.CreateAttachment(Store(Home.Path("file")), &cursor), VQ_OK);
+    ASSERT_EQ(Source.Append("end"), VQ_OK);
+    Past = std::make_unique<VQRTHistory>();
+    ASSERT_EQ(Past->Watch(Body), VQ_OK);
+  }
+  void TearDown() override {
+    Past.reset();
+    Body = Source = VQRichText();
+    Document = FarDocument = VQDocument();
+    Far = VQDatabase();
+    StoreFixture::TearDown();
+  }
+  static void NewBody(VQDatabase& database, VQDocument* document, VQRichText* body) {
+    ASSERT_EQ(database.CreateDocument(document), VQ_OK);
+    ASSERT_EQ(document->CreateItem("Body", body), VQ_OK);
+    ASSERT_EQ(body->Append("first\nsecond paragraph\n\nlast"), VQ_OK);
+  }
+  std::size_t Below(std::size_t limit) { return Random() % limit; }
+
+  Place Somewhere(const Flat& flat) {
+    const Flat::Run& run = flat.Runs[Below(flat.Runs.size())];
+    const std::size_t offset = Below(run.Body->GetByteCount() + 1);
+    const bool behind = offset > 0;
+    return {VQRTCursor(run.Body, behind ? offset : 1, behind), run.Start + offset, run.Scope};
+  }
+
+  // What comes in may bring the ends of paragraphs that a table stands between.
+  void ExpectInserted(const std::string& before, std::size_t at, const std::string& what) {
+    Model = Flat(Body).Text;
+    const std::string left = before.substr(0, at), right = before.substr(at);
+    for (const char* ahead : {"", "\n"}) {
+      for (const char* behind : {"", "\n"}) {
+        if (Model == left + ahead + what + behind + right) return;
+      }
+    }
+    FAIL() << testing::PrintToString(before) << " at " << at << " gives " << testing::PrintToString(Model);
+  }
+  void ExpectRefused(VQSTATUS status, bool refused) { ASSERT_EQ(VQIsError(status), refused) << std::hex << status; }
+
+  void DeleteBetween(Place from, Place to) {
+    if (from.At > to.At || from.Cursor > to.Cursor) std::swap(from, to);
+    const bool same = from.Scope == to.Scope;
+    ExpectRefused(Body.Delete(&from.Cursor, &to.Cursor), !same);
+    if (same) Model.erase(from.At, to.At - from.At);
+  }
+
+  // Cells by row and column.
+  static std::vector<std::vector<std::string>> Grid(VQTable& table) {
+    std::vector<std::vector<std::string>> grid(table.GetRowCount());
+    for (unsigned long row = 0; row < grid.size(); ++row) {
+      for (unsigned long column = 0; column < table.GetColumnCount(); ++column) {
+        VQString text;
+        EXPECT_EQ(table(row, column).GetText(&text), VQ_OK);
+        grid[row].push_back(TextOf(text));
+      }
+    }
+    return grid;
+  }
+  static std::string TextOfGrid(const std::vector<std::vector<std::string>>& grid) {
+    std::string text;
+    for (const auto& row : grid) {
+      for (const std::string& cell : row) text += cell + '\t';
+      text += '\n';
+    }
+    return text;
+  }
+  void ChangeTable(const Flat& flat) {
+    if (flat.Tables.empty()) return;
+    VQTable table(flat.Tables[Below(flat.Tables.size())]);
+    auto grid = Grid(table);
+    const std::string before = TextOfGrid(grid);
+    const std::size_t row = Below(grid.size()), column = Below(grid[0].size());
+    switch (Below(4)) {
+      case 0:
+        ASSERT_EQ(table.InsertRows(row, 1), VQ_OK);
+        grid.insert(grid.begin() + static_cast<long>(row), std::vector<std::string>(grid[0].size()));
+        break;
+      case 1:
+        ASSERT_EQ(table.InsertColumns(column, 1), VQ_OK);
+        for (auto& each : grid) each.insert(each.begin() + static_cast<long>(column), std::string());
+        break;
+      case 2:
+        if (VQIsError(table.DeleteRows(row, 1))) break;
+        grid.erase(grid.begin() + static_cast<long>(row));
+        break;
+      default:
+        if (VQIsError(table.DeleteColumns(column, 1))) break;
+        for (auto& each : grid) each.erase(each.begin() + static_cast<long>(column));
+    }
+    ASSERT_EQ(Grid(table), grid);
+    Model = Flat(Body).Text;
+    ASSERT_EQ(Model.size(), flat.Text.size() - before.size() + TextOfGrid(grid).size());
+  }
+
+  void Edit(std::size_t what) {
+    const Flat flat(Body);
+    Place here = Somewhere(flat);
+    const Place there = Somewhere(flat);
+    const bool inCell = here.InCell();
+    VQParagraphStyle style;
+    switch (what) {
+      case 0:
+      case 1: {
+        const std::string text = Below(2) ? "xyz" : "p\nq";
+        ASSERT_EQ(Body.Insert(Store(text), &here.Cursor), VQ_OK);
+        Model.insert(here.At, text);
+        return;
+      }
+      case 2:
+      case 3:
+        return DeleteBetween(here, there);
+      case 4:
+        ExpectRefused(Body.CreateTable(2, 2, &here.Cursor), inCell);
+        return inCell ? void() : ExpectInserted(flat.Text, here.At, "\t\t\n\t\t\n");
+      case 5:
+        ExpectRefused(Body.Insert(Source, &here.Cursor), inCell);
+        return inCell ? void() : ExpectInserted(flat.Text, here.At, Plain(Source));
+      case 6:
+        ASSERT_EQ(Body.CreateAttachment(Store(Home.Path("file")), &here.Cursor), VQ_OK);
+        return ExpectInserted(flat.Text, here.At, "file - 8 bytes");
+      case 7: {
+        if (here.Scope != there.Scope) return;
+        ASSERT_EQ(style.SetAlignment(static_cast<unsigned short>(Below(4))), VQ_OK);
+        const bool ordered = here.Cursor <= there.Cursor;
+        ASSERT_EQ(
+            Body.SetParagraphStyle(ordered ? here.Cursor : there.Cursor, ordered ? there.Cursor : here.Cursor, style),
+            VQ_OK);
+        return;
+      }
+      case 8: {
+        VQRichText part;
+        const Place end = here.Cursor <= there.Cursor ? there : here,
+                    start = here.Cursor <= there.Cursor ? here : there;
+        const bool refused = here.Scope != there.Scope;
+        ExpectRefused(Body.GetRichText(start.Cursor, end.Cursor, &part), refused);
+        if (!refused) {
+          ASSERT_EQ(Plain(part), Model.substr(start.At, end.At - start.At));
+        }
+        return;
+      }
+      default:
+        return ChangeTable(flat);
+    }
+  }
+
+  void Compare() {
+    ASSERT_EQ(Flat(Body).Text, Model);
+    ASSERT_EQ(Plain(Body), Model);
+    const std::string written = Written(Body);
+    const VQRichText again = RichText(written);
+    ASSERT_EQ(Flat(again).Text, Model);
+    ASSERT_TRUE(Written(again) == written);
+    std::set<int> ids;
+    const VQRTContainerBody& top = *Body.GetRichTextBody()->GetTop();
+    const VQRTObjectBody* object = top.FirstOfType(VQRTTYPE_PAB_DEFINITION);
+    for (; object; object = top.NextOfType(object, VQRTTYPE_PAB_DEFINITION)) {
+      ASSERT_TRUE(ids.insert(vq::pab::IDsOf(*object).First).second) << vq::pab::IDsOf(*object).First;
+    }
+  }
+
+  void GoBackAndForth(const std::string& before) {
+    const std::string after = Written(Body), model = Model;
+    if (after == before) return;
+    ASSERT_EQ(Past->Undo(), VQ_OK);
+    ASSERT_TRUE(Written(Body) == before);
+    if (Below(2)) {
+      Model = Flat(Body).Text;
+      return;
+    }
+    ASSERT_EQ(Past->Redo(), VQ_OK);
+    ASSERT_TRUE(Written(Body) == after);
+    ASSERT_EQ(Flat(Body).Text, model);
+  }
+
+  VQDatabase Far;
+  VQDocument Document, FarDocument;
+  VQRichText Body, Source;
+  std::unique_ptr<VQRTHistory> Past;
+  std::string Model;
+  std::mt19937 Random{71};
+};
+
+TEST_F(RandomWhole, BehavesLikeAString) {
+  for (int round = 0; round < 12; ++round) {
+    ASSERT_EQ(Body.SetValue("first\nsecond paragraph\n\nlast"), VQ_OK);
+    Model = Flat(Body).Text;
+    ASSERT_EQ(Past->Watch(Body), VQ_OK);
+    for (int step = 0; step < 40; ++step) {
+      const std::size_t what = Below(10);
+      SCOPED_TRACE("round " + std::to_string(round) + " step " + std::to_string(step) + " " + std::to_string(what));
+      const std::string before = Written(Body);
+      Edit(what);
+      if (!HasFatalFailure()) Compare();
+      if (!HasFatalFailure() && Below(4) == 0) GoBackAndForth(before);
+      if (HasFailure()) return;
+      ASSERT_EQ(Past->Begin() | Past->End(), VQ_OK);
+      ASSERT_EQ(step % 10 == 9 ? Body.Update() : VQ_OK, VQ_OK);
+    }
+  }
+  EXPECT_EQ(Document.Save(), VQ_OK);
 }
 
 }  // namespace

@@ -55,23 +55,6 @@ VQSTATUS CloseRange(VQRTObjectBody* first, const VQRTObjectBody* behind) {
   return VQ_OK;
 }
 
-// Moves the children of one container in front of `behind` in another, null for its end; all or none.
-VQSTATUS MoveChildren(VQRTBaseContainerBody& from, VQRTBaseContainerBody& to, VQRTObjectBody* behind) {
-  VQRTObjectBody* const previous = behind ? behind->GetPrevious() : to.GetLastChild();
-  const VQSTATUS status = vq::Caught([&] {
-    while (VQRTObjectBody* child = from.GetFirstChild()) {
-      const VQRTObject hold(child);
-      VQSTATUS moved = child->RemoveThis(1);
-      if (moved == VQ_OK) moved = behind ? behind->InsertPreviousSibling(child) : to.Append(child);
-      if (moved != VQ_OK) return moved;
-    }
-    return VQ_OK;
-  });
-  if (status == VQ_OK) return VQ_OK;
-  const VQSTATUS undone = CloseRange(previous ? previous->GetNext() : to.GetFirstChild(), behind);
-  return VQIsError(undone) ? undone : status;
-}
-
 template <typename Operation>
 VQSTATUS Run(Operation operation) {
   return vq::Apply(operation());
@@ -275,7 +258,7 @@ VQSTATUS VQRTHistory::Exchange(std::size_t offset, std::size_t size, const Bytes
   VQRTContainerBody* top = Text.GetRichTextBody()->GetTop();
   VQRTObjectBody* const first = ChildAt(offset);
   const VQRTObjectBody* const behind = ChildAt(offset + size);
-  const VQSTATUS status = MoveChildren(*part.GetRichTextBody()->GetTop(), *top, first);
+  const VQSTATUS status = part.GetRichTextBody()->MoveInto(*top, first);
   return status == VQ_OK ? CloseRange(first, behind) : status;
 }
 

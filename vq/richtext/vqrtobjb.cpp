@@ -95,11 +95,14 @@ VQSTATUS VQRTObjectBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS) {
 
 void VQRTObjectBody::TakeRecord(const VQRTObjectBody& source) {
   Counted = false;
-  const vq::RecordBytes bytes(source);
   vq::RecordContent taken;
-  if (bytes.GetSize() != 0) {
-    taken.Resize(vq::Padded(bytes.GetSize()));
-    std::memcpy(taken.GetBytes(), bytes.Get(), bytes.GetSize());
+  {
+    // A value that goes with its last view must not be locked then.
+    const vq::RecordBytes bytes(source);
+    if (bytes.GetSize() != 0) {
+      taken.Resize(vq::Padded(bytes.GetSize()));
+      std::memcpy(taken.GetBytes(), bytes.Get(), bytes.GetSize());
+    }
   }
   DropContent();
   if (!taken.IsOwn()) return;
