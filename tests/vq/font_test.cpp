@@ -106,6 +106,164 @@ TEST_F(Font, TableAnswersMissesAndKeepsNumbers) {
   EXPECT_EQ(table.Append(100, 0x20, "Late"), VQERR_TOO_MANY_FONTS);
 }
 
+std::string NamesIn(const VQFontTable& table) {
+  std::string names;
+  for (unsigned long i = 0; i < table.GetCount(); ++i) {
+    names += reinterpret_cast<const char*>(table[i].Name) + std::to_string(table[i].Face) + " ";
+  }
+  return names;
+}
+
+TEST_F(Font, TableTakesAndGivesEntriesInEveryForm) {
+  const CDFACE nine{9, 0x22, "Nine"}, low{3, 0x22, "Low"}, nameless{8, 0x22, ""};
+  const VQFontStyle style(0x10, 2, "Own", 1, 0), helv(0x20, 2, "Helv", 0, 0);
+  const struct {
+    const char* What;
+    VQSTATUS (*Edit)(VQFontTable& table, const CDFACE& face, const VQFontStyle& style);
+    const CDFACE* Face;
+    const VQFontStyle* Style;
+    VQSTATUS Status;
+    const char* After;
+  } rows[] = {
+      {"append", [](VQFontTable& t, auto& f, auto&) { return t.Append(f); }, &nine, &style, VQ_OK, "Six6 Ten10 Nine9 "},
+      {"<<", [](VQFontTable& t, auto& f, auto&) { return t << f, VQSTATUS{VQ_OK}; }, &nine, &style, VQ_OK,
+       "Six6 Ten10 Nine9 "},
+      {"a low face", [](VQFontTable& t, auto& f, auto&) { return t.Append(f); }, &low, &style, VQERR_INVALID_PARAMETER,
+       "Six6 Ten10 "},
+      {"no name", [](VQFontTable& t, auto& f, auto&) { return t.Append(f); }, &nameless, &style, VQERR_NULL_STRING,
+       "Six6 Ten10 "},
+      {"insert a style", [](VQFontTable& t, auto&, auto& s) { return t.Insert(1, s); }, &nine, &style, VQ_OK,
+       "Six6 Own5 Ten10 "},
+      {"a style of a standard face", [](VQFontTable& t, auto&, auto& s) { return t.Append(s); }, &nine, &helv,
+       VQERR_INVALID_PARAMETER, "Six6 Ten10 "},
+      {"no style", [](VQFontTable& t, auto&, auto&) { return t.Append(VQFontStyle()); }, &nine, &style,
+       VQERR_UNINITIALIZED_ARGUMENT, "Six6 Ten10 "},
+      {"delete a face", [](VQFontTable& t, auto&, auto&) { return t.DeleteByFaceID(10); }, &nine, &style, VQ_OK,
+       "Six6 "},
+      {"delete none", [](VQFontTable& t, auto&, auto&) { return t.DeleteByFaceID(7); }, &nine, &style, VQWARN_NOT_FOUND,
+       "Six6 Ten10 "},
+      {"delete no name", [](VQFontTable& t, auto&, auto&) { return t.DeleteByName(nullptr); }, &nine, &style,
+       VQERR_INVALID_PARAMETER, "Six6 Ten10 "},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    for (const int throws : {0, 1}) {
+      VQFontTable table(new VQFontTableBody), none;
+      ASSERT_EQ(table.Append(6, 0x22, "Six"), VQ_OK);
+      ASSERT_EQ(table.Append(10, 0x22, "Ten"), VQ_OK);
+      VQSetThrowAllErrors(throws);
+      EXPECT_EQ(ReturnedStatusOf([&] { return row.Edit(table, *row.Face, *row.Style); }), row.Status);
+      const VQSTATUS null = StatusOf([&] { return row.Edit(none, *row.Face, *row.Style); });
+      EXPECT_EQ(null, VQERR_OBJECT_NOT_INITIALIZED);
+      VQSetThrowAllErrors(0);
+      EXPECT_EQ(NamesIn(table), row.After);
+    }
+  }
+}
+
+// Styles and entries by face, name and position; a miss can still be shown.
+TEST_F(Font, TableGivesStyles) {
+  VQFontTable table(new VQFontTableBody);
+  ASSERT_EQ(table.Append(6, 0x12, "Six"), VQ_OK);
+  const struct {
+    const char* What;
+    VQSTATUS (*Get)(const VQFontTable&, VQFontStyle*);
+    VQSTATUS Status;
+    const char* Name;
+    unsigned Face;
+  } rows[] = {
+      {"a face", [](const VQFontTable& t, VQFontStyle* s) { return t.GetFaceByFaceID(6, s); }, VQ_OK, "Six", 6},
+      {"a standard face", [](const VQFontTable& t, VQFontStyle* s) { return t.GetFaceByFaceID(4, s); }, VQ_OK,
+       "Courier", 4},
+      {"a face that has no name", [](const VQFontTable& t, VQFontStyle* s) { return t.GetFaceByFaceID(2, s); },
+       VQERR_INVALID_PARAMETER, "-", 0},
+      {"a face that is gone", [](const VQFontTable& t, VQFontStyle* s) { return t.GetFaceByFaceID(7, s); },
+       VQWARN_NOT_FOUND, "MS_SERIF", 7},
+      {"a name", [](const VQFontTable& t, VQFontStyle* s) { return t.GetFaceByName("Six", s); }, VQ_OK, "Six", 6},
+      {"a name that is not there", [](const VQFontTable& t, VQFontStyle* s) { return t.GetFaceByName("six", s); },
+       VQWARN_NOT_FOUND, "Tms Rmn", 0},
+      {"no name", [](const VQFontTable& t, VQFontStyle* s) { return t.GetFaceByName(nullptr, s); },
+       VQERR_INVALID_PARAMETER, "-", 0},
+      {"a position", [](const VQFontTable& t, VQFontStyle* s) { return t.GetFaceByPosition(0, s); }, VQ_OK, "Six", 6},
+      {"a position behind", [](const VQFontTable& t, VQFontStyle* s) { return t.GetFaceByPosition(1, s); },
+       VQERR_OUT_OF_RANGE, "-", 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    for (const int throws : {0, 1}) {
+      VQFontStyle style;
+      VQSetThrowAllErrors(throws);
+      EXPECT_EQ(ReturnedStatusOf([&] { return row.Get(table, &style); }), row.Status);
+      EXPECT_TRUE(VQIsError(ReturnedStatusOf([&] { return row.Get(table, nullptr); })));
+      EXPECT_EQ(ReturnedStatusOf([&] { return row.Get(VQFontTable(), &style); }), VQERR_OBJECT_NOT_INITIALIZED);
+      VQSetThrowAllErrors(0);
+      EXPECT_EQ(style.IsNull() ? "-" : TextOf(style.GetFaceName()), row.Name);
+      if (!style.IsNull()) {
+        EXPECT_EQ(style.GetFaceID(), row.Face);
+      }
+    }
+  }
+  EXPECT_EQ(StatusOf([&] { return table[1].Face > 0; }), VQERR_BAD_SUBSCRIPT);
+}
+
+TEST_F(Font, TablesMergeByName) {
+  VQFontTable table(new VQFontTableBody), other(new VQFontTableBody), full(new VQFontTableBody);
+  ASSERT_EQ(table.Append(5, 0x22, "A"), VQ_OK);
+  ASSERT_EQ(other.Append(5, 0x22, "B"), VQ_OK);
+  ASSERT_EQ(other.Append(9, 0x12, "A"), VQ_OK);
+  ASSERT_EQ(full.Append(254, 0x22, "Z"), VQ_OK);
+  ASSERT_EQ(table.Merge(other), VQ_OK);
+  EXPECT_EQ(NamesIn(table), "A5 B6 ");
+  EXPECT_EQ(table[0].Family, 0x22) << "what is there stays";
+  EXPECT_FALSE(table == other);
+  ASSERT_EQ(table.Merge(table), VQ_OK);
+  EXPECT_EQ(NamesIn(table), "A5 B6 ");
+  EXPECT_EQ(full.Merge(other), VQERR_TOO_MANY_FONTS);
+  EXPECT_EQ(NamesIn(full), "Z254 ") << "all or none";
+  EXPECT_EQ(table.Merge(VQFontTable()), VQERR_UNINITIALIZED_ARGUMENT);
+  VQFontTable many(new VQFontTableBody);
+  unsigned char number = 0;
+  for (int i = 0; i < 251; ++i) ASSERT_EQ(many.AddFace(0x22, ("F" + std::to_string(i)).c_str(), &number), VQ_OK);
+  EXPECT_EQ(number, 255);
+  EXPECT_EQ(many.AddFace(0x22, "More", &number), VQERR_TOO_MANY_FONTS) << "with fewer than 255 entries";
+}
+
+// A table that takes its place in a document, is emptied, and is read back.
+TEST_F(Font, TableIsStoredWithItsDocument) {
+  VQDatabase database;
+  ASSERT_EQ(Session->CreateDatabase("fonts", &database, VQCreateDatabaseOptions()), VQ_OK);
+  VQDocument document;
+  VQFontTable table;
+  ASSERT_EQ(database.CreateDocument(&document), VQ_OK);
+  ASSERT_EQ(document.CreateItem("$Fonts", &table), VQ_OK);
+  ASSERT_EQ(table.Append(9, 0x22, "Nine"), VQ_OK);
+  ASSERT_EQ(table.Update(), VQ_OK);
+  EXPECT_EQ(table.GetValueSize(), 42u);
+  for (const int throws : {0, 1}) {
+    ASSERT_EQ(table.DeleteByPosition(0, table.GetCount()), VQ_OK);
+    VQSetThrowAllErrors(throws);
+    EXPECT_EQ(ReturnedStatusOf([&] { return table.Update(); }), VQERR_FONT_REQUIRED);
+    VQSetThrowAllErrors(0);
+    ASSERT_EQ(table.Append(9, 0x22, "Nine"), VQ_OK);
+  }
+  ASSERT_EQ(document.Save(), VQ_OK);
+  VQDocument again;
+  VQFontTable read;
+  ASSERT_EQ(database.GetDocument(document.GetSlateID(), &again), VQ_OK);
+  ASSERT_EQ(again.Open(), VQ_OK);
+  ASSERT_EQ(again.GetItem("$Fonts", &read), VQ_OK);
+  EXPECT_EQ(NamesIn(read), "Nine9 ");
+  EXPECT_TRUE(read == table);
+  EXPECT_EQ(TextOf(VQFontStyle(0x0A000009, again.GetSlateBody()).GetFaceName()), "Nine");
+  VQFontStyle other(0x0A000009, &read), same(0x0A000009, &table);
+  EXPECT_TRUE(other == same);
+  ASSERT_EQ(other.SetColor(7), VQ_OK);
+  EXPECT_EQ(other.GetColor(), 7);
+  EXPECT_EQ(other.SetColor(256), VQERR_COLOR_INDEX);
+  EXPECT_FALSE(other == same);
+  EXPECT_EQ(other.GetFontTable(&table), VQWARN_NOT_FOUND) << "it is in no text";
+}
+
 std::string FaceOfFirstRun(const VQRichText& text) {
   VQRTObject object;
   EXPECT_EQ(text.FindFirst(VQRTTYPE_STYLIZED_TEXT, &object), VQ_OK);

@@ -114,6 +114,110 @@ TEST_F(Paragraphs, StartAndMerge) {
   }
 }
 
+// Each insertion has identifiers of its own, also where a text goes into itself, at any place.
+TEST_F(Paragraphs, EveryInsertionIsNumberedAnew) {
+  VQRichText target = RichText(kTwo);
+  const VQRichText source = RichText(Definition(3) + FormulaReference(7, 3) + Hide(7) + Text("s"));
+  VQRTCursor cursor = Before(target, "d");
+  for (int i = 0; i < 2; ++i) ASSERT_EQ(target.Insert(source, &cursor), VQ_OK);
+  EXPECT_EQ(Shape(target), "D3R3[ab]PR3[c]D4F5/4H5[s]D6F7/6H7[s][d]");
+  VQRichText self = RichText(kTwo);
+  VQRTCursor inside = Before(self, "b");
+  ASSERT_EQ(self.Insert(self, &inside), VQ_OK);
+  EXPECT_EQ(Shape(self), "D3R3[a]D4R4[ab]PR4[cd][b]PR3[cd]");
+  ASSERT_EQ(self.Insert("x", &inside), VQ_OK);
+  EXPECT_EQ(Plain(self), "aab\ncdxb\ncd");
+}
+
+// Hotspots do not part a paragraph, cells do; tables and elements are passed whole.
+TEST_F(Paragraphs, MergesThroughWhatStandsBetween) {
+  const auto next = [](VQRichText& text, VQRTCursor& cursor) { return text.MergeNextParagraph(&cursor); };
+  const auto previous = [](VQRichText& text, VQRTCursor& cursor) { return text.MergePreviousParagraph(&cursor); };
+  const std::string head = Reference(1) + Text("a"), part = Paragraph() + Reference(1);
+  const auto popup = [](const std::string& inside) { return Hotspot(1) + inside + HotspotEnd(); };
+  const auto table = [](const std::string& cell) { return TableBegin() + Cell(0, 0) + cell + TableEnd(); };
+  const std::string button = Hotspot(3) + Record(SIG_CD_BUTTON, "b") + Text("in") + HotspotEnd();
+  const struct {
+    const char* What;
+    std::string Records;
+    const char* At;
+    VQSTATUS (*Edit)(VQRichText&, VQRTCursor&);
+    VQSTATUS Status;
+    std::string After;
+  } rows[] = {
+      {"out of a popup", head + popup(Text("p")) + part + Text("z"), "p", next, VQ_OK,
+       head + popup(Text("p")) + Text("z")},
+      {"into a popup", head + part + popup(Text("p")), "a", next, VQ_OK, head + popup(Text("p"))},
+      {"back into a popup", head + popup(Text("p")) + part + Text("z"), "z", previous, VQ_OK,
+       head + popup(Text("p")) + Text("z")},
+      {"back out of a popup", head + part + popup(Text("p")), "p", previous, VQ_OK, head + popup(Text("p"))},
+      {"in a popup", head + popup(Text("p") + part + Text("q")), "p", next, VQ_OK, head + popup(Text("p") + Text("q"))},
+      {"of a popup that ends with one", head + popup(Text("p") + part) + Text("z"), "p", next, VQ_OK,
+       head + popup(Text("p")) + Text("z")},
+      {"from within to within", head + popup(Text("p")) + part + popup(Text("q")), "q", previous, VQ_OK,
+       head + popup(Text("p")) + popup(Text("q"))},
+      {"over a table", head + table(Text("c")) + part + Text("z"), "a", next, VQ_OK,
+       head + table(Text("c")) + Text("z")},
+      {"with a table", head + part + table(part + Text("c")), "a", next, VQERR_RT_SELECTION_INVALID,
+       head + part + table(part + Text("c"))},
+      {"back to a table", head + table(Text("c")) + part + Text("z"), "z", previous, VQERR_RT_SELECTION_INVALID,
+       head + table(Text("c")) + part + Text("z")},
+      {"out of a cell", head + part + table(part + Text("c")) + part + Text("z"), "c", next, VQWARN_NOT_FOUND,
+       head + part + table(part + Text("c")) + part + Text("z")},
+      {"back out of a cell", head + part + table(part + Text("c")), "c", previous, VQWARN_NOT_FOUND,
+       head + part + table(part + Text("c"))},
+      {"back to a button", head + button + part + Text("z"), "z", previous, VQ_OK, head + button + Text("z")},
+      {"with a button", head + part + button, "a", next, VQ_OK, head + button},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(row.Records);
+    VQRTCursor cursor = Before(text, row.At);
+    EXPECT_EQ(ReturnedStatusOf([&] { return row.Edit(text, cursor); }), row.Status);
+    EXPECT_EQ(Written(text), row.After);
+    EXPECT_TRUE(cursor.IsValid());
+  }
+}
+
+// The new paragraph goes behind a subform, on whichever side of it the cursor stands.
+TEST_F(Paragraphs, StartBehindASubform) {
+  const std::string subform = Hotspot(14) + HotspotEnd();
+  for (const int edge : {0, 1}) {
+    VQRichText text = RichText(Reference(2) + subform + Text("z"));
+    VQRTObject object;
+    ASSERT_EQ(text.FindFirst(VQRTTYPE_RT_SUBFORM, &object), VQ_OK);
+    VQRTCursor cursor(object, edge);
+    ASSERT_EQ(text.StartNewParagraph(&cursor), VQ_OK);
+    EXPECT_EQ(Written(text), Reference(2) + subform + Paragraph() + Reference(2) + Text("z"));
+    ASSERT_EQ(text.Insert("x", &cursor), VQ_OK);
+    EXPECT_EQ(Plain(text), "\nxz");
+  }
+  VQRichText last = RichText(Reference(2) + subform);
+  VQRTCursor cursor;
+  ASSERT_EQ(last.GetEndCursor(&cursor), VQ_OK);
+  ASSERT_EQ(last.StartNewParagraph(&cursor), VQ_OK);
+  EXPECT_EQ(Written(last), Reference(2) + subform + Paragraph() + Reference(2) + Text(""));
+}
+
+TEST_F(Paragraphs, MergingRefuses) {
+  for (const int throws : {0, 1}) {
+    VQRichText text = RichText(kTwo);
+    VQRTCursor start = Before(text, "b"), end = Before(text, "c"), none;
+    VQSetThrowAllErrors(throws);
+    for (VQRTCursor* bad : {static_cast<VQRTCursor*>(nullptr), &none}) {
+      EXPECT_EQ(ReturnedStatusOf([&] { return text.MergeParagraphs(&start, bad); }), VQERR_INVALID_PARAMETER);
+      EXPECT_EQ(ReturnedStatusOf([&] { return text.MergeParagraphs(bad, &end); }), VQERR_INVALID_PARAMETER);
+      EXPECT_EQ(ReturnedStatusOf([&] { return text.MergeNextParagraph(bad); }), VQERR_INVALID_PARAMETER);
+      EXPECT_EQ(ReturnedStatusOf([&] { return text.MergePreviousParagraph(bad); }), VQERR_INVALID_PARAMETER);
+      EXPECT_EQ(ReturnedStatusOf([&] { return text.StartNewParagraph(bad); }), VQERR_INVALID_PARAMETER);
+    }
+    EXPECT_EQ(ReturnedStatusOf([&] { return text.MergeParagraphs(&end, &start); }), VQERR_INVALID_PARAMETER);
+    EXPECT_EQ(ReturnedStatusOf([&] { return text.MergeParagraphs(&start, &start); }), VQERR_INVALID_PARAMETER);
+    VQSetThrowAllErrors(0);
+    EXPECT_EQ(Written(text), kTwo);
+  }
+}
+
 TEST_F(Paragraphs, DeletingKeepsDefinitionsThatAreStillUsed) {
   const std::string after = Paragraph() + Reference(2) + Text("z");
   const struct {

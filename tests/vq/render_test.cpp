@@ -135,6 +135,38 @@ TEST_F(Rendered, FieldsBecomeTheirValues) {
   EXPECT_FALSE(document.IsOpen()) << "as it was";
 }
 
+// A rendering that fails leaves the text, and all slates closed that were; a document can go into a text of its own.
+TEST_F(Rendered, LeavesAllAsItWas) {
+  VQDocument document = NewDocument("s");
+  VQRichText body;
+  ASSERT_EQ(document.CreateItem("Body", &body), VQ_OK);
+  ASSERT_EQ(body.Append("kept"), VQ_OK);
+  ASSERT_EQ(document.Save(), VQ_OK);
+  VQSlate bad = NewForm("Bad", Text("x") + Record(0xFF8A, "short")), good = NewForm("Good", Text("<") + Field("Body"));
+  for (const int throws : {0, 1}) {
+    VQRichText text = RichText(Text("before")), none;
+    ASSERT_EQ(document.Close(), VQ_OK);
+    ASSERT_EQ(bad.Close(), VQ_OK);
+    VQSetThrowAllErrors(throws);
+    EXPECT_EQ(ReturnedStatusOf([&] { return text.AppendRenderedDocument(document, bad); }), 4103u);
+    EXPECT_EQ(ReturnedStatusOf([&] { return text.AppendRenderedDocument(VQSlate()); }), VQERR_UNINITIALIZED_ARGUMENT);
+    EXPECT_EQ(ReturnedStatusOf([&] { return text.AppendRenderedDocument(document, VQSlate()); }),
+              VQERR_UNINITIALIZED_ARGUMENT);
+    EXPECT_EQ(ReturnedStatusOf([&] { return none.AppendRenderedDocument(document); }), VQERR_OBJECT_NOT_INITIALIZED);
+    EXPECT_EQ(VQGetThrowAllErrors(), throws);
+    VQSetThrowAllErrors(0);
+    EXPECT_FALSE(document.IsOpen() || bad.IsOpen());
+    EXPECT_EQ(Written(text), Text("before"));
+    ASSERT_EQ(document.Open(), VQ_OK);
+    ASSERT_EQ(bad.Open(), VQ_OK);
+  }
+  ASSERT_EQ(document.GetItem("Body", &body), VQ_OK);
+  ASSERT_EQ(body.Append("!"), VQ_OK);
+  ASSERT_EQ(body.AppendRenderedDocument(document, good), VQ_OK);
+  EXPECT_EQ(Plain(body), "kept!<kept!");
+  EXPECT_FALSE(document.HasItem("$$$CPPAPITempRTItem$$$"));
+}
+
 // The form that a document names, whatever else has the name: by its name, an alias, or all of them.
 TEST_F(Rendered, TheFormThatADocumentNames) {
   NewForm("Memo", Text("a subform"), "U");

@@ -260,4 +260,117 @@ TEST_F(Containers, RefuseCursorsOfOthers) {
   }
 }
 
+TEST_F(Containers, RefuseObjectsOfOthers) {
+  using Run = VQSTATUS (*)(VQRichText & text, VQRTObject & object);
+  const struct {
+    const char* What;
+    Run Edit;
+    VQSTATUS Status;
+  } rows[] = {
+      {"delete", [](VQRichText& t, VQRTObject& o) { return t.Delete(&o); }, VQERR_RT_NOT_MEMBER},
+      {"clear", [](VQRichText& t, VQRTObject& o) { return t.ClearHotspot(&o); }, VQERR_RT_NOT_MEMBER},
+      {"select",
+       [](VQRichText& t, VQRTObject& o) {
+         VQRichText part;
+         return t.GetRichText(o, &part);
+       },
+       VQERR_RT_NOT_MEMBER},
+      {"the next",
+       [](VQRichText& t, VQRTObject& o) {
+         VQRTObject found;
+         return t.FindNext(o, VQRTTYPE_OBJECT, &found);
+       },
+       VQERR_RT_NOT_MEMBER},
+      {"the one before",
+       [](VQRichText& t, VQRTObject& o) {
+         VQRTObject found;
+         return t.FindPrevious(o, VQRTTYPE_OBJECT, &found);
+       },
+       VQERR_RT_NOT_MEMBER},
+      {"a style",
+       [](VQRichText& t, VQRTObject& o) {
+         VQParagraphStyle style;
+         return t.FindParagraphStyle(o, &style);
+       },
+       VQERR_RT_NOT_MEMBER},
+      {"the top itself",
+       [](VQRichText& t, VQRTObject&) {
+         VQRTContainer top;
+         const VQSTATUS status = t.GetTopContainer(&top);
+         return status == VQ_OK ? t.Delete(&top) : status;
+       },
+       VQERR_RT_NOT_MEMBER},
+      {"a text as an object",
+       [](VQRichText& t, VQRTObject& o) {
+         VQRTObject top;
+         const VQSTATUS status = o.GetParentContainer(VQRTTYPE_RICH_TEXT, &top);
+         return status == VQ_OK ? t.Append(top) : status;
+       },
+       VQERR_CANT_INSERT_TYPE},
+      {"no object", [](VQRichText& t, VQRTObject&) { return t.Append(VQRTObject()); }, VQERR_UNINITIALIZED_ARGUMENT},
+      {"a character",
+       [](VQRichText& t, VQRTObject&) {
+         const VQStylizedText run("x");
+         return t.Append(VQRTObject(run.GetStylizedTextBody(), 1));
+       },
+       VQERR_RT_CHARACTERS},
+      {"a type that is none", [](VQRichText& t, VQRTObject& o) { return t.FindFirst(static_cast<VQRTTYPE>(70), &o); },
+       VQERR_OUT_OF_RANGE},
+      {"nowhere to put it", [](VQRichText& t, VQRTObject&) { return t.FindFirst(VQRTTYPE_OBJECT, nullptr); },
+       VQERR_INVALID_PARAMETER},
+  };
+  const std::string records = kSample + Hotspot(1) + Text("p") + HotspotEnd();
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    for (const int throws : {0, 1}) {
+      VQRichText text = RichText(records), other = RichText(records);
+      VQRTObject popup;
+      ASSERT_EQ(other.FindFirst(VQRTTYPE_TEXT_POPUP, &popup), VQ_OK);
+      VQSetThrowAllErrors(throws);
+      EXPECT_EQ(ReturnedStatusOf([&] { return row.Edit(text, popup); }), row.Status);
+      VQSetThrowAllErrors(0);
+      EXPECT_EQ(Written(text) + Written(other), records + records);
+      EXPECT_FALSE(text.IsDirty() || other.IsDirty());
+    }
+  }
+}
+
+// A cell's handle edits the cell alone.
+TEST_F(Containers, CellsEditThemselves) {
+  const std::string records = Reference(1) + Text("a") + TableBegin() + Cell(0, 0) + Reference(1) + Text("c") +
+                              Cell(0, 1) + Reference(1) + Text("d") + TableEnd() + Text("z");
+  for (const Operation& row : Operations()) {
+    if (!row.AtCursor) continue;
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(records);
+    VQRTObject object;
+    ASSERT_EQ(text.FindFirst(VQRTTYPE_TABLE_CELL, &object), VQ_OK);
+    VQRTContainer cell(object);
+    VQRTCursor at = At(text, 0), to = At(text, 1);
+    const VQSTATUS outside = row.OnContainer(cell, at, to);
+    const bool paragraphs = std::string(row.What).find("style") != std::string::npos;  // of the whole text
+    EXPECT_EQ(VQIsError(outside), !paragraphs) << outside;
+    if (!paragraphs) {
+      EXPECT_EQ(Written(text), records);
+    }
+  }
+  VQRichText text = RichText(records);
+  VQRTObject object;
+  ASSERT_EQ(text.FindFirst(VQRTTYPE_TABLE_CELL, &object), VQ_OK);
+  VQRTContainer cell(object);
+  VQRTCursor start, end;
+  ASSERT_EQ(cell.Append("e\nf"), VQ_OK);
+  ASSERT_EQ(cell.GetCursor(&start), VQ_OK);
+  ASSERT_EQ(cell.GetEndCursor(&end), VQ_OK);
+  EXPECT_EQ(end - start, 4);
+  EXPECT_EQ(Plain(text), "ace\nf\td\t\nz");
+  EXPECT_EQ(cell.MergePreviousParagraph(&end), VQ_OK);
+  EXPECT_EQ(cell.Delete(&start, &end), VQ_OK);
+  EXPECT_EQ(Plain(text), "a\td\t\nz");
+  EXPECT_EQ(cell.SetValue("new"), VQ_OK);
+  EXPECT_EQ(cell.CanInsertType(VQRTTYPE_TABLE), 0);
+  EXPECT_EQ(Plain(text), "anew\td\t\nz");
+  EXPECT_EQ(StatusOf([] { return VQRTContainer().CanInsertType(VQRTTYPE_TABLE) > 0; }), VQERR_OBJECT_NOT_INITIALIZED);
+}
+
 }  // namespace

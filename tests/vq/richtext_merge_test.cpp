@@ -1,8 +1,11 @@
 // Rich texts on their way into other texts and slates: what goes along, and what a refusal leaves.
+#include <filesystem>
+#include <fstream>
 #include <functional>
 
 #include "tests/vq/support/records.h"
 #include "tests/vq/support/store_fixture.h"
+#include "vq/richobjects/vqattach.h"
 #include "vq/richtext/font.h"
 #include "vq/richtext/fonttable.h"
 
@@ -204,6 +207,50 @@ TEST_F(Merge, ARefusalMakesNoFontTable) {
     EXPECT_EQ(way(source, to), VQERR_WRONG_SITUATION);
     EXPECT_EQ(to.GetItemCount(), 2u);
     EXPECT_FALSE(to.HasItem("$Fonts"));
+  }
+}
+
+// Faces, links and files come into another database, and stay when the first one is gone.
+TEST_F(Merge, OtherDatabasesGetAllThatATextNeeds) {
+  std::ofstream(Home.Path("file")) << "bytes";
+  for (const Way& way : {Way(AsItem), Way(AsText), Way(AsPart)}) {
+    VQDocument from = Document(Unknown("theirs"), kLinked);
+    VQRichText source, copy;
+    VQRTCursor cursor;
+    ASSERT_EQ(from.GetItem("Body", &source), VQ_OK);
+    ASSERT_EQ(source.SetFontStyle(At(source, 0), At(source, 1), VQFontStyle(0x20, 2, "Quadrata", 0, 0)), VQ_OK);
+    ASSERT_EQ(source.GetEndCursor(&cursor), VQ_OK);
+    ASSERT_EQ(source.CreateAttachment(Store(Home.Path("file")), &cursor), VQ_OK);
+    ASSERT_EQ(from.Save(), VQ_OK);
+    VQDatabase other;
+    ASSERT_EQ(Session->CreateDatabase("other", &other, VQCreateDatabaseOptions()), VQ_OK);
+    VQDocument to, read;
+    ASSERT_EQ(other.CreateDocument(&to), VQ_OK);
+    Add(to, "Body", Reference(1) + Text("b"));
+    Add(to, "$Links", Unknown("ours"));
+    ASSERT_EQ(way(source, to), VQ_OK);
+    ASSERT_EQ(to.Save(), VQ_OK);
+    ASSERT_EQ(Db.DeleteSlate(&from), VQ_OK);
+    ASSERT_EQ(other.GetDocument(to.GetSlateID(), &read), VQ_OK);
+    ASSERT_EQ(read.Open(), VQ_OK);
+    EXPECT_EQ(ValueOf(read, "$Links"), Unknown("ours") + Unknown("theirs"));
+    EXPECT_EQ(PositionIn(ValueOf(read, "Copy") + ValueOf(read, "Body")), 1);
+    ASSERT_EQ(read.GetItem(read.HasItem("Copy") ? "Copy" : "Body", &copy), VQ_OK);
+    ASSERT_EQ(copy.GetCursor(&cursor), VQ_OK);
+    ASSERT_EQ(cursor.GotoFirst("a"), VQ_OK);
+    VQFontStyle font;
+    ASSERT_EQ(cursor.GetFontStyle(&font), VQ_OK);
+    EXPECT_EQ(TextOf(font.GetFaceName()), "Quadrata");
+    VQAttachment attachment;
+    ASSERT_EQ(read.GetAttachment("file", &attachment), VQ_OK);
+    EXPECT_EQ(attachment.Detach(Store(Home.Path("out"))), VQ_OK);
+    EXPECT_EQ(std::filesystem::file_size(Home.Path("out")), 5u);
+    read = to = VQDocument();
+    source = copy = VQRichText();
+    cursor = VQRTCursor();
+    attachment = VQAttachment();
+    font = VQFontStyle();
+    ASSERT_EQ(Session->DeleteDatabase(&other), VQ_OK);
   }
 }
 

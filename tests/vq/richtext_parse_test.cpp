@@ -113,8 +113,21 @@ TEST_F(RichTextParse, RefusesDamageAndKeepsTheValue) {
     SCOPED_TRACE(row.What);
     VQRichText text = RichText(row.Records);
     VQString string;
-    for (int again = 0; again < 2; ++again) EXPECT_EQ(text.GetText(&string), row.Status);
+    VQRichText whole = RichText(Text("ab"));
+    VQRTCursor cursor = At(whole, 1);
+    for (const int throws : {0, 1}) {
+      VQSetThrowAllErrors(throws);
+      EXPECT_EQ(ReturnedStatusOf([&] { return text.GetText(&string); }), row.Status);
+      EXPECT_EQ(ReturnedStatusOf([&] { return text.Append("x"); }), row.Status);
+      EXPECT_EQ(ReturnedStatusOf([&] { return whole.Append(text); }), row.Status);
+      EXPECT_EQ(ReturnedStatusOf([&] { return whole.Insert(text, &cursor); }), row.Status);
+      EXPECT_EQ(StatusOf([&] { return text.GetSize() > 0; }), row.Status);
+      EXPECT_EQ(VQGetThrowAllErrors(), throws);
+      VQSetThrowAllErrors(0);
+    }
     EXPECT_EQ(text.GetValueSize(), row.Records.size() + 2);
+    EXPECT_FALSE(text.IsDirty() || whole.IsDirty());
+    EXPECT_EQ(Written(whole), Text("ab"));
   }
 }
 
@@ -144,6 +157,30 @@ TEST_F(RichTextParse, AsksTheHandler) {
   EXPECT_EQ(TextOf(text), "ab");
   EXPECT_FALSE(body.IsDirty());
   Session->SetRTParserErrorHandler(nullptr);
+}
+
+TEST_F(RichTextParse, RefusesWhatIsClosed) {
+  VQRichText parsed = RichText(Text("a")), fresh = RichText(Text("a"));
+  EXPECT_EQ(Plain(parsed), "a");
+  VQRTContainer top;
+  ASSERT_EQ(parsed.GetTopContainer(&top), VQ_OK);
+  for (VQRichText* text : {&parsed, &fresh}) {
+    ASSERT_EQ(text->GetRichTextBody()->Close(), VQ_OK);
+    EXPECT_EQ(text->GetRichTextBody()->Close(), VQWARN_NOT_OPEN);
+    for (const int throws : {0, 1}) {
+      VQString string;
+      VQSetThrowAllErrors(throws);
+      EXPECT_EQ(ReturnedStatusOf([&] { return text->GetText(&string); }), VQERR_OBJECT_CLOSED);
+      EXPECT_EQ(ReturnedStatusOf([&] { return text->Append("b"); }), VQERR_OBJECT_CLOSED);
+      EXPECT_EQ(ReturnedStatusOf([&] { return RichText("").Append(*text); }), VQERR_OBJECT_CLOSED);
+      EXPECT_EQ(ReturnedStatusOf([&] { return top.Append("b"); }), VQERR_OBJECT_CLOSED);
+      VQSetThrowAllErrors(0);
+    }
+  }
+  const VQRichText empty = RichText("");
+  ASSERT_EQ(empty.GetTopContainer(&top), VQ_OK);
+  EXPECT_EQ(top.GetRTContainerBody()->GetIndexCount(), 1u);
+  EXPECT_EQ(top.GetRTContainerBody()->GetIndexValue(), VQRT_MIN_INDEX_VALUE);
 }
 
 TEST_F(RichTextParse, CountsTheMissingPadByteOnlyWhereItIs) {

@@ -37,11 +37,46 @@ VQSTATUS DropEmptyText(VQRTObjectBody* text, VQRTCursor* cursor) {
   return text->Delete();
 }
 
-// The paragraph records and references between two neighbours of one container.
-VQSTATUS Separators(VQRTObjectBody* first, VQRTObjectBody* last, std::vector<VQRTObjectBody*>* found) {
+// Paragraphs end with the cell that they stand in, but not with a hotspot.
+VQRTBaseContainerBody& ParagraphsAround(VQRTBaseContainerBody& container, VQRTObjectBody* object) {
+  for (; object && object != &container; object = object->GetParent()) {
+    if (object->GetType() == VQRTTYPE_TABLE_CELL) return *object->AsBase();
+  }
+  return container;
+}
+
+bool IsWhole(const VQRTObjectBody& object) {
+  return object.IsType(VQRTTYPE_ELEMENT) || object.GetType() == VQRTTYPE_TABLE;
+}
+
+// A step through the scope that passes tables and elements at once.
+VQRTObjectBody* Following(const VQRTBaseContainerBody& scope, VQRTObjectBody* object) {
+  if (!IsWhole(*object)) return scope.NextInTree(object);
+  while (object != &scope && !object->GetNext()) object = object->GetParent();
+  return object == &scope ? nullptr : object->GetNext();
+}
+VQRTObjectBody* Preceding(const VQRTBaseContainerBody& scope, VQRTObjectBody* object) {
+  object = scope.PreviousInTree(object);
+  for (VQRTObjectBody* around = object; around && around != &scope; around = around->GetParent()) {
+    if (IsWhole(*around)) object = around;
+  }
+  return object;
+}
+
+// The first place behind the next paragraph record, or the last one in front of the previous record.
+VQRTObjectBody* PlaceAcross(const VQRTBaseContainerBody& scope, VQRTObjectBody* object,
+                            VQRTObjectBody* (*step)(const VQRTBaseContainerBody&, VQRTObjectBody*)) {
+  while (object && !object->IsType(VQRTTYPE_NEW_PARAGRAPH)) object = step(scope, object);
+  while (object && !IsText(object) && !IsWhole(*object)) object = step(scope, object);
+  return object;
+}
+
+// The paragraph records and references between two objects of a scope.
+VQSTATUS Separators(const VQRTBaseContainerBody& scope, VQRTObjectBody* first, VQRTObjectBody* last,
+                    std::vector<VQRTObjectBody*>* found) {
   VQRTObjectBody* object = first;
   while (object && object != last) {
-    object = object->GetNext();
+    object = Following(scope, object);
     if (!object) return VQERR_RT_SELECTION_INVALID;
     bool separates = object->IsType(VQRTTYPE_NEW_PARAGRAPH) || object->IsType(VQRTTYPE_PAB_REFERENCE);
     if (separates) found->push_back(object);
@@ -77,9 +112,10 @@ VQSTATUS VQRTContainerBody::MergeParagraphs(VQRTCursor* start, VQRTCursor* end) 
   if (!(*end > *start)) return VQERR_INVALID_PARAMETER;
   VQRTObjectBody* first = start->GetElementBody();
   VQRTObjectBody* last = end->GetElementBody();
-  if (first->GetParent() != last->GetParent()) return VQERR_RT_SELECTION_INVALID;
+  const VQRTBaseContainerBody& scope = ParagraphsAround(*this, first);
+  if (&scope != &ParagraphsAround(*this, last)) return VQERR_RT_SELECTION_INVALID;
   std::vector<VQRTObjectBody*> separators;
-  if (VQSTATUS status = Separators(first, last, &separators)) return status;
+  if (VQSTATUS status = Separators(scope, first, last, &separators)) return status;
   if (separators.empty()) return VQWARN_NOT_FOUND;
   for (VQRTObjectBody* object : separators) {
     VQRTObject hold(object);
@@ -93,9 +129,9 @@ VQSTATUS VQRTContainerBody::MergeNextParagraph(VQRTCursor* cursor) {
   if (!cursor || cursor->IsNull()) return VQERR_INVALID_PARAMETER;
   if (!cursor->IsValid(this)) return VQERR_CURSOR_INVALID;
   VQRTObjectBody* object = cursor->GetElementBody();
-  while (object && !object->IsType(VQRTTYPE_NEW_PARAGRAPH)) object = object->GetNext();
-  while (object && !pab::IsContent(object)) object = object->GetNext();
+  object = PlaceAcross(ParagraphsAround(*this, object), object, Following);
   if (!object) return VQWARN_NOT_FOUND;
+  if (object->GetType() == VQRTTYPE_TABLE) return VQERR_RT_SELECTION_INVALID;
   VQRTCursor end;
   if (VQSTATUS status = pab::PutCursor(&end, object, false)) return status;
   return MergeParagraphs(cursor, &end);
@@ -105,9 +141,9 @@ VQSTATUS VQRTContainerBody::MergePreviousParagraph(VQRTCursor* cursor) {
   if (!cursor || cursor->IsNull()) return VQERR_INVALID_PARAMETER;
   if (!cursor->IsValid(this)) return VQERR_CURSOR_INVALID;
   VQRTObjectBody* object = cursor->GetElementBody();
-  while (object && !object->IsType(VQRTTYPE_NEW_PARAGRAPH)) object = object->GetPrevious();
-  while (object && !pab::IsContent(object)) object = object->GetPrevious();
+  object = PlaceAcross(ParagraphsAround(*this, object), object, Preceding);
   if (!object) return VQWARN_NOT_FOUND;
+  if (object->GetType() == VQRTTYPE_TABLE) return VQERR_RT_SELECTION_INVALID;
   VQRTCursor start;
   if (VQSTATUS status = pab::PutCursor(&start, object, true)) return status;
   return MergeParagraphs(&start, cursor);
