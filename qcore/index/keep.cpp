@@ -238,7 +238,10 @@ ENGSTATUS IndexTree::Keep(const Identity& identity) {
   Heads heads;
   status = ReadHeads(database_->store(), PageKeyOf(0, kHead), totals_.columns(), &heads);
   if (status != ENG_OK) return status;
-  if (generation_ && (!heads[copy_] || heads[copy_]->generation != *generation_)) return ENG_ERR_SLATE_CONFLICT;
+  if (generation_ && (!heads[copy_] || heads[copy_]->generation != *generation_)) {
+    unkept_ = 0;  // not asked for again before as many changes more
+    return ENG_ERR_SLATE_CONFLICT;
+  }
   if (!generation_) status = TakeCopy(restricted ? ChooseCopy(heads, identity, view_) : 0);
   if (status != ENG_OK) return status;
   // Never that of an index that was dropped meanwhile.

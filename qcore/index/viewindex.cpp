@@ -18,6 +18,7 @@ namespace {
 constexpr std::size_t kMostLogged = 65536;
 constexpr std::size_t kKeepAfter = 100000;  // changes of rows, which a start after a crash brings in again
 constexpr std::size_t kMostPassed = 1000;   // documents without rows that each opening may look at again
+constexpr int kMostRenewals = 3;            // while others keep theirs again and again
 constexpr std::uint16_t kClassDocument = 1;
 
 constexpr std::int64_t kSameMoment = 60 * 100;  // hundredths of a second
@@ -156,6 +157,7 @@ ENGSTATUS ViewIndex::Rebuild(Slot* slot) {
   IndexTree& tree = *slot->tree;
   std::uint64_t feed = 0;
   std::uint64_t folder_change = 0;
+  FollowReverts(slot);
   {
     const std::lock_guard lock(entries_->mutex());
     const ENGSTATUS status = entries_->store().FeedEnd(&feed);
@@ -166,7 +168,6 @@ ENGSTATUS ViewIndex::Rebuild(Slot* slot) {
     const ENGSTATUS status = FolderSequence(*design_database_, view_, &folder_change);
     if (status != ENG_OK) return status;
   }
-  FollowReverts(slot);
   ENGSTATUS status = ReadMembers();
   ForgetLog(slot);
   if (status == ENG_OK) status = Caught([&] { return tree.Build(*reader_); });
@@ -236,22 +237,23 @@ ENGSTATUS ViewIndex::BringIn(Slot* slot) {
   return ENG_OK;
 }
 
-// A tree that lost its pages starts again from what is kept.
+// A tree that lost its pages starts again from what is kept. Another process may keep its own meanwhile.
 ENGSTATUS ViewIndex::Renew(Slot* slot) {
   ForgetLog(slot);
   FollowReverts(slot);
   slot->built.reset();
-  bool found = false;
-  const ENGSTATUS status = slot->tree->LoadKept(identity(), &found);
-  if (status != ENG_OK) return status;
-  if (found) {
-    const ENGSTATUS brought = Caught([&] {
+  ENGSTATUS brought = ENG_ERR_SLATE_CONFLICT;
+  for (int tries = 0; tries < kMostRenewals && brought == ENG_ERR_SLATE_CONFLICT; ++tries) {
+    bool found = false;
+    const ENGSTATUS status = slot->tree->LoadKept(identity(), &found);
+    if (status != ENG_OK) return status;
+    if (!found) break;
+    brought = Caught([&] {
       const ENGSTATUS members = ReadMembers();
       return members == ENG_OK ? BringIn(slot) : members;
     });
-    if (brought == ENG_OK) return ENG_OK;
   }
-  return Rebuild(slot);
+  return brought == ENG_OK ? ENGSTATUS{ENG_OK} : Rebuild(slot);
 }
 
 ENGSTATUS ViewIndex::UpdateSlot(Slot* slot) {
@@ -268,13 +270,13 @@ ENGSTATUS ViewIndex::TreeFor(std::uint16_t number, Missing missing, Slot** slot)
       std::ranges::find_if(design_->collations, [number](const Collation& c) { return c.number == number; });
   if (collation == design_->collations.end()) return ENG_ERR_NO_COLLECTION;
   auto tree = std::make_unique<IndexTree>(entries_, view_, *collation, *layout_, design_->hierarchy);
+  found.reverts = reverts_;  // before anything is read
   bool kept = false;
   ENGSTATUS status = tree->LoadKept(identity(), &kept);
   if (status != ENG_OK) return status;
   if (!kept && missing == Missing::kRefuse) return ENG_ERR_NO_COLLECTION;
   found.tree = std::move(tree);
   found.built.reset();
-  found.reverts = reverts_;
   ForgetLog(&found);
   status = kept ? ReadMembers() : Rebuild(&found);
   if (status != ENG_OK) found.tree.reset();
@@ -383,18 +385,18 @@ ENGSTATUS ViewIndex::With(std::uint16_t collation, const Use& use) {
   Slot* slot = nullptr;
   ENGSTATUS status = design_ ? TreeFor(collation, Missing::kBuild, &slot) : ENGSTATUS{ENG_ERR_NO_COLLECTION};
   if (status == ENG_OK && IsStale(*slot)) status = Renew(slot);
-  if (status != ENG_OK) return status;
-  try {
-    return use(*slot->tree);
-  } catch (const IndexFault& fault) {
-    status = fault.status;
-  }
-  // Damaged pages can't be had at all, another process's can.
-  if (status == ENG_ERR_SLATE_CONFLICT) {
+  for (int renewals = 0; status == ENG_OK; ++renewals) {
+    try {
+      return use(*slot->tree);
+    } catch (const IndexFault& fault) {
+      status = fault.status;
+    }
+    // Damaged pages can't be had at all, another process's can.
+    if (status != ENG_ERR_SLATE_CONFLICT || renewals == kMostRenewals) break;
     status = Renew(slot);
-    if (status == ENG_OK) status = Caught([&] { return use(*slot->tree); });
   }
-  if (status != ENG_ERR_DB_DAMAGED) return status;
+  if (status != ENG_ERR_DB_DAMAGED && status != ENG_ERR_SLATE_CONFLICT) return status;
+  // A tree that was built here has all its pages, whatever others keep.
   status = Rebuild(slot);
   return status == ENG_OK ? Caught([&] { return use(*slot->tree); }) : status;
 }
@@ -402,7 +404,7 @@ ENGSTATUS ViewIndex::With(std::uint16_t collation, const Use& use) {
 void ViewIndex::KeepSlot(Slot* slot) {
   // Derived data: what can't be written now, in a database that is read only or in use, comes from the feed again.
   const ENGSTATUS status = Caught([&] { return slot->tree->Keep(identity()); });
-  if (status == ENG_OK) slot->passed = 0;
+  if (status == ENG_OK || status == ENG_ERR_SLATE_CONFLICT) slot->passed = 0;
 }
 
 void ViewIndex::Keep() {

@@ -47,6 +47,9 @@ const Case kCases[] = {
     {"folder", {{"Kind", 3}, {"Name", 1}}, 0, "", 0, true},
     {"unique folder", {{"Kind", 3}, {"Place", 1, 0x100}}, 0, "", 1, true},
     {"folder of descendants", {{"Place", 3}, {"Name", 1}}, 0, "SELECT nSize > 60 | @AllDescendants", 0, true},
+    {"flat rows for values", {{"Kind", 0x4003}, {"Place", 1, 0x100}, {"nSize", 0, 4}}, 2, "", 0},
+    {"flat categories", {{"Kind", 7, 0x100}, {"Place", 3}, {"Name", 5}}, 2, "SELECT nSize > 20", 0},
+    {"flat folder", {{"Kind", 3}, {"Name", 1}, {"nSize", 0, 8}}, 2, "", 0, true},
     {"of the user", {{"Kind", 3}, {"Name", 1}}, 0, "SELECT Place = @UserName | nSize > 50", 0},
 };
 
@@ -169,8 +172,10 @@ class Random : public qtest::IndexTest, public testing::WithParamInterface<Case>
     const bool stays = Below(5) != 0;
     const bool looks = Below(3) == 0;
     ASSERT_EQ(EngDbBegin(db_), ENG_OK);
-    for (std::uint32_t i = 0; i < count; ++i) ChangeSomething();
-    EXPECT_TRUE(!looks || EngCollectionUpdate(collection) == ENG_OK);
+    for (std::uint32_t i = 0; i < count; ++i) {
+      ChangeSomething();
+      EXPECT_TRUE(!looks || EngCollectionUpdate(collection) == ENG_OK);
+    }
     ASSERT_EQ((stays ? EngDbCommit : EngDbRollback)(db_), ENG_OK);
     if (!stays) ids_ = ids;
   }

@@ -7,6 +7,8 @@
 #include <memory>
 
 #include "engine/formula.h"
+#include "qcore/index/viewindex.h"
+#include "qcore/store/database.h"
 #include "tests/qcore/index_fixture.h"
 
 namespace {
@@ -330,6 +332,35 @@ TEST_F(Shared, UnreadRowsFarAwayAreSteppedTo) {
   EXPECT_EQ(EngCollectionUpdate(halves.get()), ENG_OK);
   EXPECT_EQ(marks(), (Strings{"1 c a|-", "2 c* b|-"}));
   EXPECT_EQ(Go(halves.get(), At({1, 1}), ENG_GO_NEXT_UNREAD), "2.300");
+}
+
+TEST_F(Shared, AReadGoesOnWhileAnotherKeepsItsOwnAgainAndAgain) {
+  std::vector<std::uint32_t> ids;
+  ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+  for (int i = 0; i < 2000; ++i) ids.push_back(Doc({{"Name", std::to_string(i)}}));
+  ASSERT_EQ(EngDbCommit(db_), ENG_OK);
+  const std::uint32_t view = MakeView({{"Name", 1}});
+  const ENGHANDLE other = Open();
+  { const OpenCollection kept(db_, view); }
+  {
+    const OpenCollection collection(db_, view);
+    const auto database = qcore::Database::Find(db_);
+    int reads = 0;
+    const auto read = [&](qcore::index::IndexTree& tree) {
+      ++reads;
+      { const OpenCollection rebuilt(other, view, ENG_COLLECTION_REBUILD); }
+      std::uint32_t rows = 0;
+      for (auto row = tree.rows().At(0); row.at_row(); ++rows) tree.rows().Next(&row);
+      EXPECT_EQ(rows, ids.size());
+      return ENGSTATUS{ENG_OK};
+    };
+    EXPECT_EQ(qcore::index::ViewIndex::Find(database, database, view)->With(0, read), ENG_OK);
+    EXPECT_EQ(reads, 5) << "the last one of a tree that was built here";
+    Change(ids[7], {{"Name", "zzz"}});
+    EXPECT_EQ(EngCollectionUpdate(collection.get()), ENG_OK);
+    EXPECT_EQ(AllRows(collection.get()).back(), "2000 d zzz");
+  }
+  EXPECT_EQ(EngDbClose(other), ENG_OK);
 }
 
 TEST_F(Shared, AFoldersRowsAreItsMembers) {
