@@ -62,10 +62,11 @@ class Program {
   virtual bool depends_on_time() const = 0;
   // On facts of the database or the view.
   virtual bool depends_on_place() const = 0;
-  // In which way: within a day, by a document's responses, by what is elsewhere. Else from one day to the next.
+  // The same where look-ups fail, as in a view's formulas.
+  virtual bool depends_on_time_alone() const = 0;
+  // In which way: within a day, by a document's responses. Else from one day to the next.
   virtual bool depends_on_hour() const = 0;
   virtual bool counts_responses() const = 0;
-  virtual bool looks_up() const = 0;
   virtual bool depends_on_user() const = 0;
   // Whether a value can have ENG_SPECIAL_... marks.
   virtual bool marks_rows() const = 0;

@@ -84,9 +84,9 @@ class LoadedProgram final : public Program {
   bool has_select() const override { return sections_[0].selects; }
   bool depends_on_place() const override { return (depends_ & kOnPlace) != 0; }
   bool depends_on_time() const override { return (depends_ & (kOnTime | kOnDay | kOnCount | kOnOthers)) != 0; }
+  bool depends_on_time_alone() const override { return (depends_ & (kOnTime | kOnDay | kOnCount)) != 0; }
   bool depends_on_hour() const override { return (depends_ & kOnTime) != 0; }
   bool counts_responses() const override { return (depends_ & kOnCount) != 0; }
-  bool looks_up() const override { return (depends_ & kOnOthers) != 0; }
   bool depends_on_user() const override { return (depends_ & kOnUser) != 0; }
   bool selects_responses() const override { return (depends_ & kOnResponses) != 0; }
   bool selects_descendants() const override { return (depends_ & kOnDescendants) != 0; }

@@ -214,7 +214,7 @@ bool DocumentReader::marks_rows() const {
 }
 
 bool DocumentReader::depends_on_time() const {
-  return AnyProgram([](const formula::Program& program) { return program.depends_on_time(); });
+  return AnyProgram([](const formula::Program& program) { return program.depends_on_time_alone(); });
 }
 
 bool DocumentReader::depends_on_hour() const {
@@ -223,10 +223,6 @@ bool DocumentReader::depends_on_hour() const {
 
 bool DocumentReader::counts_responses() const {
   return AnyProgram([](const formula::Program& program) { return program.counts_responses(); });
-}
-
-bool DocumentReader::looks_up() const {
-  return AnyProgram([](const formula::Program& program) { return program.looks_up(); });
 }
 
 bool DocumentReader::depends_on_user() const {

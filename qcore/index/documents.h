@@ -73,7 +73,6 @@ class DocumentReader {
   bool depends_on_time() const;
   bool depends_on_hour() const;
   bool counts_responses() const;
-  bool looks_up() const;
   bool depends_on_user() const;
   // Over the facts of the database and the view that values depend on, 0 if they do not: as of Open.
   std::uint64_t place_sum() const { return place_sum_; }

@@ -301,7 +301,7 @@ bool ViewIndex::HasAged(const Slot& slot) const {
 // Rows that change with time are those of an opening: of this one, unless one that is still in use was just before.
 bool ViewIndex::HasAgedForOpening(const Slot& slot) const {
   if (!reader_->depends_on_time()) return false;
-  if (HasAged(slot) || reader_->looks_up()) return true;
+  if (HasAged(slot)) return true;
   if (reader_->counts_responses() && SavedSinceBuilt(slot)) return true;
   const bool alone = weak_from_this().use_count() <= 1;
   return reader_->depends_on_hour() && alone && Pack(Now()) != Pack(*slot.built);

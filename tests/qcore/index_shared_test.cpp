@@ -440,6 +440,20 @@ TEST_F(Shared, AnOpeningCountsResponsesAnew) {
   EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), Strings{"1 d a|1"});
 }
 
+// Look-ups fail in a view's formulas, today and tomorrow.
+TEST_F(Shared, AViewOfLookUpsIsNotBuiltByOpenings) {
+  qtest::StandingClock clock;
+  Doc({{"Name", "a"}});
+  const std::uint32_t view = MakeView({{"Name", 1}, {"Found", 0, 0, R"(@Text(@DbColumn(""; ""; "view"; 1)))"}});
+  const OpenCollection held(db_, view);
+  for (const int hours : {0, 1, 30}) {
+    clock.Sleep(std::chrono::hours(hours));
+    Doc({{"Name", "b"}});
+    EXPECT_EQ(BuildsOf([&] { OpenCollection(db_, view); }), 0) << hours;
+  }
+  EXPECT_EQ(AllRows(held.get()), (Strings{"1 d a|-", "2 d b|-", "3 d b|-", "4 d b|-"}));
+}
+
 TEST_F(Shared, RowsThatDependOnTheTimeAreBuiltWhenTheyAreOld) {
   qtest::StandingClock clock;
   Doc({{"Name", "a"}});
