@@ -127,6 +127,13 @@ ENG_API ENGSTATUS EngItemReallocate(ENGHANDLE slate, BLOCKID item, BLOCKID* valu
 ENG_API ENGSTATUS EngItemTouch(ENGHANDLE slate, BLOCKID item);
 ENG_API ENGSTATUS EngItemSetFlags(ENGHANDLE slate, BLOCKID item, uint16_t flags);
 ENG_API ENGSTATUS EngItemDelete(ENGHANDLE slate, BLOCKID item);
+// Deletes `count` items from that place on, so that they can be put back: ENG_ERR_NO_ITEM when there are fewer,
+// ENG_ERR_MEMORY_LOCKED when one is locked, ENG_ERR_ARGUMENT for one with an object; nothing is deleted then. Those of
+// an earlier call are gone for good.
+ENG_API ENGSTATUS EngSlateSetItemsAside(ENGHANDLE slate, uint32_t first, uint32_t count);
+// The items of the last call, behind the others, with their IDs and as changed. ENG_ERR_NO_ITEM when there are none, or
+// an item was added or renamed or the slate updated meanwhile.
+ENG_API ENGSTATUS EngSlateRestoreItems(ENGHANDLE slate);
 // All items of the name.
 ENG_API ENGSTATUS EngItemDeleteByName(ENGHANDLE slate, const ENGCHAR* name, uint16_t name_length);
 // ENG_ERR_ITEM_EXISTS when the new name is in use.

@@ -117,6 +117,14 @@ ENGSTATUS EngSlateItemAt(ENGHANDLE slate, uint32_t index, BLOCKID* item) {
   });
 }
 
+ENGSTATUS EngSlateSetItemsAside(ENGHANDLE slate, uint32_t first, uint32_t count) {
+  return WithSlate(slate, [&](Slate& target) { return target.SetAside(first, count); });
+}
+
+ENGSTATUS EngSlateRestoreItems(ENGHANDLE slate) {
+  return WithSlate(slate, [](Slate& target) { return target.RestoreSetAside(); });
+}
+
 ENGSTATUS EngItemQuery(ENGHANDLE slate, BLOCKID item, ENGCHAR* name, uint16_t name_size, uint16_t* name_length,
                        uint16_t* flags, uint16_t* type, BLOCKID* value, uint32_t* value_size) {
   return WithItem(slate, item, [&](Slate& source, Slate::Slot slot) -> ENGSTATUS {

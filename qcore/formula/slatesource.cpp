@@ -103,7 +103,11 @@ ENGSTATUS SlateSource::Assign(std::string_view name, Bytes value) {
   return ENG_OK;
 }
 
+// All items are asked before one is changed.
 ENGSTATUS SlateSource::Apply() {
+  for (const Assigned& assigned : assigned_) {
+    if (slate_.HasLocked(assigned.name)) return ENG_ERR_MEMORY_LOCKED;
+  }
   for (const Assigned& assigned : assigned_) {
     Slate::Slot slot = 0;
     const bool present = slate_.FindItem(assigned.name, &slot) == ENG_OK;

@@ -172,6 +172,7 @@ ENGSTATUS Slate::TakeSlot(Slot* slot) {
 }
 
 ENGSTATUS Slate::AddItem(std::uint16_t flags, std::string_view name, const NewValue& value, Slot* slot) {
+  ForgetSetAside();
   const ItemName* interned = database_->names().Intern(name);
   if (order_.size() == order_.capacity()) order_.reserve(std::max<std::size_t>(16, 2 * order_.size()));
   const ENGSTATUS status = TakeSlot(slot);
@@ -341,11 +342,17 @@ ENGSTATUS Slate::DeleteByName(std::string_view name) {
   return found.empty() ? ENG_ERR_NO_ITEM : ENG_OK;
 }
 
+bool Slate::HasLocked(std::string_view name) const {
+  return std::ranges::any_of(
+      order_, [&](Slot slot) { return IsLocked(items_[slot]) && SameName(items_[slot].name->text, name); });
+}
+
 ENGSTATUS Slate::Rename(Slot slot, std::string_view name) {
   if (!IsItemName(name)) return ENG_ERR_ITEM_NAME;
   for (Slot other : order_) {
     if (other != slot && SameName(items_[other].name->text, name)) return ENG_ERR_ITEM_EXISTS;
   }
+  ForgetSetAside();
   items_[slot].name = database_->names().Intern(name);
   many_.Clear();
   names_there_ |= NameBit(items_[slot].name->folded_hash);

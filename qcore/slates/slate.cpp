@@ -55,6 +55,7 @@ Slate::~Slate() {
     const std::lock_guard lock(database_->mutex());
     database_->Unregister(this);
   }
+  ForgetSetAside();
   for (const Item& item : items_) {
     if (item.own_block) memory::Release(Kind::kMemory, item.pool);
   }
@@ -200,6 +201,7 @@ ENGSTATUS Slate::SetDatabase(std::shared_ptr<Database> database) {
 
 // What stands aside belongs to the stored slate, so that a new one needs its own copy first.
 ENGSTATUS Slate::MakeNew() {
+  ForgetSetAside();
   for (Item& item : items_) {
     const ENGSTATUS status = item.live ? Materialise(item) : ENGSTATUS{ENG_OK};
     if (status != ENG_OK) return status;

@@ -110,7 +110,13 @@ class Slate final : public OpenSlate {
   void SetItemFlags(Slot slot, std::uint16_t flags);
   [[nodiscard]] ENGSTATUS Delete(Slot slot);
   [[nodiscard]] ENGSTATUS DeleteByName(std::string_view name);
+  // Whether an item of the name can't be deleted now, as somebody has its value locked.
+  bool HasLocked(std::string_view name) const;
   [[nodiscard]] ENGSTATUS Rename(Slot slot, std::string_view name);
+  // Items that go, and may come back at the end until the next one is added or renamed or the slate is updated:
+  // ENG_ERR_NO_ITEM from then on, and for places that are not there; ENG_ERR_MEMORY_LOCKED.
+  [[nodiscard]] ENGSTATUS SetAside(std::uint32_t first, std::uint32_t count);
+  [[nodiscard]] ENGSTATUS RestoreSetAside();
 
   // Replaces all items of the name by one summary text of at most `limit` bytes.
   [[nodiscard]] ENGSTATUS SetText(std::string_view name, std::string_view text, std::size_t limit);
@@ -204,6 +210,7 @@ class Slate final : public OpenSlate {
   [[nodiscard]] ENGSTATUS MakeNew();
   [[nodiscard]] ENGSTATUS TakeSlot(Slot* slot);
   [[nodiscard]] ENGSTATUS AddItem(std::uint16_t flags, std::string_view name, const NewValue& value, Slot* slot);
+  void ForgetSetAside();
   [[nodiscard]] ENGSTATUS MoveToOwnBlock(Item& item, Bytes bytes, std::uint32_t size);
   [[nodiscard]] ENGSTATUS Search(std::size_t first, std::uint32_t hash, std::string_view name, Slot* slot) const;
   const ManyNames& Many() const;
@@ -249,10 +256,11 @@ class Slate final : public OpenSlate {
   ValueRoom room_;
   std::uint32_t rest_at_ = 0;  // bytes behind the records
   std::uint32_t rest_size_ = 0;
-  std::vector<Item> items_;              // by slot
-  std::vector<Slot> order_;              // live items as they were added
-  mutable ManyNames many_;               // once somebody has searched many items
-  std::uint64_t names_there_ = 0;        // a bit for each name that an item has or had, most of them different
+  std::vector<Item> items_;        // by slot
+  std::vector<Slot> order_;        // live items as they were added
+  mutable ManyNames many_;         // once somebody has searched many items
+  std::uint64_t names_there_ = 0;  // a bit for each name that an item has or had, most of them different
+  std::vector<std::pair<Slot, Item>> set_aside_;
   std::vector<Store::ValueId> dropped_;  // stored values of deleted items, freed by the next update
   ENGHANDLE responses_ = 0;
   bool modified_ = false;

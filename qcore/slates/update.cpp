@@ -339,6 +339,7 @@ void Slate::Settle(const SlateHeader& header, const std::vector<Draft>& drafts) 
     had_objects_ = had_objects_ || item.type == kObjectType;
   }
   dropped_.clear();
+  ForgetSetAside();
   modified_ = false;
 }
 
@@ -347,6 +348,7 @@ void Slate::RevertTo(std::uint64_t transaction) {
   GiveBackForeignObjects(transaction);
   FindLostObjects(transaction);
   if (!saved_ || saved_->transaction != transaction) return;
+  ForgetSetAside();
   header_.id = saved_->header.id;
   header_.added = saved_->header.added;
   header_.origin.Sequence = saved_->header.origin.Sequence;

@@ -174,6 +174,22 @@ TEST_F(ComputeWithForm, ANameThatNoItemCanHave) {
   EXPECT_EQ(TextAt(document, "First"), "old");
 }
 
+// An item that somebody holds is asked for before another one changes.
+TEST_F(ComputeWithForm, AnItemThatIsLocked) {
+  MakeForm({{"First", "\"new\"", "", "", kComputed}, {"Held", "\"new\"", "", "", kComputed}});
+  VQDocument document = Unsaved({{"First", "old"}, {"Held", std::string(20000, 'x')}});
+  const auto slate = document.GetSlateBody()->GetHandle();
+  BLOCKID value{};
+  ASSERT_EQ(EngSlateGetItemInfo(slate, reinterpret_cast<const ENGCHAR*>("Held"), 4, nullptr, nullptr, &value, nullptr),
+            ENG_OK);
+  ASSERT_NE(EngMemLock(value.Pool), nullptr);
+  EXPECT_EQ(ReturnedStatusOf([&] { return document.ComputeWithForm(0); }), ENG_ERR_MEMORY_LOCKED);
+  EXPECT_EQ(TextAt(document, "First"), "old");
+  EngMemUnlock(value.Pool);
+  EXPECT_EQ(document.ComputeWithForm(0), VQ_OK);
+  EXPECT_EQ(TextAt(document, "First") + TextAt(document, "Held"), "newnew");
+}
+
 // Records that a newer release has written, or a program that does not know extensions.
 TEST_F(ComputeWithForm, WhatBelongsToNoField) {
   FieldBytes odd = vqtest::NamedField("Odd");
