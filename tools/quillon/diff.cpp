@@ -23,7 +23,7 @@ using UniversalKey = std::array<unsigned char, sizeof(UNIVERSALSLATEID)>;
 using Index = std::map<UniversalKey, unsigned long>;
 
 UniversalKey KeyOf(const VQDocument& document) {
-  UniversalKey key;
+  UniversalKey key{};
   std::memcpy(key.data(), document.GetUniversalID(), key.size());
   return key;
 }

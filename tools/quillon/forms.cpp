@@ -1,5 +1,6 @@
 // quillon forms, form, compute.
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <iostream>
 
 #include "tools/quillon/command.h"
@@ -97,35 +98,81 @@ void OpenForm(VQDatabase& database, const std::string& name, VQForm* form) {
   form->Open();
 }
 
+// A form or field that can't be read is reported, and the list goes on.
+void Report(const std::string& what, VQSTATUS status) {
+  std::cout.flush();
+  std::fprintf(stderr, "quillon: %s: %s\n", Printable(what).c_str(), StatusWords(status).c_str());
+}
+
+struct DescribedForm {
+  std::int64_t id;
+  std::string name;
+  std::string alias;
+  bool is_default;
+  std::int64_t fields;
+};
+
+DescribedForm Describe(VQForm form) {
+  form.Open();
+  VQFormFieldArray fields;
+  form.GetFormFields(&fields);
+  return {static_cast<std::int64_t>(form.GetSlateID()), ToText(form.GetName()), ToText(form.GetAlias()),
+          form.GetIsDefaultForm() != 0, static_cast<std::int64_t>(fields.GetCount())};
+}
+
+void WriteForm(JsonWriter& json, const DescribedForm& form) {
+  json.BeginObject();
+  json.Field("id", form.id);
+  json.Field("name", form.name);
+  json.Field("alias", form.alias);
+  json.Key("default");
+  json.Boolean(form.is_default);
+  json.Field("fields", form.fields);
+  json.EndObject();
+}
+
 int List(const Options& options, const Arguments& arguments) {
   Store store(options, arguments.store);
   VQFormArray forms;
   store.database().GetForms(&forms);
   JsonWriter json(std::cout);
+  int result = kExitDone;
   if (options.json) json.BeginArray();
   for (unsigned long i = 0; i < forms.GetCount(); ++i) {
-    VQForm form(forms[i]);
-    form.Open();
-    VQFormFieldArray fields;
-    form.GetFormFields(&fields);
-    const auto id = static_cast<std::int64_t>(form.GetSlateID());
-    const auto count = static_cast<std::int64_t>(fields.GetCount());
-    if (!options.json) {
-      std::cout << id << '\t' << (form.GetIsDefaultForm() ? "default" : "form") << '\t'
-                << Printable(ToText(form.GetName())) << '\t' << count << " fields\n";
+    const VQForm bound(forms[i]);
+    DescribedForm form;
+    try {
+      form = Describe(bound);
+    } catch (VQSTATUS status) {
+      Report("form " + std::to_string(bound.GetSlateID()), status);
+      result = kExitFailed;
       continue;
     }
-    json.BeginObject();
-    json.Field("id", id);
-    json.Field("name", ToText(form.GetName()));
-    json.Field("alias", ToText(form.GetAlias()));
-    json.Key("default");
-    json.Boolean(form.GetIsDefaultForm() != 0);
-    json.Field("fields", count);
-    json.EndObject();
+    if (options.json) {
+      WriteForm(json, form);
+      continue;
+    }
+    std::cout << form.id << '\t' << (form.is_default ? "default" : "form") << '\t' << Printable(form.name) << '\t'
+              << form.fields << " fields\n";
   }
   if (options.json) json.EndArray();
-  return kExitDone;
+  return result;
+}
+
+int ShowFields(const Options& options, const VQFormFieldArray& fields, JsonWriter& json) {
+  int result = kExitDone;
+  for (unsigned long i = 0; i < fields.GetCount(); ++i) {
+    DescribedField field;
+    try {
+      field = Describe(fields[i]);
+    } catch (VQSTATUS status) {
+      Report("field " + std::to_string(i + 1), status);
+      result = kExitFailed;
+      continue;
+    }
+    options.json ? WriteField(json, field) : PrintField(field);
+  }
+  return result;
 }
 
 int Show(const Options& options, const Arguments& arguments) {
@@ -134,7 +181,6 @@ int Show(const Options& options, const Arguments& arguments) {
   OpenForm(store.database(), arguments.form, &form);
   VQFormFieldArray fields;
   form.GetFormFields(&fields);
-  const unsigned long count = fields.GetCount();
   JsonWriter json(std::cout);
   if (options.json) {
     json.BeginObject();
@@ -144,15 +190,12 @@ int Show(const Options& options, const Arguments& arguments) {
     json.Key("fields");
     json.BeginArray();
   }
-  for (unsigned long i = 0; i < count; ++i) {
-    const DescribedField field = Describe(fields[i]);
-    options.json ? WriteField(json, field) : PrintField(field);
-  }
+  const int result = ShowFields(options, fields, json);
   if (options.json) {
     json.EndArray();
     json.EndObject();
   }
-  return kExitDone;
+  return result;
 }
 
 int Compute(const Options& options, const Arguments& arguments) {
