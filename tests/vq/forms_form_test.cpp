@@ -688,6 +688,99 @@ TEST_F(Form, SubformsInARing) {
   EXPECT_EQ(TextAt(document, "F0") + TextAt(document, "F2"), "vv");
 }
 
+// What a subform brings has its names taken too, and it brings none that is taken.
+TEST_F(Form, NamesOfSubformsComeInOnce) {
+  std::vector<VQSubform> subforms(3);
+  const char* fields[] = {"Street", "Street", "Name"};
+  for (int i = 0; i < 3; ++i) {
+    ASSERT_EQ(Db.CreateSubform(Store("S" + std::to_string(i)), &subforms[i]), VQ_OK);
+    VQRichText text;
+    ASSERT_EQ(subforms[i].GetSubformBody(&text), VQ_OK);
+    ASSERT_EQ(text.Append(VQFormField(Store(fields[i]), VQRTTYPE_TEXT_FIELD)), VQ_OK);
+    ASSERT_EQ(subforms[i].Save(), VQ_OK);
+  }
+  VQForm form = NewForm("Taken");
+  VQRichText body;
+  ASSERT_EQ(form.GetFormBody(&body), VQ_OK);
+  AddField(form, "Name");
+  EXPECT_EQ(ReturnedStatusOf([&] { return body.Append(VQRTSubform(subforms[2])); }), VQERR_FIELD_EXISTS);
+  ASSERT_EQ(body.Append(VQRTSubform(subforms[0])), VQ_OK);
+  EXPECT_EQ(ReturnedStatusOf([&] { return body.Append(VQRTSubform(subforms[1])); }), VQERR_FIELD_EXISTS);
+  EXPECT_EQ(body.Append(VQFormField(Store("Street"), VQRTTYPE_TEXT_FIELD)), VQERR_FIELD_EXISTS);
+  EXPECT_EQ(body.Append(VQFormField(Store("Town"), VQRTTYPE_TEXT_FIELD)), VQ_OK);
+  EXPECT_EQ(NamesIn(form), "Name|Town|Street");
+}
+
+// An opening takes the placeholders away and a save puts them back: the same ones, or what the fields want by then.
+TEST_F(Form, PlaceholdersGoAndComeBack) {
+  struct Row {
+    const char* what;
+    std::function<VQSTATUS(VQForm&)> edit;
+    const char* names;
+    const char* type;  // of the second one's placeholder
+  };
+  const auto second = [](VQForm& form) {
+    VQFormField field;
+    EXPECT_EQ(form.GetFormField(Store("Two"), &field), VQ_OK);
+    return field;
+  };
+  const Row rows[] = {
+      {"nothing", [](VQForm&) { return VQ_OK; }, "One|Two|Three", "times"},
+      {"another item", [](VQForm& f) { return f.SetInheritsFromTemplateName("T"); }, "One|Two|Three", "times"},
+      {"an item at once", [](VQForm& f) { return f.SetTreatContentsAsHTML(1); }, "One|Two|Three", "times"},
+      {"another name", [&](VQForm& f) { return second(f).SetName(Store("Due")); }, "One|Due|Three", "-"},
+      {"one field less",
+       [](VQForm& f) {
+         VQRichText body;
+         return f.GetFormBody(&body) == VQ_OK ? body.DeleteFormField(Store("Two")) : VQERR_NOT_FOUND;
+       },
+       "One|Three", "-"},
+      {"one field more", [](VQForm& f) { return AddField(f, "Four"), VQ_OK; }, "One|Two|Three|Four", "times"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    VQForm form = FormOfFields(NamedField("One").Record());
+    AddField(form, "Two", VQRTTYPE_NUMBER_FIELD);
+    AddField(form, "Three");
+    ASSERT_EQ(form.Save(), VQ_OK);
+    const unsigned long count = form.GetItemCount();
+    VQForm again = ReopenedForm(form);
+    EXPECT_EQ(again.GetItemCount(), count);
+    EXPECT_EQ(NamesIn(again), "One|Two|Three");
+    EXPECT_EQ(again.GetItemCount(), count - 4);
+    EXPECT_EQ(again.HasItem(Store("$Fields")) + again.HasItem(Store("Three")), 0);
+    ASSERT_EQ(row.edit(again), VQ_OK);
+    for (int saves = 0; saves < 2; ++saves) {
+      ASSERT_EQ(again.Save(), VQ_OK);
+      EXPECT_EQ(StoredText(form, "$Fields"), row.names);
+      EXPECT_EQ(StoredFlags(form, "$Fields"), VQITEMFLAGS_SUMMARY);
+      EXPECT_EQ(StoredFlags(form, "Three"), VQITEMFLAGS_PLACEHOLDER);
+      EXPECT_EQ(StoredValue(form, "Two"), *row.type == '-' ? "-" : std::string(8, '\0'));
+    }
+    ASSERT_EQ(Db.DeleteForm(&form), VQ_OK);
+  }
+}
+
+// Another program's placeholder with a value of its own becomes one of ours.
+TEST_F(Form, PlaceholdersOfOthersAreWrittenAnew) {
+  VQForm form = StoredForm({{"$Body", TYPE_COMPOSITE, NamedField("One").Record()}});
+  ASSERT_EQ(form.Save(), VQ_OK);
+  VQSlate slate(Db.GetDatabaseBody(), form.GetSlateID());
+  ASSERT_EQ(slate.Open(), VQ_OK);
+  ASSERT_EQ(slate.DeleteItem(Store("$Fields")), VQ_OK);
+  ASSERT_EQ(slate.CreateItem(Store("One"), TYPE_NUMBER, "12345678", 8, VQITEMFLAGS_SIGN, VQITEMOPTION_REPLACE), VQ_OK);
+  const std::string list = Word(1) + Word(3) + "One";
+  ASSERT_EQ(slate.CreateItem(Store("$Fields"), TYPE_TEXT_LIST, list.data(), list.size(), VQITEMFLAGS_SUMMARY,
+                             VQITEMOPTION_REPLACE),
+            VQ_OK);
+  ASSERT_EQ(slate.GetSlateBody()->VQSlateBody::Save(0), VQ_OK);
+  slate.Close();
+  VQForm again = ReopenedForm(form);
+  ASSERT_EQ(again.Save(), VQ_OK);
+  EXPECT_EQ(StoredFlags(form, "One"), VQITEMFLAGS_PLACEHOLDER);
+  EXPECT_EQ(StoredValue(form, "One"), "");
+}
+
 TEST_F(Form, ManyFieldsInTablesAndOut) {
   std::string records = vqtest::TableBegin() + vqtest::Cell(0, 0) + NamedField("InCell").Record() + vqtest::TableEnd();
   for (int i = 0; i < 600; ++i) records += NamedField("F" + std::to_string(i)).Record();

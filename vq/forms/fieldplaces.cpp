@@ -76,6 +76,73 @@ VQSTATUS CheckNames(const VQRTObjectBody& present, const VQRTObjectBody& incomin
   });
 }
 
+constexpr unsigned kDeepestSubform = 8;
+
+struct SubformNames {
+  VQDatabaseBody* Database;
+  std::vector<unsigned long> Seen;  // each brings its fields once
+  std::vector<std::string> Fields;
+
+  // Of the subforms in a tree. One that can't be read brings none.
+  void Add(const VQRTObjectBody& root, unsigned depth) {
+    static_cast<void>(ForEach(root, VQRTTYPE_RT_SUBFORM, [&](const VQRTObjectBody& place) {
+      VQSubform subform;
+      VQRichTextBody* text = nullptr;
+      const VQSTATUS found = vq::Caught([&] { return Open(place, &subform, &text); });
+      if (found == VQ_OK) AddFields(*text->GetTop());
+      if (found == VQ_OK && depth + 1 < kDeepestSubform) Add(*text->GetTop(), depth + 1);
+      return VQ_OK;
+    }));
+  }
+
+ private:
+  VQSTATUS Open(const VQRTObjectBody& place, VQSubform* subform, VQRichTextBody** text) {
+    if (VQSTATUS status = vq::FindSubformIn(Database, place, subform)) return status;
+    const unsigned long id = subform->GetSlateID();
+    if (std::find(Seen.begin(), Seen.end(), id) != Seen.end()) return VQWARN_NOT_FOUND;
+    Seen.push_back(id);
+    if (VQSTATUS status = subform->CreateSlateBody(0, 0, 0)) return status;
+    if (VQSTATUS status = vq::FindBodyText(subform->GetSlateBody(), text)) return status;
+    return (*text)->Initialize();
+  }
+  // A name that stands twice in one of them counts once.
+  void AddFields(const VQRTObjectBody& root) {
+    std::vector<std::string> own;
+    static_cast<void>(ForEach(root, VQRTTYPE_FORM_FIELD, [&](const VQRTObjectBody& field) {
+      own.push_back(NameOf(field));
+      return VQ_OK;
+    }));
+    std::sort(own.begin(), own.end());
+    own.erase(std::unique(own.begin(), own.end()), own.end());
+    for (std::string& name : own) {
+      if (!name.empty()) Fields.push_back(std::move(name));
+    }
+  }
+};
+
+// Fields that subforms bring count as the form's own.
+VQSTATUS CheckSubformFields(VQDatabaseBody* database, const VQRTObjectBody& present, const VQRTObjectBody& incoming) {
+  SubformNames names{database, {}, {}};
+  names.Add(present, 0);
+  const std::vector<std::string> there = std::move(names.Fields);
+  names.Fields.clear();
+  names.Add(incoming, 0);
+  std::vector<std::string>& coming = names.Fields;
+  if (there.empty() && coming.empty()) return VQ_OK;
+  const auto add = [&](const VQRTObjectBody& field) {
+    std::string name = NameOf(field);
+    if (!name.empty()) coming.push_back(std::move(name));
+    return VQ_OK;
+  };
+  static_cast<void>(ForEach(incoming, VQRTTYPE_FORM_FIELD, add));
+  std::sort(coming.begin(), coming.end());
+  const auto comes = [&](const std::string& name) { return std::binary_search(coming.begin(), coming.end(), name); };
+  if (std::adjacent_find(coming.begin(), coming.end()) != coming.end()) return VQERR_FIELD_EXISTS;
+  if (std::any_of(there.begin(), there.end(), comes)) return VQERR_FIELD_EXISTS;
+  return ForEach(present, VQRTTYPE_FORM_FIELD,
+                 [&](const VQRTObjectBody& field) { return comes(NameOf(field)) ? VQERR_FIELD_EXISTS : VQ_OK; });
+}
+
 bool IsOfOtherDatabase(const VQSlateBody& slate, const VQSlateBody* from) {
   return from != nullptr && from->GetDatabaseBody() != slate.GetDatabaseBody();
 }
@@ -126,7 +193,9 @@ VQSTATUS AdmitFields(const VQSlateBody& slate, VQRichTextBody& text, const VQRTO
 }  // namespace vq
 
 VQSTATUS VQFormBody::AdmitObjects(VQRichTextBody& text, const VQRTObjectBody& incoming, const VQSlateBody* from) {
-  return vq::AdmitFields(*this, text, incoming, from);
+  const VQSTATUS status = vq::AdmitFields(*this, text, incoming, from);
+  if (status != VQ_OK || text.GetNameText() != vq::kFormBodyItem || text.GetTop() == nullptr) return status;
+  return CheckSubformFields(GetDatabaseBody(), *text.GetTop(), incoming);
 }
 VQSTATUS VQSubformBody::AdmitObjects(VQRichTextBody& text, const VQRTObjectBody& incoming, const VQSlateBody* from) {
   return vq::AdmitFields(*this, text, incoming, from);

@@ -8,7 +8,8 @@
 namespace vq {
 
 // Whether the slate's $Body takes what comes from a rich text of `from`, null for one that stands alone.
-// VQERR_FIELD_EXISTS, VQERR_SUBFORM_EXISTS, VQERR_SHARED_FIELD_OTHER_DATABASE.
+// VQERR_FIELD_EXISTS, VQERR_SUBFORM_EXISTS, VQERR_SHARED_FIELD_OTHER_DATABASE. Fields that subforms bring are not asked
+// for: those count in forms alone.
 [[nodiscard]] VQSTATUS AdmitFields(const VQSlateBody& slate, VQRichTextBody& text, const VQRTObjectBody& incoming,
                                    const VQSlateBody* from);
 

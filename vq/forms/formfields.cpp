@@ -2,13 +2,11 @@
 #include <algorithm>
 #include <iterator>
 
-#include "engine/ods.h"
 #include "engine/slate.h"
 #include "engine/status.h"
 #include "vq/forms/formtext.h"
 #include "vq/forms/vqformb.h"
 #include "vq/store/storetext.h"
-#include "vq/values/vqdtime.h"
 
 namespace {
 
@@ -56,30 +54,57 @@ bool IsOwnItem(std::string_view name) {
 }
 
 // Placeholders of other programs too: an empty value, or one number or time that goes with no summary.
-bool IsPlaceholder(std::uint16_t type, std::uint16_t flags) {
-  if (type == 0) return (flags & VQITEMFLAGS_PLACEHOLDER) != 0;
-  return flags == VQITEMFLAGS_SIGN && (type == TYPE_NUMBER || type == TYPE_TIME);
-}
-
 bool LooksLikePlaceholder(ENGHANDLE slate, const vq::ItemPlace& place) {
   std::uint16_t flags = 0;
   std::uint16_t type = 0;
   const ENGSTATUS result = EngItemQuery(slate, place.Item, nullptr, 0, nullptr, &flags, &type, nullptr, nullptr);
-  return result == ENG_OK && IsPlaceholder(type, flags);
+  if (result != ENG_OK) return false;
+  if (type == 0) return (flags & VQITEMFLAGS_PLACEHOLDER) != 0;
+  return flags == VQITEMFLAGS_SIGN && (type == TYPE_NUMBER || type == TYPE_TIME);
 }
 
-// Whether the item of that index is a placeholder of that name.
-bool FindPlaceholderAt(ENGHANDLE slate, unsigned long index, std::string_view name, vq::ItemPlace* place) {
+// The type that a field's placeholder has.
+unsigned short PlaceholderType(unsigned short type) {
+  switch (type) {
+    case TYPE_NUMBER:
+    case TYPE_NUMBER_RANGE:
+      return TYPE_TIME;
+    case TYPE_TIME:
+    case TYPE_TIME_RANGE:
+      return TYPE_NUMBER;
+    default:
+      return 0;
+  }
+}
+
+bool IsZero(const BLOCKID& place, std::size_t size) {
+  const auto* bytes = static_cast<const unsigned char*>(EngMemLock(place.Pool));
+  if (bytes == nullptr) return false;
+  const bool zero = std::all_of(bytes + place.Block, bytes + place.Block + size, [](int byte) { return byte == 0; });
+  EngMemUnlock(place.Pool);
+  return zero;
+}
+
+// Whether the item of that index is what a save writes for a field of that name, whose placeholder's type it gives.
+bool IsOwnPlaceholder(ENGHANDLE slate, unsigned long index, std::string_view name, vq::ItemPlace* place) {
   constexpr std::uint16_t kLongest = 64;
+  constexpr std::uint32_t kTypeWord = 2;
   ENGCHAR text[kLongest];
   std::uint16_t length = 0;
   std::uint16_t flags = 0;
   ENGSTATUS result = EngSlateItemAt(slate, static_cast<std::uint32_t>(index), &place->Item);
   if (result == ENG_OK) {
-    result = EngItemQuery(slate, place->Item, text, kLongest, &length, &flags, &place->Type, nullptr, nullptr);
+    result = EngItemQuery(slate, place->Item, text, kLongest, &length, &flags, &place->Type, nullptr, &place->Size);
   }
-  return result == ENG_OK && length <= kLongest &&
-         std::string_view(reinterpret_cast<const char*>(text), length) == name && IsPlaceholder(place->Type, flags);
+  if (result != ENG_OK || length > kLongest) return false;
+  if (std::string_view(reinterpret_cast<const char*>(text), length) != name) return false;
+  if (place->Type == 0) return flags == VQITEMFLAGS_PLACEHOLDER && place->Size == kTypeWord;
+  if (place->Type != TYPE_TIME && place->Type != TYPE_NUMBER) return false;
+  if (flags != VQITEMFLAGS_SIGN || place->Size != kTypeWord + sizeof(TIMEDATE)) return false;
+  result = EngItemQuery(slate, place->Item, nullptr, 0, nullptr, nullptr, nullptr, &place->Value, nullptr);
+  if (result != ENG_OK) return false;
+  const BLOCKID value{place->Value.Pool, static_cast<std::uint16_t>(place->Value.Block + kTypeWord)};
+  return IsZero(value, sizeof(TIMEDATE));
 }
 
 }  // namespace
@@ -91,20 +116,48 @@ VQSTATUS VQFormBody::GetFormBody(VQRichText* body) {
   return status;
 }
 
-// Of a field's name, what a save has left; an item that is something else stays. A save writes them one behind the
-// other and their list last, so that going back from there each is the next one.
+// A save writes them one behind the other in the order of the fields, and their list last. Where all are as it does,
+// the slate keeps them for the next save of the same fields.
+bool VQFormBody::SetPlaceholdersAside(std::vector<std::string> names) {
+  const unsigned long count = ItemCount();
+  if (names.empty() || names.size() >= count) return false;
+  const unsigned long first = count - 1 - names.size();
+  std::vector<unsigned short> types;
+  types.reserve(names.size());
+  for (const std::string& name : names) {
+    vq::ItemPlace place;
+    if (!IsOwnPlaceholder(GetHandle(), first + types.size(), name, &place)) return false;
+    types.push_back(place.Type);
+  }
+  vq::ItemPlace list;
+  std::uint16_t flags = 0;
+  if (PlaceOf(kFields, &list) != VQ_OK || list.Type != TYPE_TEXT_LIST) return false;
+  BLOCKID last{};
+  ENGSTATUS result = EngSlateItemAt(GetHandle(), static_cast<std::uint32_t>(count - 1), &last);
+  if (result == ENG_OK) {
+    result = EngItemQuery(GetHandle(), last, nullptr, 0, nullptr, &flags, nullptr, nullptr, nullptr);
+  }
+  if (result != ENG_OK || !vq::SameBlock(last, list.Item) || flags != VQITEMFLAGS_SUMMARY) return false;
+  if (TakeItemsAside(first, count - first) != VQ_OK) return false;
+  KeptNames = std::move(names);
+  KeptTypes = std::move(types);
+  return true;
+}
+
+bool VQFormBody::RestorePlaceholders(const std::vector<std::string>& names, const std::vector<unsigned short>& types) {
+  return !names.empty() && names == KeptNames && types == KeptTypes && RestoreItems() == VQ_OK;
+}
+
+// Of a field's name, what a save has left; an item that is something else stays. The last one goes first, as it is
+// found next to the end.
 VQSTATUS VQFormBody::RemovePlaceholders() {
   if (!HasItem(kFields)) return VQ_OK;
   std::vector<std::string> names;
   ReadTexts(kFields, &names);
-  unsigned long next = ItemCount();
-  if (next > 0) --next;  // the list
+  if (SetPlaceholdersAside(names)) return VQ_OK;
   for (auto name = names.rbegin(); name != names.rend(); ++name) {
-    if (IsOwnItem(*name)) continue;
     vq::ItemPlace place;
-    const bool adjacent = next > 0 && FindPlaceholderAt(GetHandle(), next - 1, *name, &place);
-    if (adjacent) --next;
-    if (!adjacent && (PlaceOf(*name, &place) != VQ_OK || !LooksLikePlaceholder(GetHandle(), place))) continue;
+    if (IsOwnItem(*name) || PlaceOf(*name, &place) != VQ_OK || !LooksLikePlaceholder(GetHandle(), place)) continue;
     if (VQSTATUS status = DropItem(place)) return status;
   }
   return Remove(kFields);
@@ -222,22 +275,9 @@ VQSTATUS VQFormBody::SavePlaceholder(const std::string& name, unsigned short typ
     if (!LooksLikePlaceholder(GetHandle(), place)) return VQ_OK;
     if (VQSTATUS status = DropItem(place)) return status;
   }
-  unsigned char value[8] = {};
-  switch (type) {
-    case TYPE_NUMBER:
-    case TYPE_NUMBER_RANGE: {
-      const VQDatetime moment(VQDATETIMESPECIAL_MINIMUM);
-      void* cursor = value;
-      const ENGSTATUS result = EngOdsWrite(&cursor, ODS_TIMEDATE, moment.GetTIMEDATE(), 1);
-      if (result != ENG_OK) return vq::FromEngine(result);
-      return AppendItem(name, TYPE_TIME, value, sizeof value, VQITEMFLAGS_SIGN, nullptr);
-    }
-    case TYPE_TIME:
-    case TYPE_TIME_RANGE:
-      return AppendItem(name, TYPE_NUMBER, value, sizeof value, VQITEMFLAGS_SIGN, nullptr);
-    default:
-      return AppendItem(name, 0, nullptr, 0, VQITEMFLAGS_PLACEHOLDER, nullptr);
-  }
+  const unsigned char value[sizeof(TIMEDATE)] = {};
+  if (type == 0) return AppendItem(name, 0, nullptr, 0, VQITEMFLAGS_PLACEHOLDER, nullptr);
+  return AppendItem(name, type, value, sizeof value, VQITEMFLAGS_SIGN, nullptr);
 }
 
 // All fields are asked before an item changes, so that a field that is refused leaves no placeholder that no list
@@ -255,12 +295,14 @@ VQSTATUS VQFormBody::SaveFields() {
     names.emplace_back();
     types.emplace_back();
     if (VQSTATUS status = field->PrepareSave(&names.back(), &types.back())) return status;
+    types.back() = PlaceholderType(types.back());
   }
   const std::string value = vq::TextListValue(names);
   if (names.size() > 0xFFFF || value.size() > 0xFFFF - 2) return VQERR_TEXT_TOO_LONG;
   if (VQSTATUS status = SaveSubforms()) return status;
   // Those of an earlier save.
   VQSTATUS status = RemovePlaceholders();
+  if (status == VQ_OK && RestorePlaceholders(names, types)) return VQ_OK;
   for (std::size_t i = 0; status == VQ_OK && i < names.size(); ++i) status = SavePlaceholder(names[i], types[i]);
   if (status != VQ_OK || names.empty()) return status;
   return SaveValue(kFields, TYPE_TEXT_LIST, value, VQITEMFLAGS_SUMMARY);

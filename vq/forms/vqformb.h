@@ -380,6 +380,8 @@ class VQ_API VQFormBody : public VQSlateBody {
   [[nodiscard]] VQSTATUS SaveFields();
   [[nodiscard]] VQSTATUS SavePlaceholder(const std::string& name, unsigned short type);
   [[nodiscard]] VQSTATUS RemovePlaceholders();
+  bool SetPlaceholdersAside(std::vector<std::string> names);
+  bool RestorePlaceholders(const std::vector<std::string>& names, const std::vector<unsigned short>& types);
   [[nodiscard]] VQSTATUS AddFields(VQRichTextBody* text);
   [[nodiscard]] VQSTATUS AddSubformFields(VQRichTextBody* text, unsigned depth);
   [[nodiscard]] VQSTATUS OpenSubform(VQSubform* subform);
@@ -440,6 +442,9 @@ class VQ_API VQFormBody : public VQSlateBody {
   std::vector<VQSubform> ChangedSubforms;  // of the list that is made anew
   bool HasSubforms;                        // or had places for some when the list was made
   unsigned long ListGeneration;
+  // The placeholders that the slate keeps aside.
+  std::vector<std::string> KeptNames;
+  std::vector<unsigned short> KeptTypes;
 };
 
 inline VQFormBody* VQForm::GetFormSlateBody() const { return static_cast<VQFormBody*>(Body); }

@@ -142,12 +142,17 @@ VQSTATUS ReadSubformName(const VQRTObjectBody& element, std::string* name) {
 }
 
 VQSTATUS FindSubform(const VQRTObjectBody& element, VQSubform* subform) {
-  std::string name;
-  if (VQSTATUS status = ReadSubformName(element, &name)) return status;
   const VQRichTextBody* text = element.GetRichTextBody();
   const VQSlateBody* slate = text != nullptr ? text->GetSlateBody() : nullptr;
-  if (slate == nullptr) return VQERR_SUBFORM_NEEDS_DATABASE;
-  VQDatabaseBody* database = slate->GetDatabaseBody();
+  if (slate != nullptr) return FindSubformIn(slate->GetDatabaseBody(), element, subform);
+  std::string name;
+  const VQSTATUS status = ReadSubformName(element, &name);
+  return status == VQ_OK ? VQERR_SUBFORM_NEEDS_DATABASE : status;
+}
+
+VQSTATUS FindSubformIn(VQDatabaseBody* database, const VQRTObjectBody& element, VQSubform* subform) {
+  std::string name;
+  if (VQSTATUS status = ReadSubformName(element, &name)) return status;
   std::uint32_t id = 0;
   const VQSTATUS status = database->FindReferenced(VQSLATECLASS_FORM, VQDESIGNKIND_SUBFORM, name, &id);
   if (status != VQ_OK) return status == VQERR_NOT_FOUND ? VQERR_NO_SUBFORM : status;

@@ -80,6 +80,8 @@ namespace vq {
 [[nodiscard]] VQSTATUS ReadSubformName(const VQRTObjectBody& element, std::string* name);
 // As VQRTSubform::GetSubform.
 [[nodiscard]] VQSTATUS FindSubform(const VQRTObjectBody& element, VQSubform* subform);
+// The one that an element of any rich text would stand for in that database; VQERR_NO_SUBFORM.
+[[nodiscard]] VQSTATUS FindSubformIn(VQDatabaseBody* database, const VQRTObjectBody& element, VQSubform* subform);
 
 }  // namespace vq
 

@@ -44,9 +44,9 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS CreateAttachment(const VQAttachment& source, const VQString& displayText, VQRTCursor* cursor,
                                     VQRTObject* created);
   // A new field at the cursor, which goes behind it, as VQFormField makes one. `created` may be null. In a form or a
-  // subform VQERR_FIELD_EXISTS for a name that is taken there, as for fields that other operations bring; and
-  // VQERR_SUBFORM_EXISTS for a second place of a subform, VQERR_SHARED_FIELD_OTHER_DATABASE for a shared field of
-  // another database.
+  // subform VQERR_FIELD_EXISTS for a name that is taken there, as for fields that other operations bring (in a form
+  // also by its subforms); and VQERR_SUBFORM_EXISTS for a second place of a subform, VQERR_SHARED_FIELD_OTHER_DATABASE
+  // for a shared field of another database.
   virtual VQSTATUS CreateFormField(const VQString& name, VQRTTYPE type, VQRTCursor* cursor, VQRTObject* created);
   // An empty table at the cursor, which goes into the text behind it; `table` may be null. VQERR_ROW_COUNT,
   // VQERR_COLUMN_COUNT, VQERR_ZERO_ROWS_COLUMNS; VQERR_CANT_INSERT_TYPE in a table, VQERR_RT_HOTSPOT_CONTENT.

@@ -296,6 +296,9 @@ class VQ_API VQSlateBody : public VQBody {
   VQSTATUS DeleteItems(std::string_view name);
   // One item of its name, of several perhaps.
   VQSTATUS DropItem(const vq::ItemPlace& place);
+  // Drops items by their places; they come back with RestoreItems as long as no other is added or renamed.
+  VQSTATUS TakeItemsAside(unsigned long first, unsigned long count);
+  VQSTATUS RestoreItems();
   VQSTATUS DeleteItemsOfType(unsigned short type);
   VQSTATUS DeleteOneItem(VQItemBody* item);
   VQSTATUS DeleteAllItems();

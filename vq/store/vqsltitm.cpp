@@ -208,6 +208,33 @@ VQSTATUS VQSlateBody::DropItem(const vq::ItemPlace& place) {
   return VQ_OK;
 }
 
+VQSTATUS VQSlateBody::TakeItemsAside(unsigned long first, unsigned long count) {
+  std::vector<VQItemBody*> bodies;
+  if (Items.GetCount() > 0) {
+    for (unsigned long i = first; i < first + count; ++i) {
+      BLOCKID item{};
+      const ENGSTATUS result = EngSlateItemAt(SlateHandle, static_cast<std::uint32_t>(i), &item);
+      if (result != ENG_OK) return vq::FromEngine(result);
+      if (VQItemBody* body = CachedItem(item)) bodies.push_back(body);
+    }
+  }
+  const ENGSTATUS result =
+      EngSlateSetItemsAside(SlateHandle, static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(count));
+  if (result != ENG_OK) return vq::FromEngine(result);
+  Dirty = 1;
+  for (VQItemBody* body : bodies) {
+    body->MarkDeleted();
+    RemoveItem(body);
+  }
+  return VQ_OK;
+}
+
+VQSTATUS VQSlateBody::RestoreItems() {
+  const ENGSTATUS result = EngSlateRestoreItems(SlateHandle);
+  if (result == ENG_OK) Dirty = 1;
+  return vq::FromEngine(result);
+}
+
 VQSTATUS VQSlateBody::CreateItem(std::string_view name, unsigned short type, const void* data, unsigned long size,
                                  unsigned short flags, VQITEMOPTION option, vq::ItemPlace* place) {
   std::vector<vq::ItemPlace> present;
