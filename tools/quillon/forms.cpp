@@ -139,12 +139,11 @@ int List(const Options& options, const Arguments& arguments) {
   int result = kExitDone;
   if (options.json) json.BeginArray();
   for (unsigned long i = 0; i < forms.GetCount(); ++i) {
-    const VQForm bound(forms[i]);
     DescribedForm form;
     try {
-      form = Describe(bound);
+      form = Describe(forms[i]);
     } catch (VQSTATUS status) {
-      Report("form " + std::to_string(bound.GetSlateID()), status);
+      Report("form " + std::to_string(i + 1) + " of " + std::to_string(forms.GetCount()), status);
       result = kExitFailed;
       continue;
     }

@@ -13,6 +13,7 @@ constexpr unsigned long kFormType = VQSLATECLASS_FORM | VQDESIGNKIND_FORM << 16;
 constexpr unsigned long kSubformType = VQSLATECLASS_FORM | VQDESIGNKIND_SUBFORM << 16;
 constexpr unsigned long kSharedFieldType = VQSLATECLASS_FIELD;
 
+// One that is damaged stays in the list: its own status is for those who bind it, and the others can be had.
 VQSTATUS KeepKind(VQDatabaseBody* database, unsigned long type, ENGHANDLE all, ENGHANDLE kept) {
   VQSTATUS status = VQ_OK;
   std::uint32_t id = 0;
@@ -20,8 +21,9 @@ VQSTATUS KeepKind(VQDatabaseBody* database, unsigned long type, ENGHANDLE all, E
     std::uint16_t kind = 0;
     status = vq::ReadDesignKind(database, id, static_cast<std::uint16_t>(type), &kind);
     const bool gone = status == ENG_ERR_SLATE_DELETED || status == ENG_ERR_NO_SLATE;
-    if (gone) status = VQ_OK;
-    if (status == VQ_OK && !gone && kind == type >> 16) {
+    const bool damaged = status == ENG_ERR_ITEM_DAMAGED;
+    if (gone || damaged) status = VQ_OK;
+    if (status == VQ_OK && !gone && (damaged || kind == type >> 16)) {
       status = vq::FromEngine(EngIdTableInsert(kept, id, nullptr));
     }
   }
