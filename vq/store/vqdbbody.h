@@ -120,7 +120,8 @@ class VQ_API VQDatabase : public VQSmartPtr {
   VQSTATUS GetViews(VQViewFolderArray* views) const;
   VQSTATUS GetFolders(VQViewFolderArray* folders) const;
   VQSTATUS GetViewFolders(VQViewFolderArray* views) const;
-  // Forms, subforms and shared fields: as views, without a mixture of kinds.
+  // Forms, subforms and shared fields: as views, without a mixture of kinds. A slate that is damaged, so that its kind
+  // can't be read, is in each list; binding it gives its status.
   VQSTATUS GetForm(const unsigned long id, VQForm* form) const;
   VQSTATUS GetForm(const UNIVERSALSLATEID* universal, VQForm* form) const;
   VQSTATUS GetForm(void* handle, VQForm* form) const;
