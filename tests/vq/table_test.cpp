@@ -4,6 +4,7 @@
 
 #include "tests/vq/support/records.h"
 #include "vq/richtext/pabtree.h"
+#include "vq/richtext/rthistory.h"
 #include "vq/richtext/vqparstl.h"
 #include "vq/richtext/vqrttabl.h"
 
@@ -468,6 +469,16 @@ TEST_F(Table, SharesTwentyInches) {
   EXPECT_EQ(table.GetFractionalColumnWidth(0), 14400);
   EXPECT_EQ(table.GetFractionalColumnWidth(3), 4800);
   EXPECT_EQ(table.GetColumnWidth(0), 7200) << "widths stay";
+  ASSERT_EQ(table.AppendRows(1), VQ_OK);
+  ASSERT_EQ(table.SetLeftMargin(2000), VQ_OK);
+  ASSERT_EQ(table.SetBorderStyle(VQTABLEBORDERSTYLE_4), VQ_OK);
+  ASSERT_EQ(table.SetColumnSpacing(20), VQ_OK);
+  for (const unsigned long row : {0UL, 1UL}) {
+    EXPECT_EQ(table(row, 0).GetCDTableCell().FractionalWidth, 14400) << row;
+    EXPECT_EQ(table(row, 3).GetCDTableCell().FractionalWidth, 4800) << row;
+  }
+  EXPECT_EQ(VQTable(1, 19)(0, 18).GetCDTableCell().FractionalWidth, 1515) << "a cell's width, without a rest";
+  ASSERT_EQ(table.SetColumnSpacing(0), VQ_OK);
   ASSERT_EQ(table.SetAutomaticWidth(0), VQ_OK);
   EXPECT_EQ(table.GetFractionalColumnWidth(0), 0);
   ASSERT_EQ(table.SetAutomaticWidth(1), VQ_OK);
@@ -476,6 +487,41 @@ TEST_F(Table, SharesTwentyInches) {
   EXPECT_EQ(table.GetColumnWidth(0), 5);
   EXPECT_EQ(table.Convert(1.5), 2160u);
   EXPECT_EQ(table.Convert(720UL), 0.5);
+}
+
+// Each operation is taken back and done again byte for byte, also where a second table lives on the definitions.
+TEST_F(Table, GoesBackThroughItsHistory) {
+  const std::vector<std::pair<const char*, std::function<VQSTATUS(VQTable&, VQRichText&)>>> rows = {
+      {"rows in front", [](VQTable& t, VQRichText&) { return t.InsertRows(0, 2); }},
+      {"row 0 goes", [](VQTable& t, VQRichText&) { return t.DeleteRows(0, 1); }},
+      {"columns", [](VQTable& t, VQRichText&) { return t.InsertColumns(1, 2); }},
+      {"a column goes", [](VQTable& t, VQRichText&) { return t.DeleteColumns(0, 1); }},
+      {"widths", [](VQTable& t, VQRichText&) { return t.SetColumnWidth(0, 3000); }},
+      {"spacing", [](VQTable& t, VQRichText&) { return t.SetColumnSpacing(50); }},
+      {"borders", [](VQTable& t, VQRichText&) { return t.Outline(VQTABLEBORDERSTYLE_8); }},
+      {"colours", [](VQTable& t, VQRichText&) { return t.SetBackgroundColor(9); }},
+      {"text", [](VQTable& t, VQRichText&) { return t(1, 1).SetValue("a\nb"); }},
+      {"a copy", [](VQTable& t, VQRichText& text) { return text.Append(t); }},
+      {"no table", [](VQTable& t, VQRichText& text) { return text.Delete(&t); }},
+  };
+  const std::string table = Begin(3) + Row(0, {5, 6}, true) + Row(1, {5, 6}, false) + TableEnd();
+  const std::string second = Begin(3) + Row(0, {5, 6}, false) + Row(1, {5, 6}, false) + TableEnd();
+  for (const auto& [what, edit] : rows) {
+    SCOPED_TRACE(what);
+    VQRichText text = RichText(table + Paragraph() + Reference(6) + Text("x") + Paragraph() + second);
+    const std::string before = Written(text);
+    VQRTHistory history;
+    ASSERT_EQ(history.Watch(text), VQ_OK);
+    VQTable edited = TableAt(text, 0);
+    ASSERT_EQ(edit(edited, text), VQ_OK);
+    const std::string after = Written(text), plain = Plain(text);
+    EXPECT_NE(after, before);
+    ASSERT_EQ(history.Undo(), VQ_OK);
+    EXPECT_EQ(Written(text), before);
+    ASSERT_EQ(history.Redo(), VQ_OK);
+    EXPECT_EQ(Written(text), after);
+    EXPECT_EQ(Plain(text), plain);
+  }
 }
 
 struct HostileRow {

@@ -101,7 +101,9 @@ VQSTATUS VQTableBody::AddRows(unsigned long position, unsigned long count) {
   if (VQSTATUS status = ShiftRows(behind, present.end(), more)) return status;
   for (std::int32_t row = first; row < first + more; ++row) {
     for (std::size_t column = 0; column < heads.size(); ++column) {
-      const VQTableCellBody::Place place = layout.PlaceOf(row, column, column);
+      VQTableCellBody::Place place = layout.PlaceOf(row, column, column);
+      const bool asRowZero = place.Left == looks[column].LeftMargin && place.Right == looks[column].RightMargin;
+      if (asRowZero) place.Fraction = looks[column].FractionalWidth;
       if (VQSTATUS status = AddCell(place, &looks[column], pabids[column], nullptr, before, &cells)) return status;
     }
   }

@@ -184,22 +184,33 @@ std::size_t Renumbered(std::size_t column, TableLayout::Change change) {
 
 }  // namespace
 
+bool TableLayout::HasSharesOf(const TableLayout& other) const {
+  if (!IsAutomatic() || !other.IsAutomatic() || GetCount() != other.GetCount()) return false;
+  for (std::size_t column = 0; column < GetCount(); ++column) {
+    if (RoomOf(column) != other.RoomOf(column)) return false;
+  }
+  return true;
+}
+
 VQSTATUS TableLayout::ApplyTo(const VQTableBody::CellList& cells, const TableLayout& before, Change change) const {
+  const bool sharesStay = HasSharesOf(before);
   for (std::size_t i = 0; i < cells.size(); ++i) {
     // Seen from what is still as it was.
     const bool ends = i + 1 == cells.size() || cells[i + 1]->GetRow() != cells[i]->GetRow();
     const std::size_t next = ends ? before.GetCount() : static_cast<std::size_t>(cells[i + 1]->GetColumn());
-    if (VQSTATUS status = SetCellMargins(*cells[i], next, before, change)) return status;
+    const auto column = static_cast<std::size_t>(cells[i]->GetColumn());
+    const std::size_t last = Renumbered(before.LastCovered(column, cells[i]->GetRight(), next), change);
+    VQTableCellBody::Place place = PlaceOf(cells[i]->GetRow(), Renumbered(column, change), last);
+    if (sharesStay) place.Fraction = cells[i]->GetPlace().Fraction;
+    if (VQSTATUS status = SetCellMargins(*cells[i], place, last)) return status;
   }
   return VQ_OK;
 }
 
-VQSTATUS TableLayout::SetCellMargins(VQTableCellBody& cell, std::size_t next, const TableLayout& before,
-                                     Change change) const {
-  const auto column = static_cast<std::size_t>(cell.GetColumn());
-  const std::size_t last = Renumbered(before.LastCovered(column, cell.GetRight(), next), change);
-  const std::size_t first = Renumbered(column, change);
-  if (VQSTATUS status = cell.SetPlace(PlaceOf(cell.GetRow(), first, last))) return status;
+VQSTATUS TableLayout::SetCellMargins(VQTableCellBody& cell, const VQTableCellBody::Place& place,
+                                     std::size_t last) const {
+  if (VQSTATUS status = cell.SetPlace(place)) return status;
+  const auto first = static_cast<std::size_t>(place.Column);
   return cell.ForEachDefinition([&](VQPABDefinitionBody& definition) {
     CDPABDEFINITION settings{};
     // One that ends before its margins stays as it is.

@@ -70,8 +70,10 @@ class TableLayout {
   std::vector<long> Widths() const;
   // The last column that a cell of the table takes; `next` is the column of the cell behind it in the row.
   std::size_t LastCovered(std::size_t column, long right, std::size_t next) const;
-  [[nodiscard]] VQSTATUS SetCellMargins(VQTableCellBody& cell, std::size_t next, const TableLayout& before,
-                                        Change change) const;
+  // Whether each column takes as much of the table as there: fractional widths, which a client may have set, stay then.
+  bool HasSharesOf(const TableLayout& other) const;
+  [[nodiscard]] VQSTATUS SetCellMargins(VQTableCellBody& cell, const VQTableCellBody::Place& place,
+                                        std::size_t last) const;
 
   CDTABLEBEGIN Begin{};
   std::vector<Box> Boxes;

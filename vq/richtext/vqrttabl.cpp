@@ -113,7 +113,9 @@ VQSTATUS VQTableBody::Build(unsigned long rows, unsigned long columns, VQRTConta
     for (unsigned long column = 0; column < columns; ++column) {
       auto* cell = new VQTableCellBody(static_cast<long>(row), static_cast<long>(column));
       LinkPointers(cell, LastChild, nullptr);
-      if (VQSTATUS status = cell->SetPlace(layout.PlaceOf(cell->GetRow(), column, column))) return status;
+      VQTableCellBody::Place place = layout.PlaceOf(cell->GetRow(), column, column);
+      place.Fraction = static_cast<std::int32_t>(layout.WidthOf(column));
+      if (VQSTATUS status = cell->SetPlace(place)) return status;
       CDPABDEFINITION settings{};
       if (row == 0) settings = layout.DefinitionOf(column, pabids[column]);
       if (VQSTATUS status = cell->InitCell(pabids[column], row == 0 ? &settings : nullptr)) return status;
