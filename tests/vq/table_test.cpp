@@ -174,10 +174,19 @@ TEST_F(Table, RefusesAndStaysAsItWas) {
     VQRichText text = NewText();
     VQTable table = TableIn(text, 2, 3);
     const std::string before = Written(text);
-    VQSTATUS status = VQ_OK;
-    const VQSTATUS thrown = StatusOf([&] { return status = row.Run(table); });
-    EXPECT_EQ(thrown == VQ_OK ? status : thrown, row.Status);
-    EXPECT_EQ(Written(text), before);
+    for (const int throws : {0, 1}) {
+      VQSetThrowAllErrors(throws);
+      bool returned = false;
+      const VQSTATUS status = StatusOf([&] {
+        const VQSTATUS result = row.Run(table);
+        returned = true;
+        return result;
+      });
+      VQSetThrowAllErrors(0);
+      EXPECT_EQ(status, row.Status) << throws;
+      EXPECT_FALSE(throws && returned) << "the switch is on";
+      EXPECT_EQ(Written(text), before);
+    }
   }
 }
 

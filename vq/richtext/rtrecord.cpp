@@ -63,7 +63,7 @@ VQSTATUS VQRTObjectBody::SetRecord(const void* bytes, std::uint32_t length) {
   DropContent();
   Content = std::move(content);
   Counted = false;
-  Outdated = true;
+  SetFlag(VQRTOBJECTBODY_CDOUTDATED, true);
   MarkDirty();
   return VQ_OK;
 }
@@ -72,7 +72,7 @@ void VQRTObjectBody::MakeValue(std::uint32_t size) {
   if (!Content.IsOwn()) TakeRecord(*this);
   if (!Content.IsOwn() || Content.GetSize() < size) Content.Resize(vq::Padded(size));
   Counted = false;
-  Outdated = true;
+  SetFlag(VQRTOBJECTBODY_CDOUTDATED, true);
   MarkDirty();
 }
 
@@ -85,11 +85,11 @@ void VQRTObjectBody::Rebind(vq::RecordSource* source, std::uint32_t offset, std:
   DropContent();
   Content.Look(source, offset, size);
   source->Release();
-  Dirty = false;
+  SetFlag(VQRTOBJECTBODY_DIRTY, false);
 }
 
 void VQRTObjectBody::DropContent() {
-  Outdated = false;
+  SetFlag(VQRTOBJECTBODY_CDOUTDATED, false);
   if (vq::RecordSource* source = Content.GetSource()) source->SetOutdated();
   Content.Clear();
 }

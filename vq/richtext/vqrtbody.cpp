@@ -194,7 +194,7 @@ VQSTATUS VQRichTextBody::StoreTree() {
     throw;
   }
   writer.Commit(Blocks);
-  Top->Dirty = false;  // the one object without a record
+  Top->SetFlag(VQRTOBJECTBODY_DIRTY, false);  // the one object without a record
   ReleaseBlocks(old);
   SetState(kDirty, false);
   return VQ_OK;

@@ -64,12 +64,12 @@ VQSTATUS VQRTContainerBody::EnsureElement() {
   VQRTObject first;
   const VQSTATUS status = FindFirst(VQRTTYPE_ELEMENT, &first);
   if (status != VQWARN_NOT_FOUND || !CanInsertType(VQRTTYPE_STYLIZED_TEXT)) return status;
-  const bool dirty = Dirty;
+  const bool dirty = IsDirty() != 0;
   if (const VQSTATUS begun = BeginText()) return begun;
   const VQRTObject run(new VQStylizedTextBody());
   VQRTObjectBody* before = LastChild && LastChild->GetType() == VQRTTYPE_HOTSPOT_END ? LastChild : nullptr;
   const VQSTATUS linked = before ? before->InsertPreviousSibling(run.GetRTObjectBody()) : Append(run.GetRTObjectBody());
-  if (!dirty && !Parent) Dirty = false;
+  if (!dirty && !Parent) SetFlag(VQRTOBJECTBODY_DIRTY, false);
   return linked;
 }
 

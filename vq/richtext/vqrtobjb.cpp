@@ -32,12 +32,11 @@ RecordBytes::RecordBytes(const VQRTObjectBody& body, MemoryLock& lock) : Bytes(n
 
 VQRTObjectBody::VQRTObjectBody(VQRTTYPE type, vq::RecordSource* source, std::uint32_t offset, std::uint32_t length)
     : Closed(false),
-      Dirty(false),
-      Outdated(false),
       HoldsChildren(false),
       WatchesChildren(false),
       Counted(false),
       Type(static_cast<unsigned char>(type)),
+      RTObjectBodyFlags(0),
       IndexValue(static_cast<std::uint32_t>(VQRT_DETACHED_INDEX_VALUE)),
       Parent(nullptr),
       Previous(nullptr),
@@ -50,7 +49,7 @@ VQRTObjectBody::VQRTObjectBody(VQRTTYPE type, unsigned short signature) : VQRTOb
   const std::uint32_t size = vq::HeaderSize(signature);
   Content.Resize(size);
   vq::WriteRecordHeader(Content.GetBytes(), signature, size);
-  Outdated = true;
+  SetFlag(VQRTOBJECTBODY_CDOUTDATED, true);
 }
 
 VQRTObjectBody::~VQRTObjectBody() { VQRTObjectBody::Close(); }
@@ -59,7 +58,7 @@ VQSTATUS VQRTObjectBody::Close() {
   if (Closed) return VQWARN_NOT_OPEN;
   Closed = true;
   DropContent();
-  Dirty = false;
+  SetFlag(VQRTOBJECTBODY_DIRTY, false);
   if (Parent) Parent->Unlink(this);
   return VQ_OK;
 }
@@ -107,7 +106,7 @@ void VQRTObjectBody::TakeRecord(const VQRTObjectBody& source) {
   DropContent();
   if (!taken.IsOwn()) return;
   Content = std::move(taken);
-  Outdated = true;
+  SetFlag(VQRTOBJECTBODY_CDOUTDATED, true);
 }
 
 VQSTATUS VQRTObjectBody::Delete() {
@@ -200,14 +199,14 @@ VQSTATUS VQRTObjectBody::SetDirty(int dirty) {
     MarkDirty();
     return VQ_OK;
   }
-  Dirty = false;
-  if (Outdated && Parent) Parent->MarkDirty();
+  SetFlag(VQRTOBJECTBODY_DIRTY, false);
+  if ((RTObjectBodyFlags & VQRTOBJECTBODY_CDOUTDATED) && Parent) Parent->MarkDirty();
   return VQ_OK;
 }
 
 void VQRTObjectBody::MarkDirty() {
   for (VQRTObjectBody* object = this; object; object = object->Parent) {
-    object->Dirty = true;
+    object->SetFlag(VQRTOBJECTBODY_DIRTY, true);
     // The write that takes the dirty mark off must come by.
     if (vq::RecordSource* source = object->Content.GetSource()) source->SetOutdated();
   }

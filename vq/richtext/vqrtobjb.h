@@ -15,6 +15,11 @@ class RecordBytes;
 class RecordWriter;
 }  // namespace vq
 
+// Of an object that has changed since the last write, or holds one that has.
+inline constexpr unsigned char VQRTOBJECTBODY_DIRTY = 0x01;
+// Of one whose record in the stream is not its own bytes.
+inline constexpr unsigned char VQRTOBJECTBODY_CDOUTDATED = 0x10;
+
 // A leaf of the tree, and base of all other bodies. Its content is a view on a loaded block until the first change
 // makes a value block of its own; the value block always has an even size. A parent counts each of its children
 // once; links to parent and siblings are not counted, so that a tree goes when its owner goes, and a handle that
@@ -79,7 +84,7 @@ class VQ_API VQRTObjectBody : public VQBody {
   int LeadsParent() const { return Type == VQRTTYPE_TEXT_STYLE_EXT || Type == VQRTTYPE_FIELD_EXTENSION; }
 
   int IsClosed() const { return Closed; }
-  int IsDirty() const { return Dirty; }
+  int IsDirty() const { return RTObjectBodyFlags & VQRTOBJECTBODY_DIRTY; }
   VQRTTYPE GetType() const { return static_cast<VQRTTYPE>(Type); }
   // For objects that change their kind in place, as paragraph references do.
   void SetType(VQRTTYPE type) { Type = static_cast<unsigned char>(type); }
@@ -123,6 +128,9 @@ class VQ_API VQRTObjectBody : public VQBody {
   friend class vq::RecordWriter;
   friend class vq::RecordBytes;
 
+  void SetFlag(unsigned char flag, bool on) {
+    RTObjectBodyFlags = static_cast<unsigned char>(on ? RTObjectBodyFlags | flag : RTObjectBodyFlags & ~flag);
+  }
   // Copies the record into a value block of at least `size` bytes and marks the object dirty.
   void MakeValue(std::uint32_t size);
   // Points at the same bytes in their new place and drops the value block.
@@ -136,13 +144,12 @@ class VQ_API VQRTObjectBody : public VQBody {
   void TakeRecord(const VQRTObjectBody& source);
 
   bool Closed : 1;
-  bool Dirty : 1;
-  bool Outdated : 1;         // the bytes in the stream are not those of the value block
   bool HoldsChildren : 1;    // this is a VQRTBaseContainerBody
   bool WatchesChildren : 1;  // and wants to hear of them
   // For runs: what they have counted still holds for the bytes.
   mutable bool Counted : 1;
   unsigned char Type;
+  unsigned char RTObjectBodyFlags;  // VQRTOBJECTBODY_...
   std::uint32_t IndexValue;
   VQRTBaseContainerBody* Parent;
   VQRTObjectBody* Previous;

@@ -29,7 +29,7 @@ VQStylizedTextBody::VQStylizedTextBody()
   static constexpr unsigned char kEmptyRun[kFixedPart] = {0x85, 0xFF, kFixedPart, 0, 0x01, 0x00, 0x00, 0x0A};
   Content.Resize(kFixedPart);
   std::memcpy(Content.GetBytes(), kEmptyRun, kFixedPart);
-  Outdated = true;
+  SetFlag(VQRTOBJECTBODY_CDOUTDATED, true);
 }
 
 VQStylizedTextBody::~VQStylizedTextBody() { VQStylizedTextBody::Close(); }
