@@ -229,4 +229,111 @@ TEST_F(RichTextCursor, RefusesWhatHasGone) {
   EXPECT_EQ(StatusOf([&] { return other < other; }), VQERR_CURSOR_INVALID);
 }
 
+VQRTObject First(const VQRichText& text, VQRTTYPE type) {
+  VQRTObject found;
+  EXPECT_EQ(text.FindFirst(type, &found), VQ_OK);
+  return found;
+}
+
+// Where each motion ends: the text between the start and the cursor, records that are no text left out.
+TEST_F(RichTextCursor, MovesByTypeCharacterAndContainer) {
+  const std::string records = Reference(1) + Text("ab") + Paragraph() + Reference(1) + Text("cb") + Hotspot(1) +
+                              Text("pq") + HotspotEnd() + Paragraph() + Text("zb");
+  using Motion = VQSTATUS (*)(VQRTCursor & cursor, const VQRichText& text);
+  const struct {
+    const char* What;
+    const char* From;
+    Motion Go;
+    VQSTATUS Status;
+    const char* Left;
+  } rows[] = {
+      {"first character", "z", [](VQRTCursor& c, auto&) { return c.GotoFirst('b'); }, VQ_OK, "a"},
+      {"last character", "a", [](VQRTCursor& c, auto&) { return c.GotoLast('b'); }, VQ_OK, "ab\ncbpq\nz"},
+      {"next character", "c", [](VQRTCursor& c, auto&) { return c.GotoNext('b'); }, VQ_OK, "ab\nc"},
+      {"previous character", "z", [](VQRTCursor& c, auto&) { return c.GotoPrevious('b'); }, VQ_OK, "ab\nc"},
+      {"no character", "z", [](VQRTCursor& c, auto&) { return c.GotoNext('x'); }, VQWARN_NOT_FOUND, "ab\ncbpq\n"},
+      {"last run", "a", [](VQRTCursor& c, auto&) { return c.GotoLast(VQRTTYPE_STYLIZED_TEXT); }, VQ_OK, "ab\ncbpq\n"},
+      {"last paragraph", "a", [](VQRTCursor& c, auto&) { return c.GotoLast(VQRTTYPE_NEW_PARAGRAPH); }, VQ_OK,
+       "ab\ncbpq\n"},
+      {"paragraph before", "z", [](VQRTCursor& c, auto&) { return c.GotoPrevious(VQRTTYPE_NEW_PARAGRAPH); }, VQ_OK,
+       "ab\n"},
+      {"paragraph before, from inside", "p",
+       [](VQRTCursor& c, auto&) { return c.GotoPrevious(VQRTTYPE_NEW_PARAGRAPH); }, VQ_OK, "ab\n"},
+      {"paragraph before the first", "c", [](VQRTCursor& c, auto&) { return c.GotoPrevious(VQRTTYPE_NEW_PARAGRAPH); },
+       VQ_OK, ""},
+      {"popup before", "z", [](VQRTCursor& c, auto&) { return c.GotoPrevious(VQRTTYPE_TEXT_POPUP); }, VQ_OK, "ab\ncb"},
+      {"no table before", "z", [](VQRTCursor& c, auto&) { return c.GotoPrevious(VQRTTYPE_TABLE); }, VQWARN_NOT_FOUND,
+       "ab\ncbpq\n"},
+      {"a type that is none", "z", [](VQRTCursor& c, auto&) { return c.GotoLast(VQRTTYPE_NONE); }, VQERR_OUT_OF_RANGE,
+       "ab\ncbpq\n"},
+      {"start of the run", "b", [](VQRTCursor& c, auto&) { return c.GotoStart(VQRTTYPE_STYLIZED_TEXT); }, VQ_OK, ""},
+      {"end of the popup", "p", [](VQRTCursor& c, auto&) { return c.GotoEnd(VQRTTYPE_TEXT_POPUP); }, VQ_OK, "ab\ncbpq"},
+      {"start of all", "z", [](VQRTCursor& c, auto&) { return c.GotoStart(VQRTTYPE_RICH_TEXT); }, VQ_OK, ""},
+      {"in no table", "z", [](VQRTCursor& c, auto&) { return c.GotoStart(VQRTTYPE_TABLE); }, VQWARN_NOT_FOUND,
+       "ab\ncbpq\n"},
+      {"start of a container", "a",
+       [](VQRTCursor& c, auto& t) { return c.GotoStart(VQRTContainer(First(t, VQRTTYPE_TEXT_POPUP))); }, VQ_OK,
+       "ab\ncb"},
+      {"no container", "a", [](VQRTCursor& c, auto&) { return c.GotoStart(VQRTContainer()); }, VQERR_INVALID_PARAMETER,
+       ""},
+      {"a container", "a", [](VQRTCursor& c, auto& t) { return c.GotoObject(First(t, VQRTTYPE_TEXT_POPUP)); }, VQ_OK,
+       "ab\ncb"},
+      {"a record", "a", [](VQRTCursor& c, auto& t) { return c.GotoObject(First(t, VQRTTYPE_HOTSPOT_END)); }, VQ_OK,
+       "ab\ncbpq\n"},
+      {"no object", "a", [](VQRTCursor& c, auto&) { return c.GotoObject(VQRTObject()); }, VQERR_INVALID_PARAMETER, ""},
+      {"an object that stands alone", "a", [](VQRTCursor& c, auto&) { return c.GotoObject(VQStylizedText("x")); },
+       VQERR_RT_NOT_MEMBER, ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    for (const int throws : {0, 1}) {
+      const VQRichText text = RichText(records);
+      VQRTCursor cursor = At(text, 0), none;
+      ASSERT_EQ(cursor.GotoFirst(VQString(row.From)), VQ_OK);
+      VQSetThrowAllErrors(throws);
+      EXPECT_EQ(ReturnedStatusOf([&] { return row.Go(cursor, text); }), row.Status);
+      EXPECT_EQ(ReturnedStatusOf([&] { return row.Go(none, text); }), VQERR_CURSOR_INVALID);
+      VQSetThrowAllErrors(0);
+      VQString left;
+      EXPECT_EQ(text.GetText(At(text, 0), cursor, &left), VQ_OK);
+      EXPECT_EQ(TextOf(left), row.Left);
+    }
+  }
+}
+
+// Selections say what they are, and in what.
+TEST_F(RichTextCursor, SelectionsStandInOneContainer) {
+  const VQRichText text = RichText(Text("ab") + Hotspot(1) + Text("pq") + HotspotEnd() + Text("z"));
+  VQRTCursor at = At(text, 0), inside = At(text, 0);
+  VQRTContainerBody& top = *text.GetRichTextBody()->GetTop();
+  ASSERT_EQ(inside.GotoFirst("q"), VQ_OK);
+  VQRTSelection selection;
+  EXPECT_EQ(top.IsSelectionValid(at, 2UL, &selection), 1);
+  EXPECT_EQ(selection.Container.GetRTObjectBody(), &top);
+  EXPECT_EQ(top.IsSelectionValid(at, inside, &selection), 0) << "across the edge of a popup";
+  EXPECT_EQ(top.IsSelectionValid(inside, VQRTTYPE_TEXT_POPUP, &selection), 1);
+  EXPECT_EQ(selection.Start.GetType(), VQRTTYPE_TEXT_POPUP);
+  EXPECT_EQ(top.IsSelectionValid(at, VQRTTYPE_TEXT_POPUP, &selection), 0);
+  EXPECT_EQ(top.IsSelectionValid(selection.Start, &selection), 1);
+  EXPECT_EQ(top.IsSelectionValid(VQStylizedText("x"), &selection), 0);
+  EXPECT_EQ(top.IsSelectionValid(at, 2UL, nullptr), 0);
+  VQRichText part;
+  for (const int throws : {0, 1}) {
+    VQSetThrowAllErrors(throws);
+    EXPECT_EQ(ReturnedStatusOf([&] { return text.GetRichText(at, inside, &part); }), VQERR_RT_SELECTION_INVALID);
+    EXPECT_EQ(ReturnedStatusOf([&] { return text.GetRichText(inside, at, &part); }), VQERR_CURSOR_ORDER);
+    EXPECT_EQ(ReturnedStatusOf([&] { return text.GetRichText(at, VQRTTYPE_TABLE, &part); }),
+              VQERR_RT_SELECTION_INVALID);
+    EXPECT_EQ(ReturnedStatusOf([&] { return text.GetRichText(at, inside, nullptr); }), VQERR_INVALID_PARAMETER);
+    VQSetThrowAllErrors(0);
+  }
+  EXPECT_TRUE(part.IsNull());
+  VQRTContainer popup;
+  EXPECT_EQ(inside.GetParentContainer(VQRTTYPE_HOTSPOT, &popup), VQ_OK);
+  EXPECT_EQ(at.GetParentContainer(VQRTTYPE_HOTSPOT, &popup), VQWARN_NOT_FOUND);
+  EXPECT_TRUE(at++ == At(text, 0));
+  EXPECT_TRUE(at-- == At(text, 1));
+  EXPECT_TRUE(inside >= at);
+}
+
 }  // namespace

@@ -1,4 +1,5 @@
 // Objects of a rich text: their neighbours, what holds them, what typed handles take, what a record's bytes say.
+#include "engine/ods.h"
 #include "tests/vq/support/records.h"
 #include "vq/richobjects/vqgraphic.h"
 #include "vq/richtext/vqhotspot.h"
@@ -267,6 +268,28 @@ TEST_F(RichTextObjects, ParagraphRecordsTellAndTakeIdentifiers) {
     EXPECT_EQ(StatusOf([] { return VQPABHide().GetPABID(); }), VQERR_OBJECT_NOT_INITIALIZED);
     VQSetThrowAllErrors(0);
   }
+}
+
+TEST_F(RichTextObjects, DirtGoesUpAndBytesAreRead) {
+  VQRichText text = RichText(Sample());
+  VQRTObject run = First(text, VQRTTYPE_STYLIZED_TEXT);
+  EXPECT_FALSE(run.IsDirty());
+  ASSERT_EQ(run.SetDirty(1), VQ_OK);
+  EXPECT_TRUE(run.IsDirty() && text.IsDirty());
+  ASSERT_EQ(text.Update(), VQ_OK);
+  EXPECT_FALSE(run.IsDirty() || text.IsDirty());
+  EXPECT_EQ(Written(text), Sample());
+  EXPECT_EQ(run.GetRTObjectBody()->WriteValueBlock(), VQERR_WRONG_SITUATION) << "it has no bytes of its own";
+  VQString words;
+  EXPECT_EQ(run.GetText(At(text, 0), At(text, 1), &words), VQ_OK);
+  EXPECT_EQ(First(text, VQRTTYPE_TEXT_POPUP).GetText(At(text, 0), At(text, 1), &words), VQERR_CURSOR_INVALID);
+  const VQCompositeData data(First(text, VQRTTYPE_COMPOSITE_DATA));
+  std::uint16_t word = 0;
+  EXPECT_EQ(data.ReadODS(ODS_WORD, &word, 0), VQ_OK);
+  EXPECT_EQ(word, data.GetCDSignature());
+  EXPECT_EQ(data.ReadODS(ODS_WORD, &word, 6), VQERR_RT_INVALID);
+  EXPECT_EQ(data.ReadODS(ODS_WORD, &word, ~0UL), VQERR_RT_INVALID);
+  EXPECT_EQ(StatusOf([] { return VQRichText(VQItem()).IsNull(); }), VQ_OK);
 }
 
 }  // namespace
