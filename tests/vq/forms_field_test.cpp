@@ -307,6 +307,11 @@ TEST_F(FormField, ASharedFieldShowsItsDefinition) {
   VQFormField second = AddField(other, "Placeholder");
   ASSERT_EQ(second.SetSharedField(shared), VQ_OK);
   EXPECT_EQ(TextOf(second.GetHelpDescription()), "new");
+  ASSERT_EQ(Db.CreateSharedField(VQFormField(Store("Taken"), VQRTTYPE_TEXT_FIELD), nullptr), VQ_OK);
+  ASSERT_EQ(definition.SetName(Store("Taken")), VQ_OK);
+  EXPECT_EQ(shared.Save(), VQERR_SHARED_FIELD_EXISTS);
+  ASSERT_EQ(definition.SetName(Store("Status")), VQ_OK);
+  ASSERT_EQ(shared.Save(), VQ_OK);
   ASSERT_EQ(second.Unshare(), VQ_OK);
   shared.Close();
   ASSERT_EQ(Db.DeleteSharedField(Store("Status")), VQ_OK);

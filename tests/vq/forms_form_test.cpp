@@ -531,6 +531,13 @@ TEST_F(Form, ChangesReachTheSubform) {
   VQRTObject found;
   ASSERT_EQ(inner.GetFormField(Store("Renamed"), &found), VQ_OK);
   EXPECT_EQ(TextOf(VQFormField(found).GetHelpDescription()), "help");
+  ASSERT_EQ(form.GetFormField(Store("Renamed"), &field), VQ_OK);
+  ASSERT_EQ(field.SetHelpDescription(Store("mine")), VQ_OK);
+  SetText(subform, "Note", "theirs");
+  ASSERT_EQ(subform.Save(), VQ_OK);
+  EXPECT_EQ(form.Save(), ENG_ERR_SLATE_CONFLICT);
+  EXPECT_EQ(form.Save(VQSAVE_FORCE), VQ_OK);
+  EXPECT_EQ(StoredText(subform, "Note"), "-");
 }
 
 // A name comes into a form once, by whatever operation; what is refused leaves the body as it was.

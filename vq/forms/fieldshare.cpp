@@ -172,9 +172,10 @@ VQSTATUS VQFormFieldBody::PrepareSave(std::string* name, unsigned short* type) {
     *name = std::move(facts.Name);
     return VQ_OK;
   }
-  if ((status = ReadName(name)) != VQ_OK) return status;
-  return vq::Caught([&]() -> VQSTATUS {
-    if (!SharedField.IsOpen() || SharedField.GetSlateBody()->IsModified() == 0) return VQ_OK;
-    return SharedField.GetSlateBody()->Save(0);
-  });
+  return ReadName(name);
+}
+
+VQSTATUS VQFormFieldBody::SaveDefinition(unsigned short flags) {
+  if (!SharedField.IsOpen() || SharedField.GetSlateBody()->IsModified() == 0) return VQ_OK;
+  return SharedField.GetSlateBody()->Save(flags);
 }

@@ -207,10 +207,15 @@ VQSTATUS VQFormBody::OpenSubform(VQSubform* subform) {
   return subform->CreateSlateBody(0, 0, 0);
 }
 
-VQSTATUS VQFormBody::SaveSubforms() {
+// What was changed through the list and stands in other slates.
+VQSTATUS VQFormBody::SaveReferenced(unsigned short flags) {
   for (const VQSubform& subform : Subforms) {
     if (subform.IsModified() == 0) continue;
-    if (VQSTATUS status = subform.GetSlateBody()->Save(0)) return status;
+    if (VQSTATUS status = subform.GetSlateBody()->Save(flags)) return status;
+  }
+  for (VQQuillonClass* each = FieldList.GetFirst(); each != nullptr; each = FieldList.GetNext(each)) {
+    auto* field = static_cast<VQFormFieldBody*>(static_cast<VQRTObjectBody*>(each));
+    if (VQSTATUS status = field->SaveDefinition(flags)) return status;
   }
   return VQ_OK;
 }
@@ -299,7 +304,6 @@ VQSTATUS VQFormBody::SaveFields() {
   }
   const std::string value = vq::TextListValue(names);
   if (names.size() > 0xFFFF || value.size() > 0xFFFF - 2) return VQERR_TEXT_TOO_LONG;
-  if (VQSTATUS status = SaveSubforms()) return status;
   // Those of an earlier save.
   VQSTATUS status = RemovePlaceholders();
   if (status == VQ_OK && RestorePlaceholders(names, types)) return VQ_OK;

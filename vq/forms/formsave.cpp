@@ -47,6 +47,7 @@ VQSTATUS Encode(const Record& record, unsigned short code, std::string* bytes) {
 VQSTATUS VQFormBody::Save(unsigned short flags) {
   if (FormOpen == 0) return VQSlateBody::Save(flags);
   VQSTATUS status = SaveDesign();
+  if (status == VQ_OK) status = vq::Caught([&] { return SaveReferenced(flags); });
   if (status == VQ_OK) status = VQSlateBody::Save(flags);
   if (!VQIsError(status)) IsNew = 0;
   return status;

@@ -329,8 +329,10 @@ class VQ_API VQFormFieldBody : public VQRTElementBody {
   [[nodiscard]] VQSTATUS PointAt(const VQSharedField& shared);
   // The field that has the design: this one, or that of the definition.
   [[nodiscard]] VQSTATUS Resolve(VQFormFieldBody** body);
-  // For a form's Save: validates, stores a definition that was changed, and gives the name and the value's type.
+  // For a form's Save: validates, and gives the name and the value's type.
   [[nodiscard]] VQSTATUS PrepareSave(std::string* name, unsigned short* type);
+  // Stores a definition that was changed through this field.
+  [[nodiscard]] VQSTATUS SaveDefinition(unsigned short flags);
   // The records of another field, as one that is not shared.
   [[nodiscard]] VQSTATUS TakeDesign(const VQFormFieldBody& source);
   // Null when there is none.

@@ -3,7 +3,8 @@
 // A handle binds like any slate (vq/store/vqslate.h); Open reads the design. Setters change it in memory, and Save
 // writes the items that belong to what has changed; all else in the slate stays as it is. Fields are elements of the
 // form's rich text (GetFormBody) and are added, changed and removed there; each Save checks them and derives from them
-// the list of names that the form carries. A subform that was changed through one of its fields is stored with it.
+// the list of names that the form carries. A subform that was changed through one of its fields is stored with it, by
+// the same flags.
 //
 // On a handle without an open slate every operation gives VQERR_OBJECT_NOT_INITIALIZED, on a form that is not open
 // VQERR_FORM_NOT_OPEN; thrown where the result is no status. Int setters store 0 or 1. Enumerations: a value that is
@@ -385,7 +386,7 @@ class VQ_API VQFormBody : public VQSlateBody {
   [[nodiscard]] VQSTATUS AddFields(VQRichTextBody* text);
   [[nodiscard]] VQSTATUS AddSubformFields(VQRichTextBody* text, unsigned depth);
   [[nodiscard]] VQSTATUS OpenSubform(VQSubform* subform);
-  [[nodiscard]] VQSTATUS SaveSubforms();
+  [[nodiscard]] VQSTATUS SaveReferenced(unsigned short flags);
   bool HasFieldsOf(unsigned long subform) const;
   bool IsListValid() const;
 

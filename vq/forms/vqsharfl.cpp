@@ -98,7 +98,10 @@ VQSTATUS VQSharedFieldBody::Save(unsigned short flags) {
   std::string name;
   VQSTATUS status = IsOpen() ? FindField(&field) : VQWARN_NOT_FOUND;
   if (status == VQ_OK) status = field->ReadName(&name);
-  if (status == VQ_OK && TextOf("$TITLE") != name) status = SaveTitle(name);
+  if (status == VQ_OK && TextOf("$TITLE") != name) {
+    status = vq::CheckNamesAreFree(GetDatabaseBody(), VQSLATECLASS_FIELD, GetID(), {name}, VQERR_SHARED_FIELD_EXISTS);
+    if (status == VQ_OK) status = SaveTitle(name);
+  }
   return VQIsError(status) ? status : VQSlateBody::Save(flags);
 }
 

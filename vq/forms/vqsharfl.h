@@ -26,7 +26,8 @@ class VQ_API VQSharedField : public VQSlate {
   using VQSlate::ValidateSlateType;
   VQSTATUS ValidateSlateType(unsigned long type) const override;
 
-  // The field itself, so that changes are saved with the slate. VQWARN_NOT_FOUND for a slate without one.
+  // The field itself, so that changes are saved with the slate, where a name that another one has is refused as by
+  // SetField. VQWARN_NOT_FOUND for a slate without one.
   VQSTATUS GetField(VQFormField* field) const;
   // A copy of the field becomes the definition, and its name the slate's. VQERR_SHARED_FIELD_EXISTS when another shared
   // field has the name, VQERR_INVALID_PARAMETER for a shared field.
