@@ -19,9 +19,11 @@ class TextWriter {
   TextWriter(std::FILE* text, conv::Report& report) : Out(text), Losses(report) {}
 
   void Write(const Record& record) {
+    const bool opensCell = OpensCell;
+    OpensCell = opensCell && StylesParagraphs(record.Signature);
     switch (record.Signature) {
       case conv::kSigParagraph:
-        std::putc('\n', Out);
+        if (!opensCell) std::putc('\n', Out);
         return EndParagraph();
       case conv::kSigText:
         return Run(record);
@@ -104,9 +106,13 @@ class TextWriter {
     if (!style.Name.empty()) Losses.Add(Loss::kStyleName, 0, style.Name);
   }
   void EndParagraph() { InParagraph = false; }
+  static bool StylesParagraphs(std::uint16_t signature) {
+    return signature == conv::kSigDefinition || signature == conv::kSigReference || signature == conv::kSigStyleName ||
+           signature == conv::kSigHide || signature == conv::kSigFormulaReference;
+  }
   void Cell(std::uint8_t row) {
     if (InTable) std::fputs(row == Row ? "\t" : "\t\n", Out);
-    InTable = true;
+    InTable = OpensCell = true;
     Row = row;
     EndParagraph();
   }
@@ -127,6 +133,8 @@ class TextWriter {
   bool InParagraph = false;
   std::uint8_t Row = 0;
   bool InTable = false;
+  // No content yet: the paragraph record ahead of it ends nothing.
+  bool OpensCell = false;
 };
 
 }  // namespace

@@ -148,6 +148,8 @@ TEST_F(Convert, TextTellsWhatItHasNoSignsFor) {
       {"hidden and centred", "<p hidden>a<p align=center>b", "a\nb",
        "hidden paragraphs are shown: 1\nalignments and indentations left out: 1\n"},
       {"a place", "<p id=x>a", "a", "names of places left out: 1: x\n"},
+      {"a table", "a<table><tr><td>b<td>c<tr><td>d<p>e<td></table>f", "a\nb\tc\t\nd\ne\t\t\n\nf",
+       "style names left out: 4: = Text\ntables became lines with tabs: 1\n"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.What);
