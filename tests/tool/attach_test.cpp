@@ -29,12 +29,18 @@ TEST_F(Commands, FilesGoInAndOut) {
       {"detach s.vlt one.txt plan.pdf -o out.pdf", 0, "out.pdf"},
       {"detach s.vlt one.txt 'plan(1).pdf' -o out.pdf", 0, "out.pdf"},
       {"detach s.vlt one.txt empty -o nowhere/empty", 1, "0x"},
+      {"detach s.vlt one.txt plan.pdf -o link", 0, "target"},
+      {"detach s.vlt one.txt plan.pdf -o here", 1, "0x"},
       {"detach s.vlt one.txt ../../evil", 0, "evil"},
       {"check s.vlt", 0, "2 documents checked, 0 faults"},
       {"compact s.vlt", 0, "bytes after"},
       {"detach s.vlt one.txt 'plan(1).pdf'", 0, "plan(1).pdf"},
   };
+  Write("target", "old");
+  fs::create_symlink("target", folder_ / "link");
+  fs::create_symlink(".", folder_ / "here");
   RunRows(rows);
+  EXPECT_TRUE(Read("target") == bytes && fs::is_symlink(folder_ / "link"));
   EXPECT_TRUE(Read("out.pdf") == bytes);
   EXPECT_TRUE(Read("evil") == bytes) << "in this folder, under the last part of the name";
   EXPECT_TRUE(Read("plan(1).pdf") == bytes);

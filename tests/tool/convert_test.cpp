@@ -20,6 +20,7 @@ TEST_F(Commands, MarkdownAndHtmlGoInAndOut) {
       {"show s.vlt page.md --text", 0, "Top em"},
       {"show s.vlt plain.md --text", 0, "# no *heading*"},
       {"check s.vlt", 0, "0 faults"},
+      {"export s.vlt page.md ''", 2, "needs a name"},
       {"export s.vlt page.md out.html", 0, ""},
       {"export s.vlt page.md out.md", 0, ""},
       {"export s.vlt page.md out.x --format html", 0, ""},

@@ -90,6 +90,15 @@ fs::path PlaceFor(const std::string& name) {
   return last;
 }
 
+// The library would put the file in the place of a link; whoever names one means what it leads to.
+fs::path LedTo(const fs::path& place) {
+  std::error_code error;
+  if (!fs::is_symlink(place, error)) return place;
+  const fs::path target = fs::canonical(place, error);
+  if (error) throw Failure{kExitFailed, Printable(place.string()) + " is a link to no file"};
+  return target;
+}
+
 int RunDetach(const Options& options, const Arguments& arguments) {
   Store store(options, arguments.store);
   VQDocument document;
@@ -98,7 +107,7 @@ int RunDetach(const Options& options, const Arguments& arguments) {
   if (document.GetAttachment(FromText(arguments.name), &attachment) != VQ_OK) {
     throw Failure{kExitNotFound, "no attachment " + Printable(arguments.name)};
   }
-  const fs::path place = arguments.output.empty() ? PlaceFor(arguments.name) : fs::path(arguments.output);
+  const fs::path place = arguments.output.empty() ? PlaceFor(arguments.name) : LedTo(arguments.output);
   attachment.Detach(VQString(place.c_str()));
   PrintPath(options, place.string());
   return kExitDone;

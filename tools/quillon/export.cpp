@@ -38,6 +38,7 @@ void Report(const Options& options, const std::string& file, const std::vector<s
 }
 
 int Run(const Options& options, const Arguments& arguments) {
+  if (arguments.file.empty()) throw Failure{kExitUsage, "the file needs a name"};
   Store store(options, arguments.store);
   VQDocument document;
   FindDocument(store.database(), arguments.document, &document);

@@ -34,10 +34,14 @@ std::vector<VQTable> TablesOf(const VQRichText& body) {
   return tables;
 }
 
-// On one line: what starts a new one in the cell, and tabs, become blanks.
+// On one line: what starts a new one in the cell, and tabs, become blanks. A cell that a damaged table lacks is empty.
 std::string CellText(const VQTable& table, unsigned long row, unsigned long column) {
   VQString text;
-  table(row, column).GetText(&text);
+  try {
+    table(row, column).GetText(&text);
+  } catch (VQSTATUS status) {
+    if (status != VQERR_RT_INVALID) throw;
+  }
   std::string shown = ToText(text);
   std::ranges::replace_if(
       shown, [](char c) { return c == '\n' || c == '\t' || c == '\r'; }, ' ');
@@ -135,7 +139,7 @@ void AddTableCommand(CLI::App& app, Options& options, int* result) {
   table->add_option("document", arguments->document, "Number, or the whole Subject")->required();
   table->add_option("cells", arguments->cells, "Texts of the cells of a row or column that is put in");
   table->add_option("--item", arguments->item, "The rich text item (default: Body)");
-  table->add_option("--table", arguments->table, "Its number in the text, from 1")->check(CLI::PositiveNumber);
+  table->add_option("--table", arguments->table, "Its number in the text, from 1")->check(CLI::Range(1UL, 999999UL));
   auto* change = table->add_option_group("change", "One of");
   change->add_option("--insert-row", arguments->insert_row, "Put a row in here; one behind the last appends it")
       ->check(position);

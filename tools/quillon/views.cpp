@@ -235,7 +235,7 @@ void AddViewCommands(CLI::App& app, Options& options, int* result) {
   CLI::App* view = app.add_subcommand("view", "Show rows: place, document, indented columns");
   view->add_option("store", arguments->store, "The store")->required();
   view->add_option("name", arguments->view, "A view or folder")->required();
-  view->add_option("--from", arguments->range.from, "First row, counted from 1")->check(CLI::PositiveNumber);
+  view->add_option("--from", arguments->range.from, "First row, counted from 1")->check(CLI::Range(1UL, 0xFFFFFFFFUL));
   view->add_option("--count", arguments->range.count, "At most so many rows");
   view->add_flag("--categories", arguments->range.categories, "Only the rows of categories");
   view->add_flag("--unread", arguments->unread, "Mark what the user has not read with \"*\"");
