@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -130,28 +131,68 @@ ENGSTATUS StoreUnread(Database& database, std::string_view user, std::size_t beh
   return first && status != ENG_ERR_DB_READ_ONLY ? status : ENGSTATUS{ENG_OK};
 }
 
+// What a table stands for, all that it is made of: while nothing of it changes, neither does the table.
+struct Stamp {
+  std::uint64_t feed = 0;
+  std::uint64_t names = 0;  // the user's
+  std::uint64_t stored_feed = 0;
+  std::vector<std::uint8_t> stored;
+  std::uint64_t table = 0;  // its own fingerprint: clients change it too
+  bool operator==(const Stamp&) const = default;
+};
+
 // Which user a table is for. Handles are not used again for long, so that those that are gone are found by asking.
 class Registry {
  public:
   void Add(ENGHANDLE table, std::string_view user) {
     const std::lock_guard lock(mutex_);
     std::erase_if(users_, [](const auto& entry) { return !handle_table.Find(Kind::kIdTable, entry.first); });
-    users_[table] = user;
+    users_[table] = {std::string(user), std::nullopt};
+  }
+  void SetStamp(ENGHANDLE table, std::optional<Stamp> stamp) {
+    const std::lock_guard lock(mutex_);
+    const auto found = users_.find(table);
+    if (found != users_.end()) found->second.stamp = std::move(stamp);
+  }
+  bool HasStamp(ENGHANDLE table, const Stamp& stamp) {
+    const std::lock_guard lock(mutex_);
+    const auto found = users_.find(table);
+    return found != users_.end() && found->second.stamp == stamp;
   }
   bool Find(ENGHANDLE table, std::string* user) {
     const std::lock_guard lock(mutex_);
     const auto found = users_.find(table);
     if (found == users_.end()) return false;
-    *user = found->second;
+    *user = found->second.user;
     return true;
   }
 
  private:
   std::mutex mutex_;
-  std::map<ENGHANDLE, std::string> users_;
+  struct Known {
+    std::string user;
+    std::optional<Stamp> stamp;
+  };
+  std::map<ENGHANDLE, Known> users_;
 };
 
 Registry registry;
+
+// Reads a list that is not what the stamp's owner stands for, and completes the stamp.
+ENGSTATUS ReadIfChanged(Store& store, std::string_view user, ENGHANDLE table, Stamp* stamp, Ids* ids, bool* same) {
+  const bool own = store.InTransaction();
+  ENGSTATUS status = store.BeginRead();
+  if (status != ENG_OK) return status;
+  UnreadList list;
+  status = store.FeedEnd(&stamp->feed);
+  if (status == ENG_OK) status = store.GetUnread(user, &list);
+  stamp->stored_feed = list.feed;
+  stamp->stored = list.ids;
+  *same = status == ENG_OK && !own && registry.HasStamp(table, *stamp);
+  if (status == ENG_OK && !*same) status = ReadUnread(store, user, &list, ids);
+  store.EndRead();
+  return status;
+}
 
 ENGSTATUS CheckUser(std::string_view user) {
   return user.empty() || user.size() > kLongestName ? ENG_ERR_USER_NAME : ENG_OK;
@@ -192,15 +233,24 @@ ENGSTATUS RefreshUnread(Database& database, ENGHANDLE table, bool* changed) {
   *changed = false;
   std::string user;
   if (!registry.Find(table, &user)) return ENG_OK;
-  UnreadList list;
+  const NamesList names(user);
+  Stamp stamp;
+  stamp.names = names.Sum();
+  stamp.table = idtable::Fingerprint(table);
   Ids ids;
+  bool same = false;
+  bool own = false;
   {
     const std::lock_guard lock(database.mutex());
-    ENGSTATUS status = ReadUnreadOnce(database.store(), user, &list, &ids);
-    if (status == ENG_OK) status = KeepReadable(database, NamesList(user), &ids);
-    if (status != ENG_OK) return status;
+    own = database.store().InTransaction();  // what is undone may have the numbers of what comes after it
+    ENGSTATUS status = ReadIfChanged(database.store(), user, table, &stamp, &ids, &same);
+    if (status == ENG_OK && !same) status = KeepReadable(database, names, &ids);
+    if (status != ENG_OK || same) return status;
   }
-  return idtable::Assign(table, ids, changed);
+  const ENGSTATUS status = idtable::Assign(table, ids, changed);
+  stamp.table = idtable::Fingerprint(table);
+  registry.SetStamp(table, status == ENG_OK && !own ? std::optional(std::move(stamp)) : std::nullopt);
+  return status;
 }
 
 ENGSTATUS SetUnreadTable(Database& database, std::string_view user, ENGHANDLE before, ENGHANDLE after) {

@@ -265,6 +265,17 @@ TEST_F(Folders, AnUnreadTableFollowsAnotherHandle) {
   EXPECT_EQ(EngMemUnlock(table), ENG_OK);
   EXPECT_EQ(EngDbRefreshUnreadTable(other, table, &changed), ENG_OK);
   EXPECT_EQ(changed, 1);
+  const auto refreshed = [&] {
+    EXPECT_EQ(EngDbRefreshUnreadTable(other, table, &changed), ENG_OK);
+    return std::pair(Ids(table), changed);
+  };
+  EXPECT_EQ(refreshed(), std::pair(Ids_{b}, 0));
+  EXPECT_EQ(EngIdTableDelete(table, b, nullptr), ENG_OK);
+  EXPECT_EQ(refreshed(), std::pair(Ids_{b}, 1)) << "a client's own change";
+  const std::uint32_t c = Make({{"Subject", "c"}});
+  EXPECT_EQ(refreshed(), std::pair(Ids_({b, c}), 1));
+  EXPECT_EQ(SetUnread("Jane", {c}, {}), ENG_OK);
+  EXPECT_EQ(refreshed(), std::pair(Ids_{b}, 1)) << "stored as it was, but for later changes";
   EXPECT_EQ(TakeIds(table), Ids_{b});
   ENGHANDLE rows = 0;
   EXPECT_EQ(EngDbRefreshUnreadTable(other, other, &changed), ENG_ERR_INVALID_HANDLE);
