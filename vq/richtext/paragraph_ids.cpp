@@ -136,7 +136,7 @@ VQSTATUS VQRTContainerBody::ReassignPABIDs(unsigned short highest, unsigned shor
   ByID<Meaning> meanings;
   VQRTObjectBody* object = FirstOfType(VQRTTYPE_PAB_OBJECT);
   for (; object; object = NextOfType(object, VQRTTYPE_PAB_OBJECT)) {
-    Paragraph& paragraph = paragraphs.emplace_back(object, vq::PABIDs{}, vq::PABIDs{});
+    Paragraph& paragraph = paragraphs.emplace_back(Paragraph{object, {}, {}});
     if (VQSTATUS status = vq::ReadPABIDs(*object, &paragraph.Old)) return status;
     paragraph.IDs = paragraph.Old;
     if (object->IsType(VQRTTYPE_PAB_REFERENCE)) continue;
