@@ -45,12 +45,12 @@ Collection::Collection(std::shared_ptr<Database> design, std::shared_ptr<Databas
 }
 
 Collection::~Collection() {
+  // Others may hold the index; what they change later they write themselves. What is undone until then must be told.
+  index_->Keep();
   for (const auto& database : {design_database_, entries_}) {
     const std::lock_guard lock(database->mutex());
     database->Unregister(this);
   }
-  // Others may hold the index; what they change later they write themselves.
-  index_->Keep();
 }
 
 ENGSTATUS Collection::Open(std::shared_ptr<Database> design, std::shared_ptr<Database> entries, std::uint32_t view,

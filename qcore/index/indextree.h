@@ -2,6 +2,7 @@
 #ifndef QUILLON_QCORE_INDEX_INDEXTREE_H
 #define QUILLON_QCORE_INDEX_INDEXTREE_H
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -86,8 +87,9 @@ class IndexTree {
 
   // Keeping. False for an index that is not there, stands for something else or can't be read.
   [[nodiscard]] ENGSTATUS LoadKept(const Identity& identity, bool* found);
-  // ENG_ERR_SLATE_CONFLICT when another process has kept its own since.
-  [[nodiscard]] ENGSTATUS Keep(const Identity& identity);
+  // ENG_ERR_SLATE_CONFLICT when another process has kept its own since, or when `stands`, asked where no transaction
+  // can end meanwhile, tells that what the rows come from was undone.
+  [[nodiscard]] ENGSTATUS Keep(const Identity& identity, const std::function<bool()>& stands);
   std::size_t unkept() const { return unkept_; }
   // False for a tree that was never filled, and for one that a failure left half changed.
   bool sound() const { return sound_; }

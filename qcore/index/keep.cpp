@@ -230,8 +230,9 @@ ENGSTATUS IndexTree::WriteChanged(const Identity& identity, std::uint64_t genera
   return status;
 }
 
-ENGSTATUS IndexTree::Keep(const Identity& identity) {
+ENGSTATUS IndexTree::Keep(const Identity& identity, const std::function<bool()>& stands) {
   const std::lock_guard lock(database_->mutex());
+  if (!stands()) return ENG_ERR_SLATE_CONFLICT;
   qcore::Change change(*database_);
   ENGSTATUS status = change.Begin();
   if (status != ENG_OK) return status;

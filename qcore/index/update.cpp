@@ -342,6 +342,8 @@ ENGSTATUS IndexTree::UpdateSingle(DocumentReader& reader, std::uint32_t id) {
   }
   Settle();
   sound_ = true;
+  constexpr std::size_t kManyRows = 256;
+  if (std::max(rows.capacity(), old_rows.capacity()) > kManyRows) single_ = {};
   return ENG_OK;
 }
 

@@ -403,7 +403,8 @@ ENGSTATUS ViewIndex::With(std::uint16_t collation, const Use& use) {
 
 void ViewIndex::KeepSlot(Slot* slot) {
   // Derived data: what can't be written now, in a database that is read only or in use, comes from the feed again.
-  const ENGSTATUS status = Caught([&] { return slot->tree->Keep(identity()); });
+  const auto stands = [&] { return !IsStale(*slot); };
+  const ENGSTATUS status = Caught([&] { return slot->tree->Keep(identity(), stands); });
   if (status == ENG_OK || status == ENG_ERR_SLATE_CONFLICT) slot->passed = 0;
 }
 

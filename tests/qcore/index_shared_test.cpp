@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <functional>
+#include <future>
 #include <memory>
+#include <thread>
 
 #include "engine/formula.h"
 #include "qcore/index/viewindex.h"
@@ -361,6 +363,33 @@ TEST_F(Shared, AReadGoesOnWhileAnotherKeepsItsOwnAgainAndAgain) {
     EXPECT_EQ(AllRows(collection.get()).back(), "2000 d zzz");
   }
   EXPECT_EQ(EngDbClose(other), ENG_OK);
+}
+
+TEST_F(Shared, WhatWasUndoneDuringABuildIsNotKept) {
+  Doc({{"Name", "a"}});
+  const std::uint32_t view = MakeView({{"Name", 1}});
+  struct Turns {
+    std::promise<void> built;
+    std::promise<void> undone;
+    int calls = 0;
+  } turns;
+  const auto wait = [](void* context, std::uint32_t, std::uint32_t) {
+    Turns& at = *static_cast<Turns*>(context);
+    if (at.calls++ != 0) return;
+    at.built.set_value();
+    at.undone.get_future().wait();
+  };
+  ASSERT_EQ(EngCollectionSetProgress(wait, &turns), ENG_OK);
+  ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+  Doc({{"Name", "b"}});
+  std::thread reader([&] { EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), Strings{"1 d a"}); });
+  turns.built.get_future().wait();
+  EXPECT_EQ(EngDbRollback(db_), ENG_OK);
+  turns.undone.set_value();
+  reader.join();
+  EXPECT_EQ(EngCollectionSetProgress(nullptr, nullptr), ENG_OK);
+  Reopen();
+  EXPECT_EQ(AllRows(OpenCollection(db_, view).get()), Strings{"1 d a"});
 }
 
 TEST_F(Shared, AFoldersRowsAreItsMembers) {
