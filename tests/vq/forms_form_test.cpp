@@ -158,6 +158,9 @@ TEST_F(Form, CopiesTakeUnsavedChangesAlong) {
     ASSERT_EQ(source.Save(), VQ_OK);
     EXPECT_EQ(NamesIn(copy), NamesIn(source));
   }
+  ASSERT_EQ(Db.CreateForm(source, &copy), VQ_OK) << "with its list made, and nothing else";
+  EXPECT_EQ(StoredText(copy, "$Fields"), "One|Two|Three");
+  ASSERT_EQ(copy.Open(), VQ_OK);
   EXPECT_EQ(copy.SetName(Store("Source")), VQERR_FORM_EXISTS);
   ASSERT_EQ(copy.SetName(Store("Copy")), VQ_OK);
   EXPECT_EQ(copy.SetAlias(Store("alias")), VQERR_FORM_EXISTS);
@@ -170,7 +173,7 @@ TEST_F(Form, CopiesTakeUnsavedChangesAlong) {
   VQFormArray forms;
   EXPECT_EQ(ReturnedStatusOf([&] { return Db.CreateForm(nameless, nullptr); }), VQERR_FORM_NAME_REQUIRED);
   ASSERT_EQ(Db.GetForms(&forms), VQ_OK);
-  EXPECT_EQ(forms.GetCount(), 3U);
+  EXPECT_EQ(forms.GetCount(), 4U);
 }
 
 // Bits of $Info: a change of one leaves spare words, unknown bits, the name and the tail as they were.
