@@ -142,6 +142,7 @@ std::vector<RefusedRow> RefusedRows() {
       {"row spacing above all", [](VQTable& t) { return t.SetRowSpacing(32761); }, VQERR_CELL_SPACING},
       {"a left margin below 0", [](VQTable& t) { return t.SetLeftMargin(-1); }, VQERR_INVALID_PARAMETER},
       {"a table off the page", [](VQTable& t) { return t.SetLeftMargin(36736); }, VQERR_OUT_OF_RANGE},
+      {"units of no code", [](VQTable& t) { return t.SetUnits(VQUNITS(9)); }, VQERR_INVALID_PARAMETER},
       {"a style of no code", [](VQTable& t) { return t.SetBorderStyle(VQTABLEBORDERSTYLE(12)); },
        VQERR_INVALID_PARAMETER},
       {"text", [](VQTable& t) { return t.Append("a"); }, VQERR_TABLE_APPEND},
@@ -411,6 +412,38 @@ TEST_F(Table, KeepsMarginsUnderAStyle) {
   VQPABDefinition definition;
   VQRTObject companion;
   EXPECT_EQ(table.GetTableBody()->FindSameParagraphStyle(style, &definition, &companion), VQERR_NOT_IMPLEMENTED);
+}
+
+// A style that is set on the text around a table, and on a part of it, leaves cells where their columns are.
+TEST_F(Table, KeepsMarginsUnderAStyleOfTheWholeText) {
+  VQRichText text = NewText();
+  ASSERT_EQ(text.Append("front\nback"), VQ_OK);
+  VQTable table = TableIn(text, 2, 2);
+  Write(table, 1, 1, "a\nword");
+  VQParagraphStyle style;
+  ASSERT_EQ(style.SetAlignment(2), VQ_OK);
+  VQRTCursor start, end;
+  ASSERT_EQ(text.GetCursor(&start), VQ_OK);
+  ASSERT_EQ(text.GetEndCursor(&end), VQ_OK);
+  ASSERT_EQ(text.SetParagraphStyle(start, end, style), VQ_OK);
+  const std::string once = Written(text);
+  ASSERT_EQ(text.SetParagraphStyle(start, end, style), VQ_OK);
+  EXPECT_EQ(Written(text), once) << "definitions serve again";
+  ASSERT_EQ(table.SetColumnWidth(0, 1000), VQ_OK);
+  ASSERT_EQ(table.AppendRows(1), VQ_OK);
+  for (const unsigned long row : {0UL, 1UL, 2UL}) {
+    EXPECT_EQ(MarginsIn(table, row, 0), "1440-2440") << row;
+    EXPECT_EQ(MarginsIn(table, row, 1), "2440-30240") << row;
+  }
+  ASSERT_EQ(style.SetAlignment(1), VQ_OK);
+  ASSERT_EQ(end.GotoFirst("a"), VQ_OK);
+  ASSERT_EQ(text.SetParagraphStyle(start, end, style), VQ_OK);
+  VQParagraphStyle found;
+  for (const auto& [word, alignment] : {std::pair("a", 1), {"word", 2}, {"front", 2}}) {
+    ASSERT_EQ(end.GotoFirst(word), VQ_OK);
+    ASSERT_EQ(end.GetParagraphStyle(&found), VQ_OK);
+    EXPECT_EQ(found.GetCDPABDefinition().JustifyMode, alignment) << word;
+  }
 }
 
 TEST_F(Table, DrawsBorders) {

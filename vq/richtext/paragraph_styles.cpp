@@ -1,9 +1,14 @@
 // Container operations that find, compare and set paragraph styles.
+#include <map>
+#include <tuple>
+#include <vector>
+
 #include "vq/richtext/fontplace.h"
 #include "vq/richtext/pabtree.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqparstl.h"
 #include "vq/richtext/vqrtbody.h"
+#include "vq/richtext/vqrttabl.h"
 #include "vq/richtext/vqstyltx.h"
 
 namespace pab = vq::pab;
@@ -157,6 +162,73 @@ Match MatchOf(const VQParagraphStyle& style, const VQPABDefinitionBody& definiti
   return body.Compare(definition, companion, &equal) == VQ_OK && equal ? Match::kSame : Match::kNone;
 }
 
+using ReferenceList = std::vector<VQRTObjectBody*>;
+
+// A definition that says the same, null for none, and what belongs to it.
+struct EqualStyle {
+  VQPABDefinition Definition;
+  VQRTObject Companion;
+};
+
+VQSTATUS FindEqual(VQRTContainerBody& container, const VQParagraphStyle& style, EqualStyle* equal) {
+  const VQSTATUS found = container.FindSameParagraphStyle(style, &equal->Definition, &equal->Companion);
+  return VQIsError(found) ? found : VQ_OK;
+}
+
+// The identifiers for references from `first` on: those of the equal definition, or of records of their own.
+VQSTATUS PlaceStyle(const EqualStyle& equal, const VQParagraphStyle& style, std::uint16_t pabid, VQRTObjectBody* first,
+                    vq::PABIDs* ids) {
+  if (equal.Definition.IsNull()) {
+    *ids = {pabid, pabid};
+    return PutRecords(*style.GetParagraphStyleBody(), pabid, first);
+  }
+  *ids = pab::IDsOf(*equal.Definition.GetRTObjectBody());
+  if (!equal.Companion.IsNull()) ids->First = pab::IDsOf(*equal.Companion.GetRTObjectBody()).First;
+  if (VQSTATUS status = MoveInFront(equal.Definition.GetRTObjectBody(), first)) return status;
+  return MoveInFront(equal.Companion.GetRTObjectBody(), first);
+}
+
+VQSTATUS WriteAll(const ReferenceList& references, const vq::PABIDs& ids) {
+  for (VQRTObjectBody* reference : references) {
+    if (VQSTATUS status = vq::WritePABIDs(*reference, ids)) return status;
+  }
+  return VQ_OK;
+}
+
+// Cells of a column that one definition styles. They keep their margins.
+struct CellsOfColumn {
+  VQTableCellBody* First;
+  VQParagraphStyle Style;
+  ReferenceList References;
+};
+
+// The references of a range: those in tables that it goes around or ends in, by columns, and the others.
+struct SplitRange {
+  ReferenceList Outside;
+  std::vector<CellsOfColumn> Cells;
+};
+
+VQSTATUS Split(const StyleRange& range, const VQParagraphStyle& style, SplitRange* split) {
+  const bool inCell = range.Container->GetType() == VQRTTYPE_TABLE_CELL;
+  std::map<std::tuple<const VQRTObjectBody*, std::int32_t, std::uint16_t>, std::size_t> groups;
+  for (VQRTObjectBody* reference = range.First; reference && reference != range.Behind;
+       reference = range.Container->NextOfType(reference, VQRTTYPE_PAB_REFERENCE)) {
+    auto* cell = inCell ? nullptr : static_cast<VQTableCellBody*>(CellOf(reference));
+    if (!cell) {
+      split->Outside.push_back(reference);
+      continue;
+    }
+    const std::uint16_t present = pab::IDsOf(*cell->GetFirstReference()).Second;
+    const auto [at, isNew] = groups.try_emplace({cell->GetParent(), cell->GetColumn(), present}, split->Cells.size());
+    if (isNew) {
+      split->Cells.push_back({cell, VQParagraphStyle(), {}});
+      if (VQSTATUS status = cell->AdjustParagraphStyle(style, &split->Cells.back().Style)) return status;
+    }
+    split->Cells[at->second].References.push_back(reference);
+  }
+  return VQ_OK;
+}
+
 }  // namespace
 
 VQSTATUS VQRTContainerBody::AdjustParagraphStyle(const VQParagraphStyle& style, VQParagraphStyle* adjusted) {
@@ -235,30 +307,35 @@ VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& start, const VQR
   if (VQSTATUS status = FindRange(pab::Root(*this), start, end, &range)) return status;
   VQParagraphStyle adjusted;
   if (VQSTATUS status = range.Container->AdjustParagraphStyle(style, &adjusted)) return status;
+  SplitRange split;
+  if (VQSTATUS status = Split(range, style, &split)) return status;
   VQFontStyle font;
   if (adjusted.IsNamed()) {
     if (VQSTATUS status = PrepareFont(range, adjusted, &font)) return status;
   }
-  VQPABDefinition definition;
-  VQRTObject companion;
-  vq::PABIDs ids;
-  VQSTATUS found = range.Container->FindSameParagraphStyle(adjusted, &definition, &companion);
-  if (VQIsError(found)) return found;
+  std::vector<std::uint16_t> pabids(split.Cells.size());
+  if (VQSTATUS status = GetNewPABIDs(&pabids)) return status;
+  EqualStyle equal;
+  if (VQSTATUS status = FindEqual(*range.Container, adjusted, &equal)) return status;
   unsigned short pabid = 0;
-  if (found != VQ_OK) {
+  if (equal.Definition.IsNull()) {
     if (VQSTATUS status = GetNewPABID(&pabid)) return status;
   }
   if (VQSTATUS status = SetFonts(range, font)) return status;
-  if (found == VQ_OK) {
-    ids = pab::IDsOf(*definition.GetRTObjectBody());
-    if (!companion.IsNull()) ids.First = pab::IDsOf(*companion.GetRTObjectBody()).First;
-    if (VQSTATUS status = MoveInFront(definition.GetRTObjectBody(), range.First)) return status;
-    if (VQSTATUS status = MoveInFront(companion.GetRTObjectBody(), range.First)) return status;
-  } else {
-    if (VQSTATUS status = PutRecords(*adjusted.GetParagraphStyleBody(), pabid, range.First)) return status;
-    ids = {pabid, pabid};
+  vq::PABIDs ids;
+  if (VQSTATUS status = PlaceStyle(equal, adjusted, pabid, range.First, &ids)) return status;
+  if (split.Cells.empty()) {
+    return range.Container->ResetPABReferences(range.First, range.Behind, ids.First, ids.Second);
   }
-  return range.Container->ResetPABReferences(range.First, range.Behind, ids.First, ids.Second);
+  if (VQSTATUS status = WriteAll(split.Outside, ids)) return status;
+  for (std::size_t i = 0; i < split.Cells.size(); ++i) {
+    const CellsOfColumn& cells = split.Cells[i];
+    EqualStyle same;
+    if (VQSTATUS status = FindEqual(*cells.First, cells.Style, &same)) return status;
+    if (VQSTATUS status = PlaceStyle(same, cells.Style, pabids[i], cells.References.front(), &ids)) return status;
+    if (VQSTATUS status = WriteAll(cells.References, ids)) return status;
+  }
+  return VQ_OK;
 }
 
 VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& cursor, const VQParagraphStyle& style) {

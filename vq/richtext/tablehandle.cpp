@@ -82,7 +82,8 @@ unsigned long VQTable::GetColumnCount() const { return Open(*this).GetColumns();
 VQUNITS VQTable::GetUnits() const { return Open(*this).GetUnits(); }
 
 VQSTATUS VQTable::SetUnits(VQUNITS units) {
-  return Run(*this, [&](VQTableBody& body) {
+  return Run(*this, [&](VQTableBody& body) -> VQSTATUS {
+    if (static_cast<unsigned>(units) > VQUNITS_DEFAULT) return VQERR_INVALID_PARAMETER;
     body.SetUnits(units);
     return VQ_OK;
   });

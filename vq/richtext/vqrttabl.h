@@ -161,7 +161,8 @@ class VQ_API VQTableBody : public VQRTContainerBody {
 // Handle on a table. A null handle gives VQERR_OBJECT_NOT_INITIALIZED, one whose table has gone VQERR_OBJECT_CLOSED;
 // getters throw. Lengths are in the table's units, which are inches or centimetres by the settings until they are set,
 // and are kept in twips. Positions count from 0. A refused operation changes nothing. See the body for what operations
-// need of the cells.
+// need of the cells. A paragraph style that is set in a cell, or on text with the table in it, leaves margins as they
+// are.
 class VQ_API VQTable : public VQRTContainer {
  public:
   VQTable() = default;
@@ -235,6 +236,7 @@ class VQ_API VQTable : public VQRTContainer {
   // Moves the table. VQERR_INVALID_PARAMETER below 0, VQERR_OUT_OF_RANGE where a margin would pass what its record
   // holds.
   VQSTATUS SetLeftMargin(const double& margin);
+  // VQERR_INVALID_PARAMETER for a value that is none of the units.
   VQSTATUS SetUnits(VQUNITS units);
 
  protected:
