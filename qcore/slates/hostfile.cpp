@@ -50,6 +50,12 @@ std::uint16_t AttributesOf(unsigned mode) {
   return attributes;
 }
 
+// A folder, device or pipe, or a link to one: no plain file is to take its place.
+bool IsPlaceOfOther(const std::string& path) {
+  struct stat present {};
+  return stat(path.c_str(), &present) == 0 && !S_ISREG(present.st_mode);
+}
+
 // For the name beside the place, which a long name of the place itself must not make too long.
 std::string BesideOf(const std::string& path) {
   constexpr char kDigits[] = "0123456789abcdef";
@@ -104,8 +110,7 @@ ENGSTATUS HostFileWriter::Open(const std::string& path, std::uint16_t attributes
   struct stat present {};
   const bool taken = lstat(path.c_str(), &present) == 0;
   if (path.empty() || path.back() == '/') return ENG_ERR_FILE_OPEN;
-  if (taken && !S_ISREG(present.st_mode) && !S_ISLNK(present.st_mode)) return ENG_ERR_FILE_OPEN;
-  if (taken && IsOfOpenStore(path)) return ENG_ERR_FILE_OPEN;
+  if (taken && (IsPlaceOfOther(path) || IsOfOpenStore(path))) return ENG_ERR_FILE_OPEN;
   replaces_ = taken;
   path_ = path;
   const std::string beside = BesideOf(path);

@@ -46,8 +46,8 @@ class HostFileWriter {
   HostFileWriter& operator=(const HostFileWriter&) = delete;
   ~HostFileWriter();
 
-  // ENG_ERR_FILE_OPEN, also for a place that a folder, a device or a store that is open here has. Nobody else ever
-  // reads a private file.
+  // ENG_ERR_FILE_OPEN, also for a place that a folder, a device, a link to one or a store that is open here has. Nobody
+  // else ever reads a private file.
   [[nodiscard]] ENGSTATUS Open(const std::string& path, std::uint16_t attributes);
   // ENG_ERR_FILE_WRITE.
   [[nodiscard]] ENGSTATUS Write(std::span<const std::uint8_t> bytes);

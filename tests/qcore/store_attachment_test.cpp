@@ -140,7 +140,8 @@ TEST_F(Attachments, WhatIsNoFileIsRefused) {
   EXPECT_EQ(count, 0u);
   ASSERT_EQ(Attach(slate, file), ENG_OK);
   ASSERT_EQ(symlink("file", Path("link").c_str()), 0);
-  for (const char* path : {"data", "pipe", "no/file", "file/", ""}) {
+  ASSERT_EQ(symlink("pipe", Path("piped").c_str()), 0);
+  for (const char* path : {"data", "pipe", "piped", "no/file", "file/", ""}) {
     EXPECT_EQ(Extract(slate, Path(path)), ENG_ERR_FILE_OPEN) << path;
   }
   NewFile("file", "stays");
