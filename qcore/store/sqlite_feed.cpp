@@ -67,7 +67,11 @@ ENGSTATUS SqliteStore::TrimFeedWhenDue() {
   if (Replaced() <= kMostReplaced + counters_.slate / kSlateStep) return ENG_OK;
   std::vector<FeedRecord> records;
   ENGSTATUS status = ReadBlocks(0, &records);
-  if (status == ENG_ERR_DB_DAMAGED) return ENG_OK;  // whoever reads it is told
+  if (status == ENG_ERR_DB_DAMAGED) {
+    // Whoever reads it is told; saves go on, and try no more before as many changes.
+    counters_.trimmed += Replaced();
+    return ENG_OK;
+  }
   if (status != ENG_OK) return status;
   KeepLast(&records);
   status = Run(Sql::kClearFeed);
