@@ -212,6 +212,15 @@ ENGSTATUS ViewIndex::ChangedSince(IndexTree& tree, std::uint64_t* feed, std::uin
   return ENG_OK;
 }
 
+// Those that hung below what has another universal ID now stand elsewhere, and nothing leads to them any more.
+ENGSTATUS ViewIndex::LostParents(const IndexTree& tree, bool* lost) {
+  std::uint64_t renamed = 0;
+  const std::lock_guard lock(entries_->mutex());
+  const ENGSTATUS status = entries_->store().LastRenamed(&renamed);
+  *lost = renamed > tree.feed;
+  return status;
+}
+
 ENGSTATUS ViewIndex::BringIn(Slot* slot) {
   IndexTree& tree = *slot->tree;
   tree.watched = slot->watched;
@@ -225,6 +234,10 @@ ENGSTATUS ViewIndex::BringIn(Slot* slot) {
     if (status != ENG_OK) return status;
     // Past a point, reading everything in order costs less than reading much of it in disorder.
     bool needs_build = ids.size() > 1000 + tree.rows().rows() / 2;
+    if (!needs_build && (tree.hierarchy() || reader_->selects_below())) {
+      status = LostParents(tree, &needs_build);
+      if (status != ENG_OK) return status;
+    }
     if (!needs_build) status = tree.Update(*reader_, ids, &needs_build);
     if (status != ENG_OK) return status;
     if (needs_build) return Rebuild(slot);

@@ -81,6 +81,7 @@ class ViewIndex : public std::enable_shared_from_this<ViewIndex> {
   [[nodiscard]] ENGSTATUS Renew(Slot* slot);
   [[nodiscard]] ENGSTATUS BringIn(Slot* slot);
   [[nodiscard]] ENGSTATUS UpdateSlot(Slot* slot);
+  [[nodiscard]] ENGSTATUS LostParents(const IndexTree& tree, bool* lost);
   [[nodiscard]] ENGSTATUS ChangedSince(IndexTree& tree, std::uint64_t* feed, std::uint64_t* folder_change,
                                        std::vector<std::uint32_t>* ids);
   [[nodiscard]] ENGSTATUS ReadMembers();

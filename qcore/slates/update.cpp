@@ -190,7 +190,6 @@ ENGSTATUS Slate::WriteRow(std::uint16_t flags, SlateHeader* header, const std::v
   const Bytes rest = rest_size_ != 0 ? Bytes(block.bytes() + rest_at_, rest_size_) : Bytes();
   const Bytes packed = writer.Finish(rest, header->id);
   if (!base_) return database_->store().InsertSlate(header, packed);
-  if (flags & ENG_UPDATE_FORCE) return database_->store().UpdateSlate(header, packed, nullptr);
   const ORIGINATORID& origin = header->origin;
   const bool same_universal = SameTime(origin.File, base_->origin.File) && SameTime(origin.Slate, base_->origin.Slate);
   const bool same_parent = header->parent.has_value() == base_->parent.has_value() &&
@@ -199,7 +198,9 @@ ENGSTATUS Slate::WriteRow(std::uint16_t flags, SlateHeader* header, const std::v
   const bool same_kind = header->slate_class == base_->slate_class && header->flags == base_->flags;
   const SlateVersion expected{base_->origin.Sequence, base_->origin.SequenceTime,
                               same_universal && same_parent && same_kind};
-  return database_->store().UpdateSlate(header, packed, &expected);
+  Store& store = database_->store();
+  const ENGSTATUS status = store.UpdateSlate(header, packed, (flags & ENG_UPDATE_FORCE) != 0 ? nullptr : &expected);
+  return status == ENG_OK && !same_universal ? store.NoteRenamed() : status;
 }
 
 ENGSTATUS Slate::TakeForeignObjects() {

@@ -225,6 +225,21 @@ ENGSTATUS SqliteStore::UpdateSlate(SlateHeader* header, Bytes packed, const Slat
   return ENG_OK;
 }
 
+ENGSTATUS SqliteStore::LastRenamed(std::uint64_t* feed) {
+  std::vector<std::uint8_t> bytes;
+  const ENGSTATUS status = GetSetting(Setting::kRenamed, &bytes);
+  WireReader reader(bytes);
+  *feed = bytes.empty() ? 0 : reader.Take<std::uint64_t>();
+  if (status != ENG_OK) return status;
+  return bytes.empty() || reader.good() ? ENG_OK : ENG_ERR_DB_DAMAGED;
+}
+
+ENGSTATUS SqliteStore::NoteRenamed() {
+  std::vector<std::uint8_t> bytes;
+  WireWriter(&bytes).Put(counters_.feed);
+  return SetSetting(Setting::kRenamed, bytes);
+}
+
 ENGSTATUS SqliteStore::UpdateMisses(std::uint32_t id) {
   SlateHeader present;
   const ENGSTATUS status = ReadHeader(id, &present);

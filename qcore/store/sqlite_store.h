@@ -66,6 +66,8 @@ class SqliteStore final : public Store {
   ENGSTATUS NewSlateId(std::uint32_t* id) override;
   ENGSTATUS InsertSlate(SlateHeader* header, Bytes packed) override;
   ENGSTATUS UpdateSlate(SlateHeader* header, Bytes packed, const SlateVersion* expected) override;
+  ENGSTATUS LastRenamed(std::uint64_t* feed) override;
+  ENGSTATUS NoteRenamed() override;
   ENGSTATUS MakeDeletionStub(SlateHeader* header) override;
   ENGSTATUS RemoveSlate(const SlateHeader& header) override;
 

@@ -80,6 +80,7 @@ enum class Setting : int {
   kBuild = 6,
   kFullText = 7,
   kTrimmed = 8,  // the store's own: entries that have gone from the change feed
+  kRenamed = 9,  // the store's own: see LastRenamed
 };
 
 // The numbers of the pages of a slate.
@@ -125,6 +126,10 @@ class Store {
   // With `expected`, ENG_ERR_SLATE_CONFLICT when the row is not of that version; ENG_ERR_SLATE_DELETED for a
   // deletion stub; ENG_ERR_NO_SLATE. These three change nothing.
   [[nodiscard]] virtual ENGSTATUS UpdateSlate(SlateHeader* header, Bytes packed, const SlateVersion* expected) = 0;
+  // The change in which a slate last got another universal ID, which those that refer to it do not follow; 0 for none.
+  [[nodiscard]] virtual ENGSTATUS LastRenamed(std::uint64_t* feed) = 0;
+  // Of the slate that was updated last.
+  [[nodiscard]] virtual ENGSTATUS NoteRenamed() = 0;
   // Turns the row into a deletion stub with the header's origin.
   [[nodiscard]] virtual ENGSTATUS MakeDeletionStub(SlateHeader* header) = 0;
   [[nodiscard]] virtual ENGSTATUS RemoveSlate(const SlateHeader& header) = 0;

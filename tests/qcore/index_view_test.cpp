@@ -199,6 +199,39 @@ TEST_F(Views, HostileDocumentsStillGiveRows) {
   EXPECT_EQ(AllRows(deep.get()).size(), 42u) << "a circle";
 }
 
+TEST_F(Views, AnotherUniversalIdLetsResponsesGo) {
+  const std::uint32_t top = Doc({{"Name", "top"}});
+  const std::uint32_t parent = Doc({{"Name", "parent"}}, top);
+  const std::uint32_t child = Doc({{"Name", "child"}}, parent);
+  Doc({{"Name", "grandchild"}}, child);
+  const OpenCollection all(db_, MakeView({{"Name", 1}}));
+  const OpenCollection flat(db_, MakeView({{"Name", 1}}, kFlat, R"(SELECT Name = "top" | @AllDescendants)"));
+  ORIGINATORID former{};
+  ASSERT_EQ(EngSlateGetInfo(db_, parent, &former, nullptr, nullptr), ENG_OK);
+  ORIGINATORID other = former;
+  other.Slate.DateWord ^= 1;
+  struct Rows {
+    ORIGINATORID id;
+    Strings all, flat;
+  };
+  const Rows apart{other, {"1 d child", "1.1 d1 grandchild", "2 d top", "2.1 d1 parent"}, {"1 d parent", "2 d top"}};
+  const Rows together{former,
+                      {"1 d top", "1.1 d1 parent", "1.1.1 d2 child", "1.1.1.1 d3 grandchild"},
+                      {"1 d child", "2 d grandchild", "3 d parent", "4 d top"}};
+  for (const std::uint16_t flags : {0, ENG_UPDATE_FORCE}) {
+    for (const Rows* rows : {&apart, &together}) {
+      const ENGHANDLE slate = OpenSlate(parent);
+      EXPECT_EQ(EngSlateSetHeader(slate, ENG_SLATE_ORIGINATOR, &rows->id), ENG_OK);
+      EXPECT_EQ(EngSlateUpdate(slate, flags), ENG_OK);
+      EXPECT_EQ(EngSlateClose(slate), ENG_OK);
+      for (const auto& [collection, expected] : {std::pair(all.get(), rows->all), {flat.get(), rows->flat}}) {
+        EXPECT_EQ(EngCollectionUpdate(collection), ENG_OK);
+        EXPECT_EQ(AllRows(collection), expected) << flags;
+      }
+    }
+  }
+}
+
 TEST_F(Views, WhatIsNoDocumentAnyMoreHasNoRow) {
   Doc({{"Name", "stays"}});
   const std::uint32_t goes = Doc({{"Name", "goes"}});
