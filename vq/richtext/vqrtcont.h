@@ -94,6 +94,10 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual int IsSelectionValid(const VQRTCursor& start, unsigned long count, VQRTSelection* selection);
   virtual int IsSelectionValid(const VQRTCursor& start, VQRTTYPE type, VQRTSelection* selection);
   int IsSelectionValid(const VQRTObject& object, VQRTSelection* selection) override;
+  // Paragraphs between two cursors become one, as does that of a cursor with its neighbour; also where they stand in a
+  // hotspot. VQWARN_NOT_FOUND without a neighbour or a separator, VQERR_RT_SELECTION_INVALID across cells and with a
+  // table, VQERR_CURSOR_INVALID for a cursor of another text, VQERR_INVALID_PARAMETER for null ones and a wrong order;
+  // nothing is changed then.
   virtual VQSTATUS MergeNextParagraph(VQRTCursor* cursor);
   virtual VQSTATUS MergeParagraphs(VQRTCursor* start, VQRTCursor* end);
   virtual VQSTATUS MergePreviousParagraph(VQRTCursor* cursor);

@@ -41,7 +41,7 @@ class VQ_API VQRTObject : public VQSmartPtr {
   unsigned long GetSize() const;
   VQSTATUS GetText(VQString* text) const;
   VQSTATUS GetText(const VQRTCursor& start, const VQRTCursor& end, VQString* text) const;
-  VQRTTYPE GetType() const;
+  VQRTTYPE GetType() const;  // VQRTTYPE_NONE for a null handle
   int HasOffset() const { return Offset != 0; }
   unsigned long GetOffset() const { return Offset; }
   // Puts a detached object beside this one. VQERR_RT_ALREADY_MEMBER, VQERR_RT_NOT_MEMBER when this one stands in no
@@ -51,7 +51,8 @@ class VQ_API VQRTObject : public VQSmartPtr {
   VQSTATUS InsertPreviousSibling(VQRTObject* object);
   int IsDirty() const;
   int IsLeftOf(const VQRTObject& other) const;
-  // Whether the object is of the type or of one below it. VQERR_OUT_OF_RANGE (thrown) for types outside 1 to 69.
+  // Whether the object is of the type or of one below it. VQERR_OUT_OF_RANGE (thrown) for types outside 1 to 69;
+  // 0 for a null handle.
   int IsType(VQRTTYPE type) const;
   int IsValid() const;
   VQSTATUS RemoveThis(int keepInTree = 1);
