@@ -4,6 +4,7 @@
 #include "tests/vq/support/records.h"
 #include "tests/vq/support/store_fixture.h"
 #include "vq/richtext/font.h"
+#include "vq/richtext/pabtree.h"
 #include "vq/richtext/rthistory.h"
 #include "vq/richtext/vqparstl.h"
 
@@ -185,6 +186,29 @@ TEST_F(History, LimitDropsTheOldestSteps) {
   ASSERT_EQ(Past->Clear(), VQ_OK);
   EXPECT_EQ(Past->GetRedoCount(), 0u);
   EXPECT_EQ(Past->GetSize(), 0u);
+}
+
+// A number that comes back is taken, also where the text was read anew without it.
+TEST_F(History, NumbersThatComeBackAreTaken) {
+  VQDocument document = NewDocument("history");
+  VQRichText stored;
+  ASSERT_EQ(document.CreateItem("Body", &stored), VQ_OK);
+  ASSERT_EQ(stored.Append("a\nb"), VQ_OK);
+  VQParagraphStyle style;
+  ASSERT_EQ(style.SetAlignment(2), VQ_OK);
+  ASSERT_EQ(stored.SetParagraphStyle(At(stored, 2), style), VQ_OK);
+  ASSERT_EQ(Past->Watch(stored), VQ_OK);
+  VQRTCursor start = At(stored, 1), end = At(stored, 3);
+  ASSERT_EQ(stored.Delete(&start, &end), VQ_OK);
+  ASSERT_EQ(document.Save(), VQ_OK);
+  ASSERT_EQ(document.RefreshObjectFromSlateHandle(), VQ_OK);
+  ASSERT_EQ(Past->Undo(), VQ_OK);
+  ASSERT_EQ(style.SetAlignment(1), VQ_OK);
+  ASSERT_EQ(stored.SetParagraphStyle(At(stored, 0), style), VQ_OK);
+  VQRTObject first, second;
+  ASSERT_EQ(stored.FindFirst(VQRTTYPE_PAB_DEFINITION, &first), VQ_OK);
+  ASSERT_EQ(stored.FindLast(VQRTTYPE_PAB_DEFINITION, &second), VQ_OK);
+  EXPECT_NE(vq::pab::IDsOf(*first.GetRTObjectBody()).First, vq::pab::IDsOf(*second.GetRTObjectBody()).First);
 }
 
 // Records that the parser takes in one place only.

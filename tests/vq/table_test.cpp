@@ -747,6 +747,29 @@ TEST_F(Table, TakesTheIdentifiersThatAreLeft) {
   }
 }
 
+// So it is with a style of a whole text: a number for each column, and one for what stands around.
+TEST_F(Table, AStyleTakesEachIdentifierOnce) {
+  for (const int free : {7, 6}) {
+    VQRichText text = RichText(UsesAllBut(free));
+    VQRTCursor cursor = At(text, 1), end;
+    ASSERT_EQ(text.CreateTable(1, 3, &cursor), VQ_OK);
+    ASSERT_EQ(text.Append("y"), VQ_OK);
+    ASSERT_EQ(text.GetEndCursor(&end), VQ_OK);
+    const std::string before = Written(text);
+    VQParagraphStyle style;
+    ASSERT_EQ(style.SetAlignment(2), VQ_OK);
+    ASSERT_EQ(text.SetParagraphStyle(At(text, 0), end, style), free == 7 ? VQ_OK : VQERR_OUT_OF_RANGE);
+    EXPECT_EQ(Written(text) == before, free == 6);
+    std::set<std::uint16_t> ids;
+    VQRTObject object;
+    VQSTATUS found = text.FindFirst(VQRTTYPE_PAB_DEFINITION, &object);
+    for (; found == VQ_OK; found = text.FindNext(object, VQRTTYPE_PAB_DEFINITION, &object)) {
+      EXPECT_TRUE(ids.insert(vq::pab::IDsOf(*object.GetRTObjectBody()).First).second);
+    }
+    EXPECT_EQ(ids.size(), free == 7 ? 7u : 3u);
+  }
+}
+
 // What a hotspot's paragraphs are styled by comes along under identifiers of the target's.
 TEST_F(Table, AHotspotBringsItsStyles) {
   VQRichText from = RichText(Record(SIG_CD_PABDEFINITION, Bytes({5, 0}) + std::string(64, '\0')) + Hotspot(11) +

@@ -1,6 +1,7 @@
 #include "vq/richtext/linktable.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "engine/records.h"
 #include "engine/slate.h"
@@ -137,25 +138,27 @@ namespace {
 class Joining {
  public:
   VQSTATUS Start(const LinkTable& theirs, const LinkTable& ours) {
+    std::vector<std::string> present;
     VQSTATUS status = theirs.GetLinks(&Theirs);
-    if (status == VQ_OK) status = ours.GetLinks(&Ours);
+    if (status == VQ_OK) status = ours.GetLinks(&present);
+    for (std::string& link : present) Ours.try_emplace(std::move(link), Count++);
     return status;
   }
   std::size_t PositionOf(std::size_t old) {
     if (old >= Theirs.size()) return kNowhere;
-    const auto present = std::ranges::find(Ours, Theirs[old]);
-    const auto position = static_cast<std::size_t>(present - Ours.begin());
-    if (present != Ours.end()) return position;
-    Ours.push_back(Theirs[old]);
+    const auto [link, isNew] = Ours.try_emplace(Theirs[old], Count);
+    if (!isNew) return link->second;
     Added += Theirs[old];
     Added.resize(Padded(static_cast<std::uint32_t>(Added.size())));
-    return position;
+    return Count++;
   }
-  bool Fits() const { return Ours.size() < kNowhere; }
+  bool Fits() const { return Count < kNowhere; }
   const std::string& GetAdded() const { return Added; }
 
  private:
-  std::vector<std::string> Theirs, Ours;
+  std::vector<std::string> Theirs;
+  std::unordered_map<std::string, std::size_t> Ours;  // their first positions
+  std::size_t Count = 0;
   std::string Added;
 };
 

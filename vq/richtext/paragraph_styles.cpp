@@ -313,17 +313,22 @@ VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& start, const VQR
   if (adjusted.IsNamed()) {
     if (VQSTATUS status = PrepareFont(range, adjusted, &font)) return status;
   }
+  VQRTContainerBody& root = pab::Root(*this);
+  const unsigned short highest = root.GetHighestPABID();
   std::vector<std::uint16_t> pabids(split.Cells.size());
   if (VQSTATUS status = GetNewPABIDs(&pabids)) return status;
   EqualStyle equal;
   if (VQSTATUS status = FindEqual(*range.Container, adjusted, &equal)) return status;
-  unsigned short pabid = 0;
   if (equal.Definition.IsNull()) {
-    if (VQSTATUS status = GetNewPABID(&pabid)) return status;
+    // All at once: where numbers are scarce, those asked for next are the same until these are used.
+    root.SetHighestPABID(highest);
+    pabids.push_back(0);
+    if (VQSTATUS status = GetNewPABIDs(&pabids)) return status;
   }
   if (VQSTATUS status = SetFonts(range, font)) return status;
   vq::PABIDs ids;
-  if (VQSTATUS status = PlaceStyle(equal, adjusted, pabid, range.First, &ids)) return status;
+  if (VQSTATUS status = PlaceStyle(equal, adjusted, pabids.empty() ? 0 : pabids.back(), range.First, &ids))
+    return status;
   if (split.Cells.empty()) {
     return range.Container->ResetPABReferences(range.First, range.Behind, ids.First, ids.Second);
   }

@@ -258,6 +258,8 @@ VQSTATUS VQRTHistory::Exchange(std::size_t offset, std::size_t size, const Bytes
   VQRTContainerBody* top = Text.GetRichTextBody()->GetTop();
   VQRTObjectBody* const first = ChildAt(offset);
   const VQRTObjectBody* const behind = ChildAt(offset + size);
+  // The text may have been read anew since, without these.
+  top->RegisterPABID(part.GetRichTextBody()->GetTop()->GetHighestPABID());
   const VQSTATUS status = part.GetRichTextBody()->MoveInto(*top, first);
   return status == VQ_OK ? CloseRange(first, behind) : status;
 }

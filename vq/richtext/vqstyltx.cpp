@@ -234,10 +234,12 @@ VQSTATUS VQStylizedTextBody::SplitText(unsigned long offset) {
   status = tail->Copy(this, VQRTCOPYOPTIONS_DEEP);
   if (status != VQ_OK) return status;
   tail->Replace(0, prefix, nullptr, 0);
+  // What may fail comes first: a tail that stands there with all of this would be text twice.
+  MakeValue(kFixedPart);
   status = InsertNextSibling(tail);
   if (status != VQ_OK) return status;
-  MoveCharacters(offset, tail);
   Replace(prefix, static_cast<std::uint32_t>(GetByteCount()) - prefix, nullptr, 0);
+  MoveCharacters(offset, tail);
   return VQ_OK;
 }
 
