@@ -202,7 +202,6 @@ bool RenderTarget::MapParagraph(std::vector<std::uint8_t>& record, std::size_t a
 }
 
 ENGSTATUS RenderTarget::AppendRecords(Bytes records, Source& source, Reading* reading) {
-  unsigned inside = 0;  // hotspots open in that of a subform, whose content stands for it where there is none
   for (std::size_t at = 0; at < records.size();) {
     const auto header = text::RecordAt({records.data() + at, records.size() - at});
     if (!header) return ENG_ERR_RECORD_DAMAGED;
@@ -211,8 +210,8 @@ ENGSTATUS RenderTarget::AppendRecords(Bytes records, Source& source, Reading* re
     at = std::min<std::size_t>(records.size(), at + header->length + (header->length & 1));
     const bool hotspot = signature == kHotspot || signature == kHotspotV4;
     const bool end = signature == kHotspotEnd || signature == kHotspotEndOld;
-    if (inside > 0) {
-      inside = hotspot ? inside + 1 : end ? inside - 1 : inside;
+    if (reading && source.inside > 0) {
+      source.inside = hotspot ? source.inside + 1 : end ? source.inside - 1 : source.inside;
       continue;
     }
     ENGSTATUS status = ENG_OK;
@@ -220,7 +219,7 @@ ENGSTATUS RenderTarget::AppendRecords(Bytes records, Source& source, Reading* re
     if (reading && hotspot) status = ReadSubformName(bytes, &subform);
     if (status != ENG_OK) return ENG_ERR_RECORD_DAMAGED;
     if (!subform.empty()) {
-      inside = 1;
+      source.inside = 1;
       status = AppendSubform(subform, *reading);
     } else if (reading && (signature == kField || signature == kOldField)) {
       status = AppendField(bytes, source, *reading);

@@ -47,6 +47,7 @@ class RenderTarget {
     std::map<std::uint16_t, std::uint16_t> paragraphs;
     std::map<std::uint8_t, std::uint8_t> faces;
     bool has_links = false;  // its links lead where they did
+    unsigned inside = 0;     // hotspots open in that of a subform, whose content stands for it where there is none
   };
   // A document on its way through a form.
   struct Reading {

@@ -721,6 +721,71 @@ TEST_F(Form, NamesOfSubformsComeInOnce) {
   EXPECT_EQ(NamesIn(form), "Name|Town|Street");
 }
 
+// Names that a subform has by now, stored or not; and what a shared field in one says of its definition.
+TEST_F(Form, ChangesInSubformsCountBeforeTheyAreStored) {
+  VQSubform subform;
+  ASSERT_EQ(Db.CreateSubform(Store("Sub"), &subform), VQ_OK);
+  VQRichText inner, body;
+  ASSERT_EQ(subform.GetSubformBody(&inner), VQ_OK);
+  const auto editable = [](const char* name) {
+    VQFormField field(Store(name), VQRTTYPE_TEXT_FIELD);
+    EXPECT_EQ(field.SetComputeOption(VQCOMPUTEOPTION_EDITABLE), VQ_OK);
+    return field;
+  };
+  VQRTObject added;
+  ASSERT_EQ(inner.Append(editable("A"), &added), VQ_OK);
+  ASSERT_EQ(inner.Append(editable("Shared"), &added), VQ_OK);
+  ASSERT_EQ(subform.Save(), VQ_OK);
+  ASSERT_EQ(VQFormField(added).Share(), VQ_OK);
+  ASSERT_EQ(subform.Save(), VQ_OK);
+  VQForm form = NewForm("Outer");
+  ASSERT_EQ(form.GetFormBody(&body), VQ_OK);
+  ASSERT_EQ(body.Append(VQRTSubform(subform)), VQ_OK);
+  ASSERT_EQ(form.Save(), VQ_OK);
+  VQFormField field;
+  ASSERT_EQ(form.GetFormField(Store("Shared"), &field), VQ_OK);
+  ASSERT_EQ(field.SetHelpDescription(Store("help")), VQ_OK);
+  ASSERT_EQ(form.Save(), VQ_OK);
+  VQSharedField shared;
+  ASSERT_EQ(Db.GetSharedField(Store("Shared"), &shared), VQ_OK);
+  ASSERT_EQ(shared.Open(), VQ_OK);
+  ASSERT_EQ(shared.GetField(&field), VQ_OK);
+  EXPECT_EQ(TextOf(field.GetHelpDescription()), "help");
+  ASSERT_EQ(form.GetFormField(Store("A"), &field), VQ_OK);
+  ASSERT_EQ(field.SetName(Store("B")), VQ_OK);
+  EXPECT_EQ(body.Append(editable("B")), VQERR_FIELD_EXISTS);
+  EXPECT_EQ(body.Append(editable("A")), VQ_OK);
+  EXPECT_EQ(body.Append(editable("B")), VQERR_FIELD_EXISTS);
+  EXPECT_EQ(form.Save(), VQ_OK);
+  EXPECT_EQ(StoredText(form, "$Fields"), "A|B|Shared");
+}
+
+// An item that is no text, or can't be read as one, is not written over.
+TEST_F(Form, ItemsOfOtherTypesStay) {
+  VQSubform subform;
+  ASSERT_EQ(Db.CreateSubform(Store("Sub"), &subform), VQ_OK);
+  const struct {
+    unsigned short type;
+    std::string value;
+    VQSTATUS status;
+  } rows[] = {
+      {TYPE_NUMBER, "12345678", VQERR_INCORRECT_ITEM_TYPE},
+      {TYPE_TEXT_LIST, Word(1) + Word(99) + "short", VQERR_CORRUPTED},
+      {TYPE_TEXT_LIST, Word(0), VQ_OK},
+      {TYPE_TEXT, "", VQ_OK},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.status);
+    VQForm form = StoredForm({{"$SubForms", row.type, row.value}, {"$WebFlags", row.type, row.value}});
+    EXPECT_EQ(form.GetFormSlateBody()->AddSubform(subform), row.status);
+    EXPECT_EQ(form.SetTreatContentsAsHTML(0), VQ_OK);
+    EXPECT_EQ(ReturnedStatusOf([&] { return form.SetTreatContentsAsHTML(1); }), row.status);
+    ASSERT_EQ(form.Save(), VQ_OK);
+    EXPECT_EQ(StoredValue(form, "$SubForms") == row.value, row.status != VQ_OK);
+    EXPECT_EQ(StoredValue(form, "$WebFlags") == row.value, row.status != VQ_OK);
+  }
+}
+
 // An opening takes the placeholders away and a save puts them back: the same ones, or what the fields want by then.
 TEST_F(Form, PlaceholdersGoAndComeBack) {
   struct Row {

@@ -226,6 +226,11 @@ TEST_F(Rendered, FormulasOfFieldsAreRun) {
     EXPECT_EQ(TextAfter([&](VQRichText& text) { return text.AppendRenderedDocument(document, form); }), row.text)
         << row.title;
   }
+  const std::string place = Inserted("Sub") + Text("."), rest = Text("here") + HotspotEnd() + Text(".");
+  VQSlate split = NewForm("F", place.substr(0, place.size() - rest.size()));
+  ASSERT_EQ(split.CreateItem("$Body", TYPE_COMPOSITE, rest.data(), rest.size(), 0, VQITEMOPTION_APPEND), VQ_OK);
+  EXPECT_EQ(TextAfter([&](VQRichText& text) { return text.AppendRenderedDocument(document, split); }), "(i).")
+      << "a subform's place in two items";
   EXPECT_EQ(TextAt(document, "Kept") + TextAt(document, "C") + TextAt(document, "D"), "old--") << "as it was";
   const VQSlate form = NewForm("F", Computed("C", kComposed, "\"c\""));
   ASSERT_EQ(Db.CreateDocument(&document), VQ_OK);

@@ -66,6 +66,7 @@ Head ReadHead(const std::string& text) {
     SetOption(&head, text.substr(at, end - at));
     at = end + 1;
   }
+  if (head.name.empty()) throw Failure{kExitUsage, "a field needs a name: \"" + text + "\""};
   return head;
 }
 
@@ -111,6 +112,9 @@ void SetChoices(const VQForm& form, const std::string& text) {
 }
 
 int Create(const Options& options, const Arguments& arguments) {
+  if (arguments.form.find_first_of("|;") == 0 || arguments.form.empty()) {
+    throw Failure{kExitUsage, "a form needs a name: \"" + arguments.form + "\""};
+  }
   Store store(options, arguments.store);
   VQForm form;
   store.database().CreateForm(FromText(arguments.form), &form);

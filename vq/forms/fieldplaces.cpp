@@ -2,6 +2,7 @@
 #include "vq/forms/fieldplaces.h"
 
 #include <algorithm>
+#include <functional>
 
 #include "vq/forms/formtext.h"
 #include "vq/forms/vqfield.h"
@@ -78,8 +79,11 @@ VQSTATUS CheckNames(const VQRTObjectBody& present, const VQRTObjectBody& incomin
 
 constexpr unsigned kDeepestSubform = 8;
 
+using SubformOpener = std::function<VQSTATUS(VQSubform*)>;
+
 struct SubformNames {
   VQDatabaseBody* Database;
+  const SubformOpener& Opener;
   std::vector<unsigned long> Seen;  // each brings its fields once
   std::vector<std::string> Fields;
 
@@ -101,7 +105,7 @@ struct SubformNames {
     const unsigned long id = subform->GetSlateID();
     if (std::find(Seen.begin(), Seen.end(), id) != Seen.end()) return VQWARN_NOT_FOUND;
     Seen.push_back(id);
-    if (VQSTATUS status = subform->CreateSlateBody(0, 0, 0)) return status;
+    if (VQSTATUS status = Opener(subform)) return status;
     if (VQSTATUS status = vq::FindBodyText(subform->GetSlateBody(), text)) return status;
     return (*text)->Initialize();
   }
@@ -120,9 +124,15 @@ struct SubformNames {
   }
 };
 
+bool HasAny(const VQRTObjectBody& root, VQRTTYPE type) {
+  return ForEach(root, type, [](const VQRTObjectBody&) { return VQWARN_NOT_FOUND; }) != VQ_OK;
+}
+
 // Fields that subforms bring count as the form's own.
-VQSTATUS CheckSubformFields(VQDatabaseBody* database, const VQRTObjectBody& present, const VQRTObjectBody& incoming) {
-  SubformNames names{database, {}, {}};
+VQSTATUS CheckSubformFields(VQDatabaseBody* database, const SubformOpener& open, const VQRTObjectBody& present,
+                            const VQRTObjectBody& incoming) {
+  if (!HasAny(incoming, VQRTTYPE_FORM_FIELD) && !HasAny(incoming, VQRTTYPE_RT_SUBFORM)) return VQ_OK;
+  SubformNames names{database, open, {}, {}};
   names.Add(present, 0);
   const std::vector<std::string> there = std::move(names.Fields);
   names.Fields.clear();
@@ -195,7 +205,8 @@ VQSTATUS AdmitFields(const VQSlateBody& slate, VQRichTextBody& text, const VQRTO
 VQSTATUS VQFormBody::AdmitObjects(VQRichTextBody& text, const VQRTObjectBody& incoming, const VQSlateBody* from) {
   const VQSTATUS status = vq::AdmitFields(*this, text, incoming, from);
   if (status != VQ_OK || text.GetNameText() != vq::kFormBodyItem || text.GetTop() == nullptr) return status;
-  return CheckSubformFields(GetDatabaseBody(), *text.GetTop(), incoming);
+  const auto open = [this](VQSubform* subform) { return OpenSubform(subform); };
+  return CheckSubformFields(GetDatabaseBody(), open, *text.GetTop(), incoming);
 }
 VQSTATUS VQSubformBody::AdmitObjects(VQRichTextBody& text, const VQRTObjectBody& incoming, const VQSlateBody* from) {
   return vq::AdmitFields(*this, text, incoming, from);

@@ -175,7 +175,10 @@ VQSTATUS VQFormFieldBody::PrepareSave(std::string* name, unsigned short* type) {
   return ReadName(name);
 }
 
+bool VQFormFieldBody::HasChangedDefinition() const {
+  return SharedField.IsOpen() && SharedField.GetSlateBody()->IsModified() != 0;
+}
+
 VQSTATUS VQFormFieldBody::SaveDefinition(unsigned short flags) {
-  if (!SharedField.IsOpen() || SharedField.GetSlateBody()->IsModified() == 0) return VQ_OK;
-  return SharedField.GetSlateBody()->Save(flags);
+  return HasChangedDefinition() ? SharedField.GetSlateBody()->Save(flags) : VQ_OK;
 }

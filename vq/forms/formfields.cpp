@@ -107,6 +107,19 @@ bool IsOwnPlaceholder(ENGHANDLE slate, unsigned long index, std::string_view nam
   return IsZero(value, sizeof(TIMEDATE));
 }
 
+// In its slate, or in the definition of a shared field there.
+bool IsChanged(const VQSubform& subform) {
+  if (subform.IsOpen() == 0 || subform.IsModified() != 0) return subform.IsOpen() != 0;
+  VQRichTextBody* text = nullptr;
+  if (vq::FindBodyText(subform.GetSlateBody(), &text) != VQ_OK || text->IsInitialized() == 0) return false;
+  VQRTContainerBody* top = text->GetTop();
+  for (VQRTObjectBody* field = top->FirstOfType(VQRTTYPE_FORM_FIELD); field != nullptr;
+       field = top->NextOfType(field, VQRTTYPE_FORM_FIELD)) {
+    if (static_cast<VQFormFieldBody*>(field)->HasChangedDefinition()) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 VQSTATUS VQFormBody::GetFormBody(VQRichText* body) {
@@ -197,12 +210,14 @@ VQSTATUS VQFormBody::AddSubformFields(VQRichTextBody* text, unsigned depth) {
   return VQ_OK;
 }
 
-// As it was changed through a field of the list before, if it was.
+// As it was changed through a field of the list, if it was.
 VQSTATUS VQFormBody::OpenSubform(VQSubform* subform) {
-  for (const VQSubform& changed : ChangedSubforms) {
-    if (changed.GetSlateID() != subform->GetSlateID()) continue;
-    *subform = changed;
-    return VQ_OK;
+  for (const std::vector<VQSubform>* subforms : {&ChangedSubforms, &Subforms}) {
+    for (const VQSubform& present : *subforms) {
+      if (present.GetSlateID() != subform->GetSlateID() || !IsChanged(present)) continue;
+      *subform = present;
+      return VQ_OK;
+    }
   }
   return subform->CreateSlateBody(0, 0, 0);
 }
@@ -239,8 +254,7 @@ VQSTATUS VQFormBody::BuildFieldList() {
   VQSTATUS status = vq::FindOrMakeBodyText(this, &text);
   if (status == VQ_OK) status = text->Initialize();
   if (status != VQ_OK) return status;
-  std::copy_if(Subforms.begin(), Subforms.end(), std::back_inserter(ChangedSubforms),
-               [](const VQSubform& subform) { return subform.IsOpen() != 0 && subform.IsModified() != 0; });
+  std::copy_if(Subforms.begin(), Subforms.end(), std::back_inserter(ChangedSubforms), IsChanged);
   ReleaseFieldList();
   ++ListGeneration;
   status = RemovePlaceholders();

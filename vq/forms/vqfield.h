@@ -331,6 +331,7 @@ class VQ_API VQFormFieldBody : public VQRTElementBody {
   [[nodiscard]] VQSTATUS Resolve(VQFormFieldBody** body);
   // For a form's Save: validates, and gives the name and the value's type.
   [[nodiscard]] VQSTATUS PrepareSave(std::string* name, unsigned short* type);
+  bool HasChangedDefinition() const;
   // Stores a definition that was changed through this field.
   [[nodiscard]] VQSTATUS SaveDefinition(unsigned short flags);
   // The records of another field, as one that is not shared.

@@ -184,13 +184,24 @@ VQSTATUS VQFormBody::SetIsDefaultForm(int flag) {
   return status == VQ_OK ? ReadHeader() : status;
 }
 
+// For one that is about to be written anew: what is no text, or can't be read, is refused.
+VQSTATUS VQFormBody::ReadTextItem(std::string_view item, std::vector<std::string>* texts) const {
+  constexpr std::uint32_t kEmptyList = 4;
+  vq::ItemPlace place;
+  const VQSTATUS status = PlaceOf(item, &place);
+  if (status != VQ_OK) return status == VQWARN_NOT_FOUND ? VQ_OK : status;
+  if (place.Type != TYPE_TEXT && place.Type != TYPE_TEXT_LIST) return VQERR_INCORRECT_ITEM_TYPE;
+  ReadTexts(item, texts);
+  return texts->empty() && place.Size > kEmptyList ? VQERR_CORRUPTED : VQ_OK;
+}
+
 int VQFormBody::GetTreatContentsAsHTML() const { return TextOf(kWebFlags).find(kHTMLLetter) != std::string::npos; }
 
 // The letter stands in the first entry, beside others and ahead of other entries.
 VQSTATUS VQFormBody::SetTreatContentsAsHTML(int flag) {
   if (!HasItem(kWebFlags)) return flag != 0 ? SaveText(kWebFlags, std::string(1, kHTMLLetter), kSignedSummary) : VQ_OK;
   std::vector<std::string> texts;
-  ReadTexts(kWebFlags, &texts);
+  if (VQSTATUS status = ReadTextItem(kWebFlags, &texts)) return flag != 0 ? status : VQ_OK;
   if (texts.empty()) texts.emplace_back();
   std::string& first = texts.front();
   const bool there = first.find(kHTMLLetter) != std::string::npos;
@@ -242,7 +253,7 @@ VQSTATUS VQFormBody::AddSubform(const VQSubform& subform) {
   const VQString name = subform.GetName();
   if (name.IsNull()) return VQERR_NULL_STRING;
   std::vector<std::string> names;
-  ReadTexts(kSubforms, &names);
+  if (VQSTATUS status = ReadTextItem(kSubforms, &names)) return status;
   const std::string added(vq::ViewOf(name));
   if (std::find(names.begin(), names.end(), added) != names.end()) return VQ_OK;
   names.push_back(added);

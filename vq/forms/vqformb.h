@@ -177,6 +177,7 @@ class VQ_API VQForm : public VQSlate {
   // Of the slate; takes effect with Save.
   int GetIsDefaultForm() const;
   VQSTATUS SetIsDefaultForm(int flag);
+  // At once in $WebFlags. VQERR_INCORRECT_ITEM_TYPE, VQERR_CORRUPTED for one that holds no texts, where 1 is set.
   int GetTreatContentsAsHTML() const;
   VQSTATUS SetTreatContentsAsHTML(int flag);
   // Stored while AllowDesignRefreshToModify is on.
@@ -315,7 +316,8 @@ class VQ_API VQFormBody : public VQSlateBody {
   // VQWARN_NOT_FOUND.
   [[nodiscard]] VQSTATUS FindField(const VQString& name, VQFormFieldBody** field);
   // The names in $SubForms. A name that is there already, or one that is not there (VQERR_NOT_FOUND), changes nothing.
-  // VQERR_UNINITIALIZED_ARGUMENT for a null subform.
+  // VQERR_UNINITIALIZED_ARGUMENT for a null subform; VQERR_INCORRECT_ITEM_TYPE or VQERR_CORRUPTED where an item of
+  // that name holds something else.
   [[nodiscard]] VQSTATUS AddSubform(const VQSubform& subform);
   [[nodiscard]] VQSTATUS RemoveSubform(const VQString& name);
 
@@ -373,6 +375,7 @@ class VQ_API VQFormBody : public VQSlateBody {
   void ReconcileAutoLaunch();
   void ReconcileOLE();
   [[nodiscard]] VQSTATUS SaveTemplate();
+  [[nodiscard]] VQSTATUS ReadTextItem(std::string_view item, std::vector<std::string>* texts) const;
   [[nodiscard]] VQSTATUS SaveTexts(std::string_view item, const VQText& texts, int everybody, int* mark);
   [[nodiscard]] VQSTATUS SaveEncryptionKeys();
   [[nodiscard]] VQSTATUS SaveInfo();
