@@ -188,7 +188,10 @@ ENGSTATUS Slate::AddItem(std::uint16_t flags, std::string_view name, const NewVa
   item.own_block = value.own_block;
   item.changed = true;
   item.touched = true;
-  if (many_.hashes.size() == order_.size() && !many_.IsFull()) many_.Add(interned->folded_hash);
+  if (many_.hashes.size() == order_.size()) {
+    // As many as there are items, and of other ones, would pass for these.
+    many_.IsFull() ? many_.Clear() : many_.Add(interned->folded_hash);
+  }
   order_.push_back(*slot);
   modified_ = true;
   return ENG_OK;

@@ -91,6 +91,23 @@ const Edit kEdits[] = {
        all[0].second = "1";
        return all;
      }()},
+    {"one in place of another, whatever their number",
+     {{"Here", "x"}},
+     [](ENGHANDLE s) {
+       for (int i = 0; i < 200; ++i) {
+         Append(s, "N", "1");
+         const BLOCKID old = Find(s, "Here");
+         Append(s, "Here", std::to_string(i));
+         EXPECT_EQ(EngItemDelete(s, old), ENG_OK);
+         EXPECT_EQ(qtest::DataAt(s, Find(s, "Here")), std::to_string(i));
+       }
+       Resize(s, "Here", "found");
+     },
+     [] {
+       List all(200, {"N", "1"});
+       all.emplace_back("Here", "found");
+       return all;
+     }()},
     {"set a text, cut at a character",
      {{"A", "1"}, {"A", "2"}},
      [](ENGHANDLE s) { EngItemSetText(s, Store("A"), Store("ab\xC3\xA9"), 3); },
