@@ -257,6 +257,54 @@ TEST_F(Paragraphs, InsertedTextGetsNumbersOfItsOwn) {
   EXPECT_EQ(Plain(target).size(), 2 * (std::string("ab\ncs\ntxds\nt").size()));
 }
 
+// Numbers that a client has given out are not new any more.
+TEST_F(Paragraphs, ClientsNumbersAreTaken) {
+  const struct {
+    const char* What;
+    VQSTATUS (*Edit)(VQRichText&, VQRTCursor&);
+  } rows[] = {
+      {"a reference put in", [](VQRichText& text, VQRTCursor& at) { return text.Insert(VQPABReference(9), &at); }},
+      {"a reference at the end", [](VQRichText& text, VQRTCursor&) { return text.Append(VQPABReference(9)); }},
+      {"a reference set",
+       [](VQRichText& text, VQRTCursor&) {
+         VQRTObject reference;
+         const VQSTATUS status = text.FindLast(VQRTTYPE_PAB_REFERENCE, &reference);
+         return status == VQ_OK ? VQPABReference(reference).SetPABID(9) : status;
+       }},
+      {"a definition set",
+       [](VQRichText& text, VQRTCursor&) {
+         VQRTObject definition;
+         const VQSTATUS status = text.FindFirst(VQRTTYPE_PAB_DEFINITION, &definition);
+         return status == VQ_OK ? VQPABDefinition(definition).SetPABID(9) : status;
+       }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(kTwo);
+    VQRTCursor at = Before(text, "d");
+    ASSERT_EQ(row.Edit(text, at), VQ_OK);
+    unsigned short number = 0;
+    ASSERT_EQ(text.GetRichTextBody()->GetTop()->GetNewPABID(&number), VQ_OK);
+    EXPECT_EQ(number, 10);
+  }
+}
+
+// A text that comes without a reference can be styled where it comes first.
+TEST_F(Paragraphs, TheFirstTextGetsAReference) {
+  VQParagraphStyle style;
+  ASSERT_EQ(style.SetAlignment(2), VQ_OK);
+  for (const bool append : {true, false}) {
+    VQRichText text;
+    VQRTCursor start;
+    ASSERT_EQ(text.Create(), VQ_OK);
+    ASSERT_EQ(append ? VQ_OK : text.GetCursor(&start), VQ_OK);
+    const VQRichText plain = RichText(Text("ab") + Paragraph() + Text("c"));
+    ASSERT_EQ(append ? text.Append(plain) : text.Insert(plain, &start), VQ_OK);
+    ASSERT_EQ(text.SetParagraphStyle(Before(text, "a"), style), VQ_OK);
+    EXPECT_EQ(Shape(text), append ? "D2R2[ab]P[c]" : "D3R3[ab]P[c]");
+  }
+}
+
 TEST_F(Paragraphs, NumbersBelowAreUsedWhenTheHighestIsTaken) {
   const std::string highest = Record(SIG_CD_PABREFERENCE, Bytes({0xFF, 0xFF}));
   VQRichText target = RichText(kTwo + Paragraph() + highest + Text("z"));

@@ -70,8 +70,7 @@ VQSTATUS DropStandIn(const std::vector<VQRTObjectBody*>& standIn, VQRTContainerB
 
 // Content behind the insertion keeps the style that it had: where the next paragraph relies on the reference in force,
 // it gets one of its own.
-VQSTATUS KeepStyleBehind(const VQRTObjectBody* last, vq::PABIDs inForce) {
-  VQRTObjectBody* object = last->GetNext();
+VQSTATUS KeepStyleBehind(VQRTObjectBody* object, vq::PABIDs inForce) {
   while (object && !object->IsType(VQRTTYPE_NEW_PARAGRAPH) && !object->IsType(VQRTTYPE_PAB_REFERENCE)) {
     object = object->GetNext();
   }
@@ -133,13 +132,13 @@ VQSTATUS VQRTContainerBody::TakeIn(VQRichText& incoming, const vq::TextFindings&
       top.FirstOfType(VQRTTYPE_STYLIZED_TEXT) ? StandIn(root) : std::vector<VQRTObjectBody*>();
   pab::Place place;
   if (VQSTATUS status = pab::SplitAt(*cursor, &place)) return status;
+  if (inForce) {
+    if (VQSTATUS status = KeepStyleBehind(place.Before, pab::IDsOf(*inForce))) return status;
+  }
   fonts.Keep();
   objects.Keep();
   const VQRTObject first(top.GetFirstChild()), last(top.GetLastChild());
   if (VQSTATUS status = incoming.GetRichTextBody()->MoveInto(*place.Parent, place.Before)) return status;
-  if (inForce) {
-    if (VQSTATUS status = KeepStyleBehind(last.GetRTObjectBody(), pab::IDsOf(*inForce))) return status;
-  }
   if (VQSTATUS status = CursorBehind(root, last.GetRTObjectBody(), cursor)) return status;
   if (VQSTATUS status = first.GetRTObjectBody()->AdjustNeighbours(1, 0, nullptr)) return status;
   if (VQSTATUS status = last.GetRTObjectBody()->AdjustNeighbours(0, 1, cursor)) return status;
@@ -165,5 +164,7 @@ VQSTATUS VQRTContainerBody::Append(const VQRichText& richText) {
   if (VQSTATUS status = Adapt(incoming, found, pab::Root(*this))) return status;
   fonts.Keep();
   objects.Keep();
-  return incoming.GetRichTextBody()->MoveInto(*this, nullptr);
+  const bool hasText = top.FirstOfType(VQRTTYPE_STYLIZED_TEXT) != nullptr;
+  if (VQSTATUS status = incoming.GetRichTextBody()->MoveInto(*this, nullptr)) return status;
+  return hasText ? RestoreParagraphs() : VQ_OK;
 }

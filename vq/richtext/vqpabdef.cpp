@@ -1,8 +1,10 @@
 #include "vq/richtext/vqpabdef.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "engine/ods.h"
+#include "vq/richtext/vqrtcont.h"
 
 namespace {
 
@@ -175,6 +177,10 @@ VQSTATUS ReadPABIDs(const VQRTObjectBody& object, PABIDs* ids) {
 }
 
 VQSTATUS WritePABIDs(VQRTObjectBody& object, PABIDs ids) {
+  VQRTBaseContainerBody* top = object.GetTop();
+  if (top && top->IsType(VQRTTYPE_CONTAINER)) {
+    static_cast<VQRTContainerBody*>(top)->RegisterPABID(std::max(ids.First, ids.Second));
+  }
   switch (object.GetType()) {
     case VQRTTYPE_PAB_DEFINITION:
       return SetRecordPABID<CDPABDEFINITION>(object, ODS_CDPABDEFINITION, ids.First);

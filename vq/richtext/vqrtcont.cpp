@@ -132,6 +132,11 @@ VQSTATUS CopyForInsert(const VQRTObject& object, VQRTObject* copy) {
 
 // Identifiers in what comes in mean other things where it comes from.
 VQSTATUS RenewParagraphs(const VQRTObject& incoming, VQRTContainerBody& root) {
+  if (incoming.GetRTObjectBody()->IsType(VQRTTYPE_PAB_OBJECT)) {
+    // A client's own number is one that is taken.
+    const vq::PABIDs ids = vq::pab::IDsOf(*incoming.GetRTObjectBody());
+    root.RegisterPABID(std::max(ids.First, ids.Second));
+  }
   if (!HoldsParagraphs(incoming)) return VQ_OK;
   if (incoming.GetType() == VQRTTYPE_TABLE) return VQTable(incoming).GetTableBody()->RenewIdentifiers(root);
   unsigned short highest = 0;
