@@ -10,15 +10,21 @@ namespace {
 
 using namespace vqtest;
 
-// Cells as texts, columns as widths; what is refused leaves it alone.
+// Spans are only stored: they stay with their cell, and new cells have none.
+struct Cell {
+  std::string Text;
+  int RowSpan = 1, ColumnSpan = 1;
+};
+
+// Columns as widths; what is refused leaves it alone.
 struct Model {
-  std::vector<std::vector<std::string>> Rows;
+  std::vector<std::vector<Cell>> Rows;
   std::vector<long> Widths;
   long Left = 1440, Spacing = 0;
   bool Automatic = true;
 
   Model(std::size_t rows, std::size_t columns)
-      : Rows(rows, std::vector<std::string>(columns)), Widths(columns, 28800 / static_cast<long>(columns)) {}
+      : Rows(rows, std::vector<Cell>(columns)), Widths(columns, 28800 / static_cast<long>(columns)) {}
 
   long Width() const {
     long width = 0;
@@ -31,7 +37,7 @@ struct Model {
     }
   }
   void AddRows(std::size_t at, std::size_t count) {
-    Rows.insert(Rows.begin() + static_cast<long>(at), count, std::vector<std::string>(Widths.size()));
+    Rows.insert(Rows.begin() + static_cast<long>(at), count, std::vector<Cell>(Widths.size()));
   }
   void DeleteRows(std::size_t at, std::size_t count) {
     Rows.erase(Rows.begin() + static_cast<long>(at), Rows.begin() + static_cast<long>(at + count));
@@ -43,7 +49,7 @@ struct Model {
       Scale(width / (width + static_cast<double>(count) * static_cast<double>(Widths[model] + 2 * Spacing)));
     const long added = Widths[model];
     Widths.insert(Widths.begin() + static_cast<long>(at), count, added);
-    for (auto& row : Rows) row.insert(row.begin() + static_cast<long>(at), count, std::string());
+    for (auto& row : Rows) row.insert(row.begin() + static_cast<long>(at), count, Cell());
   }
   void DeleteColumns(std::size_t at, std::size_t count) {
     const double width = static_cast<double>(Width());
@@ -62,14 +68,21 @@ struct Model {
     for (long& width : Widths) width -= 2 * (spacing - Spacing);
     Spacing = spacing;
   }
-  std::string Text() const {
+  // From a place in a cell to one in the same or a later cell; cells are counted along rows.
+  std::string Text(std::size_t first, std::size_t from, std::size_t last, std::size_t to) const {
     std::string text;
-    for (const auto& row : Rows) {
-      for (const std::string& cell : row) text += cell + "\t";
-      text += "\n";
+    for (std::size_t cell = first; cell <= last; ++cell) {
+      std::string words = At(cell).Text;
+      if (cell == last) words.resize(to);
+      text += cell == first ? words.substr(from) : words;
+      if (cell == last) break;
+      text += (cell + 1) % Widths.size() == 0 ? "\t\n" : "\t";
     }
     return text;
   }
+  std::string Text() const { return Text(0, 0, Count() - 1, At(Count() - 1).Text.size()) + "\t\n"; }
+  const Cell& At(std::size_t cell) const { return Rows[cell / Widths.size()][cell % Widths.size()]; }
+  std::size_t Count() const { return Rows.size() * Widths.size(); }
 };
 
 class RandomTable : public EngineFixture {
@@ -106,7 +119,7 @@ class RandomTable : public EngineFixture {
     const std::size_t rows = Plain.Rows.size(), columns = Plain.Widths.size(), count = 1 + Below(3);
     const std::size_t row = Below(rows), column = Below(columns);
     Model after = Plain;
-    switch (Below(11)) {
+    switch (Below(12)) {
       case 0:
         return Settle(Edited.InsertRows(row, count), after, [&] { after.AddRows(row, count); });
       case 1:
@@ -134,10 +147,18 @@ class RandomTable : public EngineFixture {
         const long left = static_cast<long>(Below(3000));
         return Settle(Edited.SetLeftMargin(static_cast<double>(left)), after, [&] { after.Left = left; });
       }
+      case 10: {
+        VQTableCell cell = Edited(row, column);
+        const auto span = static_cast<unsigned char>(Below(256));
+        if (count == 1) {
+          return Settle(cell.SetCDTableCellRowSpan(span), after, [&] { after.Rows[row][column].RowSpan = span; });
+        }
+        return Settle(cell.SetCDTableCellColumnSpan(span), after, [&] { after.Rows[row][column].ColumnSpan = span; });
+      }
       default: {
         VQTableCell cell = Edited(row, column);
         const std::string word = "w" + std::to_string(Below(1000));
-        return Settle(cell.Append(Store(word)), after, [&] { after.Rows[row][column] += word; });
+        return Settle(cell.Append(Store(word)), after, [&] { after.Rows[row][column].Text += word; });
       }
     }
   }
@@ -168,6 +189,35 @@ class RandomTable : public EngineFixture {
     ASSERT_EQ(TextOf(text), Model(2, 3).Text());
   }
 
+  VQRTCursor CursorIn(std::size_t cell, std::size_t at) {
+    const std::size_t columns = Plain.Widths.size();
+    const VQTableCell in = Edited(cell / columns, cell % columns);
+    VQRTCursor cursor;
+    const bool end = at == Plain.At(cell).Text.size();
+    EXPECT_EQ(end ? in.GetEndCursor(&cursor) : in.GetCursor(&cursor), VQ_OK);
+    if (!end) cursor += at;
+    return cursor;
+  }
+
+  // The text, and within one cell the rich text, of a range.
+  void CompareRange() {
+    const std::size_t first = Below(Plain.Count());
+    const std::size_t last = Below(2) ? first : first + Below(Plain.Count() - first);
+    const std::size_t to = Below(Plain.At(last).Text.size() + 1);
+    const std::size_t from = Below((first == last ? to : Plain.At(first).Text.size()) + 1);
+    const VQRTCursor start = CursorIn(first, from), end = CursorIn(last, to);
+    VQString text;
+    ASSERT_EQ(Edited.GetText(start, end, &text), VQ_OK);
+    ASSERT_EQ(TextOf(text), Plain.Text(first, from, last, to));
+    ASSERT_EQ(Body.GetText(start, end, &text), VQ_OK);
+    ASSERT_EQ(TextOf(text), Plain.Text(first, from, last, to));
+    VQRichText part;
+    ASSERT_EQ(Body.GetRichText(start, end, &part), first == last ? VQ_OK : VQERR_RT_SELECTION_INVALID);
+    if (first == last) {
+      ASSERT_EQ(vqtest::Plain(part), Plain.Text(first, from, last, to));
+    }
+  }
+
   // Each row says the same of a column, whose one definition has its margins.
   void CompareColumn(unsigned long column, long left) {
     const VQTableCellBody* head = Edited(0, column).GetTableCellBody();
@@ -185,6 +235,8 @@ class RandomTable : public EngineFixture {
       ASSERT_EQ(record.LeftMargin, left);
       ASSERT_EQ(record.RightMargin, right);
       ASSERT_EQ(record.FractionalWidth == 0, !Plain.Automatic);
+      ASSERT_EQ(record.RowSpan, Plain.Rows[row][column].RowSpan);
+      ASSERT_EQ(record.ColumnSpan, Plain.Rows[row][column].ColumnSpan);
       ASSERT_EQ(vq::pab::IDsOf(*cell.GetTableCellBody()->GetFirstReference()).Second, settings.PABID);
     }
   }
@@ -208,6 +260,7 @@ TEST_F(RandomTable, StaysLikeAGrid) {
     SCOPED_TRACE(step);
     Step();
     Compare();
+    CompareRange();
     if (step % 40 == 39) Reload();
     if (HasFailure()) return;
   }
