@@ -289,6 +289,18 @@ TEST_F(Paragraphs, ClientsNumbersAreTaken) {
   }
 }
 
+// At the end of a popup nothing follows that could hold the cursor.
+TEST_F(Paragraphs, WhatEndsWithAParagraphComesIntoAPopup) {
+  VQRichText text = RichText(kTwo + Hotspot(1) + Text("p") + HotspotEnd() + Text("z"));
+  VQRTObject popup;
+  VQRTCursor cursor;
+  ASSERT_EQ(text.FindFirst(VQRTTYPE_TEXT_POPUP, &popup), VQ_OK);
+  ASSERT_EQ(VQRTContainer(popup).GetEndCursor(&cursor), VQ_OK);
+  ASSERT_EQ(text.Insert(RichText(Reference(1) + Text("q") + Paragraph()), &cursor), VQ_OK);
+  ASSERT_EQ(text.Insert("x", &cursor), VQ_OK);
+  EXPECT_EQ(Plain(text), "ab\ncdpqx\nz");
+}
+
 // A text that comes without a reference can be styled where it comes first.
 TEST_F(Paragraphs, TheFirstTextGetsAReference) {
   VQParagraphStyle style;

@@ -82,11 +82,16 @@ VQSTATUS KeepStyleBehind(VQRTObjectBody* object, vq::PABIDs inForce) {
   return object->InsertNextSibling(vq::MakePABReference(inForce).GetRTObjectBody());
 }
 
+// Ends and parts of structures are none.
+bool HoldsCursors(const VQRTObjectBody& object) {
+  return object.IsType(VQRTTYPE_ELEMENT) || object.IsType(VQRTTYPE_CONTAINER);
+}
+
 // Behind what was put in: its last element, or what follows a last paragraph record; else the element before it. Where
 // there is none the cursor stays.
 VQSTATUS CursorBehind(VQRTContainerBody& root, VQRTObjectBody* last, VQRTCursor* cursor) {
   VQRTObjectBody* object = last;
-  while (object && !pab::IsContent(object)) object = object->GetNext();
+  while (object && !HoldsCursors(*object)) object = object->GetNext();
   if (object) {
     const VQSTATUS status = pab::PutCursor(cursor, object, object == last);
     if (status != VQWARN_NOT_FOUND) return status;
