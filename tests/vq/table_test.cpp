@@ -573,6 +573,26 @@ struct HostileRow {
   VQSTATUS Change;
 };
 
+// Bytes behind the fields that are known stay with their records, which stay readable.
+TEST_F(Table, KeepsLongerRecordsWhole) {
+  const auto longer = [](std::string record, int lengthAt) {
+    record[static_cast<std::size_t>(lengthAt)] = static_cast<char>(record[static_cast<std::size_t>(lengthAt)] + 4);
+    return record + "more";
+  };
+  VQRichText text = RichText(longer(Begin(), 1) + longer(CellRecord(0, 0, 1440, 3440, 0), 1) +
+                             longer(Definition(5, 1440, 3440), 2) + Reference(5) + Text("a") + TableEnd());
+  VQTable table = TableAt(text, 0);
+  ASSERT_EQ(table.SetColumnSpacing(100), VQ_OK);
+  ASSERT_EQ(table.SetBackgroundColor(3), VQ_OK);
+  const std::string written = Written(text);
+  const VQRichText again = RichText(written);
+  EXPECT_EQ(Written(again), written);
+  EXPECT_EQ(TableAt(again, 0)(0, 0).GetBackgroundColor(), 3);
+  std::size_t kept = 0;
+  for (std::size_t at = written.find("more"); at != std::string::npos; at = written.find("more", at + 1)) ++kept;
+  EXPECT_EQ(kept, 3u);
+}
+
 TEST_F(Table, TakesWhatStrangersWrite) {
   const std::string cell = CellRecord(0, 0, 1440, 3440, 0) + Definition(5, 1440, 3440) + Reference(5) + Text("a");
   const std::string below = CellRecord(1, 0, 1440, 3440, 0) + Reference(5) + Text("b");

@@ -1,5 +1,8 @@
 #include "vq/richtext/rtcheck.h"
 
+#include <algorithm>
+
+#include "engine/ods.h"
 #include "vq/richtext/vqrtinit.h"
 
 namespace vq {
@@ -60,6 +63,14 @@ VQRTTYPE StreamType(const VQRTObjectBody& object) {
   if (object.GetType() != VQRTTYPE_COMPOSITE_DATA) return object.GetType();
   const RecordBytes bytes(object);
   return VQRichTextParser::StructureType(bytes.Get(), bytes.GetSize());
+}
+
+std::uint32_t LengthWithRest(const VQRTObjectBody& object, unsigned short code) {
+  const std::uint32_t fixed = EngOdsLength(code);
+  const RecordBytes bytes(object);
+  RecordHeader header;
+  if (bytes.GetSize() <= fixed || !ReadRecordHeader(bytes.Get(), bytes.GetSize(), &header)) return fixed;
+  return std::max(fixed, std::min(header.Length, bytes.GetSize()));
 }
 
 namespace {

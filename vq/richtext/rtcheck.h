@@ -25,6 +25,9 @@ VQRTTYPE GraphicHeaderOf(VQRTTYPE part);
 // The object's type as the parser will see it, for an opaque record by its signature.
 VQRTTYPE StreamType(const VQRTObjectBody& object);
 
+// The length for the header of an object whose fixed part is written anew: what its record has behind that stays in it.
+std::uint32_t LengthWithRest(const VQRTObjectBody& object, unsigned short code);
+
 // The parser's stack as the objects make it in stream order.
 class StreamCheck {
  public:

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "engine/ods.h"
+#include "vq/richtext/rtcheck.h"
 #include "vq/richtext/vqrtcont.h"
 
 namespace {
@@ -68,7 +69,7 @@ VQSTATUS VQPABDefinitionBody::GetRecord(CDPABDEFINITION* record) const {
 
 VQSTATUS VQPABDefinitionBody::SetRecord(const CDPABDEFINITION& record) {
   CDPABDEFINITION stored = record;
-  stored.Header = {SIG_CD_PABDEFINITION, EngOdsLength(ODS_CDPABDEFINITION)};
+  stored.Header = {SIG_CD_PABDEFINITION, static_cast<std::uint16_t>(vq::LengthWithRest(*this, ODS_CDPABDEFINITION))};
   return WriteODS(ODS_CDPABDEFINITION, &stored, 0);
 }
 

@@ -39,14 +39,14 @@ inline constexpr unsigned long STYLENAMEFLAG_ON_CYCLE_LIST = 0x0002;
 inline constexpr unsigned long STYLENAMEFLAG_FOR_ALL_DOCUMENTS = 0x0004;
 
 // First line against the left margin.
-enum VQINDENTATION : unsigned int {
+enum VQINDENTATION : int {
   VQINDENTATION_NONE = 0,
   VQINDENTATION_INDENT = 1,
   VQINDENTATION_OUTDENT = 2,
 };
 
 // The two-bit codes of the record.
-enum VQTABALIGNMENT : unsigned int {
+enum VQTABALIGNMENT : int {
   VQTABALIGNMENT_LEFT = 0,
   VQTABALIGNMENT_RIGHT = 1,
   VQTABALIGNMENT_DECIMAL = 2,

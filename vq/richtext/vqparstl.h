@@ -14,7 +14,7 @@
 class VQNamedStyleBody;
 class VQParagraphStyle;
 
-enum VQLISTSTYLE : unsigned int {
+enum VQLISTSTYLE : int {
   VQLISTSTYLE_NONE = 0,
   VQLISTSTYLE_1 = 1,
   VQLISTSTYLE_2 = 2,

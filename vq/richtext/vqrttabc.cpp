@@ -1,6 +1,7 @@
 #include "vq/richtext/vqrttabc.h"
 
 #include "engine/ods.h"
+#include "vq/richtext/rtcheck.h"
 #include "vq/richtext/vqrttabl.h"
 #include "vq/richtext/vqstyltx.h"
 
@@ -104,7 +105,7 @@ VQSTATUS VQTableCellBody::ReadCell(CDTABLECELL* record) const { return ReadODS(O
 
 VQSTATUS VQTableCellBody::WriteCell(const CDTABLECELL& record) {
   CDTABLECELL cell = record;
-  cell.Header = {SIG_CD_TABLECELL, static_cast<std::uint8_t>(EngOdsLength(ODS_CDTABLECELL))};
+  cell.Header = {SIG_CD_TABLECELL, static_cast<std::uint8_t>(vq::LengthWithRest(*this, ODS_CDTABLECELL))};
   if (VQSTATUS status = WriteODS(ODS_CDTABLECELL, &cell, 0)) return status;
   const bool moved = Row != cell.Row || Column != cell.Column;
   TakePlace();

@@ -13,7 +13,7 @@ class VQTableBody;
 inline constexpr long VQTABLE_MAX_ROWS = 255;
 inline constexpr long VQTABLE_MAX_COLS = 64;
 
-enum VQTABLEBORDERTYPE : unsigned int {
+enum VQTABLEBORDERTYPE : int {
   VQTABLEBORDERTYPE_NONE = 0,
   VQTABLEBORDERTYPE_SINGLE = 1,
   VQTABLEBORDERTYPE_DOUBLE = 2,

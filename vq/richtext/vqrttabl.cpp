@@ -5,6 +5,7 @@
 
 #include "engine/ods.h"
 #include "vq/richtext/pabtree.h"
+#include "vq/richtext/rtcheck.h"
 #include "vq/richtext/tablelayout.h"
 #include "vq/richtext/vqparstl.h"
 #include "vq/richtext/vqstyltx.h"
@@ -93,7 +94,7 @@ VQSTATUS VQTableBody::ReadBegin(CDTABLEBEGIN* record) const { return ReadODS(ODS
 
 VQSTATUS VQTableBody::WriteBegin(const CDTABLEBEGIN& record) {
   CDTABLEBEGIN begin = record;
-  begin.Header = {SIG_CD_TABLEBEGIN, static_cast<std::uint8_t>(EngOdsLength(ODS_CDTABLEBEGIN))};
+  begin.Header = {SIG_CD_TABLEBEGIN, static_cast<std::uint8_t>(vq::LengthWithRest(*this, ODS_CDTABLEBEGIN))};
   return WriteODS(ODS_CDTABLEBEGIN, &begin, 0);
 }
 

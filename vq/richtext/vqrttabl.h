@@ -20,7 +20,7 @@ class TableLayout;
 }
 
 // How borders are drawn; codes of the store.
-enum VQTABLEBORDERSTYLE : unsigned int {
+enum VQTABLEBORDERSTYLE : int {
   VQTABLEBORDERSTYLE_2 = 2,  // neither of the others
   VQTABLEBORDERSTYLE_4 = 4,
   VQTABLEBORDERSTYLE_8 = 8,

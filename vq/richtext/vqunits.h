@@ -4,7 +4,7 @@
 
 #include "vq/frame/export.h"
 
-enum VQUNITS : unsigned int {
+enum VQUNITS : int {
   VQUNITS_INCHES = 0,
   VQUNITS_CENTIMETERS = 1,
   VQUNITS_TWIPS = 2,
