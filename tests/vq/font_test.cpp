@@ -318,4 +318,19 @@ TEST_F(Font, FacesAreSavedAndCarriedToOtherDocuments) {
   ASSERT_EQ(database.Close(), VQ_OK);
 }
 
+TEST_F(Font, KeepsWhatIsBehindAnExtension) {
+  VQRichText text = RichText(Record(SIG_CD_TEXT_STYLE_EXT, Bytes({1, 0x80, 0, 10}) + "more") + Text("a") + Text("b"));
+  VQRTObject run;
+  ASSERT_EQ(text.FindFirst(VQRTTYPE_STYLIZED_TEXT, &run), VQ_OK);
+  VQStylizedText first(run);
+  const unsigned long font = first.GetStylizedTextBody()->GetFontID() ^ 0x100;
+  ASSERT_EQ(first.GetStylizedTextBody()->SetFontID(font), VQ_OK);
+  const std::string written = Written(text);
+  EXPECT_NE(written.find("more"), std::string::npos);
+  VQRichText again = RichText(written);
+  EXPECT_EQ(Written(again), written);
+  ASSERT_EQ(again.FindFirst(VQRTTYPE_STYLIZED_TEXT, &run), VQ_OK);
+  EXPECT_EQ(VQStylizedText(run).GetStylizedTextBody()->GetFontID(), font);
+}
+
 }  // namespace

@@ -6,6 +6,7 @@
 #include "engine/records.h"
 #include "engine/text.h"
 #include "vq/richtext/font.h"
+#include "vq/richtext/rtcheck.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqrtwrit.h"
@@ -273,7 +274,9 @@ VQSTATUS VQStylizedTextBody::SetFontID(unsigned long fontID) {
     if (status != VQ_OK) return status;
   }
   if (extended) {
-    const CDTEXTSTYLEEXT record = {{SIG_CD_TEXT_STYLE_EXT, kFixedPart}, static_cast<std::uint32_t>(fontID)};
+    const std::uint32_t length = extension ? vq::LengthWithRest(*extension, ODS_CDTEXTSTYLEEXT) : kFixedPart;
+    const CDTEXTSTYLEEXT record = {{SIG_CD_TEXT_STYLE_EXT, static_cast<std::uint16_t>(length)},
+                                   static_cast<std::uint32_t>(fontID)};
     const VQRTObject hold(extension ? extension : new VQRTObjectBody(VQRTTYPE_TEXT_STYLE_EXT, SIG_CD_TEXT_STYLE_EXT));
     VQSTATUS status = hold.GetRTObjectBody()->WriteODS(ODS_CDTEXTSTYLEEXT, &record, 0);
     if (status == VQ_OK && !extension) status = VQRTBaseContainerBody::Append(hold.GetRTObjectBody());
