@@ -202,19 +202,10 @@ TEST_F(FieldProperty, FormatsAreFourBytesEach) {
   VQForm form = FormOfFields(bytes.Record());
   VQFormField field = First(form);
   EXPECT_EQ(field.GetNumberFormat().GetDigits(), 1U);
-  VQNumberFormat number;
-  ASSERT_EQ(number.SetDigits(200), VQ_OK);
-  ASSERT_EQ(number.SetFormat(VQNUMBERFORMAT_CURRENCY), VQ_OK);
-  ASSERT_EQ(number.SetParentheses(1), VQ_OK);
-  VQDatetimeFormat time;
-  ASSERT_EQ(time.SetDateFormat(VQDATEFORMAT_MONTH_DAY), VQ_OK);
-  ASSERT_EQ(time.SetTimeFormat(VQTIMEFORMAT_PARTIAL), VQ_OK);
-  ASSERT_EQ(time.SetTimeZoneDisplay(VQTIMEZONEDISPLAY_ALWAYS), VQ_OK);
-  ASSERT_EQ(time.SetDatetimeDisplay(VQDATETIMEDISPLAY_TIME), VQ_OK);
-  ASSERT_EQ(field.SetNumberFormat(number), VQ_OK);
-  ASSERT_EQ(field.SetDatetimeFormat(time), VQ_OK);
+  ASSERT_EQ(field.SetNumberFormat(vqtest::OtherNumberFormat()), VQ_OK);
+  ASSERT_EQ(field.SetDatetimeFormat(vqtest::OtherDatetimeFormat()), VQ_OK);
   std::string stored = bytes.Record();
-  stored.replace(10, 8, Bytes({200, 3, 2, 0, 2, 1, 2, 1}));
+  stored.replace(10, vqtest::kFormatsSize, vqtest::kOtherFormats, vqtest::kFormatsSize);
   EXPECT_EQ(BodyOf(form), stored);
   EXPECT_EQ(field.GetDatetimeFormat().GetTimeFormat(), VQTIMEFORMAT_PARTIAL);
 }

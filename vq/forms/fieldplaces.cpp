@@ -77,8 +77,6 @@ VQSTATUS CheckNames(const VQRTObjectBody& present, const VQRTObjectBody& incomin
   });
 }
 
-constexpr unsigned kDeepestSubform = 8;
-
 using SubformOpener = std::function<VQSTATUS(VQSubform*)>;
 
 struct SubformNames {
@@ -94,7 +92,7 @@ struct SubformNames {
       VQRichTextBody* text = nullptr;
       const VQSTATUS found = vq::Caught([&] { return Open(place, &subform, &text); });
       if (found == VQ_OK) AddFields(*text->GetTop());
-      if (found == VQ_OK && depth + 1 < kDeepestSubform) Add(*text->GetTop(), depth + 1);
+      if (found == VQ_OK && depth + 1 < vq::kDeepestSubform) Add(*text->GetTop(), depth + 1);
       return VQ_OK;
     }));
   }

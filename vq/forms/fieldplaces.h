@@ -7,6 +7,9 @@
 
 namespace vq {
 
+// Levels of subforms that count; what is deeper is not looked at.
+inline constexpr unsigned kDeepestSubform = 8;
+
 // Whether the slate's $Body takes what comes from a rich text of `from`, null for one that stands alone.
 // VQERR_FIELD_EXISTS, VQERR_SUBFORM_EXISTS, VQERR_SHARED_FIELD_OTHER_DATABASE. Fields that subforms bring are not asked
 // for: those count in forms alone.

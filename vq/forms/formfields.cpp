@@ -4,6 +4,7 @@
 
 #include "engine/slate.h"
 #include "engine/status.h"
+#include "vq/forms/fieldplaces.h"
 #include "vq/forms/formtext.h"
 #include "vq/forms/vqformb.h"
 #include "vq/store/storetext.h"
@@ -11,7 +12,6 @@
 namespace {
 
 constexpr std::string_view kFields = "$Fields";
-constexpr unsigned kDeepestSubform = 8;
 
 // Items of the form itself, for which no field's name can stand.
 constexpr std::string_view kOwnItems[] = {"$TITLE",
@@ -204,7 +204,7 @@ VQSTATUS VQFormBody::AddSubformFields(VQRichTextBody* text, unsigned depth) {
     if (found != VQ_OK || inner->Initialize() != VQ_OK) continue;
     Subforms.push_back(subform);
     VQSTATUS status = AddFields(inner);
-    if (status == VQ_OK && depth + 1 < kDeepestSubform) status = AddSubformFields(inner, depth + 1);
+    if (status == VQ_OK && depth + 1 < vq::kDeepestSubform) status = AddSubformFields(inner, depth + 1);
     if (status != VQ_OK) return status;
   }
   return VQ_OK;

@@ -2,6 +2,8 @@
 #ifndef QUILLON_TESTS_VQ_SUPPORT_PROPERTY_ROWS_H
 #define QUILLON_TESTS_VQ_SUPPORT_PROPERTY_ROWS_H
 
+#include <gtest/gtest.h>
+
 #include <concepts>
 #include <cstdint>
 #include <string>
@@ -9,6 +11,8 @@
 #include <vector>
 
 #include "vq/frame/vqcommon.h"
+#include "vq/values/vqdtime.h"
+#include "vq/values/vqnumber.h"
 
 namespace vqtest {
 
@@ -78,6 +82,25 @@ inline ValueBits Each(std::initializer_list<std::uint32_t> values) {
   for (const std::uint32_t value : values) bits.emplace_back(value, value);
   return bits;
 }
+
+// Formats whose eight bytes, numbers first, all differ from the usual ones.
+inline VQNumberFormat OtherNumberFormat() {
+  VQNumberFormat format;
+  EXPECT_EQ(format.SetDigits(200), VQ_OK);
+  EXPECT_EQ(format.SetFormat(VQNUMBERFORMAT_CURRENCY), VQ_OK);
+  EXPECT_EQ(format.SetParentheses(1), VQ_OK);
+  return format;
+}
+inline VQDatetimeFormat OtherDatetimeFormat() {
+  VQDatetimeFormat format;
+  EXPECT_EQ(format.SetDateFormat(VQDATEFORMAT_MONTH_DAY), VQ_OK);
+  EXPECT_EQ(format.SetTimeFormat(VQTIMEFORMAT_PARTIAL), VQ_OK);
+  EXPECT_EQ(format.SetTimeZoneDisplay(VQTIMEZONEDISPLAY_ALWAYS), VQ_OK);
+  EXPECT_EQ(format.SetDatetimeDisplay(VQDATETIMEDISPLAY_TIME), VQ_OK);
+  return format;
+}
+inline constexpr char kOtherFormats[] = "\xC8\x03\x02\x00\x02\x01\x02\x01";
+inline constexpr std::size_t kFormatsSize = 8;
 
 }  // namespace vqtest
 
