@@ -44,16 +44,19 @@ Encoding EncodingOf(std::string_view html) {
   return ascii ? Encoding::kAscii : Encoding::kUtf8;
 }
 
-// Whether the number that stands at the begin is none of a character: the parser would leave it out.
-bool IsBadReference(std::string_view text) {
-  if (!text.starts_with("&#")) return false;
+// How long a reference is that stands at the begin and whose number is none of a character, which the parser would
+// leave out; 0 for others.
+std::size_t BadReference(std::string_view text) {
+  if (!text.starts_with("&#")) return 0;
   const bool hex = text.size() > 2 && (text[2] | 0x20) == 'x';
   const char* digits = text.data() + (hex ? 3 : 2);
   std::uint32_t number = 0;
   const auto [end, error] = std::from_chars(digits, text.data() + text.size(), number, hex ? 16 : 10);
-  if (end == digits) return false;
+  if (end == digits) return 0;
   const bool control = number < 0x20 && number != '\t' && number != '\n' && number != '\r';
-  return error != std::errc() || control || (number >= 0xD800 && number < 0xE000) || number > 0x10FFFF;
+  const bool bad = error != std::errc() || control || (number >= 0xD800 && number < 0xE000) || number > 0x10FFFF;
+  const auto length = static_cast<std::size_t>(end - text.data());
+  return !bad ? 0 : length + (text.substr(length).starts_with(';') ? 1 : 0);
 }
 
 bool NeedsCleaning(std::string_view html) {
@@ -74,12 +77,10 @@ std::string Cleaned(std::string_view html, unsigned* replaced) {
     } else if (html[i] == '\0') {
       cleaned.append(kReplacement);
       ++*replaced;
-    } else if (IsBadReference(html.substr(i))) {
+    } else if (const std::size_t length = BadReference(html.substr(i))) {
       cleaned.append(kReplacement);
       ++*replaced;
-      start = html.find_first_not_of("#xXabcdefABCDEF0123456789", start);
-      if (start == std::string_view::npos) return cleaned;
-      if (html[start] == ';') ++start;
+      start = i + length;
     } else {
       cleaned += '&';
     }
