@@ -52,6 +52,16 @@ bool IsLook(std::string_view attribute, std::string_view element) {
   return false;
 }
 
+// As browsers take it: without space and control characters around it, and without line ends and tabs.
+std::string AddressOf(const HtmlNode& node, std::string_view attribute) {
+  std::string address(node.Get(attribute));
+  const auto shows = [](char c) { return static_cast<unsigned char>(c) > ' '; };
+  address.erase(std::find_if(address.rbegin(), address.rend(), shows).base(), address.end());
+  address.erase(address.begin(), std::ranges::find_if(address, shows));
+  std::erase_if(address, [](char c) { return c == '\t' || c == '\n' || c == '\r'; });
+  return address;
+}
+
 // What other elements look like or lead to depends on it.
 bool ChangesOthers(const HtmlNode& node) {
   return (node.Is("base") && node.Find("href")) ||
@@ -196,6 +206,7 @@ ENGSTATUS HtmlReader::Read(std::string_view html) {
   if (ENGSTATUS status = tree.Read(html)) return status;
   for (unsigned left = tree.CountInvalid(); left > 0; --left) Losses.Add(Loss::kInvalidText);
   for (unsigned left = tree.CountCutLinks(); left > 0; --left) Losses.Add(Loss::kCutLink);
+  for (unsigned left = tree.CountCutTags(); left > 0; --left) Losses.Add(Loss::kStyle, 0, "more than 1,000 attributes");
   Walk(tree.Root());
   EndParagraph();
   for (const std::string& name : std::exchange(Anchors, {})) Losses.Add(Loss::kAnchor, Line, name);
@@ -242,11 +253,11 @@ bool HtmlReader::ReadTag(std::string_view tag) {
   if (rule.What == Kind::kBreak) {
     Runs.LineBreak();
   } else if (rule.What == Kind::kPicture) {
-    const std::string_view address = node.Get("src");
-    if (address.empty() || address.size() > kLongestAddress) return false;
+    const std::string address = AddressOf(node, "src");
+    if (!node.Find("src") || address.size() > kLongestAddress) return false;
     Runs.Picture(address, node.Get("title"), node.Get("alt"));
   } else if (rule.What == Kind::kLink && node.Find("href")) {
-    Runs.BeginLink(node.Get("href"), node.Get("title"));
+    Runs.BeginLink(AddressOf(node, "href"), node.Get("title"));
     Tags.push_back({node.Name, 0});
   } else if (rule.What == Kind::kFormat || (rule.What == Kind::kLink && named)) {
     Tags.push_back({node.Name, Runs.Open(ChangeOf(node, rule))});
@@ -610,7 +621,7 @@ void HtmlReader::Prepare() {
   }
   PutAnchors();
   if (!ActiveLink || Runs.InLink()) return;
-  Runs.BeginLink(ActiveLink->Get("href"), ActiveLink->Get("title"));
+  Runs.BeginLink(AddressOf(*ActiveLink, "href"), ActiveLink->Get("title"));
   LinkShown = true;
 }
 
@@ -679,8 +690,8 @@ void HtmlReader::LeavePre() {
 }
 
 void HtmlReader::Picture(const HtmlNode& node) {
-  const std::string_view address = node.Get("src");
-  if (address.empty() || address.size() > kLongestAddress) {
+  const std::string address = AddressOf(node, "src");
+  if (!node.Find("src") || address.size() > kLongestAddress) {
     Losses.Add(Loss::kImage, Line, node.Get("alt"));
     return Pre ? PreText(node.Get("alt")) : Text(node.Get("alt"));
   }
@@ -691,7 +702,7 @@ void HtmlReader::Picture(const HtmlNode& node) {
 }
 
 void HtmlReader::EnterLink(const HtmlNode& node) {
-  const std::string_view address = node.Get("href");
+  const std::string address = AddressOf(node, "href");
   if (!node.Find("href")) return;
   if (address.size() > kLongestAddress) return Losses.Add(Loss::kLink, Line, address);
   Runs.EndLink();

@@ -3,6 +3,7 @@
 #include <libxml/HTMLparser.h>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cstring>
 #include <memory>
@@ -19,6 +20,8 @@ namespace {
 
 // The parser looks through all open elements at each end tag.
 constexpr unsigned kDeepest = 1000;
+// And through all attributes of a tag at each of them.
+constexpr unsigned kMostAttributes = 1000;
 
 struct ContextFree {
   void operator()(htmlParserCtxt* context) const { htmlFreeParserCtxt(context); }
@@ -57,6 +60,52 @@ std::size_t BadReference(std::string_view text) {
   const bool bad = error != std::errc() || control || (number >= 0xD800 && number < 0xE000) || number > 0x10FFFF;
   const auto length = static_cast<std::size_t>(end - text.data());
   return !bad ? 0 : length + (text.substr(length).starts_with(';') ? 1 : 0);
+}
+
+bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
+
+// Where the value ends that begins there.
+std::size_t ValueEnd(std::string_view html, std::size_t at) {
+  while (at < html.size() && IsSpace(html[at])) ++at;
+  if (at < html.size() && (html[at] == '"' || html[at] == '\'')) {
+    const std::size_t end = html.find(html[at], at + 1);
+    return end == std::string_view::npos ? html.size() : end + 1;
+  }
+  while (at < html.size() && !IsSpace(html[at]) && html[at] != '>') ++at;
+  return at;
+}
+
+// Goes through a tag from its name to its end. *surplus is where the attributes above the limit begin.
+std::size_t TagEnd(std::string_view html, std::size_t at, std::size_t* surplus) {
+  unsigned attributes = 0;
+  bool between = false;
+  while (at < html.size() && html[at] != '>') {
+    if (html[at] == '=') {
+      at = ValueEnd(html, at + 1);
+      between = true;
+      continue;
+    }
+    const bool begins = between && !IsSpace(html[at]) && html[at] != '/';
+    if (begins && attributes++ == kMostAttributes) *surplus = at;
+    between = IsSpace(html[at]) || html[at] == '/';
+    ++at;
+  }
+  return at;
+}
+
+// Tags have no more attributes than the limit; those with more are counted.
+std::string_view WithoutSurplus(std::string_view html, std::string* kept, unsigned* cut) {
+  std::size_t start = 0;
+  for (std::size_t at = 0; (at = html.find('<', at)) != std::string_view::npos;) {
+    if (++at == html.size() || !std::isalpha(static_cast<unsigned char>(html[at]))) continue;
+    std::size_t surplus = 0;
+    at = TagEnd(html, at, &surplus);
+    if (surplus == 0) continue;
+    kept->append(html.substr(start, surplus - start));
+    start = at;
+    ++*cut;
+  }
+  return start == 0 ? html : kept->append(html.substr(start));
 }
 
 bool NeedsCleaning(std::string_view html) {
@@ -266,6 +315,8 @@ ENGSTATUS HtmlTree::Read(std::string_view html) {
   const bool wide = html.starts_with("\xFF\xFE") || html.starts_with("\xFE\xFF");
   std::string cleaned;
   if (!wide && NeedsCleaning(html)) html = cleaned = Cleaned(html, &Invalid);
+  std::string kept;
+  if (!wide) html = WithoutSurplus(html, &kept, &CutTags);
   if (html.empty()) return ENG_OK;
   htmlSAXHandler handler = {};
   handler.startElement = Events::Start;

@@ -43,6 +43,8 @@ class HtmlTree {
   unsigned CountInvalid() const { return Invalid; }
   // Links that went on behind a table or field set in them.
   unsigned CountCutLinks() const { return CutLinks; }
+  // Tags with more than 1,000 attributes: those beyond are left out.
+  unsigned CountCutTags() const { return CutTags; }
 
  private:
   struct Events;
@@ -57,6 +59,7 @@ class HtmlTree {
   HtmlNode* SplitLink = nullptr;  // ended for what begins behind it
   HtmlNode* Reopened = nullptr;   // its continuation, around that
   unsigned CutLinks = 0;
+  unsigned CutTags = 0;
   unsigned Depth = 0;
   ENGSTATUS Failure = 0;
   unsigned Invalid = 0;

@@ -1,11 +1,13 @@
 #include "converters/markdown/writer.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <new>
 
 #include "converters/html/css.h"
 #include "converters/markdown/emphasis.h"
+#include "converters/markdown/lists.h"
 #include "converters/markdown/markdown.h"
 #include "converters/parts/utf8.h"
 #include "engine/status.h"
@@ -37,6 +39,40 @@ std::string Cleaned(std::string_view text, Report& losses) {
   return cleaned;
 }
 
+// Whether what begins there would be read as another character.
+bool IsEntity(std::string_view text) {
+  std::size_t end = 1;
+  while (end < text.size() && (std::isalnum(static_cast<unsigned char>(text[end])) || text[end] == '#')) ++end;
+  return text.starts_with('&') && end < text.size() && text[end] == ';';
+}
+
+// Where libcmark escapes too little: `control` gives what stands for a control character.
+template <typename Control>
+std::string Escaped(std::string_view text, Report& losses, Control control) {
+  const std::string cleaned = Cleaned(text, losses);
+  std::string escaped;
+  for (std::size_t i = 0; i < cleaned.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(cleaned[i]);
+    if (byte < 0x20) {
+      escaped += control(byte);
+    } else {
+      escaped += cleaned[i];
+      if (IsEntity(std::string_view(cleaned).substr(i))) escaped += "amp;";
+    }
+  }
+  return escaped;
+}
+
+std::string AddressOf(std::string_view address, Report& losses) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  return Escaped(address, losses, [&](unsigned char c) { return std::string{'%', kDigits[c >> 4], kDigits[c & 15]}; });
+}
+
+// On one line: an empty one would end the link, and others can begin blocks.
+std::string TitleOf(std::string_view title, Report& losses) {
+  return Escaped(title, losses, [](unsigned char c) { return "&#" + std::to_string(c) + ";"; });
+}
+
 }  // namespace
 
 MarkdownWriter::MarkdownWriter(Report& report)
@@ -48,6 +84,7 @@ MarkdownWriter::MarkdownWriter(Report& report)
 
 std::string MarkdownWriter::Render(cmark_node* node) {
   MakeEmphasisReadable(node);
+  for (unsigned left = MakeListsReadable(node); left > 0; --left) Losses.Add(Loss::kTightList);
   const std::unique_ptr<char, void (*)(void*)> text(cmark_render_commonmark(node, CMARK_OPT_DEFAULT, 0), std::free);
   if (!text) throw std::bad_alloc();
   return text.get();
@@ -229,8 +266,8 @@ void MarkdownWriter::OpenFormat(const Format& format) {
       return Literal.clear();
     case FormatKind::kLink:
       Push(CMARK_NODE_LINK);
-      cmark_node_set_url(Top(), Cleaned(format.Url, Losses).c_str());
-      cmark_node_set_title(Top(), Cleaned(format.Title, Losses).c_str());
+      cmark_node_set_url(Top(), AddressOf(format.Url, Losses).c_str());
+      cmark_node_set_title(Top(), TitleOf(format.Title, Losses).c_str());
       return;
     default: {
       std::string tag = "<" + std::string(TagOf(format.Kind));
@@ -301,11 +338,11 @@ void MarkdownWriter::Picture(std::string_view address, std::string_view title, s
   if (InCode && !Literal.empty()) AddLiteral(CMARK_NODE_CODE, Literal);
   if (InCode) Literal.clear();
   Push(CMARK_NODE_IMAGE);
-  cmark_node_set_url(Top(), Cleaned(address, Losses).c_str());
-  cmark_node_set_title(Top(), Cleaned(title, Losses).c_str());
-  std::string cleaned = Cleaned(text, Losses);
-  std::ranges::replace(cleaned, '\n', ' ');
-  if (!cleaned.empty()) AddLiteral(CMARK_NODE_TEXT, cleaned);
+  cmark_node_set_url(Top(), AddressOf(address, Losses).c_str());
+  cmark_node_set_title(Top(), TitleOf(title, Losses).c_str());
+  std::string shown = Cleaned(text, Losses);
+  std::ranges::replace(shown, '\n', ' ');
+  if (!shown.empty()) AddLiteral(CMARK_NODE_TEXT, shown);
   Pop();
 }
 

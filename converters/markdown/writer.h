@@ -56,7 +56,7 @@ class MarkdownWriter : public Sink {
   void CloseCell();
   void OpenTable(const BlockInfo& block);
   void CloseTable(const BlockInfo& block);
-  static std::string Render(cmark_node* node);
+  std::string Render(cmark_node* node);
 
   Report& Losses;
   Tree Document;

@@ -40,6 +40,7 @@ constexpr std::array<const char*, static_cast<std::size_t>(Loss::kCount)> kWords
     "tables became lines with tabs",
     "bullets and numbers of lists left out",
     "links around tables end with them",
+    "lists got space between their items",
 };
 
 constexpr std::size_t kLongestDetail = 60;

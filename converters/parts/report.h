@@ -44,6 +44,7 @@ enum class Loss {
   kTable,           // a table in plain text
   kListSigns,       // an item's bullet or number in plain text
   kCutLink,         // what stood in a link behind a table
+  kTightList,       // items with space between, so that Markdown can tell their blocks apart
   kCount
 };
 

@@ -13,6 +13,13 @@ std::string Repeat(std::string_view text, std::size_t count) {
   return all;
 }
 
+// Names that differ.
+std::string Numbered(std::string_view name, std::size_t count) {
+  std::string all;
+  for (std::size_t i = 0; i < count; ++i) all += std::string(name) + std::to_string(i) + " ";
+  return all;
+}
+
 // Every way out of what came in.
 void ExpectConvertible(const Converted& records) {
   ASSERT_EQ(records.Status, 0U);
@@ -74,6 +81,7 @@ TEST(Hostile, HtmlIsReadOrRefused) {
       {Repeat("<q>", 900) + Repeat("<div hidden>", 900), ENG_ERR_TEXT_NESTING},
       {"<table><colgroup>" + Repeat("<col span=1000 width=99999999>", 1000) + "<tr><td>a", ENG_OK},
       {"<a " + Repeat("b=c ", 50000) + ">x", ENG_OK},
+      {"<p " + Numbered("a", 300000) + "title='>' lang=\"" + Numbered("b", 5000) + "\">x", ENG_OK},
       {"<a href='" + Repeat("x", 1000000) + "'>x</a><img src='" + Repeat("y", 1000000) + "'>", ENG_OK},
       {"<a href=x" + Repeat("<", 10000), ENG_OK},
       {"<!--" + Repeat("-", 100000), ENG_OK},

@@ -47,6 +47,9 @@ TEST(HtmlText, IsCarried) {
       {"formats of nothing", "<h1><b></b><i><a href=x>a</a></i></h1>", "<h1><em><a href=\"x\">a</a></em></h1>\n"},
       {"raised excludes lowered", "<sup>a<sub>b</sub></sup>", "<p><sup>a</sup><sub>b</sub></p>\n"},
       {"breaks", "a<br>b<br><br>c<br>", "<p>a<br />\nb<br />\n<br />\nc</p>\n"},
+      {"addresses with space around, and lines", "<a href=' http://x/\na\tb '>a</a><img src='\nc.png ' alt=d>",
+       "<p><a href=\"http://x/ab\">a</a><img src=\"c.png\" alt=\"d\" /></p>\n"},
+      {"a picture of no address", "<img src='' alt=a>", "<p><img src=\"\" alt=\"a\" /></p>\n"},
       {"an empty paragraph between", "<p>a</p><p><br></p><p>b</p>", "<p>a</p>\n<p><br /></p>\n<p>b</p>\n"},
       {"references", "&lt;&amp;&gt;&quot;&#65;&eacute;&nbsp;", "<p>&lt;&amp;&gt;&quot;A\xC3\xA9\xC2\xA0</p>\n"},
       {"alignment", "<p align=right>r</p><center>c</center><div style='text-align:justify'><p>j</div>",
@@ -230,9 +233,10 @@ TEST(HtmlOut, TellsWhatOtherRecordsHold) {
 }
 
 TEST(HtmlOut, LeadsNowhereThatRunsCode) {
-  const Converted html = ToHtml(FromHtml("<a href='JavaScript:x'>a</a><img src='data:text/html,x' alt=b>").Bytes);
+  const Converted html = ToHtml(FromHtml("<a href=' Java\tScript:x'>a</a><img src='data:text/html,x' alt=b>").Bytes);
   EXPECT_EQ(html.Bytes, "<p><a href=\"\">a</a><img src=\"\" alt=\"b\" /></p>\n");
   EXPECT_EQ(html.Report, "addresses left out: 2: JavaScript:x\n");
+  EXPECT_EQ(ToHtml(FromHtml(html.Bytes).Bytes).Bytes, html.Bytes);
 }
 
 TEST(HtmlIn, TakesTheTextsOwnEncoding) {
@@ -321,6 +325,47 @@ TEST(MarkdownOut, KeepsWhatMarkdownHasNoSignsFor) {
                 testing::AnyOf(std::string(html), "<p><strong>bold</strong> x<em>.y</em>z<em>a</em><em>b</em></p>\n"))
         << markdown.Bytes;
   }
+}
+
+// Without an empty line between them, blocks in an item would be read as one.
+TEST(MarkdownOut, KeepsBlocksInItemsApart) {
+  const char* const rows[] = {
+      "<li>a<div>b</div></li>",
+      "<li>a<ul><li>b</li></ul>c</li>",
+      "<li>a<ol start=3><li>b</li></ol></li>",
+      "<li>a<hr>b</li>",
+      "<li>a<table border=1><tr><th>b<tr><td>c</table>d</li>",
+      "<li><blockquote>a<div>b</div></blockquote></li>",
+  };
+  for (const char* item : rows) {
+    const Converted markdown = ToMarkdown(FromHtml("<ul>" + std::string(item) + "<li>z</ul>").Bytes);
+    EXPECT_EQ(markdown.Report, "lists got space between their items: 1\n") << item;
+    // With space between from the start, it is the same.
+    const std::string loose = "<ul>" + std::string(item) + "<li><p>z</ul>";
+    std::string expected = ToHtml(FromHtml(loose).Bytes).Bytes;
+    std::string again = ToHtml(FromMarkdown(markdown.Bytes).Bytes).Bytes;
+    const auto drop = [](std::string& html, std::string_view tag) {
+      for (std::size_t at; (at = html.find(tag)) != std::string::npos;) html.erase(at, tag.size());
+    };
+    for (std::string* html : {&expected, &again}) {
+      for (const char* tag : {"<p>", "</p>", "\n"}) drop(*html, tag);
+    }
+    EXPECT_EQ(again, expected) << markdown.Bytes;
+  }
+  EXPECT_EQ(ToMarkdown(FromHtml("<ul><li>a<ul><li>b</ul><pre>c</pre>d<li>e</ul>").Bytes).Report, "");
+}
+
+TEST(MarkdownOut, LinksStayAsTheyAre) {
+  const char* const rows[] = {
+      "<p><a href=\"x\" title=\"a\n\n- b &amp;lt; &amp; \\&quot;\">c</a></p>\n",
+      "<p><a href=\"x?a=1&amp;lt;2&amp;b\">c</a></p>\n",
+      "<p><img src=\"x\" alt=\"c\" title=\"a\n# b\" /></p>\n",
+  };
+  for (const char* html : rows) {
+    const Converted markdown = ToMarkdown(FromHtml(html).Bytes);
+    EXPECT_EQ(ToHtml(FromMarkdown(markdown.Bytes).Bytes).Bytes, html) << markdown.Bytes;
+  }
+  EXPECT_EQ(ToMarkdown(FromMarkdown("[a](<b&#9;&#10;c d>)").Bytes).Bytes, "[a](b%09%0Ac%20d)\n");
 }
 
 }  // namespace
