@@ -471,6 +471,7 @@ VQSTATUS VQForm::GetFormField(const VQString& name, VQFormField* field) const {
   if (status == VQ_OK && field == nullptr) status = VQERR_NULL_POINTER;
   VQFormFieldBody* found = nullptr;
   if (status == VQ_OK) status = body->FindField(name, &found);
+  if (status == VQ_OK) status = field->CheckType(VQRTObject(found));
   if (status == VQ_OK) *field = found;
   return vq::Apply(status);
 }

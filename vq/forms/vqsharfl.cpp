@@ -44,6 +44,7 @@ VQSTATUS VQSharedField::GetField(VQFormField* field) const {
   if (status == VQ_OK && field == nullptr) status = VQERR_NULL_POINTER;
   VQFormFieldBody* found = nullptr;
   if (status == VQ_OK) status = GetSharedFieldBody()->FindField(&found);
+  if (status == VQ_OK) status = field->CheckType(VQRTObject(found));
   if (status == VQ_OK) *field = found;
   return vq::Apply(status);
 }

@@ -7,11 +7,14 @@
 #include "vq/values/vqstring.h"
 
 VQSTATUS VQRTCursor::Arrive(VQSTATUS status, const VQRTObject& found, VQRTObject* object) {
-  if (status != VQ_OK) return vq::Apply(status);
-  Adopt(found);
   // A character is reported as its run.
-  if (object) *object = found.GetRTObjectBody();
-  return VQ_OK;
+  if (status == VQ_OK && object) {
+    const VQRTObject reported(found.GetRTObjectBody());
+    status = object->CheckType(reported);
+    if (status == VQ_OK) *object = reported;
+  }
+  if (status == VQ_OK) Adopt(found);
+  return vq::Apply(status);
 }
 
 VQSTATUS VQRTCursor::CheckMotion(VQRTTYPE type) const {

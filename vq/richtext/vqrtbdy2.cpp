@@ -65,7 +65,7 @@ template <typename Operation>
 VQSTATUS VQRichText::Run(Operation operation) const {
   VQRTContainerBody* top = nullptr;
   const VQSTATUS status = Top(&top);
-  return vq::Apply(status != VQ_OK ? status : operation(*top));
+  return vq::Apply(status != VQ_OK ? status : vq::Caught([&] { return operation(*top); }));
 }
 
 VQSTATUS VQRichText::Append(const VQString& text, int convertNewlines) {

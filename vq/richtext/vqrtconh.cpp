@@ -24,7 +24,7 @@ template <typename Operation>
 VQSTATUS Run(const VQRTContainer& container, Operation operation) {
   if (container.IsNull()) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
   VQRTContainerBody* body = container.GetRTContainerBody();
-  return vq::Apply(body->IsClosed() ? VQERR_OBJECT_CLOSED : operation(*body));
+  return vq::Apply(body->IsClosed() ? VQERR_OBJECT_CLOSED : vq::Caught([&] { return operation(*body); }));
 }
 
 }  // namespace

@@ -154,8 +154,11 @@ VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appende
   if (object.HasOffset()) return VQERR_RT_CHARACTERS;
   if (!CanInsertType(object.GetType())) return VQERR_CANT_INSERT_TYPE;
   VQRTObject copy;
-  VQSTATUS status =
-      vq::CheckAdmitted(GetRichTextBody(), *object.GetRTObjectBody(), object.GetRTObjectBody()->GetRichTextBody());
+  VQSTATUS status = appended ? appended->CheckType(object) : VQ_OK;
+  if (status == VQ_OK) {
+    status =
+        vq::CheckAdmitted(GetRichTextBody(), *object.GetRTObjectBody(), object.GetRTObjectBody()->GetRichTextBody());
+  }
   if (status == VQ_OK) status = CopyForInsert(object, &copy);
   vq::FontGuard fonts(GetRichTextBody());
   vq::ObjectGuard objects(GetRichTextBody());
@@ -213,6 +216,7 @@ VQSTATUS VQRTContainerBody::PlaceAt(VQRTObjectBody* object, const VQRTCursor& cu
 
 VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObject* inserted, VQRTCursor* cursor) {
   VQSTATUS status = CheckInsert(object, copy, cursor);
+  if (status == VQ_OK && inserted) status = inserted->CheckType(object);
   if (status == VQ_OK) {
     status =
         vq::CheckAdmitted(GetRichTextBody(), *object.GetRTObjectBody(), object.GetRTObjectBody()->GetRichTextBody());

@@ -66,6 +66,13 @@ void VQRTObject::ValidateRTType(const VQRTObject& object) const {
 
 void VQRTObject::ValidateRTType(const VQRTObjectBody*) const {}
 
+VQSTATUS VQRTObject::CheckType(const VQRTObject& object) const {
+  return vq::Caught([&]() -> VQSTATUS {
+    ValidateRTType(object);
+    return VQ_OK;
+  });
+}
+
 namespace {
 
 VQSTATUS Check(const VQRTObject& object) {

@@ -9,7 +9,7 @@
 // shares the body of its run. Handles share; Copy and CopyRTObject make separate objects. A null handle gives
 // VQERR_OBJECT_NOT_INITIALIZED, one whose object has gone VQERR_OBJECT_CLOSED. Getters of neighbours and finds give
 // VQWARN_NOT_FOUND and a null (finds: an untouched) output when there is none. Assigning an object of the wrong
-// type to a typed handle throws VQERR_CONVERSION_FAILED.
+// type to a typed handle throws VQERR_CONVERSION_FAILED; operations that hand one out give it as their status.
 class VQ_API VQRTObject : public VQSmartPtr {
  public:
   VQRTObject() = default;
@@ -55,6 +55,8 @@ class VQ_API VQRTObject : public VQSmartPtr {
   // 0 for a null handle.
   int IsType(VQRTTYPE type) const;
   int IsValid() const;
+  // VQ_OK, or VQERR_CONVERSION_FAILED for an object that this handle can't be assigned.
+  [[nodiscard]] VQSTATUS CheckType(const VQRTObject& object) const;
   VQSTATUS RemoveThis(int keepInTree = 1);
   VQSTATUS SetDirty(int dirty);
   // VQERR_CORRUPTED for a change between zero and non-zero, VQERR_INVALID_PARAMETER for a place behind the run's end.
