@@ -28,7 +28,8 @@ bool IsForDisplay(const Field& field) {
   return !IsEditable(field) && field.data_type != kComposite && (field.flags & FIELD_COMPUTED) == 0;
 }
 bool IsWhenComposed(const Field& field) {
-  return field.data_type != kComposite && (field.flags & FIELD_WHEN_COMPOSED) != 0;
+  constexpr unsigned kBoth = FIELD_COMPUTED | FIELD_WHEN_COMPOSED;
+  return field.data_type != kComposite && (field.flags & kBoth) == kBoth;
 }
 
 std::uint16_t ItemFlags(const Field& field) {

@@ -230,7 +230,9 @@ TEST_F(ComputeWithForm, StoredDocumentsAndItems) {
   MakeForm({{"Made", "\"once\"", "", "", kComposed},
             {"Who", "\"CN=Ann\"", "", "", kComputed | FIELD_READERS},
             {"Sum", "\"12.5\"", "", "", kComputed | FIELD_SIGN, TYPE_NUMBER},
-            {"Text", "\"rich\"", "", "", kComputed, TYPE_COMPOSITE}});
+            {"Text", "\"rich\"", "", "", kComputed, TYPE_COMPOSITE},
+            {"Shown", "\"shown\"", "", "", FIELD_WHEN_COMPOSED},  // for display, whatever that bit says
+            {"Uses", "Shown", "", "", kComputed}});
   VQDocument document = NewDocument("x");
   SetText(document, "Form", "Stored");
   SetText(document, "Who", "nobody");
@@ -240,6 +242,8 @@ TEST_F(ComputeWithForm, StoredDocumentsAndItems) {
   ASSERT_EQ(document.ComputeWithForm(0), VQ_OK);
   EXPECT_EQ(who.IsDeleted(), 1);
   EXPECT_EQ(TextAt(document, "Made"), "-");
+  EXPECT_EQ(TextAt(document, "Shown"), "-");
+  EXPECT_EQ(TextAt(document, "Uses"), "shown");
   EXPECT_EQ(TextAt(document, "Who"), "CN=Ann");
   VQItem item;
   ASSERT_EQ(document.GetItem(Store("Who"), &item), VQ_OK);

@@ -285,6 +285,8 @@ TEST_F(FieldProperty, AKindThatTheDefinitionIsNot) {
   EXPECT_EQ(keywords.IsShared(), 1);
   EXPECT_EQ(StatusOf([&] { return keywords.GetLookUpNames(); }), VQERR_INAPPROPRIATE);
   EXPECT_EQ(keywords.SetInterfaceOption(VQINTERFACEOPTION_CHECK_BOXES), VQERR_INAPPROPRIATE);
+  EXPECT_EQ(keywords.SetChoicesOption(VQCHOICESOPTION_NONE), VQERR_INAPPROPRIATE);
+  EXPECT_EQ(ReturnedStatusOf([&] { return shared.Open(), shared.GetField(&keywords); }), VQERR_CONVERSION_FAILED);
   EXPECT_EQ(keywords.GetComputeOption(), text.GetComputeOption());
   EXPECT_EQ(TextOf(keywords.GetName()), "T");
 }

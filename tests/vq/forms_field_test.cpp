@@ -213,6 +213,13 @@ TEST_F(FormField, ChoicesHaveOneSource) {
   EXPECT_EQ(names.SetChoicesOption(VQCHOICESOPTION_LIST), VQERR_INVALID_PARAMETER);
   EXPECT_EQ(names.SetLookUpNames(1), VQ_OK);
   EXPECT_EQ(names.GetLookUpNames(), 1);
+  // Whatever another program's bits say.
+  FieldBytes listed = NamedField("K");
+  listed.Flags = FIELD_EDITABLE | FIELD_KEYWORDS;
+  listed.TextValue = Word(1) + Word(1) + "a";
+  VQForm form = FormOfFields(ExtensionRecord(listed.Length(), VQCHOICESOPTION_FORMULA) + listed.Record());
+  EXPECT_EQ(VQKeywordsField(First(form)).GetChoicesOption(), VQCHOICESOPTION_LIST);
+  EXPECT_EQ(form.Save(), VQ_OK);
 }
 
 // An extension that was left behind by a program which did not know it must not be taken for the field's own.

@@ -250,7 +250,14 @@ TEST_F(Form, WhatSettersRefuse) {
        },
        VQWARN_NOT_FOUND},
       {"null field", [&] { return form.GetFormField(Store("x"), nullptr); }, VQERR_NULL_POINTER},
+      {"another kind of field",
+       [&] {
+         VQKeywordsField field;
+         return form.GetFormField(Store("Text"), &field);
+       },
+       VQERR_CONVERSION_FAILED},
   };
+  AddField(form, "Text");
   for (const Row& row : rows) EXPECT_EQ(ReturnedStatusOf(row.set), row.status) << row.what;
   form.Close();
   EXPECT_EQ(ReturnedStatusOf([&] { return form.SetEditOnOpen(1); }), VQERR_OBJECT_NOT_INITIALIZED);
@@ -408,6 +415,13 @@ TEST_F(Form, DamagedDesignsStayClosed) {
     StoredForm({{"$Info", TYPE_COMPOSITE, info.substr(0, size)}}, &status);
     EXPECT_EQ(status, size == 0 ? VQERR_NOT_FOUND : VQERR_CORRUPTED) << size;
   }
+  // The length of a name that is not in use is nobody's business.
+  std::string unused = InfoRecord(0x80, 0, "Body"), launch = LaunchRecord(2, 0, 1, 0, 2, "Body");
+  unused[10] = launch[32] = 99;
+  VQForm form = StoredForm({{"$Info", TYPE_COMPOSITE, unused}, {"$AUTOLAUNCH", TYPE_COMPOSITE, launch}});
+  ASSERT_EQ(form.SetEditOnOpen(1), VQ_OK);
+  ASSERT_EQ(form.Save(), VQ_OK);
+  EXPECT_EQ(ReopenedForm(form).GetEditOnOpen(), 1);
 }
 
 // Opening a slate as a form that it can't be opened as leaves the slate, and what was changed in it.
@@ -577,6 +591,18 @@ TEST_F(Form, NamesComeInOnce) {
        VQERR_FIELD_NAME_CHARACTERS},
       {"a new field's type", [&](VQRTCursor* at) { return body.CreateFormField(Store("N"), VQRTTYPE_TABLE, at); },
        VQERR_INVALID_PARAMETER},
+      {"a handle of another kind",
+       [&](VQRTCursor* at) {
+         VQKeywordsField wrong;
+         return body.CreateFormField(Store("N"), VQRTTYPE_TEXT_FIELD, at, &wrong);
+       },
+       VQERR_CONVERSION_FAILED},
+      {"appended to a handle of another kind",
+       [&](VQRTCursor*) {
+         VQRTSubform wrong;
+         return body.Append(VQFormField(Store("N"), VQRTTYPE_TEXT_FIELD), &wrong);
+       },
+       VQERR_CONVERSION_FAILED},
       {"no cursor", [&](VQRTCursor*) { return body.CreateFormField(Store("N"), VQRTTYPE_TEXT_FIELD, nullptr); },
        VQERR_INVALID_PARAMETER},
       {"rich text", [&](VQRTCursor*) { return body.Append(one); }, VQERR_FIELD_EXISTS},
@@ -719,6 +745,44 @@ TEST_F(Form, NamesOfSubformsComeInOnce) {
   EXPECT_EQ(body.Append(VQFormField(Store("Street"), VQRTTYPE_TEXT_FIELD)), VQERR_FIELD_EXISTS);
   EXPECT_EQ(body.Append(VQFormField(Store("Town"), VQRTTYPE_TEXT_FIELD)), VQ_OK);
   EXPECT_EQ(NamesIn(form), "Name|Town|Street");
+  VQFormField street;
+  ASSERT_EQ(form.GetFormField(Store("Street"), &street), VQ_OK);
+  EXPECT_EQ(street.SetName(Store("Name")), VQERR_FIELD_EXISTS);
+  EXPECT_EQ(street.SetName(Store("Road")), VQ_OK);
+}
+
+// The list follows what happens in the rich text of a subform.
+TEST_F(Form, FieldsComeAndGoInASubform) {
+  VQSubform subform;
+  ASSERT_EQ(Db.CreateSubform(Store("Sub"), &subform), VQ_OK);
+  VQRichText inner, body;
+  ASSERT_EQ(subform.GetSubformBody(&inner), VQ_OK);
+  const auto add = [&](const char* name) {
+    VQFormField field(Store(name), VQRTTYPE_TEXT_FIELD);
+    EXPECT_EQ(field.SetComputeOption(VQCOMPUTEOPTION_EDITABLE), VQ_OK);
+    EXPECT_EQ(inner.Append(field), VQ_OK);
+  };
+  for (const char* name : {"A", "B", "C"}) add(name);
+  ASSERT_EQ(subform.Save(), VQ_OK);
+  ASSERT_EQ(subform.Close(), VQ_OK);
+  VQForm form = NewForm("Outer");
+  AddField(form, "Own");
+  ASSERT_EQ(form.GetFormBody(&body), VQ_OK);
+  VQSubform unopened;
+  ASSERT_EQ(Db.GetSubform(Store("Sub"), &unopened), VQ_OK);
+  EXPECT_EQ(form.GetFormSlateBody()->AddSubform(unopened), VQ_OK);
+  ASSERT_EQ(body.Append(VQRTSubform(unopened)), VQ_OK);
+  VQFormFieldArray fields;
+  ASSERT_EQ(form.GetFormFields(&fields), VQ_OK);
+  ASSERT_EQ(fields[1].GetRichText(&inner), VQ_OK);
+  ASSERT_EQ(inner.DeleteFormField(Store("A")), VQ_OK);
+  EXPECT_EQ(TextOf(fields[2].GetName()), "C");
+  EXPECT_EQ(NamesIn(form), "Own|B|C");
+  add("D");
+  EXPECT_EQ(form.HasFormField(Store("D")), 1);
+  ASSERT_EQ(form.Save(), VQ_OK);
+  EXPECT_EQ(StoredText(form, "$Fields"), "Own|B|C|D");
+  EXPECT_EQ(NamesIn(ReopenedForm(form)), "Own|B|C|D");
 }
 
 // Names that a subform has by now, stored or not; and what a shared field in one says of its definition.

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "vq/forms/fieldedit.h"
+#include "vq/forms/fieldplaces.h"
 #include "vq/forms/vqformb.h"
 #include "vq/richtext/font.h"
 #include "vq/richtext/fontid.h"
@@ -148,10 +149,8 @@ VQSTATUS VQFormFieldBody::CheckNewName(std::string_view name) const {
   VQRichTextBody* text = GetRichTextBody();
   VQSlateBody* slate = text != nullptr ? text->GetSlateBody() : nullptr;
   if (slate != nullptr && slate->GetClassID() == VQCLASSID_VQSUBFORMBODY) {
-    VQRTObject present;
-    const VQSTATUS found = text->GetTop()->GetFormField(vq::StringOf(name), &present);
-    if (found == VQWARN_NOT_FOUND) return VQ_OK;
-    return found == VQ_OK && present.GetRTObjectBody() != this ? VQERR_FIELD_EXISTS : found;
+    VQFormBody* form = VQFormBody::ListingFormOf(*this);
+    return form != nullptr ? form->CheckOthers(name, *this) : vq::CheckFieldNames(*text, name, *this);
   }
   if (slate == nullptr || slate->GetClassID() != VQCLASSID_VQFORMBODY) return VQ_OK;
   VQFormFieldBody* other = nullptr;
@@ -247,15 +246,16 @@ VQSTATUS VQFormFieldBody::GetChoicesOption(VQCHOICESOPTION* option) const {
   if (status != VQ_OK) return status;
   return WithExtension([&](const vq::FieldExtensionView& extension) {
     const unsigned stored = extension.Fixed.Flags1 & vq::kExtensionChoices;
-    *option = IsType(VQRTTYPE_KEYWORDS_FIELD) ? VQCHOICESOPTION_LIST : VQCHOICESOPTION_NONE;
-    if (stored != 0) {
-      *option = static_cast<VQCHOICESOPTION>(stored);
-    } else if (has_list) {
+    if (has_list) {
       *option = VQCHOICESOPTION_LIST;
     } else if (!extension.Parts[vq::kExtensionChoicesFormula].empty()) {
       *option = VQCHOICESOPTION_FORMULA;
     } else if (!extension.Parts[vq::kExtensionView].empty()) {
       *option = VQCHOICESOPTION_VIEW;
+    } else if (stored != 0) {
+      *option = static_cast<VQCHOICESOPTION>(stored);
+    } else {
+      *option = IsType(VQRTTYPE_KEYWORDS_FIELD) ? VQCHOICESOPTION_LIST : VQCHOICESOPTION_NONE;
     }
     return VQ_OK;
   });

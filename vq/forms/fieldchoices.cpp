@@ -52,9 +52,10 @@ VQCHOICESOPTION VQFormField::GetChoices(VQRTTYPE type) const {
   vq::ThrowIfError(status);
   return option;
 }
-VQSTATUS VQFormField::SetChoices(VQRTTYPE type, VQCHOICESOPTION option) {
+VQSTATUS VQFormField::SetChoices(VQRTTYPE type, VQCHOICESOPTION option, bool legal) {
   VQFormFieldBody* body = nullptr;
-  const VQSTATUS status = Resolve(&body, type);
+  VQSTATUS status = Resolve(&body, type);
+  if (status == VQ_OK && !legal) status = VQERR_INVALID_PARAMETER;
   return vq::Apply(status == VQ_OK ? body->SelectChoices(option) : status);
 }
 VQString VQFormField::GetChoicesText(VQRTTYPE type, unsigned part) const {
@@ -104,9 +105,7 @@ VQSTATUS VQKeywordsField::SetInterfaceOption(VQINTERFACEOPTION option) {
 }
 VQCHOICESOPTION VQKeywordsField::GetChoicesOption() const { return GetChoices(kKeywords); }
 VQSTATUS VQKeywordsField::SetChoicesOption(VQCHOICESOPTION option) {
-  const bool legal = option >= VQCHOICESOPTION_LIST && option <= VQCHOICESOPTION_VIEW;
-  if (!legal && !IsNull()) return vq::Apply(VQERR_INVALID_PARAMETER);
-  return SetChoices(kKeywords, option);
+  return SetChoices(kKeywords, option, option >= VQCHOICESOPTION_LIST && option <= VQCHOICESOPTION_VIEW);
 }
 VQSTATUS VQKeywordsField::GetChoicesList(VQText* choices) const {
   VQFormFieldBody* body = nullptr;
@@ -230,9 +229,7 @@ int VQNamesField::GetAllowValuesNotInList() const { return GetListBit(kNames); }
 VQSTATUS VQNamesField::SetAllowValuesNotInList(int flag) { return SetListBit(kNames, flag); }
 VQCHOICESOPTION VQNamesField::GetChoicesOption() const { return GetChoices(kNames); }
 VQSTATUS VQNamesField::SetChoicesOption(VQCHOICESOPTION option) {
-  const bool legal = option == VQCHOICESOPTION_NONE || option == VQCHOICESOPTION_VIEW;
-  if (!legal && !IsNull()) return vq::Apply(VQERR_INVALID_PARAMETER);
-  return SetChoices(kNames, option);
+  return SetChoices(kNames, option, option == VQCHOICESOPTION_NONE || option == VQCHOICESOPTION_VIEW);
 }
 int VQNamesField::GetLookUpNames() const { return GetExtendedBit(kNames, vq::kExtensionLookUpNames); }
 VQSTATUS VQNamesField::SetLookUpNames(int flag) { return SetExtendedBit(kNames, vq::kExtensionLookUpNames, flag); }

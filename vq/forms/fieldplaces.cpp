@@ -198,6 +198,13 @@ VQSTATUS AdmitFields(const VQSlateBody& slate, VQRichTextBody& text, const VQRTO
   });
 }
 
+VQSTATUS CheckFieldNames(VQRichTextBody& text, std::string_view name, const VQRTObjectBody& own) {
+  if (VQSTATUS status = text.Initialize()) return status;
+  return ForEach(*text.GetTop(), VQRTTYPE_FORM_FIELD, [&](const VQRTObjectBody& field) {
+    return &field != &own && NameOf(field) == name ? VQERR_FIELD_EXISTS : VQ_OK;
+  });
+}
+
 }  // namespace vq
 
 VQSTATUS VQFormBody::AdmitObjects(VQRichTextBody& text, const VQRTObjectBody& incoming, const VQSlateBody* from) {

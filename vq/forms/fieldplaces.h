@@ -2,6 +2,8 @@
 #ifndef QUILLON_VQ_FORMS_FIELDPLACES_H
 #define QUILLON_VQ_FORMS_FIELDPLACES_H
 
+#include <string_view>
+
 #include "vq/richtext/vqrtbody.h"
 #include "vq/store/vqslate.h"
 
@@ -15,6 +17,9 @@ inline constexpr unsigned kDeepestSubform = 8;
 // for: those count in forms alone.
 [[nodiscard]] VQSTATUS AdmitFields(const VQSlateBody& slate, VQRichTextBody& text, const VQRTObjectBody& incoming,
                                    const VQSlateBody* from);
+
+// VQERR_FIELD_EXISTS when a field of the text other than `own` has the name.
+[[nodiscard]] VQSTATUS CheckFieldNames(VQRichTextBody& text, std::string_view name, const VQRTObjectBody& own);
 
 }  // namespace vq
 

@@ -50,7 +50,7 @@ struct FieldExtensionView {
 [[nodiscard]] VQSTATUS BuildExtension(const FieldExtensionView& extension, std::string* bytes);
 
 // Flags1 of an extension.
-inline constexpr std::uint32_t kExtensionChoices = 0x00000003;  // a VQCHOICESOPTION, 0 for: by what is there
+inline constexpr std::uint32_t kExtensionChoices = 0x00000003;  // a VQCHOICESOPTION, where none is there
 inline constexpr std::uint32_t kExtensionLookUpNames = 0x00010000;
 inline constexpr std::uint32_t kExtensionRefreshFields = 0x00020000;
 inline constexpr std::uint32_t kExtensionNoHelper = 0x00040000;

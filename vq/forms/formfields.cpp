@@ -107,6 +107,13 @@ bool IsOwnPlaceholder(ENGHANDLE slate, unsigned long index, std::string_view nam
   return IsZero(value, sizeof(TIMEDATE));
 }
 
+// Whether the slate has the rich text still, with the objects that it had.
+bool IsAsListed(const VQSlateBody& slate, const VQRichTextBody* text, std::uint32_t structure) {
+  const VQItemBody* kept = slate.GetKeptItem();
+  return kept != nullptr && kept == text && (kept->GetState() & VQItemBody::kDeleted) == 0 &&
+         text->IsInitialized() != 0 && structure == text->GetStructure();
+}
+
 // In its slate, or in the definition of a shared field there.
 bool IsChanged(const VQSubform& subform) {
   if (subform.IsOpen() == 0 || subform.IsModified() != 0) return subform.IsOpen() != 0;
@@ -202,7 +209,7 @@ VQSTATUS VQFormBody::AddSubformFields(VQRichTextBody* text, unsigned depth) {
       return vq::FindBodyText(subform.GetSlateBody(), &inner);
     });
     if (found != VQ_OK || inner->Initialize() != VQ_OK) continue;
-    Subforms.push_back(subform);
+    Subforms.push_back({subform, inner, inner->GetStructure()});
     VQSTATUS status = AddFields(inner);
     if (status == VQ_OK && depth + 1 < vq::kDeepestSubform) status = AddSubformFields(inner, depth + 1);
     if (status != VQ_OK) return status;
@@ -212,21 +219,25 @@ VQSTATUS VQFormBody::AddSubformFields(VQRichTextBody* text, unsigned depth) {
 
 // As it was changed through a field of the list, if it was.
 VQSTATUS VQFormBody::OpenSubform(VQSubform* subform) {
-  for (const std::vector<VQSubform>* subforms : {&ChangedSubforms, &Subforms}) {
-    for (const VQSubform& present : *subforms) {
-      if (present.GetSlateID() != subform->GetSlateID() || !IsChanged(present)) continue;
-      *subform = present;
-      return VQ_OK;
-    }
+  const auto take = [=](const VQSubform& present) {
+    if (present.GetSlateID() != subform->GetSlateID() || !IsChanged(present)) return false;
+    *subform = present;
+    return true;
+  };
+  for (const VQSubform& present : ChangedSubforms) {
+    if (take(present)) return VQ_OK;
+  }
+  for (const ListedSubform& present : Subforms) {
+    if (take(present.Slate)) return VQ_OK;
   }
   return subform->CreateSlateBody(0, 0, 0);
 }
 
 // What was changed through the list and stands in other slates.
 VQSTATUS VQFormBody::SaveReferenced(unsigned short flags) {
-  for (const VQSubform& subform : Subforms) {
-    if (subform.IsModified() == 0) continue;
-    if (VQSTATUS status = subform.GetSlateBody()->Save(flags)) return status;
+  for (const ListedSubform& subform : Subforms) {
+    if (subform.Slate.IsModified() == 0) continue;
+    if (VQSTATUS status = subform.Slate.GetSlateBody()->Save(flags)) return status;
   }
   for (VQQuillonClass* each = FieldList.GetFirst(); each != nullptr; each = FieldList.GetNext(each)) {
     auto* field = static_cast<VQFormFieldBody*>(static_cast<VQRTObjectBody*>(each));
@@ -237,14 +248,15 @@ VQSTATUS VQFormBody::SaveReferenced(unsigned short flags) {
 
 bool VQFormBody::HasFieldsOf(unsigned long subform) const {
   return std::any_of(Subforms.begin(), Subforms.end(),
-                     [=](const VQSubform& present) { return present.GetSlateID() == subform; });
+                     [=](const ListedSubform& present) { return present.Slate.GetSlateID() == subform; });
 }
 
-// Whether the list is that of the rich text as it is now.
+// Whether the list is that of the rich texts as they are now.
 bool VQFormBody::IsListValid() const {
-  const VQItemBody* kept = GetKeptItem();
-  return FieldListBuilt != 0 && kept == ListText && (kept->GetState() & VQItemBody::kDeleted) == 0 &&
-         ListText->IsInitialized() != 0 && ListStructure == ListText->GetStructure();
+  return FieldListBuilt != 0 && IsAsListed(*this, ListText, ListStructure) &&
+         std::all_of(Subforms.begin(), Subforms.end(), [](const ListedSubform& subform) {
+           return IsAsListed(*subform.Slate.GetSlateBody(), subform.Text, subform.Structure);
+         });
 }
 
 VQSTATUS VQFormBody::BuildFieldList() {
@@ -254,7 +266,9 @@ VQSTATUS VQFormBody::BuildFieldList() {
   VQSTATUS status = vq::FindOrMakeBodyText(this, &text);
   if (status == VQ_OK) status = text->Initialize();
   if (status != VQ_OK) return status;
-  std::copy_if(Subforms.begin(), Subforms.end(), std::back_inserter(ChangedSubforms), IsChanged);
+  for (const ListedSubform& subform : Subforms) {
+    if (IsChanged(subform.Slate)) ChangedSubforms.push_back(subform.Slate);
+  }
   ReleaseFieldList();
   ++ListGeneration;
   status = RemovePlaceholders();
@@ -268,6 +282,23 @@ VQSTATUS VQFormBody::BuildFieldList() {
   FieldListBuilt = 1;
   ListText = text;
   ListStructure = text->GetStructure();
+  return VQ_OK;
+}
+
+VQFormBody* VQFormBody::ListingFormOf(const VQFormFieldBody& field) {
+  VQObjectList* list = VQObjectList::GetListOf(&field);
+  return list != nullptr ? static_cast<FieldElements*>(list)->GetForm() : nullptr;
+}
+
+// In the rich texts, as the list may be an older one.
+VQSTATUS VQFormBody::CheckOthers(std::string_view name, const VQFormFieldBody& own) {
+  VQRichTextBody* text = nullptr;
+  if (VQSTATUS status = vq::FindBodyText(this, &text)) return status == VQWARN_NOT_FOUND ? VQ_OK : status;
+  if (VQSTATUS status = vq::CheckFieldNames(*text, name, own)) return status;
+  for (const ListedSubform& subform : Subforms) {
+    if (subform.Slate.IsOpen() == 0 || subform.Slate.GetSlateBody()->GetKeptItem() != subform.Text) continue;
+    if (VQSTATUS status = vq::CheckFieldNames(*subform.Text, name, own)) return status;
+  }
   return VQ_OK;
 }
 

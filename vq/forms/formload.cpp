@@ -25,9 +25,9 @@ VQSTATUS Decode(const std::string& bytes, unsigned short code, Record* record, s
   return vq::FromEngine(EngOdsRead(&cursor, code, record, 1));
 }
 
-// A name at the front of the bytes, which keep what is behind it.
-VQSTATUS CutName(std::size_t length, std::string* bytes, std::string* name) {
-  if (length > bytes->size()) return VQERR_CORRUPTED;
+// A name at the front of the bytes, which keep what is behind it. The length of one that is not in use may be any.
+VQSTATUS CutName(std::size_t length, bool used, std::string* bytes, std::string* name) {
+  if (length > bytes->size()) return used ? VQERR_CORRUPTED : VQ_OK;
   *name = bytes->substr(0, length);
   bytes->erase(0, length);
   return VQ_OK;
@@ -119,10 +119,11 @@ VQSTATUS VQFormBody::LoadInfo() {
   if (static_cast<unsigned char>(record[0]) != kInfoSignature || record.size() < 2) return VQERR_NOT_FOUND;
   if (record[1] == '\0' || record[1] == '\xFF') return VQERR_NOT_FOUND;  // of another form than byte form
   VQSTATUS status = Decode(record, ODS_FORMINFO, &Info, &InfoTail);
+  const bool used = (Info.Flags2 & kInherits) != 0;
   std::string name;
-  if (status == VQ_OK) status = CutName(Info.InheritFieldNameLength, &InfoTail, &name);
+  if (status == VQ_OK) status = CutName(Info.InheritFieldNameLength, used, &InfoTail, &name);
   if (status != VQ_OK) return status;
-  if ((Info.Flags2 & kInherits) != 0) {
+  if (used) {
     InheritDocumentFieldName = vq::StringOf(name);
   } else {
     UnusedInheritName = name;
@@ -137,10 +138,11 @@ VQSTATUS VQFormBody::LoadAutoLaunch() {
   const auto* bytes = reinterpret_cast<const unsigned char*>(record.data());
   if (record.size() < 4 || vq::LoadWord(bytes) != SIG_CD_FORMPART) return VQERR_NOT_FOUND;
   VQSTATUS status = Decode(record, ODS_FORMAUTOLAUNCH, &AutoLaunch, &AutoLaunchTail);
+  const bool used = (AutoLaunch.CopyToFieldFlags & VQCREATEOBJECTINFIELDOPTION_NAMED_FIELD) != 0;
   std::string name;
-  if (status == VQ_OK) status = CutName(AutoLaunch.FieldNameLength, &AutoLaunchTail, &name);
+  if (status == VQ_OK) status = CutName(AutoLaunch.FieldNameLength, used, &AutoLaunchTail, &name);
   if (status != VQ_OK) return status;
-  if ((AutoLaunch.CopyToFieldFlags & VQCREATEOBJECTINFIELDOPTION_NAMED_FIELD) != 0) {
+  if (used) {
     CreateObjectInFieldName = vq::StringOf(name);
   } else {
     UnusedObjectName = name;

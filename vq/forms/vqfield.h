@@ -184,7 +184,8 @@ class VQ_API VQFormField : public VQRTElement {
   int GetListBit(VQRTTYPE type) const;
   VQSTATUS SetListBit(VQRTTYPE type, int flag);
   VQCHOICESOPTION GetChoices(VQRTTYPE type) const;
-  VQSTATUS SetChoices(VQRTTYPE type, VQCHOICESOPTION option);
+  // VQERR_INVALID_PARAMETER for one that is not `legal`.
+  VQSTATUS SetChoices(VQRTTYPE type, VQCHOICESOPTION option, bool legal);
   VQString GetChoicesText(VQRTTYPE type, unsigned part) const;
   VQSTATUS SetChoicesText(VQRTTYPE type, unsigned part, const VQString& text);
   unsigned long GetChoicesColumn(VQRTTYPE type) const;

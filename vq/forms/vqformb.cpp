@@ -34,6 +34,7 @@ std::string Joined(const std::vector<std::string>& parts, std::size_t from) {
 
 VQFormBody::VQFormBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle)
     : VQSlateBody(database, type, handle),
+      FieldList(this),
       ListText(nullptr),
       ListStructure(0),
       IsNew(0),
@@ -250,11 +251,13 @@ VQSTATUS VQFormBody::RemoveBackgroundGraphic() { return Remove(kBackground); }
 VQSTATUS VQFormBody::AddSubform(const VQSubform& subform) {
   if (FormOpen == 0) return VQERR_FORM_NOT_OPEN;
   if (subform.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;
-  const VQString name = subform.GetName();
-  if (name.IsNull()) return VQERR_NULL_STRING;
+  VQSubform opened(subform);
+  if (VQSTATUS status = vq::Caught([&] { return opened.CreateSlateBody(0, 0, 0); })) return status;
+  const std::vector<std::string> title = opened.GetSlateBody()->NamesInTitle();
+  if (title.empty() || title.front().empty()) return VQERR_SUBFORM_NAME_REQUIRED;
+  const std::string& added = title.front();
   std::vector<std::string> names;
   if (VQSTATUS status = ReadTextItem(kSubforms, &names)) return status;
-  const std::string added(vq::ViewOf(name));
   if (std::find(names.begin(), names.end(), added) != names.end()) return VQ_OK;
   names.push_back(added);
   return SaveValue(kSubforms, TYPE_TEXT_LIST, vq::TextListValue(names), VQITEMFLAGS_SUMMARY);

@@ -315,6 +315,10 @@ class VQ_API VQFormBody : public VQSlateBody {
   unsigned long GetListGeneration() const { return ListGeneration; }
   // VQWARN_NOT_FOUND.
   [[nodiscard]] VQSTATUS FindField(const VQString& name, VQFormFieldBody** field);
+  // The form whose list has the field, null when there is none.
+  static VQFormBody* ListingFormOf(const VQFormFieldBody& field);
+  // VQERR_FIELD_EXISTS when a field of the form, or of a subform that brings fields to its list, has the name.
+  [[nodiscard]] VQSTATUS CheckOthers(std::string_view name, const VQFormFieldBody& own);
   // The names in $SubForms. A name that is there already, or one that is not there (VQERR_NOT_FOUND), changes nothing.
   // VQERR_UNINITIALIZED_ARGUMENT for a null subform; VQERR_INCORRECT_ITEM_TYPE or VQERR_CORRUPTED where an item of
   // that name holds something else.
@@ -333,13 +337,25 @@ class VQ_API VQFormBody : public VQSlateBody {
     std::string Behind;
   };
 
+  // Whose fields are in the list, and its rich text as it was then.
+  struct ListedSubform {
+    VQSubform Slate;
+    VQRichTextBody* Text;
+    std::uint32_t Structure;
+  };
+
   // Takes its elements away without touching the fields.
   class FieldElements : public VQObjectList {
    public:
+    explicit FieldElements(VQFormBody* form) : Form(form) {}
+    VQFormBody* GetForm() const { return Form; }
     // From the last to the first.
     void RemoveAll() {
       while (Last != nullptr) DeleteElement(Last);
     }
+
+   private:
+    VQFormBody* Form;
   };
 
   [[nodiscard]] VQSTATUS CheckFree(const std::vector<std::string>& names);
@@ -442,7 +458,7 @@ class VQ_API VQFormBody : public VQSlateBody {
   std::string AutoLaunchTail;
   Surroundings InfoAround;
   Surroundings AutoLaunchAround;
-  std::vector<VQSubform> Subforms;         // whose fields are in the list
+  std::vector<ListedSubform> Subforms;
   std::vector<VQSubform> ChangedSubforms;  // of the list that is made anew
   bool HasSubforms;                        // or had places for some when the list was made
   unsigned long ListGeneration;

@@ -87,6 +87,10 @@ VQSTATUS VQObjectList::GetElement(const VQQuillonClass* object, VQElement** elem
   return VQ_OK;
 }
 
+VQObjectList* VQObjectList::GetListOf(const VQQuillonClass* object) {
+  return object == nullptr || object->Element == nullptr ? nullptr : object->Element->ObjectList;
+}
+
 VQQuillonClass* VQObjectList::GetFirst() const { return First == nullptr ? nullptr : First->Object; }
 
 VQQuillonClass* VQObjectList::GetLast() const { return Last == nullptr ? nullptr : Last->Object; }

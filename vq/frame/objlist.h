@@ -44,6 +44,8 @@ class VQ_API VQObjectList : public VQQuillonClass {
   VQSTATUS GetElement(const VQQuillonClass* object, VQElement** element) const;
   VQQuillonClass* GetFirst() const;
   VQQuillonClass* GetLast() const;
+  // The list that the object stands in, null for none.
+  static VQObjectList* GetListOf(const VQQuillonClass* object);
   // Null behind the last, and for an object of no list or another; a null object starts at GetFirst.
   VQQuillonClass* GetNext(const VQQuillonClass* object) const;
   // As GetNext, towards the first; a null object starts at GetLast.
