@@ -13,7 +13,7 @@ namespace qcore::forms {
 
 namespace {
 
-constexpr std::uint16_t kComposite = 1, kObject = 3;
+constexpr std::uint16_t kComposite = 1;
 constexpr std::uint16_t kParagraph = 0x81, kReference = 0x83, kStyleName = 0xA6, kFormulaReference = 0xBC,
                         kDefinition = 0xFF82, kOldField = 0xFF84, kRun = 0xFF85, kField = 0xFF8A, kFontTable = 0xFF8B,
                         kFieldExtension = 0xFFB0, kHide = 0xFFBB, kRunStyle = 0xFFC3, kLinkA = 0xFF91, kLinkB = 0xFF92,
@@ -220,7 +220,7 @@ ENGSTATUS RenderTarget::AppendRecords(Bytes records, Source& source, Reading* re
     if (status != ENG_OK) return ENG_ERR_RECORD_DAMAGED;
     if (!subform.empty()) {
       source.inside = 1;
-      status = AppendSubform(subform, *reading);
+      status = AppendSubform(subform, source, *reading);
     } else if (reading && (signature == kField || signature == kOldField)) {
       status = AppendField(bytes, source, *reading);
     } else if (!reading || signature != kFieldExtension) {
@@ -257,6 +257,10 @@ ENGSTATUS RenderTarget::AppendRecord(std::uint16_t signature, Bytes bytes, Sourc
     case kLinkA:
     case kLinkB:
       if (!source.has_links) return ENG_OK;
+      break;
+    case kHotspot:
+    case kHotspotV4:
+      if (ENGSTATUS status = CarryFile(record, source); status != ENG_OK) return status;
       break;
     default:
       break;
@@ -314,11 +318,12 @@ ENGSTATUS RenderTarget::AppendField(Bytes record, Source& form, Reading& reading
   return ENG_OK;
 }
 
-ENGSTATUS RenderTarget::AppendSubform(std::string_view name, Reading& reading) {
+// A form that another database lends brings its subforms from there.
+ENGSTATUS RenderTarget::AppendSubform(std::string_view name, const Source& form, Reading& reading) {
   if (reading.depth == kDeepestSubform) return ENG_OK;
   if (++reading.subforms > kMostSubforms) return ENG_ERR_RECORD_DAMAGED;
   ++reading.depth;
-  const ENGSTATUS status = WithSubform(reading.document.shared_database(), name, [&](Slate& subform) {
+  const ENGSTATUS status = WithSubform(form.slate.shared_database(), name, [&](Slate& subform) {
     return AppendThroughForm(subform, *Slate::Find(slate_), reading);
   });
   --reading.depth;
@@ -326,7 +331,7 @@ ENGSTATUS RenderTarget::AppendSubform(std::string_view name, Reading& reading) {
 }
 
 ENGSTATUS RenderTarget::AppendThroughForm(Slate& form, Slate& target, Reading& reading) {
-  Source design;
+  Source design(form);
   const std::uint16_t before = in_force_;
   ENGSTATUS status = ReadFonts(form, &design);
   if (status == ENG_OK) status = ReadLinks(target, form, &design);
@@ -384,26 +389,10 @@ ENGSTATUS RenderTarget::ReadLinks(Slate& target, Slate& from, Source* source) {
   return ENG_OK;
 }
 
-// Records whose objects are gone come along as they are.
-ENGSTATUS RenderTarget::AppendFiles(Slate& target, Slate& document) {
-  for (std::uint32_t i = 0; i < document.ItemCount(); ++i) {
-    Slate::Slot slot = 0, made = 0;
-    Bytes value;
-    ENGSTATUS status = document.ItemAt(i, &slot);
-    if (status != ENG_OK || document.FactsOf(slot).type != kObject) continue;
-    status = document.GetBytes(slot, &value);
-    if (status != ENG_OK) return status;
-    const Bytes data = value.subspan(kSmallestValue);
-    status = target.AppendForeign(document.NameOf(slot), data, document.ObjectsOf(slot), &made);
-    if (status != ENG_OK) return status;
-  }
-  return ENG_OK;
-}
-
 ENGSTATUS RenderTarget::AppendSlate(Slate* form, Slate& document) {
   Slate* target = Slate::Find(slate_);
   if (finished_ || !target) return ENG_ERR_ARGUMENT;
-  Reading reading{document, {}, {}};
+  Reading reading{document, Source(document), {}};
   ENGSTATUS status = ENG_OK;
   if (form) {
     std::vector<Field> fields;
@@ -413,7 +402,6 @@ ENGSTATUS RenderTarget::AppendSlate(Slate* form, Slate& document) {
   }
   if (status == ENG_OK) status = ReadFonts(document, &reading.values);
   if (status == ENG_OK) status = ReadLinks(*target, document, &reading.values);
-  if (status == ENG_OK) status = AppendFiles(*target, document);
   if (status != ENG_OK) return status;
   if (!form) return AppendList(document, reading.values);
   StartParagraph();

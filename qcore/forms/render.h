@@ -7,6 +7,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,12 +43,15 @@ class RenderTarget {
   [[nodiscard]] ENGSTATUS TakeSlate(ENGHANDLE* slate);
 
  private:
-  // What the numbers of one slate's records stand for here.
+  // What the numbers and names of one slate's records stand for here.
   struct Source {
+    explicit Source(Slate& from) : slate(from) {}
+    Slate& slate;
     std::map<std::uint16_t, std::uint16_t> paragraphs;
     std::map<std::uint8_t, std::uint8_t> faces;
-    bool has_links = false;  // its links lead where they did
-    unsigned inside = 0;     // hotspots open in that of a subform, whose content stands for it where there is none
+    std::map<std::string, std::string> files;  // attachments that its records show
+    bool has_links = false;                    // its links lead where they did
+    unsigned inside = 0;  // hotspots open in that of a subform, whose content stands for it where there is none
   };
   // A document on its way through a form.
   struct Reading {
@@ -67,12 +71,14 @@ class RenderTarget {
   [[nodiscard]] ENGSTATUS AppendRecords(Bytes records, Source& source, Reading* reading);
   [[nodiscard]] ENGSTATUS AppendRecord(std::uint16_t signature, Bytes bytes, Source& source);
   [[nodiscard]] ENGSTATUS AppendField(Bytes record, Source& form, Reading& reading);
-  [[nodiscard]] ENGSTATUS AppendSubform(std::string_view name, Reading& reading);
+  [[nodiscard]] ENGSTATUS AppendSubform(std::string_view name, const Source& form, Reading& reading);
   [[nodiscard]] ENGSTATUS AppendThroughForm(Slate& form, Slate& target, Reading& reading);
   [[nodiscard]] ENGSTATUS AppendList(Slate& document, Source& values);
   // The slate's link table becomes the target's where that has none; links of a slate with another table are left out.
   [[nodiscard]] static ENGSTATUS ReadLinks(Slate& target, Slate& from, Source* source);
-  [[nodiscard]] static ENGSTATUS AppendFiles(Slate& target, Slate& document);
+  // The attachment that a hotspot's record shows comes along; where another one here has its name, both get a new one.
+  [[nodiscard]] ENGSTATUS CarryFile(std::vector<std::uint8_t>& record, Source& source);
+  [[nodiscard]] ENGSTATUS AppendFile(const std::string& name, const std::string& made, Slate& from);
   [[nodiscard]] ENGSTATUS NewParagraphNumber(std::uint16_t* number);
   void AddRecord(Bytes record);
   void AddRun(std::uint32_t font, std::string_view text);
@@ -90,6 +96,7 @@ class RenderTarget {
   std::vector<std::uint8_t> records_;
   std::vector<Piece> pieces_;
   std::vector<std::uint8_t> faces_;  // face entries, one behind another
+  std::set<std::string> files_;      // names of attachments
   std::uint32_t last_paragraph_ = 0;
   std::uint16_t in_force_ = 0;
 };

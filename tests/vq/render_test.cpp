@@ -2,6 +2,7 @@
 #include "engine/render.h"
 
 #include <fstream>
+#include <iterator>
 
 #include "engine/records.h"
 #include "tests/vq/support/records.h"
@@ -295,6 +296,48 @@ TEST_F(Rendered, RichTextsInFields) {
   VQAttachment attachment;
   ASSERT_EQ(target.GetAttachment("file", &attachment), VQ_OK);
   EXPECT_EQ(attachment.Detach(Store(Home.Path("out"))), VQ_OK);
+}
+
+// What a form of another database inserts and shows is its own; files that share a name stay two.
+TEST_F(Rendered, FormsElsewhereBringTheirOwn) {
+  const auto write = [this](const char* bytes) {
+    std::ofstream(Home.Path("file")) << bytes;
+    return Store(Home.Path("file"));
+  };
+  VQDatabase second;
+  ASSERT_EQ(Session->CreateDatabase("second", &second, VQCreateDatabaseOptions()), VQ_OK);
+  VQDocument document = NewDocument("s"), target = NewDocument("t");
+  NewForm("Sub", Text("another one"), "U");
+  ASSERT_EQ(document.CreateAttachment(write("document's")), VQ_OK);
+  std::swap(Db, second);
+  NewForm("Sub", Text("(") + Computed("Inner", kDisplay, "Subject + \"i\"") + Text(")"), "U");
+  VQSlate form = NewForm("F", Inserted("Sub") + Text(" "));
+  std::swap(Db, second);
+  VQRichText design, text, all;
+  VQRTCursor cursor;
+  ASSERT_EQ(form.GetItem("$Body", &design), VQ_OK);
+  ASSERT_EQ(design.GetEndCursor(&cursor), VQ_OK);
+  ASSERT_EQ(design.CreateAttachment(write("form's"), &cursor), VQ_OK);
+  ASSERT_EQ(design.Append(RichText(Field("Body"))), VQ_OK);
+  ASSERT_EQ(form.Save(), VQ_OK);
+  VQAttachment attached;
+  ASSERT_EQ(document.GetAttachment("file", &attached), VQ_OK);
+  ASSERT_EQ(document.CreateItem("Body", &all), VQ_OK);
+  ASSERT_EQ(all.Append(VQRTAttachment(attached)), VQ_OK);
+  ASSERT_EQ(target.CreateItem("Body", &text), VQ_OK);
+  ASSERT_EQ(text.AppendRenderedDocument(document, form), VQ_OK);
+  ASSERT_EQ(target.Save(), VQ_OK);
+  EXPECT_EQ(Plain(text), "(si) file - 6 bytesfile - 10 bytes");
+  std::string shown;
+  VQRTObject found;
+  for (VQSTATUS status = text.FindFirst(VQRTTYPE_ATTACHMENT, &found); status == VQ_OK;
+       status = text.FindNext(VQRTObject(found), VQRTTYPE_ATTACHMENT, &found)) {
+    const VQRTAttachment attachment(found);
+    EXPECT_EQ(attachment.Detach(Store(Home.Path("out"))), VQ_OK);
+    std::ifstream out(Home.Path("out"));
+    shown += TextOf(attachment.GetAttachmentName()) + "=" + std::string(std::istreambuf_iterator<char>(out), {}) + ";";
+  }
+  EXPECT_EQ(shown, "file=form's;file(1)=document's;");
 }
 
 // The engine's own operations: styled text, then a document, in one target.
