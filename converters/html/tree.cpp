@@ -3,15 +3,13 @@
 #include <libxml/HTMLparser.h>
 
 #include <algorithm>
-#include <cctype>
-#include <charconv>
 #include <cstring>
 #include <memory>
 #include <mutex>
 #include <new>
 
 #include "converters/html/css.h"
-#include "converters/parts/utf8.h"
+#include "converters/html/source.h"
 #include "engine/status.h"
 
 namespace conv {
@@ -20,8 +18,6 @@ namespace {
 
 // The parser looks through all open elements at each end tag.
 constexpr unsigned kDeepest = 1000;
-// And through all attributes of a tag at each of them.
-constexpr unsigned kMostAttributes = 1000;
 
 struct ContextFree {
   void operator()(htmlParserCtxt* context) const { htmlFreeParserCtxt(context); }
@@ -29,113 +25,6 @@ struct ContextFree {
 using Context = std::unique_ptr<htmlParserCtxt, ContextFree>;
 
 const char* Chars(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
-
-enum class Encoding { kAscii, kUtf8, kOther };
-
-Encoding EncodingOf(std::string_view html) {
-  bool ascii = true;
-  for (std::size_t i = 0; i < html.size();) {
-    if (static_cast<unsigned char>(html[i]) < 0x80) {
-      ++i;
-      continue;
-    }
-    ascii = false;
-    const std::size_t size = Utf8Length(html.substr(i));
-    if (size == 0) return Encoding::kOther;
-    i += size;
-  }
-  return ascii ? Encoding::kAscii : Encoding::kUtf8;
-}
-
-// How long a reference is that stands at the begin and whose number is none of a character, which the parser would
-// leave out; 0 for others.
-std::size_t BadReference(std::string_view text) {
-  if (!text.starts_with("&#")) return 0;
-  const bool hex = text.size() > 2 && (text[2] | 0x20) == 'x';
-  const char* digits = text.data() + (hex ? 3 : 2);
-  std::uint32_t number = 0;
-  const auto [end, error] = std::from_chars(digits, text.data() + text.size(), number, hex ? 16 : 10);
-  if (end == digits) return 0;
-  const bool control = number < 0x20 && number != '\t' && number != '\n' && number != '\r';
-  const bool bad = error != std::errc() || control || (number >= 0xD800 && number < 0xE000) || number > 0x10FFFF;
-  const auto length = static_cast<std::size_t>(end - text.data());
-  return !bad ? 0 : length + (text.substr(length).starts_with(';') ? 1 : 0);
-}
-
-bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
-
-// Where the value ends that begins there.
-std::size_t ValueEnd(std::string_view html, std::size_t at) {
-  while (at < html.size() && IsSpace(html[at])) ++at;
-  if (at < html.size() && (html[at] == '"' || html[at] == '\'')) {
-    const std::size_t end = html.find(html[at], at + 1);
-    return end == std::string_view::npos ? html.size() : end + 1;
-  }
-  while (at < html.size() && !IsSpace(html[at]) && html[at] != '>') ++at;
-  return at;
-}
-
-// Goes through a tag from its name to its end. *surplus is where the attributes above the limit begin.
-std::size_t TagEnd(std::string_view html, std::size_t at, std::size_t* surplus) {
-  unsigned attributes = 0;
-  bool between = false;
-  while (at < html.size() && html[at] != '>') {
-    if (html[at] == '=') {
-      at = ValueEnd(html, at + 1);
-      between = true;
-      continue;
-    }
-    const bool begins = between && !IsSpace(html[at]) && html[at] != '/';
-    if (begins && attributes++ == kMostAttributes) *surplus = at;
-    between = IsSpace(html[at]) || html[at] == '/';
-    ++at;
-  }
-  return at;
-}
-
-// Tags have no more attributes than the limit; those with more are counted.
-std::string_view WithoutSurplus(std::string_view html, std::string* kept, unsigned* cut) {
-  std::size_t start = 0;
-  for (std::size_t at = 0; (at = html.find('<', at)) != std::string_view::npos;) {
-    if (++at == html.size() || !std::isalpha(static_cast<unsigned char>(html[at]))) continue;
-    std::size_t surplus = 0;
-    at = TagEnd(html, at, &surplus);
-    if (surplus == 0) continue;
-    kept->append(html.substr(start, surplus - start));
-    start = at;
-    ++*cut;
-  }
-  return start == 0 ? html : kept->append(html.substr(start));
-}
-
-bool NeedsCleaning(std::string_view html) {
-  return html.find('\0') != std::string_view::npos || html.find('\r') != std::string_view::npos ||
-         html.find("&#") != std::string_view::npos;
-}
-
-// With line feeds as line ends, and without what no page may hold; that is counted.
-std::string Cleaned(std::string_view html, unsigned* replaced) {
-  constexpr std::string_view kReplacement = "&#xFFFD;";
-  std::string cleaned;
-  std::size_t start = 0;
-  for (std::size_t i; (i = html.find_first_of(std::string_view("\0\r&", 3), start)) != std::string_view::npos;) {
-    cleaned.append(html.substr(start, i - start));
-    start = i + 1;
-    if (html[i] == '\r') {
-      if (html.substr(start, 1) != "\n") cleaned += '\n';
-    } else if (html[i] == '\0') {
-      cleaned.append(kReplacement);
-      ++*replaced;
-    } else if (const std::size_t length = BadReference(html.substr(i))) {
-      cleaned.append(kReplacement);
-      ++*replaced;
-      start = i + length;
-    } else {
-      cleaned += '&';
-    }
-  }
-  return cleaned.append(html.substr(start));
-}
 
 // Name of a paragraph that the parser put around text that stood by itself: it breaks nothing.
 constexpr char kImplied[] = "#run";
@@ -313,9 +202,13 @@ ENGSTATUS HtmlTree::Read(std::string_view html) {
   constexpr std::size_t kMost = 0x7FFFFFFF;
   if (html.size() > kMost) return ENG_ERR_MEMORY;
   const bool wide = html.starts_with("\xFF\xFE") || html.starts_with("\xFE\xFF");
-  std::string cleaned;
+  std::string repaired, cleaned, kept;
+  Encoding encoding = wide ? Encoding::kOther : EncodingOf(html);
+  if (encoding == Encoding::kDamagedUtf8) {
+    html = repaired = Repaired(html, &Invalid);
+    encoding = Encoding::kUtf8;
+  }
   if (!wide && NeedsCleaning(html)) html = cleaned = Cleaned(html, &Invalid);
-  std::string kept;
   if (!wide) html = WithoutSurplus(html, &kept, &CutTags);
   if (html.empty()) return ENG_OK;
   htmlSAXHandler handler = {};
@@ -331,7 +224,6 @@ ENGSTATUS HtmlTree::Read(std::string_view html) {
   context->_private = this;
   int options = HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET |
                 HTML_PARSE_NODEFDTD | HTML_PARSE_NOIMPLIED | HTML_PARSE_COMPACT;
-  const Encoding encoding = wide ? Encoding::kOther : EncodingOf(html);
   if (encoding == Encoding::kUtf8) options |= HTML_PARSE_IGNORE_ENC;
   htmlCtxtReadMemory(context.get(), html.data(), static_cast<int>(html.size()), nullptr,
                      encoding == Encoding::kUtf8 ? "UTF-8" : nullptr, options);

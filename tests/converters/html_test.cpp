@@ -52,6 +52,11 @@ TEST(HtmlText, IsCarried) {
       {"a picture of no address", "<img src='' alt=a>", "<p><img src=\"\" alt=\"a\" /></p>\n"},
       {"an empty paragraph between", "<p>a</p><p><br></p><p>b</p>", "<p>a</p>\n<p><br /></p>\n<p>b</p>\n"},
       {"references", "&lt;&amp;&gt;&quot;&#65;&eacute;&nbsp;", "<p>&lt;&amp;&gt;&quot;A\xC3\xA9\xC2\xA0</p>\n"},
+      {"references without a semicolon",
+       "&copy 1 &COPY; &ampx&nbsp&lt&gta &notinx &notin; &timesb; &co <a href='?a&copy=1&copyb&amp'>a</a>&eacute",
+       "<p>\u00A9 1 \u00A9 &amp;x\u00A0&lt;&gt;a \u00ACinx \u2209 &amp;timesb; &amp;co "
+       "<a href=\"?a&amp;copy=1&amp;copyb&amp;\">a</a>\u00E9</p>\n"},
+      {"Latin-1 that says nothing of it", "caf\xE9", "<p>caf\u00E9</p>\n"},
       {"alignment", "<p align=right>r</p><center>c</center><div style='text-align:justify'><p>j</div>",
        "<p style=\"text-align:right\">r</p>\n<p style=\"text-align:center\">c</p>\n"
        "<p style=\"text-align:justify\">j</p>\n"},
@@ -164,6 +169,11 @@ TEST(HtmlReport, TellsWhatIsMissing) {
        "properties of styles left out: 5: text\n"},
       {"characters that are none", "<p>a&#0;b&#xD800; c&#99999999dead&#x41;", "<p>a\uFFFDb\uFFFD c\uFFFDdeadA</p>\n",
        "bytes or characters replaced: 3\n"},
+      {"bad bytes in UTF-8",
+       "<meta http-equiv=a content='text/html; charset=UTF-8'><p>a\xFF\xC3z\xE2\x82 \u00E9\xC2\x80",
+       "<p>a\uFFFD\uFFFDz\uFFFD \u00E9\uFFFD</p>\n", "bytes or characters replaced: 4\n"},
+      {"bad bytes among more good ones", "<p>\u00E9\u00E9\xE9", "<p>\u00E9\u00E9\uFFFD</p>\n",
+       "bytes or characters replaced: 1\n"},
       {"content of elements that hold nothing", "<embed src=x>a<video><source src=y>b</video>c", "<p>ac</p>\n",
        "elements left out with their content: 2: embed\n"},
       {"a place behind all text", "<p>a</p><p id=b></p>", "<p>a</p>\n", "names of places left out: 1: b\n"},

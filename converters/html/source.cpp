@@ -1,0 +1,210 @@
+#include "converters/html/source.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstdint>
+
+#include "converters/html/css.h"
+#include "converters/parts/utf8.h"
+
+namespace conv {
+
+namespace {
+
+constexpr std::string_view kReplacement = "\uFFFD";
+
+// Names that go without a semicolon: those of the characters from U+00A0 on, and some more.
+constexpr std::string_view kLatinNames[] = {
+    "nbsp",   "iexcl",  "cent",   "pound",  "curren", "yen",    "brvbar", "sect",   "uml",    "copy",   "ordf",
+    "laquo",  "not",    "shy",    "reg",    "macr",   "deg",    "plusmn", "sup2",   "sup3",   "acute",  "micro",
+    "para",   "middot", "cedil",  "sup1",   "ordm",   "raquo",  "frac14", "frac12", "frac34", "iquest", "Agrave",
+    "Aacute", "Acirc",  "Atilde", "Auml",   "Aring",  "AElig",  "Ccedil", "Egrave", "Eacute", "Ecirc",  "Euml",
+    "Igrave", "Iacute", "Icirc",  "Iuml",   "ETH",    "Ntilde", "Ograve", "Oacute", "Ocirc",  "Otilde", "Ouml",
+    "times",  "Oslash", "Ugrave", "Uacute", "Ucirc",  "Uuml",   "Yacute", "THORN",  "szlig",  "agrave", "aacute",
+    "acirc",  "atilde", "auml",   "aring",  "aelig",  "ccedil", "egrave", "eacute", "ecirc",  "euml",   "igrave",
+    "iacute", "icirc",  "iuml",   "eth",    "ntilde", "ograve", "oacute", "ocirc",  "otilde", "ouml",   "divide",
+    "oslash", "ugrave", "uacute", "ucirc",  "uuml",   "yacute", "thorn",  "yuml"};
+constexpr unsigned kFirstLatin = 0xA0;
+constexpr std::pair<std::string_view, unsigned> kOtherNames[] = {
+    {"amp", '&'}, {"lt", '<'}, {"gt", '>'},   {"quot", '"'},  {"AMP", '&'},
+    {"LT", '<'},  {"GT", '>'}, {"QUOT", '"'}, {"COPY", 0xA9}, {"REG", 0xAE}};
+constexpr std::size_t kLongestName = 6;
+
+unsigned CharacterOf(std::string_view name) {
+  for (const auto& [each, character] : kOtherNames) {
+    if (each == name) return character;
+  }
+  const auto* latin = std::ranges::find(kLatinNames, name);
+  if (latin == std::end(kLatinNames)) return 0;
+  return kFirstLatin + static_cast<unsigned>(latin - std::begin(kLatinNames));
+}
+
+bool IsLetterOrDigit(char c) { return (c >= '0' && c <= '9') || ((c | 0x20) >= 'a' && (c | 0x20) <= 'z'); }
+
+// How long a reference is that stands at the begin and whose number is none of a character, which the parser would
+// leave out; 0 for others.
+std::size_t BadReference(std::string_view text) {
+  if (!text.starts_with("&#")) return 0;
+  const bool hex = text.size() > 2 && (text[2] | 0x20) == 'x';
+  const char* digits = text.data() + (hex ? 3 : 2);
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(digits, text.data() + text.size(), number, hex ? 16 : 10);
+  if (end == digits) return 0;
+  const bool control = number < 0x20 && number != '\t' && number != '\n' && number != '\r';
+  const bool bad = error != std::errc() || control || (number >= 0xD800 && number < 0xE000) || number > 0x10FFFF;
+  const auto length = static_cast<std::size_t>(end - text.data());
+  return !bad ? 0 : length + (text.substr(length).starts_with(';') ? 1 : 0);
+}
+
+// The name at the start of a reference that goes without a semicolon, and its character. In a tag it is no part of a
+// longer word, so that addresses stay as they are; with a semicolon the longer word is another name, for the parser.
+std::string_view OpenReference(std::string_view text, bool inTag, unsigned* character) {
+  const auto* end = std::find_if_not(text.begin() + 1, text.end(), IsLetterOrDigit);
+  const std::string_view word(text.begin() + 1, end);
+  const char behind = end == text.end() ? '\0' : *end;
+  if (word.size() <= kLongestName && (*character = CharacterOf(word)) != 0) {
+    return inTag && behind == '=' ? std::string_view() : word;
+  }
+  if (inTag || behind == ';') return {};
+  for (std::size_t size = std::min(word.size(), kLongestName); size >= 2; --size) {
+    *character = CharacterOf(word.substr(0, size));
+    if (*character != 0) return word.substr(0, size);
+  }
+  return {};
+}
+
+// The label in the page's first kilobyte, in lower case; empty for none.
+std::string DeclaredEncoding(std::string_view html) {
+  constexpr std::size_t kSearched = 1024;
+  constexpr std::string_view kMark = "charset=";
+  if (html.starts_with("\xEF\xBB\xBF")) return "utf-8";
+  const std::string head = Lower(html.substr(0, kSearched));
+  const std::size_t at = head.find(kMark);
+  if (at == std::string::npos) return {};
+  const std::size_t start = head.find_first_not_of("\"' ", at + kMark.size());
+  if (start == std::string::npos) return {};
+  return head.substr(start, head.find_first_of("\"' ;/>", start) - start);
+}
+
+// Bytes at the start that are no character, but may be the beginning of one.
+std::size_t BadLength(std::string_view text) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const std::size_t most = byte(0) < 0xC2 ? 1 : byte(0) < 0xE0 ? 2 : 3;
+  std::size_t length = 1;
+  while (length < std::min(most, text.size()) && (byte(length) & 0xC0) == 0x80) ++length;
+  return length;
+}
+
+// The parser looks through all attributes of a tag at each of them.
+constexpr unsigned kMostAttributes = 1000;
+
+bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
+
+// Where the value ends that begins there.
+std::size_t ValueEnd(std::string_view html, std::size_t at) {
+  while (at < html.size() && IsSpace(html[at])) ++at;
+  if (at < html.size() && (html[at] == '"' || html[at] == '\'')) {
+    const std::size_t end = html.find(html[at], at + 1);
+    return end == std::string_view::npos ? html.size() : end + 1;
+  }
+  while (at < html.size() && !IsSpace(html[at]) && html[at] != '>') ++at;
+  return at;
+}
+
+// Goes through a tag from its name to its end. *surplus is where the attributes above the limit begin.
+std::size_t TagEnd(std::string_view html, std::size_t at, std::size_t* surplus) {
+  unsigned attributes = 0;
+  bool between = false;
+  while (at < html.size() && html[at] != '>') {
+    if (html[at] == '=') {
+      at = ValueEnd(html, at + 1);
+      between = true;
+      continue;
+    }
+    const bool begins = between && !IsSpace(html[at]) && html[at] != '/';
+    if (begins && attributes++ == kMostAttributes) *surplus = at;
+    between = IsSpace(html[at]) || html[at] == '/';
+    ++at;
+  }
+  return at;
+}
+
+}  // namespace
+
+Encoding EncodingOf(std::string_view html) {
+  std::size_t characters = 0, bad = 0;
+  for (std::size_t i = 0; i < html.size();) {
+    if (static_cast<unsigned char>(html[i]) < 0x80) {
+      ++i;
+      continue;
+    }
+    const std::size_t size = Utf8Length(html.substr(i));
+    ++(size == 0 ? bad : characters);
+    i += size == 0 ? BadLength(html.substr(i)) : size;
+  }
+  if (bad == 0) return characters == 0 ? Encoding::kAscii : Encoding::kUtf8;
+  const std::string declared = DeclaredEncoding(html);
+  const bool utf8 = declared == "utf-8" || declared == "utf8" || (declared.empty() && characters > bad);
+  return utf8 ? Encoding::kDamagedUtf8 : Encoding::kOther;
+}
+
+std::string Repaired(std::string_view html, unsigned* replaced) {
+  std::string repaired;
+  for (std::size_t i = 0; i < html.size();) {
+    const std::size_t size = Utf8Length(html.substr(i));
+    repaired.append(size == 0 ? kReplacement : html.substr(i, size));
+    if (size == 0) ++*replaced;
+    i += size == 0 ? BadLength(html.substr(i)) : size;
+  }
+  return repaired;
+}
+
+bool NeedsCleaning(std::string_view html) { return html.find_first_of({"\0\r&", 3}) != std::string_view::npos; }
+
+std::string Cleaned(std::string_view html, unsigned* replaced) {
+  constexpr std::string_view kReplacementReference = "&#xFFFD;";
+  std::string cleaned;
+  std::size_t start = 0;
+  bool inTag = false;
+  for (std::size_t i; (i = html.find_first_of(std::string_view("\0\r&", 3), start)) != std::string_view::npos;) {
+    const std::string_view passed = html.substr(start, i - start);
+    const std::size_t bracket = passed.find_last_of("<>");
+    if (bracket != std::string_view::npos) inTag = passed[bracket] == '<';
+    cleaned.append(passed);
+    start = i + 1;
+    unsigned character = 0;
+    if (html[i] == '\r') {
+      if (html.substr(start, 1) != "\n") cleaned += '\n';
+    } else if (html[i] == '\0') {
+      cleaned.append(kReplacementReference);
+      ++*replaced;
+    } else if (const std::size_t length = BadReference(html.substr(i))) {
+      cleaned.append(kReplacementReference);
+      ++*replaced;
+      start = i + length;
+    } else if (const std::string_view name = OpenReference(html.substr(i), inTag, &character); !name.empty()) {
+      start += name.size();
+      cleaned.append("&#").append(std::to_string(character)).append(html.substr(start, 1) == ";" ? "" : ";");
+    } else {
+      cleaned += '&';
+    }
+  }
+  return cleaned.append(html.substr(start));
+}
+
+std::string_view WithoutSurplus(std::string_view html, std::string* kept, unsigned* cut) {
+  std::size_t start = 0;
+  for (std::size_t at = 0; (at = html.find('<', at)) != std::string_view::npos;) {
+    if (++at == html.size() || !std::isalpha(static_cast<unsigned char>(html[at]))) continue;
+    std::size_t surplus = 0;
+    at = TagEnd(html, at, &surplus);
+    if (surplus == 0) continue;
+    kept->append(html.substr(start, surplus - start));
+    start = at;
+    ++*cut;
+  }
+  return start == 0 ? html : kept->append(html.substr(start));
+}
+
+}  // namespace conv
