@@ -1,10 +1,41 @@
 // Forms, as a user runs the commands.
 #include "tests/tool/commands_fixture.h"
+#include "vq/vq.h"
 
 namespace tool_test {
 namespace {
 
-class FormCommands : public Commands {};
+class FormCommands : public Commands {
+ protected:
+  // What another program would store: `change` gets the records of the form's rich text, and where field B stands.
+  template <typename Change>
+  void StoreBody(Change change) {
+    VQQuillonSession session;
+    ASSERT_EQ(session.Init(), VQ_OK);
+    {
+      VQDatabase database;
+      VQFormArray forms;
+      ASSERT_EQ(session.GetDatabase((folder_ / "s.vlt").c_str(), &database), VQ_OK);
+      ASSERT_EQ(database.Open(), VQ_OK);
+      ASSERT_EQ(database.GetForms(&forms), VQ_OK);
+      VQSlate form(forms[0]);
+      VQItem body;
+      ASSERT_EQ(form.Open(), VQ_OK);
+      ASSERT_EQ(form.GetItem("$Body", &body), VQ_OK);
+      std::string records(body.GetValueSize() - 2, '\0');
+      ASSERT_EQ(body.Read(0, records.size(), records.data()), VQ_OK);
+      std::size_t field = records.find("\x8A\xFF");
+      while (field != std::string::npos && records[field + 36] != 'B') field = records.find("\x8A\xFF", field + 1);
+      ASSERT_NE(field, std::string::npos);
+      change(records, field);
+      const VQSTATUS changed =
+          form.CreateItem("$Body", TYPE_COMPOSITE, records.data(), records.size(), 0, VQITEMOPTION_REPLACE);
+      ASSERT_EQ(changed, VQ_OK);
+      ASSERT_EQ(form.GetSlateBody()->VQSlateBody::Save(0), VQ_OK);
+    }
+    ASSERT_EQ(session.Term(), VQ_OK);
+  }
+};
 
 TEST_F(FormCommands, AFormIsMadeShownAndUsed) {
   Import();
@@ -70,6 +101,31 @@ TEST_F(FormCommands, DamageIsReportedAndTheRestShown) {
       {"form s.vlt First", 1, "quillon: "},
   };
   RunRows(form_rows);
+}
+
+TEST_F(FormCommands, OneDamagedFieldIsReportedAndTheRestShown) {
+  struct Row {
+    const char* what;
+    unsigned at;  // in the record
+    const char* bytes;
+    const char* report;
+  };
+  const Row rows[] = {
+      {"a length that lies", 31, "\x7F", "quillon: field 2: "},
+      {"a shared field without its definition", 5, "\x08", "quillon: field 2 (B): "},
+      {"a name of other bytes", 36, "\n", ""},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    const CommandRow made[] = {{"create s.vlt", 0, ""}, {"form-create s.vlt F --field A --field B --field C", 0, ""}};
+    RunRows(made);
+    StoreBody([&](std::string& records, std::size_t field) { records.replace(field + row.at, 1, row.bytes); });
+    const Outcome shown = Run("form s.vlt F"), json = Run("--json form s.vlt F");
+    EXPECT_EQ(shown.code, *row.report == '\0' ? 0 : 1);
+    EXPECT_THAT(shown.output, testing::AllOf(HasSubstr("A\ttext"), HasSubstr("C\ttext"), HasSubstr(row.report)));
+    EXPECT_THAT(json.output, testing::AllOf(HasSubstr("\"name\":\"C\""), testing::EndsWith("}]}\n")));
+    fs::remove(folder_ / "s.vlt");
+  }
 }
 
 }  // namespace

@@ -158,6 +158,13 @@ int List(const Options& options, const Arguments& arguments) {
   return result;
 }
 
+// By its place, and by its name where that can be read.
+std::string WhichField(const VQFormField& field, unsigned long index) {
+  std::string name;
+  const bool named = field.GetFormFieldBody()->ReadName(&name) == VQ_OK;
+  return "field " + std::to_string(index + 1) + (named ? " (" + name + ")" : "");
+}
+
 int ShowFields(const Options& options, const VQFormFieldArray& fields, JsonWriter& json) {
   int result = kExitDone;
   for (unsigned long i = 0; i < fields.GetCount(); ++i) {
@@ -165,7 +172,7 @@ int ShowFields(const Options& options, const VQFormFieldArray& fields, JsonWrite
     try {
       field = Describe(fields[i]);
     } catch (VQSTATUS status) {
-      Report("field " + std::to_string(i + 1), status);
+      Report(WhichField(fields[i], i), status);
       result = kExitFailed;
       continue;
     }
