@@ -107,6 +107,7 @@ class MarkdownReader {
       case CMARK_NODE_STRONG:
         return OpenFormat(node, kBold);
       case CMARK_NODE_LINK:
+        if (Runs.InLink()) Losses.Add(Loss::kNestedLink, LineOf(node), View(cmark_node_get_url(node)));
         return Runs.BeginLink(View(cmark_node_get_url(node)), View(cmark_node_get_title(node)));
       case CMARK_NODE_IMAGE:
         Image = node;

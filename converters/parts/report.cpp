@@ -41,6 +41,7 @@ constexpr std::array<const char*, static_cast<std::size_t>(Loss::kCount)> kWords
     "bullets and numbers of lists left out",
     "links around tables end with them",
     "lists got space between their items",
+    "links end with the links within them",
 };
 
 constexpr std::size_t kLongestDetail = 60;

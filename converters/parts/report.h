@@ -45,6 +45,7 @@ enum class Loss {
   kListSigns,       // an item's bullet or number in plain text
   kCutLink,         // what stood in a link behind a table
   kTightList,       // items with space between, so that Markdown can tell their blocks apart
+  kNestedLink,      // a link within a link, which ends there
   kCount
 };
 

@@ -287,6 +287,8 @@ TEST(MarkdownIn, PipeTablesAndRawHtml) {
        "<p>x</p>\n<table>\n<tr>\n<td rowspan=\"2\">a</td>\n<td>b</td>\n</tr>\n<tr>\n<td>c</td>\n</tr>\n</table>\n", ""},
       {"places by tags", "<a name=\"x\"></a>a <b id=\"y\">b</b>\n",
        "<p><span id=\"x\"></span>a <span id=\"y\"></span><strong>b</strong></p>\n", ""},
+      {"a link in a link", "[a <f@b.c> d](e)\n", "<p><a href=\"e\">a </a><a href=\"mailto:f@b.c\">f@b.c</a> d</p>\n",
+       "links end with the links within them: 1, first in line 1: mailto:f@b.c\n"},
       {"a byte order mark and a NUL", "\xEF\xBB\xBF| a |\n|---|\n| b\xFF |\n",
        "<table "
        "border=\"1\">\n<thead>\n<tr>\n<th>a</th>\n</tr>\n</thead>\n<tbody>\n<tr>\n<td>b\uFFFD</td>\n</tr>\n</tbody>\n"
