@@ -20,6 +20,37 @@ std::string ValueOf(const VQSlate& slate, const char* name) {
   return value;
 }
 
+// What designs can refer to: the shared field "Shared", and the subform "Sub", which has it and stands in itself.
+void MakeReferenced(VQDatabase& database) {
+  VQFormField shared("Shared", VQRTTYPE_TEXT_FIELD);
+  Claim(shared.SetComputeOption(VQCOMPUTEOPTION_EDITABLE) == VQ_OK, "a field can be edited");
+  VQSharedField definition;
+  Claim(database.CreateSharedField(shared, &definition) == VQ_OK, "a shared field can be made");
+  VQSubform subform;
+  VQRichText body;
+  Claim(database.CreateSubform("Sub", &subform) == VQ_OK && subform.Save() == VQ_OK, "a subform can be made");
+  Claim(subform.GetSubformBody(&body) == VQ_OK, "it has a body");
+  shared.SetName("InSub");
+  VQRTObject added;
+  Claim(body.Append(shared, &added) == VQ_OK && body.Append(shared, &added) != VQ_OK, "a name comes in once");
+  shared.SetName("Other");
+  Claim(body.Append(shared, &added) == VQ_OK, "another one too");
+  Claim(VQFormField(added).SetSharedField(definition) == VQ_OK, "a field can be shared");
+  Claim(body.Append(VQRTSubform(subform)) == VQ_OK && subform.Save() == VQ_OK, "it can stand in itself");
+}
+
+// Fields of subforms and shared ones too: each has its properties, or a status.
+void ReadFields(const VQForm& form) {
+  VQFormFieldArray fields;
+  if (form.GetFormFields(&fields) != VQ_OK) return;
+  for (unsigned long i = 0; i < fields.GetCount(); ++i) {
+    const VQFormField field = fields[i];
+    static_cast<void>(vq::Caught([&] { return field.GetName(), VQ_OK; }));
+    static_cast<void>(vq::Caught([&] { return field.GetComputeOption(), VQ_OK; }));
+    static_cast<void>(vq::Caught([&] { return field.Validate(); }));
+  }
+}
+
 }  // namespace
 
 // The first byte cuts the rest into $Info, $AUTOLAUNCH, $Fields and $Body.
@@ -27,6 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size < 4) return 0;
   const VQDatabase database = fuzz::World::Get().document().GetDatabase();
   VQDatabase owner(database);
+  static const bool made = (MakeReferenced(owner), true);
+  static_cast<void>(made);
   std::string_view rest(reinterpret_cast<const char*>(data) + 3, size - 3);
   const auto cut = [&](std::size_t length) {
     const std::string_view part = rest.substr(0, length);
@@ -54,6 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Claim(owner.GetForm(id, &form) == VQ_OK, "a form can be bound");
   if (form.Open() == VQ_OK) {
     const std::string body = ValueOf(form, "$Body");
+    ReadFields(form);
     form.SetEditOnOpen(form.GetEditOnOpen());
     const VQSTATUS saved = form.Save();
     if (saved == VQ_OK) {
