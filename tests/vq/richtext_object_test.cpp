@@ -133,6 +133,44 @@ TEST_F(RichTextObjects, RefuseWhatCannotBe) {
   }
 }
 
+// What a handle cannot hold is refused before anything is done.
+TEST_F(RichTextObjects, WrongHandlesAreGivenNothing) {
+  using Run = VQSTATUS (*)(VQRichText & text, VQRTObject & run, VQRTCursor & cursor, VQTableCell & wrong);
+  const struct {
+    const char* What;
+    Run Do;
+  } rows[] = {
+      {"find", [](auto& t, auto&, auto&, auto& w) { return t.FindFirst(VQRTTYPE_STYLIZED_TEXT, &w); }},
+      {"next", [](auto&, auto& r, auto&, auto& w) { return r.GetNextSibling(&w); }},
+      {"parent", [](auto&, auto& r, auto&, auto& w) { return r.GetParentContainer(&w); }},
+      {"container", [](auto&, auto& r, auto&, auto& w) { return r.FindContainer(VQRTTYPE_RICH_TEXT, &w); }},
+      {"copy", [](auto&, auto& r, auto&, auto& w) { return w.Copy(r); }},
+      {"character",
+       [](auto&, auto& r, auto&, auto& w) { return w.SetRTChar(VQStylizedText(r).GetStylizedTextBody(), 1); }},
+      {"insert", [](auto& t, auto&, auto& c, auto& w) { return t.Insert(VQStylizedText("x"), &c, &w); }},
+      {"append", [](auto& t, auto&, auto&, auto& w) { return t.Append(VQStylizedText("x"), &w); }},
+      {"field", [](auto& t, auto&, auto& c, auto& w) { return t.CreateFormField("F", VQRTTYPE_TEXT_FIELD, &c, &w); }},
+      {"cursor", [](auto&, auto&, auto& c, auto& w) { return c.GetRTObject(&w); }},
+      {"right of it", [](auto&, auto&, auto& c, auto& w) { return c.GetNextObject(&w); }},
+      {"left of it", [](auto&, auto&, auto& c, auto& w) { return c.GetPreviousObject(&w); }},
+      {"motion", [](auto&, auto&, auto& c, auto& w) { return c.GotoNext(VQRTTYPE_TABLE, &w); }},
+  };
+  for (const auto& row : rows) {
+    for (const int throws : {0, 1}) {
+      SCOPED_TRACE(row.What);
+      VQRichText text = RichText(Sample());
+      VQRTObject run = First(text, VQRTTYPE_STYLIZED_TEXT);
+      VQRTCursor cursor = At(text, 1);
+      VQTableCell wrong;
+      VQSetThrowAllErrors(throws);
+      EXPECT_EQ(ReturnedStatusOf([&] { return row.Do(text, run, cursor, wrong); }), VQERR_CONVERSION_FAILED);
+      VQSetThrowAllErrors(0);
+      EXPECT_EQ(Written(text), Sample());
+      EXPECT_TRUE(wrong.IsNull() && cursor == At(text, 1));
+    }
+  }
+}
+
 // A character is a place in its run.
 TEST_F(RichTextObjects, CharactersAreNoNodes) {
   VQRichText text = RichText(Text("abc"));
@@ -276,8 +314,9 @@ TEST_F(RichTextObjects, DirtGoesUpAndBytesAreRead) {
   EXPECT_FALSE(run.IsDirty());
   ASSERT_EQ(run.SetDirty(1), VQ_OK);
   EXPECT_TRUE(run.IsDirty() && text.IsDirty());
-  ASSERT_EQ(text.Update(), VQ_OK);
+  ASSERT_EQ(run.Update(), VQ_OK);
   EXPECT_FALSE(run.IsDirty() || text.IsDirty());
+  EXPECT_EQ(VQStylizedText("x").Update(), VQWARN_NOT_FOUND) << "it stands in no text";
   EXPECT_EQ(Written(text), Sample());
   EXPECT_EQ(run.GetRTObjectBody()->WriteValueBlock(), VQERR_WRONG_SITUATION) << "it has no bytes of its own";
   VQString words;

@@ -164,6 +164,18 @@ template <class Operation>
   }
 }
 
+// The same for operations with a status that write into a caller's handle, which may not take the object. Assertions
+// go on.
+template <class Operation>
+[[nodiscard]] VQSTATUS Returned(Operation&& operation) {
+  try {
+    return operation();
+  } catch (VQSTATUS status) {
+    if (status == VQERR_ASSERTION_FAILED) throw;
+    return status;
+  }
+}
+
 // Engine results are narrowed here and nowhere else.
 constexpr VQSTATUS FromEngine(ENGSTATUS result) { return result; }
 constexpr unsigned EngineError(VQSTATUS status) { return static_cast<unsigned>(status & 0x3FFF); }

@@ -61,11 +61,21 @@ VQRichText& VQRichText::operator<<(const VQRTObject& object) {
   return *this;
 }
 
+namespace {
+
+VQRTContainer Container(const VQRichText& text) {
+  VQRTContainer top;
+  vq::ThrowIfError(text.GetTopContainer(&top));
+  return top;
+}
+
+}  // namespace
+
 template <typename Operation>
 VQSTATUS VQRichText::Run(Operation operation) const {
   VQRTContainerBody* top = nullptr;
   const VQSTATUS status = Top(&top);
-  return vq::Apply(status != VQ_OK ? status : vq::Caught([&] { return operation(*top); }));
+  return vq::Apply(status != VQ_OK ? status : vq::Returned([&] { return operation(*top); }));
 }
 
 VQSTATUS VQRichText::Append(const VQString& text, int convertNewlines) {
@@ -162,6 +172,22 @@ VQSTATUS VQRichText::Insert(const VQRichText& richText, VQRTCursor* cursor) {
 
 VQSTATUS VQRichText::Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted) {
   return Run([&](VQRTContainerBody& body) { return body.Insert(object, cursor, inserted); });
+}
+
+int VQRichText::IsSelectionValid(const VQRTCursor& start, const VQRTCursor& end, VQRTSelection* selection) const {
+  return Container(*this).IsSelectionValid(start, end, selection);
+}
+
+int VQRichText::IsSelectionValid(const VQRTCursor& start, unsigned long count, VQRTSelection* selection) const {
+  return Container(*this).IsSelectionValid(start, count, selection);
+}
+
+int VQRichText::IsSelectionValid(const VQRTCursor& start, VQRTTYPE type, VQRTSelection* selection) const {
+  return Container(*this).IsSelectionValid(start, type, selection);
+}
+
+int VQRichText::IsSelectionValid(const VQRTObject& object, VQRTSelection* selection) const {
+  return Container(*this).IsSelectionValid(object, selection);
 }
 
 VQSTATUS VQRichText::MergeNextParagraph(VQRTCursor* cursor) {

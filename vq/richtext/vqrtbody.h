@@ -226,6 +226,10 @@ class VQ_API VQRichText : public VQItem {
   VQSTATUS Insert(const VQString& text, VQRTCursor* cursor, int convertNewlines = 1);
   VQSTATUS Insert(const VQRichText& richText, VQRTCursor* cursor);
   VQSTATUS Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted = nullptr);
+  int IsSelectionValid(const VQRTCursor& start, const VQRTCursor& end, VQRTSelection* selection) const;
+  int IsSelectionValid(const VQRTCursor& start, unsigned long count, VQRTSelection* selection) const;
+  int IsSelectionValid(const VQRTCursor& start, VQRTTYPE type, VQRTSelection* selection) const;
+  int IsSelectionValid(const VQRTObject& object, VQRTSelection* selection) const;
   VQSTATUS MergeNextParagraph(VQRTCursor* cursor);
   VQSTATUS MergeParagraphs(VQRTCursor* start, VQRTCursor* end);
   VQSTATUS MergePreviousParagraph(VQRTCursor* cursor);

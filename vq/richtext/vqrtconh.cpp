@@ -24,7 +24,7 @@ template <typename Operation>
 VQSTATUS Run(const VQRTContainer& container, Operation operation) {
   if (container.IsNull()) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
   VQRTContainerBody* body = container.GetRTContainerBody();
-  return vq::Apply(body->IsClosed() ? VQERR_OBJECT_CLOSED : vq::Caught([&] { return operation(*body); }));
+  return vq::Apply(body->IsClosed() ? VQERR_OBJECT_CLOSED : vq::Returned([&] { return operation(*body); }));
 }
 
 }  // namespace
@@ -202,6 +202,26 @@ VQSTATUS VQRTContainer::DeleteAttachment(const VQString& name) {
 int VQRTContainer::CanInsertType(VQRTTYPE type) const {
   if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
   return GetRTContainerBody()->CanInsertType(type);
+}
+
+int VQRTContainer::IsSelectionValid(const VQRTCursor& start, const VQRTCursor& end, VQRTSelection* selection) const {
+  if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
+  return GetRTContainerBody()->IsSelectionValid(start, end, selection);
+}
+
+int VQRTContainer::IsSelectionValid(const VQRTCursor& start, unsigned long count, VQRTSelection* selection) const {
+  if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
+  return GetRTContainerBody()->IsSelectionValid(start, count, selection);
+}
+
+int VQRTContainer::IsSelectionValid(const VQRTCursor& start, VQRTTYPE type, VQRTSelection* selection) const {
+  if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
+  return GetRTContainerBody()->IsSelectionValid(start, type, selection);
+}
+
+int VQRTContainer::IsSelectionValid(const VQRTObject& object, VQRTSelection* selection) const {
+  if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
+  return GetRTContainerBody()->IsSelectionValid(object, selection);
 }
 
 VQSTATUS VQRTContainer::CreateFormField(const VQString& name, VQRTTYPE type, VQRTCursor* cursor, VQRTObject* created) {

@@ -148,6 +148,22 @@ VQSTATUS RenewParagraphs(const VQRTObject& incoming, VQRTContainerBody& root) {
 
 }  // namespace
 
+VQSTATUS VQRTContainerBody::TakeIn(const VQRTObject& incoming, VQRTObjectBody& beside, bool behind) {
+  VQRTObjectBody& body = *incoming.GetRTObjectBody();
+  VQSTATUS status = vq::CheckAdmitted(GetRichTextBody(), body, nullptr);
+  if (status != VQ_OK) return status;
+  vq::FontGuard fonts(GetRichTextBody());
+  vq::ObjectGuard objects(GetRichTextBody());
+  status = vq::EnterFacesOf(body, *this);
+  if (status == VQ_OK) status = RenewParagraphs(incoming, vq::pab::Root(*this));
+  if (status == VQ_OK) status = vq::BringObjects(body, GetRichTextBody());
+  if (status == VQ_OK) status = behind ? beside.InsertNextSibling(&body) : beside.InsertPreviousSibling(&body);
+  if (status != VQ_OK) return status;
+  fonts.Keep();
+  objects.Keep();
+  return vq::EnterFonts(body);
+}
+
 VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appended) {
   if (Closed) return VQERR_OBJECT_CLOSED;
   if (object.IsNull()) return VQERR_UNINITIALIZED_ARGUMENT;

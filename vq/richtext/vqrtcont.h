@@ -84,6 +84,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   // The same for a rich text that stands alone and is nobody else's: its objects move, and whatever the result, it is
   // of no use afterwards.
   VQSTATUS TakeIn(VQRichText& incoming, VQRTCursor* cursor);
+  // Puts a detached object that this container takes beside one of its children, with what goes along with it.
+  [[nodiscard]] VQSTATUS TakeIn(const VQRTObject& incoming, VQRTObjectBody& beside, bool behind);
   // A copy of the object; `inserted` may be null.
   virtual VQSTATUS Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted);
   // Inserts `object` itself (a detached one) when `copy` is 0, else a deep copy. The core of all object insertion:

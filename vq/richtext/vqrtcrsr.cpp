@@ -278,8 +278,10 @@ int VQRTCursor::GetRightEdge() const {
 VQSTATUS VQRTCursor::GetRTObject(VQRTObject* object) const {
   if (!object) return vq::Apply(VQERR_INVALID_PARAMETER);
   if (!IsValid()) return vq::Apply(VQERR_CURSOR_INVALID);
-  *object = GetCursorBody()->RTElement;
-  return VQ_OK;
+  return vq::Apply(vq::Returned([&] {
+    *object = GetCursorBody()->RTElement;
+    return VQ_OK;
+  }));
 }
 
 int VQRTCursor::IsAtEnd() const {
@@ -308,21 +310,29 @@ int VQRTCursor::IsInsertablePosition(VQRTTYPE type) const {
   return GetNextObject(&next) != VQ_OK || next.IsNull() || !next.IsType(VQRTTYPE_RT_SUBFORM);
 }
 
+namespace {
+
+// Null where there is none.
+VQSTATUS Give(VQRTObjectBody* body, VQRTObject* object) {
+  return vq::Apply(vq::Returned([&] {
+    *object = body;
+    return body ? VQ_OK : VQWARN_NOT_FOUND;
+  }));
+}
+
+}  // namespace
+
 VQSTATUS VQRTCursor::GetNextObject(VQRTObject* object) const {
   if (!object) return vq::Apply(VQERR_INVALID_PARAMETER);
   if (!IsValid()) return vq::Apply(VQERR_CURSOR_INVALID);
   Normalize();
   const VQRTCursorBody& cursor = *GetCursorBody();
-  if (!cursor.RightEdge) {
-    *object = cursor.RTElement.GetRTObjectBody();
-    return VQ_OK;
-  }
-  // At a right edge after normalizing, a run is at its end.
   VQRTObjectBody* body = cursor.RTElement.GetRTObjectBody();
+  if (!cursor.RightEdge) return Give(body, object);
+  // At a right edge after normalizing, a run is at its end.
   VQRTBaseContainerBody* scope = ScopeBody();
   while (body && body != scope && !body->GetNext()) body = body->GetParent();
-  *object = body && body != scope ? body->GetNext() : nullptr;
-  return object->IsNull() ? VQWARN_NOT_FOUND : VQ_OK;
+  return Give(body && body != scope ? body->GetNext() : nullptr, object);
 }
 
 VQSTATUS VQRTCursor::GetPreviousObject(VQRTObject* object) const {
@@ -338,17 +348,18 @@ VQSTATUS VQRTCursor::GetPreviousObject(VQRTObject* object) const {
       if (owner->IsType(VQRTTYPE_ELEMENT) || owner->GetType() == VQRTTYPE_STYLIZED_TEXT) body = owner;
     }
   }
-  *object = body;
-  return body ? VQ_OK : VQWARN_NOT_FOUND;
+  return Give(body, object);
 }
 
 VQSTATUS VQRTCursor::GetParentContainer(VQRTTYPE type, VQRTContainer* container) const {
   if (!container) return vq::Apply(VQERR_INVALID_PARAMETER);
   if (!IsValid()) return vq::Apply(VQERR_CURSOR_INVALID);
-  VQRTObject found;
-  const VQSTATUS status = GetCursorBody()->RTElement.GetParentContainer(type, &found);
-  if (status == VQ_OK) *container = VQRTContainer(found);
-  return vq::Apply(status);
+  return vq::Apply(vq::Returned([&] {
+    VQRTObject found;
+    const VQSTATUS status = GetCursorBody()->RTElement.GetParentContainer(type, &found);
+    if (status == VQ_OK) *container = VQRTContainer(found);
+    return status;
+  }));
 }
 
 VQSTATUS VQRTCursor::GetFontStyle(VQFontStyle* style) const {

@@ -1,10 +1,8 @@
 #include "vq/richtext/vqrtobj.h"
 
 #include "engine/ods.h"
-#include "vq/richtext/pabtree.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
-#include "vq/richtext/vqrttabl.h"
 #include "vq/richtext/vqstyltx.h"
 #include "vq/values/vqstring.h"
 
@@ -67,7 +65,7 @@ void VQRTObject::ValidateRTType(const VQRTObject& object) const {
 void VQRTObject::ValidateRTType(const VQRTObjectBody*) const {}
 
 VQSTATUS VQRTObject::CheckType(const VQRTObject& object) const {
-  return vq::Caught([&]() -> VQSTATUS {
+  return vq::Returned([&]() -> VQSTATUS {
     ValidateRTType(object);
     return VQ_OK;
   });
@@ -86,8 +84,10 @@ VQRTObjectBody& Require(const VQRTObject& object) {
 }
 
 VQSTATUS Neighbour(VQRTObjectBody* body, VQRTObject* out) {
-  *out = body;
-  return body ? VQ_OK : VQWARN_NOT_FOUND;
+  return vq::Returned([&] {
+    *out = body;
+    return body ? VQ_OK : VQWARN_NOT_FOUND;
+  });
 }
 
 }  // namespace
@@ -108,7 +108,7 @@ VQSTATUS VQRTObject::Copy(const VQRTObject& source) {
 
 VQSTATUS VQRTObject::CopyRTObject(const VQRTObject& source, VQRTCOPYOPTIONS options) {
   if (source.IsNull()) return vq::Apply(VQERR_INVALID_PARAMETER);
-  ValidateRTType(source);
+  if (const VQSTATUS status = CheckType(source)) return vq::Apply(status);
   if (source.HasOffset()) {
     Attach(source.GetRTObjectBody(), source.Offset);
     return VQ_OK;
@@ -123,7 +123,8 @@ VQSTATUS VQRTObject::CopyRTObject(const VQRTObject& source, VQRTCOPYOPTIONS opti
 
 VQSTATUS VQRTObject::FindContainer(VQRTTYPE type, VQRTObject* container) const {
   const VQSTATUS status = Check(*this);
-  return vq::Apply(status != VQ_OK ? status : GetRTObjectBody()->FindContainer(type, container));
+  if (status != VQ_OK) return vq::Apply(status);
+  return vq::Apply(vq::Returned([&] { return GetRTObjectBody()->FindContainer(type, container); }));
 }
 
 VQSTATUS VQRTObject::GetNextSibling(VQRTObject* sibling) const {
@@ -151,7 +152,8 @@ VQSTATUS VQRTObject::GetParentContainer(VQRTTYPE type, VQRTObject* parent) const
   const VQSTATUS status = Check(*this);
   if (status != VQ_OK) return vq::Apply(status);
   VQRTObjectBody* from = HasOffset() ? GetRTObjectBody() : GetRTObjectBody()->GetParent();
-  const VQSTATUS found = from ? from->FindContainer(type, parent) : VQWARN_NOT_FOUND;
+  const VQSTATUS found =
+      vq::Returned([&] { return from ? from->FindContainer(type, parent) : VQSTATUS{VQWARN_NOT_FOUND}; });
   if (found == VQWARN_NOT_FOUND) *parent = static_cast<VQRTObjectBody*>(nullptr);
   return vq::Apply(found);
 }
@@ -194,30 +196,23 @@ VQSTATUS CheckSibling(const VQRTObjectBody& beside, const VQRTObjectBody& object
   return parent->IsType(VQRTTYPE_HOTSPOT) ? VQERR_RT_HOTSPOT_CONTENT : VQERR_CANT_INSERT_TYPE;
 }
 
-// A table's identifiers may stand for something else where it goes.
-VQSTATUS Prepare(const VQRTObject& object, const VQRTObjectBody& beside) {
-  if (object.GetType() != VQRTTYPE_TABLE || object.GetRTObjectBody()->GetParent() || !beside.GetParent()) return VQ_OK;
-  auto& container = static_cast<VQRTContainerBody&>(*beside.GetParent());
-  return VQTable(object).GetTableBody()->RenewIdentifiers(vq::pab::Root(container));
-}
-
 }  // namespace
 
-VQSTATUS VQRTObject::InsertNextSibling(VQRTObject* object) {
-  if (!object || object->IsNull() || object->HasOffset()) return vq::Apply(VQERR_INVALID_PARAMETER);
-  VQSTATUS status = HasOffset() ? VQERR_INAPPROPRIATE : Check(*this);
-  if (status == VQ_OK) status = CheckSibling(*GetRTObjectBody(), *object->GetRTObjectBody(), true);
-  if (status == VQ_OK) status = Prepare(*object, *GetRTObjectBody());
-  return vq::Apply(status != VQ_OK ? status : GetRTObjectBody()->InsertNextSibling(object->GetRTObjectBody()));
+VQSTATUS VQRTObject::InsertBeside(VQRTObject* object, bool behind) {
+  if (!object || object->IsNull() || object->HasOffset()) return VQERR_INVALID_PARAMETER;
+  const VQSTATUS status = HasOffset() ? VQERR_INAPPROPRIATE : Check(*this);
+  if (status != VQ_OK) return status;
+  VQRTObjectBody& body = *GetRTObjectBody();
+  VQRTObjectBody& sibling = *object->GetRTObjectBody();
+  if (VQSTATUS refused = CheckSibling(body, sibling, behind)) return refused;
+  if (!body.GetParent() || sibling.GetParent() || sibling.IsClosed()) {
+    return behind ? body.InsertNextSibling(&sibling) : body.InsertPreviousSibling(&sibling);
+  }
+  return static_cast<VQRTContainerBody*>(body.GetParent())->TakeIn(*object, body, behind);
 }
 
-VQSTATUS VQRTObject::InsertPreviousSibling(VQRTObject* object) {
-  if (!object || object->IsNull() || object->HasOffset()) return vq::Apply(VQERR_INVALID_PARAMETER);
-  VQSTATUS status = HasOffset() ? VQERR_INAPPROPRIATE : Check(*this);
-  if (status == VQ_OK) status = CheckSibling(*GetRTObjectBody(), *object->GetRTObjectBody(), false);
-  if (status == VQ_OK) status = Prepare(*object, *GetRTObjectBody());
-  return vq::Apply(status != VQ_OK ? status : GetRTObjectBody()->InsertPreviousSibling(object->GetRTObjectBody()));
-}
+VQSTATUS VQRTObject::InsertNextSibling(VQRTObject* object) { return vq::Apply(InsertBeside(object, true)); }
+VQSTATUS VQRTObject::InsertPreviousSibling(VQRTObject* object) { return vq::Apply(InsertBeside(object, false)); }
 
 int VQRTObject::IsDirty() const { return Require(*this).IsDirty(); }
 
@@ -260,8 +255,16 @@ VQSTATUS VQRTObject::SetRTChar(VQStylizedTextBody* body, unsigned long offset) {
   if (!body || offset == 0) return vq::Apply(VQERR_INVALID_PARAMETER);
   if (body->IsClosed()) return vq::Apply(VQERR_OBJECT_CLOSED);
   if (!body->HasPlace(offset)) return vq::Apply(VQERR_INVALID_PARAMETER);
+  if (const VQSTATUS status = CheckType(VQRTObject(body, offset))) return vq::Apply(status);
   Attach(body, offset);
   return VQ_OK;
+}
+
+VQSTATUS VQRTObject::Update() {
+  VQRichText richText;
+  VQSTATUS status = Check(*this);
+  if (status == VQ_OK) status = GetRTObjectBody()->GetRichText(&richText);
+  return vq::Apply(status != VQ_OK ? status : richText.GetRichTextBody()->Flush());
 }
 
 VQRTElement::VQRTElement(const VQRTObject& object) {

@@ -44,9 +44,9 @@ class VQ_API VQRTObject : public VQSmartPtr {
   VQRTTYPE GetType() const;  // VQRTTYPE_NONE for a null handle
   int HasOffset() const { return Offset != 0; }
   unsigned long GetOffset() const { return Offset; }
-  // Puts a detached object beside this one. VQERR_RT_ALREADY_MEMBER, VQERR_RT_NOT_MEMBER when this one stands in no
-  // container, VQERR_CANT_INSERT_TYPE or VQERR_RT_HOTSPOT_CONTENT where the container does not take the object: text
-  // between the cells of a table, say.
+  // Puts a detached object beside this one, with its fonts and stored objects; what is beside it stays as it is.
+  // VQERR_RT_ALREADY_MEMBER, VQERR_RT_NOT_MEMBER when this one stands in no container, VQERR_CANT_INSERT_TYPE or
+  // VQERR_RT_HOTSPOT_CONTENT where the container does not take the object: text between the cells of a table, say.
   VQSTATUS InsertNextSibling(VQRTObject* object);
   VQSTATUS InsertPreviousSibling(VQRTObject* object);
   int IsDirty() const;
@@ -63,6 +63,9 @@ class VQ_API VQRTObject : public VQSmartPtr {
   VQSTATUS SetOffset(unsigned long offset);
   // Makes this a handle on a character: of places behind the run's end there are none, VQERR_INVALID_PARAMETER.
   VQSTATUS SetRTChar(VQStylizedTextBody* body, unsigned long offset);
+  // Writes the rich text that the object stands in back into its items, as VQRichText::Update. VQWARN_NOT_FOUND when it
+  // stands in none.
+  VQSTATUS Update();
 
   VQRTObjectBody* GetRTObjectBody() const;
 
@@ -77,6 +80,9 @@ class VQ_API VQRTObject : public VQSmartPtr {
   virtual void MoveTo(unsigned long offset, int rightEdge);
 
   unsigned long Offset = 0;
+
+ private:
+  VQSTATUS InsertBeside(VQRTObject* object, bool behind);
 };
 
 // An element: a character of a run, or a leaf object of type VQRTTYPE_ELEMENT.
@@ -141,6 +147,7 @@ class VQ_API VQRTContainer : public VQRTElement {
   VQSTATUS FindLast(VQRTTYPE type, VQRTObject* found) const;
   VQSTATUS FindNext(const VQRTObject& from, VQRTTYPE type, VQRTObject* found) const;
   VQSTATUS FindPrevious(const VQRTObject& from, VQRTTYPE type, VQRTObject* found) const;
+  // The default style where the paragraph has none of its own.
   VQSTATUS FindParagraphStyle(const VQRTObject& object, VQParagraphStyle* style) const;
   VQSTATUS FindParagraphStyle(const VQRTCursor& cursor, VQParagraphStyle* style) const;
   VQSTATUS GetCursor(VQRTCursor* cursor) const;
@@ -154,11 +161,20 @@ class VQ_API VQRTContainer : public VQRTElement {
   VQSTATUS Insert(const VQRichText& richText, VQRTCursor* cursor);
   VQSTATUS Insert(const VQRTObject& object, VQRTCursor* cursor, VQRTObject* inserted = nullptr);
   int CanInsertType(VQRTTYPE type) const;
+  // Whether what lies between the cursors, behind one, around one, or an object is whole, so that it can be taken out.
+  int IsSelectionValid(const VQRTCursor& start, const VQRTCursor& end, VQRTSelection* selection) const;
+  int IsSelectionValid(const VQRTCursor& start, unsigned long count, VQRTSelection* selection) const;
+  int IsSelectionValid(const VQRTCursor& start, VQRTTYPE type, VQRTSelection* selection) const;
+  int IsSelectionValid(const VQRTObject& object, VQRTSelection* selection) const;
   VQSTATUS MergeNextParagraph(VQRTCursor* cursor);
   VQSTATUS MergeParagraphs(VQRTCursor* start, VQRTCursor* end);
   VQSTATUS MergePreviousParagraph(VQRTCursor* cursor);
   VQSTATUS SetFontStyle(const VQRTCursor& start, const VQRTCursor& end, const VQFontStyle& style,
                         unsigned long mask = 0xFFFFFFFFUL);
+  // An equal definition of the container is used again; that of a named style becomes what the style is wherever its
+  // name is defined. VQERR_INVALID_PARAMETER for null handles, a wrong order and cursors in two cells,
+  // VQERR_RT_NOT_MEMBER where no paragraph reference stands; VQERR_INAPPROPRIATE for a named style that came with a
+  // hide formula of another paragraph.
   VQSTATUS SetParagraphStyle(const VQRTCursor& start, const VQRTCursor& end, const VQParagraphStyle& style);
   VQSTATUS SetParagraphStyle(const VQRTCursor& cursor, const VQParagraphStyle& style);
   VQSTATUS SetValue(const VQString& text, int convertNewlines = 1);
