@@ -409,6 +409,14 @@ TEST_F(Table, KeepsMarginsUnderAStyle) {
   VQRTCursor other;
   ASSERT_EQ(table(0, 0).GetCursor(&other), VQ_OK);
   EXPECT_EQ(text.SetParagraphStyle(other, end, style), VQERR_INVALID_PARAMETER) << "of two cells";
+  ASSERT_EQ(style.SetAlignment(1), VQ_OK);
+  ASSERT_EQ(table(0, 0).GetEndCursor(&other), VQ_OK);
+  ASSERT_EQ(text.SetParagraphStyle(other, style), VQ_OK) << "at the end of a cell";
+  for (const auto& [column, alignment] : {std::pair(0UL, 1), {1UL, 0}}) {
+    ASSERT_EQ(table(0, column).GetCursor(&other), VQ_OK);
+    ASSERT_EQ(other.GetParagraphStyle(&found), VQ_OK);
+    EXPECT_EQ(found.GetAlignment(), alignment);
+  }
   VQPABDefinition definition;
   VQRTObject companion;
   EXPECT_EQ(table.GetTableBody()->FindSameParagraphStyle(style, &definition, &companion), VQERR_NOT_IMPLEMENTED);
@@ -685,11 +693,57 @@ TEST_F(Table, MovesACellOverTwoColumnsWithThem) {
   EXPECT_EQ(box(0, 0), "1440-6440");
   ASSERT_EQ(table.SetColumnWidth(0, 1000), VQ_OK);
   EXPECT_EQ(box(0, 0), "1440-5440");
+  ASSERT_EQ(table(0, 0).SetCDTableCellColumnSpan(2), VQ_OK);
   ASSERT_EQ(table.InsertColumns(1, 1), VQ_OK);
+  EXPECT_EQ(box(0, 0), "1440-8440");
   EXPECT_EQ(box(1, 2), "5440-8440");
+  EXPECT_EQ(table(0, 0).GetCDTableCell().ColumnSpan, 3);
+  EXPECT_EQ(MarginsIn(table, 1, 1), "2440-5440");
+  EXPECT_EQ(StatusOf([&] { return table(0, 1).SetTransparent(); }), VQERR_RT_INVALID) << "that place is taken";
   ASSERT_EQ(table.DeleteColumns(1, 1), VQ_OK);
   EXPECT_EQ(box(1, 1), "2440-5440");
+  EXPECT_EQ(table(0, 0).GetCDTableCell().ColumnSpan, 2);
   EXPECT_EQ(StatusOf([&] { return table(0, 1).SetTransparent(); }), VQERR_RT_INVALID);
+}
+
+// Where a cell over two columns (a row of it alone) is what is left, the column that it covered is no more.
+TEST_F(Table, GoesOnWithoutLinesThatLostTheirCells) {
+  const auto cell = [](int row, int column, int left, int right, bool defines) {
+    const int pabid = 5 + column;
+    return CellRecord(row, column, left, right, 0) + (defines ? Definition(pabid, left, right) : "") + Paragraph() +
+           Reference(pabid) + Text(std::to_string(row) + std::to_string(column));
+  };
+  const std::string heads = cell(0, 0, 1440, 3440, true) + cell(0, 1, 3440, 5440, true) + cell(0, 2, 5440, 7440, true);
+  const std::string wide = cell(1, 0, 1440, 5440, false), last = cell(1, 2, 5440, 7440, false);
+  const struct {
+    const char* What;
+    std::string Cells;
+    VQSTATUS (*Edit)(VQTable&);
+    unsigned long Rows, Columns;
+    const char* Text;
+  } rows[] = {
+      {"the last column", heads + wide, [](VQTable& t) { return t.DeleteRows(0, 1); }, 1, 1, "10\t\n"},
+      {"a column between", heads + wide + last, [](VQTable& t) { return t.DeleteRows(0, 1); }, 1, 2, "10\t12\t\n"},
+      {"the last row", heads + wide, [](VQTable& t) { return t.DeleteColumns(0, 1); }, 1, 2, "01\t02\t\n"},
+      {"a row between", heads + wide + cell(2, 0, 1440, 3440, false) + cell(2, 1, 3440, 5440, false),
+       [](VQTable& t) { return t.DeleteColumns(0, 1); }, 2, 2, "01\t02\t\n21\t\n"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQRichText text = RichText(Begin() + row.Cells + TableEnd());
+    VQTable table = TableAt(text, 0);
+    ASSERT_EQ(row.Edit(table), VQ_OK);
+    const VQRichText again = RichText(Written(text));
+    for (const VQTable& each : {table, TableAt(again, 0)}) {
+      VQString string;
+      EXPECT_EQ(each.GetRowCount() * 10 + each.GetColumnCount(), row.Rows * 10 + row.Columns);
+      EXPECT_EQ(each.GetText(&string), VQ_OK);
+      EXPECT_EQ(TextOf(string), row.Text);
+    }
+    EXPECT_EQ(table.SetColumnWidth(0, 1000), VQ_OK);
+    EXPECT_EQ(table.AppendRows(1), VQ_OK);
+    EXPECT_EQ(table.AppendColumns(1), VQ_OK);
+  }
 }
 
 TEST_F(Table, EditsInsideCells) {

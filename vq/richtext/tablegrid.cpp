@@ -1,5 +1,6 @@
 // Rows and columns of a table: how they come in and go.
 #include <algorithm>
+#include <set>
 
 #include "vq/richtext/pabtree.h"
 #include "vq/richtext/tablelayout.h"
@@ -37,6 +38,23 @@ VQSTATUS CheckDelete(const Side& side, unsigned long position, unsigned long cou
 }
 
 using CellIterator = VQTableBody::CellList::const_iterator;
+
+// How far rows or columns move up when those before them go that have lost their last cell.
+class Vanished {
+ public:
+  Vanished(const VQTableBody::CellList& going, const VQTableBody::CellList& staying,
+           std::int32_t (VQTableCellBody::*line)() const) {
+    for (const VQTableCellBody* cell : going) Lines.insert((cell->*line)());
+    for (const VQTableCellBody* cell : staying) Lines.erase((cell->*line)());
+  }
+  std::uint32_t Count() const { return static_cast<std::uint32_t>(Lines.size()); }
+  std::int32_t Before(std::int32_t line) const {
+    return static_cast<std::int32_t>(std::distance(Lines.begin(), Lines.lower_bound(line)));
+  }
+
+ private:
+  std::set<std::int32_t> Lines;
+};
 
 VQSTATUS ShiftRows(CellIterator cell, CellIterator end, std::int32_t distance) {
   for (; cell != end; ++cell) {
@@ -149,9 +167,15 @@ VQSTATUS VQTableBody::DeleteRows(unsigned long position, unsigned long count) {
     if (!head) head = cell;
   }
   if (VQSTATUS status = MoveColumnDefinitions(heads, newHeads)) return status;
+  const Vanished lost(going, cells, &VQTableCellBody::GetColumn);
   if (VQSTATUS status = DeleteCells(going)) return status;
   if (VQSTATUS status = ShiftRows(shifted, cells.end(), -less)) return status;
-  KeepCells(std::move(cells), rows, columns);
+  for (VQTableCellBody* cell : cells) {
+    VQTableCellBody::Place place = cell->GetPlace();
+    place.Column -= lost.Before(place.Column);
+    if (VQSTATUS status = cell->SetPlace(place)) return status;
+  }
+  KeepCells(std::move(cells), rows, columns - lost.Count());
   return VQ_OK;
 }
 
@@ -183,7 +207,13 @@ VQSTATUS VQTableBody::AddColumns(unsigned long position, unsigned long count) {
   if (VQSTATUS status = MakeIdentifiersPrivate(before, &pabids)) return status;
   const std::uint32_t rows = GetRows(), columns = GetColumns() + static_cast<std::uint32_t>(count);
   const CellList present = TakeCells();
+  std::set<std::int32_t> covered;  // rows where a cell goes on over the new columns
+  for (std::size_t i = 0; i < present.size(); ++i) {
+    const bool ahead = static_cast<unsigned long>(present[i]->GetColumn()) < position;
+    if (ahead && before.LastOf(present, i) >= position) covered.insert(present[i]->GetRow());
+  }
   if (VQSTATUS status = after.ApplyTo(present, before, change)) return status;
+  bool defined = false;
   CellList cells;
   cells.reserve(present.size() + rows * count);
   for (auto cell = present.begin(); cell != present.end();) {
@@ -194,15 +224,17 @@ VQSTATUS VQTableBody::AddColumns(unsigned long position, unsigned long count) {
     cells.insert(cells.end(), cell, behind);
     VQRTObjectBody* before = behind == present.end() ? LastChild : *behind;
     const std::size_t firstNew = cells.size();
-    for (std::size_t column = position; column < position + count; ++column) {
+    for (std::size_t column = position; column < position + count && !covered.contains(row); ++column) {
       const std::uint16_t pabid = pabids[column - position];
       const CDPABDEFINITION definition = after.DefinitionOf(column, pabid);
-      const bool heads = cell == present.begin();
       const VQTableCellBody::Place place = after.PlaceOf(row, column, column);
-      VQSTATUS status = AddCell(place, nullptr, pabid, heads ? &definition : nullptr, before, &cells);
+      VQSTATUS status = AddCell(place, nullptr, pabid, defined ? nullptr : &definition, before, &cells);
       if (status != VQ_OK) return status;
     }
-    if (VQSTATUS status = NumberRun(cells[firstNew], before)) return status;
+    if (firstNew < cells.size()) {
+      if (VQSTATUS status = NumberRun(cells[firstNew], before)) return status;
+      defined = true;
+    }
     cells.insert(cells.end(), behind, rowEnd);
     cell = rowEnd;
   }
@@ -231,8 +263,14 @@ VQSTATUS VQTableBody::DeleteColumns(unsigned long position, unsigned long count)
     const auto column = static_cast<unsigned long>(cell->GetColumn());
     (column >= position && column < position + count ? going : staying).push_back(cell);
   }
+  const Vanished lost(going, staying, &VQTableCellBody::GetRow);
   if (VQSTATUS status = DeleteCells(going)) return status;
   if (VQSTATUS status = after.ApplyTo(staying, before, change)) return status;
-  KeepCells(std::move(staying), rows, columns);
+  for (VQTableCellBody* cell : staying) {
+    VQTableCellBody::Place place = cell->GetPlace();
+    place.Row -= lost.Before(place.Row);
+    if (VQSTATUS status = cell->SetPlace(place)) return status;
+  }
+  KeepCells(std::move(staying), rows - lost.Count(), columns);
   return VQ_OK;
 }

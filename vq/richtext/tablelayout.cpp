@@ -56,7 +56,14 @@ VQSTATUS TableLayout::Read(const VQTableBody& table, TableLayout* layout) {
     met[at] = true;
     layout->Boxes[at] = {cell->GetLeft(), cell->GetRight()};
   }
-  return !met.empty() && std::ranges::find(met, false) == met.end() ? VQ_OK : VQERR_RT_INVALID;
+  if (met.empty() || std::ranges::find(met, false) != met.end()) return VQERR_RT_INVALID;
+  // Where all of its cells go on over the next one, a column ends where that one begins.
+  for (std::size_t column = 0; column + 1 < met.size(); ++column) {
+    Box& box = layout->Boxes[column];
+    const long next = layout->Boxes[column + 1].Left;
+    if (box.Left < next && next < box.Right) box.Right = std::max(box.Left, next - 2 * layout->GetSpacing());
+  }
+  return VQ_OK;
 }
 
 long TableLayout::GetTableWidth() const { return Boxes.back().Right - Boxes.front().Left + 2 * GetSpacing(); }
@@ -166,8 +173,12 @@ CDPABDEFINITION TableLayout::DefinitionOf(std::size_t column, std::uint16_t pabi
   return record;
 }
 
-std::size_t TableLayout::LastCovered(std::size_t column, long right, std::size_t next) const {
-  while (column + 1 < next && right > Boxes[column].Right + WidthOf(column + 1) / 2) ++column;
+std::size_t TableLayout::LastOf(const VQTableBody::CellList& cells, std::size_t at) const {
+  const VQTableCellBody& cell = *cells[at];
+  const bool ends = at + 1 == cells.size() || cells[at + 1]->GetRow() != cell.GetRow();
+  const std::size_t next = ends ? GetCount() : static_cast<std::size_t>(cells[at + 1]->GetColumn());
+  auto column = static_cast<std::size_t>(cell.GetColumn());
+  while (column + 1 < next && cell.GetRight() > Boxes[column].Right + WidthOf(column + 1) / 2) ++column;
   return column;
 }
 
@@ -184,6 +195,18 @@ std::size_t Renumbered(std::size_t column, TableLayout::Change change) {
 
 }  // namespace
 
+namespace {
+
+VQSTATUS SetSpan(VQTableCellBody& cell, std::size_t before, std::size_t after) {
+  CDTABLECELL record{};
+  // One that ends before its spans says none.
+  if (before == after || cell.ReadCell(&record) != VQ_OK || record.ColumnSpan != before) return VQ_OK;
+  record.ColumnSpan = static_cast<std::uint8_t>(after);
+  return cell.WriteCell(record);
+}
+
+}  // namespace
+
 bool TableLayout::HasSharesOf(const TableLayout& other) const {
   if (!IsAutomatic() || !other.IsAutomatic() || GetCount() != other.GetCount()) return false;
   for (std::size_t column = 0; column < GetCount(); ++column) {
@@ -196,11 +219,11 @@ VQSTATUS TableLayout::ApplyTo(const VQTableBody::CellList& cells, const TableLay
   const bool sharesStay = HasSharesOf(before);
   for (std::size_t i = 0; i < cells.size(); ++i) {
     // Seen from what is still as it was.
-    const bool ends = i + 1 == cells.size() || cells[i + 1]->GetRow() != cells[i]->GetRow();
-    const std::size_t next = ends ? before.GetCount() : static_cast<std::size_t>(cells[i + 1]->GetColumn());
-    const auto column = static_cast<std::size_t>(cells[i]->GetColumn());
-    const std::size_t last = Renumbered(before.LastCovered(column, cells[i]->GetRight(), next), change);
-    VQTableCellBody::Place place = PlaceOf(cells[i]->GetRow(), Renumbered(column, change), last);
+    const auto oldFirst = static_cast<std::size_t>(cells[i]->GetColumn());
+    const std::size_t oldLast = before.LastOf(cells, i);
+    const std::size_t first = Renumbered(oldFirst, change), last = Renumbered(oldLast, change);
+    if (VQSTATUS status = SetSpan(*cells[i], oldLast - oldFirst + 1, last - first + 1)) return status;
+    VQTableCellBody::Place place = PlaceOf(cells[i]->GetRow(), first, last);
     if (sharesStay) place.Fraction = cells[i]->GetPlace().Fraction;
     if (VQSTATUS status = SetCellMargins(*cells[i], place, last)) return status;
   }

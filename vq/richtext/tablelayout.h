@@ -56,7 +56,11 @@ class TableLayout {
   CDPABDEFINITION DefinitionOf(std::size_t column, std::uint16_t pabid) const;
   void SetMargins(std::size_t first, std::size_t last, CDPABDEFINITION* record) const;
 
+  // The last column that one of a table's cells takes.
+  std::size_t LastOf(const VQTableBody::CellList& cells, std::size_t at) const;
+
   // Writes the plan into all cells, other than those that are to come and those that have gone, and their definitions.
+  // A cell's column span follows the columns that the cell takes where it told them.
   [[nodiscard]] VQSTATUS ApplyTo(const VQTableBody::CellList& cells, const TableLayout& before, Change change) const;
 
  private:
@@ -68,8 +72,6 @@ class TableLayout {
   // Sets the columns' places by their widths, from the first one's left.
   void Place(long left, const std::vector<long>& widths);
   std::vector<long> Widths() const;
-  // The last column that a cell of the table takes; `next` is the column of the cell behind it in the row.
-  std::size_t LastCovered(std::size_t column, long right, std::size_t next) const;
   // Whether each column takes as much of the table as there: fractional widths, which a client may have set, stay then.
   bool HasSharesOf(const TableLayout& other) const;
   [[nodiscard]] VQSTATUS SetCellMargins(VQTableCellBody& cell, const VQTableCellBody::Place& place,

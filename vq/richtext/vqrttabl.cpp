@@ -73,9 +73,10 @@ VQRTObjectBody* VQTableBody::MakeSame() const { return new VQTableBody(); }
 
 VQSTATUS VQTableBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) {
   if (source && source->GetType() != VQRTTYPE_TABLE) return VQERR_NOT_A_TABLE;
-  const VQSTATUS status = VQRTContainerBody::Copy(source, options);
-  if (status == VQ_OK) Units = static_cast<VQTableBody*>(source)->Units;
-  return status;
+  if (VQSTATUS status = VQRTContainerBody::Copy(source, options)) return status;
+  Units = static_cast<VQTableBody*>(source)->Units;
+  // In a text the source's identifiers may stand for something else.
+  return Parent && options == VQRTCOPYOPTIONS_DEEP ? RenewIdentifiers(pab::Root(*this)) : VQ_OK;
 }
 
 VQSTATUS VQTableBody::Append(const VQString&, int) { return VQERR_TABLE_APPEND; }

@@ -190,7 +190,8 @@ class VQ_API VQTable : public VQRTContainer {
   unsigned long Convert(const double& value) const;
   // VQERR_ZERO_ROWS_COLUMNS, VQERR_COLUMN_COUNT_SUM (VQERR_ROW_COUNT_SUM) for a range that ends above the limit,
   // VQERR_COLUMN_POSITION (VQERR_ROW_POSITION), VQERR_DELETE_ALL_CELLS, VQERR_CELL_POSITION_COUNT: the last column
-  // (row) is never deleted. With automatic width the others share the room.
+  // (row) is never deleted. With automatic width the others share the room. Rows (columns) whose last cell goes, as
+  // where another one spans them, go too.
   VQSTATUS DeleteColumns(unsigned long position, unsigned long count);
   VQSTATUS DeleteRows(unsigned long position, unsigned long count);
   int GetAutomaticWidth() const;
@@ -210,7 +211,7 @@ class VQ_API VQTable : public VQRTContainer {
   VQTableBody* GetTableBody() const { return static_cast<VQTableBody*>(Body); }
   VQUNITS GetUnits() const;
   // In front of the position, which must be one of a column (row): VQERR_COLUMN_POSITION (VQERR_ROW_POSITION). New
-  // columns are as wide as the one at the position.
+  // columns are as wide as the one at the position; a cell that goes on over the place becomes wider instead.
   VQSTATUS InsertColumns(unsigned long position, unsigned long count);
   VQSTATUS InsertRows(unsigned long position, unsigned long count);
   // Borders around the table and nowhere else.
