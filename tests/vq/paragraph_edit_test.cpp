@@ -2,6 +2,7 @@
 #include <functional>
 
 #include "tests/vq/support/records.h"
+#include "vq/automation/vqformula.h"
 #include "vq/richtext/fontid.h"
 #include "vq/richtext/fonttable.h"
 #include "vq/richtext/pabtree.h"
@@ -265,6 +266,13 @@ TEST_F(Paragraphs, ClientsNumbersAreTaken) {
   } rows[] = {
       {"a reference put in", [](VQRichText& text, VQRTCursor& at) { return text.Insert(VQPABReference(9), &at); }},
       {"a reference at the end", [](VQRichText& text, VQRTCursor&) { return text.Append(VQPABReference(9)); }},
+      {"a reference beside a run",
+       [](VQRichText& text, VQRTCursor&) {
+         VQRTObject run;
+         VQPABReference reference(9);
+         const VQSTATUS status = text.FindLast(VQRTTYPE_STYLIZED_TEXT, &run);
+         return status == VQ_OK ? run.InsertPreviousSibling(&reference) : status;
+       }},
       {"a reference set",
        [](VQRichText& text, VQRTCursor&) {
          VQRTObject reference;
@@ -544,6 +552,41 @@ TEST_F(Paragraphs, FacesFollowTheirRuns) {
   ASSERT_EQ(lone.SetFontStyle(VQFontStyle(0x20, 2, "Tersa", 0, 0)), VQ_OK);
   ASSERT_EQ(target.Append(lone), VQ_OK);
   EXPECT_EQ(table.GetCount(), 3U);
+  VQRTObject run;
+  VQStylizedText beside("z");
+  ASSERT_EQ(beside.SetFontStyle(VQFontStyle(0x20, 2, "Vela", 0, 0)), VQ_OK);
+  ASSERT_EQ(target.FindFirst(VQRTTYPE_STYLIZED_TEXT, &run), VQ_OK);
+  ASSERT_EQ(run.InsertNextSibling(&beside), VQ_OK);
+  EXPECT_EQ(table.GetCount(), 4U);
+  ASSERT_EQ(beside.GetFontStyle(&found), VQ_OK);
+  EXPECT_EQ(found.GetFaceID(), 8);
+}
+
+// Texts that were put together have a name more than once; a style that says two things at once is refused.
+TEST_F(Paragraphs, ANameMeansOneStyle) {
+  const auto named = [](int pabid) {
+    return Record(SIG_CD_STYLENAME, Bytes({2, 0, 0, 0, pabid, 0}) + "Quote" + std::string(31, '\0'));
+  };
+  VQRichText text =
+      RichText(Definition(3, 1) + named(3) + Reference(3) + Text("a") + Paragraph() + Definition(4, 2) + named(4) +
+               Reference(4) + Text("b") + Paragraph() + Definition(5) + Hide(5) + FormulaReference(5, 4) + Text("c"));
+  VQNamedStyle style(VQString("Quote"));
+  VQParagraphStyle found;
+  ASSERT_EQ(style.SetAlignment(3), VQ_OK);
+  ASSERT_EQ(text.SetParagraphStyle(Before(text, "a"), style), VQ_OK);
+  for (const char* word : {"a", "b", "c"}) {
+    ASSERT_EQ(text.FindParagraphStyle(Before(text, word), &found), VQ_OK);
+    EXPECT_EQ(found.GetAlignment(), 3) << word;
+  }
+  const std::string before = Written(text);
+  for (const int throws : {0, 1}) {
+    VQSetThrowAllErrors(throws);
+    EXPECT_EQ(ReturnedStatusOf([&] { return text.SetParagraphStyle(Before(text, "a"), found); }), VQERR_INAPPROPRIATE);
+    VQSetThrowAllErrors(0);
+    EXPECT_EQ(Written(text), before);
+  }
+  ASSERT_EQ(found.SetHideIfFormula(VQFormula()), VQ_OK);
+  EXPECT_EQ(text.SetParagraphStyle(Before(text, "c"), found), VQ_OK);
 }
 
 }  // namespace

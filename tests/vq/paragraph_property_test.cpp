@@ -1,4 +1,6 @@
 // Every property of a paragraph style, of its tabs and of a named style, against the bytes that it owns.
+#include <functional>
+
 #include "tests/vq/support/property_rows.h"
 #include "tests/vq/support/records.h"
 #include "vq/automation/vqformula.h"
@@ -183,6 +185,31 @@ TEST_F(ParagraphProperty, TabsAreTheStyles) {
     EXPECT_EQ(own.RemoveAll(), VQ_OK);
     EXPECT_EQ(BytesOf(style).substr(20, 42), std::string(42, '\0'));
     EXPECT_EQ(tabs.GetCount(), 1u) << "of another list";
+  }
+}
+
+// A list stays that of its style whatever becomes of the style's settings.
+TEST_F(ParagraphProperty, TabsStayTheStyles) {
+  const struct {
+    const char* What;
+    std::function<VQSTATUS(VQNamedStyle&)> Edit;
+  } rows[] = {
+      {"defaults", [](VQNamedStyle& style) { return style.SetDefaults(); }},
+      {"plain defaults", [](VQNamedStyle& style) { return style.VQParagraphStyle::SetDefaults(); }},
+      {"another's settings", [](VQNamedStyle& style) { return style.Redefine(MakeStyle(PABFLAG_HIDE_UNLINK)); }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.What);
+    VQNamedStyle style(VQString("Quote"));
+    VQTabs tabs;
+    ASSERT_EQ(style.GetTabs(&tabs), VQ_OK);
+    ASSERT_EQ(tabs.SetUnits(VQUNITS_TWIPS), VQ_OK);
+    ASSERT_EQ(tabs.Add(500), VQ_OK);
+    ASSERT_EQ(row.Edit(style), VQ_OK);
+    EXPECT_EQ(tabs.GetCount(), 0u);
+    ASSERT_EQ(tabs.SetUnits(VQUNITS_TWIPS), VQ_OK);
+    ASSERT_EQ(tabs.Add(700), VQ_OK);
+    EXPECT_EQ(style.GetCDPABDefinition().Tabs[0], 700);
   }
 }
 

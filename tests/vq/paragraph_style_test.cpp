@@ -108,6 +108,14 @@ TEST_F(ParagraphStyle, FirstLineFollowsTheMargin) {
       {"too far", [](VQParagraphStyle& s) { return s.SetLeftMargin(64801); }, VQERR_INVALID_PARAMETER, 1440, 1440},
       {"not a number", [](VQParagraphStyle& s) { return s.SetLeftMargin(0.0 / 0.0); }, VQERR_INVALID_PARAMETER, 1440,
        1440},
+      {"a first line of its own, then the margin",
+       [](VQParagraphStyle& s) {
+         s.SetFirstLineMargin(1000);
+         return s.SetLeftMargin(2000);
+       },
+       VQ_OK, 2000, 1560},
+      {"first line too far", [](VQParagraphStyle& s) { return s.SetFirstLineMargin(64801); }, VQERR_INVALID_PARAMETER,
+       1440, 1440},
       {"right too far", [](VQParagraphStyle& s) { return s.SetRightMargin(1e9); }, VQERR_INVALID_PARAMETER, 1440, 1440},
   };
   for (const MarginRow& row : rows) {

@@ -136,8 +136,10 @@ VQSTATUS VQRTContainerBody::ReassignPABIDs(unsigned short highest, unsigned shor
   ByID<Meaning> meanings;
   VQRTObjectBody* object = FirstOfType(VQRTTYPE_PAB_OBJECT);
   for (; object; object = NextOfType(object, VQRTTYPE_PAB_OBJECT)) {
-    Paragraph& paragraph = paragraphs.emplace_back(Paragraph{object, {}, {}});
-    if (VQSTATUS status = vq::ReadPABIDs(*object, &paragraph.Old)) return status;
+    vq::PABIDs ids;
+    // A record that ends before its identifier stays as it is.
+    if (vq::ReadPABIDs(*object, &ids) != VQ_OK) continue;
+    Paragraph& paragraph = paragraphs.emplace_back(Paragraph{object, ids, {}});
     paragraph.IDs = paragraph.Old;
     if (object->IsType(VQRTTYPE_PAB_REFERENCE)) continue;
     Meaning& meaning = meanings[paragraph.IDs.First];

@@ -54,6 +54,12 @@ VQSTATUS SetRightMargin(CDPABDEFINITION* record, long twips) {
   return VQ_OK;
 }
 
+VQSTATUS SetFirstLineMargin(CDPABDEFINITION* record, long twips) {
+  if (!InRange(twips)) return VQERR_INVALID_PARAMETER;
+  record->FirstLineMargin = static_cast<uint16_t>(twips);
+  return VQ_OK;
+}
+
 bool Flag(const CDPABDEFINITION& record, unsigned short bit) {
   unsigned short mask = bit;
   bool unlinked = (record.Flags & PABFLAG_HIDE_UNLINK) != 0;

@@ -12,6 +12,7 @@ VQINDENTATION Indentation(const CDPABDEFINITION& record);
 // Each changes the record only when it succeeds.
 [[nodiscard]] VQSTATUS SetLeftMargin(CDPABDEFINITION* record, long twips, long indentation);
 [[nodiscard]] VQSTATUS SetRightMargin(CDPABDEFINITION* record, long twips);
+[[nodiscard]] VQSTATUS SetFirstLineMargin(CDPABDEFINITION* record, long twips);
 [[nodiscard]] VQSTATUS SetIndentation(CDPABDEFINITION* record, VQINDENTATION mode, long indentation);
 
 // Whether a flag reads as set; hide flags by the arrangement that the record is in.

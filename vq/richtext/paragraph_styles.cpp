@@ -69,7 +69,13 @@ VQSTATUS FindRange(VQRTContainerBody& root, const VQRTCursor& start, const VQRTC
   if (VQSTATUS status = ObjectAt(start, true, &first)) return status;
   if (VQSTATUS status = ObjectAt(end, false, &last)) return status;
   VQRTObjectBody* firstCell = CellOf(first.GetRTObjectBody());
-  if (firstCell && firstCell != CellOf(last.GetRTObjectBody())) return VQERR_INVALID_PARAMETER;
+  VQRTObjectBody* lastCell = CellOf(last.GetRTObjectBody());
+  if (firstCell && firstCell != lastCell) {
+    // What stands right of a cell's end is the next cell.
+    if (CellOf(start.GetElementBody()) != lastCell) return VQERR_INVALID_PARAMETER;
+    first = VQRTObject(start.GetElementBody());
+    firstCell = lastCell;
+  }
   range->Container = firstCell ? static_cast<VQRTContainerBody*>(firstCell) : &root;
   range->First = pab::ReferenceFor(*range->Container, first.GetRTObjectBody());
   if (!range->First) return VQERR_RT_NOT_MEMBER;
@@ -277,6 +283,7 @@ VQSTATUS VQRTContainerBody::FindSameParagraphStyle(const VQParagraphStyle& style
   if (VQSTATUS status = style.GetParagraphStyleBody()->Definition().GetRecord(&settings)) return status;
   pab::IndexOf index(pab::Root(*this));
   const vq::PABIndex::Objects& objects = style.IsNamed() ? index->GetNames() : index->GetDefinitions(settings);
+  VQSTATUS found = VQWARN_NOT_FOUND;
   for (auto at = objects.lower_bound(this); at != objects.end(); ++at) {
     VQRTObjectBody* object = style.IsNamed() ? pab::NamedBy(**at) : *at;
     if ((*at)->GetIndexValue() > EndIndexValue) break;
@@ -291,11 +298,15 @@ VQSTATUS VQRTContainerBody::FindSameParagraphStyle(const VQParagraphStyle& style
       VQNamedStyleBody& named = static_cast<VQNamedStyleBody&>(*style.GetParagraphStyleBody());
       if (VQSTATUS status = Redefine(named, candidate, static_cast<VQPABStyleNameBody*>(behind))) return status;
     }
-    *definition = VQPABDefinition(candidate);
-    *companion = behind ? VQRTObject(behind) : VQRTObject();
-    return VQ_OK;
+    if (found != VQ_OK) {
+      *definition = VQPABDefinition(candidate);
+      *companion = behind ? VQRTObject(behind) : VQRTObject();
+    }
+    found = VQ_OK;
+    // Texts that were put together define a name once each.
+    if (!style.IsNamed()) break;
   }
-  return VQWARN_NOT_FOUND;
+  return found;
 }
 
 VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& start, const VQRTCursor& end,
@@ -303,6 +314,7 @@ VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& start, const VQR
   if (style.IsNull() || start.IsNull() || end.IsNull()) return VQERR_INVALID_PARAMETER;
   if (!start.IsValid() || !end.IsValid()) return VQERR_CURSOR_INVALID;
   if (start > end) return VQERR_INVALID_PARAMETER;
+  if (style.IsNamed() && !style.GetParagraphStyleBody()->Hide().IsNull()) return VQERR_INAPPROPRIATE;
   StyleRange range;
   if (VQSTATUS status = FindRange(pab::Root(*this), start, end, &range)) return status;
   VQParagraphStyle adjusted;

@@ -27,15 +27,14 @@ VQSTATUS CodeOf(const VQRTObjectBody* hide, std::string* code) {
 VQParagraphStyleBody::VQParagraphStyleBody(VQUNITS units) : PABDefinition(new VQPABDefinitionBody(units)) {}
 
 VQSTATUS VQParagraphStyleBody::CopySettings(VQPABDefinitionBody* definition, VQRTObjectBody* hide) {
-  VQPABDefinition settings(new VQPABDefinitionBody);
-  if (VQSTATUS status = settings.GetPABDefinitionBody()->Copy(definition, VQRTCOPYOPTIONS_SHALLOW)) return status;
   VQPABHide formula;
   if (hide != nullptr) {
     VQRTObject copy = vq::MakePABHide(0);
     if (VQSTATUS status = copy.GetRTObjectBody()->Copy(hide, VQRTCOPYOPTIONS_SHALLOW)) return status;
     formula = copy;
   }
-  PABDefinition = settings;
+  // In place: handles on the style's tabs are handles on this record.
+  if (VQSTATUS status = Definition().Copy(definition, VQRTCOPYOPTIONS_SHALLOW)) return status;
   PABHide = formula;
   return VQ_OK;
 }
@@ -153,6 +152,7 @@ VQSTATUS VQParagraphStyle::Copy(const VQParagraphStyle& source) {
 VQSTATUS VQParagraphStyle::SetDefaults() {
   VQParagraphStyleBody& body = Ready();
   VQPABDefinition defaults(new VQPABDefinitionBody(body.Definition().GetUnits()));
+  defaults.GetPABDefinitionBody()->SetTabUnits(body.Definition().GetTabUnits());
   unsigned short pabid = GetPABID();
   if (VQSTATUS status = body.CopySettings(defaults.GetPABDefinitionBody(), nullptr)) return vq::Apply(status);
   return vq::Apply(body.SetPABID(pabid));
@@ -201,6 +201,15 @@ VQSTATUS VQParagraphStyle::SetFirstLineIndentationValue(const double& value) {
 }
 
 double VQParagraphStyle::GetFirstLineMargin() const { return vq::FromTwips(Record().FirstLineMargin, GetUnits()); }
+VQSTATUS VQParagraphStyle::SetFirstLineMargin(const double& margin) {
+  return Change([&](CDPABDEFINITION& record, VQPABDefinitionBody& body) {
+    const long twips = vq::ToTwips(margin, body.GetUnits());
+    if (VQSTATUS status = paragraph::SetFirstLineMargin(&record, twips)) return status;
+    const long indentation = std::labs(twips - record.LeftMargin);
+    body.SetIndentation(indentation == 0 ? body.GetIndentation() : static_cast<std::uint16_t>(indentation));
+    return VQSTATUS{VQ_OK};
+  });
+}
 double VQParagraphStyle::GetLeftMargin() const { return vq::FromTwips(Record().LeftMargin, GetUnits()); }
 VQSTATUS VQParagraphStyle::SetLeftMargin(const double& margin) {
   return Change([&](CDPABDEFINITION& record, VQPABDefinitionBody& body) {

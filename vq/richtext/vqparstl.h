@@ -78,6 +78,8 @@ class VQ_API VQParagraphStyle : public VQSmartPtr {
   double GetFirstLineIndentationValue() const;
   VQSTATUS SetFirstLineIndentationValue(const double& value);
   double GetFirstLineMargin() const;
+  // VQERR_INVALID_PARAMETER outside the range. Where it differs from the left margin the distance is the indentation.
+  VQSTATUS SetFirstLineMargin(const double& margin);
   double GetLeftMargin() const;
   // VQERR_INVALID_PARAMETER outside the range; VQERR_PARAGRAPH_MARGIN where the first line cannot follow.
   VQSTATUS SetLeftMargin(const double& margin);
