@@ -338,6 +338,17 @@ TEST_F(FormField, TwoFieldsOfAFormHaveTwoNames) {
   EXPECT_EQ(two.SetName(Store("Two")), VQ_OK);
   EXPECT_EQ(two.SetName(Store("one")), VQ_OK);
   EXPECT_EQ(NamesIn(form), "One|one");
+  // In a form that is open as a slate only, too.
+  ASSERT_EQ(form.Save(), VQ_OK);
+  VQSlate slate;
+  VQRichText body;
+  VQFormField one;
+  ASSERT_EQ(Db.GetSlate(form.GetSlateID(), &slate), VQ_OK);
+  ASSERT_EQ(slate.Open(), VQ_OK);
+  ASSERT_EQ(slate.GetItem(Store("$Body"), &body), VQ_OK);
+  ASSERT_EQ(body.GetFormField(Store("One"), &one), VQ_OK);
+  EXPECT_EQ(one.SetName(Store("one")), VQERR_FIELD_EXISTS);
+  EXPECT_EQ(one.SetName(Store("Uno")), VQ_OK);
 }
 
 }  // namespace

@@ -565,6 +565,10 @@ TEST_F(Form, NamesComeInOnce) {
   ASSERT_EQ(elsewhere.CreateForm(Store("Far"), &far), VQ_OK);
   VQFormField foreign = AddField(far, "Foreign");
   ASSERT_EQ(foreign.Share(), VQ_OK);
+  VQSharedField shared;
+  ASSERT_EQ(elsewhere.GetSharedField(Store("Foreign"), &shared), VQ_OK);
+  VQFormField alone(Store("Alone"), VQRTTYPE_TEXT_FIELD);
+  ASSERT_EQ(alone.SetSharedField(shared), VQ_OK);
   VQSubform subform;
   ASSERT_EQ(Db.CreateSubform(Store("Sub"), &subform), VQ_OK);
   ASSERT_EQ(subform.Save(), VQ_OK);
@@ -611,6 +615,8 @@ TEST_F(Form, NamesComeInOnce) {
       {"a subform", [&](VQRTCursor*) { return body.Append(place); }, VQERR_SUBFORM_EXISTS},
       {"a stranger's shared field", [&](VQRTCursor*) { return body.Append(foreign); },
        VQERR_SHARED_FIELD_OTHER_DATABASE},
+      {"the same that stands alone", [&](VQRTCursor*) { return body.Append(alone); },
+       VQERR_SHARED_FIELD_OTHER_DATABASE},
       {"another case", [&](VQRTCursor*) { return body.Append(other); }, VQ_OK},
       {"created", [&](VQRTCursor* at) { return body.CreateFormField(Store("Made"), VQRTTYPE_NAMES_FIELD, at); }, VQ_OK},
       {"no form's text", [&](VQRTCursor*) { return VQRichText(twice).Append(twice); }, VQ_OK},
@@ -626,7 +632,7 @@ TEST_F(Form, NamesComeInOnce) {
   }
   EXPECT_EQ(NamesIn(form), "Made|One|one");
   far = VQForm();
-  foreign = VQFormField();
+  foreign = alone = VQFormField();
 }
 
 // In a table's cell too.

@@ -148,15 +148,16 @@ VQSTATUS VQFormFieldBody::CheckNewName(std::string_view name) const {
   if (VQSTATUS status = vq::CheckFieldName(name)) return status;
   VQRichTextBody* text = GetRichTextBody();
   VQSlateBody* slate = text != nullptr ? text->GetSlateBody() : nullptr;
-  if (slate != nullptr && slate->GetClassID() == VQCLASSID_VQSUBFORMBODY) {
-    VQFormBody* form = VQFormBody::ListingFormOf(*this);
-    return form != nullptr ? form->CheckOthers(name, *this) : vq::CheckFieldNames(*text, name, *this);
+  if (slate == nullptr) return VQ_OK;
+  VQFormBody* form = VQFormBody::ListingFormOf(*this);
+  if (slate->GetClassID() == VQCLASSID_VQFORMBODY) {
+    form = static_cast<VQFormBody*>(slate);
+    const VQSTATUS status = form->IsFormOpen() ? form->BuildFieldList() : VQ_OK;
+    if (status != VQ_OK) return status;
+  } else if (slate->GetClassID() != VQCLASSID_VQSUBFORMBODY) {
+    return VQ_OK;
   }
-  if (slate == nullptr || slate->GetClassID() != VQCLASSID_VQFORMBODY) return VQ_OK;
-  VQFormFieldBody* other = nullptr;
-  const VQSTATUS status = static_cast<VQFormBody*>(slate)->FindField(vq::StringOf(name), &other);
-  if (status == VQWARN_NOT_FOUND) return VQ_OK;
-  return status == VQ_OK && other != this ? VQERR_FIELD_EXISTS : status;
+  return form != nullptr ? form->CheckOthers(name, *this) : vq::CheckFieldNames(*text, name, *this);
 }
 
 VQSTATUS VQFormFieldBody::SetName(std::string_view name) {

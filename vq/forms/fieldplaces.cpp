@@ -151,8 +151,11 @@ VQSTATUS CheckSubformFields(VQDatabaseBody* database, const SubformOpener& open,
                  [&](const VQRTObjectBody& field) { return comes(NameOf(field)) ? VQERR_FIELD_EXISTS : VQ_OK; });
 }
 
-bool IsOfOtherDatabase(const VQSlateBody& slate, const VQSlateBody* from) {
-  return from != nullptr && from->GetDatabaseBody() != slate.GetDatabaseBody();
+// A shared field is one of the database that its text comes from, or that it was pointed at while it stood alone.
+bool IsOfOtherDatabase(const VQFormFieldBody& field, const VQSlateBody& slate, const VQSlateBody* from) {
+  if (!field.IsSharedField()) return false;
+  const VQDatabaseBody* home = from != nullptr ? from->GetDatabaseBody() : field.GetSharedDatabase();
+  return home != nullptr && home != slate.GetDatabaseBody();
 }
 
 }  // namespace
@@ -191,10 +194,10 @@ VQSTATUS AdmitFields(const VQSlateBody& slate, VQRichTextBody& text, const VQRTO
   if (status == VQ_OK) {
     status = CheckNames(*text.GetTop(), incoming, VQRTTYPE_RT_SUBFORM, VQERR_SUBFORM_EXISTS, &subforms);
   }
-  if (status != VQ_OK || fields.empty() || !IsOfOtherDatabase(slate, from)) return status;
-  return ForEach(incoming, VQRTTYPE_FORM_FIELD, [](const VQRTObjectBody& field) {
-    const bool shared = static_cast<const VQFormFieldBody&>(field).IsSharedField();
-    return shared ? VQERR_SHARED_FIELD_OTHER_DATABASE : VQ_OK;
+  if (status != VQ_OK || fields.empty()) return status;
+  return ForEach(incoming, VQRTTYPE_FORM_FIELD, [&](const VQRTObjectBody& field) {
+    const bool foreign = IsOfOtherDatabase(static_cast<const VQFormFieldBody&>(field), slate, from);
+    return foreign ? VQERR_SHARED_FIELD_OTHER_DATABASE : VQ_OK;
   });
 }
 

@@ -332,6 +332,10 @@ class VQ_API VQFormFieldBody : public VQRTElementBody {
   [[nodiscard]] VQSTATUS Resolve(VQFormFieldBody** body);
   // For a form's Save: validates, and gives the name and the value's type.
   [[nodiscard]] VQSTATUS PrepareSave(std::string* name, unsigned short* type);
+  // Of the definition that was opened or given; null before.
+  const VQDatabaseBody* GetSharedDatabase() const {
+    return SharedField.IsNull() ? nullptr : SharedField.GetDatabaseBody();
+  }
   bool HasChangedDefinition() const;
   // Stores a definition that was changed through this field.
   [[nodiscard]] VQSTATUS SaveDefinition(unsigned short flags);
