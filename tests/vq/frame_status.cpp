@@ -1,5 +1,8 @@
 // Status texts and the throw rule.
+#include <thread>
+
 #include "tests/vq/support/engine_fixture.h"
+#include "vq/frame/throwrule.h"
 
 using namespace vqtest;
 
@@ -57,6 +60,21 @@ TEST(Status, ThrowRuleSparesWarnings) {
   EXPECT_EQ(vq::Apply(VQ_OK), VQ_OK);
   EXPECT_THROW(vq::Apply(VQERR_OUT_OF_RANGE), VQSTATUS);
   EXPECT_THROW(vq::Apply(513), VQSTATUS);
+}
+
+// A form that is saved by one thread must not make another one throw.
+TEST(Status, OwnThrowRuleIsTheThreadsOwn) {
+  {
+    const vq::OwnThrowRule throwing(true);
+    EXPECT_THROW(vq::Apply(VQERR_OUT_OF_RANGE), VQSTATUS);
+    int elsewhere = -1;
+    std::thread([&] { elsewhere = VQGetThrowAllErrors(); }).join();
+    EXPECT_EQ(elsewhere, 0);
+    VQSetThrowAllErrors(0);
+    EXPECT_EQ(vq::Apply(VQERR_OUT_OF_RANGE), VQERR_OUT_OF_RANGE);
+    VQSetThrowAllErrors(1);
+  }
+  EXPECT_EQ(VQGetThrowAllErrors(), 0);
 }
 
 class EngineMessages : public EngineFixture {};

@@ -5,6 +5,7 @@
 #include "vq/automation/formulacode.h"
 #include "vq/forms/formtext.h"
 #include "vq/forms/vqformb.h"
+#include "vq/frame/throwrule.h"
 #include "vq/store/storetext.h"
 
 namespace {
@@ -59,7 +60,7 @@ VQSTATUS VQFormBody::FlushDesign() {
 }
 
 VQSTATUS VQFormBody::SaveDesign() {
-  const vq::ThrowScope throwing;
+  const vq::OwnThrowRule throwing(true);
   return vq::Caught([&] { return SaveChanges(); });
 }
 

@@ -11,22 +11,13 @@
 
 #include "engine/engine.h"
 #include "vq/frame/state.h"
+#include "vq/frame/throwrule.h"
 
 namespace {
 
 constexpr char kFile[] = "SESSION";
 constexpr std::uint16_t kTextSize = 256;
 constexpr unsigned long kOpenFlagsMask = 0x103BF;
-
-// A status that a Close raises on the way down is lost, and must not cut the way short.
-class QuietScope {
- public:
-  QuietScope() : Saved(VQGetThrowAllErrors()) { VQSetThrowAllErrors(0); }
-  ~QuietScope() { VQSetThrowAllErrors(Saved); }
-
- private:
-  int Saved;
-};
 
 // Sessions that exist, so that a body which outlives its session can tell. Never destroyed: static sessions may go
 // after it.
@@ -83,7 +74,7 @@ VQQuillonSession::VQQuillonSession()
 }
 
 VQQuillonSession::~VQQuillonSession() {
-  const QuietScope quiet;
+  const vq::OwnThrowRule quiet(false);  // what a Close raises on the way down is lost, and must not cut the way short
   if (Flags & kProcessFlag) {
     Term(0);
   } else if (Flags & kThreadFlag) {
@@ -147,7 +138,7 @@ VQSTATUS VQQuillonSession::InitThread() {
 
 // The engine goes last: bodies that the heap walk closes still need it.
 VQSTATUS VQQuillonSession::TearDown() {
-  const QuietScope quiet;
+  const vq::OwnThrowRule quiet(false);  // what a Close raises on the way down is lost, and must not cut the way short
   Objects.DeleteAllObjects();
   Flags &= static_cast<std::uint16_t>(~kProcessFlag);
   if (ServerAddin != nullptr) ServerAddin->Close();

@@ -8,14 +8,27 @@
 #include "engine/engine.h"
 #include "vq/frame/messages.h"
 #include "vq/frame/state.h"
+#include "vq/frame/throwrule.h"
 #include "vq/frame/vqcommon.h"
 
 namespace vq {
 
 ProcessState gState;
 
+namespace {
+
+constexpr int kNoRule = -1;
+// Of the library's own code on this thread; what counts is whether the switch is 0.
+thread_local int tOwnRule = kNoRule;
+
+}  // namespace
+
+OwnThrowRule::OwnThrowRule(bool on) : Saved(tOwnRule) { tOwnRule = on ? 1 : 0; }
+
+OwnThrowRule::~OwnThrowRule() { tOwnRule = Saved; }
+
 VQSTATUS Apply(VQSTATUS status) {
-  if (gState.ThrowAllErrors != 0 && VQIsError(status)) throw status;
+  if (VQIsError(status) && VQGetThrowAllErrors() != 0) throw status;
   return status;
 }
 
@@ -77,6 +90,12 @@ unsigned long VQGetErrorMessageText(VQSTATUS status, char* buffer, unsigned long
   return vq::CopyText(text, buffer, bufferlen);
 }
 
-int VQGetThrowAllErrors() { return vq::gState.ThrowAllErrors; }
+int VQGetThrowAllErrors() { return vq::tOwnRule != vq::kNoRule ? vq::tOwnRule : vq::gState.ThrowAllErrors; }
 
-void VQSetThrowAllErrors(int flag) { vq::gState.ThrowAllErrors = flag; }
+void VQSetThrowAllErrors(int flag) {
+  if (vq::tOwnRule != vq::kNoRule) {
+    vq::tOwnRule = flag != 0 ? 1 : 0;
+  } else {
+    vq::gState.ThrowAllErrors = flag;
+  }
+}

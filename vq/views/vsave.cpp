@@ -4,6 +4,7 @@
 #include "engine/database.h"
 #include "engine/slate.h"
 #include "engine/status.h"
+#include "vq/frame/throwrule.h"
 #include "vq/store/storetext.h"
 #include "vq/views/mergedformula.h"
 #include "vq/views/vdesign.h"
@@ -32,7 +33,7 @@ std::string TextList(const std::vector<std::string>& entries) {
 }  // namespace
 
 VQSTATUS VQViewFolderBody::SaveDesign() {
-  const vq::ThrowScope throwing;
+  const vq::OwnThrowRule throwing(true);
   try {
     if (HasState(kNew | kDesignChanged)) return SaveItems();
     return Flags.IsDirty() ? Flags.Write(this) : VQ_OK;
