@@ -18,7 +18,7 @@ extern "C" {
 // ENG_ERR_NUMBER_PARSE leaves the cursor and *result alone.
 ENG_API ENGSTATUS EngNumberParse(const INTLFORMAT* settings, const NFMT* format, const ENGCHAR** text, uint16_t length,
                                  double* result);
-// Terminated where `size` leaves room; ENG_ERR_BUFFER_SIZE writes nothing. Digits 255 means the usual number.
+// Terminated where `size` leaves room; ENG_ERR_BUFFER_SIZE writes nothing. Digits 255, general also 0: the usual.
 ENG_API ENGSTATUS EngNumberToText(const INTLFORMAT* settings, const NFMT* format, const double* value, ENGCHAR* buffer,
                                   uint16_t size, uint16_t* length);
 

@@ -21,7 +21,9 @@ std::string_view DecimalPoint(const INTLFORMAT& settings) {
 }
 
 int DigitsOf(const INTLFORMAT& settings, const NFMT& format) {
-  if (format.Digits != kUsualDigits) return format.Digits;
+  // Formats of fields and columns that nobody has set are all 0.
+  const bool unset = format.Digits == 0 && format.Format == ENG_NUMBER_GENERAL;
+  if (format.Digits != kUsualDigits && !unset) return format.Digits;
   return format.Format == ENG_NUMBER_CURRENCY ? settings.CurrencyDigits : kGeneralFormat.Digits;
 }
 

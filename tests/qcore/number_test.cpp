@@ -32,7 +32,7 @@ struct Number : qtest::Engine {
 
 TEST_F(Number, Formats) {
   const NFMT general{8, 0, 0, 0}, fixed{2, 1, 0, 0}, scientific{3, 2, 0, 0}, money{255, 3, 3, 0};
-  const NFMT grouped{2, 1, 1, 0}, parentheses{0, 1, 2, 0}, percent{1, 1, 4, 0};
+  const NFMT unset{0, 0, 0, 0}, grouped{2, 1, 1, 0}, parentheses{0, 1, 2, 0}, percent{1, 1, 4, 0};
   const struct {
     double value;
     const NFMT* format;
@@ -42,6 +42,7 @@ TEST_F(Number, Formats) {
       {1234567.891, nullptr, "1234567.9"},
       {1e20, &general, "1E+20"},
       {-0.5, &general, "-0.5"},
+      {42.25, &unset, "42.25"},
       {1e300, &general, "1E+300"},
       {2.005, &fixed, "2.00"},
       {-0.001, &fixed, "0.00"},
