@@ -128,7 +128,7 @@ class VQ_API VQFormField : public VQRTElement {
   VQSTATUS SetInputTranslationFormula(const VQFormula& formula);
   VQSTATUS GetInputValidationFormula(VQFormula* formula) const;
   VQSTATUS SetInputValidationFormula(const VQFormula& formula);
-  VQNumberFormat GetNumberFormat() const;
+  VQNumberFormat GetNumberFormat() const;  // every field has this one and the next
   VQSTATUS SetNumberFormat(const VQNumberFormat& format);
   VQDatetimeFormat GetDatetimeFormat() const;
   VQSTATUS SetDatetimeFormat(const VQDatetimeFormat& format);

@@ -213,7 +213,7 @@ class VQ_API VQForm : public VQSlate {
   VQSTATUS GetBackgroundGraphic(VQGraphic* graphic) const;
   // VQERR_UNINITIALIZED_ARGUMENT for a null graphic.
   VQSTATUS SetBackgroundGraphic(const VQGraphic& graphic);
-  VQSTATUS RemoveBackgroundGraphic();
+  VQSTATUS RemoveBackgroundGraphic();  // 0 also where there is none
   // Saving a form that launches an OLE object sets this bit by the hide-when-reading setting.
   int GetHideBackgroundGraphicIn16ColorMode() const;
   VQSTATUS SetHideBackgroundGraphicIn16ColorMode(int flag);

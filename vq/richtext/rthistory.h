@@ -10,8 +10,8 @@
 
 // Watches one rich text. Edits between Begin and End are one step; what was edited outside of such a group since the
 // last step is a step of its own. A step that is taken back, or done again, leaves the records of the text byte for
-// byte as they were; handles and cursors in the part that changed go with it, all others stay. Faces that an edit has
-// entered into the slate's font table, its link table and its attached files stay where they are.
+// byte as they were; handles and cursors in the part that changed go with it, all others stay. What an edit does
+// beside the text stays done: faces and links in the slate's tables, files attached, or taken off by DeleteAttachment.
 //
 // Keeps a copy of the records, and of each step the part that it changed, before and after. Begin, End, Undo and Redo
 // take time that grows with the text. The rich text may be saved in between. Not for use in two threads at once; copies

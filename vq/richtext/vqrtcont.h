@@ -116,8 +116,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   // Replaces the whole content by the text.
   virtual VQSTATUS SetValue(const VQString& text, int convertNewlines);
   virtual VQSTATUS StartNewParagraph(VQRTCursor* cursor);
-  // By exact names: the first of the name; all of it, with the slate's attachment where the name is one's.
-  // VQWARN_NOT_FOUND, also for an OLE object, whose record says no name.
+  // By exact names. Getters give the first, deletions take all of the name away, DeleteAttachment with the attachment
+  // itself, off the slate. VQWARN_NOT_FOUND, also for an OLE object, whose record says no name.
   virtual VQSTATUS GetFormField(const VQString& name, VQRTObject* found);
   virtual VQSTATUS DeleteFormField(const VQString& name);
   virtual VQSTATUS DeleteRTSubform(const VQString& name);

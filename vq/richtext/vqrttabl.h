@@ -168,7 +168,7 @@ class VQ_API VQTable : public VQRTContainer {
   VQTable() = default;
   VQTable(const VQRTObject& object);
   VQTable(const VQTable& other) : VQRTContainer(other) {}
-  // An empty table in no text. Throws VQERR_ROW_COUNT above 255, VQERR_COLUMN_COUNT above 64, VQERR_ZERO_ROWS_COLUMNS.
+  // Alone, of automatic width. Throws VQERR_ROW_COUNT above 255, VQERR_COLUMN_COUNT above 64, VQERR_ZERO_ROWS_COLUMNS.
   VQTable(unsigned long rows, unsigned long columns);
   explicit VQTable(VQTableBody* body);
   using VQRTObject::operator=;
