@@ -50,9 +50,9 @@ TEST_F(FormCommands, AFormIsMadeShownAndUsed) {
       {"form s.vlt p", 0,
        "Subject\ttext\teditable\ttranslation: @Trim(Subject)\n"
        "Rank\tnumber\teditable\tvalue: 1 | validation: @If(Rank > 0; @Success; \"Rank must be positive\")\n"
-       "Twice\tnumber\tcomputed\tvalue: Rank * 2\nKind\tkeywords\teditable, list\t\n"},
+       "Twice\tnumber\tcomputed\tvalue: Rank * 2\nKind\tkeywords\teditable, list\tchoices: essay, note\n"},
       {"--json form s.vlt Paper", 0,
-       R"({"name":"Twice","kind":"number","compute":"computed","list":false,"shared":false,"formulas":{"value":"Rank * 2"},"help":""})"},
+       R"({"name":"Twice","kind":"number","compute":"computed","list":false,"shared":false,"formulas":{"value":"Rank * 2"},"choices":[],"help":""})"},
       {"form s.vlt None", 3, "no form is called \"None\""},
       {"compute s.vlt one.txt", 1, "form cannot be found"},
       {"compute s.vlt one.txt --form None", 3, "no form is called \"None\""},
@@ -62,7 +62,7 @@ TEST_F(FormCommands, AFormIsMadeShownAndUsed) {
       {"compute s.vlt 8", 1, "quillon: field Rank: Rank must be positive"},
       {"--json compute s.vlt deep/two.md --form Paper", 0, "{\"document\":4}\n"},
       {"form-create s.vlt Paper --field A", 1, "A form with the specified name already exists"},
-      {"form-create s.vlt Bad --field 1A", 1, "Illegal characters in the field name"},
+      {"form-create s.vlt Bad --field A --field 1A", 1, "quillon: 1A: Illegal characters in the field name"},
       {"form-create s.vlt Bad --field A --field A", 1, "already a member of the form"},
       {"form-create s.vlt '' --field A", 2, "a form needs a name"},
       {"form-create s.vlt '|a' --field A", 2, "a form needs a name"},

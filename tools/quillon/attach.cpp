@@ -30,11 +30,13 @@ struct Attached {
 Attached AttachOne(VQDocument& document, const Arguments& arguments, const std::string& file) {
   VQAttachment attachment;
   const VQString path(file.c_str());
-  if (arguments.name.empty()) {
-    document.CreateAttachment(path, &attachment, arguments.compress);
-  } else {
-    document.CreateAttachment(path, FromText(arguments.name), &attachment, arguments.compress);
-  }
+  OnNamed(file, [&] {
+    if (arguments.name.empty()) {
+      document.CreateAttachment(path, &attachment, arguments.compress);
+    } else {
+      document.CreateAttachment(path, FromText(arguments.name), &attachment, arguments.compress);
+    }
+  });
   if (!arguments.item.empty()) {
     VQRichText body;
     FindRichText(document, arguments.item, &body);
@@ -108,7 +110,7 @@ int RunDetach(const Options& options, const Arguments& arguments) {
     throw Failure{kExitNotFound, "no attachment " + Printable(arguments.name)};
   }
   const fs::path place = arguments.output.empty() ? PlaceFor(arguments.name) : LedTo(arguments.output);
-  attachment.Detach(VQString(place.c_str()));
+  OnNamed(place.string(), [&] { attachment.Detach(VQString(place.c_str())); });
   PrintPath(options, place.string());
   return kExitDone;
 }

@@ -1,6 +1,7 @@
 #include "tools/quillon/command.h"
 
 #include <charconv>
+#include <cstdio>
 #include <filesystem>
 #include <iostream>
 
@@ -29,7 +30,9 @@ bool ParseNumber(const std::string& text, unsigned long* number) {
 
 Store::Store(const Options& options) { Start(session_, options); }
 
-Store::Store(const Options& options, const std::string& path) : Store(options) { Open(path, &database_); }
+Store::Store(const Options& options, const std::string& path) : Store(options) {
+  OnNamed(path, [&] { Open(path, &database_); });
+}
 
 void Store::Open(const std::string& path, VQDatabase* database) {
   vq::ThrowIfError(session_.GetDatabase(StorePath(path), database));
@@ -136,6 +139,12 @@ std::string StatusWords(VQSTATUS status) {
   char words[512];
   VQGetErrorMessageText(status, words, sizeof words);
   return words;
+}
+
+void FailOn(std::string_view name, VQSTATUS status) {
+  char number[16];
+  std::snprintf(number, sizeof number, "0x%08lX", status);
+  throw Failure{kExitFailed, Printable(name) + ": " + StatusWords(status) + " (" + number + ")"};
 }
 
 void PrintPath(const Options& options, const std::string& path) {

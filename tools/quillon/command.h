@@ -36,6 +36,10 @@ struct Failure {
   std::string words;
 };
 
+// Runs work on what has a name; a status that it throws becomes Failure{kExitFailed} with the name ahead of its words.
+template <typename Work>
+void OnNamed(std::string_view name, Work work);
+
 // A session that is up, and stores opened in it. Operations throw statuses as long as one of these lives.
 class Store {
  public:
@@ -71,6 +75,8 @@ std::string Printable(std::string_view text);
 // First entry of a text item, empty without one.
 std::string TextOf(VQDocument& document, const char* item);
 std::string StatusWords(VQSTATUS status);
+// Throws it.
+[[noreturn]] void FailOn(std::string_view name, VQSTATUS status);
 // The answer of a command that makes a file: its path.
 void PrintPath(const Options& options, const std::string& path);
 
@@ -93,6 +99,15 @@ void AddSearchCommands(CLI::App& app, Options& options, int* result);  // index,
 void AddFormulaCommand(CLI::App& app, Options& options, int* result);
 void AddEditCommands(CLI::App& app, Options& options, int* result);    // note, set
 void AddAttachCommands(CLI::App& app, Options& options, int* result);  // attach, detach
+
+template <typename Work>
+void OnNamed(std::string_view name, Work work) {
+  try {
+    work();
+  } catch (VQSTATUS status) {
+    FailOn(name, status);
+  }
+}
 
 }  // namespace tool
 

@@ -192,7 +192,7 @@ void Write(const Difference& difference) {
 int Run(const Options& options, const Arguments& arguments) {
   Store store(options, arguments.before);
   VQDatabase after;
-  store.Open(arguments.after, &after);
+  OnNamed(arguments.after, [&] { store.Open(arguments.after, &after); });
   const Difference difference = Compare(options, store.database(), after);
   options.json ? Write(difference) : Print(difference);
   return difference.empty() ? kExitDone : kExitDifferent;

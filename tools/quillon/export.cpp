@@ -52,11 +52,13 @@ int Run(const Options& options, const Arguments& arguments) {
   const std::string name = arguments.text ? "text" : arguments.format;
   const Format format = name == "auto" ? FormatOfFile(arguments.file) : FormatOfName(name);
   VQText report;
-  if (name == "auto" && format == Format::kText) {
-    body.Export(file, start, end, 0, &report);
-  } else {
-    body.Export(file, ConverterOf(format), start, end, 0, &report);
-  }
+  OnNamed(arguments.file, [&] {
+    if (name == "auto" && format == Format::kText) {
+      body.Export(file, start, end, 0, &report);
+    } else {
+      body.Export(file, ConverterOf(format), start, end, 0, &report);
+    }
+  });
   std::vector<std::string> lines = LinesOf(report);
   if (format != Format::kText && !arguments.no_files) {
     const auto folder = std::filesystem::absolute(arguments.file).parent_path();

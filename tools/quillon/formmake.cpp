@@ -120,7 +120,9 @@ int Create(const Options& options, const Arguments& arguments) {
   store.database().CreateForm(FromText(arguments.form), &form);
   VQRichText body;
   form.GetFormBody(&body);
-  for (const std::string& field : arguments.fields) AddField(form, body, field);
+  for (const std::string& field : arguments.fields) {
+    OnNamed(field, [&] { AddField(form, body, field); });
+  }
   for (const std::string& text : arguments.translations) {
     const auto [name, formula] = Split(text, "a translation is NAME=FORMULA");
     FindField(form, name).SetInputTranslationFormula(CompileFormula(formula));

@@ -33,6 +33,7 @@ struct DescribedField {
   bool multi = false;
   bool shared = false;
   std::vector<std::pair<const char*, std::string>> formulas;
+  std::vector<std::string> choices;
   std::string help;
 };
 
@@ -50,15 +51,33 @@ std::string KindOf(const VQFormField& field) {
   return "field";
 }
 
+void DescribeChoices(const VQKeywordsField& field, DescribedField* described) {
+  const VQCHOICESOPTION option = field.GetChoicesOption();
+  if (option == VQCHOICESOPTION_FORMULA) {
+    VQFormula formula;
+    field.GetChoicesFormula(&formula);
+    described->formulas.emplace_back("choices", ToText(formula.GetText()));
+  } else if (option == VQCHOICESOPTION_LIST) {
+    VQText choices;
+    field.GetChoicesList(&choices);
+    for (unsigned long i = 0; i < choices.GetCount(); ++i) described->choices.push_back(ToText(choices[i]));
+  }
+}
+
 DescribedField Describe(const VQFormField& field) {
-  DescribedField described{
-      ToText(field.GetName()),           KindOf(field),         kComputeOptions[field.GetComputeOption()],
-      field.GetAllowMultiValues() != 0,  field.IsShared() != 0, {},
-      ToText(field.GetHelpDescription())};
+  DescribedField described{ToText(field.GetName()),
+                           KindOf(field),
+                           kComputeOptions[field.GetComputeOption()],
+                           field.GetAllowMultiValues() != 0,
+                           field.IsShared() != 0,
+                           {},
+                           {},
+                           ToText(field.GetHelpDescription())};
   for (const auto& [name, get] : kFormulas) {
     VQFormula formula;
     if ((field.*get)(&formula) == VQ_OK) described.formulas.emplace_back(name, ToText(formula.GetText()));
   }
+  if (field.GetType() == VQRTTYPE_KEYWORDS_FIELD) DescribeChoices(VQKeywordsField(field), &described);
   return described;
 }
 
@@ -69,6 +88,10 @@ void PrintField(const DescribedField& field) {
   for (const auto& [name, text] : field.formulas) {
     std::cout << separator << name << ": " << Printable(text);
     separator = " | ";
+  }
+  if (!field.choices.empty()) std::cout << separator << "choices: ";
+  for (std::size_t i = 0; i < field.choices.size(); ++i) {
+    std::cout << (i == 0 ? "" : ", ") << Printable(field.choices[i]);
   }
   std::cout << '\n';
 }
@@ -86,6 +109,10 @@ void WriteField(JsonWriter& json, const DescribedField& field) {
   json.BeginObject();
   for (const auto& [name, text] : field.formulas) json.Field(name, text);
   json.EndObject();
+  json.Key("choices");
+  json.BeginArray();
+  for (const std::string& choice : field.choices) json.String(choice);
+  json.EndArray();
   json.Field("help", field.help);
   json.EndObject();
 }

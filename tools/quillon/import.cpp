@@ -41,7 +41,8 @@ struct Source {
 struct Found {
   std::vector<Source> files;
   std::uint64_t bytes = 0;
-  std::int64_t skipped = 0;  // no text, no plain file, or not readable
+  std::int64_t skipped = 0;            // no text, no plain file, or not readable
+  std::vector<std::string> passed_by;  // of these, the ones that were named
 };
 
 // What could not be carried of a file.
@@ -62,15 +63,17 @@ bool IsText(const fs::path& path) {
   return (count > 0 || file.eof()) && bytes.find('\0') == std::string_view::npos;
 }
 
-void AddFile(const fs::path& path, const std::string& subject, Found* found) {
+// Whether the file is one to import.
+bool AddFile(const fs::path& path, const std::string& subject, Found* found) {
   std::error_code error;
-  const std::uint64_t size = fs::file_size(path, error);
-  if (error || !IsText(path)) {
+  const std::uint64_t size = fs::is_regular_file(path, error) ? fs::file_size(path, error) : 0;
+  if (error || !fs::is_regular_file(path, error) || !IsText(path)) {
     ++found->skipped;
-    return;
+    return false;
   }
   found->files.push_back({path, subject, size});
   found->bytes += size;
+  return true;
 }
 
 // Links below a folder are passed over: what they point to would come twice.
@@ -92,7 +95,7 @@ Found FindFiles(const std::vector<std::string>& sources) {
     if (fs::is_directory(path)) {
       AddFolder(path, &found);
     } else if (fs::exists(path)) {
-      AddFile(path, path.filename().string(), &found);
+      if (!AddFile(path, path.filename().string(), &found)) found.passed_by.push_back(source);
     } else {
       throw Failure{kExitNotFound, "no file or folder " + Printable(source)};
     }
@@ -242,6 +245,10 @@ void Report(const Options& options, const Found& found, const std::vector<Lost>&
     json.Field("documents", documents);
     json.Field("bytes", static_cast<std::int64_t>(found.bytes));
     json.Field("skipped", found.skipped);
+    json.Key("passedOver");
+    json.BeginArray();
+    for (const std::string& path : found.passed_by) json.String(path);
+    json.EndArray();
     json.Key("seconds");
     json.Number(seconds);
     ReportLosses(json, lost);
@@ -251,6 +258,9 @@ void Report(const Options& options, const Found& found, const std::vector<Lost>&
   std::printf("imported %lld documents, %.2f MB, in %.2f s", static_cast<long long>(documents), megabytes, seconds);
   if (found.skipped > 0) std::printf(" (passed over %lld: links, or no text)", static_cast<long long>(found.skipped));
   std::printf("\n");
+  for (const std::string& path : found.passed_by) {
+    std::printf("passed over: %s: no text file\n", Printable(path).c_str());
+  }
   for (const Lost& each : lost) {
     for (const std::string& line : each.lines) {
       std::printf("not carried: %s: %s\n", Printable(each.subject).c_str(), Printable(line).c_str());
@@ -260,7 +270,10 @@ void Report(const Options& options, const Found& found, const std::vector<Lost>&
 
 int Run(const Options& options, const Arguments& arguments) {
   const Found found = FindFiles(arguments.sources);
-  if (found.files.empty()) throw Failure{kExitNotFound, "no text files there"};
+  if (found.files.empty()) {
+    const std::string first = found.passed_by.empty() ? "" : ": " + Printable(found.passed_by.front()) + " is none";
+    throw Failure{kExitNotFound, "no text files there" + first};
+  }
   Store store(options, arguments.store);
   const auto start = std::chrono::steady_clock::now();
   std::vector<Lost> lost;

@@ -25,7 +25,8 @@ int RunCreate(const Options& options, const Arguments& arguments) {
   create.SetTitle(FromText(arguments.title));
   create.SetOverwriteExisting(arguments.overwrite ? 1 : 0);
   VQDatabase database;
-  vq::ThrowIfError(up.session().CreateDatabase(StorePath(arguments.store), &database, create));
+  OnNamed(arguments.store,
+          [&] { vq::ThrowIfError(up.session().CreateDatabase(StorePath(arguments.store), &database, create)); });
   PrintPath(options, ToText(database.GetFilepath()));
   return kExitDone;
 }
