@@ -68,13 +68,6 @@ bool ChangesOthers(const HtmlNode& node) {
          (node.Is("link") && Lower(node.Get("rel")).find("stylesheet") != std::string::npos);
 }
 
-// By something else than space.
-bool IsFollowed(const HtmlNode& node) {
-  const HtmlNode* next = node.Next;
-  while (next && next->Name.empty() && std::ranges::all_of(next->Text, IsSpace)) next = next->Next;
-  return next != nullptr;
-}
-
 }  // namespace
 
 // Sorted by name.
@@ -396,6 +389,13 @@ bool HtmlReader::EnterElement(const HtmlNode* node, const Rule& rule, Open* open
   BlockStyle(*node);
   if (rule.What == kPre) EnterPre(*node);
   return true;
+}
+
+// By something else than space on the same line.
+bool HtmlReader::IsFollowed(const HtmlNode& node) {
+  const HtmlNode* next = node.Next;
+  while (next && next->Name.empty() && std::ranges::all_of(next->Text, IsSpace)) next = next->Next;
+  return next && (next->Name.empty() || PlaceOf(RuleOf(next->Name).What) == Place::kInline);
 }
 
 void HtmlReader::Leave() {

@@ -100,6 +100,7 @@ class HtmlReader {
   // Reports the properties that nothing stands for there.
   enum class Place { kInline, kBlock, kTable, kCell };
   static Place PlaceOf(Kind kind);
+  static bool IsFollowed(const HtmlNode& node);
   void CheckStyle(const HtmlNode& node, Place place);
   void NoteAnchor(const HtmlNode& node);
   void PutAnchors();

@@ -96,40 +96,6 @@ std::size_t BadLength(std::string_view text) {
   return length;
 }
 
-// The parser looks through all attributes of a tag at each of them.
-constexpr unsigned kMostAttributes = 1000;
-
-bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
-
-// Where the value ends that begins there.
-std::size_t ValueEnd(std::string_view html, std::size_t at) {
-  while (at < html.size() && IsSpace(html[at])) ++at;
-  if (at < html.size() && (html[at] == '"' || html[at] == '\'')) {
-    const std::size_t end = html.find(html[at], at + 1);
-    return end == std::string_view::npos ? html.size() : end + 1;
-  }
-  while (at < html.size() && !IsSpace(html[at]) && html[at] != '>') ++at;
-  return at;
-}
-
-// Goes through a tag from its name to its end. *surplus is where the attributes above the limit begin.
-std::size_t TagEnd(std::string_view html, std::size_t at, std::size_t* surplus) {
-  unsigned attributes = 0;
-  bool between = false;
-  while (at < html.size() && html[at] != '>') {
-    if (html[at] == '=') {
-      at = ValueEnd(html, at + 1);
-      between = true;
-      continue;
-    }
-    const bool begins = between && !IsSpace(html[at]) && html[at] != '/';
-    if (begins && attributes++ == kMostAttributes) *surplus = at;
-    between = IsSpace(html[at]) || html[at] == '/';
-    ++at;
-  }
-  return at;
-}
-
 }  // namespace
 
 Encoding EncodingOf(std::string_view html) {
@@ -191,20 +157,6 @@ std::string Cleaned(std::string_view html, unsigned* replaced) {
     }
   }
   return cleaned.append(html.substr(start));
-}
-
-std::string_view WithoutSurplus(std::string_view html, std::string* kept, unsigned* cut) {
-  std::size_t start = 0;
-  for (std::size_t at = 0; (at = html.find('<', at)) != std::string_view::npos;) {
-    if (++at == html.size() || !std::isalpha(static_cast<unsigned char>(html[at]))) continue;
-    std::size_t surplus = 0;
-    at = TagEnd(html, at, &surplus);
-    if (surplus == 0) continue;
-    kept->append(html.substr(start, surplus - start));
-    start = at;
-    ++*cut;
-  }
-  return start == 0 ? html : kept->append(html.substr(start));
 }
 
 }  // namespace conv

@@ -20,9 +20,6 @@ bool NeedsCleaning(std::string_view html);
 // characters that no page may hold; these are counted.
 std::string Cleaned(std::string_view html, unsigned* replaced);
 
-// Without the attributes of a tag above the first thousand; such tags are counted.
-std::string_view WithoutSurplus(std::string_view html, std::string* kept, unsigned* cut);
-
 }  // namespace conv
 
 #endif

@@ -10,6 +10,7 @@
 
 #include "converters/html/css.h"
 #include "converters/html/source.h"
+#include "converters/html/tags.h"
 #include "engine/status.h"
 
 namespace conv {
@@ -144,7 +145,7 @@ struct HtmlTree::Events {
         tree.Failure = ENG_ERR_TEXT_NESTING;
         return;
       }
-      const std::string lower = Lower(Chars(name));
+      const std::string lower = NameOfMarked(Lower(Chars(name)));
       if (IsListed(lower)) tree.CloseListed();
       if (tree.SplitLink && SplitsLinks(lower)) tree.ReopenLink();
       tree.SplitLink = nullptr;
@@ -162,7 +163,8 @@ struct HtmlTree::Events {
   static void End(void* data, const xmlChar* name) {
     Guard(data, [&](HtmlTree& tree) {
       HtmlNode* node = tree.Open;
-      const std::string lower = Lower(Chars(name));
+      const std::string tag = Lower(Chars(name));
+      const std::string lower = NameOfMarked(tag);
       if (IsVoid(lower)) return;
       const auto isIt = [&] { return node->Name == lower || (lower == "p" && node->Name == kImplied); };
       unsigned levels = 1;
@@ -172,7 +174,7 @@ struct HtmlTree::Events {
       }
       if (!node->Parent) return;
       const auto& context = *static_cast<htmlParserCtxt*>(data);
-      if (!IsImpliedEnd(context, lower)) {
+      if (!IsImpliedEnd(context, tag)) {
         tree.SplitLink = nullptr;
       } else if (lower == "a" && node->Find("href")) {
         tree.SplitLink = node;
@@ -202,14 +204,14 @@ ENGSTATUS HtmlTree::Read(std::string_view html) {
   constexpr std::size_t kMost = 0x7FFFFFFF;
   if (html.size() > kMost) return ENG_ERR_MEMORY;
   const bool wide = html.starts_with("\xFF\xFE") || html.starts_with("\xFE\xFF");
-  std::string repaired, cleaned, kept;
+  std::string repaired, cleaned, kept, marked;
   Encoding encoding = wide ? Encoding::kOther : EncodingOf(html);
   if (encoding == Encoding::kDamagedUtf8) {
     html = repaired = Repaired(html, &Invalid);
     encoding = Encoding::kUtf8;
   }
   if (!wide && NeedsCleaning(html)) html = cleaned = Cleaned(html, &Invalid);
-  if (!wide) html = WithoutSurplus(html, &kept, &CutTags);
+  if (!wide) html = MarkFormats(WithoutSurplus(html, &kept, &CutTags), &marked);
   if (html.empty()) return ENG_OK;
   htmlSAXHandler handler = {};
   handler.startElement = Events::Start;

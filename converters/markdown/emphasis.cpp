@@ -85,6 +85,12 @@ Side Beside(cmark_node* node, bool before) {
   return Side::kSpace;
 }
 
+// The same behind all delimiters that stand there.
+Side EndWithin(cmark_node* node, bool front) {
+  while (node && IsEmphasis(node)) node = front ? cmark_node_first_child(node) : cmark_node_last_child(node);
+  return node ? EndOf(node, front) : Side::kOther;
+}
+
 bool IsReadable(cmark_node* node) {
   cmark_node* first = cmark_node_first_child(node);
   cmark_node* last = cmark_node_last_child(node);
@@ -94,8 +100,8 @@ bool IsReadable(cmark_node* node) {
   const Side end = EndOf(last, false);
   if (before == Side::kDelimiter || behind == Side::kDelimiter) return false;
   if (begin == Side::kSpace || end == Side::kSpace) return false;
-  if (begin == Side::kPunctuation && before == Side::kOther) return false;
-  if (end == Side::kPunctuation && behind == Side::kOther) return false;
+  if (EndWithin(first, true) == Side::kPunctuation && before == Side::kOther) return false;
+  if (EndWithin(last, false) == Side::kPunctuation && behind == Side::kOther) return false;
   // The same delimiters in a row are read another way.
   const bool doubled = (begin == Side::kDelimiter || end == Side::kDelimiter) && before != Side::kSpace;
   return !doubled;

@@ -16,6 +16,8 @@ namespace conv {
 
 namespace {
 
+constexpr char kBreakTag[] = "<br />";
+
 constexpr std::string_view TagOf(FormatKind kind) {
   constexpr std::string_view kTags[] = {"em", "strong", "u", "s", "sup", "sub", "code", "span", "a"};
   return kTags[static_cast<std::size_t>(kind)];
@@ -135,7 +137,7 @@ void MarkdownWriter::CloseText() {
   if (last && cmark_node_get_type(last) == CMARK_NODE_LINEBREAK) {
     cmark_node_unlink(last);
     cmark_node_free(last);
-    AddLiteral(CMARK_NODE_HTML_INLINE, "<br />");
+    AddLiteral(CMARK_NODE_HTML_INLINE, kBreakTag);
   }
   if (!cmark_node_first_child(Top()) && cmark_node_get_type(Top()) == CMARK_NODE_PARAGRAPH) {
     cmark_node* empty = Top();
@@ -318,12 +320,20 @@ void MarkdownWriter::AddText(std::string text) {
   if (!text.empty()) AddLiteral(CMARK_NODE_TEXT, text);
 }
 
+// Whether a line break would make an empty line, which ends the paragraph.
+bool MarkdownWriter::BeginsLine() {
+  cmark_node* last = cmark_node_last_child(Top());
+  const cmark_node_type type = last ? cmark_node_get_type(last) : CMARK_NODE_LINEBREAK;
+  const bool tag = type == CMARK_NODE_HTML_INLINE && std::string_view(cmark_node_get_literal(last)) == kBreakTag;
+  return tag || type == CMARK_NODE_LINEBREAK;
+}
+
 void MarkdownWriter::LineBreak() {
   if (HtmlDepth > 0) return Html.LineBreak();
   if (InCode) {
     Literal += ' ';
-  } else if (InHeading || Table.IsOpen) {
-    AddLiteral(CMARK_NODE_HTML_INLINE, "<br />");
+  } else if (InHeading || Table.IsOpen || BeginsLine()) {
+    AddLiteral(CMARK_NODE_HTML_INLINE, kBreakTag);
   } else {
     Add(CMARK_NODE_LINEBREAK);
   }

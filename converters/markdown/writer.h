@@ -52,6 +52,7 @@ class MarkdownWriter : public Sink {
   void AddText(std::string text);
   void OpenText(const BlockInfo& block);
   void CloseText();
+  bool BeginsLine();
   void OpenCell(const BlockInfo& block);
   void CloseCell();
   void OpenTable(const BlockInfo& block);

@@ -26,13 +26,16 @@ class NewFile {
     struct stat old;
     const bool replaces = stat(target, &old) == 0;
     const mode_t mode = replaces ? old.st_mode & 0777 : 0666;
-    constexpr int kMostTries = 100;
-    // Its own name may be as long as names can be.
-    const std::string folder(target, std::string_view(target).rfind('/') + 1);
-    for (int i = 0; i < kMostTries && !Made; ++i) {
-      Name = folder + ".quillon-" + std::to_string(getpid()) + "-" + std::to_string(i);
-      Take(open(Name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-      if (!Made && errno != EEXIST) return;
+    Folder.assign(target, std::string_view(target).rfind('/') + 1);
+    // Where it can be it has no name until it is complete, so that nothing is left of it when the process is ended.
+    Take(open(Folder.empty() ? "." : Folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, mode));
+    if (Stream && access(OpenPath().c_str(), F_OK) != 0) Stream.reset();
+    Made = false;
+    if (!Stream) {
+      MakeNamed([&](const char* name) {
+        Take(open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+        return Stream != nullptr;
+      });
     }
     // The process may take bits away from a new file's mode.
     if (Stream && replaces && fchmod(fileno(Stream.get()), mode) != 0) Stream.reset();
@@ -45,10 +48,32 @@ class NewFile {
 
   std::FILE* Get() const { return Stream.get(); }
   const std::string& GetName() const { return Name; }
-  bool Finish() { return std::fclose(Stream.release()) == 0; }
+  // Complete, and with a name.
+  bool Finish() {
+    bool complete = std::fflush(Stream.get()) == 0;
+    if (complete && !Made) {
+      const std::string open = OpenPath();
+      complete = MakeNamed(
+          [&](const char* name) { return linkat(AT_FDCWD, open.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0; });
+      Made = complete;
+    }
+    return std::fclose(Stream.release()) == 0 && complete;
+  }
   void Keep() { Made = false; }
 
  private:
+  // Tries names that are not in use. They are short: the target's own may be as long as names can be.
+  template <typename Make>
+  bool MakeNamed(Make make) {
+    constexpr int kMostTries = 100;
+    for (int i = 0; i < kMostTries; ++i) {
+      Name = Folder + ".quillon-" + std::to_string(getpid()) + "-" + std::to_string(i);
+      if (make(Name.c_str())) return true;
+      if (errno != EEXIST) return false;
+    }
+    return false;
+  }
+  std::string OpenPath() const { return "/proc/self/fd/" + std::to_string(fileno(Stream.get())); }
   void Take(int descriptor) {
     if (descriptor < 0) return;
     Made = true;
@@ -56,9 +81,10 @@ class NewFile {
     if (!Stream) close(descriptor);
   }
 
+  std::string Folder;
   std::string Name;
   File Stream;
-  bool Made = false;
+  bool Made = false;  // under that name
 };
 
 std::string TemporaryPattern() {

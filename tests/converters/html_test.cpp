@@ -50,6 +50,13 @@ TEST(HtmlText, IsCarried) {
       {"addresses with space around, and lines", "<a href=' http://x/\na\tb '>a</a><img src='\nc.png ' alt=d>",
        "<p><a href=\"http://x/ab\">a</a><img src=\"c.png\" alt=\"d\" /></p>\n"},
       {"a picture of no address", "<img src='' alt=a>", "<p><img src=\"\" alt=\"a\" /></p>\n"},
+      {"formats around paragraphs", "<b><p>a<p>b</b><p>c</p><i>d<p title='</i>'>e</p></i>f<u><p>g</u>h",
+       "<p><strong>a</strong></p>\n<p><strong>b</strong></p>\n<p>c</p>\n<p><em>d</em></p>\n<p><em>e</em></p>\n"
+       "<p>f</p>\n<p>gh</p>\n"},
+      {"formats that begin ahead of a table", "<b>f<table><tr><td><p>g<td>h</table><p>i</b>",
+       "<p><strong>f</strong></p>\n<table>\n<tbody>\n<tr>\n<td><strong>g</strong></td>\n"
+       "<td><strong>h</strong></td>\n</tr>\n</tbody>\n</table>\n<p>i</p>\n"},
+      {"spaces ahead of blocks", "<b>a <p>b</b>", "<p><strong>a</strong></p>\n<p><strong>b</strong></p>\n"},
       {"an empty paragraph between", "<p>a</p><p><br></p><p>b</p>", "<p>a</p>\n<p><br /></p>\n<p>b</p>\n"},
       {"references", "&lt;&amp;&gt;&quot;&#65;&eacute;&nbsp;", "<p>&lt;&amp;&gt;&quot;A\xC3\xA9\xC2\xA0</p>\n"},
       {"references without a semicolon",
@@ -326,6 +333,8 @@ TEST(MarkdownOut, KeepsWhatMarkdownHasNoSignsFor) {
       "<p>1. no list</p>\n<p># no heading</p>\n<p>- no item</p>\n",
       "<p>a<u>b</u><sup>c</sup><s>d</s><span style=\"font-size:20pt;color:#ff0000\">e</span></p>\n",
       "<p>a<br />\nb</p>\n<h2>a<br />\nb</h2>\n",
+      "<p>a<br />\n<br />\n<br />\nb<em>c<br />\n<br />\nd</em></p>\n",
+      "<p><strong>a<em>b<u>c</u></em></strong>d <em><strong><u>e</u>f</strong></em></p>\n",
       "<ul>\n<li>a</li>\n</ul>\n<ul>\n<li>b</li>\n</ul>\n<pre><code>c\n</code></pre>\n",
       "<table>\n<tbody>\n<tr>\n<td>\n<pre><code>a\n\nb\n</code></pre>\n</td>\n</tr>\n</tbody>\n</table>\n",
   };
