@@ -51,17 +51,20 @@ std::string KindOf(const VQFormField& field) {
   return "field";
 }
 
+// Another program may have left a field without any.
 void DescribeChoices(const VQKeywordsField& field, DescribedField* described) {
-  const VQCHOICESOPTION option = field.GetChoicesOption();
-  if (option == VQCHOICESOPTION_FORMULA) {
-    VQFormula formula;
-    field.GetChoicesFormula(&formula);
-    described->formulas.emplace_back("choices", ToText(formula.GetText()));
-  } else if (option == VQCHOICESOPTION_LIST) {
-    VQText choices;
-    field.GetChoicesList(&choices);
-    for (unsigned long i = 0; i < choices.GetCount(); ++i) described->choices.push_back(ToText(choices[i]));
+  VQFormula formula;
+  VQText choices;
+  try {
+    const VQCHOICESOPTION option = field.GetChoicesOption();
+    if (option == VQCHOICESOPTION_FORMULA) field.GetChoicesFormula(&formula);
+    if (option == VQCHOICESOPTION_LIST) field.GetChoicesList(&choices);
+  } catch (VQSTATUS status) {
+    if (status != VQERR_NO_CHOICES_LIST && status != VQERR_NO_CHOICES_FORMULA) throw;
+    return;
   }
+  if (!formula.IsNull()) described->formulas.emplace_back("choices", ToText(formula.GetText()));
+  for (unsigned long i = 0; i < choices.GetCount(); ++i) described->choices.push_back(ToText(choices[i]));
 }
 
 DescribedField Describe(const VQFormField& field) {
