@@ -10,7 +10,7 @@ TEST_F(Commands, ExitCodesAndWords) {
   Write("cut.vlt", Read("s.vlt").substr(0, 5000));
   const CommandRow rows[] = {
       {"", 2, "subcommand"},
-      {"fly s.vlt", 2, "subcommand"},
+      {"fly s.vlt", 2, "quillon: no subcommand is called \"fly\""},
       {"replace s.vlt one.txt colour", 2, "replacement"},
       {"replace s.vlt one.txt '' x", 2, "empty word"},
       {"ls none.vlt", 1, "quillon: none.vlt: The database file does not exist (0x"},

@@ -59,6 +59,10 @@ int Run(int argc, char** argv, tool::Options& options) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
+    const std::vector<std::string> rest = app.remaining();
+    if (app.get_subcommands().empty() && !rest.empty() && !rest.front().starts_with("-")) {
+      throw tool::Failure{tool::kExitUsage, "no subcommand is called \"" + tool::Printable(rest.front()) + "\""};
+    }
     return app.exit(error) == 0 ? tool::kExitDone : tool::kExitUsage;
   }
   std::cout.flush();
