@@ -23,8 +23,8 @@ class VQ_API VQGraphic : public VQRTElement {
   // All its records as they stand in a stream, padding included: GetSize() bytes. VQERR_INVALID_PARAMETER for another
   // size.
   VQSTATUS GetRecords(void* buffer, unsigned long size) const;
-  // Makes this handle a new graphic that stands alone from the records of exactly one. VQERR_RT_GRAPHIC_INVALID for
-  // anything else, with the handle unchanged.
+  // Makes this handle a new graphic that stands alone from the records of one. VQERR_RT_GRAPHIC_INVALID for anything
+  // else, VQERR_INVALID_PARAMETER for none; the handle then stays as it was.
   VQSTATUS SetRecords(const void* records, unsigned long size);
 
  protected:
