@@ -1,5 +1,6 @@
 // Large values and objects of the SQLite store: chunks of 64 KB, each behind its checksum.
 #include <algorithm>
+#include <array>
 
 #include "qcore/store/checksum.h"
 #include "qcore/store/sqlite_sql.h"
@@ -16,6 +17,59 @@ Bytes Checked(Bytes data, std::uint64_t id) {
   Bytes bytes;
   return Unseal(data, id, &bytes) && bytes.size() <= SqliteStore::kChunkSize ? bytes : Bytes();
 }
+
+// Chunks that are read whole to where their bytes are wanted, by a handle that goes from one to the next without a
+// statement. Checksums are looked at four at a time: what was read is good once Finish has said so.
+class ChunkReader {
+ public:
+  explicit ChunkReader(sqlite3* connection) : connection_(connection) {}
+  ChunkReader(const ChunkReader&) = delete;
+  ChunkReader& operator=(const ChunkReader&) = delete;
+  ~ChunkReader() { sqlite3_blob_close(blob_); }
+
+  // The target is as long as the chunk's bytes must be.
+  void Read(std::uint64_t id, std::span<std::uint8_t> target) {
+    std::array<std::uint8_t, kSealSize> sum;
+    if (!Go(id, target.size() + sum.size()) || !Take(sum, 0) || !Take(target, sum.size())) return;
+    runs_[waiting_] = {target, id};
+    sums_[waiting_] = LoadLittle<std::uint32_t>(sum.data());
+    if (++waiting_ == runs_.size()) Finish();
+  }
+  void Finish() {
+    const auto has_first_size = [this](const SeededRun& run) { return run.bytes.size() == runs_[0].bytes.size(); };
+    if (waiting_ == runs_.size() && std::ranges::all_of(runs_, has_first_size)) {
+      sound_ = sound_ && Checksums(runs_) == sums_;
+    } else {
+      for (std::size_t i = 0; i < waiting_; ++i) sound_ = sound_ && Checksum(runs_[i].bytes, runs_[i].seed) == sums_[i];
+    }
+    waiting_ = 0;
+  }
+  int code() const { return code_; }
+  // False once a chunk was not what was written.
+  bool sound() const { return sound_; }
+
+ private:
+  bool Go(std::uint64_t id, std::size_t size) {
+    const auto row = static_cast<sqlite3_int64>(id);
+    code_ = blob_ ? sqlite3_blob_reopen(blob_, row)
+                  : sqlite3_blob_open(connection_, "main", "chunk", "data", row, 0, &blob_);
+    if (code_ != SQLITE_OK) return false;
+    sound_ = sound_ && static_cast<std::size_t>(sqlite3_blob_bytes(blob_)) == size;
+    return sound_;
+  }
+  bool Take(std::span<std::uint8_t> target, std::size_t at) {
+    code_ = sqlite3_blob_read(blob_, target.data(), static_cast<int>(target.size()), static_cast<int>(at));
+    return code_ == SQLITE_OK;
+  }
+
+  sqlite3* connection_;
+  sqlite3_blob* blob_ = nullptr;
+  int code_ = SQLITE_OK;
+  bool sound_ = true;
+  std::array<SeededRun, 4> runs_{};
+  std::array<std::uint32_t, 4> sums_{};
+  std::size_t waiting_ = 0;
+};
 
 }  // namespace
 
@@ -106,19 +160,28 @@ ENGSTATUS SqliteStore::ReadObject(std::uint32_t object, std::uint32_t offset, st
   ENGSTATUS status = ReadObjectRow(object, &row);
   if (status != ENG_OK) return status;
   if (offset > row.info.size || out.size() > row.info.size - offset) return ENG_ERR_OBJECT_RANGE;
-  std::vector<std::uint8_t> chunk;
-  for (std::size_t at = 0; at < out.size();) {
+  ChunkReader reader(connection_.get());
+  std::vector<std::uint8_t> part;
+  for (std::size_t at = 0; at < out.size() && reader.code() == SQLITE_OK && reader.sound();) {
     const std::size_t place = offset + at;
-    status = ReadChunk(row.value, static_cast<std::uint32_t>(place / kChunkSize), &chunk);
-    if (status != ENG_OK) return status;
+    const std::uint64_t id = ChunkId(row.value, place / kChunkSize);
     const std::size_t start = place % kChunkSize;
-    const std::size_t count = std::min(out.size() - at, kChunkSize - start);
-    if (start + count > chunk.size()) return ENG_ERR_DB_DAMAGED;
-    std::copy_n(chunk.begin() + static_cast<std::ptrdiff_t>(start), count,
-                out.begin() + static_cast<std::ptrdiff_t>(at));
+    const std::size_t size = std::min(kChunkSize, row.info.size - (place - start));
+    const std::size_t count = std::min(out.size() - at, size - start);
+    if (count == size) {
+      reader.Read(id, out.subspan(at, count));
+    } else {
+      part.resize(size);
+      reader.Read(id, part);
+      reader.Finish();
+      std::copy_n(part.begin() + static_cast<std::ptrdiff_t>(start), count,
+                  out.begin() + static_cast<std::ptrdiff_t>(at));
+    }
     at += count;
   }
-  return ENG_OK;
+  reader.Finish();
+  status = Result(reader.code());
+  return status == ENG_OK && !reader.sound() ? ENGSTATUS{ENG_ERR_DB_DAMAGED} : status;
 }
 
 ENGSTATUS SqliteStore::SetObjectSize(std::uint32_t object, std::uint32_t size) {

@@ -344,6 +344,47 @@ TEST_F(Attachments, CopiesOfNewSlatesHaveTheirOwn) {
   }
 }
 
+// Chunks that are not what was written, the first, within four and at the end: what was in the place stays.
+TEST_F(Attachments, DamagedChunks) {
+  const std::uint32_t id = MakeWithFile(Repeated(5 * 65536 + 100, 'a'));
+  EXPECT_EQ(EngDbClose(db_), ENG_OK);
+  const std::string sound = ReadFile(file());
+  const struct {
+    const char* edit;
+    ENGSTATUS status;
+  } rows[] = {
+      {"UPDATE chunk SET data=CAST(substr(data,1,60)||x'FF'||substr(data,62) AS BLOB)", ENG_ERR_DB_DAMAGED},
+      {"UPDATE chunk SET data=substr(data,1,length(data)-1)", ENG_ERR_DB_DAMAGED},
+      {"UPDATE chunk SET data=CAST(data||x'00' AS BLOB)", ENG_ERR_DB_DAMAGED},
+      {"UPDATE chunk SET data=x''", ENG_ERR_DB_DAMAGED},
+      {"UPDATE chunk SET data=7", ENG_ERR_DB_DAMAGED},
+      {"UPDATE chunk SET data=(SELECT data FROM chunk AS other WHERE other.id=chunk.id+1-2*(chunk.id&1))",
+       ENG_ERR_DB_DAMAGED},
+      {"DELETE FROM chunk", ENG_ERR_DB_DAMAGED},
+      {"UPDATE object SET size=size-1;DELETE FROM chunk", ENG_ERR_OBJECT_CONTENT},
+      {"UPDATE object SET size=size+1;DELETE FROM chunk", ENG_ERR_OBJECT_CONTENT},
+      {"DELETE FROM object;DELETE FROM chunk", ENG_ERR_NO_OBJECT},
+  };
+  NewFile("data/target", "what was there");
+  for (const auto& row : rows) {
+    for (const int number : {0, 2, 3, 4, 5}) {
+      SCOPED_TRACE(row.edit + (" at " + std::to_string(number)));
+      std::ofstream(file(), std::ios::binary) << sound;
+      Execute((row.edit + (" WHERE id&65535=" + std::to_string(number))).c_str());
+      db_ = Open();
+      const ENGHANDLE slate = OpenSlate(id);
+      EXPECT_EQ(Extract(slate, Path("data/target")), row.status);
+      EXPECT_EQ(EngSlateClose(slate), ENG_OK);
+      EXPECT_EQ(EngDbClose(db_), ENG_OK);
+    }
+  }
+  db_ = 0;
+  EXPECT_EQ(ReadFile(Path("data/target")), "what was there");
+  for (const auto& entry : std::filesystem::directory_iterator(Path("data"))) {
+    EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << entry;
+  }
+}
+
 // The source becomes shorter while it is read; a disk that is full when it is written leaves what was there.
 TEST_F(Attachments, FilesThatChangeAndDisksThatAreFull) {
   const std::string path = NewFile("source", Repeated(40 << 20, 'a'));
