@@ -108,7 +108,8 @@ ENG_API ENGSTATUS EngDesignFindAgent(ENGHANDLE db, const ENGCHAR* name, uint32_t
 ENG_API ENGSTATUS EngDbCheck(ENGHANDLE db, char* report, uint16_t size);
 
 // Objects: byte ranges beside the slates, for attachments. An object belongs to the slate that an update first
-// finds it named in; reserved ones that no update names go away with the handle.
+// finds it named in. A reserved one that no update has named goes away with the last slate that was given it and is
+// closed, else with the handle.
 ENG_API ENGSTATUS EngObjectCreate(ENGHANDLE db, uint16_t object_class, uint32_t* object);
 ENG_API ENGSTATUS EngObjectFree(ENGHANDLE db, uint32_t object);
 ENG_API ENGSTATUS EngObjectGetSize(ENGHANDLE db, uint32_t object, uint32_t* size, uint16_t* object_class);

@@ -52,8 +52,9 @@ ENG_API ENGSTATUS EngSlateCreate(ENGHANDLE db, ENGHANDLE* slate);
 ENG_API ENGSTATUS EngSlateOpen(ENGHANDLE db, uint32_t id, uint16_t flags, ENGHANDLE* slate);
 ENG_API ENGSTATUS EngSlateClose(ENGHANDLE slate);
 ENG_API ENGSTATUS EngSlateCopy(ENGHANDLE slate, ENGHANDLE* copy);
-// One transaction, durable when it returns. ENG_ERR_SLATE_CONFLICT when someone saved in between (unless forced),
-// ENG_ERR_SLATE_DELETED when someone deleted it. After any failure the handle still holds its changes.
+// One transaction, durable when it returns. ENG_ERR_SLATE_CONFLICT when someone saved in between (if forced, only when
+// a value that was not read, or the object of an item, went with that), ENG_ERR_SLATE_DELETED when someone deleted it.
+// After any failure the handle still holds its changes.
 ENG_API ENGSTATUS EngSlateUpdate(ENGHANDLE slate, uint16_t flags);
 ENG_API ENGSTATUS EngSlateDelete(ENGHANDLE db, uint32_t id, uint16_t flags);
 ENG_API ENGSTATUS EngSlateGetHeader(ENGHANDLE slate, uint16_t member, void* target);

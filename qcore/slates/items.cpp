@@ -217,16 +217,6 @@ ENGSTATUS Slate::Append(std::uint16_t flags, std::string_view name, std::uint16_
   return status;
 }
 
-ENGSTATUS Slate::AppendForeign(std::string_view name, Bytes data, const Objects& objects, Slot* slot) {
-  const bool other = foreign_.database && (foreign_.database != objects.database || foreign_.owner != objects.owner);
-  ENGSTATUS status = other ? TakeForeignObjects() : ENGSTATUS{ENG_OK};
-  if (status == ENG_OK) status = Append(0, name, kObjectType, data, slot);
-  if (status != ENG_OK) return status;
-  items_[*slot].foreign = true;
-  foreign_ = objects;
-  return ENG_OK;
-}
-
 namespace {
 
 ENGSTATUS CheckBlock(ENGHANDLE memory, std::uint32_t size) {

@@ -47,7 +47,15 @@ ENGSTATUS Slate::Open(std::shared_ptr<Database> database, std::uint32_t id, ENGH
 
 ENGSTATUS Slate::Close(ENGHANDLE handle) {
   const std::unique_ptr<Slate> slate(static_cast<Slate*>(handle_table.Remove(Kind::kSlate, handle)));
-  return slate ? ENG_OK : ENG_ERR_INVALID_HANDLE;
+  if (!slate) return ENG_ERR_INVALID_HANDLE;
+  slate->GiveUpObjects();
+  return ENG_OK;
+}
+
+// The database frees what is left of its own at once.
+void Slate::CloseWithDatabase() {
+  std::erase_if(claims_, [this](const Claim& claim) { return claim.database == database_; });
+  static_cast<void>(Close(handle_));
 }
 
 Slate::~Slate() {
@@ -159,6 +167,7 @@ ENGSTATUS Slate::Copy(ENGHANDLE* copy) {
   }
   const ENGSTATUS status = base_ ? ENGSTATUS{ENG_OK} : slate->TakeCopiedObjects();
   if (status != ENG_OK) return status;
+  for (const Claim& claim : claims_) slate->ClaimObject(claim.database, claim.object);
   return Publish(std::move(slate), copy);
 }
 

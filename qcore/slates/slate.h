@@ -99,8 +99,9 @@ class Slate final : public OpenSlate {
                                  Slot* slot);
   [[nodiscard]] ENGSTATUS AppendBlock(std::uint16_t flags, std::string_view name, ENGHANDLE memory, std::uint32_t size,
                                       Slot* slot);
-  // An item that was just appended for an object that is there: when a rollback takes that away, an update fails with
-  // ENG_ERR_NO_OBJECT until the item goes or names another one.
+  // An item that was just appended for an object that is there: one that is reserved goes with the last slate that was
+  // given it, unless it was saved. When a rollback takes it away, an update fails with ENG_ERR_NO_OBJECT until the item
+  // goes or names another one.
   void NoteObject(Slot slot);
   // A value that names an object of another slate, which an update copies, or the next value from a third one.
   [[nodiscard]] ENGSTATUS AppendForeign(std::string_view name, Bytes data, const Objects& objects, Slot* slot);
@@ -123,7 +124,7 @@ class Slate final : public OpenSlate {
 
   [[nodiscard]] ENGSTATUS Update(std::uint16_t flags);
   void RevertTo(std::uint64_t transaction) override;
-  void CloseWithDatabase() override { static_cast<void>(Close(handle_)); }
+  void CloseWithDatabase() override;
 
  private:
   friend ENGSTATUS ReadValueOf(const std::shared_ptr<Database>&, std::uint32_t, std::string_view,
@@ -200,6 +201,11 @@ class Slate final : public OpenSlate {
     Slot slot;
     PackedItem packed;
   };
+  // A reserved object that was given to the slate.
+  struct Claim {
+    std::shared_ptr<Database> database;
+    std::uint32_t object;
+  };
   static constexpr std::uint16_t kObjectType = 3;
 
   [[nodiscard]] static ENGSTATUS Publish(std::unique_ptr<Slate> slate, ENGHANDLE* handle);
@@ -228,13 +234,17 @@ class Slate final : public OpenSlate {
   [[nodiscard]] ENGSTATUS NoteOwnSave(const SlateHeader& header);
   [[nodiscard]] ENGSTATUS Write(std::uint16_t flags, SlateHeader* header, std::vector<Draft>* drafts);
   [[nodiscard]] ENGSTATUS CheckForced(SlateHeader* header, std::vector<Store::ValueId>* replaced);
+  // Whether an object that an item names has gone with the save that is overwritten, which names `present`.
+  [[nodiscard]] ENGSTATUS CheckForcedObjects(const std::vector<std::uint32_t>& present);
   [[nodiscard]] ENGSTATUS WriteDrafts(const SlateHeader& header, std::vector<Draft>* drafts,
                                       std::vector<Store::ValueId>* replaced);
   [[nodiscard]] ENGSTATUS WriteValue(const Item& item, PackedItem* packed, std::vector<Store::ValueId>* replaced);
   [[nodiscard]] ENGSTATUS WriteRow(std::uint16_t flags, SlateHeader* header, const std::vector<Draft>& drafts);
   // The object numbers in the values of the drafts.
   [[nodiscard]] ENGSTATUS NamedObjects(const std::vector<Draft>& drafts, std::vector<std::uint32_t>* named);
-  [[nodiscard]] ENGSTATUS AdoptObjects(std::uint32_t id, const std::vector<Draft>& drafts);
+  [[nodiscard]] ENGSTATUS AdoptObjects(std::uint32_t id, const std::vector<Draft>& drafts, std::uint16_t flags);
+  void ClaimObject(const std::shared_ptr<Database>& database, std::uint32_t object);
+  void GiveUpObjects();
   // Gives the values that name objects of `foreign_` copies of them.
   [[nodiscard]] ENGSTATUS TakeForeignObjects();
   [[nodiscard]] ENGSTATUS TakeForeignObject(Slot slot);
@@ -268,6 +278,7 @@ class Slate final : public OpenSlate {
   Objects foreign_;
   std::vector<Taken> taken_;
   std::vector<Noted> noted_;
+  std::vector<Claim> claims_;
   std::unique_ptr<Saved> saved_;
 };
 

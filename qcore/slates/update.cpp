@@ -108,13 +108,17 @@ ENGSTATUS Slate::Write(std::uint16_t flags, SlateHeader* header, std::vector<Dra
   for (std::size_t i = 0; status == ENG_OK && i < replaced.size(); ++i) {
     status = database_->store().FreeValue(replaced[i]);
   }
-  return status == ENG_OK ? AdoptObjects(header->id, *drafts) : status;
+  return status == ENG_OK ? AdoptObjects(header->id, *drafts, flags) : status;
 }
 
 // What the other one stored aside goes away with its row. Values of ours that it has replaced are gone already.
 ENGSTATUS Slate::CheckForced(SlateHeader* header, std::vector<Store::ValueId>* replaced) {
   std::vector<Store::ValueId> present;
+  std::vector<std::uint32_t> objects;
+  bool is_other = false;
   ENGSTATUS status = database_->store().ReadSlate(header->id, [&](const SlateHeader& stored, Bytes packed) {
+    is_other = stored.origin.Sequence != base_->origin.Sequence ||
+               !SameTime(stored.origin.SequenceTime, base_->origin.SequenceTime);
     header->origin.Sequence = std::max(header->origin.Sequence, stored.origin.Sequence);
     PackedReader reader;
     ENGSTATUS read = reader.Start(packed, stored.id);
@@ -122,9 +126,12 @@ ENGSTATUS Slate::CheckForced(SlateHeader* header, std::vector<Store::ValueId>* r
       PackedItem item;
       read = reader.Next(&item);
       if (read == ENG_OK && item.aside != 0) present.push_back(item.aside);
+      if (read != ENG_OK || item.type != kObjectType) continue;
+      if (const std::optional<std::uint32_t> object = ObjectIn(item.value)) objects.push_back(*object);
     }
     return read;
   });
+  if (status == ENG_OK && is_other) status = CheckForcedObjects(objects);
   if (status != ENG_OK) return status;
   const auto is_present = [&present](Store::ValueId value) {
     return std::find(present.begin(), present.end(), value) != present.end();
@@ -143,6 +150,18 @@ ENGSTATUS Slate::CheckForced(SlateHeader* header, std::vector<Store::ValueId>* r
   }
   for (Store::ValueId value : *replaced) std::erase(present, value);
   replaced->insert(replaced->end(), present.begin(), present.end());
+  return ENG_OK;
+}
+
+ENGSTATUS Slate::CheckForcedObjects(const std::vector<std::uint32_t>& present) {
+  for (Slot slot : order_) {
+    const Item& item = items_[slot];
+    // A value that stands aside and is not read is as the other save has it, or is missed as all such are.
+    if (item.type != kObjectType || !item.stored || item.foreign || (item.aside != 0 && item.pool == 0)) continue;
+    const std::optional<std::uint32_t> object = ObjectIn(BytesOf(item));
+    const bool named = object && std::find(present.begin(), present.end(), *object) != present.end();
+    if (!named && IsObjectGone(item)) return ENG_ERR_SLATE_CONFLICT;
+  }
   return ENG_OK;
 }
 
@@ -203,6 +222,19 @@ ENGSTATUS Slate::WriteRow(std::uint16_t flags, SlateHeader* header, const std::v
   return status == ENG_OK && !same_universal ? store.NoteRenamed() : status;
 }
 
+ENGSTATUS Slate::AppendForeign(std::string_view name, Bytes data, const Objects& objects, Slot* slot) {
+  const bool other = foreign_.database && (foreign_.database != objects.database || foreign_.owner != objects.owner);
+  ENGSTATUS status = other ? TakeForeignObjects() : ENGSTATUS{ENG_OK};
+  if (status == ENG_OK) status = Append(0, name, kObjectType, data, slot);
+  if (status != ENG_OK) return status;
+  items_[*slot].foreign = true;
+  foreign_ = objects;
+  if (const std::optional<std::uint32_t> object = ObjectIn(BytesOf(items_[*slot]))) {
+    ClaimObject(objects.database, *object);
+  }
+  return ENG_OK;
+}
+
 ENGSTATUS Slate::TakeForeignObjects() {
   if (!foreign_.database) return ENG_OK;
   for (Slot slot : order_) {
@@ -226,6 +258,7 @@ ENGSTATUS Slate::TakeForeignObject(Slot slot) {
   item.foreign = false;
   if (!object) return ENG_OK;
   SetObjectIn(item, copy);
+  if (copy != 0) ClaimObject(database_, copy);
   const std::lock_guard lock(database_->mutex());
   if (database_->transaction() != 0) taken_.push_back({database_->transaction(), slot, *object, foreign_});
   return ENG_OK;
@@ -258,7 +291,26 @@ ENGSTATUS Slate::TakeCopiedObjects() {
   return TakeForeignObjects();
 }
 
+void Slate::ClaimObject(const std::shared_ptr<Database>& database, std::uint32_t object) {
+  claims_.reserve(claims_.size() + 1);
+  const std::lock_guard lock(database->mutex());
+  if (database->Claim(object)) claims_.push_back({database, object});
+}
+
+void Slate::GiveUpObjects() {
+  while (!claims_.empty()) {
+    const std::shared_ptr<Database> database = claims_.back().database;
+    std::vector<std::uint32_t> objects;
+    for (const Claim& claim : claims_) {
+      if (claim.database == database) objects.push_back(claim.object);
+    }
+    std::erase_if(claims_, [&database](const Claim& claim) { return claim.database == database; });
+    database->GiveUp(objects);
+  }
+}
+
 void Slate::NoteObject(Slot slot) {
+  if (const std::optional<std::uint32_t> object = ObjectIn(BytesOf(items_[slot]))) ClaimObject(database_, *object);
   const std::lock_guard lock(database_->mutex());
   const std::uint64_t transaction = database_->transaction();
   if (transaction == 0) return;
@@ -302,11 +354,13 @@ ENGSTATUS Slate::NamedObjects(const std::vector<Draft>& drafts, std::vector<std:
 }
 
 // Reserved objects that an item names become the slate's; those of the slate that no item names any more go away.
-ENGSTATUS Slate::AdoptObjects(std::uint32_t id, const std::vector<Draft>& drafts) {
+// What a save that is overwritten has brought may be there even if this slate never had any.
+ENGSTATUS Slate::AdoptObjects(std::uint32_t id, const std::vector<Draft>& drafts, std::uint16_t flags) {
   Store& store = database_->store();
   std::vector<std::uint32_t> named;
   ENGSTATUS status = NamedObjects(drafts, &named);
-  if (status != ENG_OK || (named.empty() && !had_objects_)) return status;
+  const bool forced = (flags & ENG_UPDATE_FORCE) != 0;
+  if (status != ENG_OK || (named.empty() && !had_objects_ && !forced)) return status;
   std::vector<std::uint32_t> owned;
   status = store.FindObjects(id, &owned);
   for (std::size_t i = 0; status == ENG_OK && i < named.size(); ++i) {

@@ -84,12 +84,41 @@ void Database::FreeReservedObjects() {
   const std::lock_guard lock(mutex_);
   Change change(*this);
   if (change.Begin() != ENG_OK) return;  // a compaction removes what stays behind
-  for (std::uint32_t object : reserved_objects_) {
+  for (const auto& [object, claims] : reserved_objects_) {
     ObjectInfo info;
     if (store_->GetObject(object, &info) != ENG_OK || info.owner != 0) continue;
     if (store_->FreeObject(object) != ENG_OK) return;
   }
   static_cast<void>(change.Commit());
+}
+
+bool Database::Claim(std::uint32_t object) {
+  const auto reserved = reserved_objects_.find(object);
+  if (reserved == reserved_objects_.end()) return false;
+  ++reserved->second;
+  return true;
+}
+
+void Database::GiveUp(const std::vector<std::uint32_t>& objects) {
+  const std::lock_guard lock(mutex_);
+  std::vector<std::uint32_t> unneeded;
+  for (std::uint32_t object : objects) {
+    const auto reserved = reserved_objects_.find(object);
+    if (reserved == reserved_objects_.end() || --reserved->second != 0) continue;
+    ObjectInfo info{};
+    const ENGSTATUS status = store_->GetObject(object, &info);
+    if (status == ENG_OK && info.owner == 0) unneeded.push_back(object);
+    // A rollback may still take it from its owner, or bring it back.
+    const bool settled = transaction_ == 0 && (status == ENG_ERR_NO_OBJECT || (status == ENG_OK && info.owner != 0));
+    if (settled) reserved_objects_.erase(reserved);
+  }
+  if (unneeded.empty()) return;
+  Change change(*this);
+  ENGSTATUS status = change.Begin();
+  for (std::size_t i = 0; status == ENG_OK && i < unneeded.size(); ++i) status = store_->FreeObject(unneeded[i]);
+  if (status == ENG_OK) status = change.Commit();
+  if (status != ENG_OK || transaction_ != 0) return;
+  for (std::uint32_t object : unneeded) reserved_objects_.erase(object);
 }
 
 ENGSTATUS Database::BeginTransaction() {
@@ -133,7 +162,7 @@ ENGSTATUS Database::CreateObject(std::uint16_t object_class, std::uint32_t* obje
   ENGSTATUS status = change.Begin();
   if (status == ENG_OK) status = store_->CreateObject(object_class, object);
   if (status == ENG_OK) status = change.Commit();
-  if (status == ENG_OK) reserved_objects_.insert(*object);
+  if (status == ENG_OK) NoteReserved(*object);
   return status;
 }
 

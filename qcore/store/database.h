@@ -4,6 +4,7 @@
 #ifndef QUILLON_QCORE_STORE_DATABASE_H
 #define QUILLON_QCORE_STORE_DATABASE_H
 
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -65,6 +66,8 @@ class Database {
   [[nodiscard]] ENGSTATUS RollbackTransaction();
 
   [[nodiscard]] ENGSTATUS CreateObject(std::uint16_t object_class, std::uint32_t* object);
+  // Ends claims. An object goes with the last one, unless a slate owns it; what can't go now goes with the handle.
+  void GiveUp(const std::vector<std::uint32_t>& objects);
   // A fresh universal ID with an empty sequence.
   ORIGINATORID NewOrigin();
 
@@ -75,7 +78,9 @@ class Database {
   // Serial of the running client transaction, 0 outside of one.
   std::uint64_t transaction() const { return transaction_; }
   // A new object that goes with the handle unless a slate comes to own it.
-  void NoteReserved(std::uint32_t object) { reserved_objects_.insert(object); }
+  void NoteReserved(std::uint32_t object) { reserved_objects_.try_emplace(object, 0); }
+  // An open slate names an object: false unless it is one of these.
+  [[nodiscard]] bool Claim(std::uint32_t object);
   bool HasReserved(std::uint32_t object) const { return reserved_objects_.contains(object); }
   void Register(OpenSlate* slate) { slates_.insert(slate); }
   void Unregister(OpenSlate* slate) { slates_.erase(slate); }
@@ -100,7 +105,7 @@ class Database {
   std::uint64_t last_transaction_ = 0;
   std::size_t names_at_begin_ = 0;
   std::set<OpenSlate*> slates_;
-  std::set<std::uint32_t> reserved_objects_;
+  std::map<std::uint32_t, std::uint32_t> reserved_objects_;  // and how many slates claim each
   TIMEDATE origin_file_{};  // random, counted up while origins fall into one hundredth of a second
   TIMEDATE last_origin_{};
 };

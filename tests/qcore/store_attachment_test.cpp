@@ -344,6 +344,92 @@ TEST_F(Attachments, CopiesOfNewSlatesHaveTheirOwn) {
   }
 }
 
+// What a slate was given goes when it is closed unsaved, and not before anybody else who has it.
+TEST_F(Attachments, UnsavedFilesGoWithTheirSlates) {
+  const std::string path = NewFile("source", "bytes");
+  const auto objects = [this] { return Count("SELECT count(*) FROM object"); };
+  const auto copy_of = [](ENGHANDLE slate) {
+    ENGHANDLE copy = 0;
+    EXPECT_EQ(EngSlateCopy(slate, &copy), ENG_OK);
+    return copy;
+  };
+  const ENGHANDLE slate = NewSlate(), copy = copy_of(slate);
+  ASSERT_EQ(Attach(slate, path), ENG_OK);
+  const ENGHANDLE second = copy_of(slate);
+  const FILEOBJECT file = RecordIn(Data(slate, kItem));
+  const std::string name = "a";
+  const ENGFILEDESCRIPTOR descriptor{file, Store(name), qtest::Length(name), 0};
+  ASSERT_EQ(EngSlateAppendObjectItem(copy, Store(kItem), &descriptor), ENG_OK);
+  EXPECT_EQ(objects(), 2) << "the copy of a new slate has its own";
+  EXPECT_EQ(EngSlateClose(slate), ENG_OK);
+  EXPECT_EQ(Extract(copy, Path("out")), ENG_OK) << "still given to this one";
+  EXPECT_EQ(EngSlateClose(second), ENG_OK);
+  EXPECT_EQ(objects(), 1);
+  EXPECT_EQ(EngSlateClose(copy), ENG_OK);
+  EXPECT_EQ(objects(), 0);
+
+  const std::uint32_t id = MakeWithFile("old");
+  for (const bool saved : {false, true}) {
+    const ENGHANDLE changed = OpenSlate(id);
+    ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+    ASSERT_EQ(Attach(changed, path), ENG_OK);
+    if (saved) {
+      ASSERT_EQ(EngSlateUpdate(changed, 0), ENG_OK);
+    }
+    EXPECT_EQ(EngSlateClose(changed), ENG_OK);
+    ASSERT_EQ(saved ? EngDbCommit(db_) : EngDbRollback(db_), ENG_OK);
+    EXPECT_EQ(objects(), saved ? 2 : 1);
+  }
+  std::uint32_t reserved = 0;
+  ASSERT_EQ(EngObjectCreate(db_, OBJECT_FILE, &reserved), ENG_OK);
+  EXPECT_EQ(EngSlateClose(OpenSlate(id)), ENG_OK);
+  EXPECT_EQ(objects(), 3) << "one that no slate was given stays reserved";
+  EXPECT_EQ(Check(), ENG_OK);
+}
+
+// A save that overwrites another one frees what that had attached, and does not name what it has taken away.
+TEST_F(Attachments, ForcedSaves) {
+  using Change = ENGSTATUS (*)(const Attachments&, ENGHANDLE);
+  const auto remove = [](const Attachments&, ENGHANDLE slate) {
+    return EngItemDelete(slate, qtest::Find(slate, kItem));
+  };
+  const auto add = [](const Attachments& test, ENGHANDLE slate) { return test.Attach(slate, test.Path("new"), "b"); };
+  const auto word = [](const Attachments&, ENGHANDLE slate) { return qtest::Append(slate, "A", "1"); };
+  const struct {
+    const char* title;
+    bool with_file;
+    Change theirs, ours;
+    ENGSTATUS status;
+    int objects;
+  } rows[] = {
+      {"they add the first file", false, add, word, ENG_OK, 0},
+      {"they add another file", true, add, word, ENG_OK, 1},
+      {"both add one", true, add, add, ENG_OK, 2},
+      {"they remove ours", true, remove, word, ENG_ERR_SLATE_CONFLICT, 0},
+      {"both remove it", true, remove, remove, ENG_OK, 0},
+      {"we remove it", true, word, remove, ENG_OK, 0},
+  };
+  NewFile("new", "new");
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    const ENGHANDLE fresh = NewSlate();
+    if (row.with_file) {
+      ASSERT_EQ(Attach(fresh, NewFile("old", "old")), ENG_OK);
+    }
+    const std::uint32_t id = SaveAndClose(fresh);
+    const ENGHANDLE ours = OpenSlate(id), theirs = OpenSlate(id);
+    ASSERT_EQ(row.theirs(*this, theirs), ENG_OK);
+    SaveAndClose(theirs);
+    ASSERT_EQ(row.ours(*this, ours), ENG_OK);
+    EXPECT_EQ(EngSlateUpdate(ours, 0), ENG_ERR_SLATE_CONFLICT);
+    EXPECT_EQ(EngSlateUpdate(ours, ENG_UPDATE_FORCE), row.status);
+    EXPECT_EQ(EngSlateClose(ours), ENG_OK);
+    EXPECT_EQ(Count("SELECT count(*) FROM object"), row.objects);
+    EXPECT_EQ(Check(), ENG_OK);
+    ASSERT_EQ(EngSlateDelete(db_, id, 0), ENG_OK);
+  }
+}
+
 // Chunks that are not what was written, the first, within four and at the end: what was in the place stays.
 TEST_F(Attachments, DamagedChunks) {
   const std::uint32_t id = MakeWithFile(Repeated(5 * 65536 + 100, 'a'));
