@@ -9,6 +9,7 @@
 #include "tests/vq/support/records.h"
 #include "tests/vq/support/store_fixture.h"
 #include "vq/richobjects/vqrtattach.h"
+#include "vq/richtext/rthistory.h"
 #include "vq/values/vqdtime.h"
 
 namespace {
@@ -357,6 +358,78 @@ TEST_F(Attached, DanglingReferences) {
   ASSERT_EQ(BodyOf(target).Append(BodyOf(source)), VQ_OK);
   EXPECT_EQ(Shown(BodyOf(target)), "a(1)=-;");
   EXPECT_EQ(Contents(target), "a=mine;");
+}
+
+using Edit = std::function<VQSTATUS(VQDocument& document, VQRichText& body)>;
+
+// What no rich text shows any more says so from the next save on, and what one shows again too.
+TEST_F(Attached, KnowsWhetherATextShowsIt) {
+  VQRTHistory history;
+  VQRTObject shown;
+  VQRTCursor start, end;
+  const auto remove = [&](VQDocument&, VQRichText& body) {
+    EXPECT_EQ(body.GetAttachment("a", &shown), VQ_OK);
+    return body.Delete(&shown);
+  };
+  const struct {
+    const char* title;
+    Edit edit;
+    bool inRichText;
+  } rows[] = {
+      {"object deleted", remove, false},
+      {"undone before a save",
+       [&](VQDocument& document, VQRichText& body) {
+         return history.Watch(body) + history.Begin() + remove(document, body) + history.End() + history.Undo();
+       },
+       true},
+      {"undone after a save",
+       [&](VQDocument& document, VQRichText& body) {
+         return history.Watch(body) + history.Begin() + remove(document, body) + history.End() + document.Save() +
+                history.Undo();
+       },
+       true},
+      {"all text replaced", [](VQDocument&, VQRichText& body) { return body.SetValue("other"); }, false},
+      {"range deleted",
+       [&](VQDocument&, VQRichText& body) {
+         return body.GetCursor(&start) + body.GetEndCursor(&end) + body.Delete(&start, &end);
+       },
+       false},
+      {"item deleted", [](VQDocument& document, VQRichText&) { return document.DeleteItem("Body"); }, false},
+      {"shown twice, one deleted",
+       [&](VQDocument& document, VQRichText& body) { return body.Append(VQRichText(body)) + remove(document, body); },
+       true},
+      {"another one shown instead",
+       [&](VQDocument& document, VQRichText& body) {
+         VQAttachment other;
+         return document.CreateAttachment(NewFile("b", "2"), &other) + body.GetAttachment("a", &shown) +
+                VQRTAttachment(shown).SetAttachment(other);
+       },
+       false},
+      {"a second text shows it",
+       [&](VQDocument& document, VQRichText& body) {
+         VQRichText more;
+         return document.CreateItem("More", &more) + more.Append(VQRichText(body)) + remove(document, body);
+       },
+       true},
+      {"a second text that cannot be read",
+       [&](VQDocument& document, VQRichText& body) {
+         return document.CreateItem("More", TYPE_COMPOSITE, "\xFF\xFF\xFF", 3) + remove(document, body);
+       },
+       true},
+      {"a word changed", [](VQDocument&, VQRichText& body) { return body.Append("word"); }, true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    VQDocument document = NewWithAttachment("a", "1");
+    VQRichText body = BodyOf(document);
+    ASSERT_EQ(row.edit(document, body), VQ_OK);
+    ASSERT_EQ(document.Save(), VQ_OK);
+    ASSERT_EQ(document.Close(), VQ_OK);
+    ASSERT_EQ(document.Open(), VQ_OK);
+    VQAttachment attachment;
+    ASSERT_EQ(document.GetAttachment("a", &attachment), VQ_OK);
+    EXPECT_EQ(attachment.IsInRichText(), row.inRichText);
+  }
 }
 
 // A text that stands alone keeps its attachments as long as their slate is open; later it is refused.

@@ -79,6 +79,7 @@ class VQ_API VQAttachment : public VQItem {
   int IsCompressed() const;
   int IsFilePrivate() const;
   int IsFileReadOnly() const;
+  // Whether a rich text of the slate shows it: known from when it is put there, and until a save without it.
   int IsInRichText() const;
   int IsSigned() const;
 

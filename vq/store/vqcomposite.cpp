@@ -72,6 +72,12 @@ VQSTATUS VQCompositeItemBody::StoreBlocks(std::span<vq::ItemBlock> blocks) {
   std::vector<vq::ItemPlace> places{{ItemBlockID, {}, 0, 0}};
   places.insert(places.end(), ExtraPlaces.begin(), ExtraPlaces.end());
   const std::size_t replaced = std::min(places.size(), blocks.size());
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    if (i >= replaced || !blocks[i].Kept) Slate->NoteShown(places[i].Item);
+  }
+  for (const vq::ItemBlock& block : blocks) {
+    if (!block.Kept) Slate->NoteShown(block);
+  }
   // New items first: they are what can fail, and they can be taken away again.
   std::vector<vq::ItemPlace> appended;
   status = AppendBlocks(blocks.subspan(replaced), appended);

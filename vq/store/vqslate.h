@@ -10,6 +10,7 @@
 #define QUILLON_VQ_STORE_VQSLATE_H
 
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -100,7 +101,8 @@ class VQ_API VQSlate : public VQSmartPtr {
 
   int IsOpen() const;
   // Writes all changes in one durable step. A slate that someone else saved since the open gives the engine's
-  // status 551 (ENG_ERR_SLATE_CONFLICT) unless VQSAVE_FORCE is given; after any failure the slate is open, its
+  // status 551 (ENG_ERR_SLATE_CONFLICT) unless VQSAVE_FORCE is given, and then too if that save took an attachment or
+  // a large value away that this slate still has and cannot bring back; after any failure the slate is open, its
   // changes are unsaved, and Save can be called again. A new slate has an identifier after its first save.
   VQSTATUS Save(unsigned short flags = 0);
   // With keep 0 the engine's slate becomes the caller's (EngSlateClose), with the item changes in it, and this
@@ -324,6 +326,11 @@ class VQ_API VQSlateBody : public VQBody {
   // Swaps in another engine slate (an encrypted copy) and closes the old one.
   VQSTATUS ReplaceHandle(ENGHANDLE handle);
 
+  // Of a composite value that is about to go, or to come: which attachments it shows. The next flush of the items tells
+  // the attachments what became of that.
+  void NoteShown(const BLOCKID& item);
+  void NoteShown(const vq::ItemBlock& block);
+
   bool IsOpen() const { return SlateHandle != 0; }
   ENGHANDLE GetHandle() const { return SlateHandle; }
   VQDatabaseBody* GetDatabaseBody() const { return Database; }
@@ -377,6 +384,8 @@ class VQ_API VQSlateBody : public VQBody {
   VQSTATUS PrepareOne(VQItemBody* item);
   VQSTATUS RebindOne(VQItemBody* item);
   VQSTATUS RereadOne(VQItemBody* item);
+  bool MayShow() const;
+  VQSTATUS SettleShown();
   VQSTATUS PrepareItems();
   VQSTATUS Write(unsigned short flags);
   std::vector<const VQItemBody*> DirtyItems() const;
@@ -401,6 +410,7 @@ class VQ_API VQSlateBody : public VQBody {
   std::uint32_t OpenFlags;
   ORIGINATORID Originator;
   VQSTATUS LostChange;
+  std::set<std::string> ShownNames;  // of attachments that a rich text has come or ceased to show
 };
 
 inline VQSlateBody* VQSlate::GetSlateBody() const { return static_cast<VQSlateBody*>(Body); }

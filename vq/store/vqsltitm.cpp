@@ -199,6 +199,7 @@ VQSTATUS VQSlateBody::DropItems(const std::vector<vq::ItemPlace>& places) {
 
 VQSTATUS VQSlateBody::DropItem(const vq::ItemPlace& place) {
   VQItemBody* body = CachedItem(place.Item);
+  NoteShown(place.Item);
   const ENGSTATUS result = EngItemDelete(SlateHandle, place.Item);
   if (result != ENG_OK) return vq::FromEngine(result);
   Dirty = 1;
@@ -430,7 +431,8 @@ VQSTATUS VQSlateBody::RereadOne(VQItemBody* item) {
 
 // Writing rich text may add fonts, so that their table comes last.
 VQSTATUS VQSlateBody::FlushItems() {
-  const VQSTATUS status = ForEachItem(&VQSlateBody::FlushOne);
+  VQSTATUS status = ForEachItem(&VQSlateBody::FlushOne);
+  if (status == VQ_OK) status = vq::Caught([&] { return SettleShown(); });
   if (status != VQ_OK || FontTable == nullptr || !FontTable->IsDirty()) return status;
   return vq::Caught([&] { return FontTable->Flush(); });
 }
