@@ -1,4 +1,6 @@
 // Files attached to documents and written out again, as a user does it.
+#include <sys/stat.h>
+
 #include "tests/tool/commands_fixture.h"
 
 namespace tool_test {
@@ -31,6 +33,10 @@ TEST_F(Commands, FilesGoInAndOut) {
       {"detach s.vlt one.txt empty -o nowhere/empty", 1, "0x"},
       {"detach s.vlt one.txt plan.pdf -o link", 0, "target"},
       {"detach s.vlt one.txt plan.pdf -o here", 1, "0x"},
+      {"detach s.vlt one.txt plan.pdf -o piped", 0, ""},
+      {"detach s.vlt one.txt empty -o /dev/stdout | wc -c", 0, "0\n"},
+      {"detach s.vlt one.txt plan.pdf -o sink", 0, ""},
+      {"detach s.vlt one.txt plan.pdf -o /dev/full", 1, "cannot write to /dev/full"},
       {"detach s.vlt one.txt ../../evil", 0, "evil"},
       {"check s.vlt", 0, "2 documents checked, 0 faults"},
       {"compact s.vlt", 0, "bytes after"},
@@ -39,9 +45,15 @@ TEST_F(Commands, FilesGoInAndOut) {
   Write("target", "old");
   fs::create_symlink("target", folder_ / "link");
   fs::create_symlink(".", folder_ / "here");
+  ASSERT_EQ(mkfifo((folder_ / "pipe").c_str(), 0600), 0);
+  fs::create_symlink("pipe", folder_ / "piped");
+  fs::create_symlink("/dev/null", folder_ / "sink");
+  FILE* reader = popen(("cd " + folder_.string() + " && timeout 60 cat pipe >got").c_str(), "r");
   RunRows(rows);
+  EXPECT_EQ(pclose(reader), 0);
   EXPECT_TRUE(Read("target") == bytes && fs::is_symlink(folder_ / "link"));
-  EXPECT_TRUE(Read("out.pdf") == bytes);
+  EXPECT_TRUE(Read("out.pdf") == bytes && Read("got") == bytes);
+  EXPECT_TRUE(fs::is_fifo(folder_ / "pipe") && fs::is_symlink(folder_ / "piped") && fs::is_symlink(folder_ / "sink"));
   EXPECT_TRUE(Read("evil") == bytes) << "in this folder, under the last part of the name";
   EXPECT_TRUE(Read("plan(1).pdf") == bytes);
   EXPECT_EQ(Run("show s.vlt one.txt").output.find("attachment n/"), std::string::npos);

@@ -1,6 +1,8 @@
 // quillon attach, detach: files of a document.
 #include <CLI/CLI.hpp>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 
 #include "tools/quillon/command.h"
@@ -101,6 +103,42 @@ fs::path LedTo(const fs::path& place) {
   return target;
 }
 
+bool TakesBytes(const fs::path& place) {
+  std::error_code error;
+  const fs::file_status present = fs::status(place, error);
+  return fs::is_fifo(present) || fs::is_character_file(present);
+}
+
+class Folder {
+ public:
+  Folder() {
+    std::string pattern = (fs::temp_directory_path() / "quillon-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw Failure{kExitFailed, "no folder for what is on its way"};
+    path_ = pattern;
+  }
+  ~Folder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+  const fs::path& path() const { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+// The library makes files, whole ones. A pipe or a device gets the bytes of one when all of it is there.
+void Send(const VQAttachment& attachment, const fs::path& place) {
+  const Folder folder;
+  const fs::path whole = folder.path() / "file";
+  attachment.Detach(VQString(whole.c_str()));
+  std::ifstream in(whole, std::ios::binary);
+  std::ofstream out(place, std::ios::binary);
+  if (attachment.GetFileSize() > 0) out << in.rdbuf();
+  if (!in || !out.flush()) throw Failure{kExitFailed, "cannot write to " + Printable(place.string())};
+}
+
 int RunDetach(const Options& options, const Arguments& arguments) {
   Store store(options, arguments.store);
   VQDocument document;
@@ -108,6 +146,10 @@ int RunDetach(const Options& options, const Arguments& arguments) {
   VQAttachment attachment;
   if (document.GetAttachment(FromText(arguments.name), &attachment) != VQ_OK) {
     throw Failure{kExitNotFound, "no attachment " + Printable(arguments.name)};
+  }
+  if (!arguments.output.empty() && TakesBytes(arguments.output)) {
+    Send(attachment, arguments.output);
+    return kExitDone;
   }
   const fs::path place = arguments.output.empty() ? PlaceFor(arguments.name) : LedTo(arguments.output);
   OnNamed(place.string(), [&] { attachment.Detach(VQString(place.c_str())); });
@@ -132,7 +174,8 @@ void AddAttachCommands(CLI::App& app, Options& options, int* result) {
   detach->add_option("store", arguments->store, "The store")->required();
   detach->add_option("document", arguments->document, "Number, or the whole Subject")->required();
   detach->add_option("name", arguments->name, "The attachment, as show tells it")->required();
-  detach->add_option("-o,--output", arguments->output, "Where to (default: its name, in this folder, if that is free)");
+  detach->add_option("-o,--output", arguments->output,
+                     "Where to (default: its name, in this folder, if that is free); a pipe or a device too");
   detach->callback([&options, arguments, result] { *result = RunDetach(options, *arguments); });
 }
 
