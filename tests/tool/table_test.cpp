@@ -27,7 +27,7 @@ TEST_F(Commands, TablesAreShownAndChanged) {
       {"table s.vlt list.md --delete-row 2", 0, "4 rows, 2 columns\nWhat\tCount\nquinces\t\n"},
       {"table s.vlt list.md --insert-column 1 '' x", 0, "\tWhat\tCount\nx\tquinces\t\n"},
       {"table s.vlt list.md --delete-column 1", 0, "What\tCount\nquinces\t\nplums\t40\nlast\t1\n"},
-      {"show s.vlt list.md --text", 0, "The end."},
+      {"show s.vlt list.md --text", 0, "What\tCount\t\nquinces\t\t\nplums\t40\t\nlast\t1\t\n\nThe end."},
       {"check s.vlt", 0, "0 faults"},
   };
   RunRows(rows);

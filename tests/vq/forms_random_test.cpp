@@ -476,6 +476,7 @@ class RandomForm : public FormsFixture {
     Below(4) != 0 ? CreateIn(text, part, which) : Below(2) != 0 ? DeleteFrom(text, part) : PlaceIn(text, part);
     ASSERT_EQ(subform.Save(), VQ_OK);
     Live.Subforms[static_cast<std::size_t>(which)] = part;
+    DropUnheld();
     Below(2) != 0 ? Save() : Reopen();
   }
   void ChangeDefinition() {

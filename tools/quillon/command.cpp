@@ -74,6 +74,45 @@ bool FindSubject(VQDatabase& database, const std::string& subject, VQDocument* d
   return false;
 }
 
+// In the order of the records. A cell's text is ended by a tab, the last one of a row by a line feed too.
+class TextOfObjects {
+ public:
+  void Add(const VQRTObject& object) {
+    if (object.IsType(VQRTTYPE_TABLE)) {
+      tables_.push_back({});
+    } else if (object.IsType(VQRTTYPE_TABLE_CELL) && !tables_.empty()) {
+      Cell(VQTableCell(object).GetRowIndex());
+    } else if (object.IsType(VQRTTYPE_TABLE_END) && !tables_.empty()) {
+      if (tables_.back().has_cell) text_ += "\t\n";
+      tables_.pop_back();
+      opens_cell_ = false;
+    } else if (object.IsType(VQRTTYPE_STYLIZED_TEXT) || object.IsType(VQRTTYPE_NEW_PARAGRAPH)) {
+      VQString piece;
+      object.GetText(&piece);
+      // The paragraph that a cell begins with ends nothing.
+      if (!opens_cell_ || object.IsType(VQRTTYPE_STYLIZED_TEXT)) text_ += ToText(piece);
+      opens_cell_ = false;
+    }
+  }
+  std::string Take() { return std::move(text_); }
+
+ private:
+  struct Table {
+    bool has_cell = false;
+    unsigned long row = 0;
+  };
+  void Cell(unsigned long row) {
+    Table& table = tables_.back();
+    if (table.has_cell) text_ += row == table.row ? "\t" : "\t\n";
+    table = {true, row};
+    opens_cell_ = true;
+  }
+
+  std::string text_;
+  std::vector<Table> tables_;  // around the object
+  bool opens_cell_ = false;
+};
+
 }  // namespace
 
 void FindDocument(VQDatabase& database, const std::string& key, VQDocument* document) {
@@ -84,19 +123,15 @@ void FindDocument(VQDatabase& database, const std::string& key, VQDocument* docu
 }
 
 std::string RichTextOf(const VQRichText& body) {
-  std::string text;
+  TextOfObjects text;
   VQRTObject object;
   VQSTATUS found = body.FindFirst(VQRTTYPE_OBJECT, &object);
   while (found == VQ_OK) {
-    if (object.IsType(VQRTTYPE_STYLIZED_TEXT) || object.IsType(VQRTTYPE_NEW_PARAGRAPH)) {
-      VQString piece;
-      object.GetText(&piece);
-      text += ToText(piece);
-    }
+    text.Add(object);
     const VQRTObject from = object;
     found = body.FindNext(from, VQRTTYPE_OBJECT, &object);
   }
-  return text;
+  return text.Take();
 }
 
 void FindRichText(const VQDocument& document, const std::string& name, VQRichText* body) {

@@ -63,7 +63,8 @@ VQString StorePath(const std::string& path);
 // Failure{kExitNotFound}.
 void FindDocument(VQDatabase& database, const std::string& key, VQDocument* document);
 
-// All the text of a rich text, of any length: runs, and a line feed for each paragraph record.
+// All the text of a rich text, of any length: runs, a line feed for each paragraph record, and a table's rows as lines
+// with a tab behind each cell.
 std::string RichTextOf(const VQRichText& body);
 // The rich text item of that name; Failure{kExitNotFound}.
 void FindRichText(const VQDocument& document, const std::string& name, VQRichText* body);
