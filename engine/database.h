@@ -111,6 +111,7 @@ ENG_API ENGSTATUS EngDbCheck(ENGHANDLE db, char* report, uint16_t size);
 // finds it named in. A reserved one that no update has named goes away with the last slate that was given it and is
 // closed, else with the handle.
 ENG_API ENGSTATUS EngObjectCreate(ENGHANDLE db, uint16_t object_class, uint32_t* object);
+// A reserved object; ENG_ERR_NO_OBJECT for one that a slate owns, which goes with the slate's last item that names it.
 ENG_API ENGSTATUS EngObjectFree(ENGHANDLE db, uint32_t object);
 ENG_API ENGSTATUS EngObjectGetSize(ENGHANDLE db, uint32_t object, uint32_t* size, uint16_t* object_class);
 ENG_API ENGSTATUS EngObjectRead(ENGHANDLE db, uint32_t object, uint32_t offset, uint32_t length, ENGHANDLE* memory);

@@ -17,6 +17,9 @@ ENGSTATUS FreeObject(Database& database, std::uint32_t object) {
   const std::lock_guard lock(database.mutex());
   Change change(database);
   ENGSTATUS status = change.Begin();
+  ObjectInfo info{};
+  if (status == ENG_OK) status = database.store().GetObject(object, &info);
+  if (status == ENG_OK && info.owner != 0) status = ENG_ERR_NO_OBJECT;
   if (status == ENG_OK) status = database.store().FreeObject(object);
   return status == ENG_OK ? change.Commit() : status;
 }

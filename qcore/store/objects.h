@@ -9,6 +9,7 @@
 
 namespace qcore {
 
+// A reserved one; ENG_ERR_NO_OBJECT for one that a slate owns.
 [[nodiscard]] ENGSTATUS FreeObject(Database& database, std::uint32_t object);
 [[nodiscard]] ENGSTATUS GetObjectInfo(Database& database, std::uint32_t object, ObjectInfo* info);
 // The range in a new block, which is the caller's. ENG_ERR_OBJECT_RANGE.

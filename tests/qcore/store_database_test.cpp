@@ -373,6 +373,7 @@ TEST_F(Databases, ObjectsByRange) {
   ASSERT_EQ(EngObjectGetSize(db_, object, &size, &object_class), ENG_OK) << "it belongs to a slate now";
   EXPECT_EQ(size, expected.size());
   EXPECT_EQ(object_class, 9);
+  EXPECT_EQ(EngObjectFree(db_, object), ENG_ERR_NO_OBJECT);
   ENGHANDLE memory = 0;
   ASSERT_EQ(EngObjectRead(db_, object, 0, size, &memory), ENG_OK);
   EXPECT_EQ(std::string(static_cast<char*>(EngMemLock(memory)), size), expected);
@@ -382,6 +383,9 @@ TEST_F(Databases, ObjectsByRange) {
   EXPECT_EQ(Check(), ENG_OK);
   ASSERT_EQ(EngSlateDelete(db_, id, 0), ENG_OK);
   EXPECT_EQ(EngObjectGetSize(db_, object, &size, nullptr), ENG_ERR_NO_OBJECT);
+  ASSERT_EQ(EngObjectCreate(db_, 9, &object), ENG_OK);
+  EXPECT_EQ(EngObjectFree(db_, object), ENG_OK);
+  EXPECT_EQ(EngObjectFree(db_, object), ENG_ERR_NO_OBJECT);
   ASSERT_EQ(EngObjectCreate(db_, 9, &object), ENG_OK);
   Reopen();
   EXPECT_EQ(EngObjectGetSize(db_, object, &size, nullptr), ENG_ERR_NO_OBJECT) << "reserved and never named";

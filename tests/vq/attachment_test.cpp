@@ -488,6 +488,21 @@ TEST_F(Attached, WhatARichTextShows) {
   EXPECT_EQ(Shown(body) + Contents(document), "");
 }
 
+// A text that does not fit leaves all runs; one that does takes the place of all.
+TEST_F(Attached, DisplayTextsOfSeveralRuns) {
+  VQRichText text = RichText(Record(SIG_CD_HOTSPOTBEGIN, Bytes({4, 0, 0, 0, 0, 0, 2, 0, 'a', 0})) + Text("one") +
+                             Unknown("u") + Text("two") + HotspotEnd());
+  VQRTObject object;
+  ASSERT_EQ(text.FindFirst(VQRTTYPE_ATTACHMENT, &object), VQ_OK);
+  VQRTAttachment shown(object);
+  const std::string records = Written(text);
+  EXPECT_TRUE(VQIsError(shown.SetDisplayText(Store(std::string(60000, 'x')))));
+  EXPECT_EQ(Written(text), records);
+  EXPECT_EQ(TextOf(shown.GetDisplayText()), "onetwo");
+  EXPECT_EQ(shown.SetDisplayText("x"), VQ_OK);
+  EXPECT_EQ(TextOf(shown.GetDisplayText()), "x");
+}
+
 TEST_F(Attached, DataOfEmbeddedObjects) {
   VQDocument document = NewWithAttachment("a", "1");
   const VQRichText body = BodyOf(document);

@@ -134,13 +134,17 @@ TEST_F(RichTextParse, RefusesDamageAndKeepsTheValue) {
 VQSTATUS Refuse(const VQRTPARSERERRORDATA&) { throw static_cast<VQSTATUS>(VQERR_OUT_OF_RANGE); }
 VQSTATUS Clear(const VQRTPARSERERRORDATA& data) {
   VQString text;
+  const bool segment = data.Signature == SIG_CD_BITMAPSEGMENT;
+  EXPECT_EQ(data.Status, segment ? VQERR_RT_CORRUPT_GRAPHIC : VQERR_RT_TRUNCATED);
+  EXPECT_EQ(data.Offset, segment ? 18u : 58u);
+  EXPECT_EQ(data.RecordLength, segment ? 7u : 0u);
   EXPECT_EQ(data.RichText->GetText(&text), VQERR_WRONG_SITUATION);
   EXPECT_EQ(data.RichText->GetItemBody()->Close(), VQERR_WRONG_SITUATION);
   return VQ_OK;
 }
 
 TEST_F(RichTextParse, AsksTheHandler) {
-  const std::string graphic = Record(SIG_CD_GRAPHIC, "") + Record(SIG_CD_BITMAPSEGMENT, "");
+  const std::string graphic = Record(SIG_CD_GRAPHIC, "") + Record(SIG_CD_BITMAPSEGMENT, "s");
   const std::string records = Text("a") + graphic + Text("b") + Hotspot(1) + Text("c");
   VQDatabase database;
   ASSERT_EQ(Session->CreateDatabase("damaged", &database, VQCreateDatabaseOptions()), VQ_OK);

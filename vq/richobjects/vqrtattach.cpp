@@ -48,10 +48,13 @@ VQSTATUS ShowText(VQRTEmbeddedObjectBody& object, const VQString& text) {
     const VQStylizedText made(text);
     return text.GetBufLength() == 0 ? VQ_OK : AddShown(object, made.GetRTObjectBody());
   }
+  // What does not fit leaves all runs.
+  const VQSTATUS set = text.GetBufLength() == 0 ? VQ_OK : run->SetValue(text, 0);
+  if (VQIsError(set)) return set;
   for (VQStylizedTextBody* more = RunFrom(run->GetNext()); more; more = RunFrom(run->GetNext())) {
     if (VQSTATUS status = more->Delete()) return status;
   }
-  return text.GetBufLength() == 0 ? run->Delete() : run->SetValue(text, 0);
+  return text.GetBufLength() == 0 ? run->Delete() : set;
 }
 
 }  // namespace

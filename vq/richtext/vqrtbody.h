@@ -18,7 +18,7 @@ struct VQRTPARSERERRORDATA {
   VQRichText* RichText;
   std::uint32_t Offset;  // in the stream, over all items
   std::uint16_t Signature;
-  std::uint32_t RecordLength;
+  std::uint32_t RecordLength;  // without padding
   VQSTATUS Status;
 };
 

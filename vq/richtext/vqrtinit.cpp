@@ -169,7 +169,8 @@ VQSTATUS VQRichTextParser::Report(VQSTATUS status, const Record* record) {
   if (record) {
     data.Offset += record->Offset;
     data.Signature = record->Signature;
-    data.RecordLength = record->Size;
+    vq::RecordHeader header;
+    if (vq::ReadRecordHeader(record->Bytes, record->Size, &header)) data.RecordLength = header.Length;
   }
   try {
     return handler(data);
