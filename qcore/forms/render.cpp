@@ -201,6 +201,21 @@ bool RenderTarget::MapParagraph(std::vector<std::uint8_t>& record, std::size_t a
   return true;
 }
 
+namespace {
+
+// Whether readers take the record for the begin of a hotspot. A button of the older kind may have several.
+bool Opens(std::uint16_t signature, Bytes record, bool* twice) {
+  constexpr std::uint16_t kButton = 3;
+  constexpr std::uint16_t kTypes[] = {1, 2, kButton, 4, 11, 14, 15};
+  if (record.size() < records::Find(ODS_CDHOTSPOTBEGIN)->length) return false;
+  const auto type = LoadLittle<std::uint16_t>(record.data() + 4);
+  const bool second = type == kButton && *twice;
+  *twice = type == kButton && signature == kHotspotV4;
+  return !second && std::ranges::find(kTypes, type) != std::end(kTypes);
+}
+
+}  // namespace
+
 ENGSTATUS RenderTarget::AppendRecords(Bytes records, Source& source, Reading* reading) {
   for (std::size_t at = 0; at < records.size();) {
     const auto header = text::RecordAt({records.data() + at, records.size() - at});
@@ -211,7 +226,11 @@ ENGSTATUS RenderTarget::AppendRecords(Bytes records, Source& source, Reading* re
     const bool hotspot = signature == kHotspot || signature == kHotspotV4;
     const bool end = signature == kHotspotEnd || signature == kHotspotEndOld;
     if (reading && source.inside > 0) {
-      source.inside = hotspot ? source.inside + 1 : end ? source.inside - 1 : source.inside;
+      if (hotspot && Opens(signature, bytes, &source.twice)) ++source.inside;
+      if (end) {
+        --source.inside;
+        source.twice = false;
+      }
       continue;
     }
     ENGSTATUS status = ENG_OK;
@@ -390,6 +409,17 @@ ENGSTATUS RenderTarget::ReadLinks(Slate& target, Slate& from, Source* source) {
 }
 
 ENGSTATUS RenderTarget::AppendSlate(Slate* form, Slate& document) {
+  const std::size_t records = records_.size(), pieces = pieces_.size();
+  const std::uint16_t before = in_force_;
+  const ENGSTATUS status = AppendDocument(form, document);
+  if (status == ENG_OK) return status;
+  records_.resize(records);
+  pieces_.resize(pieces);
+  in_force_ = before;
+  return status;
+}
+
+ENGSTATUS RenderTarget::AppendDocument(Slate* form, Slate& document) {
   Slate* target = Slate::Find(slate_);
   if (finished_ || !target) return ENG_ERR_ARGUMENT;
   Reading reading{document, Source(document), {}};

@@ -35,7 +35,7 @@ class RenderTarget {
   // Line ends start paragraphs; 0 is the style in force.
   [[nodiscard]] ENGSTATUS AppendText(std::uint16_t style, std::uint32_t font, std::string_view text);
   // Through the form's $Body, with those of its subforms, each field as what it shows; without a form (null) all items,
-  // a paragraph each.
+  // a paragraph each. A failure leaves what was there before.
   [[nodiscard]] ENGSTATUS AppendSlate(Slate* form, Slate& document);
   // Puts what was rendered into the slate's items. Nothing can be appended afterwards.
   [[nodiscard]] ENGSTATUS Finish();
@@ -51,6 +51,7 @@ class RenderTarget {
     std::map<std::uint8_t, std::uint8_t> faces;
     std::map<std::string, std::string> files;  // attachments that its records show
     bool has_links = false;                    // its links lead where they did
+    bool twice = false;                        // among the hotspots below the last begin was an older button's
     unsigned inside = 0;  // hotspots open in that of a subform, whose content stands for it where there is none
   };
   // A document on its way through a form.
@@ -63,7 +64,7 @@ class RenderTarget {
   };
   // A record ends below `end`, and the next one starts there.
   struct Piece {
-    std::size_t end;
+    std::size_t end = 0;
   };
 
   [[nodiscard]] ENGSTATUS ReadFonts(Slate& slate, Source* source);
@@ -73,6 +74,7 @@ class RenderTarget {
   [[nodiscard]] ENGSTATUS AppendField(Bytes record, Source& form, Reading& reading);
   [[nodiscard]] ENGSTATUS AppendSubform(std::string_view name, const Source& form, Reading& reading);
   [[nodiscard]] ENGSTATUS AppendThroughForm(Slate& form, Slate& target, Reading& reading);
+  [[nodiscard]] ENGSTATUS AppendDocument(Slate* form, Slate& document);
   [[nodiscard]] ENGSTATUS AppendList(Slate& document, Source& values);
   // The slate's link table becomes the target's where that has none; links of a slate with another table are left out.
   [[nodiscard]] static ENGSTATUS ReadLinks(Slate& target, Slate& from, Source* source);

@@ -40,9 +40,9 @@ constexpr int kStored = FIELD_COMPUTED;
 constexpr int kComposed = FIELD_COMPUTED | FIELD_WHEN_COMPOSED;
 
 // The place of a subform, with something inside that stands for it.
-std::string Inserted(const std::string& name) {
-  return Record(SIG_CD_HOTSPOTBEGIN, Word(14) + Bytes({0, 0, 0, 0}) + Word(name.size() + 1) + name + '\0') +
-         Text("here") + HotspotEnd();
+std::string Inserted(const std::string& name, const std::string& inside = Text("here")) {
+  return Record(SIG_CD_HOTSPOTBEGIN, Word(14) + Bytes({0, 0, 0, 0}) + Word(name.size() + 1) + name + '\0') + inside +
+         HotspotEnd();
 }
 std::string Link() { return Record(SIG_CD_LINK_A, Word(0)); }
 
@@ -218,6 +218,8 @@ TEST_F(Rendered, FormulasOfFieldsAreRun) {
       {"a formula that fails", Computed("F", kDisplay, "1 + \"a\""), "?" + std::to_string(ENG_ERR_FORMULA_TYPE)},
       {"a subform", Computed("Outer", kDisplay, "\"o\"") + Inserted("Sub") + Text("."), "o(oi)."},
       {"a subform that is gone", Text("<") + Inserted("None") + Text(">"), "<>"},
+      {"a place with hotspots", Inserted("Sub", Hotspot(77) + Hotspot(3) + Hotspot(3) + HotspotEnd()) + Text("."),
+       "(i)."},
       {"a subform in itself", Inserted("Loop"), "........"},
       {"and many times", Inserted("Wide"), "?4103"},
       {"other hotspots", Hotspot(1) + Text("x") + HotspotEnd(), "x"},
@@ -353,6 +355,12 @@ TEST_F(Rendered, TargetsOfTheEngine) {
   EXPECT_EQ(EngSlateRenderAppend(target, 7, 0x0A0B0001, words, 8, 0), ENG_ERR_ARGUMENT) << "no such style";
   ASSERT_EQ(EngSlateRenderOpenStyle(target, reinterpret_cast<const ENGCHAR*>("Normal"), nullptr, &style), ENG_OK);
   ASSERT_EQ(EngSlateRenderAppend(target, style, 0x0A0B0001, words, 8, 0), ENG_OK);
+  VQDocument broken = NewDocument("b");
+  const std::string records = Text("lost") + Bytes({0x85, 0xFF, 200, 0});
+  ASSERT_EQ(broken.CreateItem("Body", TYPE_COMPOSITE, records.data(), records.size()), VQ_OK);
+  const VQSlate form = NewForm("F", Reference(1) + Text("lost") + Field("Body"));
+  EXPECT_EQ(EngSlateRenderToItem(target, form.GetSlateBody()->GetHandle(), broken.GetSlateBody()->GetHandle()),
+            ENG_ERR_RECORD_DAMAGED);
   ASSERT_EQ(EngSlateRenderToItem(target, 0, slate), ENG_OK);
   ASSERT_EQ(EngSlateRenderFinish(target, 0, 0, 0, 0), ENG_OK);
   EXPECT_EQ(EngSlateRenderAppend(target, 0, 0, words, 8, 0), ENG_ERR_ARGUMENT);
