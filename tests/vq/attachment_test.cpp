@@ -10,6 +10,7 @@
 #include "tests/vq/support/store_fixture.h"
 #include "vq/richobjects/vqrtattach.h"
 #include "vq/richtext/rthistory.h"
+#include "vq/richtext/vqrttabl.h"
 #include "vq/values/vqdtime.h"
 
 namespace {
@@ -485,6 +486,27 @@ TEST_F(Attached, WhatARichTextShows) {
   ASSERT_EQ(graphic.GetRecords(records.data(), records.size()), VQ_OK);
   EXPECT_EQ(records, picture);
   ASSERT_EQ(body.DeleteAttachment("plan.pdf"), VQ_OK);
+  EXPECT_EQ(Shown(body) + Contents(document), "");
+}
+
+// A file that the text still shows elsewhere stays when a cell's part goes.
+TEST_F(Attached, DeletingInACellLeavesTheRest) {
+  VQDocument document = NewWithAttachment("a", "bytes");
+  VQRichText body = BodyOf(document);
+  VQAttachment file;
+  VQRTCursor cursor;
+  VQTable table;
+  ASSERT_EQ(document.GetAttachment("a", &file), VQ_OK);
+  ASSERT_EQ(body.Append("x"), VQ_OK);
+  ASSERT_EQ(body.GetEndCursor(&cursor), VQ_OK);
+  ASSERT_EQ(body.CreateTable(1, 1, &cursor, &table), VQ_OK);
+  VQTableCell cell = table(0, 0);
+  ASSERT_EQ(cell.GetCursor(&cursor), VQ_OK);
+  ASSERT_EQ(cell.CreateAttachment(file, &cursor), VQ_OK);
+  ASSERT_EQ(cell.DeleteAttachment("a"), VQ_OK);
+  EXPECT_EQ(cell.DeleteAttachment("a"), VQWARN_NOT_FOUND);
+  EXPECT_EQ(Shown(body) + Contents(document), "a=bytes;a=bytes;");
+  ASSERT_EQ(body.DeleteAttachment("a"), VQ_OK);
   EXPECT_EQ(Shown(body) + Contents(document), "");
 }
 

@@ -71,5 +71,7 @@ VQSTATUS VQRTContainerBody::DeleteAttachment(const VQString& name) {
   if (slate) status = vq::FindAttachment(slate, vq::ViewOf(wanted), &attachment);
   while (!VQIsError(status) && GetAttachment(wanted, &shown) == VQ_OK) status = Delete(&shown);
   if (VQIsError(status) || attachment.IsNull()) return VQIsError(status) ? status : VQ_OK;
+  // What is shown outside this container keeps its file.
+  if (GetRichTextBody()->GetTop()->GetAttachment(wanted, &shown) == VQ_OK) return VQ_OK;
   return slate->DeleteOneItem(attachment.GetItemBody());
 }

@@ -34,7 +34,8 @@ bool AddNames(const unsigned char* value, std::uint32_t size, Names* names) {
     vq::RecordHeader header;
     if (!vq::ReadRecordHeader(value + at, size - at, &header)) return false;
     if (header.Length < header.HeaderSize || header.Length > size - at) return false;
-    if (header.Signature == SIG_CD_HOTSPOTBEGIN) AddName(value + at, header.Length, names);
+    const bool begin = header.Signature == SIG_CD_HOTSPOTBEGIN || header.Signature == SIG_CD_V4HOTSPOTBEGIN;
+    if (begin) AddName(value + at, header.Length, names);
     at += vq::Padded(header.Length);
   }
   return true;

@@ -117,7 +117,8 @@ class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
   virtual VQSTATUS SetValue(const VQString& text, int convertNewlines);
   virtual VQSTATUS StartNewParagraph(VQRTCursor* cursor);
   // By exact names. Getters give the first, deletions take all of the name away, DeleteAttachment with the attachment
-  // itself, off the slate. VQWARN_NOT_FOUND, also for an OLE object, whose record says no name.
+  // itself, off the slate, where the rest of the text does not show it. VQWARN_NOT_FOUND, also for an OLE object, whose
+  // record says no name.
   virtual VQSTATUS GetFormField(const VQString& name, VQRTObject* found);
   virtual VQSTATUS DeleteFormField(const VQString& name);
   virtual VQSTATUS DeleteRTSubform(const VQString& name);
