@@ -56,6 +56,9 @@ ENG_API ENGSTATUS EngSlateCopy(ENGHANDLE slate, ENGHANDLE* copy);
 // a value that was not read, or the object of an item, went with that), ENG_ERR_SLATE_DELETED when someone deleted it.
 // After any failure the handle still holds its changes.
 ENG_API ENGSTATUS EngSlateUpdate(ENGHANDLE slate, uint16_t flags);
+// Slates of one database: all are updated in one transaction or, after any failure, none. ENG_ERR_ARGUMENT for no
+// slates, one that is named twice, or another database's.
+ENG_API ENGSTATUS EngSlateUpdateSeveral(const ENGHANDLE* slates, uint32_t count, uint16_t flags);
 ENG_API ENGSTATUS EngSlateDelete(ENGHANDLE db, uint32_t id, uint16_t flags);
 ENG_API ENGSTATUS EngSlateGetHeader(ENGHANDLE slate, uint16_t member, void* target);
 ENG_API ENGSTATUS EngSlateSetHeader(ENGHANDLE slate, uint16_t member, const void* source);

@@ -130,6 +130,18 @@ ENGSTATUS EngSlateUpdate(ENGHANDLE slate, uint16_t flags) {
   return WithSlate(slate, [&](Slate& target) { return target.Update(flags); });
 }
 
+ENGSTATUS EngSlateUpdateSeveral(const ENGHANDLE* slates, uint32_t count, uint16_t flags) {
+  if (!slates || count == 0) return ENG_ERR_ARGUMENT;
+  return Guard([&]() -> ENGSTATUS {
+    std::vector<Slate*> targets;
+    for (uint32_t i = 0; i < count; ++i) {
+      targets.push_back(Slate::Find(slates[i]));
+      if (!targets.back()) return ENG_ERR_INVALID_HANDLE;
+    }
+    return Slate::UpdateSeveral(targets, flags);
+  });
+}
+
 ENGSTATUS EngSlateDelete(ENGHANDLE db, uint32_t id, uint16_t flags) {
   return WithStore(db, [&](const auto& database) { return qcore::DeleteSlate(*database, id, flags); });
 }

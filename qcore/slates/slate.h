@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -123,6 +124,8 @@ class Slate final : public OpenSlate {
   [[nodiscard]] ENGSTATUS SetText(std::string_view name, std::string_view text, std::size_t limit);
 
   [[nodiscard]] ENGSTATUS Update(std::uint16_t flags);
+  // Different slates of one database, all or none: ENG_ERR_ARGUMENT for others.
+  [[nodiscard]] static ENGSTATUS UpdateSeveral(std::span<Slate* const> slates, std::uint16_t flags);
   void RevertTo(std::uint64_t transaction) override;
   void CloseWithDatabase() override;
 
@@ -206,6 +209,12 @@ class Slate final : public OpenSlate {
     std::shared_ptr<Database> database;
     std::uint32_t object;
   };
+  // A slate with what its update writes, which it becomes when that is stored.
+  struct Pending {
+    Slate* slate;
+    SlateHeader header;
+    std::vector<Draft> drafts;
+  };
   static constexpr std::uint16_t kObjectType = 3;
 
   [[nodiscard]] static ENGSTATUS Publish(std::unique_ptr<Slate> slate, ENGHANDLE* handle);
@@ -231,6 +240,7 @@ class Slate final : public OpenSlate {
   void ReleaseValue(Item& item);
 
   bool WritesOnlyRow(std::uint16_t flags) const;
+  [[nodiscard]] static ENGSTATUS WriteAll(std::span<Pending> updates, std::uint16_t flags);
   [[nodiscard]] ENGSTATUS NoteOwnSave(const SlateHeader& header);
   [[nodiscard]] ENGSTATUS Write(std::uint16_t flags, SlateHeader* header, std::vector<Draft>* drafts);
   [[nodiscard]] ENGSTATUS CheckForced(SlateHeader* header, std::vector<Store::ValueId>* replaced);

@@ -46,21 +46,44 @@ ENGSTATUS Slate::Reference(std::optional<UNIVERSALSLATEID>* parent) {
 }
 
 ENGSTATUS Slate::Update(std::uint16_t flags) {
-  ENGSTATUS status = TakeForeignObjects();
-  if (status != ENG_OK) return status;
-  const std::lock_guard lock(database_->mutex());
-  status = CheckLostObjects();
-  if (status != ENG_OK) return status;
-  Change change(*database_);
-  status = change.Begin(WritesOnlyRow(flags) ? Change::Extent::kOneStatement : Change::Extent::kSeveral);
-  if (status != ENG_OK) return status;
-  SlateHeader header = header_;
-  std::vector<Draft> drafts;
-  status = Write(flags, &header, &drafts);
-  if (status == ENG_OK) status = NoteOwnSave(header);
+  Pending update{this, header_, {}};
+  return WriteAll({&update, 1}, flags);
+}
+
+ENGSTATUS Slate::UpdateSeveral(std::span<Slate* const> slates, std::uint16_t flags) {
+  std::vector<Pending> updates;
+  updates.reserve(slates.size());
+  for (Slate* slate : slates) {
+    const auto same = [slate](const Pending& other) { return other.slate == slate; };
+    if (slate->database_ != slates.front()->database_ || std::ranges::any_of(updates, same)) return ENG_ERR_ARGUMENT;
+    updates.push_back({slate, slate->header_, {}});
+  }
+  return WriteAll(updates, flags);
+}
+
+ENGSTATUS Slate::WriteAll(std::span<Pending> updates, std::uint16_t flags) {
+  for (const Pending& update : updates) {
+    const ENGSTATUS status = update.slate->TakeForeignObjects();
+    if (status != ENG_OK) return status;
+  }
+  Slate& first = *updates.front().slate;
+  const std::lock_guard lock(first.database_->mutex());
+  for (const Pending& update : updates) {
+    const ENGSTATUS status = update.slate->CheckLostObjects();
+    if (status != ENG_OK) return status;
+  }
+  Change change(*first.database_);
+  const bool one = updates.size() == 1 && first.WritesOnlyRow(flags);
+  ENGSTATUS status = change.Begin(one ? Change::Extent::kOneStatement : Change::Extent::kSeveral);
+  for (std::size_t i = 0; status == ENG_OK && i < updates.size(); ++i) {
+    Pending& update = updates[i];
+    status = update.slate->Write(flags, &update.header, &update.drafts);
+    if (status == ENG_OK) status = update.slate->NoteOwnSave(update.header);
+  }
   if (status == ENG_OK) status = change.Commit();
-  if (status == ENG_OK) Settle(header, drafts);
-  return status;
+  if (status != ENG_OK) return status;
+  for (const Pending& update : updates) update.slate->Settle(update.header, update.drafts);
+  return ENG_OK;
 }
 
 // What a user saves is not unread for that user.
