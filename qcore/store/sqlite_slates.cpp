@@ -51,6 +51,12 @@ std::uint32_t HeaderSum(const SlateHeader& header) {
   return Checksum(bytes, header.id);
 }
 
+// Below zero for half of the sums, so that nearly all take the same room in the row: SQLite writes a row that keeps its
+// length over the former one, in the pages that change.
+std::uint64_t SumColumn(const SlateHeader& header) {
+  return static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(HeaderSum(header))});
+}
+
 bool TakeHeader(const Use& row, SlateHeader* header) {
   const std::uint64_t state = row.Number(2);
   const Bytes universal = row.Blob(3);
@@ -71,7 +77,7 @@ bool TakeHeader(const Use& row, SlateHeader* header) {
     if (parent.size() != kUniversalSize) return false;
     header->parent = UnpackUniversal(parent);
   }
-  return row.Number(10) == HeaderSum(*header);
+  return static_cast<std::uint32_t>(row.Number(10)) == HeaderSum(*header);
 }
 
 // Parameters 1 to 9, the same in all statements that write a row.
@@ -181,7 +187,7 @@ ENGSTATUS SqliteStore::InsertSlate(SlateHeader* header, Bytes packed) {
   UniversalBytes parent;
   if (header->parent) parent = PackUniversal(header->parent->File, header->parent->Slate);
   header->parent ? use.Bind(12, Bytes(parent)) : use.BindNull(12);
-  use.Bind(13, HeaderSum(*header));
+  use.Bind(13, SumColumn(*header));
   const ENGSTATUS status = Finish(use);
   if (status != ENG_OK) return status;
   NoteChange(*header, Trace::kSlate);
@@ -215,7 +221,7 @@ ENGSTATUS SqliteStore::UpdateSlate(SlateHeader* header, Bytes packed, const Slat
       use.BindNull(13);
       use.BindNull(14);
     }
-    use.Bind(15, HeaderSum(*header));
+    use.Bind(15, SumColumn(*header));
     const ENGSTATUS status = Finish(use);
     if (status != ENG_OK) return status;
   }
@@ -262,7 +268,7 @@ ENGSTATUS SqliteStore::MakeDeletionStub(SlateHeader* header) {
   if (status != ENG_OK) return status;
   Use use = Start(Sql::kMakeDeletionStub);
   BindHeader(use, *header, counters_.feed);
-  use.Bind(8, HeaderSum(*header));
+  use.Bind(8, SumColumn(*header));
   const ENGSTATUS made = Finish(use);
   if (made == ENG_OK) NoteChange(*header, Trace::kSlate);
   return made;
