@@ -2,21 +2,23 @@
 #ifndef QUILLON_VQ_FORMS_FIELDACCESS_H
 #define QUILLON_VQ_FORMS_FIELDACCESS_H
 
+#include <optional>
+
 #include "vq/forms/fieldedit.h"
 
 template <typename Value, typename Read>
 Value VQFormField::Get(VQRTTYPE type, Read read) const {
   VQFormFieldBody* body = nullptr;
-  Value value{};
+  std::optional<Value> value;
   VQSTATUS status = Resolve(&body, type);
   if (status == VQ_OK) {
     status = body->WithField([&](const vq::FieldView& field) {
-      value = read(field);
+      value.emplace(read(field));
       return VQ_OK;
     });
   }
   vq::ThrowIfError(status);
-  return value;
+  return value ? *value : Value{};
 }
 
 template <typename Edit>

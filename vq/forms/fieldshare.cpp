@@ -130,6 +130,7 @@ VQSTATUS VQFormFieldBody::ReadFacts(Facts* facts) const {
   return WithField([&](const vq::FieldView& field) {
     facts->Name = field.Parts[vq::kFieldName];
     facts->Type = field.Fixed.DataType;
+    facts->Shared = (field.Fixed.Flags & FIELD_REFERENCE) != 0;
     facts->HasValue = !field.Parts[vq::kFieldValue].empty();
     facts->HasList = !field.Parts[vq::kFieldTextValue].empty();
     facts->Computed = vq::ComputeOptionOf(field.Fixed) != VQCOMPUTEOPTION_EDITABLE;
@@ -160,25 +161,28 @@ VQSTATUS VQFormFieldBody::Validate() {
   return status == VQ_OK ? design->Check(facts) : status;
 }
 
+// One look at the record tells most fields all.
 VQSTATUS VQFormFieldBody::PrepareSave(std::string* name, unsigned short* type) {
-  VQFormFieldBody* design = nullptr;
-  if (VQSTATUS status = Resolve(&design)) return status;
+  VQFormFieldBody* design = this;
   Facts facts;
-  VQSTATUS status = design->ReadFacts(&facts);
+  VQSTATUS status = ReadFacts(&facts);
+  if (status == VQ_OK && facts.Shared) {
+    *name = std::move(facts.Name);
+    status = Resolve(&design);
+    if (status == VQ_OK) status = design->ReadFacts(&facts);
+  }
   if (status == VQ_OK) status = design->Check(facts);
   if (status != VQ_OK) return status;
   *type = facts.Type;
-  if (design == this) {
-    *name = std::move(facts.Name);
-    return VQ_OK;
-  }
-  return ReadName(name);
+  if (design == this) *name = std::move(facts.Name);
+  return VQ_OK;
 }
 
-bool VQFormFieldBody::HasChangedDefinition() const {
-  return SharedField.IsOpen() && SharedField.GetSlateBody()->IsModified() != 0;
+VQSlateBody* VQFormFieldBody::GetChangedDefinition() const {
+  VQSlateBody* definition = SharedField.IsOpen() != 0 ? SharedField.GetSlateBody() : nullptr;
+  return definition != nullptr && definition->IsModified() != 0 ? definition : nullptr;
 }
 
-VQSTATUS VQFormFieldBody::SaveDefinition(unsigned short flags) {
-  return HasChangedDefinition() ? SharedField.GetSlateBody()->Save(flags) : VQ_OK;
+bool VQFormFieldBody::HasStaleDefinition() const {
+  return SharedField.IsOpen() != 0 && !SharedField.GetSlateBody()->IsCurrent();
 }

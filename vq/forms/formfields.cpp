@@ -114,17 +114,29 @@ bool IsAsListed(const VQSlateBody& slate, const VQRichTextBody* text, std::uint3
          text->IsInitialized() != 0 && structure == text->GetStructure();
 }
 
-// In its slate, or in the definition of a shared field there.
-bool IsChanged(const VQSubform& subform) {
-  if (subform.IsOpen() == 0 || subform.IsModified() != 0) return subform.IsOpen() != 0;
+// Whether the answer is yes for a field of an open subform.
+template <typename Ask>
+bool HasField(const VQSubform& subform, Ask ask) {
   VQRichTextBody* text = nullptr;
   if (vq::FindBodyText(subform.GetSlateBody(), &text) != VQ_OK || text->IsInitialized() == 0) return false;
   VQRTContainerBody* top = text->GetTop();
   for (VQRTObjectBody* field = top->FirstOfType(VQRTTYPE_FORM_FIELD); field != nullptr;
        field = top->NextOfType(field, VQRTTYPE_FORM_FIELD)) {
-    if (static_cast<VQFormFieldBody*>(field)->HasChangedDefinition()) return true;
+    if (ask(static_cast<const VQFormFieldBody&>(*field))) return true;
   }
   return false;
+}
+
+// In its slate, or in the definition of a shared field there.
+bool IsChanged(const VQSubform& subform) {
+  if (subform.IsOpen() == 0 || subform.IsModified() != 0) return subform.IsOpen() != 0;
+  return HasField(subform, [](const VQFormFieldBody& field) { return field.GetChangedDefinition() != nullptr; });
+}
+
+// Whether it is, with the definitions that were looked at, as it is stored.
+bool IsAsStored(const VQSubform& subform) {
+  return subform.IsOpen() != 0 && subform.GetSlateBody()->IsCurrent() &&
+         !HasField(subform, [](const VQFormFieldBody& field) { return field.HasStaleDefinition(); });
 }
 
 }  // namespace
@@ -136,12 +148,27 @@ VQSTATUS VQFormBody::GetFormBody(VQRichText* body) {
   return status;
 }
 
-// A save writes them one behind the other in the order of the fields, and their list last. Where all are as it does,
-// the slate keeps them for the next save of the same fields.
+// Where the list stands among the items, if it is as a save writes it, with as many items ahead of it.
+bool VQFormBody::FindFieldsItem(std::size_t names, unsigned long* index) const {
+  vq::ItemPlace list;
+  if (PlaceOf(kFields, &list) != VQ_OK || list.Type != TYPE_TEXT_LIST) return false;
+  std::uint16_t flags = 0;
+  ENGSTATUS result = EngItemQuery(GetHandle(), list.Item, nullptr, 0, nullptr, &flags, nullptr, nullptr, nullptr);
+  if (result != ENG_OK || flags != VQITEMFLAGS_SUMMARY) return false;
+  for (*index = ItemCount(); result == ENG_OK && (*index)-- > names;) {
+    BLOCKID item{};
+    result = EngSlateItemAt(GetHandle(), static_cast<std::uint32_t>(*index), &item);
+    if (result == ENG_OK && vq::SameBlock(item, list.Item)) return true;
+  }
+  return false;
+}
+
+// A save writes them one behind the other in the order of the fields, and their list behind them. Where all are as it
+// does, the slate keeps them for the next save of the same fields.
 bool VQFormBody::SetPlaceholdersAside(std::vector<std::string> names) {
-  const unsigned long count = ItemCount();
-  if (names.empty() || names.size() >= count) return false;
-  const unsigned long first = count - 1 - names.size();
+  unsigned long list = 0;
+  if (names.empty() || !FindFieldsItem(names.size(), &list)) return false;
+  const unsigned long first = list - names.size();
   std::vector<unsigned short> types;
   types.reserve(names.size());
   for (const std::string& name : names) {
@@ -149,16 +176,7 @@ bool VQFormBody::SetPlaceholdersAside(std::vector<std::string> names) {
     if (!IsOwnPlaceholder(GetHandle(), first + types.size(), name, &place)) return false;
     types.push_back(place.Type);
   }
-  vq::ItemPlace list;
-  std::uint16_t flags = 0;
-  if (PlaceOf(kFields, &list) != VQ_OK || list.Type != TYPE_TEXT_LIST) return false;
-  BLOCKID last{};
-  ENGSTATUS result = EngSlateItemAt(GetHandle(), static_cast<std::uint32_t>(count - 1), &last);
-  if (result == ENG_OK) {
-    result = EngItemQuery(GetHandle(), last, nullptr, 0, nullptr, &flags, nullptr, nullptr, nullptr);
-  }
-  if (result != ENG_OK || !vq::SameBlock(last, list.Item) || flags != VQITEMFLAGS_SUMMARY) return false;
-  if (TakeItemsAside(first, count - first) != VQ_OK) return false;
+  if (TakeItemsAside(first, names.size() + 1) != VQ_OK) return false;
   KeptNames = std::move(names);
   KeptTypes = std::move(types);
   return true;
@@ -203,7 +221,7 @@ VQSTATUS VQFormBody::AddSubformFields(VQRichTextBody* text, unsigned depth) {
     VQSubform subform;
     VQRichTextBody* inner = nullptr;
     const VQSTATUS found = vq::Caught([&]() -> VQSTATUS {
-      if (VQSTATUS status = vq::FindSubform(*place, &subform)) return status;
+      if (VQSTATUS status = FindInserted(*place, &subform)) return status;
       if (HasFieldsOf(subform.GetSlateID())) return VQWARN_NOT_FOUND;
       if (VQSTATUS status = OpenSubform(&subform)) return status;
       return vq::FindBodyText(subform.GetSlateBody(), &inner);
@@ -217,14 +235,30 @@ VQSTATUS VQFormBody::AddSubformFields(VQRichTextBody* text, unsigned depth) {
   return VQ_OK;
 }
 
-// As it was changed through a field of the list, if it was.
+// One that was changed through a field of the list is not let go of when somebody deletes or renames it, so that the
+// save tells.
+VQSTATUS VQFormBody::FindInserted(const VQRTObjectBody& place, VQSubform* subform) const {
+  const VQSTATUS found = vq::FindSubform(place, subform);
+  std::string name;
+  if (found != VQERR_NO_SUBFORM || vq::ReadSubformName(place, &name) != VQ_OK) return found;
+  for (const VQSubform& former : FormerSubforms) {
+    const std::vector<std::string> names =
+        former.IsOpen() != 0 ? former.GetSlateBody()->NamesInTitle() : std::vector<std::string>();
+    if (std::find(names.begin(), names.end(), name) == names.end() || !IsChanged(former)) continue;
+    *subform = former;
+    return VQ_OK;
+  }
+  return found;
+}
+
+// The one at hand, with what clients hold of it, when it was changed through a field of the list or is as stored.
 VQSTATUS VQFormBody::OpenSubform(VQSubform* subform) {
   const auto take = [=](const VQSubform& present) {
-    if (present.GetSlateID() != subform->GetSlateID() || !IsChanged(present)) return false;
+    if (present.GetSlateID() != subform->GetSlateID() || !(IsChanged(present) || IsAsStored(present))) return false;
     *subform = present;
     return true;
   };
-  for (const VQSubform& present : ChangedSubforms) {
+  for (const VQSubform& present : FormerSubforms) {
     if (take(present)) return VQ_OK;
   }
   for (const ListedSubform& present : Subforms) {
@@ -233,15 +267,18 @@ VQSTATUS VQFormBody::OpenSubform(VQSubform* subform) {
   return subform->CreateSlateBody(0, 0, 0);
 }
 
-// What was changed through the list and stands in other slates.
-VQSTATUS VQFormBody::SaveReferenced(unsigned short flags) {
+// What was changed through the list and stands in other slates, ready to be stored.
+VQSTATUS VQFormBody::PrepareReferenced(std::vector<VQSlateBody*>* slates) {
   for (const ListedSubform& subform : Subforms) {
-    if (subform.Slate.IsModified() == 0) continue;
-    if (VQSTATUS status = subform.Slate.GetSlateBody()->Save(flags)) return status;
+    if (subform.Slate.IsModified() != 0) slates->push_back(subform.Slate.GetSlateBody());
   }
   for (VQQuillonClass* each = FieldList.GetFirst(); each != nullptr; each = FieldList.GetNext(each)) {
-    auto* field = static_cast<VQFormFieldBody*>(static_cast<VQRTObjectBody*>(each));
-    if (VQSTATUS status = field->SaveDefinition(flags)) return status;
+    VQSlateBody* changed = static_cast<VQFormFieldBody*>(static_cast<VQRTObjectBody*>(each))->GetChangedDefinition();
+    const bool known = std::find(slates->begin(), slates->end(), changed) != slates->end();
+    if (changed != nullptr && !known) slates->push_back(changed);
+  }
+  for (VQSlateBody* slate : *slates) {
+    if (VQSTATUS status = slate->PrepareSave()) return status;
   }
   return VQ_OK;
 }
@@ -266,9 +303,7 @@ VQSTATUS VQFormBody::BuildFieldList() {
   VQSTATUS status = vq::FindOrMakeBodyText(this, &text);
   if (status == VQ_OK) status = text->Initialize();
   if (status != VQ_OK) return status;
-  for (const ListedSubform& subform : Subforms) {
-    if (IsChanged(subform.Slate)) ChangedSubforms.push_back(subform.Slate);
-  }
+  for (const ListedSubform& subform : Subforms) FormerSubforms.push_back(subform.Slate);
   ReleaseFieldList();
   ++ListGeneration;
   status = RemovePlaceholders();
@@ -278,7 +313,7 @@ VQSTATUS VQFormBody::BuildFieldList() {
     ReleaseFieldList();
     return status;
   }
-  ChangedSubforms.clear();
+  FormerSubforms.clear();
   FieldListBuilt = 1;
   ListText = text;
   ListStructure = text->GetStructure();
@@ -347,12 +382,13 @@ VQSTATUS VQFormBody::SaveFields() {
     if (VQSTATUS status = field->PrepareSave(&names.back(), &types.back())) return status;
     types.back() = PlaceholderType(types.back());
   }
-  const std::string value = vq::TextListValue(names);
-  if (names.size() > 0xFFFF || value.size() > 0xFFFF - 2) return VQERR_TEXT_TOO_LONG;
+  std::size_t size = 2 * (names.size() + 1);
+  for (const std::string& name : names) size += name.size();
+  if (size > 0xFFFF - 2) return VQERR_TEXT_TOO_LONG;
   // Those of an earlier save.
   VQSTATUS status = RemovePlaceholders();
   if (status == VQ_OK && RestorePlaceholders(names, types)) return VQ_OK;
   for (std::size_t i = 0; status == VQ_OK && i < names.size(); ++i) status = SavePlaceholder(names[i], types[i]);
   if (status != VQ_OK || names.empty()) return status;
-  return SaveValue(kFields, TYPE_TEXT_LIST, value, VQITEMFLAGS_SUMMARY);
+  return SaveValue(kFields, TYPE_TEXT_LIST, vq::TextListValue(names), VQITEMFLAGS_SUMMARY);
 }

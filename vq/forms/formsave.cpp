@@ -47,9 +47,11 @@ VQSTATUS Encode(const Record& record, unsigned short code, std::string* bytes) {
 
 VQSTATUS VQFormBody::Save(unsigned short flags) {
   if (FormOpen == 0) return VQSlateBody::Save(flags);
+  std::vector<VQSlateBody*> slates;
   VQSTATUS status = SaveDesign();
-  if (status == VQ_OK) status = vq::Caught([&] { return SaveReferenced(flags); });
-  if (status == VQ_OK) status = VQSlateBody::Save(flags);
+  if (status == VQ_OK) status = vq::Caught([&] { return PrepareReferenced(&slates); });
+  slates.push_back(this);
+  if (status == VQ_OK) status = SaveTogether(slates, flags);
   if (!VQIsError(status)) IsNew = 0;
   return status;
 }

@@ -336,9 +336,10 @@ class VQ_API VQFormFieldBody : public VQRTElementBody {
   const VQDatabaseBody* GetSharedDatabase() const {
     return SharedField.IsNull() ? nullptr : SharedField.GetDatabaseBody();
   }
-  bool HasChangedDefinition() const;
-  // Stores a definition that was changed through this field.
-  [[nodiscard]] VQSTATUS SaveDefinition(unsigned short flags);
+  // The definition that was changed through this field; null for none.
+  VQSlateBody* GetChangedDefinition() const;
+  // Whether somebody else has stored the definition since it was opened here.
+  bool HasStaleDefinition() const;
   // The records of another field, as one that is not shared.
   [[nodiscard]] VQSTATUS TakeDesign(const VQFormFieldBody& source);
   // Null when there is none.
@@ -349,6 +350,7 @@ class VQ_API VQFormFieldBody : public VQRTElementBody {
   struct Facts {
     std::string Name;
     unsigned short Type = 0;
+    bool Shared = false;
     bool HasValue = false;
     bool HasList = false;
     bool Computed = false;

@@ -116,7 +116,7 @@ void VQFormBody::ReleaseDesign() {
 
 VQSTATUS VQFormBody::Close() {
   FormOpen = 0;
-  ChangedSubforms.clear();
+  FormerSubforms.clear();
   ReleaseDesign();
   return VQSlateBody::Close();
 }

@@ -13,6 +13,7 @@
 #ifndef QUILLON_VQ_FORMS_VQFORMB_H
 #define QUILLON_VQ_FORMS_VQFORMB_H
 
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -111,8 +112,10 @@ class VQ_API VQForm : public VQSlate {
   VQSTATUS ValidateSlateType(const VQSlate& other) const override;
   VQSTATUS ValidateSlateType(const VQSlateBody* body) const override;
   VQSTATUS ValidateSlateType(unsigned long type) const override;
-  // VQERR_FORM_NAME_REQUIRED, or the first field's status that fails its Validate. After a failure nothing is stored:
-  // what was written stays in the open slate, and what was not stays to be written.
+  // VQERR_FORM_NAME_REQUIRED, or the first field's status that fails its Validate. Stores the form with all that was
+  // changed through its fields in subforms and shared definitions; after a failure (another's save or deletion of one
+  // of them too) nothing is stored: what was written stays in the open slates, and what was not stays to be written.
+  // Handles on fields of a subform go when somebody else has stored it.
   VQSTATUS Save(unsigned short flags = 0);
 
   // Name and alias. A name that is split at "|" or ";" sets both; an alias so split is several. VQERR_NULL_STRING for
@@ -310,7 +313,7 @@ class VQ_API VQFormBody : public VQSlateBody {
   [[nodiscard]] VQSTATUS GetFormBody(VQRichText* body);
   // Makes the list of fields when it is needed and not made, or when the rich text was changed since.
   [[nodiscard]] VQSTATUS BuildFieldList();
-  VQObjectList& GetFieldList() { return FieldList; }
+  const VQObjectList& GetFieldList() const { return FieldList; }
   // Another number with each list.
   unsigned long GetListGeneration() const { return ListGeneration; }
   // VQWARN_NOT_FOUND.
@@ -344,18 +347,26 @@ class VQ_API VQFormBody : public VQSlateBody {
     std::uint32_t Structure;
   };
 
-  // Takes its elements away without touching the fields.
+  // Takes its elements away without touching the fields. They are its own, together: a form has many.
   class FieldElements : public VQObjectList {
    public:
     explicit FieldElements(VQFormBody* form) : Form(form) {}
+    ~FieldElements() override { RemoveAll(); }
     VQFormBody* GetForm() const { return Form; }
-    // From the last to the first.
+    VQSTATUS AddObject(VQQuillonClass* object) override {
+      if (VQSTATUS status = CheckObject(object)) return status;
+      AddElement(&Elements.emplace_back(object));
+      return VQ_OK;
+    }
     void RemoveAll() {
-      while (Last != nullptr) DeleteElement(Last);
+      First = Last = nullptr;
+      Count = 0;
+      while (!Elements.empty()) Elements.pop_back();
     }
 
    private:
     VQFormBody* Form;
+    std::deque<VQElement> Elements;
   };
 
   [[nodiscard]] VQSTATUS CheckFree(const std::vector<std::string>& names);
@@ -400,12 +411,14 @@ class VQ_API VQFormBody : public VQSlateBody {
   [[nodiscard]] VQSTATUS SaveFields();
   [[nodiscard]] VQSTATUS SavePlaceholder(const std::string& name, unsigned short type);
   [[nodiscard]] VQSTATUS RemovePlaceholders();
+  bool FindFieldsItem(std::size_t names, unsigned long* index) const;
   bool SetPlaceholdersAside(std::vector<std::string> names);
   bool RestorePlaceholders(const std::vector<std::string>& names, const std::vector<unsigned short>& types);
   [[nodiscard]] VQSTATUS AddFields(VQRichTextBody* text);
   [[nodiscard]] VQSTATUS AddSubformFields(VQRichTextBody* text, unsigned depth);
   [[nodiscard]] VQSTATUS OpenSubform(VQSubform* subform);
-  [[nodiscard]] VQSTATUS SaveReferenced(unsigned short flags);
+  [[nodiscard]] VQSTATUS FindInserted(const VQRTObjectBody& place, VQSubform* subform) const;
+  [[nodiscard]] VQSTATUS PrepareReferenced(std::vector<VQSlateBody*>* slates);
   bool HasFieldsOf(unsigned long subform) const;
   bool IsListValid() const;
 
@@ -459,8 +472,8 @@ class VQ_API VQFormBody : public VQSlateBody {
   Surroundings InfoAround;
   Surroundings AutoLaunchAround;
   std::vector<ListedSubform> Subforms;
-  std::vector<VQSubform> ChangedSubforms;  // of the list that is made anew
-  bool HasSubforms;                        // or had places for some when the list was made
+  std::vector<VQSubform> FormerSubforms;  // of the list that is made anew
+  bool HasSubforms;                       // or had places for some when the list was made
   unsigned long ListGeneration;
   // The placeholders that the slate keeps aside.
   std::vector<std::string> KeptNames;

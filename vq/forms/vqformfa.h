@@ -20,7 +20,7 @@ class VQ_API VQFormFieldArrayBody : public VQBody {
   VQFormFieldBody* Next(VQFormFieldBody* field) const;
 
   VQForm Form;
-  VQObjectList* FieldList;  // the form's
+  const VQObjectList* FieldList;  // the form's
   VQRTTYPE Type;
   // Where the last search ended, so that a walk by index is one walk of the list.
   mutable VQFormFieldBody* LastField;

@@ -94,16 +94,20 @@ VQSTATUS VQSharedFieldBody::SaveTitle(const std::string& name) {
 }
 
 // The field may have been renamed since.
-VQSTATUS VQSharedFieldBody::Save(unsigned short flags) {
+VQSTATUS VQSharedFieldBody::PrepareSave() {
   VQFormFieldBody* field = nullptr;
   std::string name;
   VQSTATUS status = IsOpen() ? FindField(&field) : VQWARN_NOT_FOUND;
+  if (status == VQWARN_NOT_FOUND) return VQ_OK;
   if (status == VQ_OK) status = field->ReadName(&name);
-  if (status == VQ_OK && TextOf("$TITLE") != name) {
-    status = vq::CheckNamesAreFree(GetDatabaseBody(), VQSLATECLASS_FIELD, GetID(), {name}, VQERR_SHARED_FIELD_EXISTS);
-    if (status == VQ_OK) status = SaveTitle(name);
-  }
-  return VQIsError(status) ? status : VQSlateBody::Save(flags);
+  if (status != VQ_OK || TextOf("$TITLE") == name) return status;
+  status = vq::CheckNamesAreFree(GetDatabaseBody(), VQSLATECLASS_FIELD, GetID(), {name}, VQERR_SHARED_FIELD_EXISTS);
+  return status == VQ_OK ? SaveTitle(name) : status;
+}
+
+VQSTATUS VQSharedFieldBody::Save(unsigned short flags) {
+  const VQSTATUS status = PrepareSave();
+  return status == VQ_OK ? VQSlateBody::Save(flags) : status;
 }
 
 VQCLASSID VQSharedFieldArray::GetClassID() const { return VQCLASSID_VQSHAREDFIELDARRAY; }

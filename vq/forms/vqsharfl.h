@@ -41,6 +41,7 @@ class VQ_API VQSharedFieldBody : public VQSlateBody {
   VQSharedFieldBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle);
   VQCLASSID GetClassID() const override;
   VQSTATUS Save(unsigned short flags) override;
+  VQSTATUS PrepareSave() override;
 
   // VQWARN_NOT_FOUND.
   [[nodiscard]] VQSTATUS FindField(VQFormFieldBody** field);

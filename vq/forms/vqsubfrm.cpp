@@ -98,9 +98,13 @@ VQSTATUS VQSubformBody::SetName(const VQString& name) {
   return CreateItem("$TITLE", TYPE_TEXT_LIST, value.data(), value.size(), kTitleFlags, VQITEMOPTION_REPLACE, nullptr);
 }
 
+VQSTATUS VQSubformBody::PrepareSave() {
+  return IsOpen() && NamesInTitle().empty() ? VQERR_SUBFORM_NAME_REQUIRED : VQ_OK;
+}
+
 VQSTATUS VQSubformBody::Save(unsigned short flags) {
-  if (IsOpen() && NamesInTitle().empty()) return VQERR_SUBFORM_NAME_REQUIRED;
-  return VQSlateBody::Save(flags);
+  const VQSTATUS status = PrepareSave();
+  return status == VQ_OK ? VQSlateBody::Save(flags) : status;
 }
 
 VQCLASSID VQSubformArray::GetClassID() const { return VQCLASSID_VQSUBFORMARRAY; }

@@ -41,6 +41,7 @@ class VQ_API VQSubformBody : public VQSlateBody {
   VQCLASSID GetClassID() const override;
   // A subform without a name gives VQERR_SUBFORM_NAME_REQUIRED.
   VQSTATUS Save(unsigned short flags) override;
+  VQSTATUS PrepareSave() override;
   VQSTATUS AdmitObjects(VQRichTextBody& text, const VQRTObjectBody& incoming, const VQSlateBody* from) override;
 
   [[nodiscard]] VQSTATUS SetName(const VQString& name);

@@ -11,6 +11,7 @@
 
 #include <map>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -270,6 +271,13 @@ class VQ_API VQSlateBody : public VQBody {
   virtual VQSTATUS AdmitObjects(VQRichTextBody& text, const VQRTObjectBody& incoming, const VQSlateBody* from);
   // Before a copy is taken: puts what a derived body keeps beside the items into them. Nothing is stored.
   virtual VQSTATUS FlushDesign();
+  // Before the slate is saved with others: checks, and puts into the items, what a derived body's Save does.
+  virtual VQSTATUS PrepareSave();
+  // Stores slates of one database, all or none, as they stand. After a failure each has its changes still, to be saved
+  // again.
+  [[nodiscard]] static VQSTATUS SaveTogether(std::span<VQSlateBody* const> slates, unsigned short flags);
+  // Whether the stored slate is the one that was opened or saved here.
+  bool IsCurrent() const;
   void SetTable(VQIDTable* table);
   VQIDTable* GetTable() const { return Table; }
 
@@ -387,7 +395,9 @@ class VQ_API VQSlateBody : public VQBody {
   bool MayShow() const;
   VQSTATUS SettleShown();
   VQSTATUS PrepareItems();
-  VQSTATUS Write(unsigned short flags);
+  VQSTATUS TakeLostChange();
+  VQSTATUS WriteOutItems();
+  VQSTATUS FinishSave();
   std::vector<const VQItemBody*> DirtyItems() const;
   void MarkDirty(const std::vector<const VQItemBody*>& items);
 

@@ -8,6 +8,20 @@
 #include "vq/store/vqidtab.h"
 #include "vq/store/vqslate.h"
 
+namespace {
+
+VQSTATUS UpdateAll(std::span<VQSlateBody* const> slates, unsigned short flags) {
+  const VQDatabaseBody& database = *slates.front()->GetDatabaseBody();
+  if (!database.IsOpen()) return VQERR_DATABASE_NOT_OPEN;
+  const auto all_flags = static_cast<std::uint16_t>(flags | database.GetUpdateFlags());
+  std::vector<ENGHANDLE> handles;
+  for (const VQSlateBody* slate : slates) handles.push_back(slate->GetHandle());
+  const auto count = static_cast<std::uint32_t>(handles.size());
+  return vq::FromEngine(EngSlateUpdateSeveral(handles.data(), count, all_flags));
+}
+
+}  // namespace
+
 VQSlateBody::VQSlateBody(VQDatabaseBody* database, unsigned long type, ENGHANDLE handle)
     : VQBody(database->GetSession()),
       AttachmentCount(0),
@@ -161,26 +175,58 @@ int VQSlateBody::IsModified() {
   return modified != 0;
 }
 
+VQSTATUS VQSlateBody::PrepareSave() { return VQ_OK; }
+
 VQSTATUS VQSlateBody::Save(unsigned short flags) {
-  if (SlateHandle == 0) return VQERR_SLATE_NOT_OPEN;
-  if (VQIsError(LostChange)) {
-    const VQSTATUS lost = LostChange;
-    LostChange = VQ_OK;
-    return lost;
+  VQSlateBody* const slates[] = {this};
+  return SaveTogether(slates, flags);
+}
+
+VQSTATUS VQSlateBody::SaveTogether(std::span<VQSlateBody* const> slates, unsigned short flags) {
+  for (VQSlateBody* slate : slates) {
+    if (VQSTATUS status = slate->TakeLostChange()) return status;
   }
-  const std::vector<const VQItemBody*> dirty = DirtyItems();
-  VQSTATUS status = FlushItems();
-  if (status == VQ_OK) status = PrepareItems();
-  if (status == VQ_OK) status = Write(flags | Database->GetUpdateFlags());
+  std::vector<std::vector<const VQItemBody*>> dirty;
+  for (const VQSlateBody* slate : slates) dirty.push_back(slate->DirtyItems());
+  VQSTATUS status = VQ_OK;
+  for (std::size_t i = 0; status == VQ_OK && i < slates.size(); ++i) status = slates[i]->WriteOutItems();
+  if (status == VQ_OK) status = UpdateAll(slates, flags);
   if (status != VQ_OK) {
-    MarkDirty(dirty);
+    for (std::size_t i = 0; i < slates.size(); ++i) slates[i]->MarkDirty(dirty[i]);
     return status;
   }
+  for (VQSlateBody* slate : slates) {
+    const VQSTATUS finished = slate->FinishSave();
+    if (status == VQ_OK) status = finished;
+  }
+  return status;
+}
+
+VQSTATUS VQSlateBody::TakeLostChange() {
+  if (SlateHandle == 0) return VQERR_SLATE_NOT_OPEN;
+  return VQIsError(LostChange) ? std::exchange(LostChange, VQ_OK) : VQ_OK;
+}
+
+VQSTATUS VQSlateBody::WriteOutItems() {
+  const VQSTATUS status = FlushItems();
+  return status == VQ_OK ? PrepareItems() : status;
+}
+
+VQSTATUS VQSlateBody::FinishSave() {
   DeleteOnClose = 0;
   Dirty = 0;
-  status = ReadHeader();
+  const VQSTATUS status = ReadHeader();
   const VQSTATUS bound = RebindItems();
   return status == VQ_OK ? bound : status;
+}
+
+bool VQSlateBody::IsCurrent() const {
+  ORIGINATORID stored{};
+  if (SlateHandle == 0 || !Database->IsOpen()) return false;
+  const ENGSTATUS result = EngSlateGetInfo(Database->GetHandle(), SlateID, &stored, nullptr, nullptr);
+  return result == ENG_OK && stored.Sequence == Originator.Sequence &&
+         stored.SequenceTime.TimeWord == Originator.SequenceTime.TimeWord &&
+         stored.SequenceTime.DateWord == Originator.SequenceTime.DateWord;
 }
 
 std::vector<const VQItemBody*> VQSlateBody::DirtyItems() const {
@@ -199,11 +245,6 @@ void VQSlateBody::MarkDirty(const std::vector<const VQItemBody*>& items) {
     auto* item = static_cast<VQItemBody*>(e->Object);
     if (std::binary_search(items.begin(), items.end(), item)) item->SetDirty(1);
   }
-}
-
-VQSTATUS VQSlateBody::Write(unsigned short flags) {
-  if (!Database->IsOpen()) return VQERR_DATABASE_NOT_OPEN;
-  return vq::FromEngine(EngSlateUpdate(SlateHandle, flags));
 }
 
 ENGHANDLE VQSlateBody::Detach() {
