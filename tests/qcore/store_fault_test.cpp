@@ -95,6 +95,26 @@ TEST_F(Faults, AFullDiskEndsATransaction) {
   EXPECT_EQ(EngSlateClose(slate), ENG_OK);
 }
 
+// A large row whose items keep their sizes takes few pages of the log: that where it begins, and the end of the feed.
+TEST_F(Faults, ARowThatKeepsItsLengthIsWrittenOver) {
+  std::vector<std::pair<std::string, std::string>> items;
+  for (int i = 0; i < 300; ++i) items.emplace_back("Item" + std::to_string(i), "a text of some length");
+  const std::uint32_t id = Make(items);
+  int writes = 0;
+  constexpr int kSaves = 32;
+  for (int save = 0; save < kSaves; ++save) {
+    const ENGHANDLE slate = OpenSlate(id);
+    ASSERT_EQ(EngItemTouch(slate, qtest::Find(slate, "Item0")), ENG_OK);
+    FaultVfs::hook = [&](Operation operation, FileKind kind) {
+      writes += operation == Operation::kWrite && kind == FileKind::kLog ? 1 : 0;
+      return SQLITE_OK;
+    };
+    SaveAndClose(slate);
+    FaultVfs::hook = nullptr;
+  }
+  EXPECT_LT(writes, 6 * kSaves);
+}
+
 // A checkpoint writes to the store itself. While it does, no connection may start to write, since that could restart
 // the log under it.
 TEST_F(Faults, NobodyWritesDuringACheckpoint) {

@@ -125,7 +125,9 @@ class Database : public Engine {
   }
   // With the database closed: makes it what an earlier version of the schema was, or version 3 with its former index.
   void MakeVersion(int version) const {
-    Execute("DROP INDEX slate_design;CREATE INDEX slate_design ON slate(state,here) WHERE state&65535<>1;");
+    Execute(
+        "DROP INDEX slate_design;CREATE INDEX slate_design ON slate(state,here) WHERE state&65535<>1;"
+        "UPDATE slate SET sum=sum&4294967295");
     if (version > 2) return;
     Execute(
         "DROP TABLE change;DELETE FROM setting WHERE key=8;CREATE INDEX slate_feed ON slate(feed,here,state);"
