@@ -25,8 +25,8 @@ ENG_API ENGSTATUS EngSlateRenderAppend(ENGHANDLE target, uint16_t style, uint32_
 // and formats, the value of the item. Subforms are those of the form's database. Fields for display, and computed
 // ones that have no item, show what their formulas give for the document, which stays as it is. A form of 0 lists
 // the document's items. Links of form, subforms and document come along as long as their slates have the same link
-// table, or only one has a table; others are left out, their text stays. ENG_ERR_RECORD_DAMAGED for records that
-// lead out of their items; the status of a formula that fails.
+// table; others are left out, their text stays. Those of a slate without a table lead nowhere.
+// ENG_ERR_RECORD_DAMAGED for records that lead out of their items; the status of a formula that fails.
 ENG_API ENGSTATUS EngSlateRenderToItem(ENGHANDLE target, ENGHANDLE form, ENGHANDLE slate);
 ENG_API ENGSTATUS EngSlateRenderFinish(ENGHANDLE target, uint32_t reserved1, uint32_t reserved2, uint32_t reserved3,
                                        uint32_t reserved4);

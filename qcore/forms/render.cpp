@@ -214,6 +214,26 @@ bool Opens(std::uint16_t signature, Bytes record, bool* twice) {
   return !second && std::ranges::find(kTypes, type) != std::end(kTypes);
 }
 
+void LoseLink(std::vector<std::uint8_t>& record, std::size_t at) {
+  constexpr std::uint16_t kNowhere = 0xFFFF;
+  if (at + 2 <= record.size()) StoreLittle(record.data() + at, kNowhere);
+}
+
+// A hotspot that leads somewhere by its own record: there is no link before its end.
+bool LeadsByItself(Bytes record, Bytes behind) {
+  constexpr std::uint16_t kLink = 11;
+  constexpr std::uint32_t kAddress = 0x10000000;
+  if (record.size() < 10 || LoadLittle<std::uint16_t>(record.data() + 4) != kLink) return false;
+  if (LoadLittle<std::uint32_t>(record.data() + 6) & kAddress) return false;
+  for (std::size_t at = 0; at < behind.size();) {
+    const auto header = text::RecordAt({behind.data() + at, behind.size() - at});
+    if (!header || header->signature == kHotspotEnd || header->signature == kHotspotEndOld) return true;
+    if (header->signature == kLinkA || header->signature == kLinkB) return false;
+    at += header->length + (header->length & 1);
+  }
+  return true;
+}
+
 }  // namespace
 
 ENGSTATUS RenderTarget::AppendRecords(Bytes records, Source& source, Reading* reading) {
@@ -242,6 +262,10 @@ ENGSTATUS RenderTarget::AppendRecords(Bytes records, Source& source, Reading* re
       status = AppendSubform(subform, source, *reading);
     } else if (reading && (signature == kField || signature == kOldField)) {
       status = AppendField(bytes, source, *reading);
+    } else if (hotspot && LeadsByItself(bytes, records.subspan(at)) && !(source.has_links && source.has_table)) {
+      std::vector<std::uint8_t> record(bytes.begin(), bytes.end());
+      LoseLink(record, 12);
+      AddRecord(record);
     } else if (!reading || signature != kFieldExtension) {
       status = AppendRecord(signature, bytes, source);
     }
@@ -276,6 +300,7 @@ ENGSTATUS RenderTarget::AppendRecord(std::uint16_t signature, Bytes bytes, Sourc
     case kLinkA:
     case kLinkB:
       if (!source.has_links) return ENG_OK;
+      if (!source.has_table) LoseLink(record, 4);
       break;
     case kHotspot:
     case kHotspotV4:
@@ -397,7 +422,8 @@ ENGSTATUS RenderTarget::ReadLinks(Slate& target, Slate& from, Source* source) {
   ENGSTATUS status = read(from, kLinks, &theirs);
   if (status == ENG_OK && theirs.empty()) status = read(from, kFormLinks, &theirs);
   if (status == ENG_OK) status = read(target, kLinks, &present);
-  source->has_links = present.empty() || theirs == present;
+  source->has_table = !theirs.empty();
+  source->has_links = present.empty() || !source->has_table || theirs == present;
   if (status != ENG_OK || !present.empty()) return status;
   for (const std::vector<std::uint8_t>& part : theirs) {
     Slate::Slot made = 0;

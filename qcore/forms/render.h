@@ -50,7 +50,8 @@ class RenderTarget {
     std::map<std::uint16_t, std::uint16_t> paragraphs;
     std::map<std::uint8_t, std::uint8_t> faces;
     std::map<std::string, std::string> files;  // attachments that its records show
-    bool has_links = false;                    // its links lead where they did
+    bool has_links = false;                    // those of others are left out
+    bool has_table = false;                    // without one its links lead nowhere
     bool twice = false;                        // among the hotspots below the last begin was an older button's
     unsigned inside = 0;  // hotspots open in that of a subform, whose content stands for it where there is none
   };

@@ -7,6 +7,7 @@
 #include <new>
 
 #include "engine/engine.h"
+#include "tests/seam/seam.h"
 #include "vq/vq.h"
 
 namespace {
@@ -25,6 +26,17 @@ void* Allocate(std::size_t size, void* (*allocator)(std::size_t)) noexcept {
 }
 
 }  // namespace
+
+namespace seam {
+
+void ArmMemory(unsigned long n) {
+  gAllocations = 0;
+  gFailAt = n;
+}
+
+bool MemoryFailed() { return gFailAt != 0 && gAllocations >= gFailAt; }
+
+}  // namespace seam
 
 // The library's memory comes this way, the test's own does not.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size, ::operator new); }

@@ -1,4 +1,5 @@
-// The fault switch of the wrapped engine operations: counts calls and fails one of them.
+// The fault switches: of the wrapped engine operations, and of the library's own allocations. Each counts, and fails
+// one.
 #ifndef QUILLON_TESTS_SEAM_SEAM_H
 #define QUILLON_TESTS_SEAM_SEAM_H
 
@@ -16,6 +17,10 @@ unsigned long Calls();
 const char* Failed();
 
 bool Fails(const char* operation);
+
+// The same for the library's memory.
+void ArmMemory(unsigned long n);
+bool MemoryFailed();
 
 }  // namespace seam
 

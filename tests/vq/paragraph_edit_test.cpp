@@ -337,6 +337,46 @@ TEST_F(Paragraphs, NumbersBelowAreUsedWhenTheHighestIsTaken) {
   EXPECT_EQ(Shape(target), "D3R3[ab]PR3[cd]PD4R4[z]D1H1D2F1/2[s]");
 }
 
+// The first paragraph of what comes needs a number too.
+TEST_F(Paragraphs, ATextWithAllNumbersComesWholeOrNotAtAll) {
+  std::string records = Text("a");
+  for (int number = 1; number < 0xFFFF; ++number) records += Paragraph() + Reference(number);
+  for (const bool all : {false, true}) {
+    VQRichText target = RichText(Text(""));
+    VQRTCursor cursor = At(target, 0);
+    if (all) records += Paragraph() + Reference(0xFFFF);
+    ASSERT_EQ(target.Insert(RichText(records), &cursor), all ? VQERR_OUT_OF_RANGE : VQ_OK);
+    EXPECT_EQ(target.GetRichTextBody()->GetTop()->GetChildCount(), all ? 1u : 1u + 1u + 2u * 0xFFFE);
+    EXPECT_EQ(target.Insert("b", &cursor), VQ_OK);
+  }
+}
+
+TEST_F(Paragraphs, ADamagedRunLeavesTheRunsBeforeIt) {
+  const std::string records = Reference(1) + Text("ab") + Paragraph() + Reference(1) + Text("cd") + Text("ef");
+  VQRichText text = RichText(records);
+  VQRTCursor start = At(text, 1), end;
+  ASSERT_EQ(text.GetEndCursor(&end), VQ_OK);
+  VQRTObject damaged;
+  ASSERT_EQ(text.FindLast(VQRTTYPE_STYLIZED_TEXT, &damaged), VQ_OK);
+  ASSERT_EQ(damaged.GetRTObjectBody()->GetPrevious()->WriteRecord(2, "\x40", 1), VQ_OK);
+  std::string before;
+  const auto shape = [&] {
+    std::string all;
+    VQRTContainerBody& top = *text.GetRichTextBody()->GetTop();
+    for (VQRTObjectBody* run = top.FirstOfType(VQRTTYPE_STYLIZED_TEXT); run; run = run->GetNext()) {
+      const vq::RecordBytes bytes(*run);
+      all.append(bytes.Get(), bytes.Get() + bytes.GetSize());
+    }
+    return all;
+  };
+  before = shape();
+  VQFontStyle font;
+  ASSERT_EQ(font.SetFontID(0x0C008101, 0xFFFFFFFFUL), VQ_OK);
+  EXPECT_EQ(text.SetFontStyle(start, end, font), VQERR_RT_INVALID);
+  EXPECT_EQ(shape(), before);
+  EXPECT_EQ(start, At(text, 1));
+}
+
 TEST_F(Paragraphs, StylesInTextsThatAreFullOrDamaged) {
   const std::string damaged = Record(SIG_CD_PABDEFINITION, Bytes({5, 0})) +
                               Record(SIG_CD_STYLENAME, Bytes({0, 0, 0, 0, 5, 0})) + Reference(5) + Text("z");

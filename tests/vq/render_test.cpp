@@ -45,6 +45,7 @@ std::string Inserted(const std::string& name, const std::string& inside = Text("
          HotspotEnd();
 }
 std::string Link() { return Record(SIG_CD_LINK_A, Word(0)); }
+std::string LinkHotspot() { return Record(SIG_CD_HOTSPOTBEGIN, Word(11) + Bytes({0, 0, 0, 0}) + Word(2) + Word(0)); }
 
 class Rendered : public StoreFixture {
  protected:
@@ -59,7 +60,7 @@ class Rendered : public StoreFixture {
   }
   struct Outcome {
     std::string text, table;
-    std::size_t links = 0;
+    std::size_t links = 0, lead = 0;  // of them so many somewhere
   };
   Outcome RenderedBy(const VQSlate& form, const VQDocument& document) {
     Outcome outcome;
@@ -78,9 +79,15 @@ class Rendered : public StoreFixture {
     EXPECT_EQ(rendered.GetItem("R", &text), VQ_OK);
     EXPECT_EQ(text.GetText(&words), VQ_OK);
     outcome.text = TextOf(words);
-    VQRTObject link;
-    for (VQSTATUS status = text.FindFirst(VQRTTYPE_LINK, &link); status == VQ_OK; ++outcome.links) {
-      status = text.FindNext(VQRTObject(link), VQRTTYPE_LINK, &link);
+    for (const VQRTTYPE type : {VQRTTYPE_LINK, VQRTTYPE_LINK_HOTSPOT}) {
+      VQRTObject link;
+      for (VQSTATUS status = text.FindFirst(type, &link); status == VQ_OK; ++outcome.links) {
+        unsigned char position[2] = {};
+        const std::uint32_t offset = type == VQRTTYPE_LINK ? 4 : 12;
+        EXPECT_EQ(link.GetRTObjectBody()->ReadRecord(offset, position, sizeof position), VQ_OK);
+        outcome.lead += position[0] + position[1] == 0;
+        status = text.FindNext(VQRTObject(link), type, &link);
+      }
     }
     if (rendered.GetItem("$Links", &table) == VQ_OK) outcome.table = Written(table);
     return outcome;
@@ -240,20 +247,20 @@ TEST_F(Rendered, FormulasOfFieldsAreRun) {
   EXPECT_EQ(TextAfter([&](VQRichText& text) { return text.AppendRenderedDocument(document, form); }), "c");
 }
 
-// A link leads where it did, or is not there.
+// A link leads where it did, without a table nowhere, or is not there.
 TEST_F(Rendered, LinksComeWithTheirTable) {
   const struct {
     const char* title;
     std::string form_table, document_table, table;
-    std::size_t links;
+    std::size_t links, lead;
   } rows[] = {
-      {"none", "", "", "", 2},        {"the form's", "f", "", "f", 2}, {"the document's", "", "d", "d", 1},
-      {"the same", "s", "s", "s", 2}, {"two", "f", "d", "d", 1},
+      {"none", "", "", "", 3, 0},        {"the form's", "f", "", "f", 3, 1}, {"the document's", "", "d", "d", 3, 2},
+      {"the same", "s", "s", "s", 3, 3}, {"two", "f", "d", "d", 2, 2},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.title);
     VQDocument document = NewDocument("s");
-    const std::string value = Text("v") + Link();
+    const std::string value = Text("v") + Link() + LinkHotspot() + Text("w") + HotspotEnd();
     ASSERT_EQ(document.CreateItem("Body", TYPE_COMPOSITE, value.data(), value.size()), VQ_OK);
     VQSlate form = NewForm("F", Text("f") + Link() + Field("Body"));
     const auto put = [](VQSlate& slate, const char* name, const std::string& table) {
@@ -268,7 +275,8 @@ TEST_F(Rendered, LinksComeWithTheirTable) {
     const auto rendered = RenderedBy(form, document);
     EXPECT_EQ(rendered.table, row.table.empty() ? "" : Unknown(row.table));
     EXPECT_EQ(rendered.links, row.links);
-    EXPECT_EQ(rendered.text, "fv");
+    EXPECT_EQ(rendered.lead, row.lead);
+    EXPECT_EQ(rendered.text, "fvw");
   }
 }
 

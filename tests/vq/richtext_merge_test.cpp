@@ -140,6 +140,27 @@ TEST_F(Merge, LinksComeWithTheirTable) {
   }
 }
 
+// Neither those that come come to lead into a table that is there, nor those that are there into one that comes.
+TEST_F(Merge, LinksWithoutATableLeadNowhere) {
+  const std::string ours = Unknown("ours"), plain = Reference(1) + Text("plain");
+  for (const auto way : {AsItem, AsText, AsPart, AsObject}) {
+    VQDocument from = Document("", kLinked), to = Document(ours, plain);
+    VQRichText source;
+    ASSERT_EQ(from.GetItem("Body", &source), VQ_OK);
+    ASSERT_EQ(way(source, to), VQ_OK);
+    EXPECT_EQ(ValueOf(to, "$Links"), ours);
+    EXPECT_EQ(PositionIn(ValueOf(to, "Copy") + ValueOf(to, "Body")), 0xFFFF);
+    VQDocument bare = Document("", kLinked), full = Document(ours, kLinked);
+    if (way == AsItem) continue;
+    ASSERT_EQ(full.GetItem("Body", &source), VQ_OK);
+    ASSERT_EQ(way(source, bare), VQ_OK);
+    const std::string body = ValueOf(bare, "Body");
+    EXPECT_EQ(PositionIn(body), 0xFFFF);
+    EXPECT_EQ(PositionIn(body.substr(body.find("to") + 2)), 0);
+    EXPECT_EQ(ValueOf(bare, "$Links"), ours);
+  }
+}
+
 TEST_F(Merge, RecordsWithoutAPositionComeAsTheyAre) {
   const std::string kept = Record(SIG_CD_LINK_A, "") + Record(SIG_CD_LINK_B, "\1") + Unknown("?") +
                            Record(SIG_CD_V4HOTSPOTBEGIN, Bytes({11, 0, 0, 0, 0, 0, 0, 0})) + Text("to") + HotspotEnd() +

@@ -8,6 +8,7 @@
 #include "vq/richtext/fontid.h"
 #include "vq/richtext/fontplace.h"
 #include "vq/richtext/fonttable.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/store/storetext.h"
 
 namespace {
@@ -40,6 +41,7 @@ VQFormFieldBody::VQFormFieldBody(VQRTTYPE type) : VQRTElementBody(type, static_c
 VQFormFieldBody::~VQFormFieldBody() = default;
 
 VQSTATUS VQFormFieldBody::Close() {
+  if (vq::Edit* edit = vq::Edit::Of(*this)) edit->Sets(*this, SharedField);
   SharedField = static_cast<VQSlateBody*>(nullptr);
   FontStyle.reset();
   return VQRTElementBody::Close();

@@ -8,6 +8,7 @@
 #include "vq/richobjects/attachnames.h"
 #include "vq/richtext/objectguard.h"
 #include "vq/richtext/pabtree.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqstyltx.h"
 #include "vq/store/storetext.h"
@@ -112,6 +113,10 @@ VQCLASSID VQRTAttachmentBody::GetClassID() const { return VQCLASSID_VQRTATTACHME
 VQRTObjectBody* VQRTAttachmentBody::MakeSame() const { return new VQRTAttachmentBody(Unmade{}); }
 
 VQSTATUS VQRTAttachmentBody::Close() {
+  if (vq::Edit* edit = vq::Edit::Of(*this)) {
+    edit->Sets(*this, Kept);
+    edit->Sets(*this, File);
+  }
   const VQSTATUS status = VQRTEmbeddedObjectBody::Close();
   Kept = VQAttachment();
   File.clear();
@@ -123,7 +128,12 @@ VQSTATUS VQRTAttachmentBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS option
   const auto* from = dynamic_cast<const VQRTAttachmentBody*>(source);
   if (!from) return VQ_OK;
   VQAttachment found;
-  const bool resolved = from->Resolve(&found) == VQ_OK;
+  const VQSTATUS status = from->Resolve(&found);
+  const bool resolved = status == VQ_OK;
+  std::string name, path;
+  // What nobody can read, or not now, comes along as it is.
+  const bool odd = status == VQERR_SLATE_NOT_OPEN || from->ReadNames(&name, &path) != VQ_OK;
+  if (VQIsError(status) && !odd) return status;
   Kept = resolved ? found : from->HasSlate() ? VQAttachment() : from->Kept;
   File = from->File;
   return VQ_OK;
@@ -400,7 +410,9 @@ VQString VQRTAttachment::GetDisplayText() const {
 
 VQSTATUS VQRTAttachment::SetDisplayText(const VQString& text) {
   const VQSTATUS status = Check(*this);
-  return vq::Apply(status == VQ_OK ? vq::Caught([&] { return ShowText(*GetAttachmentBody(), text); }) : status);
+  if (status != VQ_OK) return vq::Apply(status);
+  VQRTAttachmentBody& body = *GetAttachmentBody();
+  return vq::Apply(vq::Caught([&] { return vq::Whole(body, [&] { return ShowText(body, text); }); }));
 }
 
 VQFontStyle VQRTAttachment::GetDisplayTextFontStyle() const {

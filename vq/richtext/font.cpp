@@ -6,6 +6,7 @@
 #include "vq/richtext/fontid.h"
 #include "vq/richtext/fontplace.h"
 #include "vq/richtext/fonttable.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqparstl.h"
 #include "vq/richtext/vqstyltx.h"
 #include "vq/values/vqstring.h"
@@ -30,8 +31,10 @@ std::uint32_t OwnerFont(const VQRTObjectBody& owner) {
 }
 
 VQSTATUS SetOwnerFont(VQRTObjectBody& owner, std::uint32_t fontID) {
-  if (owner.IsType(VQRTTYPE_STYLIZED_TEXT)) return static_cast<VQStylizedTextBody&>(owner).SetFontID(fontID);
-  return static_cast<VQPABStyleNameBody&>(owner).SetFontID(fontID);
+  return vq::Whole(owner, [&] {
+    if (owner.IsType(VQRTTYPE_STYLIZED_TEXT)) return static_cast<VQStylizedTextBody&>(owner).SetFontID(fontID);
+    return static_cast<VQPABStyleNameBody&>(owner).SetFontID(fontID);
+  });
 }
 
 }  // namespace

@@ -21,7 +21,9 @@ VQSTATUS AsFontTable(VQItemBody* body, VQFontTable* table) {
 VQSTATUS AddFaceTo(const VQFontTable& table, const CDFACE& face, unsigned char* number) {
   VQFontTableBody& body = *table.GetFontTableBody();
   if (VQSTATUS status = body.Load()) return status;
-  return body.AddFace(face.Family, face.Name, number);
+  const VQSTATUS status = body.AddFace(face.Family, face.Name, number);
+  // The last handle, which may be this one, could not say that there was no room for it.
+  return status == VQ_OK && body.IsDirty() ? body.Flush() : status;
 }
 
 VQSTATUS TableOfItem(VQItem* item, VQFontTable* table) {

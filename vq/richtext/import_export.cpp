@@ -17,6 +17,7 @@
 #include "engine/status.h"
 #include "vq/richtext/fontid.h"
 #include "vq/richtext/recsrc.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/signature.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
@@ -319,7 +320,9 @@ VQSTATUS ImportInto(VQRichText& target, const Converter& converter, const std::s
   VQRichText imported;
   VQSTATUS status = ImportWith(converter, filename, options != 0 ? options : converter.Options, report, &imported);
   if (status == VQ_OK) status = target.GetRichTextBody()->Initialize();
-  return status != VQ_OK ? status : target.GetRichTextBody()->GetTop()->TakeIn(imported, cursor);
+  if (status != VQ_OK) return status;
+  VQRTContainerBody& top = *target.GetRichTextBody()->GetTop();
+  return vq::Whole(top, [&] { return top.TakeIn(imported, cursor); });
 }
 
 // Whether the cursors stand at the ends of the text: then nothing has to be copied, and objects there are whole.

@@ -140,14 +140,15 @@ VQSTATUS VQRTContainerBody::TakeIn(VQRichText& incoming, const vq::TextFindings&
   if (inForce) {
     if (VQSTATUS status = KeepStyleBehind(place.Before, pab::IDsOf(*inForce))) return status;
   }
-  fonts.Keep();
-  objects.Keep();
   const VQRTObject first(top.GetFirstChild()), last(top.GetLastChild());
   if (VQSTATUS status = incoming.GetRichTextBody()->MoveInto(*place.Parent, place.Before)) return status;
   if (VQSTATUS status = CursorBehind(root, last.GetRTObjectBody(), cursor)) return status;
   if (VQSTATUS status = first.GetRTObjectBody()->AdjustNeighbours(1, 0, nullptr)) return status;
   if (VQSTATUS status = last.GetRTObjectBody()->AdjustNeighbours(0, 1, cursor)) return status;
-  return DropStandIn(standIn, root);
+  if (VQSTATUS status = DropStandIn(standIn, root)) return status;
+  fonts.Keep();
+  objects.Keep();
+  return VQ_OK;
 }
 
 VQSTATUS VQRTContainerBody::Append(const VQRichText& richText) {
@@ -167,9 +168,10 @@ VQSTATUS VQRTContainerBody::Append(const VQRichText& richText) {
   vq::FontGuard fonts(GetRichTextBody());
   vq::ObjectGuard objects(GetRichTextBody());
   if (VQSTATUS status = Adapt(incoming, found, pab::Root(*this))) return status;
-  fonts.Keep();
-  objects.Keep();
   const bool hasText = top.FirstOfType(VQRTTYPE_STYLIZED_TEXT) != nullptr;
   if (VQSTATUS status = incoming.GetRichTextBody()->MoveInto(*this, nullptr)) return status;
-  return hasText ? RestoreParagraphs() : VQ_OK;
+  if (VQSTATUS status = hasText ? RestoreParagraphs() : VQ_OK) return status;
+  fonts.Keep();
+  objects.Keep();
+  return VQ_OK;
 }

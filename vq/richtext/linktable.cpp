@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <utility>
 
 #include "engine/records.h"
 #include "engine/slate.h"
 #include "vq/richtext/recsrc.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/store/vqslate.h"
 
@@ -109,17 +111,22 @@ VQSTATUS LinkTable::Read(VQSlateBody& slate) {
   return status == VQWARN_NOT_FOUND ? VQ_OK : status;
 }
 
-VQSTATUS LinkTable::Write(VQSlateBody& slate) const {
+VQSTATUS LinkTable::Write(VQSlateBody& slate, std::vector<BLOCKID>* items) const {
   const std::string_view name = NameIn(slate);
-  std::vector<ItemPlace> made;
+  std::vector<BLOCKID> made;
+  made.reserve(Parts.size());
   for (const Part& part : Parts) {
-    ItemPlace& place = made.emplace_back();
-    VQSTATUS status = slate.AppendItem(name, part.Type, part.Data.data(), part.Data.size(), part.Flags, &place);
-    if (status == VQ_OK) continue;
-    made.pop_back();
-    for (const ItemPlace& each : made) EngItemDelete(slate.GetHandle(), each.Item);
+    ItemPlace place;
+    VQSTATUS status = Caught(
+        [&] { return slate.AppendItem(name, part.Type, part.Data.data(), part.Data.size(), part.Flags, &place); });
+    if (status == VQ_OK) {
+      made.push_back(place.Item);
+      continue;
+    }
+    for (const BLOCKID& each : made) EngItemDelete(slate.GetHandle(), each);
     return status;
   }
+  if (items) items->swap(made);
   return VQ_OK;
 }
 
@@ -169,9 +176,14 @@ VQSTATUS BringLinks(VQRTObjectBody& object, VQRichTextBody* source, VQRichTextBo
   if (source->IsSlateItem() && source->GetSlateBody() == target->GetSlateBody()) return VQ_OK;
   LinkTable theirs, ours;
   VQSTATUS status = source->FindLinks(&theirs);
-  if (status == VQ_OK && !theirs.IsEmpty()) status = target->FindLinks(&ours);
-  if (status != VQ_OK || theirs.IsEmpty() || theirs == ours) return status;
-  if (ours.IsEmpty()) return target->TakeLinks(theirs);
+  if (status == VQ_OK) status = target->FindLinks(&ours);
+  if (status != VQ_OK || theirs == ours) return status;
+  // What has led nowhere, for want of a table, does not come to lead into the other text's.
+  if (theirs.IsEmpty()) return LoseLinks(object);
+  if (ours.IsEmpty()) {
+    status = LoseLinks(*target->GetTop());
+    return status == VQ_OK ? target->TakeLinks(theirs) : status;
+  }
   Joining joining;
   status = joining.Start(theirs, ours);
   if (status != VQ_OK) return status;
@@ -183,6 +195,12 @@ VQSTATUS BringLinks(VQRTObjectBody& object, VQRichTextBody* source, VQRichTextBo
   if (status != VQ_OK) return status;
   return ForEachLink(object, [&](VQRTObjectBody& link, std::uint32_t offset, std::size_t old) {
     return WritePosition(link, offset, joining.PositionOf(old));
+  });
+}
+
+VQSTATUS LoseLinks(VQRTObjectBody& object) {
+  return ForEachLink(object, [&](VQRTObjectBody& link, std::uint32_t offset, std::size_t old) {
+    return old == kNowhere ? VQ_OK : WritePosition(link, offset, kNowhere);
   });
 }
 
@@ -204,9 +222,37 @@ VQSTATUS VQRichTextBody::FindLinks(vq::LinkTable* links) {
   return VQ_OK;
 }
 
+namespace {
+
+// Of an edit: what it added to a link table goes again.
+class AddedLinks : public vq::Change {
+ public:
+  explicit AddedLinks(VQRichTextBody& text) : Text(&text) {}
+  void Undo() override {
+    if (VQSlateBody* slate = Items.empty() ? nullptr : Text.GetRichTextBody()->GetSlateBody()) {
+      for (const BLOCKID& item : Items) EngItemDelete(slate->GetHandle(), item);
+    }
+    if (Own) *Own = std::move(Before);
+  }
+
+  VQRichText Text;
+  std::vector<BLOCKID> Items;
+  vq::LinkTable* Own = nullptr;
+  vq::LinkTable Before;
+};
+
+}  // namespace
+
 VQSTATUS VQRichTextBody::TakeLinks(const vq::LinkTable& links) {
-  if (IsSlateItem()) return links.Write(*GetSlateBody());
+  vq::Edit* edit = Top ? vq::Edit::Of(*Top) : nullptr;
+  auto made = std::make_unique<AddedLinks>(*this);
+  AddedLinks& added = *made;
+  if (edit) edit->Add(std::move(made));
+  if (IsSlateItem()) return links.Write(*GetSlateBody(), &added.Items);
   if (!OwnLinks) OwnLinks = std::make_unique<vq::LinkTable>();
-  OwnLinks->Add(links);
+  vq::LinkTable all = *OwnLinks;
+  all.Add(links);
+  added.Before = std::exchange(*OwnLinks, std::move(all));
+  added.Own = OwnLinks.get();
   return VQ_OK;
 }

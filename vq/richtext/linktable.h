@@ -25,7 +25,7 @@ class LinkTable {
   // Empty for a slate that has none.
   [[nodiscard]] VQSTATUS Read(VQSlateBody& slate);
   // Behind what the slate has; on failure nothing of it is there.
-  [[nodiscard]] VQSTATUS Write(VQSlateBody& slate) const;
+  [[nodiscard]] VQSTATUS Write(VQSlateBody& slate, std::vector<BLOCKID>* items = nullptr) const;
   // The records of all links; VQERR_WRONG_SITUATION for a table that has other values.
   [[nodiscard]] VQSTATUS GetLinks(std::vector<std::string>* links) const;
   void Add(const LinkTable& other) { Parts.insert(Parts.end(), other.Parts.begin(), other.Parts.end()); }
@@ -52,6 +52,8 @@ bool HoldsLinks(const VQRTObjectBody& object);
 // VQERR_WRONG_SITUATION, and nothing is changed, for tables that cannot be joined, VQERR_OUT_OF_RANGE for too many
 // links.
 [[nodiscard]] VQSTATUS BringLinks(VQRTObjectBody& object, VQRichTextBody* source, VQRichTextBody* target);
+// All links in an object lead nowhere afterwards.
+[[nodiscard]] VQSTATUS LoseLinks(VQRTObjectBody& object);
 // The same by a distance for all links in an object.
 [[nodiscard]] VQSTATUS ShiftLinks(VQRTObjectBody& object, unsigned long distance);
 

@@ -322,6 +322,7 @@ VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& start, const VQR
   SplitRange split;
   if (VQSTATUS status = Split(range, style, &split)) return status;
   VQFontStyle font;
+  vq::FontGuard fonts(GetRichTextBody());
   if (adjusted.IsNamed()) {
     if (VQSTATUS status = PrepareFont(range, adjusted, &font)) return status;
   }
@@ -342,7 +343,9 @@ VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& start, const VQR
   if (VQSTATUS status = PlaceStyle(equal, adjusted, pabids.empty() ? 0 : pabids.back(), range.First, &ids))
     return status;
   if (split.Cells.empty()) {
-    return range.Container->ResetPABReferences(range.First, range.Behind, ids.First, ids.Second);
+    VQSTATUS status = range.Container->ResetPABReferences(range.First, range.Behind, ids.First, ids.Second);
+    if (status == VQ_OK) fonts.Keep();
+    return status;
   }
   if (VQSTATUS status = WriteAll(split.Outside, ids)) return status;
   for (std::size_t i = 0; i < split.Cells.size(); ++i) {
@@ -352,6 +355,7 @@ VQSTATUS VQRTContainerBody::SetParagraphStyle(const VQRTCursor& start, const VQR
     if (VQSTATUS status = PlaceStyle(same, cells.Style, pabids[i], cells.References.front(), &ids)) return status;
     if (VQSTATUS status = WriteAll(cells.References, ids)) return status;
   }
+  fonts.Keep();
   return VQ_OK;
 }
 

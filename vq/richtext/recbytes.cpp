@@ -11,13 +11,17 @@ void RecordContent::Resize(std::uint32_t size) {
     Parts.Inside.Kind = kInside;
   }
   const std::uint32_t present = GetSize();
-  if (Kind() == kInside ? size > kRoomInside : size > Parts.Outside.Room) Grow(size);
+  Reserve(size);
   if (size > present) std::memset(GetBytes() + present, 0, size - present);
   if (Kind() == kInside) {
     Parts.Inside.Size = static_cast<unsigned char>(size);
   } else {
     Parts.Outside.Size = size;
   }
+}
+
+void RecordContent::Reserve(std::uint32_t size) {
+  if (Kind() == kInside ? size > kRoomInside : size > Parts.Outside.Room) Grow(size);
 }
 
 // A half more than there was, so that what grows a little at a time is not copied each time.

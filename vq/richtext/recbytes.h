@@ -50,6 +50,8 @@ class RecordContent {
   unsigned char* GetBytes() { return Kind() == kInside ? Parts.Inside.Bytes : Parts.Outside.Bytes; }
   // What it holds becomes bytes of its own, none where it held nothing or a view; new ones are 0.
   void Resize(std::uint32_t size);
+  // Own bytes can then become so many without more memory.
+  void Reserve(std::uint32_t size);
   // Makes `oldBytes` at an offset `newBytes`, whose values are open.
   void Splice(std::uint32_t offset, std::uint32_t oldBytes, std::uint32_t newBytes);
 

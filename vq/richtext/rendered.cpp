@@ -2,6 +2,7 @@
 #include "engine/render.h"
 #include "engine/slate.h"
 #include "engine/status.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/store/storetext.h"
 #include "vq/store/vqslate.h"
@@ -69,7 +70,8 @@ VQSTATUS Render(const VQSlate& document, const VQSlate& form, VQRichTextBody& te
                          source.Body().GetHandle(), &temporary);
   VQRichText rendered;
   if (status == VQ_OK) status = temporary.GetItem(kTemporaryItem, &rendered);
-  return status == VQ_OK ? text.GetTop()->Append(rendered) : status;
+  if (status != VQ_OK) return status;
+  return vq::Whole(*text.GetTop(), [&] { return text.GetTop()->Append(rendered); });
 }
 
 // The form that the document names, null when its database has none of that name.

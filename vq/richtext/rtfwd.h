@@ -33,6 +33,10 @@ class VQTable;
 class VQTableCell;
 class VQTabs;
 
+namespace vq {
+class Edit;
+}
+
 // bodies
 class VQFontStyleBody;
 class VQFontTableBody;

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "engine/memory.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/signature.h"
 #include "vq/richtext/vqrtcrsr.h"
 
@@ -259,9 +260,12 @@ VQSTATUS VQRTHistory::Exchange(std::size_t offset, std::size_t size, const Bytes
   VQRTObjectBody* const first = ChildAt(offset);
   const VQRTObjectBody* const behind = ChildAt(offset + size);
   // The text may have been read anew since, without these.
+  vq::Edit edit(*top);
   top->RegisterPABID(part.GetRichTextBody()->GetTop()->GetHighestPABID());
-  const VQSTATUS status = part.GetRichTextBody()->MoveInto(*top, first);
-  return status == VQ_OK ? CloseRange(first, behind) : status;
+  VQSTATUS status = part.GetRichTextBody()->MoveInto(*top, first);
+  if (status == VQ_OK) status = CloseRange(first, behind);
+  if (status == VQ_OK) edit.Keep();
+  return status;
 }
 
 VQSTATUS VQRTHistory::ReplaceAll(std::size_t offset, std::size_t size, const Bytes& with) {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "vq/richtext/pabindex.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtbody.h"
 
 namespace {
@@ -52,6 +53,7 @@ VQSTATUS VQRTBaseContainerBody::Link(VQRTObjectBody* child, VQRTObjectBody* prev
   const unsigned long first = countBack ? upper - (slots - 1) * gap : lower + gap;
   const unsigned long last = countBack ? upper - gap : lower + (slots - 1) * gap;
   if (first <= lower || last >= upper) return VQERR_CORRUPTED;
+  if (vq::Edit* edit = vq::Edit::Of(*this)) edit->Links(*this, *child, *child);
   child->IndexValue = static_cast<std::uint32_t>(first);
   LinkPointers(child, previous, next);
   MarkDirty();
@@ -89,6 +91,7 @@ void VQRTBaseContainerBody::LinkPointers(VQRTObjectBody* child, VQRTObjectBody* 
 }
 
 void VQRTBaseContainerBody::LinkUnnumbered(VQRTObjectBody* child, VQRTObjectBody* next) {
+  if (vq::Edit* edit = vq::Edit::Of(*this)) edit->Links(*this, *child, *child);
   LinkPointers(child, next ? next->Previous : LastChild, next);
   const VQRTBaseContainerBody* top = this;
   while (top->Parent) top = top->Parent;
@@ -112,6 +115,7 @@ VQSTATUS VQRTBaseContainerBody::TakeChildren(VQRTBaseContainerBody& from, VQRTOb
   if (!first) return VQ_OK;
   VQRTBaseContainerBody* top = this;
   while (top->Parent) top = top->Parent;
+  if (vq::Edit* edit = vq::Edit::Of(*this)) edit->Links(*this, *first, *from.LastChild);
   from.MarkDirty();
   from.ForgetParagraphs(&from);
   if (VQRichTextBody* owner = from.GetRichTextBody()) owner->NoteStructure();
@@ -211,6 +215,10 @@ unsigned long VQRTBaseContainerBody::NumberFrom(VQRTObjectBody* first, const VQR
   return value;
 }
 
+void VQRTBaseContainerBody::NumberAgain() {
+  if (IndexValue != kDetached && FirstChild) static_cast<void>(Renumber());
+}
+
 bool VQRTBaseContainerBody::IsRoomy() const { return (EndIndexValue - IndexValue) / GetIndexCount() >= kSmallestGap; }
 
 VQSTATUS VQRTBaseContainerBody::NumberChildren() {
@@ -231,10 +239,15 @@ void VQRTBaseContainerBody::ForgetParagraphs(VQRTObjectBody* leaving) const {
 }
 
 void VQRTBaseContainerBody::Unlink(VQRTObjectBody* child) {
+  if (vq::Edit* edit = vq::Edit::Of(*this)) edit->Unlinks(*child);
   MarkDirty();
   if (VQRichTextBody* owner = GetRichTextBody()) owner->NoteStructure();
   ForgetParagraphs(child);
   if (child == FirstChild) VQ_ASSERT_TEXT(!child->Previous, "PreviousSibling.IsNull()", "VQRTOBJB");
+  UnlinkPointers(child);
+}
+
+void VQRTBaseContainerBody::UnlinkPointers(VQRTObjectBody* child) {
   (child->Previous ? child->Previous->Next : FirstChild) = child->Next;
   (child->Next ? child->Next->Previous : LastChild) = child->Previous;
   --ChildCount;

@@ -6,11 +6,15 @@
 #include "vq/richtext/fonttable.h"
 #include "vq/richtext/linktable.h"
 #include "vq/richtext/objectguard.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/store/vqslate.h"
 
 namespace {
+
+// Instead of a distance: the links have no table.
+constexpr unsigned long kNowhere = 0xFFFF;
 
 VQSTATUS CopyBlocks(VQSlateBody* slate, std::string_view name, unsigned short flags, std::vector<vq::ItemBlock>& blocks,
                     vq::ItemPlace* first) {
@@ -41,17 +45,23 @@ VQSTATUS VQRichTextBody::CopyInto(VQSlateBody* slate, std::string_view name, uns
   if (status != VQ_OK) return status;
   vq::FontGuard fonts(slate);
   vq::ObjectGuard objects(slate);
-  status = CopyWithTables(slate, name, flags, shift, first);
-  if (status == VQ_OK) status = links.Write(*slate);
-  if (status == VQ_OK) fonts.Keep();
-  if (status == VQ_OK) objects.Keep();
-  return status;
+  std::vector<BLOCKID> added;
+  status = links.Write(*slate, &added);
+  if (status != VQ_OK) return status;
+  status = vq::Caught([&] { return CopyWithTables(slate, name, flags, shift, first); });
+  if (status != VQ_OK) {
+    for (const BLOCKID& item : added) EngItemDelete(slate->GetHandle(), item);
+    return status;
+  }
+  fonts.Keep();
+  objects.Keep();
+  return VQ_OK;
 }
 
 VQSTATUS VQRichTextBody::LinksFor(VQSlateBody* slate, vq::LinkTable* links, unsigned long* shift) {
   vq::LinkTable theirs;
   VQSTATUS status = FindLinks(links);
-  if (status == VQ_OK && !links->IsEmpty()) status = theirs.Read(*slate);
+  if (status == VQ_OK) status = theirs.Read(*slate);
   if (status != VQ_OK || theirs.IsEmpty()) return status;
   bool join = *links != theirs;
   if (join) {
@@ -61,6 +71,10 @@ VQSTATUS VQRichTextBody::LinksFor(VQSlateBody* slate, vq::LinkTable* links, unsi
   }
   if (!join) {
     *links = vq::LinkTable();
+    return VQ_OK;
+  }
+  if (links->IsEmpty()) {
+    *shift = kNowhere;
     return VQ_OK;
   }
   std::vector<std::string> all;
@@ -93,7 +107,8 @@ VQSTATUS VQRichTextBody::CopyWithTables(VQSlateBody* slate, std::string_view nam
   if (status != VQ_OK) return status;
   VQRTContainerBody* top = copy.GetRichTextBody()->GetTop();
   if (fonts) status = top->ConvertFonts(&target);
-  if (status == VQ_OK && shift > 0) status = top->ShiftLinkIndex(0, shift);
+  if (status == VQ_OK && shift == kNowhere) status = vq::LoseLinks(*top);
+  if (status == VQ_OK && shift > 0 && shift != kNowhere) status = top->ShiftLinkIndex(0, shift);
   if (status == VQ_OK) status = top->CarryObjects(slate);
   std::vector<vq::ItemBlock> blocks;
   if (status == VQ_OK) status = copy.GetRichTextBody()->WriteBlocks(&blocks);
@@ -124,6 +139,9 @@ VQSTATUS VQRichTextBody::FindObjects(bool* found) {
 VQSTATUS VQRichTextBody::Join(VQItemBody* source) {
   if (source->GetClassID() != VQCLASSID_VQRICHTEXTBODY) return VQERR_INCORRECT_ITEM_TYPE;
   VQSTATUS status = Initialize();
-  if (status == VQ_OK) status = Top->Append(VQRichText(static_cast<VQRichTextBody*>(source)));
+  if (status == VQ_OK) {
+    const VQRichText added(static_cast<VQRichTextBody*>(source));
+    status = vq::Whole(*Top, [&] { return Top->Append(added); });
+  }
   return status == VQ_OK ? Flush() : status;
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "engine/ods.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtobjb.h"
 
 unsigned short VQRTObjectBody::GetCDSignature() const {
@@ -40,6 +41,7 @@ VQSTATUS VQRTObjectBody::WriteRecord(std::uint32_t offset, const void* bytes, st
   if (Closed) return VQERR_OBJECT_CLOSED;
   if (!bytes && size > 0) return VQERR_INVALID_PARAMETER;
   if (offset > GetRecordSize() || size > vq::kRecordLimit) return VQERR_INVALID_PARAMETER;
+  NoteWrite(offset, size);
   MakeValue(offset + size);
   if (size > 0) std::memcpy(Content.GetBytes() + offset, bytes, size);
   return VQ_OK;
@@ -49,6 +51,7 @@ VQSTATUS VQRTObjectBody::WriteODS(unsigned short code, const void* source, std::
   if (Closed) return VQERR_OBJECT_CLOSED;
   const std::uint32_t size = EngOdsLength(code);
   if (!source || size == 0 || offset > GetRecordSize()) return VQERR_INVALID_PARAMETER;
+  NoteWrite(offset, size);
   MakeValue(offset + size);
   void* cursor = Content.GetBytes() + offset;
   return vq::FromEngine(EngOdsWrite(&cursor, code, source, 1));
@@ -60,7 +63,7 @@ VQSTATUS VQRTObjectBody::SetRecord(const void* bytes, std::uint32_t length) {
   vq::RecordContent content;
   content.Resize(vq::Padded(length));
   std::memcpy(content.GetBytes(), bytes, length);
-  DropContent();
+  GiveUpContent();
   Content = std::move(content);
   Counted = false;
   SetFlag(VQRTOBJECTBODY_CDOUTDATED, true);
@@ -86,6 +89,17 @@ void VQRTObjectBody::Rebind(vq::RecordSource* source, std::uint32_t offset, std:
   Content.Look(source, offset, size);
   source->Release();
   SetFlag(VQRTOBJECTBODY_DIRTY, false);
+}
+
+// A view is kept as a whole when it goes.
+void VQRTObjectBody::NoteWrite(std::uint32_t offset, std::uint32_t size) {
+  vq::Edit* edit = Content.IsOwn() ? vq::Edit::Of(*this) : nullptr;
+  if (edit) edit->Writes(*this, offset, size);
+}
+
+void VQRTObjectBody::GiveUpContent() {
+  if (vq::Edit* edit = vq::Edit::Of(*this)) edit->TakesContent(*this);
+  DropContent();
 }
 
 void VQRTObjectBody::DropContent() {

@@ -1,4 +1,5 @@
 // The handle on a table: units, the throw rule, then the body's operation.
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/tablelayout.h"
 #include "vq/values/vqstring.h"
 
@@ -35,7 +36,9 @@ VQTableBody& Open(const VQTable& table) {
 template <typename Operation>
 VQSTATUS Run(const VQTable& table, Operation operation) {
   const VQSTATUS status = Check(table);
-  return vq::Apply(status != VQ_OK ? status : operation(*table.GetTableBody()));
+  if (status != VQ_OK) return vq::Apply(status);
+  VQTableBody& body = *table.GetTableBody();
+  return vq::Apply(vq::Whole(body, [&] { return operation(body); }));
 }
 
 // A setter whose argument is a length.

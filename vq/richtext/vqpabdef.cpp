@@ -5,6 +5,7 @@
 
 #include "engine/ods.h"
 #include "vq/richtext/rtcheck.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtcont.h"
 
 namespace {
@@ -55,6 +56,11 @@ std::uint16_t VQPABDefinitionBody::GetIndentation() const {
 VQSTATUS VQPABDefinitionBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) {
   if (VQSTATUS status = VQRTObjectBody::Copy(source, options)) return status;
   const VQPABDefinitionBody& other = static_cast<const VQPABDefinitionBody&>(*source);
+  if (vq::Edit* edit = vq::Edit::Of(*this)) {
+    edit->Sets(*this, IndentationValue);
+    edit->Sets(*this, Units);
+    edit->Sets(*this, TabUnits);
+  }
   IndentationValue = other.IndentationValue;
   Units = other.Units;
   TabUnits = other.TabUnits;

@@ -1,6 +1,8 @@
 #include "vq/richtext/vqrtbase.h"
 
+#include "vq/richtext/fontplace.h"
 #include "vq/richtext/linktable.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
@@ -138,6 +140,7 @@ VQSTATUS VQRTBaseContainerBody::SetFontStyle(const VQRTCursor& start, const VQRT
   if (!Contains(start.GetElementBody()) || !Contains(end.GetElementBody())) return VQERR_RT_NOT_MEMBER;
   if (start > end) return VQERR_INVALID_PARAMETER;
   const vq::TextPlace from(start), to(end);
+  vq::FontGuard fonts(GetRichTextBody());
   for (VQRTObjectBody *object = from.Node, *next; object; object = next) {
     next = NextInTree(object);
     if (object->GetType() != VQRTTYPE_STYLIZED_TEXT) continue;
@@ -149,6 +152,7 @@ VQSTATUS VQRTBaseContainerBody::SetFontStyle(const VQRTCursor& start, const VQRT
     if (VQIsError(status)) return status;
     if (object == to.Node) break;
   }
+  fonts.Keep();
   return VQ_OK;
 }
 
@@ -207,6 +211,7 @@ int VQRTBaseContainerBody::HasChildren() const { return ChildCount != 0; }
 
 VQSTATUS VQRTBaseContainerBody::DeleteAllChildren() {
   if (!FirstChild) return VQ_OK;
+  if (vq::Edit::Of(*this)) return CloseChildren();
   MarkDirty();
   ForgetParagraphs(this);
   if (WatchesChildren) ChildrenChanged();
@@ -221,6 +226,17 @@ VQSTATUS VQRTBaseContainerBody::DeleteAllChildren() {
     child->Release();
   }
   LastChild = nullptr;
+  return VQ_OK;
+}
+
+// One after the other, so that they can come back.
+VQSTATUS VQRTBaseContainerBody::CloseChildren() {
+  while (FirstChild) {
+    const VQRTObject child(FirstChild);
+    const VQSTATUS status = child.GetRTObjectBody()->Close();
+    if (VQIsError(status)) return status;
+    if (child.GetRTObjectBody() == FirstChild) Unlink(FirstChild);
+  }
   return VQ_OK;
 }
 

@@ -79,6 +79,7 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
  protected:
   friend class VQRTObjectBody;
   friend class VQRichTextParser;
+  friend class vq::Edit;
 
   // Puts a detached object between two neighbours of this container and gives it its place in the order.
   [[nodiscard]] VQSTATUS Link(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next, bool countBack);
@@ -88,6 +89,8 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   // The block that a new child stands in, or behind, cannot stay as it is.
   static void OutdateAround(const VQRTObjectBody& child, const VQRTBaseContainerBody& top);
   void LinkPointers(VQRTObjectBody* child, VQRTObjectBody* previous, VQRTObjectBody* next);
+  void UnlinkPointers(VQRTObjectBody* child);
+  VQSTATUS CloseChildren();
   // A child has come, has gone or stands for something else. For bodies with WatchesChildren.
   virtual void ChildrenChanged() {}
   // Many children at once: LinkUnnumbered for each, then NumberRun for those from `first` up to `next` (null: to the
@@ -99,6 +102,8 @@ class VQ_API VQRTBaseContainerBody : public VQRTObjectBody {
   // Gives index values a gap apart, one to the start and, but for leaves, one to the end of each object; the last one.
   static unsigned long NumberFrom(VQRTObjectBody* first, const VQRTObjectBody* next, unsigned long value,
                                   unsigned long gap);
+  // Of a top that has been in order before.
+  void NumberAgain();
   bool IsRoomy() const;
   // Of a top: with that between two objects there is no need to renumber.
   unsigned long EnoughGap() const;

@@ -1,4 +1,5 @@
 // The handle on a rich text: parses on first use, then works on the top container.
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/store/makers.h"
@@ -75,7 +76,8 @@ template <typename Operation>
 VQSTATUS VQRichText::Run(Operation operation) const {
   VQRTContainerBody* top = nullptr;
   const VQSTATUS status = Top(&top);
-  return vq::Apply(status != VQ_OK ? status : vq::Returned([&] { return operation(*top); }));
+  if (status != VQ_OK) return vq::Apply(status);
+  return vq::Apply(vq::Returned([&] { return vq::Whole(*top, [&] { return operation(*top); }); }));
 }
 
 VQSTATUS VQRichText::Append(const VQString& text, int convertNewlines) {

@@ -3,6 +3,7 @@
 #include "engine/memory.h"
 #include "vq/richtext/linktable.h"
 #include "vq/richtext/pabindex.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtinit.h"
 #include "vq/richtext/vqrtwrit.h"
 #include "vq/store/vqslate.h"
@@ -112,12 +113,15 @@ vq::PABIndex& VQRichTextBody::GetPABIndex() {
   return *Paragraphs;
 }
 
+void VQRichTextBody::DropPABIndex() { Paragraphs.reset(); }
+
 void VQRichTextBody::DropTree() {
   InitState = kNotParsed;
   NoteStructure();
   Paragraphs.reset();
   if (Top) {
     VQRTContainerBody* top = Top;
+    vq::Edit::Abandon(*top);
     Top = nullptr;
     top->Close();
     top->Release();

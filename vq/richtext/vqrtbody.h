@@ -84,6 +84,7 @@ class VQ_API VQRichTextBody : public VQCompositeItemBody {
   vq::PABIndex& GetPABIndex();
   // Null when nobody has asked for it.
   vq::PABIndex* FindPABIndex() const { return Paragraphs.get(); }
+  void DropPABIndex();
   // The slate's font table, or one of its own where the rich text stands alone. VQWARN_NOT_FOUND when there is none.
   [[nodiscard]] VQSTATUS FindFontTable(VQFontTable* table);
   // The same, made when there is none.

@@ -1,4 +1,5 @@
 // The handle on a container: checks, then the body's operation.
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtcont.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqrtobj.h"
@@ -24,7 +25,8 @@ template <typename Operation>
 VQSTATUS Run(const VQRTContainer& container, Operation operation) {
   if (container.IsNull()) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
   VQRTContainerBody* body = container.GetRTContainerBody();
-  return vq::Apply(body->IsClosed() ? VQERR_OBJECT_CLOSED : vq::Returned([&] { return operation(*body); }));
+  if (body->IsClosed()) return vq::Apply(VQERR_OBJECT_CLOSED);
+  return vq::Apply(vq::Returned([&] { return vq::Whole(*body, [&] { return operation(*body); }); }));
 }
 
 }  // namespace

@@ -158,10 +158,11 @@ VQSTATUS VQRTContainerBody::TakeIn(const VQRTObject& incoming, VQRTObjectBody& b
   if (status == VQ_OK) status = RenewParagraphs(incoming, vq::pab::Root(*this));
   if (status == VQ_OK) status = vq::BringObjects(body, GetRichTextBody());
   if (status == VQ_OK) status = behind ? beside.InsertNextSibling(&body) : beside.InsertPreviousSibling(&body);
-  if (status != VQ_OK) return status;
+  if (status == VQ_OK) status = vq::EnterFonts(body);
+  if (VQIsError(status)) return status;
   fonts.Keep();
   objects.Keep();
-  return vq::EnterFonts(body);
+  return status;
 }
 
 VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appended) {
@@ -185,10 +186,11 @@ VQSTATUS VQRTContainerBody::Append(const VQRTObject& object, VQRTObject* appende
     status = vq::BringLinks(*copy.GetRTObjectBody(), object.GetRTObjectBody()->GetRichTextBody(), GetRichTextBody());
   if (status == VQ_OK && vq::pab::IsContent(copy.GetRTObjectBody())) status = BeginText();
   if (status == VQ_OK) status = Append(copy.GetRTObjectBody());
-  if (status == VQ_OK) fonts.Keep();
-  if (status == VQ_OK) objects.Keep();
   if (status == VQ_OK) status = vq::EnterFonts(*copy.GetRTObjectBody());
   if (status == VQ_OK) status = copy.GetRTObjectBody()->AdjustNeighbours(1, 1, nullptr);
+  if (VQIsError(status)) return status;
+  fonts.Keep();
+  objects.Keep();
   if (status == VQ_OK && appended) *appended = copy;
   return status;
 }
@@ -253,10 +255,11 @@ VQSTATUS VQRTContainerBody::InsertAt(const VQRTObject& object, int copy, VQRTObj
   if (status == VQ_OK) status = vq::BringObjects(*body, GetRichTextBody());
   if (status == VQ_OK) status = vq::BringLinks(*body, object.GetRTObjectBody()->GetRichTextBody(), GetRichTextBody());
   if (status == VQ_OK) status = PlaceAt(body, *cursor);
-  if (status == VQ_OK) fonts.Keep();
-  if (status == VQ_OK) objects.Keep();
   if (status == VQ_OK) status = vq::EnterFonts(*body);
   if (status == VQ_OK) status = MoveBehind(placed, cursor);
+  if (VQIsError(status)) return status;
+  fonts.Keep();
+  objects.Keep();
   if (status == VQ_OK && inserted) *inserted = placed;
   return status;
 }

@@ -8,9 +8,11 @@ namespace vq {
 struct TextFindings;
 }
 
-// Edits check their arguments first and change nothing when they refuse. Cursors that an edit takes by pointer are
-// moved behind what was inserted, or to where something was deleted; null ones give VQERR_INVALID_PARAMETER,
-// invalid ones VQERR_CURSOR_INVALID. Operations that create objects of later kinds stand with those kinds.
+// Edits check their arguments first and change nothing when they refuse. Through the handles they also take back what
+// they have done when they fail half-way, out of memory say: text, tables of fonts and links and the cursors in the
+// text are as before, so that the same can be asked for again. Cursors that an edit takes by pointer are moved behind
+// what was inserted, or to where something was deleted; null ones give VQERR_INVALID_PARAMETER, invalid ones
+// VQERR_CURSOR_INVALID. Operations that create objects of later kinds stand with those kinds.
 class VQ_API VQRTContainerBody : public VQRTBaseContainerBody {
  public:
   VQRTContainerBody(VQRTTYPE type, vq::RecordSource* source, std::uint32_t offset, std::uint32_t length);

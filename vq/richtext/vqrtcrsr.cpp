@@ -50,14 +50,15 @@ VQSTATUS VQRTCursor::Assign(const VQRTElement& element, int rightEdge) {
 
 VQSTATUS VQRTCursor::Copy(const VQRTCursor& other) {
   if (!other.IsValid()) return vq::Apply(VQERR_CURSOR_INVALID);
-  const VQRTCursor hold(other);
-  VQSmartPtr::operator=(new VQRTCursorBody());
-  VQRTCursorBody& body = *GetCursorBody();
-  const VQRTCursorBody& from = *hold.GetCursorBody();
+  VQRTCursor copy;
+  copy.VQSmartPtr::operator=(new VQRTCursorBody());
+  VQRTCursorBody& body = *copy.GetCursorBody();
+  const VQRTCursorBody& from = *other.GetCursorBody();
   body.RTElement = from.RTElement;
   body.Scope = from.Scope;
   body.SearchOptions = from.SearchOptions;
   body.RightEdge = from.RightEdge;
+  VQSmartPtr::operator=(copy);
   return VQ_OK;
 }
 

@@ -34,6 +34,7 @@ class VQ_API VQRTCursorBody : public VQBody {
 
    private:
     void MoveTo(unsigned long offset, int rightEdge) override;
+    int GetEdge() const override { return *RightEdge; }
 
     int* RightEdge;
   };

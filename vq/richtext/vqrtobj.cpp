@@ -1,6 +1,7 @@
 #include "vq/richtext/vqrtobj.h"
 
 #include "engine/ods.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqstyltx.h"
@@ -16,6 +17,7 @@ VQRTObject::VQRTObject(VQStylizedTextBody* body, unsigned long offset) : VQSmart
 }
 
 VQRTObject::~VQRTObject() {
+  vq::Edit::Forget(this);
   if (Offset != 0) static_cast<VQStylizedTextBody*>(Body)->RemoveRTChar(this);
 }
 
@@ -33,8 +35,7 @@ VQRTObject& VQRTObject::operator=(VQRTObjectBody* body) {
 }
 
 void VQRTObject::Attach(VQRTObjectBody* body, unsigned long offset) {
-  if (Offset != 0) static_cast<VQStylizedTextBody*>(Body)->RemoveRTChar(this);
-  Offset = 0;
+  LeaveRun();
   VQSmartPtr::operator=(body);
   if (offset == 0) return;
   static_cast<VQStylizedTextBody*>(body)->AddRTChar(this);
@@ -43,9 +44,21 @@ void VQRTObject::Attach(VQRTObjectBody* body, unsigned long offset) {
 
 void VQRTObject::MoveTo(unsigned long offset, int) { Offset = offset; }
 
-int VQRTObject::DeleteBody() {
-  if (Offset != 0) static_cast<VQStylizedTextBody*>(Body)->RemoveRTChar(this);
+void VQRTObject::PutBack(VQStylizedTextBody* run, unsigned long offset, int rightEdge) {
+  VQSmartPtr::operator=(run);
+  MoveTo(offset, rightEdge);
+}
+
+void VQRTObject::LeaveRun() {
+  if (Offset == 0) return;
+  auto& run = static_cast<VQStylizedTextBody&>(*Body);
+  run.NoteCharacters();
+  run.RemoveRTChar(this);
   Offset = 0;
+}
+
+int VQRTObject::DeleteBody() {
+  LeaveRun();
   return VQSmartPtr::DeleteBody();
 }
 
@@ -205,10 +218,12 @@ VQSTATUS VQRTObject::InsertBeside(VQRTObject* object, bool behind) {
   VQRTObjectBody& body = *GetRTObjectBody();
   VQRTObjectBody& sibling = *object->GetRTObjectBody();
   if (VQSTATUS refused = CheckSibling(body, sibling, behind)) return refused;
-  if (!body.GetParent() || sibling.GetParent() || sibling.IsClosed()) {
-    return behind ? body.InsertNextSibling(&sibling) : body.InsertPreviousSibling(&sibling);
-  }
-  return static_cast<VQRTContainerBody*>(body.GetParent())->TakeIn(*object, body, behind);
+  return vq::Whole(body, [&] {
+    if (!body.GetParent() || sibling.GetParent() || sibling.IsClosed()) {
+      return behind ? body.InsertNextSibling(&sibling) : body.InsertPreviousSibling(&sibling);
+    }
+    return static_cast<VQRTContainerBody*>(body.GetParent())->TakeIn(*object, body, behind);
+  });
 }
 
 VQSTATUS VQRTObject::InsertNextSibling(VQRTObject* object) { return vq::Apply(InsertBeside(object, true)); }
@@ -234,7 +249,8 @@ int VQRTObject::IsValid() const { return !IsNull() && GetRTObjectBody()->IsValid
 VQSTATUS VQRTObject::RemoveThis(int keepInTree) {
   if (HasOffset()) return vq::Apply(VQERR_INAPPROPRIATE);
   const VQSTATUS status = Check(*this);
-  return vq::Apply(status != VQ_OK ? status : GetRTObjectBody()->RemoveThis(keepInTree));
+  if (status != VQ_OK) return vq::Apply(status);
+  return vq::Apply(vq::Whole(*GetRTObjectBody(), [&] { return GetRTObjectBody()->RemoveThis(keepInTree); }));
 }
 
 VQSTATUS VQRTObject::SetDirty(int dirty) {
@@ -247,6 +263,7 @@ VQSTATUS VQRTObject::SetOffset(unsigned long offset) {
   if (offset != 0 && !static_cast<VQStylizedTextBody*>(Body)->HasPlace(offset)) {
     return vq::Apply(VQERR_INVALID_PARAMETER);
   }
+  if (offset != 0) static_cast<VQStylizedTextBody*>(Body)->NoteCharacters();
   Offset = offset;
   return VQ_OK;
 }

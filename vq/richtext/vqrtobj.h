@@ -71,6 +71,7 @@ class VQ_API VQRTObject : public VQSmartPtr {
 
  protected:
   friend class VQStylizedTextBody;
+  friend class vq::Edit;
 
   void ValidateRTType(const VQRTObject& object) const;
   virtual void ValidateRTType(const VQRTObjectBody* body) const;
@@ -78,6 +79,10 @@ class VQ_API VQRTObject : public VQSmartPtr {
   void Attach(VQRTObjectBody* body, unsigned long offset);
   // By a run whose character under this handle has gone, or has come: to this one, or to its right edge.
   virtual void MoveTo(unsigned long offset, int rightEdge);
+  virtual int GetEdge() const { return 0; }
+  void LeaveRun();
+  // By an edit that was taken back: the run knows this handle.
+  void PutBack(VQStylizedTextBody* run, unsigned long offset, int rightEdge);
 
   unsigned long Offset = 0;
 

@@ -5,6 +5,7 @@
 
 #include "engine/ods.h"
 #include "vq/richtext/pabindex.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqrtbase.h"
 #include "vq/richtext/vqrtbody.h"
 #include "vq/richtext/vqrtcrsr.h"
@@ -56,8 +57,8 @@ VQRTObjectBody::~VQRTObjectBody() { VQRTObjectBody::Close(); }
 
 VQSTATUS VQRTObjectBody::Close() {
   if (Closed) return VQWARN_NOT_OPEN;
+  GiveUpContent();
   Closed = true;
-  DropContent();
   SetFlag(VQRTOBJECTBODY_DIRTY, false);
   if (Parent) Parent->Unlink(this);
   return VQ_OK;
@@ -85,9 +86,9 @@ VQSTATUS VQRTObjectBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS) {
   if (!source || source == this) return VQERR_INVALID_PARAMETER;
   if (source->Closed) return VQERR_OBJECT_CLOSED;
   if (!source->IsType(GetType())) return VQERR_INAPPROPRIATE;
+  TakeRecord(*source);
   Closed = false;
   Type = source->Type;
-  TakeRecord(*source);
   MarkDirty();
   return VQ_OK;
 }
@@ -103,7 +104,7 @@ void VQRTObjectBody::TakeRecord(const VQRTObjectBody& source) {
       std::memcpy(taken.GetBytes(), bytes.Get(), bytes.GetSize());
     }
   }
-  DropContent();
+  GiveUpContent();
   if (!taken.IsOwn()) return;
   Content = std::move(taken);
   SetFlag(VQRTOBJECTBODY_CDOUTDATED, true);
@@ -111,10 +112,8 @@ void VQRTObjectBody::TakeRecord(const VQRTObjectBody& source) {
 
 VQSTATUS VQRTObjectBody::Delete() {
   if (Closed) return VQERR_OBJECT_CLOSED;
-  AddReference();
-  const VQSTATUS status = Close();
-  Release();
-  return status;
+  const VQRTObject hold(this);
+  return Close();
 }
 
 VQSTATUS VQRTObjectBody::FindContainer(VQRTTYPE type, VQRTObject* container) {

@@ -11,6 +11,7 @@
 #include "vq/richtext/signature.h"
 
 namespace vq {
+class Edit;
 class RecordBytes;
 class RecordWriter;
 }  // namespace vq
@@ -125,6 +126,7 @@ class VQ_API VQRTObjectBody : public VQBody {
   friend class VQRTContainerBody;
   friend class VQRichTextBody;
   friend class VQRichTextParser;
+  friend class vq::Edit;
   friend class vq::RecordWriter;
   friend class vq::RecordBytes;
 
@@ -136,6 +138,11 @@ class VQ_API VQRTObjectBody : public VQBody {
   // Points at the same bytes in their new place and drops the value block.
   void Rebind(vq::RecordSource* source, std::uint32_t offset, std::uint32_t size);
   void DropContent();
+  void NoteWrite(std::uint32_t offset, std::uint32_t size);
+  // The same for an edit that may be taken back.
+  void GiveUpContent();
+  // By an edit that was taken back: what was remembered of the bytes no longer holds.
+  virtual void ContentRestored() { Counted = false; }
   // Takes the bytes along before the object leaves the block that they lie in.
   void KeepContent();
   // Dirty bit and that of all above, whose blocks will be written anew.

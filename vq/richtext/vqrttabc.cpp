@@ -68,6 +68,12 @@ VQSTATUS VQTableCellBody::Copy(VQRTObjectBody* source, VQRTCOPYOPTIONS options) 
   return status;
 }
 
+void VQTableCellBody::ContentRestored() {
+  VQRTContainerBody::ContentRestored();
+  TakePlace();
+  if (VQTableBody* table = GetTable()) table->ChildrenChanged();
+}
+
 // Row and column, a byte each, margins and fractional width, words, stand together.
 void VQTableCellBody::TakePlace() {
   unsigned char bytes[kPlaceSize] = {};

@@ -98,6 +98,7 @@ class VQ_API VQTableCellBody : public VQRTContainerBody {
   [[nodiscard]] VQSTATUS InitCell(std::uint16_t pabid, const CDPABDEFINITION* definition);
   void TakePlace();
   void ChildrenChanged() override { Definitions = kUnknown; }
+  void ContentRestored() override;
   // For most cells known without a look at their children.
   bool HasNoDefinitions() const;
 

@@ -1,5 +1,6 @@
 // The handle on a run.
 #include "vq/richtext/font.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/vqstyltx.h"
 #include "vq/values/vqstring.h"
 
@@ -56,5 +57,6 @@ VQSTATUS VQStylizedText::SetFontStyle(const VQFontStyle& style) {
 
 VQSTATUS VQStylizedText::SplitText(unsigned long offset) {
   if (IsNull()) return vq::Apply(VQERR_OBJECT_NOT_INITIALIZED);
-  return vq::Apply(GetStylizedTextBody()->SplitText(offset));
+  VQStylizedTextBody& body = *GetStylizedTextBody();
+  return vq::Apply(vq::Whole(body, [&] { return body.SplitText(offset); }));
 }

@@ -7,6 +7,7 @@
 #include "engine/text.h"
 #include "vq/richtext/font.h"
 #include "vq/richtext/rtcheck.h"
+#include "vq/richtext/rtedit.h"
 #include "vq/richtext/rttext.h"
 #include "vq/richtext/vqrtcrsr.h"
 #include "vq/richtext/vqrtwrit.h"
@@ -38,6 +39,7 @@ VQStylizedTextBody::~VQStylizedTextBody() { VQStylizedTextBody::Close(); }
 VQSTATUS VQStylizedTextBody::Close() {
   if (Closed) return VQWARN_NOT_OPEN;
   if (RTChars) {
+    NoteCharacters();
     for (VQRTObject* character : RTChars->Handles) character->Offset = 0;
     RTChars.reset();
   }
@@ -119,6 +121,10 @@ void VQStylizedTextBody::Replace(std::uint32_t offset, std::uint32_t oldBytes, c
                                  std::uint32_t newBytes) {
   const auto count = static_cast<std::uint32_t>(GetByteCount());
   MakeValue(kFixedPart);
+  Content.Reserve(vq::Padded(kFixedPart + count - oldBytes + newBytes));
+  if (vq::Edit* edit = vq::Edit::Of(*this)) {
+    edit->Splices(*this, kFixedPart + count, kFixedPart + offset, oldBytes, newBytes);
+  }
   Content.Resize(kFixedPart + count);  // without the padding byte
   if (Content.GetBytes()[1] != 0xFF) vq::WriteRecordHeader(Content.GetBytes(), SIG_CD_TEXT, kFixedPart);
   Content.Splice(kFixedPart + offset, oldBytes, newBytes);
@@ -142,6 +148,7 @@ VQSTATUS VQStylizedTextBody::InsertText(unsigned long charOffset, const VQString
   if (EngTextSpanChars(text.GetBuf(), static_cast<std::uint32_t>(bytes), &characters) != 0) return VQERR_STRING_SIZE;
 
   std::vector<unsigned char> record(text.GetBuf(), text.GetBuf() + bytes);
+  NoteCharacters();
   std::replace(record.begin(), record.end(), static_cast<unsigned char>('\n'), static_cast<unsigned char>(0));
   Replace(prefix, 0, record.data(), static_cast<std::uint32_t>(bytes));
   if (!RTChars) return status;
@@ -163,6 +170,7 @@ VQSTATUS VQStylizedTextBody::RemoveText(unsigned long first, unsigned long count
   if (first == 0 || SpanBytes(first - 1, &from) != VQ_OK || SpanBytes(first - 1 + count, &to) != VQ_OK) {
     return VQERR_INVALID_PARAMETER;
   }
+  NoteCharacters();
   const unsigned long left = RTChars ? GetCharacterCount() - count : 0;
   Replace(from, to - from, nullptr, 0);
   if (!RTChars) return VQ_OK;
@@ -188,6 +196,7 @@ VQSTATUS VQStylizedTextBody::SetValue(const VQString& text, int convertNewlines)
   std::uint32_t characters = 0;
   if (bytes > 0 && EngTextSpanChars(text.GetBuf(), bytes, &characters) != 0) return VQERR_STRING_SIZE;
   if (RTChars) {
+    NoteCharacters();
     for (VQRTObject* character : RTChars->Handles) {
       if (characters == 0 && character->Offset == 1) character->MoveTo(1, 0);
       if (character->Offset > std::max<std::uint32_t>(characters, 1)) character->Offset = 0;
@@ -287,8 +296,13 @@ VQSTATUS VQStylizedTextBody::SetFontID(unsigned long fontID) {
   return WriteODS(ODS_CDTEXT, &record, 0);
 }
 
+void VQStylizedTextBody::NoteCharacters() {
+  if (vq::Edit* edit = vq::Edit::Of(*this)) edit->MovesCharacters(*this);
+}
+
 void VQStylizedTextBody::AddRTChar(VQRTObject* character) {
   VQ_ASSERT_TEXT(character, "rtchar", "VQRTCHAR");
+  NoteCharacters();
   if (!RTChars) RTChars = std::make_unique<Characters>();
   RTChars->Handles.push_back(character);
 }

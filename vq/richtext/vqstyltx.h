@@ -76,9 +76,13 @@ class VQ_API VQStylizedTextBody : public VQRTContainerBody {
   // Character handles announce themselves. An offset of 0 makes a handle dead.
   void AddRTChar(VQRTObject* character);
   void RemoveRTChar(VQRTObject* character);
+  // Comes before these where the handle lives on, and before all that moves handles.
+  void NoteCharacters();
   unsigned long GetRTCharCount() const { return RTChars ? RTChars->Handles.size() : 0; }
 
  private:
+  friend class vq::Edit;
+
   // The characters of a run while it stays as it is.
   struct TextBytes {
     explicit TextBytes(const VQStylizedTextBody& run);
