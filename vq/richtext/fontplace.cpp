@@ -109,7 +109,7 @@ FontGuard::~FontGuard() {
 
 void FontGuard::Restore() {
   if (Before) {
-    Before->Table.GetFontTableBody()->SetContents(Before->Faces);
+    static_cast<void>(Before->Table.GetFontTableBody()->TakeBack(Before->Faces));
     return;
   }
   VQFontTable table;

@@ -158,6 +158,14 @@ void VQFontTableBody::SetContents(const Contents& contents) {
   SetDirty(contents.Dirty);
 }
 
+VQSTATUS VQFontTableBody::TakeBack(const Contents& contents) {
+  const bool grown = Entries.size() != contents.Entries.size();
+  SetContents(contents);
+  if (!grown || Entries.empty()) return VQ_OK;
+  SetDirty(1);
+  return Flush();
+}
+
 VQSTATUS VQFontTableBody::TakeFaces(VQFontTableBody& other) {
   if (VQSTATUS status = other.Load()) return status;
   Entries = other.Entries;

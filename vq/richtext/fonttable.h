@@ -103,6 +103,8 @@ class VQ_API VQFontTableBody : public VQCompositeItemBody {
   };
   Contents GetContents() { return {HighestFace, Entries, IsDirty()}; }
   void SetContents(const Contents& contents);
+  // The same when faces have come since, which may have been stored.
+  [[nodiscard]] VQSTATUS TakeBack(const Contents& contents);
   [[nodiscard]] VQSTATUS FindFace(unsigned face, CDFACE* target);
   [[nodiscard]] VQSTATUS FindName(const ENGCHAR* name, CDFACE* target);
   // Position of a face or name, or the count.
