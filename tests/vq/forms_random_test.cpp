@@ -185,12 +185,14 @@ struct Field {
   VQRTTYPE Type = VQRTTYPE_NONE;
   Values Is;
   int Definition = -1;  // of a shared field, whose own values say nothing
+  bool operator==(const Field&) const = default;
 };
 
 // A form's body, or a subform's.
 struct Part {
   std::vector<Field> Fields;
   std::vector<int> Places;  // of subforms
+  bool operator==(const Part&) const = default;
 };
 
 struct World {
@@ -461,27 +463,39 @@ class RandomForm : public FormsFixture {
     if (expected == VQ_OK) field = {definition.Name, definition.Type, {}, which};
   }
 
+  // After another handle has stored something that this form has changed too: nothing of the form is stored.
+  void SaveInVain() {
+    ASSERT_EQ(Edited.Save(), VQSTATUS{ENG_ERR_SLATE_CONFLICT});
+    Reopen();
+  }
   // Another handle changes a subform and stores it; the form sees it by its next save.
   void ChangeSubform() {
-    const int which = static_cast<int>(Below(3));
-    if (Touched.contains(-1 - which)) return;
-    VQSubform subform(Db.GetDatabaseBody(), SubformIDs[static_cast<std::size_t>(which)]);
-    ASSERT_EQ(subform.Open(), VQ_OK);
-    VQRichText text;
-    ASSERT_EQ(subform.GetSubformBody(&text), VQ_OK);
-    Part& part = Stored.Subforms[static_cast<std::size_t>(which)];
+    const std::size_t which = Below(3);
+    const int where = static_cast<int>(which);
+    const bool changed = Live.Subforms[which] != Stored.Subforms[which];
+    if (changed ? Live.Check() != VQ_OK : Touched.contains(-1 - where)) return;
+    Part& part = Stored.Subforms[which];
     for (const Field& field : part.Fields) {
       if (field.Definition >= 0 && Touched.contains(field.Definition)) return;
     }
-    Below(4) != 0 ? CreateIn(text, part, which) : Below(2) != 0 ? DeleteFrom(text, part) : PlaceIn(text, part);
+    const Part before = part;
+    VQSubform subform(Db.GetDatabaseBody(), SubformIDs[which]);
+    VQRichText text;
+    ASSERT_EQ(subform.Open(), VQ_OK);
+    ASSERT_EQ(subform.GetSubformBody(&text), VQ_OK);
+    Below(4) != 0 ? CreateIn(text, part, where) : Below(2) != 0 ? DeleteFrom(text, part) : PlaceIn(text, part);
     ASSERT_EQ(subform.Save(), VQ_OK);
-    Live.Subforms[static_cast<std::size_t>(which)] = part;
+    if (changed) return part != before ? SaveInVain() : Reopen();
+    Live.Subforms[which] = part;
     DropUnheld();
     Below(2) != 0 ? Save() : Reopen();
   }
   void ChangeDefinition() {
     if (Stored.Definitions.empty()) return;
-    Field& definition = OneOf(Stored.Definitions);
+    const std::size_t which = Below(Stored.Definitions.size());
+    Field& definition = Stored.Definitions[which];
+    const Field before = definition;
+    const bool changed = Live.Definitions[which] != definition && Live.Check() == VQ_OK;
     VQSharedField shared;
     ASSERT_EQ(Db.GetSharedField(Store(definition.Name), &shared), VQ_OK);
     ASSERT_EQ(shared.Open(), VQ_OK);
@@ -489,16 +503,16 @@ class RandomForm : public FormsFixture {
     ASSERT_EQ(shared.GetField(&field), VQ_OK);
     SetAny(field, &definition);
     ASSERT_EQ(shared.Save(), VQ_OK);
+    if (changed && definition != before) return SaveInVain();
     Reopen();
   }
-  // The other one stays, and nothing of what this one has changed is stored.
   void SaveBehindAnother() {
-    if (!Touched.empty() || Stored.Check() != VQ_OK || Live.Check() != VQ_OK) return;
+    if (Stored.Check() != VQ_OK || Live.Check() != VQ_OK) return;
+    const Values before = Stored.Form;
     VQForm other = ReopenedForm(Edited);
     SetFormProperty(other, &Stored.Form);
     ASSERT_EQ(other.Save(), VQ_OK);
-    ASSERT_EQ(Edited.Save(), VQSTATUS{ENG_ERR_SLATE_CONFLICT});
-    Reopen();
+    Stored.Form != before ? SaveInVain() : Reopen();
   }
   void SetFormProperty(VQForm& form, Values* is) {
     auto property = OfForms.begin();
