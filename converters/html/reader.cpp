@@ -598,6 +598,8 @@ void HtmlReader::BeginParagraph() {
 
 void HtmlReader::EndParagraph() {
   if (HasParagraph) {
+    // The last break shows nothing.
+    for (; PendingBreaks > 1; --PendingBreaks) Losses.Add(Loss::kBreak, Line);
     PutAnchors();
     Runs.EndLink();
     Out.EndParagraph();

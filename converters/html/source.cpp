@@ -13,6 +13,7 @@ namespace conv {
 namespace {
 
 constexpr std::string_view kReplacement = "\uFFFD";
+constexpr std::uint32_t kNoCharacter = 0xFFFFFFFF;
 
 // Names that go without a semicolon: those of the characters from U+00A0 on, and some more.
 constexpr std::string_view kLatinNames[] = {
@@ -96,7 +97,66 @@ std::size_t BadLength(std::string_view text) {
   return length;
 }
 
+struct WideForm {
+  std::string_view Start;
+  std::size_t Unit;
+  bool BigEndian;
+  std::size_t Mark;  // bytes at the start that are no text
+};
+
+const WideForm* FormOf(std::string_view html) {
+  static constexpr WideForm kForms[] = {
+      {{"\xFF\xFE\0\0", 4}, 4, false, 4}, {{"\0\0\xFE\xFF", 4}, 4, true, 4}, {{"<\0\0\0", 4}, 4, false, 0},
+      {{"\0\0\0<", 4}, 4, true, 0},       {"\xFF\xFE", 2, false, 2},         {"\xFE\xFF", 2, true, 2},
+  };
+  const auto* form = std::ranges::find_if(kForms, [&](const WideForm& each) { return html.starts_with(each.Start); });
+  return form == std::end(kForms) ? nullptr : form;
+}
+
+// Of bytes that the text ends within, a number that is no character's.
+std::uint32_t UnitAt(std::string_view html, std::size_t at, const WideForm& form) {
+  if (html.size() - at < form.Unit) return kNoCharacter;
+  std::uint32_t unit = 0;
+  for (std::size_t i = 0; i < form.Unit; ++i) {
+    const std::size_t from = form.BigEndian ? i : form.Unit - 1 - i;
+    unit = unit << 8 | static_cast<unsigned char>(html[at + from]);
+  }
+  return unit;
+}
+
+void AppendUtf8(std::uint32_t character, std::string* text) {
+  const auto put = [&](std::uint32_t byte) { text->push_back(static_cast<char>(byte)); };
+  if (character < 0x80) return put(character);
+  const unsigned more = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+  constexpr std::uint32_t kFirst[] = {0, 0xC0, 0xE0, 0xF0};
+  put(kFirst[more] | character >> 6 * more);
+  for (unsigned left = more; left > 0; --left) put(0x80 | (character >> 6 * (left - 1) & 0x3F));
+}
+
 }  // namespace
+
+bool DecodeWide(std::string_view html, std::string* utf8, unsigned* replaced) {
+  const WideForm* form = FormOf(html);
+  if (!form) return false;
+  for (std::size_t at = form->Mark; at < html.size(); at += form->Unit) {
+    std::uint32_t character = UnitAt(html, at, *form);
+    if (form->Unit == 2 && character >> 10 == 0xD800 >> 10 && at + 2 < html.size()) {
+      const std::uint32_t second = UnitAt(html, at + 2, *form);
+      if (second >> 10 == 0xDC00 >> 10) {
+        character = 0x10000 + ((character & 0x3FF) << 10 | (second & 0x3FF));
+        at += 2;
+      }
+    }
+    const bool control = character >= 0x80 && character < 0xA0;
+    if (character >= 0x110000 || character >> 11 == 0xD800 >> 11 || control) {
+      utf8->append(kReplacement);
+      ++*replaced;
+    } else {
+      AppendUtf8(character, utf8);
+    }
+  }
+  return true;
+}
 
 Encoding EncodingOf(std::string_view html) {
   std::size_t characters = 0, bad = 0;

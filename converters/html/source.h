@@ -9,6 +9,9 @@ namespace conv {
 
 enum class Encoding { kAscii, kUtf8, kDamagedUtf8, kOther };
 
+// Whether it is UTF-16 or UTF-32, which its first bytes tell. *utf8 then holds the page, with U+FFFD where there is no
+// character, and their number is added.
+bool DecodeWide(std::string_view html, std::string* utf8, unsigned* replaced);
 // UTF-8 with other bytes in it is damaged where the page says that it is UTF-8, or says nothing and has more characters
 // of that than other bytes.
 Encoding EncodingOf(std::string_view html);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <span>
 #include <vector>
 
 #include "converters/html/css.h"
@@ -45,22 +46,33 @@ std::size_t TagEnd(std::string_view html, std::size_t at, std::size_t* surplus) 
   return at;
 }
 
-bool IsFormat(std::string_view name) {
-  constexpr std::string_view kNames[] = {"b", "big", "i", "s", "small", "strike", "tt", "u"};
-  return std::ranges::find(kNames, name) != std::end(kNames);
+bool IsOneOf(std::string_view name, std::span<const std::string_view> names) {
+  return std::ranges::find(names, name) != names.end();
 }
 
-// What an open format does not reach beyond.
-bool IsBoundary(std::string_view name) {
-  constexpr std::string_view kNames[] = {"body",  "caption", "center", "dd",    "dl", "dt",    "html", "li", "ol",
-                                         "table", "tbody",   "td",     "tfoot", "th", "thead", "tr",   "ul"};
-  return std::ranges::find(kNames, name) != std::end(kNames);
+bool IsFormat(std::string_view name) {
+  constexpr std::string_view kNames[] = {"b", "big", "font", "i", "s", "small", "strike", "tt", "u"};
+  return IsOneOf(name, kNames);
+}
+
+// A format that is open ahead of it goes on behind it, and its end within is none.
+bool IsScope(std::string_view name) {
+  constexpr std::string_view kNames[] = {"center", "dl", "ol", "table", "ul"};
+  return IsOneOf(name, kNames);
+}
+
+// Formats that have begun in the one ahead of it don't reach into it.
+bool IsItem(std::string_view name) { return name == "dd" || name == "dt" || name == "li"; }
+
+bool IsTablePart(std::string_view name) {
+  constexpr std::string_view kNames[] = {"caption", "tbody", "td", "tfoot", "th", "thead", "tr"};
+  return IsOneOf(name, kNames);
 }
 
 bool IsBlock(std::string_view name) {
-  constexpr std::string_view kNames[] = {"blockquote", "div", "form", "h1", "h2", "h3",
-                                         "h4",         "h5",  "h6",   "hr", "p",  "pre"};
-  return IsBoundary(name) || std::ranges::find(kNames, name) != std::end(kNames);
+  constexpr std::string_view kNames[] = {"blockquote", "body", "div", "form", "h1",   "h2", "h3",
+                                         "h4",         "h5",   "h6",  "hr",   "html", "p",  "pre"};
+  return IsScope(name) || IsItem(name) || IsTablePart(name) || IsOneOf(name, kNames);
 }
 
 // In lower case; of a long one the begin.
@@ -89,9 +101,9 @@ class FormatFinder {
   void Take(std::size_t name, std::size_t end) {
     const std::string tag = NameAt(Html, name);
     const bool ends = Html[name - 1] == '/';
-    if (IsBoundary(tag)) Open.clear();
+    PassBoundary(tag, ends);
     if (IsBlock(tag)) InParagraph = tag == "p" && !ends;
-    if (InParagraph && tag == "p") ++Paragraphs;
+    if (!ends && (tag == "p" || tag == "center")) ++Paragraphs;
     if (!IsFormat(tag)) return;
     if (ends) {
       Close(tag, name, end);
@@ -109,12 +121,36 @@ class FormatFinder {
   struct Format {
     std::string Name;
     std::size_t Place;
-    std::size_t Paragraphs;  // that have begun before it
+    std::size_t Paragraphs;  // and centred parts, that have begun before it
   };
 
+  struct Scope {
+    std::string Name;
+    std::size_t Formats;  // that are open around it
+  };
+
+  std::size_t Floor() const { return Scopes.empty() ? 0 : Scopes.back().Formats; }
+  void PassBoundary(const std::string& tag, bool ends) {
+    if (IsScope(tag) && !ends) return Scopes.push_back({tag, Open.size()});
+    if (tag == "body" || tag == "html") {
+      Scopes.clear();
+    } else if (IsScope(tag) || IsTablePart(tag)) {
+      const std::string_view around = IsScope(tag) ? std::string_view(tag) : "table";
+      while (!Scopes.empty() && Scopes.back().Name != around) {
+        // Nothing in a table ends what is around it.
+        Scopes.back().Name == "table" ? Scopes.clear() : Scopes.pop_back();
+      }
+    } else if (!IsItem(tag)) {
+      return;
+    }
+    Open.resize(Floor());
+    if (IsScope(tag) && !Scopes.empty()) Scopes.pop_back();
+  }
+
   void Close(const std::string& tag, std::size_t name, std::size_t end) {
-    const auto begin = std::ranges::find(Open.rbegin(), Open.rend(), tag, &Format::Name);
-    if (begin == Open.rend()) return;
+    const auto last = std::prev(Open.rend(), static_cast<std::ptrdiff_t>(Floor()));
+    const auto begin = std::ranges::find(Open.rbegin(), last, tag, &Format::Name);
+    if (begin == last) return;
     // An open paragraph that goes on behind the format would end with it.
     const bool whole = !InParagraph || IsAtBlock(Html, end);
     if (begin->Paragraphs != Paragraphs && whole) Places.insert(Places.end(), {begin->Place, name});
@@ -123,6 +159,7 @@ class FormatFinder {
 
   std::string_view Html;
   std::vector<Format> Open;
+  std::vector<Scope> Scopes;
   std::size_t Paragraphs = 0;
   bool InParagraph = false;
   std::vector<std::size_t> Places;

@@ -10,8 +10,8 @@ namespace conv {
 // Tags have no more than 1,000 attributes; those with more are counted. The text, or *kept, which then holds it.
 std::string_view WithoutSurplus(std::string_view html, std::string* kept, unsigned* cut);
 
-// The parser ends formats where a paragraph begins; browsers don't. Formats around whole paragraphs that end in the
-// same cell or item get names that it does not know. The text, or *marked, which then holds it.
+// The parser ends formats where a paragraph or a centred part begins; browsers don't. Formats around whole ones that
+// end in the same cell or item get names that it does not know. The text, or *marked, which then holds it.
 std::string_view MarkFormats(std::string_view html, std::string* marked);
 // Of an element: its name without that mark.
 std::string NameOfMarked(const std::string& name);

@@ -201,17 +201,18 @@ struct HtmlTree::Events {
 ENGSTATUS HtmlTree::Read(std::string_view html) {
   static std::once_flag once;
   std::call_once(once, xmlInitParser);
-  constexpr std::size_t kMost = 0x7FFFFFFF;
-  if (html.size() > kMost) return ENG_ERR_MEMORY;
-  const bool wide = html.starts_with("\xFF\xFE") || html.starts_with("\xFE\xFF");
-  std::string repaired, cleaned, kept, marked;
-  Encoding encoding = wide ? Encoding::kOther : EncodingOf(html);
+  std::string decoded, repaired, cleaned, kept, marked;
+  const bool wide = DecodeWide(html, &decoded, &Invalid);
+  if (wide) html = decoded;
+  Encoding encoding = wide ? Encoding::kUtf8 : EncodingOf(html);
   if (encoding == Encoding::kDamagedUtf8) {
     html = repaired = Repaired(html, &Invalid);
     encoding = Encoding::kUtf8;
   }
-  if (!wide && NeedsCleaning(html)) html = cleaned = Cleaned(html, &Invalid);
-  if (!wide) html = MarkFormats(WithoutSurplus(html, &kept, &CutTags), &marked);
+  if (NeedsCleaning(html)) html = cleaned = Cleaned(html, &Invalid);
+  html = MarkFormats(WithoutSurplus(html, &kept, &CutTags), &marked);
+  constexpr std::size_t kMost = 0x7FFFFFFF;
+  if (html.size() > kMost) return ENG_ERR_MEMORY;
   if (html.empty()) return ENG_OK;
   htmlSAXHandler handler = {};
   handler.startElement = Events::Start;

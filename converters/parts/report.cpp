@@ -42,6 +42,7 @@ constexpr std::array<const char*, static_cast<std::size_t>(Loss::kCount)> kWords
     "links around tables end with them",
     "lists got space between their items",
     "links end with the links within them",
+    "line breaks at ends of paragraphs left out",
 };
 
 constexpr std::size_t kLongestDetail = 60;

@@ -46,6 +46,7 @@ enum class Loss {
   kCutLink,         // what stood in a link behind a table
   kTightList,       // items with space between, so that Markdown can tell their blocks apart
   kNestedLink,      // a link within a link, which ends there
+  kBreak,           // a line break with nothing behind it in its paragraph
   kCount
 };
 

@@ -55,7 +55,15 @@ TEST(HtmlText, IsCarried) {
        "<p>f</p>\n<p>gh</p>\n"},
       {"formats that begin ahead of a table", "<b>f<table><tr><td><p>g<td>h</table><p>i</b>",
        "<p><strong>f</strong></p>\n<table>\n<tbody>\n<tr>\n<td><strong>g</strong></td>\n"
-       "<td><strong>h</strong></td>\n</tr>\n</tbody>\n</table>\n<p>i</p>\n"},
+       "<td><strong>h</strong></td>\n</tr>\n</tbody>\n</table>\n<p><strong>i</strong></p>\n"},
+      {"formats around centred parts", "<i><center>a</center></i><font color=red><center>b</center>c</font>d",
+       "<p style=\"text-align:center\"><em>a</em></p>\n"
+       "<p style=\"text-align:center\"><span style=\"color:#ff0000\">b</span></p>\n"
+       "<p><span style=\"color:#ff0000\">c</span>d</p>\n"},
+      {"formats that end in another part", "<i><center>a</i>b</center>c<ul><li><b>d</ul><p>e</b>f",
+       "<p style=\"text-align:center\">ab</p>\n<p>c</p>\n<ul>\n<li><strong>d</strong></li>\n</ul>\n<p>ef</p>\n"},
+      {"formats around lists", "<u><ul><li>a<p>b</ul><p>c</u><p>d",
+       "<ul>\n<li><u>a</u>\n<p><u>b</u></p>\n</li>\n</ul>\n<p><u>c</u></p>\n<p>d</p>\n"},
       {"spaces ahead of blocks", "<b>a <p>b</b>", "<p><strong>a</strong></p>\n<p><strong>b</strong></p>\n"},
       {"an empty paragraph between", "<p>a</p><p><br></p><p>b</p>", "<p>a</p>\n<p><br /></p>\n<p>b</p>\n"},
       {"references", "&lt;&amp;&gt;&quot;&#65;&eacute;&nbsp;", "<p>&lt;&amp;&gt;&quot;A\xC3\xA9\xC2\xA0</p>\n"},
@@ -176,6 +184,8 @@ TEST(HtmlReport, TellsWhatIsMissing) {
        "properties of styles left out: 5: text\n"},
       {"characters that are none", "<p>a&#0;b&#xD800; c&#99999999dead&#x41;", "<p>a\uFFFDb\uFFFD c\uFFFDdeadA</p>\n",
        "bytes or characters replaced: 3\n"},
+      {"line breaks at ends of paragraphs", "<p>a<br><br><br></p>b<br><br><hr><p><br></p>c",
+       "<p>a</p>\n<p>b</p>\n<hr />\n<p><br /></p>\n<p>c</p>\n", "line breaks at ends of paragraphs left out: 3\n"},
       {"bad bytes in UTF-8",
        "<meta http-equiv=a content='text/html; charset=UTF-8'><p>a\xFF\xC3z\xE2\x82 \u00E9\xC2\x80",
        "<p>a\uFFFD\uFFFDz\uFFFD \u00E9\uFFFD</p>\n", "bytes or characters replaced: 4\n"},
@@ -261,15 +271,27 @@ TEST(HtmlIn, TakesTheTextsOwnEncoding) {
     const char* What;
     std::string In;
     const char* Out;
+    const char* Report = "";
   } rows[] = {
       {"UTF-8 that says nothing", "<p>\xC3\xA9", "<p>\xC3\xA9</p>\n"},
       {"UTF-8 that says otherwise", "<meta charset=iso-8859-1><p>\xC3\xA9", "<p>\xC3\xA9</p>\n"},
       {"Latin-1 that says so", "<meta charset=iso-8859-1><p>\xE9", "<p>\xC3\xA9</p>\n"},
       {"Latin-1 that says nothing", "<p>\xE9", "<p>\xC3\xA9</p>\n"},
       {"UTF-16", std::string("\xFF\xFE<\0p\0>\0\xE9\0", 10), "<p>\xC3\xA9</p>\n"},
+      {"UTF-16, the high byte first, with a pair and half of one",
+       {"\xFE\xFF\xD8\x3D\xDE\0\xDC\0\0a", 10},
+       "<p>\U0001F600\uFFFDa</p>\n",
+       "bytes or characters replaced: 1\n"},
+      {"UTF-32", {"\xFF\xFE\0\0<\0\0\0p\0\0\0>\0\0\0\0\xF6\x01\0", 20}, "<p>\U0001F600</p>\n"},
+      {"UTF-32, the high byte first, unmarked, cut",
+       {"\0\0\0<\0\0\0p\0\0\0>\0\0\0a\0\x11\0\0\0\0", 22},
+       "<p>a\uFFFD\uFFFD</p>\n",
+       "bytes or characters replaced: 2\n"},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(ToHtml(FromHtml(row.In).Bytes).Bytes, row.Out) << row.What;
+    const Converted records = FromHtml(row.In);
+    EXPECT_EQ(records.Report, row.Report) << row.What;
+    EXPECT_EQ(ToHtml(records.Bytes).Bytes, row.Out) << row.What;
   }
 }
 
