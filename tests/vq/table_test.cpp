@@ -732,7 +732,9 @@ TEST_F(Table, GoesOnWithoutLinesThatLostTheirCells) {
     SCOPED_TRACE(row.What);
     VQRichText text = RichText(Begin() + row.Cells + TableEnd());
     VQTable table = TableAt(text, 0);
+    ASSERT_EQ(table(1, 0).SetCDTableCellColumnSpan(2), VQ_OK);
     ASSERT_EQ(row.Edit(table), VQ_OK);
+    EXPECT_EQ(table(0, 0).GetCDTableCell().ColumnSpan, 1);
     const VQRichText again = RichText(Written(text));
     for (const VQTable& each : {table, TableAt(again, 0)}) {
       VQString string;

@@ -170,10 +170,13 @@ VQSTATUS VQTableBody::DeleteRows(unsigned long position, unsigned long count) {
   const Vanished lost(going, cells, &VQTableCellBody::GetColumn);
   if (VQSTATUS status = DeleteCells(going)) return status;
   if (VQSTATUS status = ShiftRows(shifted, cells.end(), -less)) return status;
-  for (VQTableCellBody* cell : cells) {
-    VQTableCellBody::Place place = cell->GetPlace();
+  for (std::size_t i = 0; i < cells.size() && lost.Count() > 0; ++i) {
+    VQTableCellBody::Place place = cells[i]->GetPlace();
+    const auto last = static_cast<std::int32_t>(layout.LastOf(cells, i));
+    const std::int32_t taken = last + 1 - place.Column, gone = lost.Before(last + 1) - lost.Before(place.Column);
+    if (VQSTATUS status = vq::TableLayout::SetSpan(*cells[i], taken, taken - gone)) return status;
     place.Column -= lost.Before(place.Column);
-    if (VQSTATUS status = cell->SetPlace(place)) return status;
+    if (VQSTATUS status = cells[i]->SetPlace(place)) return status;
   }
   KeepCells(std::move(cells), rows, columns - lost.Count());
   return VQ_OK;

@@ -195,17 +195,13 @@ std::size_t Renumbered(std::size_t column, TableLayout::Change change) {
 
 }  // namespace
 
-namespace {
-
-VQSTATUS SetSpan(VQTableCellBody& cell, std::size_t before, std::size_t after) {
+VQSTATUS TableLayout::SetSpan(VQTableCellBody& cell, std::int32_t before, std::int32_t after) {
   CDTABLECELL record{};
   // One that ends before its spans says none.
   if (before == after || cell.ReadCell(&record) != VQ_OK || record.ColumnSpan != before) return VQ_OK;
   record.ColumnSpan = static_cast<std::uint8_t>(after);
   return cell.WriteCell(record);
 }
-
-}  // namespace
 
 bool TableLayout::HasSharesOf(const TableLayout& other) const {
   if (!IsAutomatic() || !other.IsAutomatic() || GetCount() != other.GetCount()) return false;
@@ -222,7 +218,9 @@ VQSTATUS TableLayout::ApplyTo(const VQTableBody::CellList& cells, const TableLay
     const auto oldFirst = static_cast<std::size_t>(cells[i]->GetColumn());
     const std::size_t oldLast = before.LastOf(cells, i);
     const std::size_t first = Renumbered(oldFirst, change), last = Renumbered(oldLast, change);
-    if (VQSTATUS status = SetSpan(*cells[i], oldLast - oldFirst + 1, last - first + 1)) return status;
+    const auto taken = static_cast<std::int32_t>(oldLast - oldFirst + 1);
+    const auto takes = static_cast<std::int32_t>(last - first + 1);
+    if (VQSTATUS status = SetSpan(*cells[i], taken, takes)) return status;
     VQTableCellBody::Place place = PlaceOf(cells[i]->GetRow(), first, last);
     if (sharesStay) place.Fraction = cells[i]->GetPlace().Fraction;
     if (VQSTATUS status = SetCellMargins(*cells[i], place, last)) return status;

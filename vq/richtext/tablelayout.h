@@ -59,8 +59,11 @@ class TableLayout {
   // The last column that one of a table's cells takes.
   std::size_t LastOf(const VQTableBody::CellList& cells, std::size_t at) const;
 
+  // Where a cell's column span told how many columns the cell takes, it tells the new number.
+  [[nodiscard]] static VQSTATUS SetSpan(VQTableCellBody& cell, std::int32_t before, std::int32_t after);
+
   // Writes the plan into all cells, other than those that are to come and those that have gone, and their definitions.
-  // A cell's column span follows the columns that the cell takes where it told them.
+  // Column spans follow.
   [[nodiscard]] VQSTATUS ApplyTo(const VQTableBody::CellList& cells, const TableLayout& before, Change change) const;
 
  private:
