@@ -168,6 +168,7 @@ ENGSTATUS Slate::CheckForced(SlateHeader* header, std::vector<Store::ValueId>* r
       continue;
     }
     if (item.pool == 0) return ENG_ERR_SLATE_CONFLICT;
+    dropped_.push_back(item.aside);  // a rollback may bring it back
     item.aside = 0;
     item.touched = true;
   }

@@ -51,10 +51,15 @@ std::uint32_t HeaderSum(const SlateHeader& header) {
   return Checksum(bytes, header.id);
 }
 
-// Below zero for half of the sums, so that nearly all take the same room in the row: SQLite writes a row that keeps its
-// length over the former one, in the pages that change.
-std::uint64_t SumColumn(const SlateHeader& header) {
-  return static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(HeaderSum(header))});
+using SumDigits = std::array<std::uint8_t, 10>;
+
+// As ten digits, which SQLite reads as their number, so that all take the same room in the row: SQLite writes a row
+// that keeps its length over the former one, in the pages that change.
+SumDigits SumColumn(const SlateHeader& header) {
+  SumDigits digits;
+  std::uint32_t rest = HeaderSum(header);
+  for (std::size_t i = digits.size(); i-- > 0; rest /= 10) digits[i] = static_cast<std::uint8_t>('0' + rest % 10);
+  return digits;
 }
 
 bool TakeHeader(const Use& row, SlateHeader* header) {
@@ -187,7 +192,8 @@ ENGSTATUS SqliteStore::InsertSlate(SlateHeader* header, Bytes packed) {
   UniversalBytes parent;
   if (header->parent) parent = PackUniversal(header->parent->File, header->parent->Slate);
   header->parent ? use.Bind(12, Bytes(parent)) : use.BindNull(12);
-  use.Bind(13, SumColumn(*header));
+  const SumDigits sum = SumColumn(*header);
+  use.Bind(13, Bytes(sum));
   const ENGSTATUS status = Finish(use);
   if (status != ENG_OK) return status;
   NoteChange(*header, Trace::kSlate);
@@ -221,7 +227,8 @@ ENGSTATUS SqliteStore::UpdateSlate(SlateHeader* header, Bytes packed, const Slat
       use.BindNull(13);
       use.BindNull(14);
     }
-    use.Bind(15, SumColumn(*header));
+    const SumDigits sum = SumColumn(*header);
+    use.Bind(15, Bytes(sum));
     const ENGSTATUS status = Finish(use);
     if (status != ENG_OK) return status;
   }
@@ -268,7 +275,8 @@ ENGSTATUS SqliteStore::MakeDeletionStub(SlateHeader* header) {
   if (status != ENG_OK) return status;
   Use use = Start(Sql::kMakeDeletionStub);
   BindHeader(use, *header, counters_.feed);
-  use.Bind(8, SumColumn(*header));
+  const SumDigits sum = SumColumn(*header);
+  use.Bind(8, Bytes(sum));
   const ENGSTATUS made = Finish(use);
   if (made == ENG_OK) NoteChange(*header, Trace::kSlate);
   return made;

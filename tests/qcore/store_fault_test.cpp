@@ -113,6 +113,12 @@ TEST_F(Faults, ARowThatKeepsItsLengthIsWrittenOver) {
     FaultVfs::hook = nullptr;
   }
   EXPECT_LT(writes, 6 * kSaves);
+  // As earlier programs compare it, and as some of them wrote it.
+  const char* const plain =
+      "SELECT count(*) FROM slate WHERE length(sum)=10 AND CAST(sum AS INTEGER) BETWEEN 0 AND 4294967295";
+  EXPECT_EQ(Count(plain), 1);
+  Execute("UPDATE slate SET sum=CAST(sum AS INTEGER)-4294967296");
+  EXPECT_EQ(Data(OpenSlate(id), "Item0"), "a text of some length");
 }
 
 // A checkpoint writes to the store itself. While it does, no connection may start to write, since that could restart

@@ -105,6 +105,32 @@ TEST_F(Several, WhatIsRefused) {
   EXPECT_EQ(EngDbClose(other), ENG_OK);
 }
 
+// Two handles on one slate, the second forced over the first: what is taken back leaves no value that nobody has.
+TEST_F(Several, OneSlateTwiceTakenBack) {
+  for (const bool inside : {false, true}) {
+    SCOPED_TRACE(inside);
+    const std::uint32_t id = Make({{"Big", Repeated(9000, 'a')}}), gone = Make({{"A", "1"}});
+    const ENGHANDLE theirs = OpenSlate(id), ours = Changed(id), lost = Changed(gone);
+    EXPECT_EQ(Data(ours, "Big"), Repeated(9000, 'a'));
+    EXPECT_EQ(EngItemDelete(theirs, qtest::Find(theirs, "Big")), ENG_OK);
+    EXPECT_EQ(Update({theirs, ours}), ENG_ERR_SLATE_CONFLICT);
+    if (inside) {
+      ASSERT_EQ(EngDbBegin(db_), ENG_OK);
+      EXPECT_EQ(Update({theirs, ours}, ENG_UPDATE_FORCE), ENG_OK);
+      ASSERT_EQ(EngDbRollback(db_), ENG_OK);
+    } else {
+      EXPECT_EQ(EngSlateDelete(db_, gone, 0), ENG_OK);
+      EXPECT_EQ(Update({theirs, ours, lost}, ENG_UPDATE_FORCE), ENG_ERR_SLATE_DELETED);
+    }
+    EXPECT_FALSE(IsStored(id));
+    EXPECT_EQ(EngSlateUpdate(ours, 0), ENG_OK);
+    EXPECT_EQ(EngSlateUpdate(theirs, 0), ENG_ERR_SLATE_CONFLICT);
+    EXPECT_EQ(Data(ours, "Big"), Repeated(9000, 'a'));
+    EXPECT_EQ(Check(), ENG_OK);
+    for (const ENGHANDLE slate : {theirs, ours, lost}) EXPECT_EQ(EngSlateClose(slate), ENG_OK);
+  }
+}
+
 // Each write of the log fails once, and each sync.
 TEST_F(Several, AFailedWriteLeavesNone) {
   for (const qtest::Operation operation : {qtest::Operation::kWrite, qtest::Operation::kSync}) {
