@@ -189,6 +189,13 @@ std::vector<Operation> OtherOperations() {
           "a file of no slate", [](auto& on, auto& at, auto&) { return on.CreateAttachment("F", &at); },
           VQERR_ATTACHMENT_NO_SLATE, "ab\ncd", kAnywhere),
       Op(
+          "a whole selection",
+          [](auto& on, auto& at, auto& to) {
+            VQRTSelection selection;
+            return on.IsSelectionValid(at, to, &selection) ? VQSTATUS{VQ_OK} : VQSTATUS{VQERR_RT_SELECTION_INVALID};
+          },
+          VQ_OK, "ab\ncd", kAnywhere),
+      Op(
           "no hotspot", [](auto& on, auto& at, auto& to) { return on.ClearHotspotRange(at, to); }, VQWARN_NOT_FOUND,
           "ab\ncd"),
   };

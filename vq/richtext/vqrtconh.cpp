@@ -206,24 +206,31 @@ int VQRTContainer::CanInsertType(VQRTTYPE type) const {
   return GetRTContainerBody()->CanInsertType(type);
 }
 
+namespace {
+
+VQRTContainerBody& Open(const VQRTContainer& container) {
+  if (container.IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
+  VQRTContainerBody& body = *container.GetRTContainerBody();
+  if (body.IsClosed()) vq::Throw(VQERR_OBJECT_CLOSED);
+  return body;
+}
+
+}  // namespace
+
 int VQRTContainer::IsSelectionValid(const VQRTCursor& start, const VQRTCursor& end, VQRTSelection* selection) const {
-  if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
-  return GetRTContainerBody()->IsSelectionValid(start, end, selection);
+  return Open(*this).IsSelectionValid(start, end, selection);
 }
 
 int VQRTContainer::IsSelectionValid(const VQRTCursor& start, unsigned long count, VQRTSelection* selection) const {
-  if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
-  return GetRTContainerBody()->IsSelectionValid(start, count, selection);
+  return Open(*this).IsSelectionValid(start, count, selection);
 }
 
 int VQRTContainer::IsSelectionValid(const VQRTCursor& start, VQRTTYPE type, VQRTSelection* selection) const {
-  if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
-  return GetRTContainerBody()->IsSelectionValid(start, type, selection);
+  return Open(*this).IsSelectionValid(start, type, selection);
 }
 
 int VQRTContainer::IsSelectionValid(const VQRTObject& object, VQRTSelection* selection) const {
-  if (IsNull()) vq::Throw(VQERR_OBJECT_NOT_INITIALIZED);
-  return GetRTContainerBody()->IsSelectionValid(object, selection);
+  return Open(*this).IsSelectionValid(object, selection);
 }
 
 VQSTATUS VQRTContainer::CreateFormField(const VQString& name, VQRTTYPE type, VQRTCursor* cursor, VQRTObject* created) {
