@@ -223,9 +223,9 @@ void Edit::RestoreCharacters() {
   }
   for (auto& [run, touched] : Runs) {
     if (!touched.Before) continue;
-    std::erase_if(touched.Before->Handles, [&](VQRTObject* handle) {
+    std::erase_if(touched.Before->Handles, [this, wanted = run](VQRTObject* handle) {
       const auto known = Handles.find(handle);
-      return known == Handles.end() || known->second.Run != run;
+      return known == Handles.end() || known->second.Run != wanted;
     });
     if (touched.Before->Handles.empty()) continue;
     touched.Before->Count = Characters::kUnknown;
