@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "converters/html/css.h"
+#include "converters/html/tags.h"
 #include "engine/status.h"
 
 namespace conv {
@@ -17,8 +18,6 @@ constexpr int kIndent = 720;
 constexpr int kTwipsOfPoint = 20;
 constexpr std::size_t kLongestAddress = 0x4000;
 constexpr std::uint8_t kFontSizes[] = {7, 8, 10, 12, 14, 18, 24};
-
-bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
 
 // Of an element, what an attribute does to its look, and nothing stands for.
 bool IsLook(std::string_view attribute, std::string_view element) {

@@ -15,8 +15,6 @@ namespace {
 constexpr unsigned kMostAttributes = 1000;
 constexpr std::string_view kMark = "format-";
 
-bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
-
 // Where the value ends that begins there.
 std::size_t ValueEnd(std::string_view html, std::size_t at) {
   while (at < html.size() && IsSpace(html[at])) ++at;

@@ -7,6 +7,8 @@
 
 namespace conv {
 
+constexpr bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
+
 // Tags have no more than 1,000 attributes; those with more are counted. The text, or *kept, which then holds it.
 std::string_view WithoutSurplus(std::string_view html, std::string* kept, unsigned* cut);
 

@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "qcore/forms/fixed.h"
 #include "qcore/records/layouts.h"
 #include "qcore/slates/readers.h"
 #include "qcore/slates/search.h"
@@ -55,14 +56,6 @@ class OpenedSlate {
 };
 
 std::uint16_t WordAt(Bytes bytes, std::size_t at) { return static_cast<std::uint16_t>(bytes[at] | bytes[at + 1] << 8); }
-
-template <typename Record>
-bool ReadFixed(std::uint16_t code, Bytes record, Record* fixed) {
-  const records::Layout* layout = records::Find(code);
-  if (record.size() < layout->length) return false;
-  records::Read(*layout, reinterpret_cast<const std::byte*>(record.data()), fixed, 1);
-  return true;
-}
 
 // The entries of the first item of the name, split at bars.
 std::vector<std::string> NamesOf(const std::shared_ptr<Database>& database, std::uint32_t id, std::string_view item) {

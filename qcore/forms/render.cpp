@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "qcore/forms/fixed.h"
 #include "qcore/forms/valuetext.h"
 #include "qcore/records/layouts.h"
 #include "qcore/store/wire.h"
@@ -207,11 +208,11 @@ namespace {
 bool Opens(std::uint16_t signature, Bytes record, bool* twice) {
   constexpr std::uint16_t kButton = 3;
   constexpr std::uint16_t kTypes[] = {1, 2, kButton, 4, 11, 14, 15};
-  if (record.size() < records::Find(ODS_CDHOTSPOTBEGIN)->length) return false;
-  const auto type = LoadLittle<std::uint16_t>(record.data() + 4);
-  const bool second = type == kButton && *twice;
-  *twice = type == kButton && signature == kHotspotV4;
-  return !second && std::ranges::find(kTypes, type) != std::end(kTypes);
+  CDHOTSPOTBEGIN begin{};
+  if (!ReadFixed(ODS_CDHOTSPOTBEGIN, record, &begin)) return false;
+  const bool second = begin.Type == kButton && *twice;
+  *twice = begin.Type == kButton && signature == kHotspotV4;
+  return !second && std::ranges::find(kTypes, begin.Type) != std::end(kTypes);
 }
 
 void LoseLink(std::vector<std::uint8_t>& record, std::size_t at) {
@@ -223,8 +224,9 @@ void LoseLink(std::vector<std::uint8_t>& record, std::size_t at) {
 bool LeadsByItself(Bytes record, Bytes behind) {
   constexpr std::uint16_t kLink = 11;
   constexpr std::uint32_t kAddress = 0x10000000;
-  if (record.size() < 10 || LoadLittle<std::uint16_t>(record.data() + 4) != kLink) return false;
-  if (LoadLittle<std::uint32_t>(record.data() + 6) & kAddress) return false;
+  CDHOTSPOTBEGIN begin{};
+  if (!ReadFixed(ODS_CDHOTSPOTBEGIN, record, &begin) || begin.Type != kLink || (begin.Flags & kAddress) != 0)
+    return false;
   for (std::size_t at = 0; at < behind.size();) {
     const auto header = text::RecordAt({behind.data() + at, behind.size() - at});
     if (!header || header->signature == kHotspotEnd || header->signature == kHotspotEndOld) return true;
@@ -264,7 +266,7 @@ ENGSTATUS RenderTarget::AppendRecords(Bytes records, Source& source, Reading* re
       status = AppendField(bytes, source, *reading);
     } else if (hotspot && LeadsByItself(bytes, records.subspan(at)) && !(source.has_links && source.has_table)) {
       std::vector<std::uint8_t> record(bytes.begin(), bytes.end());
-      LoseLink(record, 12);
+      LoseLink(record, records::Find(ODS_CDHOTSPOTBEGIN)->length);
       AddRecord(record);
     } else if (!reading || signature != kFieldExtension) {
       status = AppendRecord(signature, bytes, source);

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "engine/records.h"
+#include "qcore/forms/fixed.h"
 #include "qcore/forms/render.h"
 #include "qcore/records/layouts.h"
 #include "qcore/slates/attachment.h"
@@ -20,11 +21,9 @@ std::string_view View(Bytes bytes) { return {reinterpret_cast<const char*>(bytes
 
 // The data of an attachment's hotspot: its name and its path, each with a NUL behind it.
 std::optional<Bytes> ShownNames(Bytes record) {
-  const records::Layout& layout = *records::Find(ODS_CDHOTSPOTBEGIN);
-  if (record.size() < layout.length) return std::nullopt;
   CDHOTSPOTBEGIN begin{};
-  records::Read(layout, reinterpret_cast<const std::byte*>(record.data()), &begin, 1);
-  const Bytes rest = record.subspan(layout.length);
+  if (!ReadFixed(ODS_CDHOTSPOTBEGIN, record, &begin)) return std::nullopt;
+  const Bytes rest = record.subspan(records::Find(ODS_CDHOTSPOTBEGIN)->length);
   if (begin.Type != kAttachmentHotspot || begin.DataLength > rest.size()) return std::nullopt;
   return rest.first(begin.DataLength);
 }

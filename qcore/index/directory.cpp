@@ -9,7 +9,6 @@ namespace qcore::index {
 namespace {
 
 constexpr std::uint8_t kForm = 1;
-
 }  // namespace
 
 Directory::Part& Directory::PartOf(std::uint32_t id) {
