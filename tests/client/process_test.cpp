@@ -4,9 +4,9 @@
 #include <stdlib.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 
+#include "tests/home.h"
 #include "vq/vq.h"
 
 namespace {
@@ -67,11 +67,6 @@ TEST(OtherProcess, AddsAndChanges) {
 class TwoProcesses : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quillon-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    Home = pattern;
-    std::ofstream(Home / "QUILLON.INI") << "[Quillon]\n";
-    ::setenv("QUILLON_HOME", Home.c_str(), 1);
     ASSERT_EQ(Session.Init(), VQ_OK);
     ASSERT_EQ(Session.CreateDatabase("day", &Database, VQCreateDatabaseOptions()), VQ_OK);
     ASSERT_EQ(Database.CreateDocument(&Mine), VQ_OK);
@@ -85,14 +80,13 @@ class TwoProcesses : public ::testing::Test {
     Mine = VQDocument();
     Database = VQDatabase();
     EXPECT_EQ(Session.Term(1), VQ_OK);
-    std::filesystem::remove_all(Home);
   }
 
   void SaveInOtherProcess() const { RunInOtherProcess("Saves"); }
   void RunInOtherProcess(const std::string& test) const {
     const std::string self = std::filesystem::read_symlink("/proc/self/exe");
     const std::string command = kOther + ("=" + std::to_string(Mine.GetSlateID())) + " '" + self +
-                                "' --gtest_filter=OtherProcess." + test + " >'" + (Home / "log").string() + "' 2>&1";
+                                "' --gtest_filter=OtherProcess." + test + " >'" + Home.Path("log") + "' 2>&1";
     ASSERT_EQ(::system(command.c_str()), 0);
   }
   VQDocument Stored() const {
@@ -113,7 +107,7 @@ class TwoProcesses : public ::testing::Test {
     return all;
   }
 
-  std::filesystem::path Home;
+  ClientHome Home;
   VQQuillonSession Session;
   VQDatabase Database;
   VQDocument Mine;

@@ -1,11 +1,9 @@
 // A client's whole day with the store, through the shared library alone: the same with statuses returned and thrown.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 
+#include "tests/home.h"
 #include "vq/vq.h"
 
 namespace {
@@ -37,21 +35,15 @@ VQSTATUS FailureOf(Operation&& operation) {
 class Client : public ::testing::TestWithParam<int> {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quillon-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    Home = pattern;
-    std::ofstream(Home / "QUILLON.INI") << "[Quillon]\n";
-    ::setenv("QUILLON_HOME", Home.c_str(), 1);
     VQSetThrowAllErrors(GetParam());
     ASSERT_EQ(Session.Init(), VQ_OK);
   }
   void TearDown() override {
     VQSetThrowAllErrors(0);
     EXPECT_EQ(Session.Term(1), VQ_OK);
-    std::filesystem::remove_all(Home);
   }
 
-  std::filesystem::path Home;
+  ClientHome Home;
   VQQuillonSession Session;
 };
 

@@ -1,15 +1,14 @@
 // Each edit of a rich text is done whole or not at all: each allocation of the library, and each call of the engine,
 // fails once. Then text and tables are what they were, and the same edit at the same cursors succeeds.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <random>
 
 #include "engine/engine.h"
+#include "tests/home.h"
 #include "tests/seam/seam.h"
 #include "vq/vq.h"
 
@@ -50,12 +49,7 @@ struct Texts {
 class Edits : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quillon-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    Home = pattern;
-    std::ofstream(Home / "QUILLON.INI") << "[Quillon]\n";
-    std::ofstream(Home / "file") << "attached";
-    ::setenv("QUILLON_HOME", Home.c_str(), 1);
+    std::ofstream(Home.Path("file")) << "attached";
     ASSERT_EQ(Session.Init(), VQ_OK);
     ASSERT_EQ(Session.CreateDatabase("edits", &Database, VQCreateDatabaseOptions()), VQ_OK);
     Target = Build("target", 1, Link(0) + Popup() + Shown("end."));
@@ -67,7 +61,6 @@ class Edits : public ::testing::Test {
     ASSERT_EQ(Database.Close(), VQ_OK);
     Database = VQDatabase();
     EXPECT_EQ(Session.Term(1), VQ_OK);
-    std::filesystem::remove_all(Home);
   }
   static void Disarm() {
     seam::Arm(0);
@@ -90,7 +83,7 @@ class Edits : public ::testing::Test {
     EXPECT_EQ(body.SetParagraphStyle(start, end, named), VQ_OK);
     EXPECT_EQ(body.GetEndCursor(&end), VQ_OK);
     if (number == 2) {
-      EXPECT_EQ(body.CreateAttachment((Home / "file").c_str(), &end), VQ_OK);
+      EXPECT_EQ(body.CreateAttachment(Home.Path("file").c_str(), &end), VQ_OK);
     }
     VQTable table;
     EXPECT_EQ(start.GotoFirst("three"), VQ_OK);
@@ -194,7 +187,7 @@ class Edits : public ::testing::Test {
     Edit edit;
   };
   std::vector<Row> Rows() const {
-    const std::string file = (Home / "file").string();
+    const std::string file = Home.Path("file");
     return {
         {"a line", [](Texts& t) { return t.Body.Insert("words that are many", &t.Start); }},
         {"lines", [](Texts& t) { return t.Body.Insert("some words\nand others\n\nthe last", &t.Start); }},
@@ -227,7 +220,7 @@ class Edits : public ::testing::Test {
     };
   }
 
-  std::filesystem::path Home;
+  ClientHome Home;
   VQQuillonSession Session;
   VQDatabase Database;
   VQDocument Target, Source;

@@ -1,12 +1,10 @@
 // Each allocation of the library fails once: the client meets a status, loses nothing and can ask again.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <filesystem>
-#include <fstream>
 #include <new>
 
 #include "engine/engine.h"
+#include "tests/home.h"
 #include "tests/seam/seam.h"
 #include "vq/vq.h"
 
@@ -47,11 +45,6 @@ namespace {
 class Memory : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quillon-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    Home = pattern;
-    std::ofstream(Home / "QUILLON.INI") << "[Quillon]\n";
-    ::setenv("QUILLON_HOME", Home.c_str(), 1);
     ASSERT_EQ(Session.Init(), VQ_OK);
     ASSERT_EQ(Session.CreateDatabase("day", &Database, VQCreateDatabaseOptions()), VQ_OK);
   }
@@ -60,7 +53,6 @@ class Memory : public ::testing::Test {
     ASSERT_EQ(Database.Close(), VQ_OK);
     Database = VQDatabase();
     EXPECT_EQ(Session.Term(1), VQ_OK);
-    std::filesystem::remove_all(Home);
   }
 
   static std::uint32_t Handles() {
@@ -170,7 +162,7 @@ class Memory : public ::testing::Test {
     return struck;
   }
 
-  std::filesystem::path Home;
+  ClientHome Home;
   VQQuillonSession Session;
   VQDatabase Database;
   unsigned long Id = 0;

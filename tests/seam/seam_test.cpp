@@ -3,13 +3,11 @@
 #include "tests/seam/seam.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "engine/engine.h"
+#include "tests/home.h"
 #include "vq/vq.h"
 
 namespace seam {
@@ -77,11 +75,6 @@ VQSTATUS Twice(Step step) {
 class Seam : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quillon-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    Home = pattern;
-    std::ofstream(Home / "QUILLON.INI") << "[Quillon]\n";
-    ::setenv("QUILLON_HOME", Home.c_str(), 1);
     ASSERT_EQ(Session.Init(), VQ_OK);
     VQDatabase database;
     ASSERT_EQ(Session.CreateDatabase("day", &database, VQCreateDatabaseOptions()), VQ_OK);
@@ -95,10 +88,7 @@ class Seam : public ::testing::Test {
     ASSERT_EQ(document.Save(), VQ_OK);
     Id = document.GetSlateID();
   }
-  void TearDown() override {
-    EXPECT_EQ(Session.Term(1), VQ_OK);
-    std::filesystem::remove_all(Home);
-  }
+  void TearDown() override { EXPECT_EQ(Session.Term(1), VQ_OK); }
 
   // Changes all three items to what `word` says; each step may be struck and is then asked for again.
   void ChangeAndSave(const std::string& word, double number) {
@@ -141,7 +131,7 @@ class Seam : public ::testing::Test {
     return Plain(VQString(subject[0])) + " " + std::to_string(static_cast<int>(static_cast<double>(count[0])));
   }
 
-  std::filesystem::path Home;
+  ClientHome Home;
   VQQuillonSession Session;
   unsigned long Id = 0;
 };
